@@ -1,0 +1,6 @@
+# How every target here is compiled. Linked privately, so that users of the libraries do not inherit it.
+add_library(audlmd_warnings INTERFACE)
+target_compile_options(audlmd_warnings INTERFACE
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow
+    # Results are bit-exact by contract: no fused multiply-add that the code does not write.
+    -ffp-contract=off)

@@ -1,0 +1,50 @@
+#pragma once
+
+namespace Aud::Filter {
+
+/// One second-order section. Its two operations are all that the renderer calls; coefficients are the host's.
+class Biquad {
+public:
+    /// H(z) = (b0 + b1 z^-1 + b2 z^-2) / (1 + a1 z^-1 + a2 z^-2). As made: the pass-through section.
+    struct Coefficients {
+        double b0 = 1.0;
+        double b1 = 0.0;
+        double b2 = 0.0;
+        double a1 = 0.0;
+        double a2 = 0.0;
+    };
+
+    void setCoefficients(const Coefficients& coefficients);
+    const Coefficients& coefficients() const { return coefficients_; }
+    /// Forgets all samples; the coefficients stay.
+    void reset();
+
+    /// Filters one sample, remembers the result and returns it.
+    float processSample(float x);
+    /// The result of the most recent processSample.
+    float getLastProcessSampleResult();
+
+private:
+    Coefficients coefficients_;
+    double firstDelay_ = 0.0;
+    double secondDelay_ = 0.0;
+    float lastResult_ = 0.0F;
+};
+
+/// `Bands` sections in series, stored one after another.
+template <unsigned int Bands>
+class MultiBandBiquad {
+public:
+    /// Runs the sample through every section in band order. The renderer defines it.
+    float processSample(float x);
+
+    /// The result of the last section's most recent processSample.
+    float getLastProcessSampleResult() { return bands_[Bands - 1].getLastProcessSampleResult(); }
+
+    Biquad& band(unsigned int number) { return bands_[number]; }
+
+private:
+    Biquad bands_[Bands];
+};
+
+} // namespace Aud::Filter

@@ -1,0 +1,106 @@
+#pragma once
+
+#include "host/Identity.hpp"
+#include "host/OutputGearing.hpp"
+#include "host/SampleCacheSegment.hpp"
+
+#include <cstdint>
+#include <vector>
+
+namespace Aud {
+
+namespace Render {
+struct SampleReader;
+}
+
+/// The host's store of samples, cut into segments that the host loads on its own threads. A host derives its
+/// own cache from this class; the renderer only hands a reference on to the iterators.
+class SampleCache {
+public:
+    class ForwardIterator;
+    class ReverseIterator;
+
+protected:
+    SampleCache() = default;
+    ~SampleCache() = default;
+};
+
+/// Steps towards later samples. Positions outside the material are allowed and read as silence.
+///
+/// The host makes, places and destroys it and walks its segments; the renderer copies, reads and steps it.
+class SampleCache::ForwardIterator {
+public:
+    /// `flag` and `notFlag` are each other's negation; which of them waits, and what `extra` and `gearing`
+    /// mean, is the host's choice.
+    ForwardIterator(const Cookie& cookie, long position, bool flag, SampleCache& cache, unsigned int extra,
+                    bool notFlag, const Orv::OutputGearing& gearing);
+    ForwardIterator(const ForwardIterator&);
+    ForwardIterator& operator=(const ForwardIterator&) = delete;
+    ~ForwardIterator();
+
+    float operator*() const;
+    ForwardIterator& operator++();
+
+    /// The index of the current sample in the material, counted from 0.
+    std::int64_t position() const { return cachePosition; }
+
+private:
+    friend struct Render::SampleReader;
+
+    /// Makes the segment that holds sample 0 current, with segmentIndex on that sample.
+    void internal_inc_hitFirstSegment();
+    /// Makes the following segment current, with segmentIndex on its first sample.
+    void internal_inc_moveToNextSegment();
+    void internal_incrementAudioUnderrunCounter() const;
+
+    Cookie identity;
+    std::int32_t segmentIndex;
+    std::int64_t cachePosition;
+    std::int64_t materialLength;
+    SampleCacheSegment currentSegment;
+    void* hostMaterial;
+    bool waitForSegment;
+    std::uint32_t hostSegmentsAhead;
+    std::vector<SampleCacheSegment> hostHeldSegments;
+    std::uint8_t hostFlags;
+    std::uint32_t hostSegmentNumber;
+    std::uint32_t hostReach;
+};
+
+/// Steps towards earlier samples. Positions outside the material are allowed and read as silence.
+class SampleCache::ReverseIterator {
+public:
+    ReverseIterator(const Cookie& cookie, long position, bool flag, SampleCache& cache, bool notFlag,
+                    const Orv::OutputGearing& gearing);
+    ReverseIterator(const ReverseIterator&);
+    ReverseIterator& operator=(const ReverseIterator&) = delete;
+    ~ReverseIterator();
+
+    float operator*() const;
+    ReverseIterator& operator++();
+
+    /// The index of the current sample in the material, counted from 0.
+    std::int64_t position() const { return cachePosition; }
+
+private:
+    friend struct Render::SampleReader;
+
+    /// Makes the segment that holds the last sample current, with segmentIndex on that sample.
+    void internal_inc_hitLastSegment();
+    /// Makes the preceding segment current, with segmentIndex on its last sample.
+    void internal_inc_moveToNextSegment();
+    void internal_incrementAudioUnderrunCounter() const;
+
+    Cookie identity;
+    std::int32_t segmentIndex;
+    std::int64_t cachePosition;
+    std::int64_t materialLength;
+    SampleCacheSegment currentSegment;
+    void* hostMaterial;
+    bool waitForSegment;
+    std::uint8_t hostFlags;
+    std::uint32_t hostSegmentNumber;
+    std::uint32_t hostReach;
+};
+
+} // namespace Aud

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "loop_modes/ModeCode.hpp"
+#include "ole/Aud/Aud__RenderIterators"
+
+#include <cstddef>
+#include <tuple>
+
+namespace Aud::Render {
+
+template <std::size_t Index, class... Types>
+using Pick = std::tuple_element_t<Index, std::tuple<Types...>>;
+
+/// The layers of a mode's chain, inner to outer. Each wraps the one before it, or is the same type where the
+/// mode adds nothing.
+template <int N>
+requires(isValidModeCode(N)) struct ChainLayers {
+private:
+    static constexpr ModeFields fields = decodeModeCode(N);
+    static constexpr EnvelopeStage stage = envelopeStages[fields.envelopeStage];
+    static constexpr std::size_t level =
+        fields.levelStage == 1 ? 2 + fields.dynamicLevelDirection : fields.levelStage / 2;
+
+public:
+    using Source = Pick<fields.direction, SampleCache::ReverseIterator, SampleCache::ForwardIterator>;
+
+    using Filter = Pick<fields.filterStage, NullIterator<Source>, MultiBandBiquadApplyingIterator<Source>>;
+
+    using Envelope =
+        Pick<static_cast<std::size_t>(stage.envelope), Filter,
+             EnvelopeApplyingIterator<Filter, EnvelopeTraits::SimpleRamp<GainCurve::eMixerStyleLog>>,
+             EnvelopeApplyingIterator<Filter, EnvelopeTraits::SimpleRamp<GainCurve::eConstantPower>>,
+             EnvelopeApplyingIterator<Filter, EnvelopeTraits::RampHold>,
+             EnvelopeApplyingIterator<Filter, EnvelopeTraits::HoldRamp>,
+             EnvelopeApplyingIterator<Filter, EnvelopeTraits::RampHoldRamp>>;
+
+    using MiddleLevel = Pick<static_cast<std::size_t>(stage.middleLevel), NullIterator<Envelope>,
+                             FixedLevelApplyingIterator<Envelope>, Envelope>;
+
+    using OuterLevel = Pick<level, NullIterator<MiddleLevel>, FixedLevelApplyingIterator<MiddleLevel>,
+                            DynamicLevelControl::ReverseDynamicLevelApplyingIterator<MiddleLevel>,
+                            DynamicLevelControl::ForwardsDynamicLevelApplyingIterator<MiddleLevel>>;
+
+    using Conversion =
+        Pick<fields.srcStage, OuterLevel, LinearSRCIterator<OuterLevel>, FilteringSRCIterator<OuterLevel>>;
+};
+
+/// The whole chain of a mode.
+template <int N>
+using Chain = typename ChainLayers<N>::Conversion;
+
+} // namespace Aud::Render

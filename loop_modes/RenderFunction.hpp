@@ -1,0 +1,29 @@
+#pragma once
+
+#include "host/DespatchTables.hpp"
+#include "host/Int2Type.hpp"
+
+namespace Aud::Render {
+
+struct IteratorCreationParams;
+
+namespace LoopModesDespatch {
+
+/// The render functions of one output type.
+template <class Out>
+struct TypedFunctor {
+    template <class ModeCode>
+    struct Functor;
+
+    /// The render function of one mode. Defined in loop_modes/RenderFunctionBody.hpp, which only the units
+    /// that instantiate it include, so that naming a render function does not compile it again.
+    template <int N>
+    struct Functor<Loki::Int2Type<N>> {
+        /// Renders `count` samples and leaves `out` just past the last one written. Throws what the chain
+        /// throws; `out` then stands past the samples that were written.
+        static void ProcessSamples(IteratorCreationParams& params, Out& out, unsigned int count);
+    };
+};
+
+} // namespace LoopModesDespatch
+} // namespace Aud::Render

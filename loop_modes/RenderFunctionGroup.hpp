@@ -1,0 +1,46 @@
+#pragma once
+
+#include "loop_modes/OutputTypes.hpp"
+#include "loop_modes/RegistrationOrder.hpp"
+#include "loop_modes/RenderFunctionBody.hpp"
+
+#include <cstddef>
+#include <utility>
+
+namespace Aud::Render::LoopModesDespatch {
+
+/// All render functions and makers of the modes with one envelope stage, which is what one unit compiles. The
+/// even code and its twin are always in one group.
+///
+/// Instantiating the group emits them, although nothing here calls them.
+template <unsigned int EnvelopeStage>
+class RenderFunctionGroup {
+    static constexpr std::size_t size = validModeCount / envelopeStages.size();
+
+    static constexpr std::array<int, size> codes = [] {
+        std::array<int, size> members{};
+        std::size_t next = 0;
+        for (unsigned long code : registrationOrder)
+            if (decodeModeCode(code).envelopeStage == EnvelopeStage)
+                members[next++] = static_cast<int>(code);
+        return members;
+    }();
+
+    template <int N, std::size_t... OutputType>
+    static void emitMode(std::index_sequence<OutputType...>) {
+        static_cast<void>(&SourceIteratorMaker<N>::makeIterator);
+        (static_cast<void>(&TypedFunctor<std::tuple_element_t<OutputType, OutputTypes>>::template Functor<
+                           Loki::Int2Type<N>>::ProcessSamples),
+         ...);
+    }
+
+    template <std::size_t... Member>
+    static void emitAll(std::index_sequence<Member...>) {
+        (emitMode<codes[Member]>(std::make_index_sequence<outputTypeCount>()), ...);
+    }
+
+public:
+    static void emit() { emitAll(std::make_index_sequence<size>()); }
+};
+
+} // namespace Aud::Render::LoopModesDespatch

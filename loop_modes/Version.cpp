@@ -1,0 +1,5 @@
+#include "loop_modes/Version.hpp"
+
+const char* audLMDDllVersionStr() {
+    return AUDLMD_VERSION;
+}

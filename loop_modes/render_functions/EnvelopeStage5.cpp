@@ -1,0 +1,3 @@
+#include "loop_modes/RenderFunctionGroup.hpp"
+
+template class Aud::Render::LoopModesDespatch::RenderFunctionGroup<5>;

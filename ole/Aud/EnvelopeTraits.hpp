@@ -1,0 +1,173 @@
+#pragma once
+
+#include "ole/Aud/EnvelopeParameters.hpp"
+#include "ole/Aud/GainCurves.hpp"
+#include "ole/Orv/Exception.hpp"
+
+#include <algorithm>
+#include <cstdint>
+
+/// The five shapes of a fade. A shape is the state of an envelope: it places itself at a step of the fade,
+/// gives the gain there, and advances by one step. All arithmetic is in single precision, in the order
+/// written.
+namespace Aud::Render::EnvelopeTraits {
+
+/// The gain curve of a stored shape, resolved once, so that no sample decides on it.
+using CurveFunction = float (*)(float);
+
+inline constexpr const char* sourceFile = "ole/Aud/Aud__RenderIterators";
+
+inline CurveFunction resolveCurve(std::uint32_t curveType) {
+    constexpr int unexpectedCurveLine = 304;
+    switch (curveType) {
+    case GainCurve::eLinear:
+        return &GainCurve::Curve<GainCurve::eLinear>::mapUValueToMagnitude;
+    case GainCurve::eMixerStyleLog:
+        return &GainCurve::Curve<GainCurve::eMixerStyleLog>::mapUValueToMagnitude;
+    case GainCurve::eConstantPower:
+        return &GainCurve::Curve<GainCurve::eConstantPower>::mapUValueToMagnitude;
+    }
+    throw Orv::Exception::RuntimeError("Unexpected Aud::GainCurve type!", sourceFile, unexpectedCurveLine);
+}
+
+/// Throws unless the parameters describe the shape that the mode names.
+inline void requireType(const EnvelopeParameters& params, eEnvelopeType type, int line) {
+    // The host matches the message by its letters, the misspelling included.
+    if (params.type != type)
+        throw Orv::Exception::RuntimeError("Mismatched EnvelopePrameters type!", sourceFile, line);
+}
+
+/// The u-value after `steps` steps of `step`.
+inline float uValueAfter(float start, std::uint32_t steps, float step) {
+    return start + static_cast<float>(steps) * step;
+}
+
+/// Ramps forever. Tests neither the type nor a curve: the mode names both.
+template <GainCurve::eCurveType CurveType>
+class SimpleRamp {
+public:
+    explicit SimpleRamp(const EnvelopeParameters& params)
+        : uValue_(uValueAfter(params.startUValue, params.elapsed, params.oneRamp.step)),
+          step_(params.oneRamp.step) {}
+
+    [[gnu::always_inline]] float gain() const {
+        return GainCurve::Curve<CurveType>::mapUValueToMagnitude(uValue_);
+    }
+    [[gnu::always_inline]] void advance() { uValue_ += step_; }
+
+private:
+    float uValue_;
+    float step_;
+};
+
+/// Ramps for a length, then holds the value it reached.
+class RampHold {
+public:
+    explicit RampHold(const EnvelopeParameters& params) {
+        constexpr int mismatchLine = 615;
+        requireType(params, eRampHold, mismatchLine);
+        const EnvelopeParameters::OneRamp& ramp = params.oneRamp;
+        curve_ = resolveCurve(ramp.curveType);
+        const std::uint32_t past = std::min(params.elapsed, ramp.length);
+        uValue_ = uValueAfter(params.startUValue, past, ramp.step);
+        step_ = ramp.step;
+        remaining_ = ramp.length - past;
+    }
+
+    [[gnu::always_inline]] float gain() const { return curve_(uValue_); }
+    [[gnu::always_inline]] void advance() {
+        if (remaining_ == 0)
+            return;
+        uValue_ += step_;
+        --remaining_;
+    }
+
+private:
+    float uValue_;
+    float step_;
+    std::uint32_t remaining_;
+    CurveFunction curve_;
+};
+
+/// Holds for a length, then ramps forever.
+class HoldRamp {
+public:
+    explicit HoldRamp(const EnvelopeParameters& params) {
+        constexpr int mismatchLine = 642;
+        requireType(params, eHoldRamp, mismatchLine);
+        const EnvelopeParameters::OneRamp& ramp = params.oneRamp;
+        curve_ = resolveCurve(ramp.curveType);
+        uValue_ = params.startUValue;
+        step_ = ramp.step;
+        if (params.elapsed <= ramp.length) {
+            remaining_ = ramp.length - params.elapsed;
+        } else {
+            uValue_ = uValueAfter(uValue_, params.elapsed - ramp.length, step_);
+            remaining_ = 0;
+        }
+    }
+
+    [[gnu::always_inline]] float gain() const { return curve_(uValue_); }
+    [[gnu::always_inline]] void advance() {
+        if (remaining_ != 0)
+            --remaining_;
+        else
+            uValue_ += step_;
+    }
+
+private:
+    float uValue_;
+    float step_;
+    std::uint32_t remaining_;
+    CurveFunction curve_;
+};
+
+/// Ramps for a length, holds for a length, then ramps forever.
+class RampHoldRamp {
+public:
+    explicit RampHoldRamp(const EnvelopeParameters& params) {
+        constexpr int mismatchLine = 669;
+        requireType(params, eRampHoldRamp, mismatchLine);
+        const EnvelopeParameters::TwoRamps& ramps = params.twoRamps;
+        firstCurve_ = resolveCurve(ramps.firstRampCurve);
+        lastCurve_ = resolveCurve(ramps.lastRampCurve);
+        firstRampStep_ = ramps.firstRampStep;
+        lastRampStep_ = ramps.lastRampStep;
+        const std::uint32_t past = std::min(params.elapsed, ramps.firstRampLength);
+        uValue_ = uValueAfter(params.startUValue, past, firstRampStep_);
+        firstRampRemaining_ = ramps.firstRampLength - past;
+        const std::uint32_t pastFirstRamp = params.elapsed - past;
+        if (pastFirstRamp <= ramps.holdLength) {
+            holdRemaining_ = ramps.holdLength - pastFirstRamp;
+        } else {
+            holdRemaining_ = 0;
+            uValue_ = uValueAfter(uValue_, pastFirstRamp - ramps.holdLength, lastRampStep_);
+        }
+    }
+
+    // The hold deliberately uses the last ramp's curve, not the first's.
+    [[gnu::always_inline]] float gain() const {
+        return firstRampRemaining_ != 0 ? firstCurve_(uValue_) : lastCurve_(uValue_);
+    }
+    [[gnu::always_inline]] void advance() {
+        if (firstRampRemaining_ != 0) {
+            uValue_ += firstRampStep_;
+            --firstRampRemaining_;
+        } else if (holdRemaining_ != 0) {
+            --holdRemaining_;
+        } else {
+            uValue_ += lastRampStep_;
+        }
+    }
+
+private:
+    float uValue_;
+    float firstRampStep_;
+    float lastRampStep_;
+    std::uint32_t firstRampRemaining_;
+    std::uint32_t holdRemaining_;
+    CurveFunction firstCurve_;
+    CurveFunction lastCurve_;
+};
+
+} // namespace Aud::Render::EnvelopeTraits

@@ -1,0 +1,77 @@
+#pragma once
+
+#include "host/GainCurveNodes.hpp"
+
+#include <xmmintrin.h>
+
+namespace Aud::GainCurve {
+
+/// How a u-value, the float control value of every level, becomes a linear gain.
+enum eCurveType : unsigned int {
+    /// The gain is the u-value itself, unclamped.
+    eLinear = 1,
+    /// A mixer's fader law over u-values 0 to 1.5.
+    eMixerStyleLog = 2,
+    /// A constant-power law over u-values 0 to 1.0.
+    eConstantPower = 3,
+};
+
+/// Where a piecewise linear curve's nodes lie.
+struct NodeGrid {
+    /// U-values above read as this one, through node `limitIndex`.
+    float limit;
+    unsigned int limitIndex;
+    /// U-value between two nodes.
+    float spacing;
+    unsigned int lastIndex;
+};
+
+// Index 1499 for a u-value above 1.5 but 1500 for 1.5 itself, and 100 for both in the other curve, are
+// deliberate.
+inline constexpr NodeGrid mixerStyleLogGrid{1.5F, 1499, 0.001F, MixerStyleLog1_Private::nodeCount - 1};
+inline constexpr NodeGrid constantPowerGrid{1.0F, 100, 0.01F, ConstantPower1_Private::nodeCount - 1};
+
+/// The magnitude at `u`, by linear interpolation from the node at or below it. A negative u-value reads as 0;
+/// a NaN gives NaN.
+///
+/// The index is a true division by the spacing: a product with its reciprocal picks other nodes.
+[[gnu::always_inline]] inline float lookUp(const CurveNode* nodes, const NodeGrid& grid, float u) {
+    unsigned int index = 0;
+    if (u > grid.limit) {
+        u = grid.limit;
+        index = grid.limitIndex;
+    } else if (u < 0.0F) {
+        u = 0.0F;
+    } else {
+        // Truncates, and is defined for NaN, whose index becomes the last one.
+        index = static_cast<unsigned int>(_mm_cvttss_si32(_mm_set_ss(u / grid.spacing)));
+        if (index > grid.lastIndex)
+            index = grid.lastIndex;
+    }
+    const CurveNode& node = nodes[index];
+    return (u - node.uValue) * node.slope + node.magnitude;
+}
+
+template <eCurveType CurveType>
+struct Curve;
+
+template <>
+struct Curve<eLinear> {
+    [[gnu::always_inline]] static float mapUValueToMagnitude(float uValue) { return uValue; }
+};
+
+template <>
+struct Curve<eMixerStyleLog> {
+    [[gnu::always_inline]] static float mapUValueToMagnitude(float uValue) {
+        return lookUp(MixerStyleLog1_Private::UVal2Mag_CurveNodes, mixerStyleLogGrid, uValue);
+    }
+};
+
+template <>
+struct Curve<eConstantPower> {
+    [[gnu::always_inline]] static float mapUValueToMagnitude(float uValue) {
+        return lookUp(ConstantPower1_Private::UVal2Mag_CurveNodes, constantPowerGrid, uValue);
+    }
+};
+
+} // namespace Aud::GainCurve

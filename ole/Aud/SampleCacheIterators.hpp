@@ -1,0 +1,106 @@
+#pragma once
+
+#include "host/SampleCache.hpp"
+#include "ole/Aud/Wrapping.hpp"
+#include "ole/Orv/Ptr.hpp"
+
+#include <cstdint>
+
+namespace Aud {
+namespace Render {
+
+/// How the two source iterators read and step, with the rare paths out of line.
+///
+/// Outside the material a source reads as silence and counts nothing. Inside, a sample whose segment is not
+/// ready reads as 0.0 and counts one underrun, unless the iterator was made to wait for it. The host's
+/// segment walks are called only at a segment's end and where the iterator enters the material.
+struct SampleReader {
+    /// The status is asked for twice, before and after the wait, and afresh for every sample, because
+    /// requests complete on other threads. The ready path does not test the position.
+    template <class Iterator>
+    [[gnu::always_inline]] static float read(const Iterator& it) {
+        if (it.currentSegment.status() == eSegmentRequestOutstanding && it.waitForSegment) [[unlikely]]
+            waitForRequest(it.currentSegment);
+        if (it.currentSegment.status() == eSegmentReady) [[likely]]
+            return it.currentSegment.pSamples()[it.segmentIndex];
+        return missingSample(it);
+    }
+
+    [[gnu::always_inline]] static void step(SampleCache::ForwardIterator& it) {
+        it.cachePosition = wrappingSum(it.cachePosition, std::int64_t{1});
+        if (it.cachePosition <= 0 || it.cachePosition >= it.materialLength) [[unlikely]]
+            return stepAtBorder(it);
+        it.segmentIndex = wrappingSum(it.segmentIndex, std::int32_t{1});
+        if (it.currentSegment.status() == eSegmentOfUnknownLength) [[unlikely]]
+            return;
+        if (it.segmentIndex >= it.currentSegment.length()) [[unlikely]]
+            it.internal_inc_moveToNextSegment();
+    }
+
+    /// Deliberately asks for neither the status nor the length of the segment, unlike the forward step.
+    [[gnu::always_inline]] static void step(SampleCache::ReverseIterator& it) {
+        const std::int64_t old = it.cachePosition;
+        it.cachePosition = wrappingSum(old, std::int64_t{-1});
+        if (it.cachePosition < 0 || old >= it.materialLength) [[unlikely]]
+            return stepAtBorder(it, old);
+        it.segmentIndex = wrappingSum(it.segmentIndex, std::int32_t{-1});
+        if (it.segmentIndex == -1) [[unlikely]]
+            it.internal_inc_moveToNextSegment();
+    }
+
+private:
+    /// The handle of the event is given back also when the wait throws.
+    [[gnu::cold, gnu::noinline]] static void waitForRequest(const SampleCacheSegment& segment) {
+        const ThreadEventPtr completed = segment.getRequestCompletedEvent();
+        completed->wait(iThreadEvent::noTimeLimit);
+    }
+
+    template <class Iterator>
+    [[gnu::cold, gnu::noinline]] static float missingSample(const Iterator& it) {
+        if (0 <= it.cachePosition && it.cachePosition < it.materialLength)
+            it.internal_incrementAudioUnderrunCounter();
+        return 0.0F;
+    }
+
+    /// Entering is tested before leaving: the step to position 0 enters even a material of length 0.
+    [[gnu::cold, gnu::noinline]] static void stepAtBorder(SampleCache::ForwardIterator& it) {
+        if (it.cachePosition < 0 || it.cachePosition > it.materialLength)
+            return;
+        if (it.cachePosition == 0)
+            it.internal_inc_hitFirstSegment();
+        else
+            it.currentSegment = SampleCacheSegment();
+    }
+
+    [[gnu::cold, gnu::noinline]] static void stepAtBorder(SampleCache::ReverseIterator& it,
+                                                          std::int64_t old) {
+        if (it.cachePosition < -1 || it.cachePosition >= it.materialLength)
+            return;
+        if (old == it.materialLength)
+            it.internal_inc_hitLastSegment();
+        else
+            it.currentSegment = SampleCacheSegment();
+    }
+};
+
+} // namespace Render
+
+[[gnu::always_inline]] inline float SampleCache::ForwardIterator::operator*() const {
+    return Render::SampleReader::read(*this);
+}
+
+[[gnu::always_inline]] inline SampleCache::ForwardIterator& SampleCache::ForwardIterator::operator++() {
+    Render::SampleReader::step(*this);
+    return *this;
+}
+
+[[gnu::always_inline]] inline float SampleCache::ReverseIterator::operator*() const {
+    return Render::SampleReader::read(*this);
+}
+
+[[gnu::always_inline]] inline SampleCache::ReverseIterator& SampleCache::ReverseIterator::operator++() {
+    Render::SampleReader::step(*this);
+    return *this;
+}
+
+} // namespace Aud

@@ -1,0 +1,5 @@
+#pragma once
+
+/// The fastest speed of the filtering converter, in source samples per output sample: 1.5 to 8.0. Set once,
+/// while the library is being loaded, from the setting "AudioPlaybackSpeedLimit".
+extern double cfgAudioPlaybackSpeedLimit;

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "ole/Aud/Wrapping.hpp"
+
+#include <compare>
+#include <cstdint>
+
+namespace Aud {
+
+/// A position or distance in source samples, in fixed point, so that it does not drift over long stretches.
+///
+/// The value is sample + fraction / 1073741823; once normalised the fraction is 0 to 1073741822. Positions
+/// are ordered by sample, then by fraction.
+struct SubSamplePos {
+    /// 2^30 - 1, deliberately not a power of two.
+    static constexpr std::int32_t fractionsPerSample = 1073741823;
+
+    std::int64_t sample;
+    std::int32_t fraction;
+
+    /// Normalises. A negative fraction that is not whole borrows one sample more and keeps the magnitude of
+    /// its remainder: SubSamplePos(5, -1) is 4 samples and a fraction of 1. The host counts on this borrow
+    /// rule, although the result is not the arithmetically equal value.
+    [[gnu::used]] constexpr SubSamplePos(long wholeSamples, int fractions)
+        : sample(wrappingSum(std::int64_t{wholeSamples}, std::int64_t{fractions / fractionsPerSample})),
+          fraction(fractions % fractionsPerSample) {
+        if (fraction < 0) {
+            sample = wrappingSum(sample, std::int64_t{-1});
+            fraction = -fraction;
+        }
+    }
+
+    /// The sum of two normalised positions never has a negative fraction.
+    [[gnu::always_inline]] constexpr SubSamplePos& operator+=(const SubSamplePos& distance) {
+        *this = SubSamplePos(wrappingSum(sample, distance.sample), wrappingSum(fraction, distance.fraction));
+        return *this;
+    }
+
+    friend constexpr auto operator<=>(const SubSamplePos&, const SubSamplePos&) = default;
+};
+
+/// What a start offset is compared with: it has an effect only if it is greater.
+inline constexpr SubSamplePos zeroSubSamplePos(0, 0);
+
+} // namespace Aud
