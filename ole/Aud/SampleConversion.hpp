@@ -24,10 +24,12 @@ namespace Conversion {
 /// The largest float below 1.0 by one step of 24 bits.
 inline constexpr float oneBelowFullScale = 8388607.0F / 8388608.0F;
 
-/// Tests the upper limit first, both strictly; a NaN passes.
+/// Tests the upper limit first, both strictly; a NaN passes, because either instruction then gives its second
+/// operand.
 [[gnu::always_inline]] inline float clip(float x, float lower, float upper) {
-    x = upper < x ? upper : x;
-    return lower > x ? lower : x;
+    // The unused lanes of x are filled by one shuffle; g++ clears them by way of a general register.
+    const __m128 atMost = _mm_min_ss(_mm_set_ss(upper), _mm_set1_ps(x));
+    return _mm_cvtss_f32(_mm_max_ss(_mm_set_ss(lower), atMost));
 }
 
 [[gnu::always_inline]] inline std::int32_t truncate(float x) {
