@@ -30,9 +30,17 @@ struct SubSamplePos {
         }
     }
 
-    /// The sum of two normalised positions never has a negative fraction.
+    /// Normalises the sum as the constructor does. That of two normalised positions holds at most one whole
+    /// sample in its fraction, which one subtraction moves over; dividing is left to what a host makes by
+    /// hand.
     [[gnu::always_inline]] constexpr SubSamplePos& operator+=(const SubSamplePos& distance) {
-        *this = SubSamplePos(wrappingSum(sample, distance.sample), wrappingSum(fraction, distance.fraction));
+        sample = wrappingSum(sample, distance.sample);
+        fraction = wrappingSum(fraction, distance.fraction);
+        if (static_cast<std::uint32_t>(fraction) >= 2u * fractionsPerSample) [[unlikely]]
+            return *this = SubSamplePos(sample, fraction);
+        const bool whole = fraction >= fractionsPerSample;
+        sample = wrappingSum(sample, std::int64_t{whole});
+        fraction -= whole ? fractionsPerSample : 0;
         return *this;
     }
 
