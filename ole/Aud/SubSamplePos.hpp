@@ -44,6 +44,7 @@ struct SubSamplePos {
         return *this;
     }
 
+    // NOLINTNEXTLINE(modernize-use-nullptr): a comparison with the 0 that the compiler writes
     friend constexpr auto operator<=>(const SubSamplePos&, const SubSamplePos&) = default;
 };
 
