@@ -1,0 +1,64 @@
+#pragma once
+
+#include "tools/audlmd/plot/Axis.hpp"
+#include "tools/audlmd/plot/Palette.hpp"
+
+#include <cstddef>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace audlmd::plot {
+
+struct Point {
+    double x;
+    double y;
+};
+
+/// A line through points in order of x. Where y is outside the axis, minus infinity included, the line leaves
+/// the chart; a NaN interrupts it.
+struct Series {
+    std::string name;
+    Colour colour = Palette::blue;
+    double width = 2.0;
+    bool dashed = false;
+    std::vector<Point> points;
+};
+
+/// Values over the whole area of a chart, drawn as colours. Value [column * rows + row] belongs to a cell
+/// counted from the left and from the foot.
+struct HeatMap {
+    std::size_t columns = 0;
+    std::size_t rows = 0;
+    std::vector<float> values;
+    /// The colours' range, drawn as a bar beside the chart.
+    Axis scale;
+};
+
+struct Chart {
+    std::string title;
+    Axis x;
+    Axis y;
+    std::vector<Series> series;
+    std::optional<HeatMap> heatMap;
+};
+
+/// Charts of one size under one title, row by row. Lengths are in points, of which a PNG has two pixels each.
+struct Figure {
+    std::string title;
+    /// What the picture was made from, in smaller letters below the title.
+    std::string subtitle;
+    std::vector<Chart> charts;
+    std::size_t columns = 1;
+    double chartWidth = 860.0;
+    double chartHeight = 420.0;
+    double pixelsPerPoint = 2.0;
+};
+
+/// Draws the figure as the path's extension asks, .png or .svg. Throws std::runtime_error with a line for the
+/// user where the extension is another one or the file cannot be written; a file that was there is replaced
+/// only by a whole picture.
+void writeFigure(const Figure& figure, const std::filesystem::path& path);
+
+} // namespace audlmd::plot
