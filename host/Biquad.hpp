@@ -24,11 +24,21 @@ public:
     /// The result of the most recent processSample.
     float getLastProcessSampleResult();
 
+    /// Takes back the most recent processSample, for a host that reads a sample twice. Once only: what came
+    /// before it is no longer known.
+    void stepBack() { now_ = before_; }
+
 private:
+    struct Memory {
+        double firstDelay = 0.0;
+        double secondDelay = 0.0;
+        float lastResult = 0.0F;
+    };
+
     Coefficients coefficients_;
-    double firstDelay_ = 0.0;
-    double secondDelay_ = 0.0;
-    float lastResult_ = 0.0F;
+    Memory now_;
+    /// As it was when the most recent processSample began.
+    Memory before_;
 };
 
 /// `Bands` sections in series, stored one after another.
@@ -40,6 +50,12 @@ public:
 
     /// The result of the last section's most recent processSample.
     float getLastProcessSampleResult() { return bands_[Bands - 1].getLastProcessSampleResult(); }
+
+    /// Every section's.
+    void stepBack() {
+        for (Biquad& section : bands_)
+            section.stepBack();
+    }
 
     Biquad& band(unsigned int number) { return bands_[number]; }
 

@@ -15,8 +15,10 @@ struct DynamicLevelApplyingIteratorState {
     /// The host's list, in order of position, and how the host walks it. Not owned.
     const LevelNode* nodes = nullptr;
     std::uint32_t nodeCount = 0;
-    /// The host's index of the node that the level is moving towards.
-    std::uint32_t targetNode = 0;
+    /// The host's index of a node near nextPosition, where it starts to search.
+    std::uint32_t nearNode = 0;
+    /// Where the samples to the next node end, in the positions of the nodes.
+    std::int64_t nextPosition = 0;
 
     /// Samples to deliver before the next node is reached. Never 0 while the level moves.
     std::uint32_t samplesToNextNode = 0;
