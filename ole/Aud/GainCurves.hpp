@@ -26,8 +26,8 @@ struct NodeGrid {
     unsigned int lastIndex;
 };
 
-// Index 1499 for a u-value above 1.5 but 1500 for 1.5 itself, and 100 for both in the other curve, are
-// deliberate.
+// A u-value above the limit reads as the limit, through the node that the limit itself finds: 1499, because
+// 1.5F / 0.001F lies just below 1500, but 100 in the other curve.
 inline constexpr NodeGrid mixerStyleLogGrid{1.5F, 1499, 0.001F, MixerStyleLog1_Private::nodeCount - 1};
 inline constexpr NodeGrid constantPowerGrid{1.0F, 100, 0.01F, ConstantPower1_Private::nodeCount - 1};
 
