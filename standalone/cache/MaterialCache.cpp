@@ -1,0 +1,42 @@
+#include "standalone/cache/MaterialCache.hpp"
+
+#include "standalone/cache/CacheCore.hpp"
+#include "standalone/services/Identities.hpp"
+
+#include <pthread.h>
+
+namespace audlmd {
+
+UnknownMaterial::UnknownMaterial(const Cookie& cookie)
+    : std::out_of_range("the sample cache holds no material " + toString(cookie)) {}
+
+MaterialCache::MaterialCache(const MaterialCacheOptions& options)
+    : core_(std::make_shared<CacheCore>(options)) {
+    for (unsigned int i = 0; i < options.loaderThreads; ++i)
+        loaders_.emplace_back([core = core_.get()](const std::stop_token& stop) {
+            pthread_setname_np(pthread_self(), "audlmd-loader");
+            core->serve(stop);
+        });
+}
+
+MaterialCache::~MaterialCache() {
+    core_->close();
+}
+
+void MaterialCache::add(const Cookie& cookie, std::shared_ptr<SampleSource> source) {
+    core_->add(cookie, std::move(source));
+}
+
+MaterialStatistics MaterialCache::remove(const Cookie& cookie) {
+    return core_->remove(cookie);
+}
+
+MaterialStatistics MaterialCache::statistics(const Cookie& cookie) const {
+    return core_->statistics(cookie);
+}
+
+MaterialCacheUsage MaterialCache::usage() const {
+    return core_->usage();
+}
+
+} // namespace audlmd

@@ -1,0 +1,120 @@
+#include "host/SampleCache.hpp"
+
+#include "ole/Aud/Wrapping.hpp"
+#include "standalone/cache/CacheCore.hpp"
+#include "standalone/cache/MaterialCache.hpp"
+
+#include <algorithm>
+
+// A reader holds its material through its current segment: one that starts outside stands on an empty segment
+// of its own until it enters, and one that has left never enters again.
+
+namespace Aud {
+namespace {
+
+using audlmd::Direction;
+
+audlmd::Material& materialBehind(void* hostMaterial) {
+    return *static_cast<audlmd::Material*>(hostMaterial);
+}
+
+} // namespace
+
+SampleCache::ForwardIterator::ForwardIterator(const Cookie& cookie, long position, bool flag,
+                                              SampleCache& cache, unsigned int extra, bool,
+                                              const Orv::OutputGearing& gearing)
+    : identity(cookie), segmentIndex(0), cachePosition(position), waitForSegment(flag), hostFlags(0),
+      hostSegmentNumber(0) {
+    audlmd::CacheCore& core = *static_cast<audlmd::MaterialCache&>(cache).core_;
+    hostReach = core.reach(gearing, extra);
+    hostSegmentsAhead = std::min(extra, hostReach);
+    hostHeldSegments.resize(hostSegmentsAhead);
+
+    const auto lock = core.lock();
+    audlmd::Material& material = core.find(lock, cookie);
+    hostMaterial = &material;
+    materialLength = material.length;
+    const audlmd::LookAhead lookAhead{Direction::forward, hostReach, hostHeldSegments};
+    if (cachePosition >= 0 && cachePosition < materialLength) {
+        hostSegmentNumber = static_cast<std::uint32_t>(cachePosition / material.segmentLength);
+        segmentIndex = static_cast<std::int32_t>(cachePosition % material.segmentLength);
+        currentSegment = core.enter(lock, material, hostSegmentNumber, lookAhead);
+    } else if (cachePosition < 0) {
+        currentSegment = core.approach(lock, material, lookAhead);
+    }
+}
+
+SampleCache::ForwardIterator::~ForwardIterator() = default;
+
+void SampleCache::ForwardIterator::internal_inc_hitFirstSegment() {
+    audlmd::Material& material = materialBehind(hostMaterial);
+    if (materialLength == 0)
+        return;
+    const auto lock = material.core->lock();
+    segmentIndex = 0;
+    hostSegmentNumber = 0;
+    currentSegment =
+        material.core->enter(lock, material, 0, {Direction::forward, hostReach, hostHeldSegments});
+}
+
+void SampleCache::ForwardIterator::internal_inc_moveToNextSegment() {
+    audlmd::Material& material = materialBehind(hostMaterial);
+    const auto lock = material.core->lock();
+    segmentIndex = 0;
+    ++hostSegmentNumber;
+    currentSegment = material.core->enter(lock, material, hostSegmentNumber,
+                                          {Direction::forward, hostReach, hostHeldSegments});
+}
+
+void SampleCache::ForwardIterator::internal_incrementAudioUnderrunCounter() const {
+    materialBehind(hostMaterial).countUnderrun(cachePosition, Direction::forward);
+}
+
+SampleCache::ReverseIterator::ReverseIterator(const Cookie& cookie, long position, bool flag,
+                                              SampleCache& cache, bool, const Orv::OutputGearing& gearing)
+    : identity(cookie), segmentIndex(0), cachePosition(wrappingSum(std::int64_t{position}, std::int64_t{-1})),
+      waitForSegment(flag), hostFlags(0), hostSegmentNumber(0) {
+    audlmd::CacheCore& core = *static_cast<audlmd::MaterialCache&>(cache).core_;
+    hostReach = core.reach(gearing, 0);
+
+    const auto lock = core.lock();
+    audlmd::Material& material = core.find(lock, cookie);
+    hostMaterial = &material;
+    materialLength = material.length;
+    const audlmd::LookAhead lookAhead{Direction::reverse, hostReach, {}};
+    if (cachePosition >= 0 && cachePosition < materialLength) {
+        hostSegmentNumber = static_cast<std::uint32_t>(cachePosition / material.segmentLength);
+        segmentIndex = static_cast<std::int32_t>(cachePosition % material.segmentLength);
+        currentSegment = core.enter(lock, material, hostSegmentNumber, lookAhead);
+    } else if (cachePosition >= materialLength) {
+        currentSegment = core.approach(lock, material, lookAhead);
+    }
+}
+
+SampleCache::ReverseIterator::~ReverseIterator() = default;
+
+void SampleCache::ReverseIterator::internal_inc_hitLastSegment() {
+    audlmd::Material& material = materialBehind(hostMaterial);
+    if (materialLength == 0)
+        return;
+    const auto lock = material.core->lock();
+    hostSegmentNumber = static_cast<std::uint32_t>(material.segmentCount() - 1);
+    segmentIndex = material.lengthOf(hostSegmentNumber) - 1;
+    currentSegment =
+        material.core->enter(lock, material, hostSegmentNumber, {Direction::reverse, hostReach, {}});
+}
+
+void SampleCache::ReverseIterator::internal_inc_moveToNextSegment() {
+    audlmd::Material& material = materialBehind(hostMaterial);
+    const auto lock = material.core->lock();
+    --hostSegmentNumber;
+    segmentIndex = material.lengthOf(hostSegmentNumber) - 1;
+    currentSegment =
+        material.core->enter(lock, material, hostSegmentNumber, {Direction::reverse, hostReach, {}});
+}
+
+void SampleCache::ReverseIterator::internal_incrementAudioUnderrunCounter() const {
+    materialBehind(hostMaterial).countUnderrun(cachePosition, Direction::reverse);
+}
+
+} // namespace Aud

@@ -1,0 +1,31 @@
+#include "host/DespatchTables.hpp"
+
+#include "loop_modes/OutputTypes.hpp"
+#include "ole/Orv/OrvModeMeta"
+#include "standalone/services/Immortal.hpp"
+
+namespace Aud {
+
+/// Made at compile time: there before the first static initialiser of any library.
+template <class Out>
+typename Render::LoopModesDespatch::Types<Out>::Table& LoopModesDespatcherInstance<Out>::get() {
+    static constinit audlmd::Immortal<typename Render::LoopModesDespatch::Types<Out>::Table> table;
+    return table.object;
+}
+
+template struct LoopModesDespatcherInstance<SampleF32*>;
+template struct LoopModesDespatcherInstance<SampleS16*>;
+template struct LoopModesDespatcherInstance<SampleS24*>;
+template struct LoopModesDespatcherInstance<SampleS8*>;
+template struct LoopModesDespatcherInstance<SampleU8*>;
+template struct LoopModesDespatcherInstance<SampleS24In32*>;
+template struct LoopModesDespatcherInstance<SampleS32*>;
+template struct LoopModesDespatcherInstance<Render::Summing<SampleF32*>>;
+template struct LoopModesDespatcherInstance<Render::Summing<SampleS16*>>;
+template struct LoopModesDespatcherInstance<Render::Summing<SampleS24*>>;
+template struct LoopModesDespatcherInstance<Render::Summing<SampleS8*>>;
+template struct LoopModesDespatcherInstance<Render::Summing<SampleU8*>>;
+template struct LoopModesDespatcherInstance<Render::Summing<SampleS24In32*>>;
+template struct LoopModesDespatcherInstance<Render::Summing<SampleS32*>>;
+
+} // namespace Aud

@@ -1,0 +1,22 @@
+#include "standalone/services/Event.hpp"
+
+#include <chrono>
+
+namespace audlmd {
+
+bool Event::wait(std::uint32_t timeOutMilliseconds) {
+    std::unique_lock lock(mutex_);
+    const auto isSignalled = [this] { return signalled_; };
+    if (timeOutMilliseconds != noTimeLimit)
+        return changed_.wait_for(lock, std::chrono::milliseconds(timeOutMilliseconds), isSignalled);
+    changed_.wait(lock, isSignalled);
+    return true;
+}
+
+void Event::signal() {
+    const std::lock_guard lock(mutex_);
+    signalled_ = true;
+    changed_.notify_all();
+}
+
+} // namespace audlmd

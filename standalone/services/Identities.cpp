@@ -1,0 +1,83 @@
+#include "standalone/services/Identities.hpp"
+
+#include <cstddef>
+#include <cstdint>
+#include <random>
+#include <stdexcept>
+
+Cookie ce_handle::get_strip_cookie() const {
+    return stripCookie_;
+}
+
+namespace audlmd {
+namespace {
+
+constexpr std::size_t textLength = 36;
+
+/// Of the two digits of a byte; hyphens stand before bytes 4, 6, 8 and 10.
+constexpr std::size_t textPosition(std::size_t byte) {
+    return 2 * byte + (byte >= 4) + (byte >= 6) + (byte >= 8) + (byte >= 10);
+}
+
+constexpr bool isHyphenPosition(std::size_t position) {
+    return position == 8 || position == 13 || position == 18 || position == 23;
+}
+
+/// -1 if it is none.
+constexpr int digitValue(char digit) {
+    if (digit >= '0' && digit <= '9')
+        return digit - '0';
+    if (digit >= 'a' && digit <= 'f')
+        return digit - 'a' + 10;
+    if (digit >= 'A' && digit <= 'F')
+        return digit - 'A' + 10;
+    return -1;
+}
+
+} // namespace
+
+Orv::UUID makeUuid() {
+    std::random_device device;
+    Orv::UUID uuid;
+    for (std::size_t byte = 0; byte < uuid.bytes.size(); byte += 4) {
+        const std::uint32_t random = device();
+        for (std::size_t i = 0; i < 4; ++i)
+            uuid.bytes[byte + i] = static_cast<std::uint8_t>(random >> (8 * i));
+    }
+    uuid.bytes[6] = static_cast<std::uint8_t>(0x40 | (uuid.bytes[6] & 0x0F));
+    uuid.bytes[8] = static_cast<std::uint8_t>(0x80 | (uuid.bytes[8] & 0x3F));
+    return uuid;
+}
+
+Orv::UUID parseUuid(std::string_view text) {
+    bool wellFormed = text.size() == textLength;
+    for (std::size_t i = 0; wellFormed && i < textLength; ++i)
+        wellFormed = isHyphenPosition(i) ? text[i] == '-' : digitValue(text[i]) >= 0;
+    if (!wellFormed)
+        throw std::invalid_argument("'" + std::string(text) +
+                                    "' is not a UUID: 32 hexadecimal digits are expected, as 8-4-4-4-12");
+    Orv::UUID uuid;
+    for (std::size_t byte = 0; byte < uuid.bytes.size(); ++byte) {
+        const std::size_t position = textPosition(byte);
+        uuid.bytes[byte] =
+            static_cast<std::uint8_t>(16 * digitValue(text[position]) + digitValue(text[position + 1]));
+    }
+    return uuid;
+}
+
+std::string toString(const Orv::UUID& uuid) {
+    constexpr std::string_view digits = "0123456789abcdef";
+    std::string text(textLength, '-');
+    for (std::size_t byte = 0; byte < uuid.bytes.size(); ++byte) {
+        text[textPosition(byte)] = digits[uuid.bytes[byte] >> 4];
+        text[textPosition(byte) + 1] = digits[uuid.bytes[byte] & 0x0F];
+    }
+    return text;
+}
+
+std::string toString(const Cookie& cookie) {
+    return toString(cookie.material) + ", channel " + std::to_string(cookie.channel) + ", kind " +
+           std::to_string(cookie.kind);
+}
+
+} // namespace audlmd

@@ -1,0 +1,51 @@
+#include "standalone/services/ImageFormats.hpp"
+
+#include "host/ImageFormat.hpp"
+#include "standalone/services/Immortal.hpp"
+
+#include <map>
+#include <mutex>
+
+namespace audlmd {
+namespace {
+
+struct Announcements {
+    std::mutex mutex;
+    std::map<std::uint32_t, std::size_t> countByNumber;
+};
+
+Announcements& announcements() {
+    static Immortal<Announcements> instance;
+    return instance.object;
+}
+
+} // namespace
+
+std::size_t announcementsOfImageFormat(std::uint32_t number) {
+    const std::lock_guard lock(announcements().mutex);
+    const auto found = announcements().countByNumber.find(number);
+    return found == announcements().countByNumber.end() ? 0 : found->second;
+}
+
+std::size_t announcedImageFormats() {
+    const std::lock_guard lock(announcements().mutex);
+    return announcements().countByNumber.size();
+}
+
+} // namespace audlmd
+
+namespace Orv::Image {
+
+FormatUID::FormatUID(std::uint32_t number) : number_(number) {
+    const std::lock_guard lock(audlmd::announcements().mutex);
+    ++audlmd::announcements().countByNumber[number];
+}
+
+FormatUID::~FormatUID() {
+    const std::lock_guard lock(audlmd::announcements().mutex);
+    const auto found = audlmd::announcements().countByNumber.find(number_);
+    if (--found->second == 0)
+        audlmd::announcements().countByNumber.erase(found);
+}
+
+} // namespace Orv::Image

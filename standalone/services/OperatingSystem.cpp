@@ -1,0 +1,110 @@
+#include "host/OperatingSystem.hpp"
+
+#include "ole/Orv/LightweightString.hpp"
+
+#include <array>
+#include <atomic>
+#include <cstdlib>
+#include <cxxabi.h>
+#include <dlfcn.h>
+#include <execinfo.h>
+#include <iterator>
+#include <memory>
+#include <new>
+#include <pthread.h>
+#include <span>
+#include <sstream>
+#include <string>
+#include <unistd.h>
+
+namespace {
+
+class ReferenceCounts final : public iReferenceCounts {
+public:
+    void increment(std::int32_t& count) noexcept override {
+        std::atomic_ref(count).fetch_add(1, std::memory_order_relaxed);
+    }
+    /// Whoever finds 0 left sees all that the other holders did to the object.
+    std::int32_t decrement(std::int32_t& count) noexcept override {
+        return std::atomic_ref(count).fetch_sub(1, std::memory_order_acq_rel) - 1;
+    }
+};
+
+class Heap final : public iHeap {
+public:
+    void* allocate(std::size_t bytes) override {
+        void* const storage = std::malloc(bytes == 0 ? 1 : bytes);
+        if (storage == nullptr)
+            throw std::bad_alloc();
+        return storage;
+    }
+    void release(void* storage) noexcept override { std::free(storage); }
+};
+
+/// The function that an address lies in, its offset there, and its library.
+std::string describeCall(const void* address) {
+    std::ostringstream text;
+    Dl_info place{};
+    if (dladdr(address, &place) == 0 || place.dli_fname == nullptr) {
+        text << address;
+        return text.str();
+    }
+    const auto offsetFrom = [address](const void* start) {
+        return static_cast<const char*>(address) - static_cast<const char*>(start);
+    };
+    text << std::hex;
+    if (place.dli_sname != nullptr) {
+        int status = 0;
+        const std::unique_ptr<char, void (*)(void*)> demangled(
+            abi::__cxa_demangle(place.dli_sname, nullptr, nullptr, &status), &std::free);
+        text << (status == 0 ? demangled.get() : place.dli_sname) << " + 0x" << offsetFrom(place.dli_saddr)
+             << " in " << place.dli_fname;
+    } else {
+        text << place.dli_fname << " + 0x" << offsetFrom(place.dli_fbase);
+    }
+    return text.str();
+}
+
+/// Notes the thread, then the calls that led to the exception, innermost first.
+class ExceptionRecorder final : public iExceptionRecorder {
+public:
+    void record(ExceptionNotes& notes) override {
+        // An exception that is on its way must not be replaced by one about the notes on it.
+        try {
+            std::array<char, 16> threadName{};
+            pthread_getname_np(pthread_self(), threadName.data(), threadName.size());
+            std::ostringstream thread;
+            thread << "thread " << gettid() << " (" << threadName.data() << ")";
+            notes.emplace_back(thread.str());
+
+            constexpr int ownCalls = 1;
+            std::array<void*, 24> calls{};
+            const int depth = backtrace(calls.data(), static_cast<int>(std::size(calls)));
+            for (int i = ownCalls; i < depth; ++i)
+                notes.emplace_back(describeCall(calls[static_cast<std::size_t>(i)]));
+        } catch (...) {
+        }
+    }
+};
+
+class OperatingSystem final : public iOperatingSystem {
+public:
+    iReferenceCounts& referenceCounts() noexcept override { return referenceCounts_; }
+    iHeap& heap() noexcept override { return heap_; }
+    iExceptionRecorder& exceptionRecorder() noexcept override { return exceptionRecorder_; }
+
+private:
+    ReferenceCounts referenceCounts_;
+    Heap heap_;
+    ExceptionRecorder exceptionRecorder_;
+};
+
+/// Made at compile time and without a destructor: there for the first static initialiser and for the last
+/// clean-up of the process.
+constinit OperatingSystem operatingSystem;
+
+} // namespace
+
+iOperatingSystem& OS() noexcept {
+    return operatingSystem;
+}

@@ -1,0 +1,29 @@
+#include "standalone/services/RenderFunctions.hpp"
+
+#include "loop_modes/ModeCode.hpp"
+
+namespace audlmd {
+
+NoSuchMode::NoSuchMode(unsigned long code) : std::out_of_range(whyNoSuchMode(code)), code_(code) {}
+
+std::string whyNoSuchMode(unsigned long code) {
+    using namespace Aud::Render;
+    const std::string mode = "mode code " + std::to_string(code);
+    const std::string invalid = mode + " names no mode: ";
+    if (isValidModeCode(code))
+        return mode + " is valid, but no library that registers a render function for it is loaded";
+    const auto tooLarge = [&](const char* field, const char* bits, unsigned int value, std::size_t largest) {
+        return invalid + field + " (bits " + bits + ") is " + std::to_string(value) + ", at most " +
+               std::to_string(largest) + " is possible";
+    };
+    const ModeFields fields = decodeModeCode(code);
+    if (code < 2048 && fields.envelopeStage >= envelopeStages.size())
+        return tooLarge("envelopeStage", "1 to 4", fields.envelopeStage, envelopeStages.size() - 1);
+    if (code < 2048 && fields.srcStage > 2)
+        return tooLarge("srcStage", "5 and 6", fields.srcStage, 2);
+    if (code < 2048 && fields.levelStage > 2)
+        return tooLarge("levelStage", "8 and 9", fields.levelStage, 2);
+    return invalid + "the largest is " + std::to_string(largestModeCode);
+}
+
+} // namespace audlmd
