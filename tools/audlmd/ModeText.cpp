@@ -1,0 +1,112 @@
+#include "tools/audlmd/ModeText.hpp"
+
+#include "loop_modes/RegistrationOrder.hpp"
+
+#include <algorithm>
+#include <array>
+#include <iomanip>
+#include <iterator>
+#include <sstream>
+#include <string_view>
+
+namespace audlmd::command {
+namespace {
+
+using Aud::Render::EnvelopeKind;
+using Aud::Render::MiddleLevelKind;
+using Aud::Render::ModeFields;
+
+constexpr std::array<std::string_view, 2> directions{"backwards", "forwards"};
+constexpr std::array<std::string_view, 3> levels{"no outer level", "automated level", "fixed outer level"};
+constexpr std::array<std::string_view, 2> filters{"no filter", "five-band equaliser"};
+constexpr std::array<std::string_view, 3> conversions{"no conversion", "linear interpolation",
+                                                      "band-limited resampling"};
+constexpr std::array<std::string_view, 6> envelopes{"no envelope",
+                                                    "simple ramp on the log curve",
+                                                    "simple ramp on the constant-power curve",
+                                                    "ramp, then hold",
+                                                    "hold, then ramp",
+                                                    "ramp, hold, ramp"};
+constexpr std::array<std::string_view, 6> envelopeTraits{"",         "SimpleRamp<2>", "SimpleRamp<3>",
+                                                         "RampHold", "HoldRamp",      "RampHoldRamp"};
+
+template <std::size_t Size>
+std::string_view nameIn(const std::array<std::string_view, Size>& names, unsigned int value) {
+    return value < Size ? names[value] : "not valid";
+}
+
+std::string envelopeText(unsigned int stageNumber) {
+    if (stageNumber >= Aud::Render::envelopeStages.size())
+        return "not valid";
+    const Aud::Render::EnvelopeStage stage = Aud::Render::envelopeStages[stageNumber];
+    std::string text(envelopes[static_cast<std::size_t>(stage.envelope)]);
+    text += stage.middleLevel == MiddleLevelKind::fixed ? ", with a middle level" : ", no middle level";
+    return text;
+}
+
+std::string_view levelLayer(const ModeFields& fields) {
+    if (fields.levelStage == 2)
+        return "FixedLevelApplyingIterator";
+    if (fields.levelStage == 0)
+        return "NullIterator";
+    return fields.dynamicLevelDirection == 1 ? "DynamicLevelControl::ForwardsDynamicLevelApplyingIterator"
+                                             : "DynamicLevelControl::ReverseDynamicLevelApplyingIterator";
+}
+
+} // namespace
+
+std::vector<std::string> chainLayers(unsigned long code) {
+    const ModeFields fields = Aud::Render::decodeModeCode(code);
+    const Aud::Render::EnvelopeStage stage = Aud::Render::envelopeStages[fields.envelopeStage];
+    std::vector<std::string> layers;
+    if (fields.srcStage != 0)
+        layers.emplace_back(fields.srcStage == 1 ? "LinearSRCIterator" : "FilteringSRCIterator");
+    layers.emplace_back(levelLayer(fields));
+    if (stage.middleLevel != MiddleLevelKind::absent)
+        layers.emplace_back(stage.middleLevel == MiddleLevelKind::fixed ? "FixedLevelApplyingIterator"
+                                                                        : "NullIterator");
+    if (stage.envelope != EnvelopeKind::none)
+        layers.push_back("EnvelopeApplyingIterator, EnvelopeTraits::" +
+                         std::string(envelopeTraits[static_cast<std::size_t>(stage.envelope)]));
+    layers.emplace_back(fields.filterStage == 1 ? "MultiBandBiquadApplyingIterator" : "NullIterator");
+    layers.emplace_back(fields.direction == 1 ? "SampleCache::ForwardIterator"
+                                              : "SampleCache::ReverseIterator");
+    return layers;
+}
+
+std::string chainType(unsigned long code) {
+    const std::vector<std::string> layers = chainLayers(code);
+    std::string type = layers.back();
+    for (auto layer = std::next(layers.rbegin()); layer != layers.rend(); ++layer) {
+        // An envelope's shape is a second template argument, after the inner layer.
+        const std::size_t comma = layer->find(',');
+        const std::string shape = comma == std::string::npos ? "" : layer->substr(comma);
+        type = layer->substr(0, comma) + "<" + type + shape + ">";
+    }
+    return type;
+}
+
+std::string describeFields(const ModeFields& fields) {
+    std::ostringstream text;
+    const auto row = [&text](const char* bits, const char* field, unsigned int value,
+                             std::string_view meaning) {
+        text << "  " << std::left << std::setw(10) << bits << std::setw(23) << field << std::setw(4) << value
+             << meaning << '\n';
+    };
+    row("bit 10", "direction", fields.direction, nameIn(directions, fields.direction));
+    row("bits 8-9", "levelStage", fields.levelStage, nameIn(levels, fields.levelStage));
+    row("bit 7", "filterStage", fields.filterStage, nameIn(filters, fields.filterStage));
+    row("bits 5-6", "srcStage", fields.srcStage, nameIn(conversions, fields.srcStage));
+    row("bits 1-4", "envelopeStage", fields.envelopeStage, envelopeText(fields.envelopeStage));
+    row("bit 0", "dynamicLevelDirection", fields.dynamicLevelDirection,
+        fields.levelStage == 1 ? nameIn(directions, fields.dynamicLevelDirection)
+                               : "without effect: the level is not automated");
+    return text.str();
+}
+
+std::size_t registrationPlace(unsigned long code) {
+    const auto& order = Aud::Render::registrationOrder;
+    return static_cast<std::size_t>(std::ranges::find(order, code) - order.begin());
+}
+
+} // namespace audlmd::command

@@ -1,0 +1,58 @@
+#include "tools/audlmd/Progress.hpp"
+
+#include <algorithm>
+#include <cstdio>
+#include <iomanip>
+#include <sstream>
+#include <unistd.h>
+
+namespace audlmd::command {
+namespace {
+
+constexpr std::chrono::milliseconds redrawn{100};
+constexpr int barWidth = 40;
+
+double timesRealTime(std::int64_t frames, int sampleRate, double seconds) {
+    return static_cast<double>(frames) / sampleRate / std::max(seconds, 1e-6);
+}
+
+} // namespace
+
+Progress::Progress(std::int64_t total, int sampleRate)
+    : total_(total), sampleRate_(sampleRate), onTerminal_(isatty(STDERR_FILENO) == 1) {}
+
+Progress::~Progress() {
+    if (drawn_)
+        std::fputs("\r\033[K", stderr);
+}
+
+void Progress::update(std::int64_t done) {
+    if (!onTerminal_)
+        return;
+    const auto now = std::chrono::steady_clock::now();
+    if (now < next_)
+        return;
+    next_ = now + redrawn;
+    drawn_ = true;
+    const double share = static_cast<double>(done) / static_cast<double>(total_);
+    const std::string filled(static_cast<std::size_t>(share * barWidth), '#');
+    std::fprintf(stderr, "\r[%-*s] %3d %%  %.0f times real time\033[K", barWidth, filled.c_str(),
+                 static_cast<int>(share * 100.0), timesRealTime(done, sampleRate_, elapsed()));
+    std::fflush(stderr);
+}
+
+double Progress::elapsed() const {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - started_).count();
+}
+
+std::string RenderSummary::line() const {
+    std::ostringstream text;
+    text << std::fixed << "rendered " << frames << " samples on " << channels
+         << (channels == 1 ? " channel (" : " channels (") << std::setprecision(3)
+         << static_cast<double>(frames) / sampleRate << " s) in " << seconds << " s: " << std::setprecision(1)
+         << timesRealTime(frames, sampleRate, seconds) << " times real time; underruns: " << underrunSamples
+         << " samples in " << underrunEpisodes << (underrunEpisodes == 1 ? " episode" : " episodes");
+    return text.str();
+}
+
+} // namespace audlmd::command
