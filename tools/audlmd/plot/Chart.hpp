@@ -16,13 +16,14 @@ struct Point {
     double y;
 };
 
-/// A line through points in order of x. Where y is outside the axis, minus infinity included, the line leaves
-/// the chart; a NaN interrupts it.
+/// A line through points in order of x, or only dots at them. Where y is outside the axis, minus infinity
+/// included, the line leaves the chart; a NaN interrupts it.
 struct Series {
     std::string name;
     Colour colour = Palette::blue;
     double width = 2.0;
     bool dashed = false;
+    bool dots = false;
     std::vector<Point> points;
 };
 

@@ -33,7 +33,10 @@ double paintLegend(const Pen& pen, const std::vector<Series>& series, const Rect
             y += legendRow;
         }
         pen.colour(entry.colour);
-        pen.line(x, y, x + legendSwatch, y, entry.width, entry.dashed);
+        if (entry.dots)
+            pen.dot(x + legendSwatch / 2.0, y, entry.width);
+        else
+            pen.line(x, y, x + legendSwatch, y, entry.width, entry.dashed);
         pen.colour(Palette::text);
         pen.write(entry.name, x + legendSwatch + 6.0, y, {0.0, 0.5});
         x += width;
@@ -82,6 +85,7 @@ void paintYAxis(const Pen& pen, const Axis& axis, const Rectangle& plot, bool gr
 
 void paintSeries(const Pen& pen, const Chart& chart, const Series& series, const Rectangle& plot) {
     bool interrupted = true;
+    pen.colour(series.colour);
     for (const Point& point : series.points) {
         if (std::isnan(point.y)) {
             interrupted = true;
@@ -91,14 +95,15 @@ void paintSeries(const Pen& pen, const Chart& chart, const Series& series, const
         const double height = std::clamp(chart.y.position(point.y), -1.0, 2.0);
         const double x = plot.left + chart.x.position(point.x) * plot.width;
         const double y = plot.bottom() - height * plot.height;
-        if (interrupted)
+        if (series.dots)
+            pen.dot(x, y, series.width);
+        else if (interrupted)
             cairo_move_to(pen.context(), x, y);
         else
             cairo_line_to(pen.context(), x, y);
         interrupted = false;
     }
     cairo_set_line_join(pen.context(), CAIRO_LINE_JOIN_ROUND);
-    pen.colour(series.colour);
     pen.stroke(series.width, series.dashed);
 }
 

@@ -63,6 +63,11 @@ public:
         cairo_line_to(context_, toX, toY);
         stroke(width, dashed);
     }
+    void dot(double x, double y, double radius) const {
+        cairo_new_sub_path(context_);
+        cairo_arc(context_, x, y, radius, 0.0, 6.283185307179586);
+        cairo_fill(context_);
+    }
     void fill(const Rectangle& area) const {
         cairo_rectangle(context_, area.left, area.top, area.width, area.height);
         cairo_fill(context_);

@@ -1,13 +1,16 @@
 #include "tools/audlmd/plot/Picture.hpp"
 
 #include "tools/audlmd/CommandError.hpp"
+#include "tools/audlmd/TemporaryFile.hpp"
 
+#include <algorithm>
 #include <cairo-svg.h>
-
+#include <cerrno>
 #include <cmath>
 #include <memory>
-
 #include <string>
+#include <system_error>
+#include <unistd.h>
 
 namespace audlmd::plot {
 namespace {
@@ -73,9 +76,15 @@ void writePicture(const std::filesystem::path& path, const PictureSize& size,
                   const std::function<void(cairo_t*)>& draw) {
     requirePictureExtension(path);
     const std::string bytes = isPng(path) ? png(size, draw) : svg(size, draw);
-    FILE* f = fopen(path.c_str(), "wb");
-    fwrite(bytes.data(), 1, bytes.size(), f);
-    fclose(f);
+    command::TemporaryFile file(path);
+    for (std::size_t written = 0; written < bytes.size();) {
+        const ssize_t count = write(file.descriptor(), bytes.data() + written, bytes.size() - written);
+        if (count < 0 && errno != EINTR)
+            throw command::CommandError("cannot write '" + path.string() +
+                                        "': " + std::generic_category().message(errno));
+        written += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+    }
+    file.commit();
 }
 
 } // namespace audlmd::plot

@@ -1,0 +1,100 @@
+#include "tools/audlmd/plot/GainTrace.hpp"
+
+#include "standalone/signal/GainLaws.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <utility>
+
+namespace audlmd::plot {
+namespace {
+
+/// The sample that stands for 1.0. A power of two changes no digit, and this one leaves room for gains up to
+/// 60 dB below the level at which the library clips.
+constexpr float unit = 0x1p-10F;
+
+class StepSource final : public SampleSource {
+public:
+    StepSource(std::int64_t length, std::int64_t ones) : length_(length), ones_(ones) {}
+
+    std::int64_t length() const override { return length_; }
+    void read(std::int64_t position, std::span<float> samples) override {
+        const std::int64_t size = std::ssize(samples);
+        const std::int64_t ones = std::clamp<std::int64_t>(ones_ - position, 0, size);
+        std::fill_n(samples.begin(), ones, unit);
+        std::fill(samples.begin() + ones, samples.end(), 0.0F);
+    }
+
+private:
+    std::int64_t length_;
+    std::int64_t ones_;
+};
+
+} // namespace
+
+GainTrace::GainTrace(StripSettings settings, std::int64_t length, std::int64_t ones) : block_(65536) {
+    settings.cookie = Cookie{};
+    settings.from = 0;
+    settings.to = length;
+    cache_.add(settings.cookie, std::make_shared<StepSource>(length, ones));
+    player_.emplace(cache_, std::move(settings));
+}
+
+std::span<const float> GainTrace::next() {
+    auto* const first = reinterpret_cast<Aud::SampleF32*>(block_.data());
+    auto* out = first;
+    const std::uint64_t count = player_->render(out, block_.size());
+    const std::span<float> rendered(block_.data(), count);
+    for (float& sample : rendered)
+        sample /= unit;
+    return rendered;
+}
+
+std::vector<Point> gainOverTime(const StripSettings& settings, std::int64_t length, int sampleRate) {
+    constexpr std::int64_t stretches = 1500;
+    GainTrace trace(settings, length, length);
+    const std::int64_t stretchLength = std::max<std::int64_t>(1, trace.length() / stretches);
+    std::vector<Point> points;
+    Point lowest{};
+    Point highest{};
+    std::int64_t position = 0;
+    for (auto samples = trace.next(); !samples.empty(); samples = trace.next())
+        for (const float sample : samples) {
+            const Point point{static_cast<double>(position) / sampleRate, static_cast<double>(sample)};
+            if (position % stretchLength == 0)
+                lowest = highest = point;
+            lowest = point.y < lowest.y ? point : lowest;
+            highest = point.y > highest.y ? point : highest;
+            ++position;
+            if (position % stretchLength == 0 || position == trace.length()) {
+                const bool rising = lowest.x <= highest.x;
+                points.push_back(rising ? lowest : highest);
+                if (lowest.x != highest.x)
+                    points.push_back(rising ? highest : lowest);
+            }
+        }
+    return points;
+}
+
+std::vector<Point> inDecibels(std::vector<Point> gains) {
+    for (Point& point : gains)
+        point.y = decibelsOfGain(point.y);
+    return gains;
+}
+
+Axis decibelAxis(const std::vector<Series>& series, double lowest) {
+    constexpr double step = 6.0;
+    double from = 0.0;
+    double to = 0.0;
+    for (const Series& line : series)
+        for (const Point& point : line.points) {
+            from = std::min(from, point.y);
+            to = std::max(to, point.y);
+        }
+    // A little more than needed, so that a line at the highest level is not drawn on the frame.
+    return {"Gain (dB)", std::max(lowest, step * std::floor(from / step - 0.25)),
+            step * std::ceil(to / step + 0.25), Scale::decibels};
+}
+
+} // namespace audlmd::plot
