@@ -1,0 +1,39 @@
+# cmake --install: headers, both libraries and the command, and how CMake and pkg-config find them.
+include(CMakePackageConfigHelpers)
+
+set_target_properties(audlmd PROPERTIES EXPORT_NAME render)
+set_target_properties(audlmd_host PROPERTIES EXPORT_NAME host)
+install(TARGETS audlmd audlmd_host EXPORT audlmd-targets)
+install(TARGETS audlmd_tool)
+
+# Includes are relative to the root of the tree, and stay so below include/audlmd.
+set(includeDir ${CMAKE_INSTALL_INCLUDEDIR}/audlmd)
+install(DIRECTORY host ole loop_modes DESTINATION ${includeDir}
+    FILES_MATCHING PATTERN "*.hpp" PATTERN "Aud__RenderIterators" PATTERN "OrvModeMeta"
+    PATTERN "registration" EXCLUDE
+    PATTERN "render_functions" EXCLUDE)
+# Of the stand-alone host, what a program needs; the other headers are its own.
+foreach(header
+        cache/MaterialCache cache/SampleSource cache/SoundFile
+        services/Configuration services/Event services/Identities services/ImageFormats services/RenderFunctions
+        signal/Automation signal/Equaliser signal/Fade signal/GainLaws signal/Speed signal/StripPlayer)
+    cmake_path(GET header PARENT_PATH folder)
+    install(FILES standalone/${header}.hpp DESTINATION ${includeDir}/standalone/${folder})
+endforeach()
+
+set(packageDir ${CMAKE_INSTALL_LIBDIR}/cmake/audlmd)
+install(EXPORT audlmd-targets NAMESPACE audlmd:: DESTINATION ${packageDir})
+configure_package_config_file(cmake/audlmd-config.cmake.in audlmd-config.cmake
+    INSTALL_DESTINATION ${packageDir} NO_SET_AND_CHECK_MACRO)
+write_basic_package_version_file(audlmd-config-version.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/audlmd-config.cmake ${PROJECT_BINARY_DIR}/audlmd-config-version.cmake
+    DESTINATION ${packageDir})
+
+# Paths relative to the .pc files, so that an installed tree can be moved.
+file(RELATIVE_PATH pcPrefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+string(REGEX REPLACE "/$" "" pcPrefix ${pcPrefix})
+foreach(package audlmd audlmd-host)
+    configure_file(cmake/${package}.pc.in ${package}.pc @ONLY)
+    install(FILES ${PROJECT_BINARY_DIR}/${package}.pc
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endforeach()
