@@ -5,12 +5,20 @@
 #include "standalone/services/Immortal.hpp"
 
 namespace Aud {
+namespace {
+
+template <class Out>
+using Table = typename Render::LoopModesDespatch::Types<Out>::Table;
 
 /// Made at compile time: there before the first static initialiser of any library.
 template <class Out>
-typename Render::LoopModesDespatch::Types<Out>::Table& LoopModesDespatcherInstance<Out>::get() {
-    static constinit audlmd::Immortal<typename Render::LoopModesDespatch::Types<Out>::Table> table;
-    return table.object;
+constinit audlmd::Immortal<Table<Out>> table;
+
+} // namespace
+
+template <class Out>
+Table<Out>& LoopModesDespatcherInstance<Out>::get() {
+    return table<Out>.object;
 }
 
 template struct LoopModesDespatcherInstance<SampleF32*>;
