@@ -2,9 +2,9 @@
 
 #include "tools/audlmd/plot/Axis.hpp"
 #include "tools/audlmd/plot/Palette.hpp"
+#include "tools/audlmd/plot/Picture.hpp"
 
 #include <cstddef>
-#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
@@ -57,9 +57,7 @@ struct Figure {
     double pixelsPerPoint = 2.0;
 };
 
-/// Draws the figure as the path's extension asks, .png or .svg. Throws std::runtime_error with a line for the
-/// user where the extension is another one or the file cannot be written; a file that was there is replaced
-/// only by a whole picture.
-void writeFigure(const Figure& figure, const std::filesystem::path& path);
+/// The figure as the content of a file.
+std::string drawFigure(const Figure& figure, PictureKind kind);
 
 } // namespace audlmd::plot

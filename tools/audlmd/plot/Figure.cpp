@@ -1,9 +1,8 @@
 #include "tools/audlmd/plot/ChartPainter.hpp"
-#include "tools/audlmd/plot/Picture.hpp"
 
 namespace audlmd::plot {
 
-void writeFigure(const Figure& figure, const std::filesystem::path& path) {
+std::string drawFigure(const Figure& figure, PictureKind kind) {
     constexpr double margin = 14.0;
     constexpr double titleHeight = 26.0;
     constexpr double subtitleHeight = 20.0;
@@ -13,7 +12,7 @@ void writeFigure(const Figure& figure, const std::filesystem::path& path) {
     const PictureSize size{static_cast<double>(figure.columns) * figure.chartWidth,
                            head + static_cast<double>(rows) * figure.chartHeight, figure.pixelsPerPoint};
 
-    writePicture(path, size, [&](cairo_t* context) {
+    return encodePicture(kind, size, [&](cairo_t* context) {
         const Pen pen(context);
         pen.colour(Palette::paper);
         pen.fill({0.0, 0.0, size.width, size.height});

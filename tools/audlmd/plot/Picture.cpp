@@ -1,16 +1,10 @@
 #include "tools/audlmd/plot/Picture.hpp"
 
-#include "tools/audlmd/CommandError.hpp"
-#include "tools/audlmd/TemporaryFile.hpp"
-
-#include <algorithm>
 #include <cairo-svg.h>
-#include <cerrno>
+
 #include <cmath>
 #include <memory>
-#include <string>
-#include <system_error>
-#include <unistd.h>
+#include <stdexcept>
 
 namespace audlmd::plot {
 namespace {
@@ -25,8 +19,7 @@ cairo_status_t append(void* bytes, const unsigned char* data, unsigned int lengt
 
 void require(cairo_status_t status) {
     if (status != CAIRO_STATUS_SUCCESS)
-        throw command::CommandError(std::string("cannot draw the picture: ") +
-                                    cairo_status_to_string(status));
+        throw std::runtime_error(std::string("cannot draw the picture: ") + cairo_status_to_string(status));
 }
 
 void drawOn(const Surface& surface, double scale, const std::function<void(cairo_t*)>& draw) {
@@ -61,30 +54,11 @@ std::string svg(const PictureSize& size, const std::function<void(cairo_t*)>& dr
     return bytes;
 }
 
-bool isPng(const std::filesystem::path& path) {
-    return path.extension() == ".png";
-}
-
 } // namespace
 
-void requirePictureExtension(const std::filesystem::path& path) {
-    if (!isPng(path) && path.extension() != ".svg")
-        throw command::CommandError("'" + path.string() + "': a picture is .png or .svg; name the output so");
-}
-
-void writePicture(const std::filesystem::path& path, const PictureSize& size,
-                  const std::function<void(cairo_t*)>& draw) {
-    requirePictureExtension(path);
-    const std::string bytes = isPng(path) ? png(size, draw) : svg(size, draw);
-    command::TemporaryFile file(path);
-    for (std::size_t written = 0; written < bytes.size();) {
-        const ssize_t count = write(file.descriptor(), bytes.data() + written, bytes.size() - written);
-        if (count < 0 && errno != EINTR)
-            throw command::CommandError("cannot write '" + path.string() +
-                                        "': " + std::generic_category().message(errno));
-        written += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
-    }
-    file.commit();
+std::string encodePicture(PictureKind kind, const PictureSize& size,
+                          const std::function<void(cairo_t*)>& draw) {
+    return kind == PictureKind::png ? png(size, draw) : svg(size, draw);
 }
 
 } // namespace audlmd::plot

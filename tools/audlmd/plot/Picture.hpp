@@ -2,10 +2,12 @@
 
 #include <cairo.h>
 
-#include <filesystem>
 #include <functional>
+#include <string>
 
 namespace audlmd::plot {
+
+enum class PictureKind { png, svg };
 
 /// In points; a PNG has `pixelsPerPoint` pixels for each in both directions.
 struct PictureSize {
@@ -14,13 +16,9 @@ struct PictureSize {
     double pixelsPerPoint;
 };
 
-/// Whether the extension is one that writePicture knows: throws command::CommandError
-/// where it is not, so that a command can refuse before it computes what to draw.
-void requirePictureExtension(const std::filesystem::path& path);
-
-/// Draws on a PNG or SVG, by the path's extension. The file appears, or is replaced, only once the picture is
-/// whole. Throws command::CommandError.
-void writePicture(const std::filesystem::path& path, const PictureSize& size,
-                  const std::function<void(cairo_t*)>& draw);
+/// What `draw` draws, as the content of a file. Throws std::runtime_error where that takes more memory than
+/// there is.
+std::string encodePicture(PictureKind kind, const PictureSize& size,
+                          const std::function<void(cairo_t*)>& draw);
 
 } // namespace audlmd::plot

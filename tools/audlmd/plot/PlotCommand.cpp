@@ -4,7 +4,7 @@
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/SettingsText.hpp"
 #include "tools/audlmd/plot/Figures.hpp"
-#include "tools/audlmd/plot/Picture.hpp"
+#include "tools/audlmd/plot/PictureFile.hpp"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -104,8 +104,8 @@ CLI::App* addKind(CLI::App& plot, const std::shared_ptr<PlotOptions>& options, c
         ->option_text("OUTPUT")
         ->required();
     kind->callback([options, draw = std::move(draw)] {
-        requirePictureExtension(options->output);
-        writeFigure(draw(*options), options->output);
+        const PictureKind pictureKind = pictureKindOf(options->output);
+        writePictureFile(options->output, drawFigure(draw(*options), pictureKind));
     });
     return kind;
 }
