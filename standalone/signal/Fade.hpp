@@ -40,17 +40,20 @@ struct FadePlan {
 /// the end of a long fade, because what it adds to a u-value near 1.0 is rounded.
 class FadeEnvelope {
 public:
-    /// One envelope for the samples from the one asked for to `lastSample`, included.
+    /// The envelope from one sample on, right for those before `end`, and for `end` itself where the
+    /// alignment is 1.
     struct Placement {
         Aud::Render::EnvelopeParameters parameters;
-        std::int64_t lastSample;
+        std::int64_t end;
     };
 
-    /// The slope changes only at samples whose number is a multiple of `alignment`, a power of two up to
-    /// 1024, and where a fade begins or ends.
+    /// The slope changes, and a placement ends, only at samples whose distance to `origin` is a multiple of
+    /// `alignment` (a power of two up to 1024). A fade may begin and end anywhere: with an alignment above 1
+    /// the u-value may then stay up to 4e-6 away from what it should reach until the next such sample.
     ///
     /// Throws std::invalid_argument if the fades overlap or are longer than the range.
-    FadeEnvelope(const FadePlan& plan, std::uint64_t rangeLength, std::uint32_t alignment = 1);
+    FadeEnvelope(const FadePlan& plan, std::uint64_t rangeLength, std::uint32_t alignment = 1,
+                 std::int64_t origin = 0);
 
     /// The kind that fits: ramp-hold for a fade-in, hold-ramp for a fade-out, ramp-hold-ramp for both, a
     /// simple ramp for one fade over the whole range if its curve is not linear, none without a fade.
@@ -63,18 +66,23 @@ public:
     double gainAt(std::int64_t sample) const;
 
 private:
-    /// A straight piece of a ramp, in steps of the grid.
+    /// A straight piece of a ramp from a sample on, in steps of the grid.
     struct Piece {
         std::int64_t value;
         std::int64_t slope;
         std::int64_t end;
     };
 
-    Piece pieceAt(std::int64_t sample) const;
+    /// Of the ramp between two samples that rises to unity, or falls to silence.
+    Piece pieceOf(std::int64_t begin, std::int64_t end, bool rising, std::int64_t sample) const;
+    std::int64_t alignedUp(std::int64_t sample) const;
 
     FadePlan plan_;
+    /// Where the fade-out begins.
+    std::int64_t fadeOut_;
     std::int64_t length_;
     std::int64_t alignment_;
+    std::int64_t origin_;
     Aud::Render::EnvelopeKind kind_;
 };
 

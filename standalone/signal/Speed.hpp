@@ -24,8 +24,8 @@ double sourceSamplesOf(const Aud::SubSamplePos& position);
 Aud::SubSamplePos advanced(const Aud::SubSamplePos& start, const Aud::SubSamplePos& step,
                            std::uint64_t count);
 
-/// How many of start, start + step, start + 2 step ... are at most `last`. None of the three is negative, and
-/// the step is positive.
+/// How many of start, start + step, start + 2 step ... are at most `last`, counted up to 2^63 - 1. None of
+/// the three is negative, and the step is positive.
 std::uint64_t positionsUpTo(const Aud::SubSamplePos& last, const Aud::SubSamplePos& start,
                             const Aud::SubSamplePos& step);
 

@@ -113,7 +113,7 @@ public:
     /// `Out` is one of Aud::Render::OutputTypes.
     ///
     /// Throws NoSuchMode if no library has registered the mode, UnknownMaterial, and what a wait throws.
-    /// Continue after an exception with seek().
+    /// After an exception the player has jumped back, as by seek(), to where the call that failed began.
     template <class Out>
     std::uint64_t render(Out& out, std::uint64_t count) {
         const RenderFunction<Out> function = renderFunction<Out>(modeCode_);
@@ -132,18 +132,47 @@ public:
 private:
     using RenderCall = std::function<void(Aud::Render::IteratorCreationParams&, unsigned int)>;
 
-    /// What a render call is given apart from the record.
-    struct CallParameters;
+    /// One render call: where it starts, and how far it goes.
+    struct Stretch {
+        std::int64_t firstSample;
+        /// Only where the mode has one.
+        Aud::Render::EnvelopeParameters envelope;
+        Aud::SubSamplePos offset;
+        unsigned int count;
+    };
 
+    void chooseMode();
+    void chooseSpeed();
+    /// As many of `count` output samples as one call can render.
+    Stretch nextStretch(std::uint64_t count) const;
     std::uint64_t renderThrough(const RenderCall& call, std::uint64_t count);
+    void renderStretch(const RenderCall& call, const Stretch& stretch);
+    /// Starts everything that carries on from call to call afresh, at `position_`.
+    void start(const RenderCall& call);
+    void primeEqualiser(std::int64_t sample);
+    void closeResampler();
+    /// Where the next render call's chain starts, in source samples from the start of the range.
+    std::int64_t firstSample() const;
+    /// Of the linear converter, for the next output sample.
+    Aud::SubSamplePos readPosition() const;
+    std::int64_t materialPosition(std::int64_t sample) const;
+    std::int64_t levelPosition(std::int64_t sample) const;
 
     StripSettings settings_;
     Aud::SampleCache& cache_;
+    std::int64_t rangeLength_;
+    FadeEnvelope envelope_;
     Orv::OutputGearing gearing_;
     unsigned long modeCode_ = 0;
+    /// The speed in the forms in which the converters read it.
+    Aud::SubSamplePos step_{1, 0};
+    float speed_ = 1.0F;
     double speedInForce_ = 1.0;
     std::uint64_t outputLength_ = 0;
+
     std::uint64_t position_ = 0;
+    /// Whether the record's state is that after the output sample before `position_`.
+    bool continues_ = false;
     Aud::Render::PerSourceRecord record_;
 };
 

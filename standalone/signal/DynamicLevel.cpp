@@ -1,0 +1,142 @@
+#include "host/DynamicLevel.hpp"
+
+#include "standalone/signal/GainLaws.hpp"
+#include "standalone/signal/GridRamp.hpp"
+#include "standalone/signal/LevelWalk.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace audlmd {
+namespace {
+
+using Aud::DynamicLevelControl::DynamicLevelApplyingIteratorState;
+using Aud::DynamicLevelControl::LevelNode;
+using Nodes = std::span<const LevelNode>;
+
+std::int64_t onGrid(const LevelNode& node) {
+    // A NaN is silent.
+    const float u = node.uValue > 0.0F ? std::min(node.uValue, static_cast<float>(faderTop)) : 0.0F;
+    return std::lround(u / automationGrid);
+}
+
+std::uint64_t distance(std::int64_t from, std::int64_t to) {
+    return static_cast<std::uint64_t>(to) - static_cast<std::uint64_t>(from);
+}
+
+/// The index of the first node beyond the position. The hint and its neighbours are tried first.
+std::size_t firstBeyond(Nodes nodes, std::int64_t position, std::size_t hint) {
+    for (const std::size_t i : {hint, hint + 1, hint - 1})
+        if (i <= nodes.size() && (i == 0 || nodes[i - 1].position <= position) &&
+            (i == nodes.size() || nodes[i].position > position))
+            return i;
+    const auto beyond = std::upper_bound(nodes.begin(), nodes.end(), position,
+                                         [](std::int64_t p, const LevelNode& n) { return p < n.position; });
+    return static_cast<std::size_t>(beyond - nodes.begin());
+}
+
+/// The ramp that ends at a node other than the first.
+GridRamp rampTo(Nodes nodes, std::size_t node) {
+    constexpr std::uint64_t interval = 64;
+    const LevelNode& from = nodes[node - 1];
+    const LevelNode& to = nodes[node];
+    return {onGrid(from), onGrid(to), distance(from.position, to.position), interval};
+}
+
+/// The level at a position whose first node beyond is known.
+std::int64_t levelBefore(Nodes nodes, std::int64_t position, std::size_t beyond) {
+    if (beyond == 0)
+        return onGrid(nodes.front());
+    if (beyond == nodes.size())
+        return onGrid(nodes.back());
+    const std::uint64_t offset = distance(nodes[beyond - 1].position, position);
+    return rampTo(nodes, beyond).pieceAt(offset).valueAt(offset);
+}
+
+/// From a position on: so many samples of so much change each. 0 samples: the level stays for good.
+struct Run {
+    std::uint64_t samples;
+    std::int64_t slope;
+};
+
+Run runForwards(Nodes nodes, std::int64_t position, std::int64_t level, std::size_t beyond) {
+    std::size_t other = beyond;
+    while (other < nodes.size() && onGrid(nodes[other]) == level)
+        ++other;
+    if (other == nodes.size())
+        return {0, 0};
+    if (other > beyond)
+        return {distance(position, nodes[other - 1].position), 0};
+    const std::uint64_t offset = distance(nodes[beyond - 1].position, position);
+    const GridRamp::Piece piece = rampTo(nodes, beyond).pieceAt(offset);
+    return {piece.end - offset, piece.slope};
+}
+
+Run runBackwards(Nodes nodes, std::int64_t position, std::int64_t level, std::size_t beyond) {
+    const std::size_t above = firstBeyond(nodes, position - 1, beyond);
+    const std::int64_t next = levelBefore(nodes, position - 1, above);
+    std::size_t other = above;
+    while (other > 0 && onGrid(nodes[other - 1]) == level)
+        --other;
+    if (next == level && other == 0)
+        return {0, 0};
+    if (next == level && other < above)
+        return {distance(nodes[other].position, position), 0};
+    if (above > 0) {
+        const std::uint64_t offset = distance(nodes[above - 1].position, position);
+        const GridRamp::Piece piece = rampTo(nodes, above).pieceAt(offset - 1);
+        if (piece.valueAt(offset) == level)
+            return {offset - piece.begin, -piece.slope};
+    }
+    // What lies below does not join: nodes coincide here.
+    return {1, next - level};
+}
+
+} // namespace
+
+std::int64_t levelAt(Nodes nodes, std::int64_t position) {
+    return levelBefore(nodes, position, firstBeyond(nodes, position, 0));
+}
+
+void loadNextPiece(DynamicLevelApplyingIteratorState& state, WalkDirection direction) {
+    const Nodes nodes(state.nodes, state.nodeCount);
+    if (nodes.empty()) {
+        state.stationary = 1;
+        return;
+    }
+    const std::int64_t position = state.nextPosition;
+    const std::size_t beyond = firstBeyond(nodes, position, state.nearNode);
+    const std::int64_t level = levelBefore(nodes, position, beyond);
+    const bool forwards = direction == WalkDirection::forwards;
+    const Run run =
+        forwards ? runForwards(nodes, position, level, beyond) : runBackwards(nodes, position, level, beyond);
+
+    // A longer one is continued by the next call.
+    const std::uint64_t samples =
+        std::min<std::uint64_t>(run.samples, std::numeric_limits<std::uint32_t>::max());
+    state.nearNode = static_cast<std::uint32_t>(beyond);
+    state.uValue = static_cast<float>(level) * automationGrid;
+    state.uValueStep = static_cast<float>(run.slope) * automationGrid;
+    state.samplesToNextNode = static_cast<std::uint32_t>(samples);
+    state.stationary = samples == 0 ? 1 : 0;
+    const auto moved = static_cast<std::int64_t>(samples);
+    state.nextPosition = forwards ? position + moved : position - moved;
+}
+
+} // namespace audlmd
+
+namespace Aud::DynamicLevelControl {
+
+DynamicLevelApplyingIteratorBase::DynamicLevelApplyingIteratorBase(DynamicLevelApplyingIteratorState& state)
+    : state_(state) {}
+
+void DynamicLevelApplyingIteratorBase::moveToNextNodeForwards() {
+    audlmd::loadNextPiece(state_, audlmd::WalkDirection::forwards);
+}
+
+void DynamicLevelApplyingIteratorBase::moveToNextNodeReverse() {
+    audlmd::loadNextPiece(state_, audlmd::WalkDirection::backwards);
+}
+
+} // namespace Aud::DynamicLevelControl

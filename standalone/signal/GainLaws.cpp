@@ -1,0 +1,59 @@
+#include "standalone/signal/GainLaws.hpp"
+
+#include "standalone/signal/FaderLaw.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+namespace audlmd {
+namespace {
+
+/// A NaN is silent.
+double limited(double value, double top) {
+    return value > 0.0 ? std::min(value, top) : 0.0;
+}
+
+double eighthRoot(double x) {
+    return std::sqrt(std::sqrt(std::sqrt(x)));
+}
+
+double eighthPower(double x) {
+    const double square = x * x;
+    return square * square * square * square;
+}
+
+const double unityTerm = std::expm1(faderLawExponent);
+
+} // namespace
+
+double gainOfDecibels(double decibels) {
+    return std::pow(10.0, decibels / 20.0);
+}
+
+double decibelsOfGain(double gain) {
+    return 20.0 * std::log10(gain);
+}
+
+double mixerStyleGain(double uValue) {
+    return std::expm1(faderLawExponent * eighthRoot(limited(uValue, faderTop))) / unityTerm;
+}
+
+double mixerStyleUValue(double gain) {
+    const double u = eighthPower(std::log1p(limited(gain, 4.0) * unityTerm) / faderLawExponent);
+    return std::min(u, faderTop);
+}
+
+double mixerStyleUValueOfDecibels(double decibels) {
+    return mixerStyleUValue(gainOfDecibels(decibels));
+}
+
+double constantPowerGain(double uValue) {
+    return std::sin(limited(uValue, 1.0) * (std::numbers::pi / 2.0));
+}
+
+double constantPowerUValue(double gain) {
+    return std::asin(limited(gain, 1.0)) * (2.0 / std::numbers::pi);
+}
+
+} // namespace audlmd

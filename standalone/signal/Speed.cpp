@@ -1,0 +1,71 @@
+#include "standalone/signal/Speed.hpp"
+
+#include "ole/Aud/SpeedLimit.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <sstream>
+#include <stdexcept>
+
+// Weak, so that a program that only uses this library's cache or curves need not load the renderer.
+[[gnu::weak]] extern double cfgAudioPlaybackSpeedLimit;
+
+namespace audlmd {
+namespace {
+
+using Aud::SubSamplePos;
+__extension__ using Fractions = __int128;
+
+constexpr std::int64_t perSample = SubSamplePos::fractionsPerSample;
+
+Fractions fractionsOf(const SubSamplePos& position) {
+    return static_cast<Fractions>(position.sample) * perSample + position.fraction;
+}
+
+} // namespace
+
+void requireSpeed(double speed) {
+    if (speed >= slowestSpeed && speed <= fastestSpeed)
+        return;
+    std::ostringstream sentence;
+    sentence << "the speed must be a number from " << slowestSpeed << " to " << fastestSpeed << ", not "
+             << speed << " (backwards is a direction of its own)";
+    throw std::invalid_argument(sentence.str());
+}
+
+SubSamplePos subSamplePosOf(double sourceSamples) {
+    if (!(std::abs(sourceSamples) <= 0x1p53))
+        throw std::invalid_argument("a position in source samples must be a number up to 2^53");
+    const double whole = std::floor(sourceSamples);
+    const double fraction = std::round((sourceSamples - whole) * static_cast<double>(perSample));
+    return {static_cast<long>(whole), static_cast<int>(fraction)};
+}
+
+double sourceSamplesOf(const SubSamplePos& position) {
+    return static_cast<double>(position.sample) +
+           static_cast<double>(position.fraction) / static_cast<double>(perSample);
+}
+
+SubSamplePos advanced(const SubSamplePos& start, const SubSamplePos& step, std::uint64_t count) {
+    const Fractions sum = fractionsOf(start) + fractionsOf(step) * static_cast<Fractions>(count);
+    return {static_cast<long>(sum / perSample), static_cast<int>(sum % perSample)};
+}
+
+std::uint64_t positionsUpTo(const SubSamplePos& last, const SubSamplePos& start, const SubSamplePos& step) {
+    constexpr Fractions most = std::numeric_limits<std::int64_t>::max();
+    const Fractions distance = fractionsOf(last) - fractionsOf(start);
+    return distance < 0 ? 0 : static_cast<std::uint64_t>(std::min(distance / fractionsOf(step) + 1, most));
+}
+
+double filteringSpeedInForce(double speed) {
+    constexpr double slowest = 1.0 / 1024.0;
+    if (speed < slowest)
+        return slowest;
+    // Without a renderer nothing is limited, and nothing played.
+    if (&cfgAudioPlaybackSpeedLimit != nullptr && speed > cfgAudioPlaybackSpeedLimit)
+        return cfgAudioPlaybackSpeedLimit;
+    return speed;
+}
+
+} // namespace audlmd
