@@ -1,0 +1,28 @@
+#pragma once
+
+#include "loop_modes/IteratorCreationParams.hpp"
+#include "tests/library/host/Script.hpp"
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace Test {
+
+/// Whether a code names a chain, by its digits.
+bool modelIsValid(unsigned int code);
+/// All valid codes in the order of registration.
+const std::vector<unsigned int>& modelRegistrationOrder();
+
+/// What the model throws where the library throws Orv::Exception::RuntimeError.
+struct ModelRuntimeError {
+    const char* message;
+    int line;
+};
+
+/// Renders as the library must, slowly: every stage is decided on for every sample, and every host operation
+/// goes to `script` in the order of the contract. Moves `position` past every sample written.
+void modelRender(unsigned int code, std::size_t outputType, const Aud::Render::IteratorCreationParams& params,
+                 Script& script, std::uint8_t*& position, unsigned int count);
+
+} // namespace Test

@@ -1,0 +1,286 @@
+#include "tests/library/sweep/CaseRunner.hpp"
+
+#include "ole/Orv/OrvModeMeta"
+#include "tests/library/host/OutputTypes.hpp"
+#include "tests/library/model/Model.hpp"
+#include "tests/library/model/StoredSample.hpp"
+
+#include <gtest/gtest.h>
+#include <malloc.h>
+
+#include <algorithm>
+#include <array>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <sstream>
+#include <unistd.h>
+
+namespace Test {
+namespace {
+
+using Aud::Render::IteratorCreationParams;
+using Aud::Render::PerSourceRecord;
+
+class OtherCache final : public Aud::SampleCache {};
+
+/// One side of the comparison, library or model: its own copy of everything that a call may change.
+struct Side {
+    explicit Side(const RandomCase& from)
+        : script(from.script), record(from.record), buffer(from.buffer),
+          position(&buffer[2 * containerBytes[from.outputType % 7]]) {
+        script.cache = &cache;
+        script.gearing = &gearing;
+        script.strip = &record.strip;
+        script.levelState = &record.dynamicLevel;
+        script.firstBand = &record.equaliser;
+        script.sourceBlock = record.srcState.sourceBlock;
+        script.outSample = &record.srcState.outSample;
+    }
+    Side(const Side&) = delete;
+
+    /// What the mode does not read stays null.
+    IteratorCreationParams paramsOf(const Request& request, unsigned int code) {
+        std::memcpy(&record.envelope, request.envelope, sizeof request.envelope);
+        record.outerLevelUValue = request.outerLevelUValue;
+        const bool forward = code / 1024 == 1;
+        const unsigned int conversion = code / 32 % 4;
+        IteratorCreationParams params;
+        params.source = &record;
+        params.requestFlag = &request.flag;
+        params.gearing = &gearing;
+        params.cache = &cache;
+        if (forward)
+            params.forwardArgument = &request.forwardArgument;
+        if (conversion != 2)
+            params.startPosition = &request.startPosition;
+        else if (forward)
+            params.forwardFilteringStartPosition = &request.forwardFilteringStartPosition;
+        else
+            params.reverseFilteringStartPosition = &request.reverseFilteringStartPosition;
+        if (conversion != 0)
+            params.subSampleStart = &request.subSampleStart;
+        if (conversion == 1)
+            params.subSampleStep = &request.subSampleStep;
+        if (conversion == 2)
+            params.speed = &request.speed;
+        return params;
+    }
+
+    std::vector<std::uint64_t> state() const {
+        std::vector<std::uint64_t> numbers = script.state();
+        const auto& src = record.srcState;
+        const auto& level = record.dynamicLevel;
+        numbers.insert(numbers.end(),
+                       {reinterpret_cast<std::uintptr_t>(src.handle), bitsOf(src.factor),
+                        bitsOf(src.outSample), src.readIndex, static_cast<std::uint64_t>(src.nextSourcePos),
+                        src.positionRecorded, src.opened, level.samplesToNextNode, bitsOf(level.uValue),
+                        bitsOf(level.uValueStep), level.stationary,
+                        static_cast<std::uint64_t>(position - buffer.data())});
+        for (float sample : src.sourceBlock)
+            numbers.push_back(bitsOf(sample));
+        return numbers;
+    }
+
+    OtherCache cache;
+    Orv::OutputGearing gearing;
+    Script script;
+    PerSourceRecord record;
+    std::vector<std::uint8_t> buffer;
+    std::uint8_t* position;
+    std::string failure;
+};
+
+/// How an output type is made from a position in the buffer, and where it then stands.
+template <class Out>
+struct OutputAt;
+
+template <class Sample>
+struct OutputAt<Sample*> {
+    static Sample* make(std::uint8_t* position) { return reinterpret_cast<Sample*>(position); }
+    static std::uint8_t* where(Sample* out) { return reinterpret_cast<std::uint8_t*>(out); }
+};
+
+template <class Sample>
+struct OutputAt<Summing<Sample>> {
+    static Summing<Sample> make(std::uint8_t* position) {
+        return Summing<Sample>(reinterpret_cast<Sample*>(position));
+    }
+    static std::uint8_t* where(const Summing<Sample>& out) {
+        return reinterpret_cast<std::uint8_t*>(out.position());
+    }
+};
+
+using RenderAny = void (*)(unsigned int code, IteratorCreationParams& params, std::uint8_t*& position,
+                           unsigned int count);
+
+template <class Out>
+void renderThroughTable(unsigned int code, IteratorCreationParams& params, std::uint8_t*& position,
+                        unsigned int count) {
+    const auto function = Aud::LoopModesDespatcherInstance<Out>::get().find(code);
+    if (function == nullptr)
+        throw ModelRuntimeError{"the table has no function", 0};
+    Out out = OutputAt<Out>::make(position);
+    try {
+        function(params, out, count);
+    } catch (...) {
+        position = OutputAt<Out>::where(out);
+        throw;
+    }
+    position = OutputAt<Out>::where(out);
+}
+
+constexpr auto renderers = []<std::size_t... Number>(std::index_sequence<Number...>) {
+    return std::array<RenderAny, outputTypeCount>{
+        &renderThroughTable<std::tuple_element_t<Number, OutputTypes>>...};
+}
+(std::make_index_sequence<outputTypeCount>());
+
+/// What left the call, in words.
+template <class Render>
+std::string failureOf(Render render) {
+    std::ostringstream words;
+    try {
+        render();
+    } catch (const HostFailure& failure) {
+        words << "host operation " << failure.call;
+    } catch (const Orv::Exception::RuntimeError& error) {
+        words << error.typeName() << ": " << error.message() << ' ' << error.file() << ':' << error.line();
+    } catch (const ModelRuntimeError& error) {
+        words << "RuntimeError: " << error.message << " ole/Aud/Aud__RenderIterators:" << error.line;
+    }
+    return words.str();
+}
+
+/// NaNs in a float buffer are made alike.
+void unifyNaNs(std::vector<std::uint8_t>& buffer) {
+    for (std::size_t i = 0; i < buffer.size(); i += sizeof(float)) {
+        float sample = 0.0F;
+        std::memcpy(&sample, &buffer[i], sizeof sample);
+        const std::uint32_t bits = bitsOf(sample);
+        std::memcpy(&buffer[i], &bits, sizeof bits);
+    }
+}
+
+template <class T>
+std::size_t firstDifference(const std::vector<T>& a, const std::vector<T>& b) {
+    return static_cast<std::size_t>(std::mismatch(a.begin(), a.end(), b.begin(), b.end()).first - a.begin());
+}
+
+std::string describe(const std::vector<Call>& log, std::size_t from, std::size_t to) {
+    std::string lines;
+    for (std::size_t i = from; i < std::min(to, log.size()); ++i)
+        lines += "\n    " + std::to_string(i) + ": " + describe(log[i]);
+    return lines;
+}
+
+std::optional<std::string> compare(Side& library, Side& model, std::size_t outputType) {
+    if (library.failure != model.failure)
+        return "failure \"" + library.failure + "\", not \"" + model.failure + '"';
+    if (library.script.log != model.script.log) {
+        const std::size_t at = firstDifference(library.script.log, model.script.log);
+        const std::size_t from = at < 6 ? 0 : at - 6;
+        return "order of host operations\n  library:" + describe(library.script.log, from, at + 3) +
+               "\n  model:" + describe(model.script.log, at, at + 3);
+    }
+    if (outputType % 7 == 0) {
+        unifyNaNs(library.buffer);
+        unifyNaNs(model.buffer);
+    }
+    if (library.buffer != model.buffer)
+        return "byte " + std::to_string(firstDifference(library.buffer, model.buffer)) + " of the output";
+    const auto libraryState = library.state();
+    const auto modelState = model.state();
+    if (libraryState != modelState) {
+        const std::size_t at = firstDifference(libraryState, modelState);
+        return "number " + std::to_string(at) + " of the host state: " + std::to_string(libraryState[at]) +
+               ", not " + std::to_string(modelState[at]);
+    }
+    if (library.script.holders != 0)
+        return "segments are still held";
+    if (heapBlocksInUse() != 0)
+        return "blocks of the host's heap are still in use";
+    return std::nullopt;
+}
+
+// A crash has to name its case too.
+char currentCase[160];
+
+extern "C" void nameTheCase(int signal) {
+    static_cast<void>(!write(STDERR_FILENO, currentCase, std::strlen(currentCase)));
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
+}
+
+} // namespace
+
+std::string nameOf(const RandomCase& randomCase) {
+    std::ostringstream name;
+    name << "AUDLMD_CASE=" << randomCase.seed << ':' << randomCase.code << ':' << randomCase.outputType
+         << " (code " << randomCase.code << ", " << outputTypeNames[randomCase.outputType] << ')';
+    return name.str();
+}
+
+CaseResult runCase(const RandomCase& randomCase) {
+    useCurveTables(randomCase.curveTables);
+    const std::string name = "\nin case " + nameOf(randomCase) + '\n';
+    name.copy(currentCase, sizeof currentCase - 1);
+    Side library(randomCase);
+    Side model(randomCase);
+    CaseResult result;
+    for (std::size_t call = 0; call < randomCase.requests.size() && !result.difference; ++call) {
+        const Request& request = randomCase.requests[call];
+        for (Side* side : {&library, &model})
+            side->script.startCall(request.throwAt);
+        Script::current = &library.script;
+        IteratorCreationParams params = library.paramsOf(request, randomCase.code);
+        const IteratorCreationParams before = params;
+        library.failure = failureOf([&] {
+            renderers[randomCase.outputType](randomCase.code, params, library.position, request.count);
+        });
+        const bool written =
+            std::memcmp(&params, &before, sizeof params) != 0 ||
+            std::memcmp(&library.record.envelope, request.envelope, sizeof request.envelope) != 0;
+        params = model.paramsOf(request, randomCase.code);
+        model.failure = failureOf([&] {
+            modelRender(randomCase.code, randomCase.outputType, params, model.script, model.position,
+                        request.count);
+        });
+        result.operations.push_back(model.script.calls);
+        result.difference =
+            written ? "the library wrote into the request" : compare(library, model, randomCase.outputType);
+        if (result.difference)
+            *result.difference += "\n  in call " + std::to_string(call) + " of " + nameOf(randomCase);
+    }
+    return result;
+}
+
+void expectNoDifference(const std::vector<unsigned int>& codes, std::size_t outputType, unsigned int seeds) {
+    for (int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGABRT})
+        std::signal(signal, &nameTheCase);
+    mallopt(M_MMAP_THRESHOLD, 1 << 30); // The logs come and go too often to be mapped afresh.
+    mallopt(M_TRIM_THRESHOLD, 1 << 30);
+    const char* const only = std::getenv("AUDLMD_CASE");
+    std::size_t differing = 0;
+    const auto expectNone = [&](std::uint64_t seed, unsigned int code) {
+        const CaseResult result = runCase(RandomCase(seed, code, outputType));
+        if (result.difference && ++differing <= 3)
+            ADD_FAILURE() << *result.difference;
+    };
+    if (only != nullptr) {
+        std::uint64_t seed = 0;
+        unsigned int code = 0;
+        std::size_t output = 0;
+        char colon = ':';
+        std::istringstream(only) >> seed >> colon >> code >> colon >> output;
+        if (output == outputType)
+            expectNone(seed, code);
+        return;
+    }
+    for (unsigned int seed = 1; seed <= seeds; ++seed)
+        for (unsigned int code : codes)
+            expectNone(seed, code);
+    EXPECT_EQ(differing, 0u) << "cases differ";
+}
+
+} // namespace Test
