@@ -11,8 +11,9 @@
 namespace Aud::GainCurve {
 namespace {
 
+/// By Newton's method, which comes down to the root from above.
 constexpr double squareRoot(double x) {
-    double root = 1.0;
+    double root = x > 1.0 ? x : 1.0;
     for (double previous = 2.0; root != previous && root < 2.0;) {
         previous = root;
         root = 0.5 * (root + x / root);
