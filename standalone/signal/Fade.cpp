@@ -93,7 +93,12 @@ FadeEnvelope::Piece FadeEnvelope::pieceOf(std::int64_t begin, std::int64_t end, 
     return {piece.valueAt(offset), piece.slope, begin + static_cast<std::int64_t>(piece.end)};
 }
 
-FadeEnvelope::Placement FadeEnvelope::at(std::int64_t sample) const {
+FadeEnvelope::Placement FadeEnvelope::at(std::int64_t anySample) const {
+    // What an envelope does between aligned samples is its own, so one that starts there starts as if it had
+    // run on from the last of them.
+    const std::int64_t next = alignedUp(anySample);
+    const std::int64_t sample = next == anySample ? next : next - alignment_;
+
     const auto fadeIn = static_cast<std::int64_t>(plan_.fadeInSamples);
     const bool risen = sample >= fadeIn;
     const bool falling = sample >= fadeOut_;
@@ -118,6 +123,7 @@ FadeEnvelope::Placement FadeEnvelope::at(std::int64_t sample) const {
 
     Placement placement{{}, end};
     Aud::Render::EnvelopeParameters& parameters = placement.parameters;
+    parameters.elapsed = static_cast<std::uint32_t>(anySample - sample);
     parameters.startUValue = asUValue(falling ? last.value : first.value);
     parameters.levelUValue = 1.0F;
     const std::uint32_t rampLength = asLength(fadeIn - sample);
@@ -143,7 +149,12 @@ FadeEnvelope::Placement FadeEnvelope::at(std::int64_t sample) const {
 }
 
 double FadeEnvelope::uValueAt(std::int64_t sample) const {
-    return static_cast<double>(at(sample).parameters.startUValue);
+    if (sample < static_cast<std::int64_t>(plan_.fadeInSamples))
+        return static_cast<double>(sample) / static_cast<double>(plan_.fadeInSamples);
+    if (sample < fadeOut_)
+        return 1.0;
+    return static_cast<double>(std::max(length_ - sample, std::int64_t{0})) /
+           static_cast<double>(plan_.fadeOutSamples);
 }
 
 double FadeEnvelope::gainAt(std::int64_t sample) const {

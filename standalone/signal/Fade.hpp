@@ -62,6 +62,7 @@ public:
     /// `sample` counts delivered samples from the start of the range. The level u-value is left at unity.
     Placement at(std::int64_t sample) const;
 
+    /// Of the plan itself: the straight line, and the law of its curve.
     double uValueAt(std::int64_t sample) const;
     double gainAt(std::int64_t sample) const;
 

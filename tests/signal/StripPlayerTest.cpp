@@ -1,0 +1,334 @@
+#include "loop_modes/OutputTypes.hpp"
+#include "standalone/signal/GainLaws.hpp"
+#include "tests/signal/TestStrip.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <gtest/gtest.h>
+#include <limits>
+#include <numbers>
+#include <random>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace audlmd {
+namespace {
+
+using test::TestStrip;
+
+std::vector<float> noise(std::size_t length) {
+    std::mt19937 random(1);
+    std::uniform_real_distribution<float> sample(-0.2F, 0.2F);
+    std::vector<float> samples(length);
+    std::generate(samples.begin(), samples.end(), [&] { return sample(random); });
+    return samples;
+}
+
+std::vector<float> sine(std::size_t length, double frequency, double amplitude = 0.5) {
+    std::vector<float> samples;
+    for (std::size_t n = 0; n < length; ++n)
+        samples.push_back(static_cast<float>(
+            amplitude * std::sin(2.0 * std::numbers::pi * frequency * static_cast<double>(n))));
+    return samples;
+}
+
+std::vector<float> backwards(std::vector<float> samples) {
+    std::reverse(samples.begin(), samples.end());
+    return samples;
+}
+
+const Automation automation({{0, 0.9F}, {700, 1.1F}, {700, 0.4F}, {1500, 0.4F}, {2800, 1.0F}});
+
+/// Every combination of stages, with numbers drawn anew for each.
+template <class Use>
+void forEveryCombination(const StripSettings& plain, Use use) {
+    std::mt19937 random(7);
+    const auto length = static_cast<std::uint64_t>(plain.to - plain.from);
+    const auto upTo = [&](std::uint64_t most) {
+        return std::uniform_int_distribution<std::uint64_t>(1, most)(random);
+    };
+    const auto uValue = [&] { return std::uniform_real_distribution<float>(0.3F, 1.1F)(random); };
+    const auto curve = [&] { return static_cast<FadeCurve>(upTo(3)); };
+    for (const Converter converter : {Converter::none, Converter::linear, Converter::filtering})
+        for (int stages = 0; stages < 2 * 6 * 4 * 2 * 2; ++stages) {
+            StripSettings settings = plain;
+            settings.converter = converter;
+            if (converter != Converter::none)
+                settings.speed = std::exp(std::uniform_real_distribution<double>(-1.5, 1.8)(random));
+            settings.reverse = stages % 2 != 0;
+            switch (stages / 2 % 6) {
+            case 1:
+                settings.fade = {.fadeInSamples = upTo(length), .fadeInCurve = curve()};
+                break;
+            case 2:
+                settings.fade = {.fadeOutSamples = upTo(length), .fadeOutCurve = curve()};
+                break;
+            case 3:
+                settings.fade = {upTo(length / 2), upTo(length / 2), curve(), curve()};
+                break;
+            case 4:
+                settings.fade = {.fadeInSamples = length, .fadeInCurve = FadeCurve::log};
+                break;
+            case 5:
+                settings.fade = {.fadeOutSamples = length, .fadeOutCurve = FadeCurve::power};
+                break;
+            }
+            switch (stages / 12 % 4) {
+            case 1:
+                settings.outerLevel = uValue();
+                break;
+            case 2:
+                settings.automation = {automation, WalkDirection::forwards};
+                break;
+            case 3:
+                settings.automation = {automation, WalkDirection::backwards};
+                break;
+            }
+            if (stages / 48 % 2 != 0)
+                settings.middleLevel = uValue();
+            if (stages / 96 != 0)
+                settings.equaliser = {{BandKind::lowShelf, 200.0, -3.0},
+                                      {BandKind::peak, 3000.0, 6.0, 2.0},
+                                      {BandKind::lowPass, 15000.0}};
+            use(settings);
+        }
+}
+
+std::string describe(StripPlayer& player, const StripSettings& settings) {
+    return "mode " + std::to_string(player.modeCode()) + ", speed " + std::to_string(settings.speed);
+}
+
+TEST(StripPlayer, RendersTheSameBytesInBlocksOfAnySize) {
+    TestStrip strip(noise(2600));
+    StripSettings plain = strip.settings();
+    plain.from = -100;
+    plain.to = 2700;
+    std::set<unsigned long> modes;
+    forEveryCombination(plain, [&](const StripSettings& settings) {
+        StripPlayer whole(strip.cache(), settings);
+        modes.insert(whole.modeCode());
+        const std::vector<float> expected = TestStrip::render(whole);
+        ASSERT_EQ(expected.size(), whole.outputLength());
+        for (const std::uint64_t block : {1u, 7u, 64u, 1000u})
+            ASSERT_EQ(strip.render(settings, block), expected) << describe(whole, settings) << ", " << block;
+    });
+    EXPECT_EQ(modes.size(), 576u) << "all chains there are";
+}
+
+/// The gain of all levels at a source sample, from the laws.
+double gainAt(const StripSettings& settings, std::int64_t sample) {
+    const std::int64_t length = settings.to - settings.from;
+    double gain = FadeEnvelope(settings.fade, static_cast<std::uint64_t>(length)).gainAt(sample);
+    gain *= mixerStyleGain(static_cast<double>(settings.middleLevel.value_or(1.0F)));
+    gain *= mixerStyleGain(static_cast<double>(settings.outerLevel.value_or(1.0F)));
+    if (settings.automation) {
+        const bool forwards = settings.automation->direction == WalkDirection::forwards;
+        const float u = settings.automation->automation.uValueAt(forwards ? sample : length - 1 - sample);
+        gain *= mixerStyleGain(static_cast<double>(u));
+    }
+    return gain;
+}
+
+TEST(StripPlayer, AppliesEqualiserAndLevelsAtTheSourceRateInTheOrderOfDelivery) {
+    const std::vector<float> samples = noise(2600);
+    TestStrip strip(samples);
+    StripSettings plain = strip.settings();
+    plain.from = 11;
+    forEveryCombination(plain, [&](const StripSettings& settings) {
+        if (settings.converter == Converter::filtering)
+            return;
+        Aud::Filter::MultiBandBiquad<5u> equaliser;
+        setBands(equaliser, settings.equaliser, settings.sampleRate);
+        std::vector<float> delivered;
+        for (std::int64_t i = 0; i < settings.to - settings.from; ++i) {
+            const std::int64_t position = settings.reverse ? settings.to - 1 - i : settings.from + i;
+            float sample = samples[static_cast<std::size_t>(position)];
+            for (unsigned int band = 0; band < settings.equaliser.size(); ++band)
+                sample = equaliser.band(band).processSample(sample);
+            delivered.push_back(static_cast<float>(static_cast<double>(sample) * gainAt(settings, i)));
+        }
+        StripPlayer player(strip.cache(), settings);
+        const std::vector<float> out = TestStrip::render(player, 300);
+        for (std::size_t n = 0; n < out.size(); ++n) {
+            const double position = static_cast<double>(n) * player.speedInForce();
+            const auto left = static_cast<std::size_t>(position + 1e-9);
+            const std::size_t right = std::min(left + 1, delivered.size() - 1);
+            const double weight = right > left ? std::max(0.0, position - static_cast<double>(left)) : 0.0;
+            const double expected = (1.0 - weight) * static_cast<double>(delivered[left]) +
+                                    weight * static_cast<double>(delivered[right]);
+            // Beyond the last sample the interpolation reads on in the material.
+            if (left + 1 == delivered.size())
+                continue;
+            ASSERT_NEAR(out[n], expected, 2e-5) << describe(player, settings) << ", output " << n;
+        }
+    });
+}
+
+TEST(StripPlayer, IsTransparentWithoutStagesAndReversedIsForwardBackwards) {
+    const std::vector<float> samples = noise(3000);
+    TestStrip strip(samples);
+    StripSettings settings = strip.settings();
+    EXPECT_EQ(strip.render(settings), samples);
+    for (const Converter converter : {Converter::none, Converter::linear}) {
+        settings = strip.settings();
+        settings.converter = converter;
+        settings.automation = {automation, WalkDirection::forwards};
+        const std::vector<float> forwards = strip.render(settings);
+        settings.reverse = true;
+        settings.automation->direction = WalkDirection::backwards;
+        EXPECT_EQ(strip.render(settings), backwards(forwards));
+    }
+    settings = strip.settings();
+    settings.converter = Converter::linear;
+    EXPECT_EQ(strip.render(settings), samples) << "no lag at speed 1";
+    settings.speed = 3.0;
+    const std::vector<float> everyThird = strip.render(settings, 10);
+    ASSERT_EQ(everyThird.size(), 1000u);
+    for (std::size_t n = 0; n < everyThird.size(); ++n)
+        ASSERT_EQ(everyThird[n], samples[3 * n]);
+}
+
+TEST(StripPlayer, FilteringIsAlignedFromItsFirstSampleAndComplete) {
+    constexpr std::size_t length = 20000;
+    constexpr double frequency = 0.01;
+    const std::vector<float> samples = sine(length, frequency);
+    TestStrip strip(samples);
+    for (const bool reverse : {false, true})
+        for (const double speed : {0.1, 0.5, 0.77, 1.0, 1.5, 2.2, 6.0}) {
+            StripSettings settings = strip.settings();
+            settings.converter = Converter::filtering;
+            settings.speed = speed;
+            settings.reverse = reverse;
+            StripPlayer player(strip.cache(), settings);
+            const std::vector<float> out = TestStrip::render(player);
+            EXPECT_EQ(out.size(), std::ceil(length / player.speedInForce()));
+            const double start = reverse ? static_cast<double>(length - 1) : 0.0;
+            const double direction = reverse ? -1.0 : 1.0;
+            for (std::size_t n = 0; n < out.size(); ++n) {
+                const double into = static_cast<double>(n) * player.speedInForce();
+                // The filter's reach from the ends, where the material is cut off.
+                if (into < 60.0 || into > length - 60.0)
+                    continue;
+                const double expected =
+                    0.5 * std::sin(2.0 * std::numbers::pi * frequency * (start + direction * into));
+                ASSERT_NEAR(out[n], expected, 2e-3) << "speed " << speed << ", output " << n;
+            }
+        }
+}
+
+TEST(StripPlayer, FilteringNeitherStartsLateNorEndsEarly) {
+    TestStrip strip(std::vector<float>(5000, 0.5F));
+    for (const double speed : {0.3, 1.0, 2.0, 5.5}) {
+        StripSettings settings = strip.settings();
+        settings.from = 1000;
+        settings.to = 4000;
+        settings.converter = Converter::filtering;
+        settings.speed = speed;
+        const std::vector<float> out = strip.render(settings);
+        // Half of the filter's step response lies before the step itself.
+        EXPECT_NEAR(out.front(), 0.25, 0.1) << speed;
+        EXPECT_NEAR(out[static_cast<std::size_t>(20.0 / std::min(speed, 1.0))], 0.5, 0.01) << speed;
+        EXPECT_NEAR(out.back(), 0.5, 0.01) << speed;
+    }
+}
+
+TEST(StripPlayer, ContinuesAfterAJumpAsIfItHadPlayedThere) {
+    TestStrip strip(noise(2800));
+    forEveryCombination(strip.settings(), [&](const StripSettings& settings) {
+        StripPlayer player(strip.cache(), settings);
+        const std::vector<float> whole = TestStrip::render(player);
+        const auto middle = whole.size() / 3;
+        player.seek(middle);
+        const std::vector<float> rest = TestStrip::render(player, 50);
+        ASSERT_EQ(rest.size(), whole.size() - middle);
+        const std::vector<float> expected(whole.begin() + static_cast<std::ptrdiff_t>(middle), whole.end());
+        if (settings.equaliser.empty() && settings.converter != Converter::filtering) {
+            ASSERT_EQ(rest, expected) << describe(player, settings);
+        }
+        player.seek(0);
+        ASSERT_EQ(TestStrip::render(player, 99), whole) << describe(player, settings);
+    });
+    StripPlayer player(strip.cache(), strip.settings());
+    EXPECT_THROW(player.seek(2801), std::out_of_range);
+}
+
+TEST(StripPlayer, PrimesTheEqualiserSoThatTheFirstSampleIsFilteredAfterAJumpToo) {
+    const std::vector<float> samples = noise(500);
+    TestStrip strip(samples);
+    StripSettings settings = strip.settings();
+    settings.equaliser = {{BandKind::lowPass, 5000.0}};
+    const double b0 = sectionOf(settings.equaliser[0], settings.sampleRate).b0;
+    for (const bool reverse : {false, true}) {
+        settings.reverse = reverse;
+        StripPlayer player(strip.cache(), settings);
+        EXPECT_FLOAT_EQ(TestStrip::render(player)[0],
+                        static_cast<float>(b0) * (reverse ? samples[499] : samples[0]));
+        player.seek(100);
+        EXPECT_FLOAT_EQ(TestStrip::render(player)[0],
+                        static_cast<float>(b0) * (reverse ? samples[399] : samples[100]));
+    }
+}
+
+TEST(StripPlayer, RendersNoMoreThanTheRangeToAnyOutputType) {
+    TestStrip strip(std::vector<float>(100, 0.5F));
+    StripPlayer player(strip.cache(), strip.settings());
+    std::vector<Aud::SampleS16> out(100, Aud::SampleS16{{0, 0x20}});
+    Aud::Render::Summing<Aud::SampleS16*> position(out.data());
+    EXPECT_EQ(player.render(position, 60), 60u);
+    EXPECT_EQ(player.render(position, 60), 40u);
+    EXPECT_EQ(player.render(position, 60), 0u);
+    EXPECT_EQ(position.position(), out.data() + 100);
+    EXPECT_EQ(out[99].bytes[1], 0x60) << "a quarter plus a half of full scale";
+}
+
+TEST(StripPlayer, ExplainsTheNumbersOfItsRecord) {
+    TestStrip strip(noise(1000));
+    StripSettings settings = strip.settings();
+    settings.reverse = true;
+    settings.converter = Converter::filtering;
+    settings.speed = 20.0;
+    settings.fade = {.fadeInSamples = 512};
+    settings.outerLevel = 1.5F;
+    const StripPlayer player(strip.cache(), settings);
+    EXPECT_TRUE(player.speedIsLimited());
+    std::set<std::string> lines;
+    for (const RecordNumber& number : player.recordNumbers())
+        lines.insert(number.name + " = " + number.value);
+    for (const char* line :
+         {"reverseFilteringStartPosition = 1000", "envelope.type = 4 (ramp-hold)", "envelope.length = 512",
+          "envelope.step = 0.001953125", "outerLevelUValue = 1.5 (+10.00 dB)", "speed = 20",
+          "srcState.factor = 0.166666667", "requestFlag = true (waits)"})
+        EXPECT_TRUE(lines.contains(line)) << line;
+}
+
+TEST(StripPlayer, RefusesSettingsThatCannotBe) {
+    TestStrip strip(noise(100));
+    const auto expectRefused = [&](auto change) {
+        StripSettings settings = strip.settings();
+        change(settings);
+        EXPECT_THROW(StripPlayer(strip.cache(), settings), std::invalid_argument);
+    };
+    expectRefused([](StripSettings& s) { s.to = s.from; });
+    expectRefused([](StripSettings& s) { s.from = std::numeric_limits<std::int64_t>::min(); });
+    expectRefused([](StripSettings& s) { s.fade = {.fadeInSamples = 60, .fadeOutSamples = 60}; });
+    expectRefused([](StripSettings& s) { s.speed = 2.0; });
+    expectRefused([](StripSettings& s) {
+        s.converter = Converter::filtering;
+        s.speed = std::numeric_limits<double>::quiet_NaN();
+    });
+    expectRefused([](StripSettings& s) {
+        s.converter = Converter::linear;
+        s.speed = std::numeric_limits<double>::infinity();
+    });
+    expectRefused([](StripSettings& s) { s.middleLevel = std::numeric_limits<float>::infinity(); });
+    expectRefused([](StripSettings& s) { s.equaliser.resize(6); });
+    expectRefused([](StripSettings& s) {
+        s.outerLevel = 1.0F;
+        s.automation = {automation, WalkDirection::forwards};
+    });
+}
+
+} // namespace
+} // namespace audlmd
