@@ -43,6 +43,7 @@ CacheCore::CacheCore(const MaterialCacheOptions& options)
         throw std::invalid_argument("the segment length must be at least 1 sample");
     if (options.loaderThreads < 1)
         throw std::invalid_argument("the sample cache needs at least 1 loader thread");
+    busyResources_.reserve(options.loaderThreads);
 }
 
 std::size_t CacheCore::CookieHash::operator()(const Cookie& cookie) const noexcept {
@@ -102,11 +103,20 @@ void CacheCore::close() {
 }
 
 void CacheCore::serve(const std::stop_token& stop) {
-    SegmentList& urgent = lists_[CachedSegment::eUrgent];
-    SegmentList& ahead = lists_[CachedSegment::eAhead];
     Lock lock(mutex_);
-    while (requested_.wait(lock, stop, [&] { return !urgent.empty() || !ahead.empty(); }))
-        load(lock, *(urgent.empty() ? ahead : urgent).front());
+    CachedSegment* next = nullptr;
+    while (requested_.wait(lock, stop, [&] { return (next = nextRequest()) != nullptr; }))
+        load(lock, *next);
+}
+
+CachedSegment* CacheCore::nextRequest() const {
+    for (const auto stage : {CachedSegment::eUrgent, CachedSegment::eAhead})
+        for (CachedSegment* const segment : lists_[stage]) {
+            const void* const resource = segment->material->source->exclusiveResource();
+            if (resource == nullptr || std::ranges::find(busyResources_, resource) == busyResources_.end())
+                return segment;
+        }
+    return nullptr;
 }
 
 void CacheCore::load(Lock& lock, CachedSegment& segment) {
@@ -123,6 +133,8 @@ void CacheCore::load(Lock& lock, CachedSegment& segment) {
     usage_.residentBytes += segment.bytes();
     usage_.peakBytes = std::max(usage_.peakBytes, usage_.residentBytes);
     ++usage_.segmentsLoaded;
+    const void* const resource = material->source->exclusiveResource();
+    busyResources_.push_back(resource);
     lock.unlock();
 
     std::unique_ptr<float[]> storage;
@@ -139,6 +151,9 @@ void CacheCore::load(Lock& lock, CachedSegment& segment) {
         readInto({storage.get(), length}, *material->source, material->start(segment.number));
 
     lock.lock();
+    busyResources_.erase(std::ranges::find(busyResources_, resource));
+    // What waited for the resource is now for any loader to take.
+    requested_.notify_one();
     if (failure.empty()) {
         segment.storage = std::move(storage);
         segment.samples = segment.storage.get();

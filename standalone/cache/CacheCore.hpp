@@ -16,6 +16,7 @@
 #include <stop_token>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 namespace audlmd {
 
@@ -74,6 +75,8 @@ private:
     void takeAll(Material& material, SegmentList& taken);
     /// Takes unused segments until `bytes` fit the budget. Returns whether they do.
     bool makeRoom(std::size_t bytes, SegmentList& taken);
+    /// The segment to be loaded first. Null if there is none, or none whose resource is free.
+    CachedSegment* nextRequest() const;
     void load(Lock& lock, CachedSegment& segment);
     /// Gives up the cache's hold on segments that were taken, outside the lock. Wakes who waits for them.
     static void letGo(const SegmentList& taken);
@@ -86,6 +89,8 @@ private:
     std::condition_variable_any requested_;
     std::unordered_map<Cookie, std::shared_ptr<Material>, CookieHash> materials_;
     std::array<SegmentList, CachedSegment::stageCount> lists_;
+    /// Resources that loaders are reading from.
+    std::vector<const void*> busyResources_;
     MaterialCacheUsage usage_;
 };
 

@@ -20,6 +20,10 @@ public:
     /// Fills `samples` with those from `position` on. The range lies inside 0 to length(). Throws if it
     /// cannot fill all of it; the text of a std::exception is kept for the user.
     virtual void read(std::int64_t position, std::span<float> samples) = 0;
+
+    /// What a read has to itself, such as an open file. Sources of one resource that is not null are read one
+    /// after another, in the order of the requests, while loader threads serve others.
+    virtual const void* exclusiveResource() const { return nullptr; }
 };
 
 /// A block of memory.

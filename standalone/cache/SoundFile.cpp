@@ -1,16 +1,14 @@
 #include "standalone/cache/SoundFile.hpp"
 
+#include "standalone/cache/TruncatedFile.hpp"
+
 #include <sndfile.h>
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <deque>
 #include <limits>
 #include <mutex>
-#include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace audlmd {
@@ -22,54 +20,11 @@ struct Stretch {
     std::vector<float> samples;
 };
 
-/// The number at the start of the text, after blanks. Larger than any if it does not fit.
-std::optional<std::uint64_t> leadingNumber(std::string_view text) {
-    text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
-    std::uint64_t number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error == std::errc::result_out_of_range)
-        return std::numeric_limits<std::uint64_t>::max();
-    return error == std::errc() ? std::optional(number) : std::nullopt;
-}
-
-/// What programs write for a length that they do not know yet: all bits of a 32-bit field, with or without
-/// the sign, less a header.
-bool isPlaceholder(std::uint64_t bytes) {
-    constexpr std::uint64_t largestHeader = 0x1000;
-    const auto liesBelow = [bytes](std::uint64_t limit) {
-        return bytes <= limit && bytes > limit - largestHeader;
-    };
-    return liesBelow(0x7FFFFFFF) || liesBelow(0xFFFFFFFF) || bytes > 0x7FFFFFFF00000000;
-}
-
-/// libsndfile shortens the length to what is there, and says so only in its log: "data : 400000 (should be
-/// 239982)".
-bool saysShortened(std::string_view line) {
-    constexpr std::array<std::string_view, 4> dataSizes{"data : ", "SSND : ", "Data Size   : ", "riff : "};
-    constexpr std::string_view correction = " (should be ";
-    const std::size_t corrected = line.find(correction);
-    if (corrected == std::string_view::npos)
-        return line.find("does not match value from 'ds64' chunk") != std::string_view::npos;
-    for (const std::string_view name : dataSizes)
-        if (const std::size_t at = line.find(name); at != std::string_view::npos) {
-            const auto claimed = leadingNumber(line.substr(at + name.size()));
-            const auto there = leadingNumber(line.substr(corrected + correction.size()));
-            return claimed && there && *there < *claimed && !isPlaceholder(*claimed);
-        }
-    return false;
-}
-
-bool isShorterThanItsHeaderSays(SNDFILE* file) {
-    std::array<char, 16384> log{};
-    sf_command(file, SFC_GET_LOG_INFO, log.data(), static_cast<int>(log.size()));
-    std::string_view text(log.data());
-    while (!text.empty()) {
-        const std::size_t end = std::min(text.find('\n'), text.size() - 1);
-        if (saysShortened(text.substr(0, end)))
-            return true;
-        text.remove_prefix(end + 1);
-    }
-    return false;
+/// Whether the samples after a jump depend on those before it, which the decoder has not seen.
+bool needsRunUp(const SF_INFO& info) {
+    const int coding = info.format & SF_FORMAT_SUBMASK;
+    return coding == SF_FORMAT_VORBIS || coding == SF_FORMAT_OPUS || coding == SF_FORMAT_MPEG_LAYER_I ||
+           coding == SF_FORMAT_MPEG_LAYER_II || coding == SF_FORMAT_MPEG_LAYER_III;
 }
 
 } // namespace
@@ -81,14 +36,7 @@ public:
         const auto status = std::filesystem::status(path, error);
         if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
             throw failure("not a regular file");
-        {
-            // libsndfile says why it could not open a file in one place for the whole process.
-            static std::mutex opening;
-            const std::lock_guard lock(opening);
-            file_.reset(sf_open(path.c_str(), SFM_READ, &info_));
-            if (file_ == nullptr)
-                throw failure(sf_strerror(nullptr));
-        }
+        open();
         if (info_.seekable == 0)
             throw failure("its format does not allow reading from any position");
         // An unfinished Ogg stream is given no end.
@@ -154,27 +102,61 @@ private:
         return kept_.emplace_back(std::move(stretch));
     }
 
+    /// After a failure libsndfile may not find its way again: the file is then opened anew.
     void decode(std::int64_t position, std::span<float> interleaved) {
         ++decoded_;
-        if (position != next_ && sf_seek(file_.get(), position, SEEK_SET) != position) {
-            next_ = unknown;
-            throw failure("cannot go to frame " + std::to_string(position) + ": " + sf_strerror(file_.get()));
+        if (file_ == nullptr)
+            open();
+        try {
+            goTo(position);
+            decodeNext(interleaved);
+        } catch (...) {
+            file_.reset();
+            throw;
         }
+    }
+
+    void open() {
+        // libsndfile says why it could not open a file in one place for the whole process.
+        static std::mutex opening;
+        const std::lock_guard lock(opening);
+        info_ = {};
+        file_.reset(sf_open(path_.c_str(), SFM_READ, &info_));
+        if (file_ == nullptr)
+            throw failure(sf_strerror(nullptr));
+        next_ = 0;
+    }
+
+    void goTo(std::int64_t position) {
+        if (position == next_)
+            return;
+        const std::int64_t runUp = needsRunUp(info_) ? std::min(position, runUpFrames) : 0;
+        if (sf_seek(file_.get(), position - runUp, SEEK_SET) != position - runUp)
+            throw failure("cannot go to frame " + std::to_string(position) + ": " + sf_strerror(file_.get()));
+        next_ = position - runUp;
+        if (runUp != 0) {
+            std::vector<float> unused(static_cast<std::size_t>(runUp * info_.channels));
+            decodeNext(unused);
+        }
+    }
+
+    void decodeNext(std::span<float> interleaved) {
         const auto frames = static_cast<sf_count_t>(interleaved.size()) / info_.channels;
         const sf_count_t got = sf_readf_float(file_.get(), interleaved.data(), frames);
         if (got == frames) {
-            next_ = position + frames;
+            next_ += frames;
             return;
         }
-        next_ = unknown;
-        throw failure(
-            "cannot be read at frame " + std::to_string(position + std::max<sf_count_t>(got, 0)) + " of " +
-            std::to_string(info_.frames) + ": " +
-            (sf_error(file_.get()) != SF_ERR_NO_ERROR ? sf_strerror(file_.get()) : "the file ends there"));
+        const bool knowsWhy = sf_error(file_.get()) != SF_ERR_NO_ERROR;
+        throw failure("cannot be read at frame " + std::to_string(next_ + std::max<sf_count_t>(got, 0)) +
+                      " of " + std::to_string(info_.frames) + ": " +
+                      (knowsWhy ? sf_strerror(file_.get()) : "the file ends there"));
     }
 
     static constexpr std::size_t mostKeptSamples = (std::size_t{8} << 20) / sizeof(float);
-    static constexpr std::int64_t unknown = -1;
+    /// Measured: with half of it, Vorbis and Opus give the very samples of an uninterrupted run. MPEG layers
+    /// are left with a rounding error of a few 1e-7, however long it is.
+    static constexpr std::int64_t runUpFrames = 49152;
 
     std::filesystem::path path_;
     SF_INFO info_{};

@@ -59,6 +59,7 @@ public:
     void read(std::int64_t position, std::span<float> samples) override {
         file_->read(channel_, position, samples);
     }
+    const void* exclusiveResource() const override { return file_.get(); }
 
 private:
     std::shared_ptr<SoundFile> file_;
