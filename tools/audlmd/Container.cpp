@@ -60,7 +60,7 @@ const Container& rawContainer() {
 
 std::optional<int> subtypeIn(const Container& container, FormatId format) {
     const bool raw = (container.type & SF_FORMAT_TYPEMASK) == SF_FORMAT_RAW;
-    const int subtype = [&] {
+    const int subtype = [&]() -> int {
         switch (format) {
         case FormatId::f32:
             return SF_FORMAT_FLOAT;

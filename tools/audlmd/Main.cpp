@@ -6,7 +6,6 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -24,7 +23,7 @@ int complain(std::string line, int status) {
 
 int run(int argc, char** argv) {
     CLI::App app("Renders audio through the render functions of libaudlmd.", "audlmd");
-    app.set_version_flag("--version", std::string("audlmd ") + audLMDDllVersionStr());
+    app.set_version_flag("--version", audLMDDllVersionStr());
     app.require_subcommand(1);
     app.failure_message(CLI::FailureMessage::simple);
     audlmd::command::addRenderCommand(app);
@@ -47,9 +46,6 @@ int run(int argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
-    // A closed pipe and a file that grows too large are errors of writing, and reported as such.
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN);
     try {
         return run(argc, argv);
     } catch (const std::exception& error) {

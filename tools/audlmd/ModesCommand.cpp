@@ -46,7 +46,7 @@ void listModes() {
 void decodeMode(const std::string& text) {
     const unsigned long code = parseCode(text);
     if (!Aud::Render::isValidModeCode(code))
-        throw CommandError("mode code " + text + " is not valid: " + whyNoSuchMode(code));
+        throw CommandError(whyNoSuchMode(code));
     std::printf("mode code %lu (0x%03lx)\n%schain     %s\n", code, code,
                 describeFields(Aud::Render::decodeModeCode(code)).c_str(), chainType(code).c_str());
     if (Aud::Render::isTwinOfEvenCode(code))

@@ -3,24 +3,21 @@
 #include "standalone/cache/MaterialCache.hpp"
 #include "standalone/cache/SoundFile.hpp"
 #include "standalone/services/Identities.hpp"
-#include "standalone/signal/Speed.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Explain.hpp"
 #include "tools/audlmd/Progress.hpp"
 #include "tools/audlmd/RenderJob.hpp"
 #include "tools/audlmd/RenderOptions.hpp"
-#include "tools/audlmd/SettingsText.hpp"
+#include "tools/audlmd/RenderSettings.hpp"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <cmath>
+#include <csignal>
 #include <cstdio>
 #include <thread>
 
 namespace audlmd::command {
 namespace {
-
-using Players = std::vector<std::unique_ptr<StripPlayer>>;
 
 std::optional<FormatId> wantedFormat(const RenderOptions& options) {
     if (!options.format)
@@ -34,93 +31,22 @@ std::optional<FormatId> wantedFormat(const RenderOptions& options) {
     throw CommandError("--format: '" + *options.format + "' is not a format; use one of " + names);
 }
 
-void readRange(const RenderOptions& options, const SoundFile& input, StripSettings& settings) {
-    const std::int64_t frames = input.frames();
-    const auto position = [&](const std::optional<std::string>& text, const char* option,
-                              std::int64_t otherwise) {
-        return text ? TimeValue::parse(*text, option).samples(input.sampleRate()) : otherwise;
-    };
-    const auto requireInside = [&](const char* what, std::int64_t sample) {
-        if (sample > frames)
-            throw CommandError(std::string(what) + " is at sample " + std::to_string(sample) + ", outside '" +
-                               input.path().string() + "', which ends at sample " + std::to_string(frames));
-    };
-    settings.from = position(options.from, "--from", 0);
-    requireInside("--from", settings.from);
-    if (options.duration) {
-        const std::int64_t length = position(options.duration, "--duration", 0);
-        // Also keeps the sum from overflowing.
-        requireInside("the end of --duration",
-                      std::max(length, length <= frames ? settings.from + length : 0));
-        settings.to = settings.from + length;
-    } else {
-        settings.to = position(options.to, "--to", frames);
-        requireInside("--to", settings.to);
-    }
-    if (settings.from >= settings.to)
-        throw CommandError("the range from sample " + std::to_string(settings.from) + " to " +
-                           std::to_string(settings.to) + " holds nothing to render");
-    settings.reverse = options.reverse;
-}
-
-void readSpeed(const RenderOptions& options, StripSettings& settings) {
-    if (!options.speed)
-        return;
-    const std::string name = options.converter.value_or("filtering");
-    if (name != "filtering" && name != "linear")
-        throw CommandError("--converter: '" + name + "' is not a converter; use filtering or linear");
-    settings.converter = name == "linear" ? Converter::linear : Converter::filtering;
-    settings.speed = parseNumber(*options.speed, "--speed");
-    if (!std::isfinite(settings.speed) || settings.speed <= 0.0)
-        throw CommandError("--speed: " + *options.speed +
-                           " is not a finite number above 0; --reverse plays backwards");
-    requireSpeed(settings.speed);
-}
-
-/// Times are as heard, so that a fade lasts as long as it says at any speed.
-std::uint64_t readFade(const std::optional<std::string>& text, const char* option, int sampleRate,
-                       double speed, FadeCurve& curve) {
-    if (!text)
-        return 0;
-    const FadeText fade = parseFade(*text, option);
-    curve = fade.curve;
-    const double length = std::round(static_cast<double>(fade.length.samples(sampleRate)) * speed);
-    if (length < 1.0)
-        throw CommandError(std::string(option) + ": " + fade.length.text() + " is shorter than one sample");
-    if (!(length < 0x1p62))
-        throw CommandError(std::string(option) + ": " + fade.length.text() + " is longer than the range");
-    return static_cast<std::uint64_t>(length);
-}
-
-StripSettings readSettings(const RenderOptions& options, const SoundFile& input) {
-    StripSettings settings;
-    settings.sampleRate = input.sampleRate();
-    readRange(options, input, settings);
-    readSpeed(options, settings);
-    const double speed =
-        settings.converter == Converter::filtering ? filteringSpeedInForce(settings.speed) : settings.speed;
-    for (const std::string& band : options.equaliser)
-        settings.equaliser.push_back(parseBand(band, "--eq"));
-    FadePlan& fade = settings.fade;
-    fade.fadeInSamples = readFade(options.fadeIn, "--fade-in", input.sampleRate(), speed, fade.fadeInCurve);
-    fade.fadeOutSamples =
-        readFade(options.fadeOut, "--fade-out", input.sampleRate(), speed, fade.fadeOutCurve);
-    if (options.gain)
-        settings.middleLevel = parseLevel(*options.gain, "--gain");
-    if (options.level)
-        settings.outerLevel = parseLevel(*options.level, "--level");
-    if (options.automation)
-        settings.automation = AutomationWalk{
-            Automation(levelNodes(readAutomationFile(*options.automation), input.sampleRate(), speed)),
-            options.automationReverse ? WalkDirection::backwards : WalkDirection::forwards};
-    return settings;
-}
-
 void requireOther(const OutputTarget& target, const std::filesystem::path& path, const char* what) {
     std::error_code different;
     if (!target.isStream && std::filesystem::equivalent(target.path, path, different))
         throw CommandError("'" + target.path.string() + "' is the " + what +
                            "; name another file to write with -o");
+}
+
+/// A render passes through its material once, so the cache only needs room for what is on its way: small
+/// enough that segments are used again while they are still warm.
+MaterialCacheOptions cacheOptions(int channels) {
+    constexpr std::size_t segmentsPerChannel = 8;
+    MaterialCacheOptions options;
+    const std::size_t room = segmentsPerChannel * static_cast<std::size_t>(channels) *
+                             static_cast<std::size_t>(options.segmentLength) * sizeof(float);
+    options.memoryBudget = std::min(options.memoryBudget, room);
+    return options;
 }
 
 /// One render from its options to its last line.
@@ -163,7 +89,7 @@ private:
         StripSettings settings = readSettings(options_, *input_);
         // Signals are left to this thread.
         const EndingSignalsBlocked blocked;
-        cache_ = std::make_unique<MaterialCache>();
+        cache_ = std::make_unique<MaterialCache>(cacheOptions(input_->channels()));
         const Orv::UUID material = makeUuid();
         for (int channel = 0; channel < input_->channels(); ++channel) {
             settings.cookie = Cookie{material, static_cast<std::uint16_t>(channel), 0};
@@ -194,6 +120,9 @@ private:
     }
 
     void renderToFile() {
+        // A closed pipe and a file that grows too large are errors of writing, and reported as such.
+        std::signal(SIGPIPE, SIG_IGN);
+        std::signal(SIGXFSZ, SIG_IGN);
         OutputFile output(*target_, layout_);
         const std::size_t threads =
             options_.threads != 0 ? options_.threads : std::max(1U, std::thread::hardware_concurrency());
@@ -229,7 +158,7 @@ private:
     std::shared_ptr<SoundFile> input_;
     std::unique_ptr<MaterialCache> cache_;
     std::vector<Cookie> cookies_;
-    Players players_;
+    std::vector<std::unique_ptr<StripPlayer>> players_;
     std::optional<ExistingMix> existing_;
     OutputLayout layout_;
 };

@@ -14,13 +14,20 @@ constexpr const char* renderHelp =
 heard. A time is written in seconds (12.5 or 3s), milliseconds (250ms), samples (480000smp) or as a timecode
 (1:02.5, 1:00:02.5).
 
+BANDS of --eq are written peak:FREQUENCY:GAIN[:Q], lowshelf:FREQUENCY:GAIN[:Q], highshelf:FREQUENCY:GAIN[:Q],
+highpass:FREQUENCY[:Q] or lowpass:FREQUENCY[:Q], in hertz (1k is 1000) and decibels. Without Q it is 0.707.
+
+MIXES The file of --mix-into has the render's rate, channels and length, and its format where one is given. A
+.raw or .pcm file does not tell its format: give it with --format.
+
 FILES The output's extension chooses the kind of file. Every sample in it is what the library stored:
   .wav .w64 .rf64   u8 s16 s24 s32 f32 (a wav beyond 4 GiB becomes RF64)
-  .aiff .au .caf    s8 s16 s24 s32 f32
+  .aiff .au .caf    s8 s16 s24 s32 f32 (an aiff also u8)
   .flac             s8 s16 s24
   .raw .pcm         every format, little-endian and without a header; the only ones that hold s24in32
-Without --format it is f32, or s24 for flac. Pipes and devices (/dev/stdout, -) get headerless samples. The
-output stands under its name only once it is whole; whatever was there stays until then.
+Without --format it is that of --mix-into, else f32, or s24 for flac. Pipes and devices (/dev/stdout, -) get
+headerless samples. The output stands under its name only once it is whole; whatever was there stays until
+then.
 
 EXAMPLES
   audlmd render speech.wav -o reversed.wav --reverse
@@ -48,13 +55,13 @@ void declareRange(CLI::App& app, RenderOptions& options) {
 
 void declareSound(CLI::App& app, RenderOptions& options) {
     app.add_option("--eq", options.equaliser,
-                   "Equaliser band, up to five times: peak:FREQUENCY:GAIN[:Q], lowshelf:F:G[:Q], "
-                   "highshelf:F:G[:Q], highpass:F[:Q], lowpass:F[:Q]; hertz (1k = 1000) and dB")
-        ->option_text("BAND ...")
+                   "Equaliser band such as peak:1k:+3:0.7, up to five times, in this order")
+        ->option_text("BAND")
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
         ->group("Sound");
-    app.add_option("--fade-in", options.fadeIn, "Fade in over the first TIME; curve linear, log or power")
+    app.add_option("--fade-in", options.fadeIn,
+                   "Fade in over the first TIME; curve linear (the default), log or power")
         ->option_text("TIME[:CURVE]")
         ->group("Sound");
     app.add_option("--fade-out", options.fadeOut, "Fade out over the last TIME")
@@ -67,7 +74,7 @@ void declareSound(CLI::App& app, RenderOptions& options) {
         ->option_text("DB")
         ->group("Sound");
     app.add_option("--automation", options.automation,
-                   "Outer level that moves: a CSV file of time,decibels; linear on the fader between lines")
+                   "Outer level that moves along the lines (time,decibels) of a CSV file")
         ->option_text("FILE")
         ->group("Sound");
     app.add_flag("--automation-reverse", options.automationReverse,
@@ -77,7 +84,7 @@ void declareSound(CLI::App& app, RenderOptions& options) {
         ->option_text("S")
         ->group("Sound");
     app.add_option("--converter", options.converter,
-                   "For --speed: filtering (band-limited, the default) or linear (cheaper, any speed)")
+                   "filtering (band-limited, the default) or linear (cheap, any speed)")
         ->option_text("NAME")
         ->group("Sound");
 }
@@ -89,23 +96,20 @@ void declareOutput(CLI::App& app, RenderOptions& options) {
     app.add_option("--format", options.format, "f32, s8, u8, s16, s24, s24in32 or s32")
         ->option_text("FORMAT")
         ->group("Output");
-    app.add_option(
-           "--mix-into", options.mixInto,
-           "Add to the samples of this file, which is only read; the sum goes to OUTPUT. It must have "
-           "the render's format, rate, channels and length")
+    app.add_option("--mix-into", options.mixInto,
+                   "Add to the samples of this file, which is only read, and write the sum to OUTPUT")
         ->option_text("EXISTING")
         ->group("Output");
-    app.add_option("--block", options.block, "Samples per render call (default 4096); the output is the same")
+    app.add_option("--block", options.block, "Samples per render call (default 4096); changes no sample")
         ->option_text("N")
         ->check(CLI::Range(std::size_t{1}, std::size_t{1} << 24))
         ->group("Output");
     app.add_option("--threads", options.threads,
-                   "Channels rendered side by side (default: one per processor); the output is the same")
+                   "Channels rendered side by side (default: one per processor)")
         ->option_text("N")
         ->check(CLI::Range(1, 1024))
         ->group("Output");
-    app.add_flag("--explain", options.explain,
-                 "Print the mode code, its fields and chain, the output type and the record's numbers")
+    app.add_flag("--explain", options.explain, "Print mode code, fields, chain, output type and record")
         ->group("Output");
 }
 
