@@ -30,7 +30,7 @@ struct ToneMeasurement {
     /// Of the sine that comes out. Not set where it would lie above half the sample rate.
     std::optional<double> level;
     /// Of all else together: noise, distortion, images and aliases.
-    double restLevel;
+    double restLevel = 0.0;
     /// Of the frequency that comes out, relative to the one that should. Not set without a sine.
     std::optional<double> frequencyError;
 

@@ -17,8 +17,8 @@ namespace {
 using namespace audlmd;
 namespace fs = std::filesystem;
 
-constexpr const char* tablesBegin = "<!-- measured: written by scripts/sound -->\n";
-constexpr const char* tablesEnd = "<!-- end of measured -->\n";
+constexpr const char* tableBegin = "<!-- measured: written by scripts/sound -->\n";
+constexpr const char* tableEnd = "<!-- end of measured -->\n";
 
 std::string read(const fs::path& path) {
     std::ifstream file(path, std::ios::binary);
@@ -34,15 +34,15 @@ void write(const fs::path& path, const std::string& content) {
     std::printf("wrote %s\n", path.c_str());
 }
 
-/// Puts the tables between the two marks of the page.
-void updatePage(const fs::path& path, const std::string& tables) {
+/// Puts the table between the two marks of the page.
+void updatePage(const fs::path& path, const std::string& table) {
     std::string page = read(path);
-    const std::size_t begin = page.find(tablesBegin);
-    const std::size_t end = page.find(tablesEnd);
+    const std::size_t begin = page.find(tableBegin);
+    const std::size_t end = page.find(tableEnd);
     if (begin == std::string::npos || end == std::string::npos || end < begin)
-        throw std::runtime_error(path.string() + " has lost the marks around its tables");
-    const std::size_t from = begin + std::string(tablesBegin).size();
-    page.replace(from, end - from, tables);
+        throw std::runtime_error(path.string() + " has lost the marks around its table");
+    const std::size_t from = begin + std::string(tableBegin).size();
+    page.replace(from, end - from, table);
     write(path, page);
 }
 
@@ -60,7 +60,8 @@ std::vector<float> sweep() {
 
 plot::Chart sweepChart(const sound::Conversion& conversion) {
     const std::vector<float> samples = sound::convert(sweep(), conversion).samples;
-    plot::Spectrogram spectrogram(std::ssize(samples), static_cast<int>(sound::sampleRate));
+    // About a cell for a pixel, which keeps the files small.
+    plot::Spectrogram spectrogram(std::ssize(samples), static_cast<int>(sound::sampleRate), 332, 267);
     spectrogram.add(samples);
     plot::Chart chart = spectrogram.chart(-120.0);
     chart.title = sound::nameOf(conversion.converter);
@@ -76,9 +77,9 @@ void drawSweeps(const fs::path& folder, double speed, bool reverse) {
     plot::Figure figure;
     figure.title = title;
     figure.columns = 2;
-    figure.chartWidth = 480.0;
-    figure.chartHeight = 330.0;
-    figure.pixelsPerPoint = 1.5;
+    figure.chartWidth = 434.0;
+    figure.chartHeight = 295.0;
+    figure.pixelsPerPoint = 1.25;
     for (const Converter converter : {Converter::linear, Converter::filtering})
         figure.charts.push_back(sweepChart({converter, speed, reverse}));
     write(folder / name, drawFigure(figure, plot::PictureKind::png));
@@ -91,11 +92,11 @@ int main(int argc, char** argv) {
                  "audlmd-sound");
     fs::path page;
     fs::path pictures;
-    app.add_option("PAGE", page, "Its tables between the two marks are replaced")->required();
+    app.add_option("PAGE", page, "The table between the two marks is replaced")->required();
     app.add_option("PICTURES", pictures, "The folder for the spectrograms")->required();
     CLI11_PARSE(app, argc, argv);
     try {
-        updatePage(page, sound::measuredTables());
+        updatePage(page, sound::measuredTable());
         for (const double speed : sound::measuredSpeeds)
             drawSweeps(pictures, speed, false);
         drawSweeps(pictures, 1.5, true);

@@ -13,6 +13,18 @@ std::string formatted(const char* format, double value) {
     return text;
 }
 
+/// Rounded to a tenth; adding 0 turns a negative zero into a zero.
+std::string decibels(double value) {
+    return formatted("%.1f dB", std::round(10.0 * value) / 10.0 + 0.0);
+}
+
+std::string signalToNoise(const ToneMeasurement& found) {
+    if (!found.level)
+        return "none, rest " + decibels(found.restLevel);
+    return found.signalToNoise() > resolution ? formatted("> %.0f dB", resolution)
+                                              : decibels(found.signalToNoise());
+}
+
 } // namespace
 
 std::vector<Conversion> measuredConversions() {
@@ -29,25 +41,23 @@ std::string rowHead(const Conversion& conversion) {
            " | " + (conversion.reverse ? "backwards" : "forwards") + " |";
 }
 
-std::string measuredTables() {
+std::string measuredTable() {
     std::string table =
-        "| converter | speed | direction | S/N at 1 kHz | at 6 kHz | at 15 kHz | level at 15 kHz "
-        "| rest at 23 kHz | frequency error |\n"
+        "| converter | speed | direction | S/N, 1 kHz | S/N, 6 kHz | S/N, 15 kHz | level, 15 kHz "
+        "| rest, 23 kHz | frequency error |\n"
         "|---|---|---|---|---|---|---|---|---|\n";
     for (const Conversion& conversion : measuredConversions()) {
         table += rowHead(conversion);
+        ToneMeasurement found;
         double frequencyError = 0.0;
-        std::string levelOfLastTone;
         for (const double tone : measuredTones) {
-            const ToneMeasurement found = measureTone(conversion, tone);
-            table += found.level ? formatted(" %.1f dB |", found.signalToNoise())
-                                 : formatted(" (rest %.1f dB) |", found.restLevel);
+            found = measureTone(conversion, tone);
+            table += " " + signalToNoise(found) + " |";
             frequencyError = std::max(frequencyError, std::abs(found.frequencyError.value_or(0.0)));
-            levelOfLastTone = found.level ? formatted(" %+.1f dB |", *found.level) : std::string(" none |");
         }
-        table += levelOfLastTone;
-        table += formatted(" %.1f dB |", measureTone(conversion, highTone).restLevel);
-        table += formatted(" %.1e |\n", frequencyError);
+        table += " " + (found.level ? decibels(*found.level) : "none") + " |";
+        table += " " + decibels(measureTone(conversion, highTone).restLevel) + " |";
+        table += frequencyError < 1e-9 ? " < 1e-9 |\n" : formatted(" %.0e |\n", frequencyError);
     }
     return table;
 }

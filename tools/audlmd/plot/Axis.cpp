@@ -53,7 +53,7 @@ double stepOf(Scale scale, bool clock, double step) {
     if (clock && step > 10.0)
         return firstStepOf({15.0, 30.0, 60.0, 120.0, 300.0, 600.0, 900.0, 1800.0, 3600.0}, step);
     if (scale == Scale::decibels && step > 1.0)
-        return firstStepOf({2.0, 3.0, 6.0, 12.0, 20.0}, step);
+        return firstStepOf({3.0, 6.0, 12.0, 20.0}, step);
     return roundStep(step);
 }
 

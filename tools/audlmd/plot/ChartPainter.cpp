@@ -17,7 +17,7 @@ constexpr double marginLeft = 66.0;
 constexpr double marginRight = 18.0;
 constexpr double marginBottom = 48.0;
 constexpr double colourBarWidth = 14.0;
-constexpr double colourBarMargin = 84.0;
+constexpr double colourBarMargin = 88.0;
 
 /// The names of the lines, in rows as wide as the chart. Returns the height that they take.
 double paintLegend(const Pen& pen, const std::vector<Series>& series, const Rectangle& area) {
@@ -67,12 +67,13 @@ void paintXAxis(const Pen& pen, const Axis& axis, const Rectangle& plot, bool gr
 }
 
 void paintYAxis(const Pen& pen, const Axis& axis, const Rectangle& plot, bool grid) {
-    const int count = std::max(2, static_cast<int>(plot.height / 40.0));
+    const int count = std::max(2, static_cast<int>(plot.height / 32.0));
     pen.font(tickSize);
     for (const Tick& tick : axis.ticks(count)) {
         const double y = plot.bottom() - axis.position(tick.value) * plot.height;
         if (grid) {
-            pen.colour(Palette::grid);
+            const bool unity = axis.scale == Scale::decibels && tick.value == 0.0;
+            pen.colour(unity ? Palette::frame : Palette::grid);
             pen.line(plot.left, y, plot.right(), y, 1.0);
         }
         pen.colour(Palette::text);
@@ -83,26 +84,51 @@ void paintYAxis(const Pen& pen, const Axis& axis, const Rectangle& plot, bool gr
     pen.writeUpwards(axis.title, plot.left - marginLeft + 14.0, plot.top + plot.height / 2.0);
 }
 
-void paintSeries(const Pen& pen, const Chart& chart, const Series& series, const Rectangle& plot) {
-    bool interrupted = true;
-    pen.colour(series.colour);
-    for (const Point& point : series.points) {
-        if (std::isnan(point.y)) {
-            interrupted = true;
-            continue;
+/// Appends what is needed of the points after `first` up to `last` to draw the line as it looks (the method
+/// of Douglas and Peucker, 1973), which keeps pictures of long signals small.
+void appendSimplified(const std::vector<Point>& points, std::size_t first, std::size_t last,
+                      std::vector<Point>& line) {
+    constexpr double tolerance = 0.05;
+    const Point& from = points[first];
+    const Point along{points[last].x - from.x, points[last].y - from.y};
+    double farthest = tolerance * std::hypot(along.x, along.y);
+    std::size_t corner = last;
+    for (std::size_t i = first + 1; i < last; ++i) {
+        const double distance = std::abs(along.x * (points[i].y - from.y) - along.y * (points[i].x - from.x));
+        if (distance > farthest) {
+            farthest = distance;
+            corner = i;
         }
+    }
+    if (corner == last) {
+        line.push_back(points[last]);
+        return;
+    }
+    appendSimplified(points, first, corner, line);
+    appendSimplified(points, corner, last, line);
+}
+
+void paintSeries(const Pen& pen, const Chart& chart, const Series& series, const Rectangle& plot) {
+    std::vector<Point> points;
+    for (const Point& point : series.points) {
         // Far outside is drawn just outside: cairo's coordinates have 24 bits before the point.
         const double height = std::clamp(chart.y.position(point.y), -1.0, 2.0);
-        const double x = plot.left + chart.x.position(point.x) * plot.width;
-        const double y = plot.bottom() - height * plot.height;
-        if (series.dots)
-            pen.dot(x, y, series.width);
-        else if (interrupted)
-            cairo_move_to(pen.context(), x, y);
-        else
-            cairo_line_to(pen.context(), x, y);
-        interrupted = false;
+        points.push_back(
+            {plot.left + chart.x.position(point.x) * plot.width, plot.bottom() - height * plot.height});
     }
+    pen.colour(series.colour);
+    if (points.empty())
+        return;
+    if (series.dots) {
+        for (const Point& point : points)
+            pen.dot(point.x, point.y, series.width);
+        return;
+    }
+    std::vector<Point> line;
+    appendSimplified(points, 0, points.size() - 1, line);
+    cairo_move_to(pen.context(), points[0].x, points[0].y);
+    for (const Point& point : line)
+        cairo_line_to(pen.context(), point.x, point.y);
     cairo_set_line_join(pen.context(), CAIRO_LINE_JOIN_ROUND);
     pen.stroke(series.width, series.dashed);
 }
@@ -154,13 +180,13 @@ void paintColourBar(const Pen& pen, const Axis& scale, const Rectangle& plot) {
     pen.outline(bar, 1.0);
     pen.colour(Palette::text);
     pen.font(tickSize);
-    for (const Tick& tick : scale.ticks(std::max(2, static_cast<int>(bar.height / 40.0)))) {
+    for (const Tick& tick : scale.ticks(std::max(2, static_cast<int>(bar.height / 32.0)))) {
         const double y = bar.bottom() - scale.position(tick.value) * bar.height;
         pen.line(bar.right(), y, bar.right() + 4.0, y, 1.0);
         pen.write(tick.label, bar.right() + 8.0, y, {0.0, 0.5});
     }
     pen.font(labelSize);
-    pen.writeUpwards(scale.title, bar.right() + 48.0, bar.top + bar.height / 2.0);
+    pen.writeUpwards(scale.title, bar.right() + 54.0, bar.top + bar.height / 2.0);
 }
 
 } // namespace

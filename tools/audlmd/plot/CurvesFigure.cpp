@@ -17,8 +17,8 @@ struct NamedCurve {
 
 constexpr NamedCurve curves[]{
     {"linear", &Curve<eLinear>::mapUValueToMagnitude, Palette::blue, false},
-    {"log (mixer-style fader)", &Curve<eMixerStyleLog>::mapUValueToMagnitude, Palette::vermillion, false},
-    {"power (constant power)", &Curve<eConstantPower>::mapUValueToMagnitude, Palette::green, true},
+    {"log", &Curve<eMixerStyleLog>::mapUValueToMagnitude, Palette::vermillion, false},
+    {"power", &Curve<eConstantPower>::mapUValueToMagnitude, Palette::green, true},
 };
 
 } // namespace
@@ -41,7 +41,7 @@ Figure curvesFigure() {
     }
     Figure figure;
     figure.title = "Gain curves";
-    figure.subtitle = "As the library maps u-values to gains";
+    figure.subtitle = "From u-value to gain: linear, log (a mixer's fader) and power (constant power)";
     figure.charts = {std::move(linear), std::move(decibels)};
     figure.columns = 2;
     figure.chartWidth = 520.0;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <utility>
 
 namespace audlmd::plot {
@@ -12,7 +13,7 @@ namespace {
 constexpr double lowestFrequency = 20.0;
 constexpr std::size_t transformLength = 131072;
 
-/// In decibels over hertz, at the frequencies of the transform that are nearest to evenly spaced ones on the
+/// In decibels over hertz, at frequencies of the transform next to evenly spaced ones on the
 /// logarithmic axis.
 std::vector<Point> impulseResponse(std::vector<EqualiserBand> bands, int sampleRate,
                                    double highestFrequency) {
@@ -32,7 +33,9 @@ std::vector<Point> impulseResponse(std::vector<EqualiserBand> bands, int sampleR
     for (int i = 0; i <= steps; ++i) {
         const double wanted =
             lowestFrequency * std::pow(highestFrequency / lowestFrequency, static_cast<double>(i) / steps);
-        const auto bin = static_cast<std::size_t>(std::lround(wanted / binWidth));
+        // The outermost points may lie just outside the chart.
+        const auto bin =
+            static_cast<std::size_t>(i < steps ? wanted / binWidth : std::ceil(wanted / binWidth));
         points.push_back({static_cast<double>(bin) * binWidth,
                           20.0 * std::log10(static_cast<double>(std::abs(spectrum[bin])))});
     }
@@ -44,19 +47,19 @@ std::vector<Point> impulseResponse(std::vector<EqualiserBand> bands, int sampleR
 Figure equaliserFigure(const std::vector<NamedBand>& bands, int sampleRate) {
     const double highestFrequency = std::min(20000.0, sampleRate / 2.0);
     Chart chart;
-    std::vector<EqualiserBand> all;
-    for (const NamedBand& named : bands) {
-        all.push_back(named.band);
-        chart.series.push_back({.name = named.name,
-                                .colour = Palette::lines[chart.series.size() % Palette::lines.size()],
-                                .width = 1.5,
-                                .points = impulseResponse({named.band}, sampleRate, highestFrequency)});
-    }
-    if (bands.size() > 1)
+    if (bands.size() > 1) {
+        std::vector<EqualiserBand> all;
+        std::ranges::transform(bands, std::back_inserter(all), &NamedBand::band);
         chart.series.push_back({.name = "All bands",
                                 .colour = Palette::black,
                                 .width = 3.5,
                                 .points = impulseResponse(all, sampleRate, highestFrequency)});
+    }
+    for (std::size_t i = 0; i < bands.size(); ++i)
+        chart.series.push_back({.name = bands[i].name,
+                                .colour = Palette::lines[i % Palette::lines.size()],
+                                .width = 1.5,
+                                .points = impulseResponse({bands[i].band}, sampleRate, highestFrequency)});
     constexpr double lowestLevel = -48.0;
     chart.x = {"Frequency (Hz)", lowestFrequency, highestFrequency, Scale::logarithmic};
     chart.y = decibelAxis(chart.series, lowestLevel);

@@ -15,7 +15,7 @@ std::string drawFigure(const Figure& figure, PictureKind kind) {
     return encodePicture(kind, size, [&](cairo_t* context) {
         const Pen pen(context);
         pen.colour(Palette::paper);
-        pen.fill({0.0, 0.0, size.width, size.height});
+        cairo_paint(context);
         pen.colour(Palette::text);
         double baseline = margin;
         if (!figure.title.empty()) {

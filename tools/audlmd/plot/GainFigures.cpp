@@ -18,10 +18,11 @@ Axis timeAxis(std::int64_t length, int sampleRate) {
 
 } // namespace
 
-Figure envelopeFigure(const StripSettings& settings, std::int64_t length, int sampleRate) {
+Figure envelopeFigure(const StripSettings& settings, std::int64_t length, int sampleRate,
+                      const Watcher& watcher) {
     Chart linear;
     linear.series.push_back(
-        {.name = "Gain", .width = 2.5, .points = gainOverTime(settings, length, sampleRate)});
+        {.name = "Gain", .width = 2.5, .points = gainOverTime(settings, length, sampleRate, watcher)});
     const auto& points = linear.series[0].points;
     const double highest = std::ranges::max_element(points, {}, &Point::y)->y;
     linear.x = timeAxis(length, sampleRate);
@@ -39,7 +40,8 @@ Figure envelopeFigure(const StripSettings& settings, std::int64_t length, int sa
     return figure;
 }
 
-Figure automationFigure(const StripSettings& settings, std::int64_t length, int sampleRate) {
+Figure automationFigure(const StripSettings& settings, std::int64_t length, int sampleRate,
+                        const Watcher& watcher) {
     const AutomationWalk& walk = settings.automation.value();
     Series nodes{.name = "Nodes", .colour = Palette::vermillion, .width = 4.0, .dots = true, .points = {}};
     for (const auto& node : walk.automation.nodes()) {
@@ -51,8 +53,9 @@ Figure automationFigure(const StripSettings& settings, std::int64_t length, int 
     }
 
     Chart chart;
-    chart.series.push_back(
-        {.name = "Level", .width = 2.5, .points = inDecibels(gainOverTime(settings, length, sampleRate))});
+    chart.series.push_back({.name = "Level",
+                            .width = 2.5,
+                            .points = inDecibels(gainOverTime(settings, length, sampleRate, watcher))});
     chart.series.push_back(std::move(nodes));
     chart.x = timeAxis(length, sampleRate);
     chart.y = decibelAxis(chart.series, lowestLevel);

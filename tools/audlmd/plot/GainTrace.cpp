@@ -51,7 +51,8 @@ std::span<const float> GainTrace::next() {
     return rendered;
 }
 
-std::vector<Point> gainOverTime(const StripSettings& settings, std::int64_t length, int sampleRate) {
+std::vector<Point> gainOverTime(const StripSettings& settings, std::int64_t length, int sampleRate,
+                                const Watcher& watcher) {
     constexpr std::int64_t stretches = 1500;
     GainTrace trace(settings, length, length);
     const std::int64_t stretchLength = std::max<std::int64_t>(1, trace.length() / stretches);
@@ -59,7 +60,8 @@ std::vector<Point> gainOverTime(const StripSettings& settings, std::int64_t leng
     Point lowest{};
     Point highest{};
     std::int64_t position = 0;
-    for (auto samples = trace.next(); !samples.empty(); samples = trace.next())
+    for (auto samples = trace.next(); !samples.empty(); samples = trace.next()) {
+        watcher(position, trace.length(), sampleRate);
         for (const float sample : samples) {
             const Point point{static_cast<double>(position) / sampleRate, static_cast<double>(sample)};
             if (position % stretchLength == 0)
@@ -74,6 +76,7 @@ std::vector<Point> gainOverTime(const StripSettings& settings, std::int64_t leng
                     points.push_back(rising ? highest : lowest);
             }
         }
+    }
     return points;
 }
 

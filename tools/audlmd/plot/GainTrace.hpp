@@ -2,7 +2,7 @@
 
 #include "standalone/cache/MaterialCache.hpp"
 #include "standalone/signal/StripPlayer.hpp"
-#include "tools/audlmd/plot/Chart.hpp"
+#include "tools/audlmd/plot/Figures.hpp"
 
 #include <cstdint>
 #include <optional>
@@ -31,7 +31,8 @@ private:
 
 /// The gain of the settings over so many samples, as a line over seconds with at most a few thousand points:
 /// of every stretch of time its lowest and its highest gain.
-std::vector<Point> gainOverTime(const StripSettings& settings, std::int64_t length, int sampleRate);
+std::vector<Point> gainOverTime(const StripSettings& settings, std::int64_t length, int sampleRate,
+                                const Watcher& watcher);
 
 /// The same line in decibels.
 std::vector<Point> inDecibels(std::vector<Point> gains);

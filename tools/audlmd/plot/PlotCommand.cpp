@@ -2,6 +2,7 @@
 
 #include "standalone/signal/GainLaws.hpp"
 #include "tools/audlmd/CommandError.hpp"
+#include "tools/audlmd/Progress.hpp"
 #include "tools/audlmd/SettingsText.hpp"
 #include "tools/audlmd/plot/Figures.hpp"
 #include "tools/audlmd/plot/PictureFile.hpp"
@@ -54,7 +55,7 @@ struct PlotOptions {
     }
 };
 
-Figure drawEnvelope(const PlotOptions& options) {
+Figure drawEnvelope(const PlotOptions& options, const Watcher& watcher) {
     StripSettings settings;
     FadePlan& fade = settings.fade;
     if (options.fadeIn) {
@@ -72,24 +73,24 @@ Figure drawEnvelope(const PlotOptions& options) {
     if (options.level)
         settings.outerLevel = command::parseLevel(*options.level, "--level");
     const auto fades = static_cast<std::int64_t>(fade.fadeInSamples + fade.fadeOutSamples);
-    return envelopeFigure(
-        settings, options.durationOr(std::max<std::int64_t>(options.rate, fades + fades / 4)), options.rate);
+    const std::int64_t length = options.durationOr(std::max<std::int64_t>(options.rate, fades + fades / 4));
+    return envelopeFigure(settings, length, options.rate, watcher);
 }
 
-Figure drawAutomation(const PlotOptions& options) {
+Figure drawAutomation(const PlotOptions& options, const Watcher& watcher) {
     const auto points = command::readAutomationFile(options.input);
     Automation automation(command::levelNodes(points, options.rate, 1.0));
     const std::int64_t last = automation.nodes().back().position;
     StripSettings settings;
     settings.automation.emplace(AutomationWalk{
         std::move(automation), options.reverse ? WalkDirection::backwards : WalkDirection::forwards});
-    Figure figure = automationFigure(
-        settings, options.durationOr(std::max<std::int64_t>(options.rate, last + last / 20)), options.rate);
+    const std::int64_t length = options.durationOr(std::max<std::int64_t>(options.rate, last + last / 20));
+    Figure figure = automationFigure(settings, length, options.rate, watcher);
     figure.subtitle = options.input.filename().string() + (options.reverse ? ", walked backwards" : "");
     return figure;
 }
 
-Figure drawEqualiser(const PlotOptions& options) {
+Figure drawEqualiser(const PlotOptions& options, const Watcher&) {
     std::vector<NamedBand> bands;
     for (const std::string& text : options.bands)
         bands.push_back({text, command::parseBand(text, "eq")});
@@ -98,14 +99,20 @@ Figure drawEqualiser(const PlotOptions& options) {
 
 /// One kind of picture: a subcommand with the options that all of them have.
 CLI::App* addKind(CLI::App& plot, const std::shared_ptr<PlotOptions>& options, const char* name,
-                  const char* description, std::function<Figure(const PlotOptions&)> draw) {
+                  const char* description, std::function<Figure(const PlotOptions&, const Watcher&)> draw) {
     CLI::App* kind = plot.add_subcommand(name, description);
     kind->add_option("-o,--output", options->output, "The picture to write, .png or .svg")
         ->option_text("OUTPUT")
         ->required();
     kind->callback([options, draw = std::move(draw)] {
         const PictureKind pictureKind = pictureKindOf(options->output);
-        writePictureFile(options->output, drawFigure(draw(*options), pictureKind));
+        std::optional<command::Progress> bar;
+        const Figure figure = draw(*options, [&](std::int64_t done, std::int64_t all, int sampleRate) {
+            if (!bar)
+                bar.emplace(all, sampleRate);
+            bar->update(done);
+        });
+        writePictureFile(options->output, drawFigure(figure, pictureKind));
     });
     return kind;
 }
@@ -130,7 +137,7 @@ void addPlotCommand(CLI::App& app) {
     const auto options = std::make_shared<PlotOptions>();
 
     addKind(*plot, options, "curves", "The three gain curves over the u-values of a fader",
-            [](const PlotOptions&) { return curvesFigure(); });
+            [](const PlotOptions&, const Watcher&) { return curvesFigure(); });
 
     CLI::App* envelope =
         addKind(*plot, options, "envelope", "The gain over time of fades and levels", &drawEnvelope);
@@ -162,9 +169,10 @@ void addPlotCommand(CLI::App& app) {
         ->expected(1, static_cast<int>(equaliserBandCount));
     addRate(*equaliser, *options);
 
-    CLI::App* spectrogram =
-        addKind(*plot, options, "spectrogram", "The spectrum over time of a sound file",
-                [](const PlotOptions& o) { return spectrogramFigure(o.input, o.channel, o.floor); });
+    CLI::App* spectrogram = addKind(*plot, options, "spectrogram", "The spectrum over time of a sound file",
+                                    [](const PlotOptions& o, const Watcher& watcher) {
+                                        return spectrogramFigure(o.input, o.channel, o.floor, watcher);
+                                    });
     spectrogram->add_option("FILE", options->input, "A sound file in any format that libsndfile reads")
         ->required();
     spectrogram->add_option("--channel", options->channel, "Counted from 1 (default 1)")->option_text("N");

@@ -8,9 +8,6 @@
 namespace audlmd::plot {
 namespace {
 
-constexpr std::size_t mostColumns = 600;
-constexpr std::size_t mostRows = 320;
-
 /// Scaled so that a sine at full scale has a power of 1 in its bin.
 std::vector<float> kaiserWindow(std::size_t length) {
     constexpr double beta = 17.0;
@@ -28,7 +25,7 @@ std::vector<float> kaiserWindow(std::size_t length) {
 
 } // namespace
 
-Spectrogram::Spectrogram(std::int64_t frames, int sampleRate)
+Spectrogram::Spectrogram(std::int64_t frames, int sampleRate, std::size_t mostColumns, std::size_t mostRows)
     : frames_(std::max<std::int64_t>(frames, 1)), sampleRate_(sampleRate),
       length_(std::max<std::size_t>(16, std::bit_ceil(static_cast<unsigned int>(sampleRate) / 24U))),
       hop_(std::clamp<std::size_t>(static_cast<std::size_t>(frames_) / mostColumns, 1, length_ / 2)),

@@ -18,7 +18,8 @@ namespace audlmd::plot {
 class Spectrogram {
 public:
     /// `frames` is the length of the signal, which arrives in portions.
-    Spectrogram(std::int64_t frames, int sampleRate);
+    Spectrogram(std::int64_t frames, int sampleRate, std::size_t mostColumns = 600,
+                std::size_t mostRows = 320);
 
     void add(std::span<const float> samples);
 

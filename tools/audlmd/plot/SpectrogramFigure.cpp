@@ -9,7 +9,8 @@
 
 namespace audlmd::plot {
 
-Figure spectrogramFigure(const std::filesystem::path& path, int channel, double floor) {
+Figure spectrogramFigure(const std::filesystem::path& path, int channel, double floor,
+                         const Watcher& watcher) {
     SoundFile file(path);
     if (file.frames() == 0)
         throw command::CommandError("'" + path.string() + "' holds no samples, so there is nothing to draw");
@@ -26,6 +27,7 @@ Figure spectrogramFigure(const std::filesystem::path& path, int channel, double 
         file.read(channel - 1, position, portion);
         spectrogram.add(portion);
         position += count;
+        watcher(position, file.frames(), file.sampleRate());
     }
     Figure figure;
     figure.title = path.filename().string();
