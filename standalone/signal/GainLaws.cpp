@@ -23,7 +23,9 @@ double eighthPower(double x) {
     return square * square * square * square;
 }
 
-const double unityTerm = std::expm1(faderLawExponent);
+double unityTerm() {
+    return std::expm1(faderLawExponent);
+}
 
 } // namespace
 
@@ -36,11 +38,11 @@ double decibelsOfGain(double gain) {
 }
 
 double mixerStyleGain(double uValue) {
-    return std::expm1(faderLawExponent * eighthRoot(limited(uValue, faderTop))) / unityTerm;
+    return std::expm1(faderLawExponent * eighthRoot(limited(uValue, faderTop))) / unityTerm();
 }
 
 double mixerStyleUValue(double gain) {
-    const double u = eighthPower(std::log1p(limited(gain, 4.0) * unityTerm) / faderLawExponent);
+    const double u = eighthPower(std::log1p(limited(gain, 4.0) * unityTerm()) / faderLawExponent);
     return std::min(u, faderTop);
 }
 

@@ -88,29 +88,26 @@ void StripPlayer::chooseMode() {
 
 void StripPlayer::chooseSpeed() {
     requireSpeed(settings_.speed);
-    const auto length = static_cast<std::uint64_t>(rangeLength_);
+    double speed = settings_.speed;
     switch (settings_.converter) {
     case Converter::none:
-        if (settings_.speed != 1.0)
+        if (speed != 1.0)
             throw std::invalid_argument("a speed other than 1 needs a converter");
-        outputLength_ = length;
         break;
-    case Converter::linear: {
-        const SubSamplePos lastFraction{rangeLength_ - 1, SubSamplePos::fractionsPerSample - 1};
-        step_ = subSamplePosOf(settings_.speed);
+    case Converter::linear:
+        step_ = subSamplePosOf(speed);
         speedInForce_ = sourceSamplesOf(step_);
-        outputLength_ = positionsUpTo(lastFraction, Aud::zeroSubSamplePos, step_);
         break;
-    }
     case Converter::filtering:
-        speed_ = static_cast<float>(settings_.speed);
+        speed_ = static_cast<float>(speed);
         speedInForce_ = filteringSpeedInForce(static_cast<double>(speed_));
+        speed = filteringSpeedInForce(speed);
         // Where the first output sample is skipped to, see start().
         step_ = std::max(subSamplePosOf(speedInForce_), SubSamplePos(0, 1));
-        outputLength_ =
-            static_cast<std::uint64_t>(std::ceil(static_cast<double>(rangeLength_) / speedInForce_));
         break;
     }
+    // By the speed asked for, not by its rounded form, whose difference might make one sample more.
+    outputLength_ = static_cast<std::uint64_t>(std::ceil(static_cast<double>(rangeLength_) / speed));
     gearing_ = settings_.gearing.value_or(Orv::OutputGearing{speedInForce_});
 }
 
