@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <system_error>
 #include <unistd.h>
 
@@ -20,6 +21,8 @@ PictureKind pictureKindOf(const std::filesystem::path& path) {
 }
 
 void writePictureFile(const std::filesystem::path& path, const std::string& content) {
+    // A file that grows too large is an error of writing, and reported as such.
+    std::signal(SIGXFSZ, SIG_IGN);
     command::TemporaryFile file(path);
     for (std::size_t written = 0; written < content.size();) {
         const ssize_t count = write(file.descriptor(), content.data() + written, content.size() - written);
