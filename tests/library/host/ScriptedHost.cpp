@@ -67,7 +67,8 @@ private:
         ::operator delete(storage);
     }
     void record(ExceptionNotes& notes) override {
-        script().note(Test::Op::recordException, notes.size());
+        if (Test::Script::current != nullptr) // There is none while the library is being loaded.
+            script().note(Test::Op::recordException, notes.size());
         const LightweightString<char> note("what the host knows");
         notes = {note, LightweightString<char>(), note};
     }

@@ -2,25 +2,16 @@
 
 #include "host/GainCurveNodes.hpp"
 #include "ole/Aud/SpeedLimit.hpp"
+#include "tests/library/model/ModelModes.hpp"
 #include "tests/library/model/StoredSample.hpp"
 
 #include <cstring>
-#include <optional>
 
 namespace Test {
 namespace {
 
 using Aud::Render::IteratorCreationParams;
 using Aud::Render::PerSourceRecord;
-
-/// The digits of a mode code.
-struct Digits {
-    explicit Digits(unsigned int code)
-        : direction(code / 1024 % 2), level(code / 256 % 4), filter(code / 128 % 2),
-          conversion(code / 32 % 4), middle(code / 2 % 16), levelDirection(code % 2) {}
-
-    unsigned int direction, level, filter, conversion, middle, levelDirection;
-};
 
 enum class Kind { source, pass, equaliser, simpleRamp, rampHold, holdRamp, rampHoldRamp, fixed, dynamic };
 
@@ -474,35 +465,6 @@ private:
 };
 
 } // namespace
-
-bool modelIsValid(unsigned int code) {
-    const Digits digits(code);
-    return code < 2048 && digits.level != 3 && digits.conversion != 3 && digits.middle < 12;
-}
-
-const std::vector<unsigned int>& modelRegistrationOrder() {
-    static const std::vector<unsigned int> order = [] {
-        std::vector<unsigned int> codes;
-        // Each place of the sequence, read as a number of mixed base: the fastest digit first.
-        for (unsigned int place = 0; place < 864; ++place) {
-            unsigned int rest = place;
-            unsigned int code = 0;
-            const auto take = [&](unsigned int base, unsigned int weight) {
-                code += rest % base * weight;
-                rest /= base;
-            };
-            take(2, 1024);
-            take(3, 256);
-            take(2, 128);
-            take(3, 32);
-            take(12, 2);
-            take(2, 1);
-            codes.push_back(code);
-        }
-        return codes;
-    }();
-    return order;
-}
 
 void modelRender(unsigned int code, std::size_t outputType, const IteratorCreationParams& params,
                  Script& script, std::uint8_t*& position, unsigned int count) {

@@ -5,14 +5,8 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <vector>
 
 namespace Test {
-
-/// Whether a code names a chain, by its digits.
-bool modelIsValid(unsigned int code);
-/// All valid codes in the order of registration.
-const std::vector<unsigned int>& modelRegistrationOrder();
 
 /// What the model throws where the library throws Orv::Exception::RuntimeError.
 struct ModelRuntimeError {

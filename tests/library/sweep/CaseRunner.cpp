@@ -4,12 +4,12 @@
 #include "tests/library/host/OutputTypes.hpp"
 #include "tests/library/model/Model.hpp"
 #include "tests/library/model/StoredSample.hpp"
+#include "tests/library/sweep/RenderThroughTable.hpp"
 
 #include <gtest/gtest.h>
 #include <malloc.h>
 
 #include <algorithm>
-#include <array>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
@@ -91,51 +91,6 @@ struct Side {
     std::string failure;
 };
 
-/// How an output type is made from a position in the buffer, and where it then stands.
-template <class Out>
-struct OutputAt;
-
-template <class Sample>
-struct OutputAt<Sample*> {
-    static Sample* make(std::uint8_t* position) { return reinterpret_cast<Sample*>(position); }
-    static std::uint8_t* where(Sample* out) { return reinterpret_cast<std::uint8_t*>(out); }
-};
-
-template <class Sample>
-struct OutputAt<Summing<Sample>> {
-    static Summing<Sample> make(std::uint8_t* position) {
-        return Summing<Sample>(reinterpret_cast<Sample*>(position));
-    }
-    static std::uint8_t* where(const Summing<Sample>& out) {
-        return reinterpret_cast<std::uint8_t*>(out.position());
-    }
-};
-
-using RenderAny = void (*)(unsigned int code, IteratorCreationParams& params, std::uint8_t*& position,
-                           unsigned int count);
-
-template <class Out>
-void renderThroughTable(unsigned int code, IteratorCreationParams& params, std::uint8_t*& position,
-                        unsigned int count) {
-    const auto function = Aud::LoopModesDespatcherInstance<Out>::get().find(code);
-    if (function == nullptr)
-        throw ModelRuntimeError{"the table has no function", 0};
-    Out out = OutputAt<Out>::make(position);
-    try {
-        function(params, out, count);
-    } catch (...) {
-        position = OutputAt<Out>::where(out);
-        throw;
-    }
-    position = OutputAt<Out>::where(out);
-}
-
-constexpr auto renderers = []<std::size_t... Number>(std::index_sequence<Number...>) {
-    return std::array<RenderAny, outputTypeCount>{
-        &renderThroughTable<std::tuple_element_t<Number, OutputTypes>>...};
-}
-(std::make_index_sequence<outputTypeCount>());
-
 /// What left the call, in words.
 template <class Render>
 std::string failureOf(Render render) {
@@ -212,6 +167,13 @@ extern "C" void nameTheCase(int signal) {
     std::raise(signal);
 }
 
+void prepareRuns() {
+    for (int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGABRT})
+        std::signal(signal, &nameTheCase);
+    mallopt(M_MMAP_THRESHOLD, 1 << 30); // The logs come and go too often to be mapped afresh.
+    mallopt(M_TRIM_THRESHOLD, 1 << 30);
+}
+
 } // namespace
 
 std::string nameOf(const RandomCase& randomCase) {
@@ -236,7 +198,8 @@ CaseResult runCase(const RandomCase& randomCase) {
         IteratorCreationParams params = library.paramsOf(request, randomCase.code);
         const IteratorCreationParams before = params;
         library.failure = failureOf([&] {
-            renderers[randomCase.outputType](randomCase.code, params, library.position, request.count);
+            renderThroughTable(randomCase.outputType, randomCase.code, params, library.position,
+                               request.count);
         });
         const bool written =
             std::memcmp(&params, &before, sizeof params) != 0 ||
@@ -256,10 +219,7 @@ CaseResult runCase(const RandomCase& randomCase) {
 }
 
 void expectNoDifference(const std::vector<unsigned int>& codes, std::size_t outputType, unsigned int seeds) {
-    for (int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGABRT})
-        std::signal(signal, &nameTheCase);
-    mallopt(M_MMAP_THRESHOLD, 1 << 30); // The logs come and go too often to be mapped afresh.
-    mallopt(M_TRIM_THRESHOLD, 1 << 30);
+    prepareRuns();
     const char* const only = std::getenv("AUDLMD_CASE");
     std::size_t differing = 0;
     const auto expectNone = [&](std::uint64_t seed, unsigned int code) {
@@ -281,6 +241,29 @@ void expectNoDifference(const std::vector<unsigned int>& codes, std::size_t outp
         for (unsigned int code : codes)
             expectNone(seed, code);
     EXPECT_EQ(differing, 0u) << "cases differ";
+}
+
+void expectNoDifferenceWhateverFails(const std::vector<unsigned int>& codes) {
+    prepareRuns();
+    for (std::size_t i = 0; i < codes.size(); ++i) {
+        RandomCase randomCase(7, codes[i], i % outputTypeCount);
+        randomCase.requests.resize(std::min<std::size_t>(randomCase.requests.size(), 2));
+        for (Request& request : randomCase.requests) {
+            request.throwAt = Script::never;
+            request.count %= 6;
+        }
+        const CaseResult whole = runCase(randomCase);
+        ASSERT_FALSE(whole.difference) << *whole.difference;
+        for (std::size_t call = 0; call < randomCase.requests.size(); ++call) {
+            for (std::size_t operation = 0; operation < whole.operations[call]; ++operation) {
+                randomCase.requests[call].throwAt = operation;
+                const CaseResult result = runCase(randomCase);
+                ASSERT_FALSE(result.difference)
+                    << *result.difference << ", with operation " << operation << " failing";
+            }
+            randomCase.requests[call].throwAt = Script::never;
+        }
+    }
 }
 
 } // namespace Test

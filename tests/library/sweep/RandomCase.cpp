@@ -116,7 +116,7 @@ void randomStatuses(Dice& dice, Script& script) {
 }
 
 void randomMaterial(Dice& dice, Script& script) {
-    script.materialLength = dice.oneIn(3) ? dice.pick<std::int64_t>({0, 1, 2}) : dice.roll(400) + 3;
+    script.materialLength = dice.oneIn(8) ? dice.pick<std::int64_t>({0, 1, 2}) : dice.roll(400) + 3;
     const std::uint32_t least =
         static_cast<std::uint32_t>(script.materialLength) / 56 + 1; // At most 57 segments.
     for (std::int64_t first = 0; first < script.materialLength;) {
@@ -140,7 +140,7 @@ void randomMaterial(Dice& dice, Script& script) {
 std::int64_t randomPosition(Dice& dice, std::int64_t length) {
     if (dice.oneIn(60))
         return dice.pick({std::numeric_limits<std::int64_t>::max() - 1, std::int64_t{-1} << 62});
-    if (dice.oneIn(2)) // At a border, or the width of a block before it.
+    if (dice.oneIn(3)) // At a border, or the width of a block before it.
         return dice.pick<std::int64_t>({0, length, -64, length + 64}) + static_cast<int>(dice.roll(9)) - 4;
     return static_cast<std::int64_t>(dice.roll(static_cast<std::uint32_t>(length) + 1));
 }
