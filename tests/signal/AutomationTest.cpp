@@ -78,17 +78,6 @@ TEST(Automation, IsLinearInUValueWhicheverWayItIsWalked) {
     }
 }
 
-TEST(Automation, WalksOnFromAnyPosition) {
-    const Automation automation(nodes);
-    for (std::int64_t position = -30; position < 5310; position += position < 200 ? 1 : 53)
-        for (const auto direction : {WalkDirection::forwards, WalkDirection::backwards}) {
-            const std::int64_t sign = direction == WalkDirection::forwards ? 1 : -1;
-            const auto levels = walk(automation, position, 150, direction);
-            for (std::int64_t i = 0; i < 150; ++i)
-                ASSERT_EQ(levels[static_cast<std::size_t>(i)], automation.uValueAt(position + sign * i));
-        }
-}
-
 TEST(Automation, IsStationaryOnlyWhereTheLevelNoLongerMoves) {
     const Automation automation(nodes);
     const auto stationaryAt = [&](std::int64_t position, WalkDirection direction) {

@@ -82,20 +82,6 @@ TEST(Equaliser, PassesSamplesThroughUnchangedWhereABandIsAbsent) {
     }
 }
 
-TEST(Equaliser, TakesOneSampleBack) {
-    Aud::Filter::Biquad once;
-    once.setCoefficients(sectionOf(bands[1], sampleRate));
-    Aud::Filter::Biquad twice = once;
-    for (int i = 0; i < 200; ++i) {
-        const auto x = static_cast<float>(std::sin(i * 0.3));
-        const float before = twice.getLastProcessSampleResult();
-        twice.processSample(0.77F);
-        twice.stepBack();
-        ASSERT_EQ(twice.getLastProcessSampleResult(), before);
-        ASSERT_EQ(twice.processSample(x), once.processSample(x));
-    }
-}
-
 TEST(Equaliser, RecoversFromASampleThatIsNotANumber) {
     Aud::Filter::Biquad section;
     section.setCoefficients(sectionOf(bands[0], sampleRate));

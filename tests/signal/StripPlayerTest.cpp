@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <gtest/gtest.h>
 #include <limits>
 #include <numbers>
@@ -50,34 +51,21 @@ void forEveryCombination(const StripSettings& plain, Use use) {
             if (converter != Converter::none)
                 settings.speed = std::exp(std::uniform_real_distribution<double>(-1.5, 1.8)(random));
             settings.reverse = stages % 2 != 0;
-            switch (stages / 2 % 6) {
-            case 1:
-                settings.fade = {.fadeInSamples = upTo(length), .fadeInCurve = curve()};
-                break;
-            case 2:
-                settings.fade = {.fadeOutSamples = upTo(length), .fadeOutCurve = curve()};
-                break;
-            case 3:
-                settings.fade = {upTo(length / 2), upTo(length / 2), curve(), curve()};
-                break;
-            case 4:
-                settings.fade = {.fadeInSamples = length, .fadeInCurve = FadeCurve::log};
-                break;
-            case 5:
-                settings.fade = {.fadeOutSamples = length, .fadeOutCurve = FadeCurve::power};
-                break;
-            }
-            switch (stages / 12 % 4) {
-            case 1:
+            const std::uint64_t in = upTo(length / 2);
+            const std::uint64_t out = upTo(length / 2);
+            const FadePlan fades[] = {{},
+                                      {.fadeInSamples = in, .fadeInCurve = curve()},
+                                      {.fadeOutSamples = out, .fadeOutCurve = curve()},
+                                      {in, out, curve(), curve()},
+                                      {.fadeInSamples = length, .fadeInCurve = FadeCurve::log},
+                                      {.fadeOutSamples = length, .fadeOutCurve = FadeCurve::power}};
+            settings.fade = fades[stages / 2 % 6];
+            const int level = stages / 12 % 4;
+            if (level == 1)
                 settings.outerLevel = uValue();
-                break;
-            case 2:
-                settings.automation = {automation, WalkDirection::forwards};
-                break;
-            case 3:
-                settings.automation = {automation, WalkDirection::backwards};
-                break;
-            }
+            if (level >= 2)
+                settings.automation = {automation,
+                                       level == 2 ? WalkDirection::forwards : WalkDirection::backwards};
             if (stages / 48 % 2 != 0)
                 settings.middleLevel = uValue();
             if (stages / 96 != 0)
@@ -289,29 +277,25 @@ TEST(StripPlayer, ExplainsTheNumbersOfItsRecord) {
 
 TEST(StripPlayer, RefusesSettingsThatCannotBe) {
     TestStrip strip(noise(100));
-    const auto expectRefused = [&](auto change) {
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const double infinity = std::numeric_limits<double>::infinity();
+    const std::vector<std::function<void(StripSettings&)>> changes{
+        [](auto& s) { s.to = s.from; },
+        [](auto& s) { s.from = std::numeric_limits<std::int64_t>::min(); },
+        [](auto& s) { s.fade = {.fadeInSamples = 60, .fadeOutSamples = 60}; },
+        [](auto& s) { s.speed = 2.0; },
+        [&](auto& s) { s.converter = Converter::filtering, s.speed = nan; },
+        [&](auto& s) { s.converter = Converter::linear, s.speed = infinity; },
+        [&](auto& s) { s.middleLevel = static_cast<float>(nan); },
+        [](auto& s) { s.equaliser.resize(6); },
+        [](auto& s) {
+            s.outerLevel = 1.0F, s.automation = {automation, WalkDirection::forwards};
+        }};
+    for (std::size_t i = 0; i < changes.size(); ++i) {
         StripSettings settings = strip.settings();
-        change(settings);
-        EXPECT_THROW(StripPlayer(strip.cache(), settings), std::invalid_argument);
-    };
-    expectRefused([](StripSettings& s) { s.to = s.from; });
-    expectRefused([](StripSettings& s) { s.from = std::numeric_limits<std::int64_t>::min(); });
-    expectRefused([](StripSettings& s) { s.fade = {.fadeInSamples = 60, .fadeOutSamples = 60}; });
-    expectRefused([](StripSettings& s) { s.speed = 2.0; });
-    expectRefused([](StripSettings& s) {
-        s.converter = Converter::filtering;
-        s.speed = std::numeric_limits<double>::quiet_NaN();
-    });
-    expectRefused([](StripSettings& s) {
-        s.converter = Converter::linear;
-        s.speed = std::numeric_limits<double>::infinity();
-    });
-    expectRefused([](StripSettings& s) { s.middleLevel = std::numeric_limits<float>::infinity(); });
-    expectRefused([](StripSettings& s) { s.equaliser.resize(6); });
-    expectRefused([](StripSettings& s) {
-        s.outerLevel = 1.0F;
-        s.automation = {automation, WalkDirection::forwards};
-    });
+        changes[i](settings);
+        EXPECT_THROW(StripPlayer(strip.cache(), settings), std::invalid_argument) << "change " << i;
+    }
 }
 
 } // namespace
