@@ -45,6 +45,7 @@ float Biquad::processSample(float x) {
     return now_.lastResult;
 }
 
+// NOLINTNEXTLINE(readability-make-member-function-const): the renderer calls it by this name
 float Biquad::getLastProcessSampleResult() {
     return now_.lastResult;
 }

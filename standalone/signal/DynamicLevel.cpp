@@ -38,10 +38,9 @@ std::size_t firstBeyond(Nodes nodes, std::int64_t position, std::size_t hint) {
 
 /// The ramp that ends at a node other than the first.
 GridRamp rampTo(Nodes nodes, std::size_t node) {
-    constexpr std::uint64_t interval = 64;
     const LevelNode& from = nodes[node - 1];
     const LevelNode& to = nodes[node];
-    return {onGrid(from), onGrid(to), distance(from.position, to.position), interval};
+    return {onGrid(from), onGrid(to), distance(from.position, to.position)};
 }
 
 /// The level at a position whose first node beyond is known.

@@ -13,14 +13,12 @@ namespace {
 
 /// By Newton's method, which comes down to the root from above.
 constexpr double squareRoot(double x) {
-    double root = x > 1.0 ? x : 1.0;
-    for (double previous = 2.0; root != previous && root < 2.0;) {
-        previous = root;
-        root = 0.5 * (root + x / root);
-        if (root >= previous)
-            break;
+    for (double root = x > 1.0 ? x : 1.0;;) {
+        const double next = 0.5 * (root + x / root);
+        if (next >= root)
+            return root;
+        root = next;
     }
-    return root;
 }
 
 /// e^x, for x of 0 or more.

@@ -20,6 +20,7 @@ GridRamp::Piece GridRamp::pieceAt(std::uint64_t offset) const {
     const std::int64_t value = valueOnLine(begin);
     const std::int64_t rise = valueOnLine(end) - value;
     const auto run = static_cast<std::int64_t>(end - begin);
+    // The offset lies below the end. NOLINTNEXTLINE(clang-analyzer-core.DivideZero)
     const std::int64_t steeperSamples = (rise % run + run) % run;
     const std::int64_t slope = (rise - steeperSamples) / run;
 

@@ -12,14 +12,14 @@ namespace audlmd {
 /// quarter of the interval.
 struct GridRamp {
     /// What the ramp leads to is reached `length` samples after its start. Not 0.
-    std::int64_t first;
-    std::int64_t last;
-    std::uint64_t length;
+    std::int64_t first = 0;
+    std::int64_t last = 0;
+    std::uint64_t length = 1;
 
     /// Intervals begin where start + offset is a multiple of `interval`, and slopes change where it is one of
     /// `alignment`; both are powers of two. Where that moves a change, the interval ends up to half an
     /// alignment away from the line, and the next one begins on it.
-    std::uint64_t interval;
+    std::uint64_t interval = 64;
     std::uint64_t alignment = 1;
     std::uint64_t start = 0;
 

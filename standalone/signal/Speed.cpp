@@ -9,6 +9,7 @@
 #include <stdexcept>
 
 // Weak, so that a program that only uses this library's cache or curves need not load the renderer.
+// NOLINTNEXTLINE(readability-redundant-declaration)
 [[gnu::weak]] extern double cfgAudioPlaybackSpeedLimit;
 
 namespace audlmd {
