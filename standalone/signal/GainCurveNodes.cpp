@@ -77,8 +77,10 @@ constexpr std::array<CurveNode, Count> nodesOf(double nodesPerUnit, std::size_t 
 } // namespace
 
 extern "C" {
-extern const std::array<CurveNode, MixerStyleLog1_Private::nodeCount> audlmdMixerStyleNodes;
-extern const std::array<CurveNode, ConstantPower1_Private::nodeCount> audlmdConstantPowerNodes;
+[[gnu::visibility("hidden")]] extern const std::array<CurveNode, MixerStyleLog1_Private::nodeCount>
+    audlmdMixerStyleNodes;
+[[gnu::visibility("hidden")]] extern const std::array<CurveNode, ConstantPower1_Private::nodeCount>
+    audlmdConstantPowerNodes;
 }
 constexpr decltype(audlmdMixerStyleNodes) audlmdMixerStyleNodes =
     nodesOf<MixerStyleLog1_Private::nodeCount>(1000.0, 1500, &faderGain);
