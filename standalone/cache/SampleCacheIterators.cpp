@@ -23,8 +23,10 @@ audlmd::Material& materialBehind(void* hostMaterial) {
 SampleCache::ForwardIterator::ForwardIterator(const Cookie& cookie, long position, bool flag,
                                               SampleCache& cache, unsigned int extra, bool,
                                               const Orv::OutputGearing& gearing)
-    : identity(cookie), segmentIndex(0), cachePosition(position), waitForSegment(flag), hostFlags(0),
-      hostSegmentNumber(0) {
+    : identity(cookie), cachePosition(position), waitForSegment(flag) {
+    segmentIndex = 0;
+    hostFlags = 0;
+    hostSegmentNumber = 0;
     audlmd::CacheCore& core = *static_cast<audlmd::MaterialCache&>(cache).core_;
     hostReach = core.reach(gearing, extra);
     hostSegmentsAhead = std::min(extra, hostReach);
@@ -72,8 +74,11 @@ void SampleCache::ForwardIterator::internal_incrementAudioUnderrunCounter() cons
 
 SampleCache::ReverseIterator::ReverseIterator(const Cookie& cookie, long position, bool flag,
                                               SampleCache& cache, bool, const Orv::OutputGearing& gearing)
-    : identity(cookie), segmentIndex(0), cachePosition(wrappingSum(std::int64_t{position}, std::int64_t{-1})),
-      waitForSegment(flag), hostFlags(0), hostSegmentNumber(0) {
+    : identity(cookie), cachePosition(wrappingSum(std::int64_t{position}, std::int64_t{-1})),
+      waitForSegment(flag) {
+    segmentIndex = 0;
+    hostFlags = 0;
+    hostSegmentNumber = 0;
     audlmd::CacheCore& core = *static_cast<audlmd::MaterialCache&>(cache).core_;
     hostReach = core.reach(gearing, 0);
 

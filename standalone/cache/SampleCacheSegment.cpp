@@ -3,6 +3,8 @@
 #include "ole/Orv/Ptr.hpp"
 #include "standalone/cache/CachedSegment.hpp"
 
+#include <utility>
+
 namespace Aud {
 namespace {
 
@@ -25,10 +27,8 @@ SampleCacheSegment::SampleCacheSegment(const SampleCacheSegment& other) : body_(
 }
 
 SampleCacheSegment& SampleCacheSegment::operator=(const SampleCacheSegment& other) {
-    Body* const given = body_;
-    SampleCacheSegmentAccess::hold(other.body_);
-    body_ = other.body_;
-    SampleCacheSegmentAccess::release(given);
+    SampleCacheSegment copy(other);
+    std::swap(body_, copy.body_);
     return *this;
 }
 

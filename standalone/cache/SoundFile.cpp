@@ -74,7 +74,7 @@ private:
     };
 
     SoundFileError failure(const std::string& reason) const {
-        return SoundFileError(path_.string() + ": " + reason);
+        return SoundFileError{path_.string() + ": " + reason};
     }
 
     /// A kept stretch that holds the frames, else a new one, in the memory of those that it displaces.

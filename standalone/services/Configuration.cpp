@@ -47,7 +47,7 @@ std::optional<double> parseNumber(std::string_view text) {
 
 const Configuration& userConfiguration() {
     static const Immortal<Configuration> configuration([] {
-        const std::filesystem::path file = Configuration::userFile();
+        std::filesystem::path file = Configuration::userFile();
         std::error_code error;
         if (environment("AUDLMD_CONFIG") && !std::filesystem::exists(file, error))
             report(file.string() + ": AUDLMD_CONFIG names this file, but it is not there");

@@ -37,7 +37,7 @@ public:
 private:
     struct Setting {
         std::string value;
-        int line;
+        int line = 0;
     };
 
     void readLine(std::string_view text, int line);

@@ -11,6 +11,7 @@ union Immortal {
     constexpr explicit Immortal(Arguments&&... arguments) : object(std::forward<Arguments>(arguments)...) {}
     Immortal(const Immortal&) = delete;
     Immortal& operator=(const Immortal&) = delete;
+    // A defaulted one would be deleted. NOLINTNEXTLINE(modernize-use-equals-default)
     constexpr ~Immortal() {}
 
     T object;

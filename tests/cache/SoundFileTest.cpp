@@ -28,7 +28,7 @@ protected:
     ~SoundFiles() override { std::filesystem::remove_all(folder_); }
 
     static float sampleAt(std::int64_t frame, int channel) {
-        return static_cast<float>(frame + 500 * channel) / fullScale;
+        return static_cast<float>(frame + std::int64_t{500} * channel) / fullScale;
     }
 
     std::filesystem::path write(const std::string& name, int format, int channels = 2) const {
@@ -58,6 +58,7 @@ TEST_F(SoundFiles, DecodeOnceForAllChannelsInEitherDirection) {
             cache.add(cookieOf(static_cast<std::uint16_t>(channel)),
                       std::make_shared<SoundFileSource>(file, channel));
         std::vector<std::jthread> threads;
+        threads.reserve(static_cast<std::size_t>(channels));
         for (int channel = 0; channel < channels; ++channel)
             threads.emplace_back([&cache, channel] {
                 const Cookie cookie = cookieOf(static_cast<std::uint16_t>(channel));
