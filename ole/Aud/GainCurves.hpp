@@ -2,6 +2,8 @@
 
 #include "host/GainCurveNodes.hpp"
 
+#include <bit>
+#include <cstdint>
 #include <xmmintrin.h>
 
 namespace Aud::GainCurve {
@@ -20,33 +22,30 @@ enum eCurveType : unsigned int {
 struct NodeGrid {
     /// U-values above read as this one, through node `limitIndex`.
     float limit;
-    unsigned int limitIndex;
+    std::int64_t limitIndex;
     /// U-value between two nodes.
     float spacing;
-    unsigned int lastIndex;
 };
 
 // A u-value above the limit reads as the limit, through the node that the limit itself finds: 1499, because
 // 1.5F / 0.001F lies just below 1500, but 100 in the other curve.
-inline constexpr NodeGrid mixerStyleLogGrid{1.5F, 1499, 0.001F, MixerStyleLog1_Private::nodeCount - 1};
-inline constexpr NodeGrid constantPowerGrid{1.0F, 100, 0.01F, ConstantPower1_Private::nodeCount - 1};
+inline constexpr NodeGrid mixerStyleLogGrid{1.5F, 1499, 0.001F};
+inline constexpr NodeGrid constantPowerGrid{1.0F, 100, 0.01F};
 
 /// The magnitude at `u`, by linear interpolation from the node at or below it. A negative u-value reads as 0;
 /// a NaN gives NaN.
 ///
 /// The index is a true division by the spacing: a product with its reciprocal picks other nodes.
 [[gnu::always_inline]] inline float lookUp(const CurveNode* nodes, const NodeGrid& grid, float u) {
-    unsigned int index = 0;
-    if (u > grid.limit) {
+    std::int64_t index = 0;
+    // One comparison, because the bits of a negative u-value and of a NaN, as a number, exceed any limit's.
+    if (std::bit_cast<std::uint32_t>(u) <= std::bit_cast<std::uint32_t>(grid.limit)) [[likely]] {
+        index = _mm_cvttss_si64(_mm_set_ss(u / grid.spacing));
+    } else if (u > grid.limit) {
         u = grid.limit;
         index = grid.limitIndex;
     } else if (u < 0.0F) {
         u = 0.0F;
-    } else {
-        // Truncates, and is defined for NaN, whose index becomes the last one.
-        index = static_cast<unsigned int>(_mm_cvttss_si32(_mm_set_ss(u / grid.spacing)));
-        if (index > grid.lastIndex)
-            index = grid.lastIndex;
     }
     const CurveNode& node = nodes[index];
     return (u - node.uValue) * node.slope + node.magnitude;
