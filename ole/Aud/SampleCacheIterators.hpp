@@ -19,8 +19,8 @@ struct SampleReader {
     /// requests complete on other threads. The ready path does not test the position.
     template <class Iterator>
     [[gnu::always_inline]] static float read(const Iterator& it) {
-        if (it.currentSegment.status() == eSegmentRequestOutstanding && it.waitForSegment) [[unlikely]]
-            waitForRequest(it.currentSegment);
+        if (it.currentSegment.status() == eSegmentRequestOutstanding) [[unlikely]]
+            waitForRequest(it);
         if (it.currentSegment.status() == eSegmentReady) [[likely]]
             return it.currentSegment.pSamples()[it.segmentIndex];
         return missingSample(it);
@@ -33,7 +33,8 @@ struct SampleReader {
         it.segmentIndex = wrappingSum(it.segmentIndex, std::int32_t{1});
         if (it.currentSegment.status() == eSegmentOfUnknownLength) [[unlikely]]
             return;
-        if (it.segmentIndex >= it.currentSegment.length()) [[unlikely]]
+        const std::int32_t length = it.currentSegment.length();
+        if (it.segmentIndex >= length) [[unlikely]]
             it.internal_inc_moveToNextSegment();
     }
 
@@ -50,8 +51,11 @@ struct SampleReader {
 
 private:
     /// The handle of the event is given back also when the wait throws.
-    [[gnu::cold, gnu::noinline]] static void waitForRequest(const SampleCacheSegment& segment) {
-        const ThreadEventPtr completed = segment.getRequestCompletedEvent();
+    template <class Iterator>
+    [[gnu::cold, gnu::noinline]] static void waitForRequest(const Iterator& it) {
+        if (!it.waitForSegment)
+            return;
+        const ThreadEventPtr completed = it.currentSegment.getRequestCompletedEvent();
         completed->wait(iThreadEvent::noTimeLimit);
     }
 
