@@ -26,10 +26,12 @@ inline constexpr float oneBelowFullScale = 8388607.0F / 8388608.0F;
 
 /// Tests the upper limit first, both strictly; a NaN passes, because either instruction then gives its second
 /// operand.
+///
+/// Compilers make branches of the same in C++, and fill the unused lanes of the intrinsics' operands.
 [[gnu::always_inline]] inline float clip(float x, float lower, float upper) {
-    // The unused lanes of x are filled by one shuffle; g++ clears them by way of a general register.
-    const __m128 atMost = _mm_min_ss(_mm_set_ss(upper), _mm_set1_ps(x));
-    return _mm_cvtss_f32(_mm_max_ss(_mm_set_ss(lower), atMost));
+    asm("minss %1, %0" : "+x"(upper) : "x"(x));
+    asm("maxss %1, %0" : "+x"(lower) : "x"(upper));
+    return lower;
 }
 
 [[gnu::always_inline]] inline std::int32_t truncate(float x) {
