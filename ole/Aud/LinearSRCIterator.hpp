@@ -47,8 +47,9 @@ public:
 private:
     [[gnu::always_inline]] void advance(const SubSamplePos& distance) {
         position_ += distance;
-        // Strictly greater: where the position equals the right neighbour's, that one stays to the right.
-        while (position_ > nextSamplePos_) {
+        // Where the position is whole, the sample at it stays to the right.
+        const std::int64_t right = wrappingSum(position_.sample, std::int64_t{position_.fraction != 0});
+        while (nextSamplePos_.sample < right) {
             prevSample_ = nextSample_;
             ++inner_;
             nextSample_ = *inner_;
