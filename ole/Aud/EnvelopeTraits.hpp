@@ -147,7 +147,8 @@ public:
 
     // The hold deliberately uses the last ramp's curve, not the first's.
     [[gnu::always_inline]] float gain() const {
-        return firstRampRemaining_ != 0 ? firstCurve_(uValue_) : lastCurve_(uValue_);
+        const CurveFunction curve = firstRampRemaining_ != 0 ? firstCurve_ : lastCurve_;
+        return curve(uValue_);
     }
     [[gnu::always_inline]] void advance() {
         if (firstRampRemaining_ != 0) {
