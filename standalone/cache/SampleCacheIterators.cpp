@@ -113,7 +113,7 @@ void SampleCache::ReverseIterator::internal_inc_moveToNextSegment() {
     audlmd::Material& material = materialBehind(hostMaterial);
     const auto lock = material.core->lock();
     --hostSegmentNumber;
-    segmentIndex = material.lengthOf(hostSegmentNumber) - 1;
+    segmentIndex = material.segmentLength - 1;
     currentSegment =
         material.core->enter(lock, material, hostSegmentNumber, {Direction::reverse, hostReach, {}});
 }

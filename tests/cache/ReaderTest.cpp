@@ -89,15 +89,17 @@ TEST(Reader, ThatDoesNotWaitCountsWhatIsMissing) {
     readForward(20, 10);
     expectUnderruns(30, 1);
     // As a converter does that needs the last two samples once more.
-    readForward(28, 5);
-    expectUnderruns(35, 1);
+    readForward(27, 6);
+    expectUnderruns(36, 1);
     auto backwards = reverseReader(cache, cookieOf(0), 33, noWaiting);
-    EXPECT_THAT(take(backwards, 33), Each(0.0F));
-    expectUnderruns(68, 1);
+    EXPECT_THAT(take(backwards, 13), Each(0.0F));
+    auto furtherBackwards = reverseReader(cache, cookieOf(0), 23, noWaiting);
+    EXPECT_THAT(take(furtherBackwards, 3), Each(0.0F));
+    expectUnderruns(52, 1);
     readForward(50, 2);
-    expectUnderruns(70, 2);
+    expectUnderruns(54, 2);
     readForward(90, 30);
-    expectUnderruns(80, 3);
+    expectUnderruns(64, 3);
     source->letGo();
 }
 
@@ -129,6 +131,7 @@ TEST(Reader, OfMaterialThatFailsRendersSilenceAndNeverBlocks) {
         EXPECT_EQ(statistics.underrunEpisodes, static_cast<unsigned int>(pass));
         EXPECT_EQ(statistics.failedSegments, 1U);
         EXPECT_EQ(statistics.firstFailure, "the tape is torn");
+        EXPECT_EQ(cache.usage().residentBytes, 24 * sizeof(float));
     }
 }
 

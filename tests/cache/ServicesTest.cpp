@@ -36,7 +36,7 @@ TEST(Event, BlocksUntilItIsSignalledAndStaysSo) {
 TEST(Configuration, PrefersTheEnvironmentToTheFileToTheDefault) {
     const auto path = std::filesystem::path(testing::TempDir()) / "audlmd-test.conf";
     std::ofstream(path)
-        << "# settings\n\n Speed = 2.5 # fast\nSpeed=3\nno setting\nBroken = 4,5\nHuge = 1e999\n";
+        << "# settings\n\n Speed = 2.5 # fast\nSpeed=3\nno setting\nBroken = 4,5\nHuge = inf\n";
     testing::internal::CaptureStderr();
     const Configuration configuration(path);
     EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("audlmd-test.conf:5: "));

@@ -35,7 +35,7 @@ inline float expectedAt(std::int64_t position, std::int64_t length) {
 }
 
 /// A ramp that notes what is read, can hold its readers up, and fails for one position.
-class ScriptedSource final : public SampleSource {
+class ScriptedSource : public SampleSource {
 public:
     explicit ScriptedSource(std::int64_t length) : samples_(ramp(length)) {}
 
