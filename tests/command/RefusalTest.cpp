@@ -125,10 +125,15 @@ TEST_F(Refusals, OfOutputThatCannotBeWritten) {
     expectRefused(to("out.mp3"), "the extension names the kind of file");
     expectRefused(to("./a.wav"), "is the input");
     expectRefused(to("out.wav/out.wav"), "cannot write 'out.wav/out.wav'");
-    for (const std::string name : {"out.wav", "new.wav", "new.flac", "new.aiff", "new.raw"})
-        for (const std::size_t limit : {std::size_t{1000}, std::size_t{150000}})
+    expectRefused(runWithFileSizeLimit(1000, {"render", "a.wav", "-o", "out.wav"}), "cannot write 'out.wav'");
+    for (const std::string name : {"new.wav", "new.flac", "new.aiff", "new.raw"}) {
+        render({"a.wav", "-o", name});
+        const std::size_t size = std::filesystem::file_size(in(name));
+        std::filesystem::remove(in(name));
+        for (const std::size_t limit : {std::size_t{1000}, size - 1})
             expectRefused(runWithFileSizeLimit(limit, {"render", "a.wav", "-o", name}),
                           "cannot write '" + name);
+    }
     EXPECT_EQ(names(), (std::vector<std::string>{"a.wav", "folder.wav", "out.wav"}));
 }
 

@@ -36,7 +36,7 @@ double rms(const std::vector<float>& samples) {
 }
 
 TEST_F(Render, CopiesEveryChannelOfAFloatFile) {
-    for (const std::size_t channels : {1, 2, 5}) {
+    for (const std::size_t channels : {1U, 2U, 5U}) {
         const Channels sound = noise(channels, 70000);
         writeSound(in("a.wav"), sound);
         EXPECT_EQ(rendered({}), sound) << channels << " channels";

@@ -45,11 +45,17 @@ std::string joinExtensions(Wanted wanted) {
 
 } // namespace
 
-const Container& containerOf(const std::filesystem::path& path) {
+const Container* findContainer(const std::filesystem::path& path) {
     const std::string extension = lowerCaseExtension(path);
     for (const Container& container : containers)
         if (!extension.empty() && (extension == container.extension || extension == container.otherExtension))
-            return container;
+            return &container;
+    return nullptr;
+}
+
+const Container& containerOf(const std::filesystem::path& path) {
+    if (const Container* found = findContainer(path))
+        return *found;
     throw CommandError("'" + path.string() + "': the extension names the kind of file to write; use one of " +
                        joinExtensions([](const Container&) { return true; }));
 }

@@ -25,8 +25,10 @@ struct Container {
     std::uint64_t maxDataBytes;
 };
 
-/// The container that the extension of `path` names. Throws CommandError, naming the known ones, for any
-/// other.
+/// The container that the extension of `path` names, or null.
+const Container* findContainer(const std::filesystem::path& path);
+
+/// The same. Throws CommandError, naming the known ones, for any other extension.
 const Container& containerOf(const std::filesystem::path& path);
 
 /// Headerless samples.

@@ -3,9 +3,10 @@
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/SampleWidening.hpp"
 
-#include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <fcntl.h>
+#include <string_view>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -17,23 +18,34 @@ namespace {
 /// Beyond this a wav is written as RF64, because its own lengths have 32 bits.
 constexpr std::uint64_t largestWavData = 0xFFFF0000;
 
-bool isOpenDescriptor(const std::filesystem::path& path) {
+/// The number of the descriptor that a path names, if it names one.
+std::optional<int> inheritedDescriptor(const std::filesystem::path& path) {
     const std::string text = path.lexically_normal().string();
-    return text == "/dev/stdout" || text == "/dev/stderr" || text.starts_with("/dev/fd/") ||
-           text.starts_with("/proc/self/fd/");
+    if (text == "-" || text == "/dev/stdout")
+        return STDOUT_FILENO;
+    if (text == "/dev/stderr")
+        return STDERR_FILENO;
+    for (const std::string_view folder : {"/dev/fd/", "/proc/self/fd/"}) {
+        int number = -1;
+        if (text.starts_with(folder) &&
+            std::from_chars(text.data() + folder.size(), text.data() + text.size(), number).ec == std::errc())
+            return number;
+    }
+    return std::nullopt;
 }
 
 } // namespace
 
 OutputTarget::OutputTarget(const std::filesystem::path& given)
-    : path(given == "-" ? "/dev/stdout" : given), isStandardOutput(path == "/dev/stdout") {
+    : path(given), inherited(inheritedDescriptor(given)) {
     std::error_code unknown;
     const std::filesystem::file_status status = std::filesystem::status(path, unknown);
     if (std::filesystem::is_directory(status))
         throw CommandError("cannot write '" + path.string() + "': it is a folder");
-    isStream = isOpenDescriptor(path) ||
-               (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status));
-    container = isStream && path.extension().empty() ? &rawContainer() : &containerOf(path);
+    isStream = inherited || (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status));
+    container = findContainer(path);
+    if (container == nullptr)
+        container = isStream ? &rawContainer() : &containerOf(path);
     if (!isStream && std::filesystem::is_symlink(std::filesystem::symlink_status(path, unknown)))
         path = std::filesystem::weakly_canonical(path);
 }
@@ -56,8 +68,8 @@ void OutputFile::openDescriptor() {
         descriptor_ = temporary_.emplace(target_.path).descriptor();
         return;
     }
-    descriptor_ = target_.isStandardOutput ? dup(STDOUT_FILENO)
-                                           : open(target_.path.c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC);
+    descriptor_ = target_.inherited ? dup(*target_.inherited)
+                                    : open(target_.path.c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC);
     if (descriptor_ < 0)
         fail(std::generic_category().message(errno));
 }
@@ -72,8 +84,8 @@ void OutputFile::openSoundFile() {
     info.format = type | *subtypeIn(*target_.container, layout_.format);
     file_.reset(sf_open_fd(descriptor_, SFM_WRITE, &info, SF_FALSE));
     if (file_ == nullptr)
-        fail("a " + std::string(target_.container->name) + " file with " + std::to_string(info.channels) +
-             " channels at " + std::to_string(info.samplerate) + " Hz: " + sf_strerror(nullptr));
+        fail("as a " + std::string(target_.container->name) + " file of " + std::to_string(info.channels) +
+             " channel(s) at " + std::to_string(info.samplerate) + " Hz: " + sf_strerror(nullptr));
     // It holds the time of writing, so that equal renders would differ.
     sf_command(file_.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
 }
@@ -124,7 +136,7 @@ void OutputFile::checkWhole() {
         struct stat written {};
         if (fstat(descriptor_, &written) != 0 ||
             static_cast<std::uint64_t>(written.st_size) != layout_.dataBytes())
-            fail("what was written is not whole");
+            fail("it does not read back whole; is the disk full?");
         return;
     }
     SF_INFO info{};
@@ -134,7 +146,7 @@ void OutputFile::checkWhole() {
     if (file == nullptr || info.frames != layout_.frames ||
         sf_seek(file.get(), layout_.frames - 1, SEEK_SET) != layout_.frames - 1 ||
         sf_readf_float(file.get(), lastFrame.data(), 1) != 1)
-        fail("what was written is not whole");
+        fail("it does not read back whole; is the disk full?");
 }
 
 void OutputFile::fail(const std::string& why) const {

@@ -39,9 +39,10 @@ struct OutputTarget {
 
     /// Links are followed.
     std::filesystem::path path;
-    /// A device, a pipe or an open descriptor: written in place, for there is nothing to preserve.
+    /// A descriptor that this process was started with: the path is `-`, /dev/stdout, /dev/fd/3 ...
+    std::optional<int> inherited;
+    /// Such a descriptor, a device or a pipe: written in place, for there is nothing to preserve.
     bool isStream = false;
-    bool isStandardOutput = false;
     const Container* container = nullptr;
 };
 

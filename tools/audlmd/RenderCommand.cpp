@@ -69,8 +69,8 @@ public:
     }
 
 private:
-    /// Standard output, unless the samples go there.
-    FILE* report() const { return target_ && target_->isStandardOutput ? stderr : stdout; }
+    /// Standard output, unless the samples may go there.
+    FILE* report() const { return target_ && target_->isStream ? stderr : stdout; }
 
     void openTarget() {
         target_.emplace(options_.output);

@@ -10,9 +10,9 @@ namespace audlmd::command {
 namespace {
 
 constexpr const char* renderHelp =
-    R"(TIMES of --from, --to and --duration are the input's; those of fades and automation are the output's, as
-heard. A time is written in seconds (12.5 or 3s), milliseconds (250ms), samples (480000smp) or as a timecode
-(1:02.5, 1:00:02.5).
+    R"(TIMES of --from, --to and --duration are the input's; those of fades and automation are the output's,
+as heard. A time is written in seconds (12.5 or 3s), milliseconds (250ms), samples (480000smp) or as a
+timecode (1:02.5, 1:00:02.5).
 
 BANDS of --eq are written peak:FREQUENCY:GAIN[:Q], lowshelf:FREQUENCY:GAIN[:Q], highshelf:FREQUENCY:GAIN[:Q],
 highpass:FREQUENCY[:Q] or lowpass:FREQUENCY[:Q], in hertz (1k is 1000) and decibels. Without Q it is 0.707.
