@@ -12,7 +12,6 @@
 #include <pthread.h>
 #include <sys/prctl.h>
 
-#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 
@@ -27,11 +26,6 @@ volatile char systemCallsTrapped = 0;
 extern "C" void countSystemCall(int) {
     systemCallsTrapped = 0;
     systemCalls = systemCalls + 1;
-}
-
-template <class Function>
-Function* behind(Function*, const char* name) {
-    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
 }
 
 } // namespace
@@ -59,28 +53,9 @@ void* aligned_alloc(std::size_t alignment, std::size_t size) {
     ++allocations;
     return __libc_memalign(alignment, size);
 }
-int posix_memalign(void** block, std::size_t alignment, std::size_t size) {
-    *block = aligned_alloc(alignment, size);
-    return *block == nullptr ? ENOMEM : 0;
-}
-
 int pthread_mutex_lock(pthread_mutex_t* mutex) {
-    static auto* const lock = behind(&pthread_mutex_lock, "pthread_mutex_lock");
-    ++locks;
-    return lock(mutex);
-}
-int pthread_mutex_trylock(pthread_mutex_t* mutex) {
-    static auto* const lock = behind(&pthread_mutex_trylock, "pthread_mutex_trylock");
-    ++locks;
-    return lock(mutex);
-}
-int pthread_rwlock_rdlock(pthread_rwlock_t* mutex) {
-    static auto* const lock = behind(&pthread_rwlock_rdlock, "pthread_rwlock_rdlock");
-    ++locks;
-    return lock(mutex);
-}
-int pthread_rwlock_wrlock(pthread_rwlock_t* mutex) {
-    static auto* const lock = behind(&pthread_rwlock_wrlock, "pthread_rwlock_wrlock");
+    static auto* const lock =
+        reinterpret_cast<decltype(&pthread_mutex_lock)>(dlsym(RTLD_NEXT, "pthread_mutex_lock"));
     ++locks;
     return lock(mutex);
 }

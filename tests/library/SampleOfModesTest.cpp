@@ -43,7 +43,7 @@ const std::vector<unsigned int>& sampleOfModes() {
 
 TEST(SampleOfModes, RendersAsTheModelDoes) {
     for (std::size_t outputType = 0; outputType < outputTypeCount; ++outputType)
-        expectNoDifference(sampleOfModes(), outputType, 10);
+        expectNoDifference(sampleOfModes(), outputType, 5);
 }
 
 TEST(SampleOfModes, SurvivesAFailureOfAnyHostOperation) {

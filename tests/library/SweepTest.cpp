@@ -10,7 +10,7 @@ namespace Test {
 namespace {
 
 /// Cases per function.
-constexpr unsigned int seeds = 5;
+constexpr unsigned int seeds = 8;
 
 class EveryMode : public testing::TestWithParam<std::size_t> {};
 

@@ -1,7 +1,5 @@
 #include "tests/library/host/Script.hpp"
 
-#include "tests/library/host/RealResampler.hpp"
-
 #include <algorithm>
 
 namespace Test {
@@ -51,7 +49,8 @@ std::vector<std::uint64_t> Script::state() const {
     return numbers;
 }
 
-Place Script::placeAt(int segment, bool last) const {
+Place Script::callThenPlace(Op op, std::uint64_t argument, int segment, bool last) {
+    call(op, argument);
     if (segment < 0 || static_cast<std::size_t>(segment) >= segments.size())
         return {};
     return {segment, last ? segments[static_cast<std::size_t>(segment)].length - 1 : 0};
@@ -66,26 +65,6 @@ Place Script::makeIterator(bool forward, std::int64_t position, std::uint64_t ar
         return segment.first + segment.length > position;
     });
     return {static_cast<int>(after - segments.begin()), static_cast<std::int32_t>(position - after->first)};
-}
-
-Place Script::hitFirst() {
-    call(Op::hitFirst, 0);
-    return placeAt(0, false);
-}
-
-Place Script::hitLast() {
-    call(Op::hitLast, 0);
-    return placeAt(static_cast<int>(segments.size()) - 1, true);
-}
-
-Place Script::moveForward(int segment) {
-    call(Op::moveForward, idOf(segment));
-    return placeAt(segment + 1, false);
-}
-
-Place Script::moveReverse(int segment) {
-    call(Op::moveReverse, idOf(segment));
-    return placeAt(segment - 1, true);
 }
 
 void Script::underrun() {
@@ -103,11 +82,6 @@ void Script::copySegment(int segment) {
     if (!hostWorks_)
         call(Op::copySegment, idOf(segment));
     ++holders;
-}
-
-void Script::assignSegment(int from, int to) {
-    if (!hostWorks_)
-        call(Op::assignSegment, idOf(from) << 32 | idOf(to));
 }
 
 void Script::destroySegment(int segment) {
@@ -156,37 +130,6 @@ float Script::biquadResult(unsigned int band) {
 LevelSegment Script::nextLevel(bool forwards) {
     call(forwards ? Op::nodeForwards : Op::nodeReverse, 0);
     return levelSegments[nextLevelSegment++ % levelSegments.size()];
-}
-
-void* Script::openResampler(int highQuality, double minFactor, double maxFactor) {
-    note(Op::openResampler, bitsOf(minFactor));
-    note(Op::arguments, bitsOf(maxFactor) ^ static_cast<std::uint64_t>(highQuality));
-    ScriptedResampler opened{nullptr, static_cast<std::uint32_t>(resamplers.size()) + 1, 0.5F};
-    if (usesRealResampler)
-        opened.real = openRealResampler(highQuality, minFactor, maxFactor);
-    resamplers.push_back(opened);
-    return reinterpret_cast<void*>(resamplers.size());
-}
-
-void Script::resample(void* handle, double factor, float* in, int length, int* used, float* out,
-                      std::uint64_t arguments) {
-    note(Op::resample, bitsOf(factor));
-    note(Op::arguments, arguments);
-    ScriptedResampler& resampler = resamplers[reinterpret_cast<std::uintptr_t>(handle) - 1];
-    if (resampler.real) {
-        processRealResampler(resampler.real.get(), factor, in, length, used, out);
-        return;
-    }
-    resampler.random = resampler.random * 1664525u + 1013904223u;
-    const std::uint32_t dice = resampler.random >> 8;
-    // Mostly a few samples, now and then all of them, or none.
-    *used =
-        static_cast<int>(dice % 16 == 0 ? static_cast<std::uint32_t>(length)
-                                        : dice / 16 % std::min(static_cast<std::uint32_t>(length) + 1, 5u));
-    if (dice / 4096 % 8 == 0)
-        return;
-    *out = in[0] * 0.75F + resampler.memory * 0.125F;
-    resampler.memory = *out;
 }
 
 } // namespace Test

@@ -160,18 +160,22 @@ struct Script {
     /// All that a render call may change, as numbers to compare.
     std::vector<std::uint64_t> state() const;
 
-    void stripCookie() { call(Op::stripCookie, 0); }
+    void call(Op op, std::uint64_t argument);
+    /// An operation that does not throw, or more about the one before.
+    void note(Op op, std::uint64_t argument);
+    void beginHostWork() { hostWorks_ = true; }
+    void endHostWork() { hostWorks_ = false; }
+
     Place makeIterator(bool forward, std::int64_t position, std::uint64_t arguments);
-    void destroyIterator(bool forward) { note(forward ? Op::destroyForward : Op::destroyReverse, 0); }
-    Place hitFirst();
-    Place hitLast();
-    Place moveForward(int segment);
-    Place moveReverse(int segment);
+    Place hitFirst() { return callThenPlace(Op::hitFirst, 0, 0, false); }
+    Place hitLast() { return callThenPlace(Op::hitLast, 0, static_cast<int>(segments.size()) - 1, true); }
+    Place moveForward(int from) { return callThenPlace(Op::moveForward, idOf(from), from + 1, false); }
+    Place moveReverse(int from) { return callThenPlace(Op::moveReverse, idOf(from), from - 1, true); }
     void underrun();
 
     void makeSegment();
     void copySegment(int segment);
-    void assignSegment(int from, int to);
+    void assignSegment(int from, int to) { call(Op::assignSegment, idOf(from) << 32 | idOf(to)); }
     void destroySegment(int segment);
     int status(int segment);
     const float* samples(int segment);
@@ -181,22 +185,15 @@ struct Script {
 
     float biquad(unsigned int band, float x);
     float biquadResult(unsigned int band);
-    void bindLevel(bool rightState) { call(Op::bindLevel, rightState); }
     LevelSegment nextLevel(bool forwards);
 
     void* openResampler(int highQuality, double minFactor, double maxFactor);
     void resample(void* handle, double factor, float* in, int length, int* used, float* out,
                   std::uint64_t arguments);
 
-    void call(Op op, std::uint64_t argument);
-    /// An operation that does not throw, or more about the one before.
-    void note(Op op, std::uint64_t argument);
-    void beginHostWork() { hostWorks_ = true; }
-    void endHostWork() { hostWorks_ = false; }
-
 private:
     static std::uint64_t idOf(int segment) { return static_cast<std::uint32_t>(segment); }
-    Place placeAt(int segment, bool last) const;
+    Place callThenPlace(Op op, std::uint64_t argument, int segment, bool last);
 
     bool hostWorks_ = false;
 };

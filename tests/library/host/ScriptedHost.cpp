@@ -129,7 +129,7 @@ template struct Aud::LoopModesDespatcherInstance<Test::Summing<Test::S24In32>>;
 template struct Aud::LoopModesDespatcherInstance<Test::Summing<Test::S32>>;
 
 Cookie ce_handle::get_strip_cookie() const {
-    script().stripCookie();
+    script().call(Test::Op::stripCookie, 0);
     return this == script().strip ? stripCookie_ : Cookie();
 }
 
@@ -241,14 +241,14 @@ SampleCache::ForwardIterator::~ForwardIterator() {
         hostFlags != Test::Script::hostFlags || hostReach != Test::Script::hostReach ||
         hostHeldSegments.size() != hostSegmentsAhead)
         script().note(Test::Op::corrupted, 0);
-    script().destroyIterator(true);
+    script().note(Test::Op::destroyForward, 0);
 }
 
 SampleCache::ReverseIterator::~ReverseIterator() {
     if (identity != Test::Script::cookie || hostMaterial != &script() ||
         hostFlags != Test::Script::hostFlags || hostReach != Test::Script::hostReach)
         script().note(Test::Op::corrupted, 0);
-    script().destroyIterator(false);
+    script().note(Test::Op::destroyReverse, 0);
 }
 
 void SampleCache::ForwardIterator::internal_inc_hitFirstSegment() {
@@ -295,7 +295,7 @@ void load(DynamicLevelApplyingIteratorState& state, const Test::LevelSegment& se
 
 DynamicLevelApplyingIteratorBase::DynamicLevelApplyingIteratorBase(DynamicLevelApplyingIteratorState& state)
     : state_(state) {
-    script().bindLevel(&state == script().levelState);
+    script().call(Test::Op::bindLevel, &state == script().levelState);
 }
 void DynamicLevelApplyingIteratorBase::moveToNextNodeForwards() {
     load(state_, script().nextLevel(true));

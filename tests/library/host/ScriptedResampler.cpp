@@ -1,29 +1,65 @@
 // Stands before libresample: what the library calls goes to the script, which may hand it on.
 
-#include "tests/library/host/RealResampler.hpp"
 #include "tests/library/host/Script.hpp"
 
 #include <dlfcn.h>
 #include <libresample.h>
 
+#include <algorithm>
 #include <map>
 #include <tuple>
 
 namespace Test {
+namespace {
 
-std::shared_ptr<void> openRealResampler(int highQuality, double minFactor, double maxFactor) {
-    static const auto open = reinterpret_cast<decltype(&resample_open)>(dlsym(RTLD_NEXT, "resample_open"));
+/// The function of libresample that the one here stands before.
+template <class Function>
+Function* behind(Function*, const char* name) {
+    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+}
+
+/// A copy of one that was opened before, where there is one: opening computes a large table.
+std::shared_ptr<void> openReal(int highQuality, double minFactor, double maxFactor) {
     static std::map<std::tuple<int, double, double>, std::shared_ptr<void>> opened;
     std::shared_ptr<void>& original = opened[{highQuality, minFactor, maxFactor}];
     if (!original)
-        original = {open(highQuality, minFactor, maxFactor), resample_close};
+        original = {behind(&resample_open, "resample_open")(highQuality, minFactor, maxFactor),
+                    resample_close};
     return {resample_dup(original.get()), resample_close};
 }
 
-void processRealResampler(void* handle, double factor, float* in, int length, int* used, float* out) {
-    static const auto process =
-        reinterpret_cast<decltype(&resample_process)>(dlsym(RTLD_NEXT, "resample_process"));
-    process(handle, factor, in, length, 0, used, out, 1);
+} // namespace
+
+void* Script::openResampler(int highQuality, double minFactor, double maxFactor) {
+    note(Op::openResampler, bitsOf(minFactor));
+    note(Op::arguments, bitsOf(maxFactor) ^ static_cast<std::uint64_t>(highQuality));
+    ScriptedResampler opened{nullptr, static_cast<std::uint32_t>(resamplers.size()) + 1, 0.5F};
+    if (usesRealResampler)
+        opened.real = openReal(highQuality, minFactor, maxFactor);
+    resamplers.push_back(opened);
+    return reinterpret_cast<void*>(resamplers.size());
+}
+
+void Script::resample(void* handle, double factor, float* in, int length, int* used, float* out,
+                      std::uint64_t arguments) {
+    note(Op::resample, bitsOf(factor));
+    note(Op::arguments, arguments);
+    ScriptedResampler& resampler = resamplers[reinterpret_cast<std::uintptr_t>(handle) - 1];
+    if (resampler.real) {
+        static auto* const process = behind(&resample_process, "resample_process");
+        process(resampler.real.get(), factor, in, length, 0, used, out, 1);
+        return;
+    }
+    resampler.random = resampler.random * 1664525u + 1013904223u;
+    const std::uint32_t dice = resampler.random >> 8;
+    // Mostly a few samples, now and then all of them, or none.
+    *used =
+        static_cast<int>(dice % 16 == 0 ? static_cast<std::uint32_t>(length)
+                                        : dice / 16 % std::min(static_cast<std::uint32_t>(length) + 1, 5u));
+    if (dice / 4096 % 8 == 0)
+        return;
+    *out = in[0] * 0.75F + resampler.memory * 0.125F;
+    resampler.memory = *out;
 }
 
 } // namespace Test

@@ -84,7 +84,7 @@ struct Source {
         host.endHostWork();
     }
     Source(const Source&) = default;
-    ~Source() { script.destroyIterator(forward); }
+    ~Source() { script.note(forward ? Op::destroyForward : Op::destroyReverse, 0); }
 
     float read() const {
         const int segment = current.number();
@@ -176,7 +176,7 @@ public:
     Chain(unsigned int code, const IteratorCreationParams& params, Script& script)
         : digits_(code), record_(*params.source), script_(script) {
         std::memcpy(envelope_, &record_.envelope, sizeof envelope_);
-        script_.stripCookie();
+        script_.call(Op::stripCookie, 0);
         const bool forward = digits_.direction == 1;
         const std::int64_t start = digits_.conversion == 2 ? (forward ? *params.forwardFilteringStartPosition
                                                                       : *params.reverseFilteringStartPosition)
@@ -313,7 +313,7 @@ private:
             return add({Kind::pass});
         if (digits_.level == 2)
             return addFixed(record_.outerLevelUValue);
-        script_.bindLevel(true);
+        script_.call(Op::bindLevel, 1);
         add({Kind::dynamic});
     }
 
