@@ -71,6 +71,18 @@ std::uint64_t readFade(const std::optional<std::string>& text, const char* optio
     return static_cast<std::uint64_t>(length);
 }
 
+/// The output's last sample may stand for less than a whole step through the source, and each fade is
+/// rounded. So fades that fill the output may come out longer than the range, by less than they may be
+/// shortened here unheard.
+void fitIntoRange(FadePlan& fade, std::uint64_t range, double speed) {
+    const std::uint64_t total = fade.fadeInSamples + fade.fadeOutSamples;
+    if (total <= range || static_cast<double>(total - range) > speed + 1.0)
+        return;
+    std::uint64_t& longer =
+        fade.fadeInSamples > fade.fadeOutSamples ? fade.fadeInSamples : fade.fadeOutSamples;
+    longer -= total - range;
+}
+
 } // namespace
 
 StripSettings readSettings(const RenderOptions& options, const SoundFile& input) {
@@ -86,6 +98,8 @@ StripSettings readSettings(const RenderOptions& options, const SoundFile& input)
     fade.fadeInSamples = readFade(options.fadeIn, "--fade-in", input.sampleRate(), speed, fade.fadeInCurve);
     fade.fadeOutSamples =
         readFade(options.fadeOut, "--fade-out", input.sampleRate(), speed, fade.fadeOutCurve);
+    if (settings.converter != Converter::none)
+        fitIntoRange(fade, static_cast<std::uint64_t>(settings.to - settings.from), speed);
     if (options.gain)
         settings.middleLevel = parseLevel(*options.gain, "--gain");
     if (options.level)
