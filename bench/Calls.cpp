@@ -1,0 +1,70 @@
+#include "bench/Commands.hpp"
+#include "bench/Report.hpp"
+#include "bench/Request.hpp"
+#include "bench/calls/HandMadeChain.hpp"
+#include "bench/floor/Floor.hpp"
+#include "ole/Aud/SampleFormats.hpp"
+#include "ole/Orv/OrvModeMeta"
+
+#include <array>
+
+namespace Bench {
+namespace {
+
+/// A call is too short to be timed alone.
+constexpr unsigned int callsAtOnce = 1000;
+constexpr unsigned int longCall = 64;
+
+unsigned int countLayers(const Aud::Render::ModeFields& fields) {
+    const Aud::Render::EnvelopeStage stage = Aud::Render::envelopeStages[fields.envelopeStage];
+    const unsigned int filterAndOuterLevel = 2;
+    return filterAndOuterLevel + (stage.envelope != Aud::Render::EnvelopeKind::none ? 1 : 0) +
+           (stage.middleLevel != Aud::Render::MiddleLevelKind::absent ? 1 : 0);
+}
+
+} // namespace
+
+int measureCalls(const Selection& selection) {
+    // What a call costs besides its samples does not depend on the output type.
+    using Out = Aud::SampleF32*;
+    Cache cache(testMaterial());
+    std::array<Aud::SampleF32, longCall> buffer;
+    nlohmann::json rows = nlohmann::json::array();
+    std::size_t done = 0;
+    for (unsigned int code : selection.codes) {
+        showProgress("measured", ++done, selection.codes.size());
+        const Aud::Render::ModeFields fields = Aud::Render::decodeModeCode(code);
+        if (fields.srcStage != 0)
+            continue;
+        const auto render = Aud::LoopModesDespatcherInstance<Out>::get().find(code);
+        const ChainBuilder buildByHand = handMadeChain(fields.direction == 1, countLayers(fields));
+        for (unsigned int count : {0u, longCall}) {
+            Request request(code, cache, callsAtOnce * longCall, 1.0);
+            Floor floor(request);
+            Timing calls;
+            Timing byHand;
+            for (unsigned int i = 0; i < selection.rounds * selection.repetitions; ++i) {
+                calls.repeat([&] {
+                    for (unsigned int call = 0; call < callsAtOnce; ++call) {
+                        Out out = buffer.data();
+                        render(request.params(), out, count);
+                    }
+                });
+                byHand.repeat([&] {
+                    for (unsigned int call = 0; call < callsAtOnce; ++call) {
+                        buildByHand(request.params());
+                        if (count != 0)
+                            floor.run(count);
+                    }
+                });
+            }
+            nlohmann::json row = figures(calls, byHand, callsAtOnce);
+            row.update({{"code", code}, {"output", "F32"}, {"speed", 1.0}, {"count", count}});
+            rows.push_back(row);
+        }
+    }
+    report(rows, selection.json);
+    return 0;
+}
+
+} // namespace Bench

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "bench/host/BenchHost.hpp"
+#include "loop_modes/IteratorCreationParams.hpp"
+#include "loop_modes/ModeCode.hpp"
+
+#include <cstdint>
+#include <vector>
+
+namespace Bench {
+
+/// A tone, in several segments.
+std::vector<float> testMaterial();
+
+/// A render request that keeps every stage of a mode at work: a fade that runs through its phases, a level on
+/// its way to a node, an equaliser that rings, and a source that stays inside the material. Rendering it
+/// again starts at the same place; host state runs on.
+class Request {
+public:
+    /// `sourceSamples`: what a call will read, over which the fade runs. `speed` is in source samples per
+    /// output sample, and 1 where the mode has no conversion.
+    Request(unsigned int code, Cache& cache, unsigned int sourceSamples, double speed);
+    Request(const Request&) = delete;
+    Request& operator=(const Request&) = delete;
+    ~Request();
+
+    const Aud::Render::ModeFields& fields() const { return fields_; }
+    double speed() const { return speed_; }
+    Cache& cache() { return static_cast<Cache&>(*params_.cache); }
+    Aud::Render::IteratorCreationParams& params() { return params_; }
+    Aud::Render::PerSourceRecord& record() { return record_; }
+
+private:
+    Aud::Render::ModeFields fields_;
+    double speed_;
+    std::int64_t start_;
+    bool wait_ = true;
+    std::uint32_t segmentsAhead_ = 0;
+    Aud::SubSamplePos subSampleStart_{0, 0};
+    Aud::SubSamplePos subSampleStep_;
+    float floatSpeed_;
+    Orv::OutputGearing gearing_;
+    Aud::Render::PerSourceRecord record_;
+    Aud::Render::IteratorCreationParams params_;
+};
+
+} // namespace Bench

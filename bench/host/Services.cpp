@@ -1,0 +1,106 @@
+#include "host/Biquad.hpp"
+#include "host/Configuration.hpp"
+#include "host/DespatchTables.hpp"
+#include "host/DynamicLevel.hpp"
+#include "host/Identity.hpp"
+#include "host/ImageFormat.hpp"
+#include "host/OperatingSystem.hpp"
+#include "loop_modes/OutputTypes.hpp"
+#include "ole/Orv/OrvModeMeta"
+
+#include <new>
+#include <tuple>
+
+Cookie ce_handle::get_strip_cookie() const {
+    return stripCookie_;
+}
+
+double config_double(const char*, double defaultValue) {
+    return defaultValue;
+}
+
+namespace {
+
+class Services final : public iOperatingSystem, iReferenceCounts, iHeap, iExceptionRecorder {
+public:
+    iReferenceCounts& referenceCounts() noexcept override { return *this; }
+    iHeap& heap() noexcept override { return *this; }
+    iExceptionRecorder& exceptionRecorder() noexcept override { return *this; }
+
+private:
+    void increment(std::int32_t& count) noexcept override { __atomic_fetch_add(&count, 1, __ATOMIC_RELAXED); }
+    std::int32_t decrement(std::int32_t& count) noexcept override {
+        return __atomic_sub_fetch(&count, 1, __ATOMIC_ACQ_REL);
+    }
+    void* allocate(std::size_t bytes) override { return ::operator new(bytes); }
+    void release(void* storage) noexcept override { ::operator delete(storage); }
+    void record(ExceptionNotes&) override {}
+};
+
+} // namespace
+
+iOperatingSystem& OS() noexcept {
+    static constinit Services services;
+    return services;
+}
+
+Orv::Image::FormatUID::FormatUID(std::uint32_t number) : number_(number) {}
+Orv::Image::FormatUID::~FormatUID() = default;
+
+namespace Aud {
+
+template <class Out>
+typename Render::LoopModesDespatch::Types<Out>::Table& LoopModesDespatcherInstance<Out>::get() {
+    static constinit typename Render::LoopModesDespatch::Types<Out>::Table table;
+    return table;
+}
+
+namespace {
+
+/// Instantiating it emits the fourteen tables.
+template <class... Outs>
+[[maybe_unused]] auto emitTables(std::tuple<Outs...>*) {
+    return std::tuple{&LoopModesDespatcherInstance<Outs>::get...};
+}
+[[maybe_unused]] const auto tables = emitTables(static_cast<Render::OutputTypes*>(nullptr));
+
+} // namespace
+
+namespace Filter {
+
+void Biquad::setCoefficients(const Coefficients& coefficients) {
+    coefficients_ = coefficients;
+}
+
+float Biquad::processSample(float x) {
+    const double in = x;
+    const double out = coefficients_.b0 * in + now_.firstDelay;
+    now_.firstDelay = coefficients_.b1 * in + now_.secondDelay - coefficients_.a1 * out;
+    now_.secondDelay = coefficients_.b2 * in - coefficients_.a2 * out;
+    return now_.lastResult = static_cast<float>(out);
+}
+
+float Biquad::getLastProcessSampleResult() {
+    return now_.lastResult;
+}
+
+} // namespace Filter
+
+namespace DynamicLevelControl {
+
+DynamicLevelApplyingIteratorBase::DynamicLevelApplyingIteratorBase(DynamicLevelApplyingIteratorState& state)
+    : state_(state) {}
+
+/// There and back, for as long as anyone reads.
+void DynamicLevelApplyingIteratorBase::moveToNextNodeForwards() {
+    state_.samplesToNextNode = 48000;
+    state_.uValueStep = -state_.uValueStep;
+}
+
+void DynamicLevelApplyingIteratorBase::moveToNextNodeReverse() {
+    moveToNextNodeForwards();
+}
+
+} // namespace DynamicLevelControl
+
+} // namespace Aud
