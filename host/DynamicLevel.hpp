@@ -35,9 +35,9 @@ public:
     explicit DynamicLevelApplyingIteratorBase(DynamicLevelApplyingIteratorState& state);
 
     /// Loads the next segment in forward order into the state.
-    void moveToNextNodeForwards();
+    [[gnu::cold]] void moveToNextNodeForwards();
     /// Loads the next segment into the state, walking the nodes backwards.
-    void moveToNextNodeReverse();
+    [[gnu::cold]] void moveToNextNodeReverse();
 
 protected:
     DynamicLevelApplyingIteratorState& state_;

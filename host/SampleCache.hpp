@@ -50,7 +50,7 @@ private:
     /// Makes the segment that holds sample 0 current, with segmentIndex on that sample.
     void internal_inc_hitFirstSegment();
     /// Makes the following segment current, with segmentIndex on its first sample.
-    void internal_inc_moveToNextSegment();
+    [[gnu::cold]] void internal_inc_moveToNextSegment();
     void internal_incrementAudioUnderrunCounter() const;
 
     Cookie identity;
@@ -88,7 +88,7 @@ private:
     /// Makes the segment that holds the last sample current, with segmentIndex on that sample.
     void internal_inc_hitLastSegment();
     /// Makes the preceding segment current, with segmentIndex on its last sample.
-    void internal_inc_moveToNextSegment();
+    [[gnu::cold]] void internal_inc_moveToNextSegment();
     void internal_incrementAudioUnderrunCounter() const;
 
     Cookie identity;
