@@ -51,6 +51,8 @@ inline constexpr NodeGrid constantPowerGrid{1.0F, 100, 0.01F};
     return (u - node.uValue) * node.slope + node.magnitude;
 }
 
+/// The two with nodes start a line of the instruction cache, because the stored shapes call them for every
+/// sample through a pointer.
 template <eCurveType CurveType>
 struct Curve;
 
@@ -61,14 +63,14 @@ struct Curve<eLinear> {
 
 template <>
 struct Curve<eMixerStyleLog> {
-    [[gnu::always_inline]] static float mapUValueToMagnitude(float uValue) {
+    [[gnu::always_inline, gnu::aligned(64)]] static float mapUValueToMagnitude(float uValue) {
         return lookUp(MixerStyleLog1_Private::UVal2Mag_CurveNodes, mixerStyleLogGrid, uValue);
     }
 };
 
 template <>
 struct Curve<eConstantPower> {
-    [[gnu::always_inline]] static float mapUValueToMagnitude(float uValue) {
+    [[gnu::always_inline, gnu::aligned(64)]] static float mapUValueToMagnitude(float uValue) {
         return lookUp(ConstantPower1_Private::UVal2Mag_CurveNodes, constantPowerGrid, uValue);
     }
 };
