@@ -49,11 +49,10 @@ private:
         position_ += distance;
         // Where the position is whole, the sample at it stays to the right.
         const std::int64_t right = wrappingSum(position_.sample, std::int64_t{position_.fraction != 0});
-        while (nextSamplePos_.sample < right) {
+        for (; nextSamplePos_.sample < right; ++nextSamplePos_.sample) {
             prevSample_ = nextSample_;
             ++inner_;
             nextSample_ = *inner_;
-            nextSamplePos_.sample = wrappingSum(nextSamplePos_.sample, std::int64_t{1});
         }
     }
 

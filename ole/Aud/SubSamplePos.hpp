@@ -34,13 +34,14 @@ struct SubSamplePos {
     /// sample in its fraction, which one subtraction moves over; dividing is left to what a host makes by
     /// hand.
     [[gnu::always_inline]] constexpr SubSamplePos& operator+=(const SubSamplePos& distance) {
+        constexpr std::uint32_t wholeSample = fractionsPerSample;
         sample = wrappingSum(sample, distance.sample);
-        fraction = wrappingSum(fraction, distance.fraction);
-        if (static_cast<std::uint32_t>(fraction) >= 2u * fractionsPerSample) [[unlikely]]
-            return *this = SubSamplePos(sample, fraction);
-        const bool whole = fraction >= fractionsPerSample;
-        sample = wrappingSum(sample, std::int64_t{whole});
-        fraction -= whole ? fractionsPerSample : 0;
+        // Unsigned, so that the borrow of one comparison moves the whole sample.
+        const auto sum = static_cast<std::uint32_t>(wrappingSum(fraction, distance.fraction));
+        if (sum >= 2 * wholeSample) [[unlikely]]
+            return *this = SubSamplePos(sample, static_cast<std::int32_t>(sum));
+        sample = wrappingSum(sample, std::int64_t{sum >= wholeSample});
+        fraction = static_cast<std::int32_t>(sum >= wholeSample ? sum - wholeSample : sum);
         return *this;
     }
 
