@@ -85,10 +85,12 @@ private:
         } else {
             using Shape = typename Envelope::Shape;
             const Filter filter = makeFilter();
+            // A copy that may have an address, so that this object needs none.
+            const EnvelopeParameters envelope = envelope_;
             if constexpr (stage.envelope >= EnvelopeKind::rampHold)
-                return EnvelopeApplyingIteratorMaker<Filter, Shape>::make(filter, envelope_);
+                return EnvelopeApplyingIteratorMaker<Filter, Shape>::make(filter, envelope);
             else
-                return Envelope(filter, Shape(envelope_));
+                return Envelope(filter, Shape(envelope));
         }
     }
 
