@@ -1,179 +1,118 @@
 #include "tests/cache/TestMaterial.hpp"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <future>
 #include <optional>
 #include <random>
+#include <thread>
 
 namespace audlmd::test {
 namespace {
 
 using testing::Each;
-using testing::ElementsAre;
+using testing::Pair;
 
-/// Reads a stretch, changing over to a copy now and then, and compares every sample.
-template <class Reader>
-void expectRamp(Reader made, std::int64_t length, int count, int step, std::mt19937& random) {
-    std::optional<Reader> reader(std::in_place, made);
-    std::int64_t position = made.position();
-    for (int i = 0; i < count; ++i) {
-        ASSERT_EQ(reader->position(), position);
-        ASSERT_EQ(**reader, expectedAt(position, length)) << "at " << position << " of " << length;
-        if (random() % 8 == 0) {
-            const Reader copy(*reader);
-            reader.emplace(copy);
-        }
-        ++*reader;
-        position += step;
-    }
-}
-
-TEST(Reader, FindsEverySampleFromAnyPositionInBothDirections) {
-    std::mt19937 random(2);
+TEST(Reader, FindsEverySampleFromAnyPositionWithOthersAtWork) {
     for (const std::int32_t segmentLength : {1, 2, 3, 7, 64, 1000})
-        for (const std::int64_t length : {0, 1, 2, 6, 7, 8, 150}) {
-            const std::size_t budget = 4 * sizeof(float) * static_cast<std::size_t>(segmentLength);
-            MaterialCache cache({.segmentLength = segmentLength, .memoryBudget = budget});
-            cache.add(cookieOf(0), std::make_shared<MemorySource>(ramp(length)));
-            std::uniform_int_distribution<std::int64_t> anyPosition(-10, length + 10);
+        for (const std::int64_t length : {0, 1, 2, 6, 7, 8, 150, 3000}) {
+            MaterialCache cache({.segmentLength = segmentLength, .memoryBudget = 100});
+            addRamp(cache, length);
+            const auto readAbout = [&cache, segmentLength, length](std::mt19937 random) {
+                std::uniform_int_distribution<std::int64_t> anyPosition(-10, length + 10);
+                for (int i = 0; i < 10; ++i) {
+                    const std::int64_t position = anyPosition(random);
+                    const ReaderOptions options{.reverse = random() % 2 == 1,
+                                                .extra = static_cast<unsigned int>(random() % 4),
+                                                .gearing = static_cast<double>(random() % 3)};
+                    ASSERT_EQ(read(cache, position, 180, options),
+                              expectedRead(length, position, 180, options.reverse))
+                        << "from " << position << " of " << length << " in segments of " << segmentLength;
+                }
+            };
+            std::vector<std::jthread> threads;
+            for (const unsigned int seed : {1U, 2U, 3U})
+                threads.emplace_back(readAbout, std::mt19937(seed));
             for (int i = 0; i < 10; ++i) {
-                const ReaderOptions options{.extra = static_cast<unsigned int>(random() % 4),
-                                            .gearing = static_cast<double>(random() % 3)};
-                const std::int64_t position = anyPosition(random);
-                const auto forward = forwardReader(cache, cookieOf(0), position, options);
-                ASSERT_EQ(forward.position(), position);
-                expectRamp(forward, length, 180, 1, random);
-                const auto reverse = reverseReader(cache, cookieOf(0), position, options);
-                ASSERT_EQ(reverse.position(), position - 1);
-                expectRamp(reverse, length, 180, -1, random);
+                addRamp(cache, 100, 1);
+                auto reader = forwardReader(cache, 90, {.channel = 1});
+                cache.remove(cookieOf(1));
+                take(reader, 20);
             }
+            threads.clear();
             ASSERT_EQ(cache.statistics(cookieOf(0)).underrunSamples, 0U);
         }
 }
 
-TEST(Reader, WakesWhenItsSegmentArrives) {
-    const auto source = std::make_shared<ScriptedSource>(10);
-    source->hold();
+TEST(Reader, FindsItsSamplesOnceTheyArriveAndWakesIfItWaits) {
     MaterialCache cache({.segmentLength = 4});
-    cache.add(cookieOf(0), source);
-    auto reading = std::async(std::launch::async, [&] {
-        auto reader = forwardReader(cache, cookieOf(0), 0);
-        return take(reader, 3);
-    });
-    source->awaitReads(1);
-    EXPECT_EQ(reading.wait_for(std::chrono::milliseconds(20)), std::future_status::timeout);
-    source->letGo();
-    EXPECT_THAT(reading.get(), ElementsAre(1.0F, 2.0F, 3.0F));
-    EXPECT_EQ(cache.statistics(cookieOf(0)).underrunSamples, 0U);
+    const auto source = addRamp(cache, 10);
+    std::unique_lock held(source->gate);
+    const auto realTime = forwardReader(cache, 0, {.wait = false});
+    EXPECT_EQ(*realTime, 0.0F);
+    auto waiting = std::async(std::launch::async, [&] { return read(cache, 0, 3); });
+    EXPECT_EQ(waiting.wait_for(std::chrono::milliseconds(20)), std::future_status::timeout);
+    held.unlock();
+    EXPECT_EQ(waiting.get(), ramp(3));
+    EXPECT_EQ(*realTime, 1.0F);
+    EXPECT_EQ(cache.statistics(cookieOf(0)).underrunSamples, 1U);
 }
 
 TEST(Reader, ThatDoesNotWaitCountsWhatIsMissing) {
-    const auto source = std::make_shared<ScriptedSource>(100);
-    source->hold();
     MaterialCache cache({.segmentLength = 16});
-    cache.add(cookieOf(0), source);
-    const ReaderOptions noWaiting{.wait = false};
-    const auto expectUnderruns = [&](std::uint64_t samples, std::uint64_t episodes) {
-        EXPECT_EQ(cache.statistics(cookieOf(0)).underrunSamples, samples);
-        EXPECT_EQ(cache.statistics(cookieOf(0)).underrunEpisodes, episodes);
+    const auto source = addRamp(cache, 100);
+    const std::lock_guard held(source->gate);
+    const auto underrunsAfter = [&](std::int64_t position, std::size_t count, bool reverse = false) {
+        EXPECT_THAT(read(cache, position, count, {.reverse = reverse, .wait = false}), Each(0.0F));
+        const MaterialStatistics statistics = cache.statistics(cookieOf(0));
+        return std::pair(statistics.underrunSamples, statistics.underrunEpisodes);
     };
-    const auto readForward = [&](std::int64_t position, std::size_t count) {
-        auto reader = forwardReader(cache, cookieOf(0), position, noWaiting);
-        EXPECT_THAT(take(reader, count), Each(0.0F));
-    };
-
-    readForward(-5, 25);
-    expectUnderruns(20, 1);
-    readForward(20, 10);
-    expectUnderruns(30, 1);
+    EXPECT_THAT(underrunsAfter(-5, 25), Pair(20, 1));
+    EXPECT_THAT(underrunsAfter(20, 10), Pair(30, 1));
     // As a converter does that needs the last two samples once more.
-    readForward(27, 6);
-    expectUnderruns(36, 1);
-    auto backwards = reverseReader(cache, cookieOf(0), 33, noWaiting);
-    EXPECT_THAT(take(backwards, 13), Each(0.0F));
-    auto furtherBackwards = reverseReader(cache, cookieOf(0), 23, noWaiting);
-    EXPECT_THAT(take(furtherBackwards, 3), Each(0.0F));
-    expectUnderruns(52, 1);
-    readForward(50, 2);
-    expectUnderruns(54, 2);
-    readForward(90, 30);
-    expectUnderruns(64, 3);
-    source->letGo();
-}
-
-TEST(Reader, FindsItsSamplesOnceTheyAreThereWithoutWaiting) {
-    const auto source = std::make_shared<ScriptedSource>(32);
-    source->hold();
-    MaterialCache cache({.segmentLength = 16, .loaderThreads = 1, .segmentsAhead = 1});
-    cache.add(cookieOf(0), source);
-    auto realTime = forwardReader(cache, cookieOf(0), 0, {.wait = false});
-    EXPECT_EQ(*realTime, 0.0F);
-    source->letGo();
-    // The one loader has filled the first segment once it has filled the second, which it was asked for
-    // later.
-    EXPECT_EQ(*forwardReader(cache, cookieOf(0), 16), 17.0F);
-    EXPECT_EQ(*realTime, 1.0F);
+    EXPECT_THAT(underrunsAfter(27, 6), Pair(36, 1));
+    EXPECT_THAT(underrunsAfter(33, 13, true), Pair(49, 1));
+    EXPECT_THAT(underrunsAfter(23, 3, true), Pair(52, 1));
+    EXPECT_THAT(underrunsAfter(50, 2), Pair(54, 2));
+    EXPECT_THAT(underrunsAfter(90, 30), Pair(64, 3));
 }
 
 TEST(Reader, OfMaterialThatFailsRendersSilenceAndNeverBlocks) {
-    const auto source = std::make_shared<ScriptedSource>(40);
-    source->failAt(16);
     MaterialCache cache({.segmentLength = 16});
-    cache.add(cookieOf(0), source);
-    for (int pass = 1; pass <= 2; ++pass) {
-        auto reader = forwardReader(cache, cookieOf(0), 0);
-        for (std::int64_t position = 0; position < 45; ++position, ++reader)
-            ASSERT_EQ(*reader, position / 16 == 1 ? 0.0F : expectedAt(position, 40)) << position;
+    addRamp(cache, 40)->failingPosition = 16;
+    std::vector<float> expected = expectedRead(40, 0, 45);
+    std::fill_n(expected.begin() + 16, 16, 0.0F);
+    for (const unsigned int pass : {1U, 2U}) {
+        EXPECT_EQ(read(cache, 0, 45), expected);
         const MaterialStatistics statistics = cache.statistics(cookieOf(0));
-        EXPECT_EQ(statistics.underrunSamples, 16U * static_cast<unsigned int>(pass));
-        EXPECT_EQ(statistics.underrunEpisodes, static_cast<unsigned int>(pass));
+        EXPECT_EQ(statistics.underrunSamples, 16 * pass);
         EXPECT_EQ(statistics.failedSegments, 1U);
         EXPECT_EQ(statistics.firstFailure, "the tape is torn");
         EXPECT_EQ(cache.usage().residentBytes, 24 * sizeof(float));
     }
 }
 
-TEST(Reader, OfUnknownMaterialCannotBeMade) {
-    MaterialCache cache;
-    try {
-        forwardReader(cache, cookieOf(7), 0);
-        FAIL();
-    } catch (const UnknownMaterial& unknown) {
-        EXPECT_THAT(unknown.what(), testing::HasSubstr("channel 7"));
-    }
-    EXPECT_THROW(reverseReader(cache, cookieOf(7), 0), UnknownMaterial);
-}
-
 TEST(Reader, OutlivesItsMaterialAndItsCache) {
-    const auto source = std::make_shared<ScriptedSource>(64);
-    source->hold();
-    auto cache =
-        std::make_unique<MaterialCache>(MaterialCacheOptions{.segmentLength = 16, .loaderThreads = 1});
-    cache->add(cookieOf(0), source);
-    cache->add(cookieOf(1), std::make_shared<MemorySource>(ramp(64)));
+    std::optional<MaterialCache> cache(MaterialCacheOptions{.segmentLength = 16, .loaderThreads = 1});
+    const auto source = addRamp(*cache, 64);
+    addRamp(*cache, 64, 1);
+    std::unique_lock held(source->gate);
     // Material 0 keeps the only loader busy, so that material 1 stays requested.
-    auto waitsForLoader = forwardReader(*cache, cookieOf(0), 5);
+    auto waitsForLoader = forwardReader(*cache, 5);
     source->awaitReads(1);
-    auto waitsInQueue = forwardReader(*cache, cookieOf(1), 0);
-    auto beforeTheStart = forwardReader(*cache, cookieOf(1), -2, {.extra = 2});
-    auto pastTheEnd = reverseReader(*cache, cookieOf(1), 66);
+    auto waitsInQueue = forwardReader(*cache, 0, {.channel = 1});
+    auto beforeTheStart = forwardReader(*cache, -2, {.channel = 1, .extra = 2});
+    auto pastTheEnd = reverseReader(*cache, 66, {.channel = 1});
     auto queued = std::async(std::launch::async, [&] { return take(waitsInQueue, 70); });
-    auto loading = std::async(std::launch::async, [&] { return take(waitsForLoader, 20); });
+    auto loading = std::async(std::launch::async, [&] { return take(waitsForLoader, 3); });
     EXPECT_EQ(queued.wait_for(std::chrono::milliseconds(20)), std::future_status::timeout);
 
     cache->remove(cookieOf(1));
     EXPECT_THAT(queued.get(), Each(0.0F));
-    EXPECT_THROW(forwardReader(*cache, cookieOf(1), 0), UnknownMaterial);
     auto closing = std::async(std::launch::async, [&] { cache.reset(); });
-    source->letGo();
+    held.unlock();
     closing.get();
-    // The read that was in hand is finished; whether the one after it is, depends.
-    std::vector<float> firstSegment = loading.get();
-    firstSegment.resize(3);
-    EXPECT_THAT(firstSegment, ElementsAre(6.0F, 7.0F, 8.0F));
-    EXPECT_EQ(take(waitsForLoader, 30).back(), 0.0F);
+    // The read that was in hand is finished.
+    EXPECT_EQ(loading.get(), expectedRead(64, 5, 3));
+    EXPECT_EQ(take(waitsForLoader, 47).back(), 0.0F);
     EXPECT_THAT(take(beforeTheStart, 70), Each(0.0F));
     EXPECT_THAT(take(pastTheEnd, 70), Each(0.0F));
 }

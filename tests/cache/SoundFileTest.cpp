@@ -1,14 +1,10 @@
 #include "standalone/cache/SoundFile.hpp"
 #include "tests/cache/TestMaterial.hpp"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sndfile.hh>
 
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <string>
 #include <thread>
 
 namespace audlmd::test {
@@ -16,8 +12,6 @@ namespace {
 
 using testing::HasSubstr;
 using testing::ThrowsMessage;
-
-constexpr int fullScale = 1 << 17;
 
 /// Files of a few channels: frame i of channel c holds (i + 500 c) / 131072.
 class SoundFiles : public testing::Test {
@@ -28,7 +22,7 @@ protected:
     ~SoundFiles() override { std::filesystem::remove_all(folder_); }
 
     static float sampleAt(std::int64_t frame, int channel) {
-        return static_cast<float>(frame + std::int64_t{500} * channel) / fullScale;
+        return static_cast<float>(frame + std::int64_t{500} * channel) / 131072;
     }
 
     std::filesystem::path write(const std::string& name, int format, int channels = 2) const {
@@ -50,57 +44,44 @@ protected:
 };
 
 TEST_F(SoundFiles, DecodeOnceForAllChannelsInEitherDirection) {
-    for (const int channels : {1, 2, 5}) {
-        const auto file =
-            std::make_shared<SoundFile>(write("a.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, channels));
-        MaterialCache cache({.segmentLength = 2048});
-        for (int channel = 0; channel < channels; ++channel)
-            cache.add(cookieOf(static_cast<std::uint16_t>(channel)),
-                      std::make_shared<SoundFileSource>(file, channel));
-        std::vector<std::jthread> threads;
-        threads.reserve(static_cast<std::size_t>(channels));
-        for (int channel = 0; channel < channels; ++channel)
-            threads.emplace_back([&cache, channel] {
-                const Cookie cookie = cookieOf(static_cast<std::uint16_t>(channel));
-                auto reader = forwardReader(cache, cookie, 0);
-                for (std::int64_t i = 0; i < frames; ++i, ++reader)
-                    ASSERT_EQ(*reader, sampleAt(i, channel)) << i;
-                auto backwards = reverseReader(cache, cookie, frames);
-                for (std::int64_t i = frames; i-- > 0; ++backwards)
-                    ASSERT_EQ(*backwards, sampleAt(i, channel)) << i;
-            });
-        threads.clear();
-        EXPECT_EQ(file->decodedStretches(), static_cast<unsigned int>((frames + 2047) / 2048));
+    const std::uint16_t channels = 5;
+    const auto file = std::make_shared<SoundFile>(write("a.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, channels));
+    MaterialCache cache({.segmentLength = 2048});
+    std::vector<std::jthread> threads;
+    for (std::uint16_t channel = 0; channel < channels; ++channel) {
+        cache.add(cookieOf(channel), std::make_shared<SoundFileSource>(file, channel));
+        threads.emplace_back([&cache, channel] {
+            std::vector<float> expected;
+            for (std::int64_t frame = 0; frame < frames; ++frame)
+                expected.push_back(sampleAt(frame, channel));
+            EXPECT_EQ(read(cache, 0, frames, {.channel = channel}), expected);
+            std::ranges::reverse(expected);
+            EXPECT_EQ(read(cache, frames, frames, {.channel = channel, .reverse = true}), expected);
+        });
     }
+    threads.clear();
+    EXPECT_EQ(file->decodedStretches(), static_cast<unsigned int>((frames + 2047) / 2048));
 }
 
 TEST_F(SoundFiles, ThatCannotBeOpenedAreNamedWithTheReason) {
-    const auto text = folder_ / "notes.txt";
-    std::ofstream(text) << "no audio in here";
     EXPECT_THAT(opening(folder_ / "none.wav"),
                 ThrowsMessage<SoundFileError>(HasSubstr("none.wav: System error : No such file")));
-    EXPECT_THAT(opening(text), ThrowsMessage<SoundFileError>(HasSubstr("notes.txt: ")));
     EXPECT_THAT(opening(folder_), ThrowsMessage<SoundFileError>(HasSubstr("not a regular file")));
     const auto file = std::make_shared<SoundFile>(write("a.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16));
     EXPECT_THROW(SoundFileSource(file, 2), std::out_of_range);
 }
 
-TEST_F(SoundFiles, ThatAreTruncatedAreRefused) {
+TEST_F(SoundFiles, ThatAreTruncatedAreRefusedUnlessTheirLengthIsLeftOpen) {
     for (const int container : {SF_FORMAT_WAV, SF_FORMAT_AIFF, SF_FORMAT_AU, SF_FORMAT_W64, SF_FORMAT_RF64}) {
         const auto path = write("whole", container | SF_FORMAT_PCM_16);
         EXPECT_EQ(SoundFile(path).frames(), frames) << container;
         std::filesystem::resize_file(path, std::filesystem::file_size(path) * 6 / 10);
         EXPECT_THAT(opening(path), ThrowsMessage<SoundFileError>(HasSubstr("truncated"))) << container;
     }
-}
-
-TEST_F(SoundFiles, OfUnknownLengthEndWhereTheirSamplesEnd) {
-    const auto path = write("streamed.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16);
-    std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
+    const auto streamed = write("streamed.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16);
     for (const int sizeField : {4, 40})
-        file.seekp(sizeField).write("\xFF\xFF\xFF\xFF", 4);
-    file.close();
-    EXPECT_EQ(SoundFile(path).frames(), frames);
+        std::fstream(streamed, std::ios::in | std::ios::out).seekp(sizeField).write("\xFF\xFF\xFF\xFF", 4);
+    EXPECT_EQ(SoundFile(streamed).frames(), frames);
 }
 
 TEST_F(SoundFiles, WhoseDataEndsEarlyFailFromThereOnOnly) {
@@ -108,12 +89,9 @@ TEST_F(SoundFiles, WhoseDataEndsEarlyFailFromThereOnOnly) {
     std::filesystem::resize_file(path, std::filesystem::file_size(path) / 2);
     MaterialCache cache({.segmentLength = 1000});
     cache.add(cookieOf(0), std::make_shared<SoundFileSource>(std::make_shared<SoundFile>(path), 0));
-    EXPECT_EQ(*forwardReader(cache, cookieOf(0), frames - 1), 0.0F);
-    auto reader = forwardReader(cache, cookieOf(0), 0);
-    EXPECT_NEAR(take(reader, 1000).back(), sampleAt(999, 0), 1e-4);
-    const MaterialStatistics statistics = cache.statistics(cookieOf(0));
-    EXPECT_GE(statistics.failedSegments, 1U);
-    EXPECT_THAT(statistics.firstFailure, HasSubstr("a.flac: cannot"));
+    EXPECT_EQ(*forwardReader(cache, frames - 1), 0.0F);
+    EXPECT_NEAR(read(cache, 0, 1000).back(), sampleAt(999, 0), 1e-4);
+    EXPECT_THAT(cache.statistics(cookieOf(0)).firstFailure, HasSubstr("a.flac: cannot"));
 }
 
 TEST_F(SoundFiles, GiveTheSameSamplesInAnyOrder) {
@@ -123,13 +101,12 @@ TEST_F(SoundFiles, GiveTheSameSamplesInAnyOrder) {
         std::vector<float> forwards(frames);
         SoundFile(path).read(0, 0, forwards);
         SoundFile file(path);
-        for (const std::int64_t position : {98000, 60000, 70001, 0, 77777}) {
+        const float error = (format & SF_FORMAT_TYPEMASK) == SF_FORMAT_MPEG ? 3e-7F : 0.0F;
+        for (const std::size_t position : {98000U, 60000U, 70001U, 0U, 77777U}) {
             std::vector<float> part(1000);
-            file.read(0, position, part);
-            const bool isMpeg = (format & SF_FORMAT_TYPEMASK) == SF_FORMAT_MPEG;
-            for (std::size_t i = 0; i < part.size(); ++i)
-                ASSERT_NEAR(part[i], forwards[static_cast<std::size_t>(position) + i], isMpeg ? 3e-7 : 0.0)
-                    << std::hex << format << " at " << position;
+            file.read(0, static_cast<std::int64_t>(position), part);
+            const auto expected = std::span(forwards).subspan(position, part.size());
+            EXPECT_THAT(part, testing::Pointwise(testing::FloatNear(error), expected)) << format;
         }
     }
 }
