@@ -52,6 +52,7 @@ void renderNothing(Aud::Render::IteratorCreationParams&, Aud::SampleS24*&, unsig
 
 TEST(RenderFunctions, AreFoundByOutputTypeAndCodeAndMissedWithAReason) {
     auto& table = Aud::LoopModesDespatcherInstance<Aud::SampleS24*>::get();
+    table = {};
     table.registerFunction(1751, &renderNothing);
     EXPECT_EQ(findRenderFunction<Aud::SampleS24*>(1751), &renderNothing);
     EXPECT_EQ(findRenderFunction<Aud::SampleS16*>(1751), nullptr);
