@@ -1,5 +1,5 @@
-#include "tests/library/host/OutputTypes.hpp"
-#include "tests/library/model/StoredSample.hpp"
+#include "model/OutputTypes.hpp"
+#include "model/StoredSample.hpp"
 
 #include <gtest/gtest.h>
 
@@ -39,7 +39,7 @@ constexpr std::int64_t bits(float x) {
 }
 
 template <class Format>
-const Expected expected;
+const Expected expected{};
 
 // clang-format off
 template <>
