@@ -2,15 +2,16 @@
 
 #include "ole/Aud/EnvelopeTraits.hpp"
 
+#include <algorithm>
 #include <cstdint>
 #include <gtest/gtest.h>
-#include <stdexcept>
 
 namespace audlmd {
 namespace {
 
-using Aud::Render::EnvelopeKind;
 namespace Traits = Aud::Render::EnvelopeTraits;
+using LogRamp = Traits::SimpleRamp<Aud::GainCurve::eMixerStyleLog>;
+using PowerRamp = Traits::SimpleRamp<Aud::GainCurve::eConstantPower>;
 
 /// Walks every placement with the renderer's own shape, and expects the u-values of the plan.
 template <class Shape>
@@ -24,38 +25,22 @@ void expectFollowed(const FadePlan& plan, std::int64_t length, std::uint32_t ali
         Aud::Render::EnvelopeParameters parameters = placement.parameters;
         Shape shape(parameters);
         std::int64_t sample = begin;
-        for (; sample < std::min(placement.end, length); ++sample, shape.advance()) {
-            // 2e-5 in u-value, times the steepest slope of a curve.
+        // 2e-5 in u-value, times the steepest slope of a curve.
+        for (; sample < std::min(placement.end, length); ++sample, shape.advance())
             ASSERT_NEAR(shape.gain(), fade.gainAt(sample), 7e-5) << sample;
-        }
         begin = alignment == 1 ? std::min(begin + ++ragged, sample) : sample;
     }
 }
 
-TEST(Fade, PicksTheEnvelopeKindThatFits) {
-    const auto kindOf = [](const FadePlan& plan) { return FadeEnvelope(plan, 1000).kind(); };
-    EXPECT_EQ(kindOf({}), EnvelopeKind::none);
-    EXPECT_EQ(kindOf({.fadeInSamples = 10}), EnvelopeKind::rampHold);
-    EXPECT_EQ(kindOf({.fadeOutSamples = 10}), EnvelopeKind::holdRamp);
-    EXPECT_EQ(kindOf({.fadeInSamples = 500, .fadeOutSamples = 500}), EnvelopeKind::rampHoldRamp);
-    EXPECT_EQ(kindOf({.fadeInSamples = 1000}), EnvelopeKind::rampHold) << "no simple ramp is linear";
-    EXPECT_EQ(kindOf({.fadeInSamples = 1000, .fadeInCurve = FadeCurve::log}),
-              EnvelopeKind::simpleRampMixerStyleLog);
-    EXPECT_EQ(kindOf({.fadeOutSamples = 1000, .fadeOutCurve = FadeCurve::power}),
-              EnvelopeKind::simpleRampConstantPower);
-}
-
 TEST(Fade, FollowsTheStraightLineThroughTheRenderersShapes) {
+    using enum FadeCurve;
     for (const std::uint32_t alignment : {1u, 128u}) {
-        expectFollowed<Traits::RampHold>({.fadeInSamples = 3333}, 5000, alignment);
-        expectFollowed<Traits::HoldRamp>({.fadeOutSamples = 2500, .fadeOutCurve = FadeCurve::power}, 5000,
-                                         alignment);
-        expectFollowed<Traits::RampHoldRamp>({1, 1, FadeCurve::linear, FadeCurve::linear}, 300, alignment);
-        expectFollowed<Traits::RampHoldRamp>({1700, 3300, FadeCurve::power, FadeCurve::log}, 5000, alignment);
-        expectFollowed<Traits::SimpleRamp<Aud::GainCurve::eMixerStyleLog>>(
-            {.fadeInSamples = 5000, .fadeInCurve = FadeCurve::log}, 5000, alignment);
-        expectFollowed<Traits::SimpleRamp<Aud::GainCurve::eConstantPower>>(
-            {.fadeOutSamples = 5000, .fadeOutCurve = FadeCurve::power}, 5000, alignment);
+        expectFollowed<Traits::RampHold>({3333, 0, linear, linear}, 5000, alignment);
+        expectFollowed<Traits::HoldRamp>({0, 2500, linear, power}, 5000, alignment);
+        expectFollowed<Traits::RampHoldRamp>({1, 1, linear, linear}, 300, alignment);
+        expectFollowed<Traits::RampHoldRamp>({1700, 3300, power, log}, 5000, alignment);
+        expectFollowed<LogRamp>({5000, 0, log, linear}, 5000, alignment);
+        expectFollowed<PowerRamp>({0, 5000, linear, power}, 5000, alignment);
     }
 }
 
@@ -68,7 +53,6 @@ TEST(Fade, BeginsSilentReachesFullLevelExactlyAndEndsSilent) {
     EXPECT_EQ(startAt(fade, 0), 0.0F);
     EXPECT_NEAR(startAt(fade, 2'879'000), fade.uValueAt(2'879'000), 2e-5);
     EXPECT_EQ(startAt(fade, 2'880'000), 1.0F);
-    EXPECT_EQ(startAt(fade, 2'999'900), 1.0F);
     EXPECT_NEAR(startAt(fade, 2'999'999), 0.01, 1e-6);
     EXPECT_EQ(startAt(fade, 3'000'000), 0.0F);
     // A hold longer than the envelope's lengths can say.
@@ -76,12 +60,6 @@ TEST(Fade, BeginsSilentReachesFullLevelExactlyAndEndsSilent) {
     const FadeEnvelope longHold({.fadeInSamples = 100, .fadeOutSamples = 100}, length);
     for (std::int64_t sample = longHold.at(100).end; sample < length - 100; sample = longHold.at(sample).end)
         ASSERT_EQ(startAt(longHold, sample), 1.0F) << sample;
-}
-
-TEST(Fade, RefusesFadesThatOverlap) {
-    EXPECT_THROW(FadeEnvelope({.fadeInSamples = 600, .fadeOutSamples = 401}, 1000), std::invalid_argument);
-    EXPECT_THROW(FadeEnvelope({.fadeOutSamples = 1001}, 1000), std::invalid_argument);
-    EXPECT_THROW(FadeEnvelope({.fadeInSamples = ~std::uint64_t{0}}, 1000), std::invalid_argument);
 }
 
 } // namespace

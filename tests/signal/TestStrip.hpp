@@ -4,7 +4,6 @@
 #include "standalone/cache/MaterialCache.hpp"
 #include "standalone/signal/StripPlayer.hpp"
 
-#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <utility>
