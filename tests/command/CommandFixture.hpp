@@ -1,12 +1,10 @@
 #pragma once
 
-#include <chrono>
-#include <cstdint>
 #include <filesystem>
-#include <functional>
 #include <gtest/gtest.h>
+#include <map>
+#include <sndfile.h>
 #include <string>
-#include <sys/types.h>
 #include <vector>
 
 namespace audlmd::test {
@@ -22,46 +20,48 @@ struct Outcome {
     std::string errors;
 };
 
+/// What is out of the ordinary about a run.
+struct Surroundings {
+    /// Files grow to no more than so many bytes, as on a full disk.
+    std::size_t fileSizeLimit = 0;
+    /// Sent as soon as the run has begun a temporary file.
+    int signal = 0;
+};
+
 /// A folder of its own for each test, and the command to run in it.
 class CommandFixture : public testing::Test {
 protected:
     CommandFixture();
     ~CommandFixture() override;
 
-    Path in(const std::string& name) const { return folder_ / name; }
-    /// The names in the folder, but for what the fixture itself puts there.
-    std::vector<std::string> names() const;
+    Path in(const std::string& name) const { return folder_ / "files" / name; }
+    /// What the folder holds: the bytes of the files by their names.
+    std::map<std::string, std::string> files() const;
 
-    /// Runs `audlmd` in the folder and waits for its end. Settings of its environment are `NAME=value`.
-    Outcome run(const std::vector<std::string>& arguments, const std::vector<std::string>& environment = {});
-    /// The same, with files no larger than so many bytes: as on a full disk.
-    Outcome runWithFileSizeLimit(std::size_t bytes, const std::vector<std::string>& arguments);
-    /// The same, ended by the signal as soon as `ready` holds.
-    Outcome runUntil(const std::function<bool()>& ready, int signal,
-                     const std::vector<std::string>& arguments);
-
-    /// Runs `audlmd render` and expects success.
-    void render(std::vector<std::string> arguments);
+    /// Runs `audlmd` in the folder with the words of `line`, and waits for its end.
+    Outcome run(const std::string& line, const Surroundings& surroundings = {}) const;
+    /// The same, and expects success without a word of error. Returns the output.
+    std::string output(const std::string& line) const;
+    /// The same, and expects a failure, one line of error that holds `part`, and every file as it was.
+    void expectRefused(const std::string& line, const std::string& part,
+                       const Surroundings& surroundings = {}) const;
 
 private:
-    pid_t start(const std::vector<std::string>& arguments, const std::vector<std::string>& environment,
-                std::size_t fileSizeLimit) const;
-    Outcome finish(pid_t process) const;
-
     Path folder_;
 };
 
 /// A sound file of floats, or of another of libsndfile's sample formats.
-void writeSound(const Path& path, const Channels& channels, int sampleRate = 48000);
-void writeSound(const Path& path, const Channels& channels, int sampleRate, int type);
+void writeSound(const Path& path, const Channels& channels, int sampleRate = 48000,
+                int type = SF_FORMAT_WAV | SF_FORMAT_FLOAT);
 Channels readSound(const Path& path);
-/// Samples as libsndfile's ints, which hold every integer format exactly.
-std::vector<int> readInts(const Path& path);
+std::vector<float> interleaved(const Channels& channels);
 
 std::string readBytes(const Path& path);
 void writeBytes(const Path& path, const std::string& bytes);
 
 /// Samples on a grid of 2^-15 inside full scale, different in every channel; the same for the same seed.
 Channels noise(std::size_t channels, std::size_t frames, unsigned int seed = 1);
+/// One channel of one second at 48 kHz.
+Channels sine(double frequency, double amplitude);
 
 } // namespace audlmd::test
