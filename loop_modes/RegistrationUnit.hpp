@@ -31,12 +31,19 @@ public:
 
     template <int N>
     [[gnu::always_inline]] void registerMode() const {
-        registerMode(
-            N,
-            &LoopModesDespatch::TypedFunctor<Outs>::template Functor<Loki::Int2Type<N>>::ProcessSamples...);
+        registerMode(N, addressOf(&LoopModesDespatch::TypedFunctor<Outs>::template Functor<
+                                  Loki::Int2Type<N>>::ProcessSamples)...);
     }
 
 private:
+    /// The address computed in a register. An argument pushed from memory would be one more word for the
+    /// loader to relocate: 8,640 of them.
+    template <class Fn>
+    [[gnu::always_inline]] static Fn addressOf(Fn function) {
+        asm("" : "+r"(function));
+        return function;
+    }
+
     template <class Out>
     using Table = typename LoopModesDespatch::Types<Out>::Table;
 
