@@ -1,6 +1,6 @@
 #include "bench/Commands.hpp"
 #include "loop_modes/RegistrationOrder.hpp"
-#include "tests/library/host/OutputTypes.hpp"
+#include "model/OutputTypes.hpp"
 
 #include <CLI/CLI.hpp>
 

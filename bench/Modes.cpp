@@ -3,8 +3,8 @@
 #include "bench/Request.hpp"
 #include "bench/floor/Floor.hpp"
 #include "bench/verify/Verify.hpp"
-#include "tests/library/host/OutputTypes.hpp"
-#include "tests/library/sweep/RenderThroughTable.hpp"
+#include "model/OutputTypes.hpp"
+#include "model/RenderThroughTable.hpp"
 
 #include <cmath>
 #include <cstdint>

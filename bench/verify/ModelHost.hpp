@@ -2,7 +2,7 @@
 
 #include "bench/host/BenchHost.hpp"
 #include "host/Biquad.hpp"
-#include "tests/library/host/Script.hpp"
+#include "model/Script.hpp"
 
 namespace Bench {
 

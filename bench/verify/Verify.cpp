@@ -2,8 +2,8 @@
 
 #include "bench/Request.hpp"
 #include "bench/verify/ModelHost.hpp"
-#include "tests/library/model/Model.hpp"
-#include "tests/library/sweep/RenderThroughTable.hpp"
+#include "model/Model.hpp"
+#include "model/RenderThroughTable.hpp"
 
 #include <algorithm>
 #include <array>

@@ -2,8 +2,8 @@
 
 #include "ole/Orv/OrvModeMeta"
 #include "tests/library/host/LoadLog.hpp"
-#include "tests/library/host/OutputTypes.hpp"
-#include "tests/library/model/ModelModes.hpp"
+#include "model/OutputTypes.hpp"
+#include "model/ModelModes.hpp"
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>

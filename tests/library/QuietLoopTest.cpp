@@ -1,10 +1,10 @@
 // Counts what the sample loop must not do: this program stands before the C library's allocation and locking,
 // and traps every system call.
 
-#include "tests/library/host/OutputTypes.hpp"
-#include "tests/library/host/Script.hpp"
-#include "tests/library/model/ModelModes.hpp"
-#include "tests/library/sweep/RenderThroughTable.hpp"
+#include "model/OutputTypes.hpp"
+#include "model/Script.hpp"
+#include "model/ModelModes.hpp"
+#include "model/RenderThroughTable.hpp"
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>

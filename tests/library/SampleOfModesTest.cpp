@@ -4,7 +4,7 @@
 #include "loop_modes/RegistrationOrder.hpp"
 #include "loop_modes/RenderFunctionBody.hpp"
 #include "ole/Orv/OrvModeMeta"
-#include "tests/library/host/OutputTypes.hpp"
+#include "model/OutputTypes.hpp"
 #include "tests/library/sweep/CaseRunner.hpp"
 
 #include <gtest/gtest.h>

@@ -3,7 +3,7 @@
 #include "loop_modes/ChainLayers.hpp"
 #include "loop_modes/PerSourceRecord.hpp"
 #include "loop_modes/RegistrationOrder.hpp"
-#include "tests/library/model/ModelModes.hpp"
+#include "model/ModelModes.hpp"
 
 #include <gtest/gtest.h>
 

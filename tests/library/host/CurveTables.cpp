@@ -1,5 +1,5 @@
 #include "host/GainCurveNodes.hpp"
-#include "tests/library/host/Script.hpp"
+#include "model/Script.hpp"
 
 #include <algorithm>
 #include <cmath>

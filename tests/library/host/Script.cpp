@@ -1,4 +1,4 @@
-#include "tests/library/host/Script.hpp"
+#include "model/Script.hpp"
 
 #include <algorithm>
 

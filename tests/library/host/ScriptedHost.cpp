@@ -7,8 +7,8 @@
 #include "host/SampleCache.hpp"
 #include "ole/Orv/OrvModeMeta"
 #include "tests/library/host/LoadLog.hpp"
-#include "tests/library/host/OutputTypes.hpp"
-#include "tests/library/host/Script.hpp"
+#include "model/OutputTypes.hpp"
+#include "model/Script.hpp"
 
 #include <array>
 #include <cstdlib>

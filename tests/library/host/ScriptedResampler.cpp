@@ -1,6 +1,6 @@
 // Stands before libresample: what the library calls goes to the script, which may hand it on.
 
-#include "tests/library/host/Script.hpp"
+#include "model/Script.hpp"
 
 #include <dlfcn.h>
 #include <libresample.h>

@@ -1,10 +1,10 @@
 #include "tests/library/sweep/CaseRunner.hpp"
 
 #include "ole/Orv/OrvModeMeta"
-#include "tests/library/host/OutputTypes.hpp"
-#include "tests/library/model/Model.hpp"
-#include "tests/library/model/StoredSample.hpp"
-#include "tests/library/sweep/RenderThroughTable.hpp"
+#include "model/OutputTypes.hpp"
+#include "model/Model.hpp"
+#include "model/StoredSample.hpp"
+#include "model/RenderThroughTable.hpp"
 
 #include <gtest/gtest.h>
 #include <malloc.h>

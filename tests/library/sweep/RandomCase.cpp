@@ -1,6 +1,6 @@
 #include "tests/library/sweep/RandomCase.hpp"
 
-#include "tests/library/model/StoredSample.hpp"
+#include "model/StoredSample.hpp"
 
 #include <algorithm>
 #include <cmath>

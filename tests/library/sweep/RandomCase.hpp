@@ -1,7 +1,7 @@
 #pragma once
 
 #include "loop_modes/IteratorCreationParams.hpp"
-#include "tests/library/host/Script.hpp"
+#include "model/Script.hpp"
 
 #include <cstddef>
 #include <cstdint>

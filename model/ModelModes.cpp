@@ -1,4 +1,4 @@
-#include "tests/library/model/ModelModes.hpp"
+#include "model/ModelModes.hpp"
 
 namespace Test {
 

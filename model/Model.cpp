@@ -1,9 +1,9 @@
-#include "tests/library/model/Model.hpp"
+#include "model/Model.hpp"
 
 #include "host/GainCurveNodes.hpp"
+#include "model/ModelModes.hpp"
+#include "model/StoredSample.hpp"
 #include "ole/Aud/SpeedLimit.hpp"
-#include "tests/library/model/ModelModes.hpp"
-#include "tests/library/model/StoredSample.hpp"
 
 #include <cstring>
 

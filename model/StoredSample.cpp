@@ -1,4 +1,4 @@
-#include "tests/library/model/StoredSample.hpp"
+#include "model/StoredSample.hpp"
 
 #include <bit>
 #include <cmath>

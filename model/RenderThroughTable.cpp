@@ -1,7 +1,7 @@
-#include "tests/library/sweep/RenderThroughTable.hpp"
+#include "model/RenderThroughTable.hpp"
 
+#include "model/OutputTypes.hpp"
 #include "ole/Orv/OrvModeMeta"
-#include "tests/library/host/OutputTypes.hpp"
 
 #include <array>
 #include <stdexcept>
