@@ -59,10 +59,10 @@ namespace {
 
 /// Instantiating it emits the fourteen tables.
 template <class... Outs>
-[[maybe_unused]] auto emitTables(std::tuple<Outs...>*) {
+auto emitTables(std::tuple<Outs...>*) {
     return std::tuple{&LoopModesDespatcherInstance<Outs>::get...};
 }
-[[maybe_unused]] const auto tables = emitTables(static_cast<Render::OutputTypes*>(nullptr));
+[[gnu::used]] const auto tables = emitTables(static_cast<Render::OutputTypes*>(nullptr));
 
 } // namespace
 
