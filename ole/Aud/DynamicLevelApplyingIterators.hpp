@@ -25,20 +25,17 @@ protected:
     DynamicLevelApplyingIterator(const Inner& inner, DynamicLevelApplyingIteratorState& state)
         : DynamicLevelApplyingIteratorBase(state), inner_(inner) {}
 
-    /// The level steps before the inner layer, and steps on the sample that reaches a node too, before the
-    /// host loads the next segment.
-    template <class MoveToNextNode>
-    [[gnu::always_inline]] void advance(MoveToNextNode moveToNextNode) {
-        if (state_.stationary == 0) {
-            --state_.samplesToNextNode;
-            state_.uValue += state_.uValueStep;
-            if (state_.samplesToNextNode == 0) [[unlikely]]
-                moveToNextNode();
-        }
-        ++inner_;
+    /// Moves the level by one sample and returns whether it has reached a node, where the host must load the
+    /// next segment. The sample that reaches the node is stepped too, and the inner layer only after all of
+    /// this.
+    [[gnu::always_inline]] bool reachesNode() {
+        if (state_.stationary != 0)
+            return false;
+        --state_.samplesToNextNode;
+        state_.uValue += state_.uValueStep;
+        return state_.samplesToNextNode == 0;
     }
 
-private:
     Inner inner_;
 };
 
@@ -50,7 +47,9 @@ public:
         : DynamicLevelApplyingIterator<Inner>(inner, state) {}
 
     [[gnu::always_inline]] ForwardsDynamicLevelApplyingIterator& operator++() {
-        this->advance([this] { this->moveToNextNodeForwards(); });
+        if (this->reachesNode()) [[unlikely]]
+            this->moveToNextNodeForwards();
+        ++this->inner_;
         return *this;
     }
 };
@@ -63,7 +62,9 @@ public:
         : DynamicLevelApplyingIterator<Inner>(inner, state) {}
 
     [[gnu::always_inline]] ReverseDynamicLevelApplyingIterator& operator++() {
-        this->advance([this] { this->moveToNextNodeReverse(); });
+        if (this->reachesNode()) [[unlikely]]
+            this->moveToNextNodeReverse();
+        ++this->inner_;
         return *this;
     }
 };
