@@ -1,9 +1,9 @@
 // What loading the library does to the host.
 
+#include "model/ModelModes.hpp"
+#include "model/OutputTypes.hpp"
 #include "ole/Orv/OrvModeMeta"
 #include "tests/library/host/LoadLog.hpp"
-#include "model/OutputTypes.hpp"
-#include "model/ModelModes.hpp"
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>

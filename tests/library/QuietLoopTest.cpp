@@ -1,10 +1,10 @@
 // Counts what the sample loop must not do: this program stands before the C library's allocation and locking,
 // and traps every system call.
 
-#include "model/OutputTypes.hpp"
-#include "model/Script.hpp"
 #include "model/ModelModes.hpp"
+#include "model/OutputTypes.hpp"
 #include "model/RenderThroughTable.hpp"
+#include "model/Script.hpp"
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>

@@ -3,8 +3,8 @@
 #include "loop_modes/OutputTypes.hpp"
 #include "loop_modes/RegistrationOrder.hpp"
 #include "loop_modes/RenderFunctionBody.hpp"
-#include "ole/Orv/OrvModeMeta"
 #include "model/OutputTypes.hpp"
+#include "ole/Orv/OrvModeMeta"
 #include "tests/library/sweep/CaseRunner.hpp"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // All 12,096 render functions against the model, through the tables that loading the library fills.
 
-#include "model/OutputTypes.hpp"
 #include "model/ModelModes.hpp"
+#include "model/OutputTypes.hpp"
 #include "tests/library/sweep/CaseRunner.hpp"
 
 #include <gtest/gtest.h>

@@ -5,10 +5,10 @@
 #include "host/DynamicLevel.hpp"
 #include "host/ImageFormat.hpp"
 #include "host/SampleCache.hpp"
-#include "ole/Orv/OrvModeMeta"
-#include "tests/library/host/LoadLog.hpp"
 #include "model/OutputTypes.hpp"
 #include "model/Script.hpp"
+#include "ole/Orv/OrvModeMeta"
+#include "tests/library/host/LoadLog.hpp"
 
 #include <array>
 #include <cstdlib>

@@ -1,10 +1,10 @@
 #include "tests/library/sweep/CaseRunner.hpp"
 
-#include "ole/Orv/OrvModeMeta"
-#include "model/OutputTypes.hpp"
 #include "model/Model.hpp"
-#include "model/StoredSample.hpp"
+#include "model/OutputTypes.hpp"
 #include "model/RenderThroughTable.hpp"
+#include "model/StoredSample.hpp"
+#include "ole/Orv/OrvModeMeta"
 
 #include <gtest/gtest.h>
 #include <malloc.h>
