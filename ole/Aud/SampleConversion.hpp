@@ -87,10 +87,10 @@ template <>
 struct SampleConversion<SampleU8> {
     /// Works on the value offset to 0.0 .. 2.0. Silence becomes 127, not 128: 127.5 is truncated.
     [[gnu::always_inline]] static void store(float x, SampleU8& out) {
-        const float y = x + 1.0F;
         // Here the low bits of a truncated NaN are not those of silence, so it is made silence first.
-        const float ordered = y != y ? 1.0F : y;
-        const float clipped = Conversion::clip(ordered, 0.0F, 2.0F);
+        if (x != x) [[unlikely]]
+            x = 0.0F;
+        const float clipped = Conversion::clip(x + 1.0F, 0.0F, 2.0F);
         out.bytes[0] = static_cast<unsigned char>(Conversion::truncate(clipped * 127.5F));
     }
     /// Centred on 128, and so deliberately not the inverse of the store.
