@@ -130,11 +130,12 @@ def measure_size():
         run(["strip", "-o", stripped, library])
         stripped_size = stripped.stat().st_size
     relocations = re.findall(r"^[0-9a-f]{12,16} .*", run(["readelf", "-rW", library]), re.M)
-    symbols = run(["nm", "-D", library]).splitlines()
-    own = {line.split()[-1].split("@")[0] for line in symbols if " U " not in line}
-    looked_up = [r for r in relocations if len(r.split()) > 4 and r.split()[4].split("@")[0] in own]
+    own, needed = (run(["nm", "-D", f"--{kind}", "--without-symbol-versions", library]).splitlines()
+                   for kind in ("defined-only", "undefined-only"))
+    own_names = {line.split()[-1] for line in own}
+    looked_up = [r for r in relocations if len(r.split()) > 4 and r.split()[4].split("@")[0] in own_names]
     return {"text": int(sections[".text"]), "stripped": stripped_size, "relocations": len(relocations),
-            "ownLookups": len(looked_up), "exported": len(own), "imported": len(symbols) - len(own)}
+            "ownLookups": len(looked_up), "exported": len(own), "imported": len(needed)}
 
 
 def callgrind(function, *arguments):
@@ -199,7 +200,7 @@ FADE = 5
 def jobs(folder):
     """For each job: for each program, the commands that do it."""
     audlmd = [build / "audlmd", "render", "--threads", "1"]
-    ffmpeg = ["ffmpeg", "-nostdin", "-loglevel", "error", "-y"]
+    ffmpeg = ["ffmpeg", "-nostdin", "-loglevel", "error", "-y", "-filter_threads", "1"]
     sox = ["sox", "-D"]
     fade = {"audlmd": ["--fade-in", FADE, "--fade-out", FADE, "--gain", -3],
             "ffmpeg": f"afade=t=in:d={FADE}:curve=tri,afade=t=out:st={LENGTH - FADE}:d={FADE}:curve=tri,volume=-3dB",
@@ -348,7 +349,8 @@ def draw_modes(rows, path):
             for k, kind in enumerate(["", "eq"]):
                 x = left + ((i * 2 + j) * 2 + k) * 4 * (width + 1)
                 svg.text(x + 2 * (width + 1), 64, kind, "middle")
-                svg.text(x + 2 * (width + 1), 82, "– ↓ ↑ =", "middle", 'letter-spacing="3"')
+                for m, symbol in enumerate("–↓↑="):
+                    svg.text(x + (m + 0.5) * (width + 1), 82, symbol, "middle")
                 svg.line(x - 0.5, 54, x - 0.5, top + 12 * (14 * height + 3))
     svg.text(10, 18, "Nanoseconds per output sample of every render function", more='font-size="14" font-weight="bold"')
     svg.text(left, top + 12 * (14 * height + 3) + 18,
@@ -362,11 +364,11 @@ def draw_modes(rows, path):
 
 
 def draw_families(rows, path):
-    left, top, row_height, scale = 190, 56, 34, 420
-    svg = Svg(left + 2 * scale // 2 + 470, top + len(FAMILIES) * row_height + 40)
+    left, top, row_height, width, last = 190, 56, 34, 700, 2.3
+    svg = Svg(left + width + 40, top + len(FAMILIES) * row_height + 40)
 
     def x(ratio):
-        return left + (min(ratio, 2.3) - 1) / 1.3 * 700
+        return left + (min(ratio, last) - 1) / (last - 1) * width
 
     svg.text(10, 18, "Time per output sample, as a multiple of the floor", more='font-size="14" font-weight="bold"')
     svg.text(left, 36, "bar: from the fastest to the slowest of the output types; tick: their median; red: the goal")
@@ -396,8 +398,8 @@ def cpu(runs):
 
 
 def draw_jobs(results, path):
-    left, top, row_height = 260, 44, 58
-    svg = Svg(left + 560, top + len(results) * row_height + 30)
+    left, top, row_height = 330, 44, 58
+    svg = Svg(left + 540, top + len(results) * row_height + 30)
     longest = max(cpu(runs)["user"] + cpu(runs)["system"] for programs in results.values() for runs in programs.values())
     svg.text(10, 18, "CPU seconds for ten minutes of stereo at 48 kHz (dark: in the system)",
              more='font-size="14" font-weight="bold"')

@@ -30,6 +30,20 @@ std::uint32_t asLength(std::int64_t samples) {
         std::clamp(samples, std::int64_t{0}, std::int64_t{std::numeric_limits<std::uint32_t>::max()}));
 }
 
+/// What the renderer makes of a u-value, from the nodes of the curve.
+float rendererGain(FadeCurve curve, float uValue) {
+    using namespace Aud::GainCurve;
+    switch (curve) {
+    case FadeCurve::log:
+        return Curve<eMixerStyleLog>::mapUValueToMagnitude(uValue);
+    case FadeCurve::power:
+        return Curve<eConstantPower>::mapUValueToMagnitude(uValue);
+    case FadeCurve::linear:
+        break;
+    }
+    return Curve<eLinear>::mapUValueToMagnitude(uValue);
+}
+
 EnvelopeKind kindOf(const FadePlan& plan, std::uint64_t rangeLength) {
     const auto alone = [rangeLength](std::uint64_t samples, FadeCurve curve, EnvelopeKind withHold) {
         if (samples != rangeLength || curve == FadeCurve::linear)
@@ -73,9 +87,13 @@ FadeEnvelope::FadeEnvelope(const FadePlan& plan, std::uint64_t rangeLength, std:
         fadeOut_ = static_cast<std::int64_t>(rangeLength - plan.fadeOutSamples);
 }
 
-std::int64_t FadeEnvelope::alignedUp(std::int64_t sample) const {
+std::int64_t FadeEnvelope::alignedDown(std::int64_t sample) const {
     const std::int64_t past = (sample - origin_) % alignment_;
-    return past > 0 ? sample + alignment_ - past : sample - past;
+    return past < 0 ? sample - alignment_ - past : sample - past;
+}
+
+std::int64_t FadeEnvelope::alignedUp(std::int64_t sample) const {
+    return alignedDown(sample + alignment_ - 1);
 }
 
 FadeEnvelope::Piece FadeEnvelope::pieceOf(std::int64_t begin, std::int64_t end, bool rising,
@@ -96,8 +114,7 @@ FadeEnvelope::Piece FadeEnvelope::pieceOf(std::int64_t begin, std::int64_t end, 
 FadeEnvelope::Placement FadeEnvelope::at(std::int64_t anySample) const {
     // What an envelope does between aligned samples is its own, so one that starts there starts as if it had
     // run on from the last of them.
-    const std::int64_t next = alignedUp(anySample);
-    const std::int64_t sample = next == anySample ? next : next - alignment_;
+    const std::int64_t sample = alignedDown(anySample);
 
     const auto fadeIn = static_cast<std::int64_t>(plan_.fadeInSamples);
     const bool risen = sample >= fadeIn;
@@ -146,6 +163,17 @@ FadeEnvelope::Placement FadeEnvelope::at(std::int64_t anySample) const {
         break;
     }
     return placement;
+}
+
+std::int64_t FadeEnvelope::fullLevelEnd(std::int64_t sample) const {
+    if (kind_ == EnvelopeKind::none)
+        return forever;
+    // A hold between two fades has the curve of the second.
+    const FadeCurve curve = plan_.fadeOutSamples != 0 ? plan_.fadeOutCurve : plan_.fadeInCurve;
+    if (rendererGain(curve, 1.0F) != 1.0F ||
+        sample < alignedUp(static_cast<std::int64_t>(plan_.fadeInSamples)))
+        return sample;
+    return std::max(sample, fadeOut_ == forever ? forever : alignedDown(fadeOut_));
 }
 
 double FadeEnvelope::uValueAt(std::int64_t sample) const {

@@ -62,6 +62,11 @@ public:
     /// `sample` counts delivered samples from the start of the range. The level u-value is left at unity.
     Placement at(std::int64_t sample) const;
 
+    /// Where the stretch of full level that `sample` lies in ends, on an aligned sample: up to there the
+    /// envelope multiplies by exactly 1, and can be left out. `sample` itself if it lies in none. Far beyond
+    /// any range if the level stays full.
+    std::int64_t fullLevelEnd(std::int64_t sample) const;
+
     /// Of the plan itself: the straight line, and the law of its curve.
     double uValueAt(std::int64_t sample) const;
     double gainAt(std::int64_t sample) const;
@@ -76,6 +81,7 @@ private:
 
     /// Of the ramp between two samples that rises to unity, or falls to silence.
     Piece pieceOf(std::int64_t begin, std::int64_t end, bool rising, std::int64_t sample) const;
+    std::int64_t alignedDown(std::int64_t sample) const;
     std::int64_t alignedUp(std::int64_t sample) const;
 
     FadePlan plan_;

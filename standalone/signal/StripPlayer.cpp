@@ -75,15 +75,18 @@ void StripPlayer::chooseMode() {
     } else if (settings_.outerLevel) {
         fields.levelStage = 2;
     }
-    const auto& stages = Aud::Render::envelopeStages;
-    const auto fits = [&](const Aud::Render::EnvelopeStage& stage) {
-        return stage.envelope == envelope_.kind() &&
-               (stage.middleLevel == Aud::Render::MiddleLevelKind::fixed) ==
-                   settings_.middleLevel.has_value();
+    const auto codeWith = [&](EnvelopeKind envelope) {
+        const auto& stages = Aud::Render::envelopeStages;
+        const auto fits = [&](const Aud::Render::EnvelopeStage& stage) {
+            return stage.envelope == envelope && (stage.middleLevel == Aud::Render::MiddleLevelKind::fixed) ==
+                                                     settings_.middleLevel.has_value();
+        };
+        fields.envelopeStage =
+            static_cast<unsigned int>(std::find_if(stages.begin(), stages.end(), fits) - stages.begin());
+        return Aud::Render::encodeModeCode(fields);
     };
-    fields.envelopeStage =
-        static_cast<unsigned int>(std::find_if(stages.begin(), stages.end(), fits) - stages.begin());
-    modeCode_ = Aud::Render::encodeModeCode(fields);
+    modeCode_ = codeWith(envelope_.kind());
+    fullLevelModeCode_ = codeWith(EnvelopeKind::none);
 }
 
 void StripPlayer::chooseSpeed() {
@@ -150,12 +153,17 @@ std::int64_t StripPlayer::firstSample() const {
 }
 
 StripPlayer::Stretch StripPlayer::nextStretch(std::uint64_t count) const {
-    Stretch stretch{firstSample(), {}, step_, 0};
+    Stretch stretch{modeCode_, firstSample(), {}, step_, 0};
     std::int64_t end = std::numeric_limits<std::int64_t>::max();
     if (envelope_.kind() != EnvelopeKind::none) {
         const FadeEnvelope::Placement placement = envelope_.at(stretch.firstSample);
         stretch.envelope = placement.parameters;
         end = placement.end;
+    }
+    const std::int64_t fullLevelEnd = envelope_.fullLevelEnd(stretch.firstSample);
+    if (fullLevelEnd > stretch.firstSample) {
+        stretch.modeCode = fullLevelModeCode_;
+        end = fullLevelEnd;
     }
     stretch.envelope.levelUValue = settings_.middleLevel.value_or(1.0F);
 
@@ -224,7 +232,7 @@ void StripPlayer::renderStretch(const RenderCall& call, const Stretch& stretch) 
                                                .speed = &speed_,
                                                .gearing = &gearing_,
                                                .cache = &cache_};
-    call(params, stretch.count);
+    call(stretch.modeCode, params, stretch.count);
     // The converter has read one sample beyond that with which the next call starts.
     if (linear && !settings_.equaliser.empty())
         record_.equaliser.stepBack();

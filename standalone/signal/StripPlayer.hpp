@@ -94,6 +94,8 @@ public:
 
     /// Which names the stages that the settings need, and no others.
     unsigned long modeCode() const { return modeCode_; }
+    /// Where the fades have full level: without the envelope, which would multiply by 1 there.
+    unsigned long fullLevelModeCode() const { return fullLevelModeCode_; }
 
     /// In output samples, for the whole range.
     std::uint64_t outputLength() const { return outputLength_; }
@@ -116,10 +118,9 @@ public:
     /// After an exception the player has jumped back, as by seek(), to where the call that failed began.
     template <class Out>
     std::uint64_t render(Out& out, std::uint64_t count) {
-        const RenderFunction<Out> function = renderFunction<Out>(modeCode_);
-        return renderThrough(
-            [&](Aud::Render::IteratorCreationParams& params, unsigned int n) { function(params, out, n); },
-            count);
+        return renderThrough([&out](unsigned long code, Aud::Render::IteratorCreationParams& params,
+                                    unsigned int n) { renderFunction<Out>(code)(params, out, n); },
+                             count);
     }
 
     /// Jumps to an output sample, up to outputLength(). Throws std::out_of_range.
@@ -130,10 +131,11 @@ public:
     void seek(std::uint64_t outputPosition);
 
 private:
-    using RenderCall = std::function<void(Aud::Render::IteratorCreationParams&, unsigned int)>;
+    using RenderCall = std::function<void(unsigned long, Aud::Render::IteratorCreationParams&, unsigned int)>;
 
     /// One render call: where it starts, and how far it goes.
     struct Stretch {
+        unsigned long modeCode;
         std::int64_t firstSample;
         /// Only where the mode has one.
         Aud::Render::EnvelopeParameters envelope;
@@ -164,6 +166,7 @@ private:
     FadeEnvelope envelope_;
     Orv::OutputGearing gearing_;
     unsigned long modeCode_ = 0;
+    unsigned long fullLevelModeCode_ = 0;
     /// The speed in the forms in which the converters read it.
     Aud::SubSamplePos step_{1, 0};
     float speed_ = 1.0F;

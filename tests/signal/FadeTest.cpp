@@ -26,8 +26,10 @@ void expectFollowed(const FadePlan& plan, std::int64_t length, std::uint32_t ali
         Shape shape(parameters);
         std::int64_t sample = begin;
         // 2e-5 in u-value, times the steepest slope of a curve.
-        for (; sample < std::min(placement.end, length); ++sample, shape.advance())
+        for (; sample < std::min(placement.end, length); ++sample, shape.advance()) {
             ASSERT_NEAR(shape.gain(), fade.gainAt(sample), 7e-5) << sample;
+            ASSERT_TRUE(sample == fade.fullLevelEnd(sample) || shape.gain() == 1.0F) << sample;
+        }
         begin = alignment == 1 ? std::min(begin + ++ragged, sample) : sample;
     }
 }
@@ -53,6 +55,8 @@ TEST(Fade, BeginsSilentReachesFullLevelExactlyAndEndsSilent) {
     EXPECT_EQ(startAt(fade, 0), 0.0F);
     EXPECT_NEAR(startAt(fade, 2'879'000), fade.uValueAt(2'879'000), 2e-5);
     EXPECT_EQ(startAt(fade, 2'880'000), 1.0F);
+    EXPECT_EQ(fade.fullLevelEnd(2'879'999), 2'879'999);
+    EXPECT_EQ(fade.fullLevelEnd(2'880'000), 2'999'900);
     EXPECT_NEAR(startAt(fade, 2'999'999), 0.01, 1e-6);
     EXPECT_EQ(startAt(fade, 3'000'000), 0.0F);
     // A hold longer than the envelope's lengths can say.

@@ -17,6 +17,8 @@ std::string explain(const StripPlayer& player, FormatId format, bool summing) {
          << describeFields(Aud::Render::decodeModeCode(code)) << "chain, outermost first\n";
     for (const std::string& layer : chainLayers(code))
         text << "  " << layer << '\n';
+    if (player.fullLevelModeCode() != code)
+        text << "at full level, without the envelope: mode code " << player.fullLevelModeCode() << '\n';
     text << "output type " << outputTypeIndex(format, summing) + 1 << " of " << Aud::Render::outputTypeCount
          << " in the registration order: " << outputTypeName(format, summing) << '\n'
          << "record\n";

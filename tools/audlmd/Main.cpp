@@ -21,6 +21,12 @@ int complain(std::string line, int status) {
     return status;
 }
 
+/// The command and the subcommands that were understood.
+std::string commandSoFar(const CLI::App& app) {
+    const auto chosen = app.get_subcommands();
+    return app.get_name() + (chosen.empty() ? "" : " " + commandSoFar(*chosen.front()));
+}
+
 int run(int argc, char** argv) {
     CLI::App app("Renders audio through the render functions of libaudlmd.", "audlmd");
     app.set_version_flag("--version", audLMDDllVersionStr());
@@ -34,7 +40,7 @@ int run(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() == 0)
             return app.exit(error);
-        return complain(std::string(error.what()) + " (audlmd --help and audlmd render --help tell more)",
+        return complain(std::string(error.what()) + " (" + commandSoFar(app) + " --help tells more)",
                         usageError);
     }
     // What was printed may still be on its way.
