@@ -38,8 +38,8 @@ void Biquad::reset() {
 ///     first  = b1 in + second - a1 out
 ///     second = b2 in          - a2 out
 ///
-/// The two delays are computed side by side. Started on a line of the instruction cache it needs no third one,
-/// which would cost 3 % of a render with the equaliser.
+/// The two delays are computed side by side. Started on a line of the instruction cache it needs no third
+/// one, which would cost 3 % of a render with the equaliser.
 [[gnu::aligned(64)]] float Biquad::processSample(float x) {
     const __m128d delays = _mm_loadu_pd(&now_.firstDelay);
     before_ = now_;
