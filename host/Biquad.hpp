@@ -15,7 +15,6 @@ public:
     };
 
     void setCoefficients(const Coefficients& coefficients);
-    const Coefficients& coefficients() const { return coefficients_; }
     /// Forgets all samples; the coefficients stay.
     void reset();
 
@@ -26,19 +25,27 @@ public:
 
     /// Takes back the most recent processSample, for a host that reads a sample twice. Once only: what came
     /// before it is no longer known.
-    void stepBack() { now_ = before_; }
+    void stepBack() {
+        delays_ = delaysBefore_;
+        lastResult_ = lastResultBefore_;
+    }
 
 private:
-    struct Memory {
-        double firstDelay = 0.0;
-        double secondDelay = 0.0;
-        float lastResult = 0.0F;
+    /// Two numbers that are used side by side. Aligned, because a pair that lies across two cache lines makes
+    /// the filter wait for what it has just stored, and takes twice the time.
+    struct alignas(16) Pair {
+        double first = 0.0;
+        double second = 0.0;
     };
 
-    Coefficients coefficients_;
-    Memory now_;
-    /// As it was when the most recent processSample began.
-    Memory before_;
+    Pair b1b2_;
+    Pair a1a2_;
+    Pair delays_;
+    /// When the most recent processSample began.
+    Pair delaysBefore_;
+    double b0_ = 1.0;
+    float lastResult_ = 0.0F;
+    float lastResultBefore_ = 0.0F;
 };
 
 /// `Bands` sections in series, stored one after another.

@@ -69,19 +69,20 @@ auto emitTables(std::tuple<Outs...>*) {
 namespace Filter {
 
 void Biquad::setCoefficients(const Coefficients& coefficients) {
-    coefficients_ = coefficients;
+    b0_ = coefficients.b0;
+    b1b2_ = {coefficients.b1, coefficients.b2};
+    a1a2_ = {coefficients.a1, coefficients.a2};
 }
 
 float Biquad::processSample(float x) {
     const double in = x;
-    const double out = coefficients_.b0 * in + now_.firstDelay;
-    now_.firstDelay = coefficients_.b1 * in + now_.secondDelay - coefficients_.a1 * out;
-    now_.secondDelay = coefficients_.b2 * in - coefficients_.a2 * out;
-    return now_.lastResult = static_cast<float>(out);
+    const double out = b0_ * in + delays_.first;
+    delays_ = {b1b2_.first * in + delays_.second - a1a2_.first * out, b1b2_.second * in - a1a2_.second * out};
+    return lastResult_ = static_cast<float>(out);
 }
 
 float Biquad::getLastProcessSampleResult() {
-    return now_.lastResult;
+    return lastResult_;
 }
 
 } // namespace Filter

@@ -25,11 +25,14 @@ double kept(double delay) {
 } // namespace
 
 void Biquad::setCoefficients(const Coefficients& coefficients) {
-    coefficients_ = coefficients;
+    b0_ = coefficients.b0;
+    b1b2_ = {coefficients.b1, coefficients.b2};
+    a1a2_ = {coefficients.a1, coefficients.a2};
 }
 
 void Biquad::reset() {
-    now_ = before_ = Memory{};
+    delays_ = delaysBefore_ = Pair{};
+    lastResult_ = lastResultBefore_ = 0.0F;
 }
 
 /// Transposed direct form II, in double precision: the noise of low, narrow bands would show in single.
@@ -41,27 +44,27 @@ void Biquad::reset() {
 /// The two delays are computed side by side. Started on a line of the instruction cache it needs no third
 /// one, which would cost 3 % of a render with the equaliser.
 [[gnu::aligned(64)]] float Biquad::processSample(float x) {
-    const __m128d delays = _mm_loadu_pd(&now_.firstDelay);
-    before_ = now_;
+    delaysBefore_ = delays_;
+    lastResultBefore_ = lastResult_;
 
+    const __m128d delays = _mm_load_pd(&delays_.first);
     const double in = x;
-    const double out = coefficients_.b0 * in + _mm_cvtsd_f64(delays);
+    const double out = b0_ * in + _mm_cvtsd_f64(delays);
     const __m128d secondDelay = _mm_castsi128_pd(_mm_srli_si128(_mm_castpd_si128(delays), sizeof(double)));
     // Summed so that the least possible waits for the output: the next sample waits for the first delay.
-    const __m128d forward =
-        _mm_add_pd(_mm_mul_pd(_mm_loadu_pd(&coefficients_.b1), _mm_set1_pd(in)), secondDelay);
-    __m128d next = _mm_sub_pd(forward, _mm_mul_pd(_mm_loadu_pd(&coefficients_.a1), _mm_set1_pd(out)));
+    const __m128d forward = _mm_add_pd(_mm_mul_pd(_mm_load_pd(&b1b2_.first), _mm_set1_pd(in)), secondDelay);
+    __m128d next = _mm_sub_pd(forward, _mm_mul_pd(_mm_load_pd(&a1a2_.first), _mm_set1_pd(out)));
 
-    now_.lastResult = static_cast<float>(out);
-    if (isExtreme(now_.lastResult)) [[unlikely]]
+    lastResult_ = static_cast<float>(out);
+    if (isExtreme(lastResult_)) [[unlikely]]
         next = _mm_set_pd(kept(_mm_cvtsd_f64(_mm_unpackhi_pd(next, next))), kept(_mm_cvtsd_f64(next)));
-    _mm_storeu_pd(&now_.firstDelay, next);
-    return now_.lastResult;
+    _mm_store_pd(&delays_.first, next);
+    return lastResult_;
 }
 
 // NOLINTNEXTLINE(readability-make-member-function-const): the renderer calls it by this name
 float Biquad::getLastProcessSampleResult() {
-    return now_.lastResult;
+    return lastResult_;
 }
 
 } // namespace Aud::Filter
