@@ -364,7 +364,7 @@ def draw_modes(rows, path):
 
 
 def draw_families(rows, path):
-    left, top, row_height, width, last = 190, 56, 34, 700, 2.3
+    left, top, row_height, width, last = 190, 56, 34, 700, 2.5
     svg = Svg(left + width + 40, top + len(FAMILIES) * row_height + 40)
 
     def x(ratio):
@@ -372,7 +372,7 @@ def draw_families(rows, path):
 
     svg.text(10, 18, "Time per output sample, as a multiple of the floor", more='font-size="14" font-weight="bold"')
     svg.text(left, 36, "bar: from the fastest to the slowest of the output types; tick: their median; red: the goal")
-    for tick in range(10, 24):
+    for tick in range(10, 26):
         svg.line(x(tick / 10), top - 6, x(tick / 10), top + len(FAMILIES) * row_height, "#e4e4e4")
         svg.text(x(tick / 10), top + len(FAMILIES) * row_height + 14, f"{tick / 10:.1f}", "middle")
     for i, family in enumerate(FAMILIES):
