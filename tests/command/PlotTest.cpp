@@ -49,7 +49,7 @@ TEST_F(Plot, RefusesInOneLineAndLeavesThePictureThatWasThere) {
     test::writeBytes(in("a.png"), "before");
     test::writeBytes(in("ride.csv"), "0,-20\n2\n");
     test::writeSound(in("a.wav"), test::noise(1, 100));
-    expectRefused("plot curves", "--output");
+    expectRefused("plot curves", "--output is required (audlmd plot curves --help tells more)");
     expectRefused("plot curves -o a.gif", "use .png or .svg");
     expectRefused("plot curves -o nowhere/a.png", "nowhere/a.png");
     expectRefused("plot curves -o a.png", "cannot write 'a.png'", {.fileSizeLimit = 100});
