@@ -28,7 +28,7 @@ int measureCalls(const Selection& selection) {
     // What a call costs besides its samples does not depend on the output type.
     using Out = Aud::SampleF32*;
     Cache cache(testMaterial());
-    std::array<Aud::SampleF32, longCall> buffer;
+    std::array<Aud::SampleF32, longCall> buffer{};
     nlohmann::json rows = nlohmann::json::array();
     std::size_t done = 0;
     for (unsigned int code : selection.codes) {

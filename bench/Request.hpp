@@ -26,7 +26,7 @@ public:
 
     const Aud::Render::ModeFields& fields() const { return fields_; }
     double speed() const { return speed_; }
-    Cache& cache() { return static_cast<Cache&>(*params_.cache); }
+    Cache& cache() const { return static_cast<Cache&>(*params_.cache); }
     Aud::Render::IteratorCreationParams& params() { return params_; }
     Aud::Render::PerSourceRecord& record() { return record_; }
 

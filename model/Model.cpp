@@ -54,6 +54,7 @@ public:
     Segment(const Segment& other) : script_(other.script_), number_(other.number_) {
         script_->copySegment(number_);
     }
+    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): the host counts one to itself too
     Segment& operator=(const Segment& other) {
         script_->assignSegment(number_, other.number_);
         number_ = other.number_;
@@ -84,6 +85,7 @@ struct Source {
         host.endHostWork();
     }
     Source(const Source&) = default;
+    Source& operator=(const Source&) = delete;
     ~Source() { script.note(forward ? Op::destroyForward : Op::destroyReverse, 0); }
 
     float read() const {
@@ -119,6 +121,8 @@ private:
     void waitFor(int segment) const {
         struct Event {
             explicit Event(Script& host, int number) : script(host) { script.requestEvent(number); }
+            Event(const Event&) = delete;
+            Event& operator=(const Event&) = delete;
             ~Event() {
                 script.note(Op::releaseEvent, script.keepsEvents ? 1 : 0);
                 if (!script.keepsEvents)
@@ -408,7 +412,7 @@ private:
         }
     }
 
-    double bound(double factor) const {
+    static double bound(double factor) {
         const double least = 1.0 / cfgAudioPlaybackSpeedLimit;
         const double atMost = 1024.0 < factor ? 1024.0 : factor;
         return least > atMost ? least : atMost;
@@ -454,7 +458,7 @@ private:
     Digits digits_;
     PerSourceRecord& record_;
     Script& script_;
-    std::uint32_t envelope_[10];
+    std::uint32_t envelope_[10] = {};
     std::unique_ptr<Source> source_;
     std::vector<Layer> layers_;
 

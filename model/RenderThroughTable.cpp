@@ -19,6 +19,7 @@ struct OutputAt;
 
 template <class Sample>
 struct OutputAt<Sample*> {
+    // NOLINTNEXTLINE(readability-non-const-parameter): what it returns is written through
     static Sample* make(std::uint8_t* position) { return reinterpret_cast<Sample*>(position); }
     static std::uint8_t* where(Sample* out) { return reinterpret_cast<std::uint8_t*>(out); }
 };

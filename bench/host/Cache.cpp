@@ -50,8 +50,8 @@ SampleCacheSegment::SampleCacheSegment(const SampleCacheSegment& other)
     : body_(SampleCacheSegmentAccess::hold(other.body_)) {}
 
 SampleCacheSegment& SampleCacheSegment::operator=(const SampleCacheSegment& other) {
-    Body* const old = std::exchange(body_, SampleCacheSegmentAccess::hold(other.body_));
-    SampleCacheSegmentAccess::release(old);
+    SampleCacheSegment copy(other);
+    std::swap(body_, copy.body_);
     return *this;
 }
 

@@ -45,7 +45,8 @@ iOperatingSystem& OS() noexcept {
 }
 
 Orv::Image::FormatUID::FormatUID(std::uint32_t number) : number_(number) {}
-Orv::Image::FormatUID::~FormatUID() = default;
+// NOLINTNEXTLINE(modernize-use-equals-default): its place in the library makes it anything but trivial
+Orv::Image::FormatUID::~FormatUID() {}
 
 namespace Aud {
 

@@ -33,7 +33,7 @@ std::optional<std::string> differenceFromModel(unsigned int code, std::size_t ou
     }
     if (position - rendered.data() != modelPosition - expected.data())
         return "the output position";
-    const auto difference = std::mismatch(rendered.begin(), rendered.end(), expected.begin()).first;
+    const auto* const difference = std::mismatch(rendered.begin(), rendered.end(), expected.begin()).first;
     if (difference != rendered.end())
         return "byte " + std::to_string(difference - rendered.begin());
     return std::nullopt;

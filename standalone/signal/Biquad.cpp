@@ -62,7 +62,6 @@ void Biquad::reset() {
     return lastResult_;
 }
 
-// NOLINTNEXTLINE(readability-make-member-function-const): the renderer calls it by this name
 float Biquad::getLastProcessSampleResult() {
     return lastResult_;
 }

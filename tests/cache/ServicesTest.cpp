@@ -92,7 +92,8 @@ TEST(Identities, AreReadAndWrittenAsText) {
 TEST(ImageFormats, AreAnnouncedForAsLongAsTheirUnitsAreLoaded) {
     const std::size_t others = announcedImageFormats();
     {
-        const Orv::Image::FormatUID first(4711), second(4711);
+        const Orv::Image::FormatUID first(4711);
+        const Orv::Image::FormatUID second(4711);
         EXPECT_EQ(announcementsOfImageFormat(4711), 2U);
         EXPECT_EQ(announcedImageFormats(), others + 1);
     }

@@ -63,7 +63,7 @@ private:
 };
 
 inline auto addRamp(MaterialCache& cache, std::int64_t length, std::uint16_t channel = 0) {
-    const auto source = std::make_shared<ScriptedSource>(length);
+    auto source = std::make_shared<ScriptedSource>(length);
     cache.add(cookieOf(channel), source);
     return source;
 }

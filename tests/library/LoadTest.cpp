@@ -164,7 +164,7 @@ INSTANTIATE_TEST_SUITE_P(Settings, SpeedLimit,
     emptyTables(std::make_index_sequence<outputTypeCount>());
     const auto& order = modelRegistrationOrder();
     occupySlot(outputType, order[place], std::make_index_sequence<outputTypeCount>());
-    const auto occupied = allSlots()[outputType][order[place]];
+    const auto* const occupied = allSlots()[outputType][order[place]];
     // Through a pointer, because dlopen is declared as if it could not throw.
     void* (*const volatile open)(const char*, int) = &dlopen;
     try {

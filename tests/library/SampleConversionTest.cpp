@@ -93,18 +93,18 @@ protected:
     static constexpr std::size_t size = sizeof(Format);
 
     static Format containerOf(std::int64_t value) {
-        Format container;
+        Format container{};
         for (std::size_t i = 0; i < size; ++i)
             container.bytes[i] = static_cast<unsigned char>(value >> (8 * i));
         return container;
     }
     static Format stored(float x) {
-        Format container;
+        Format container{};
         Aud::SampleConversion<Format>::store(x, container);
         return container;
     }
     static Format storedByModel(float x) {
-        Format container;
+        Format container{};
         const ModelFormat model = expected<Format>.model;
         modelStore(model, model == ModelFormat::u8 ? x + 1.0F : x, container.bytes);
         return container;

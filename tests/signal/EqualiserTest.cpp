@@ -18,7 +18,7 @@ using Complex = std::complex<double>;
 struct Prototype {
     EqualiserBand band;
     /// The cookbook's analogue filter at s, with the square root `a` of its gain.
-    Complex (*response)(Complex s, double a, double q);
+    Complex (*response)(Complex s, double a, double q) = nullptr;
 };
 
 const Prototype prototypes[] = {

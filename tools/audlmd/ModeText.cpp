@@ -81,7 +81,8 @@ std::string chainType(unsigned long code) {
         // An envelope's shape is a second template argument, after the inner layer.
         const std::size_t comma = layer->find(',');
         const std::string shape = comma == std::string::npos ? "" : layer->substr(comma);
-        type = layer->substr(0, comma) + "<" + type + shape + ">";
+        type.insert(0, layer->substr(0, comma) + '<');
+        type.append(shape).append(">");
     }
     return type;
 }

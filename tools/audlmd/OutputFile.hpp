@@ -35,7 +35,7 @@ struct OutputLayout {
 struct OutputTarget {
     /// Throws CommandError for a folder, or for an extension that names no container. A device or pipe that
     /// has no such extension, and standard output (`-`), gets headerless samples.
-    explicit OutputTarget(const std::filesystem::path& path);
+    explicit OutputTarget(const std::filesystem::path& given);
 
     /// Links are followed.
     std::filesystem::path path;
@@ -52,6 +52,8 @@ class OutputFile {
 public:
     OutputFile(const OutputTarget& target, const OutputLayout& layout);
     ~OutputFile();
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
 
     /// Appends frames of the format's containers.
     void write(const std::byte* interleaved, std::size_t frames);

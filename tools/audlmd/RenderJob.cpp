@@ -30,7 +30,7 @@ Format* outputAt(std::byte* at, std::type_identity<Format*>) {
 template <class Out>
 void renderChannel(StripPlayer& player, std::byte* at, std::size_t frames, std::size_t block) {
     Out out = outputAt(at, std::type_identity<Out>());
-    for (std::size_t count; frames != 0; frames -= count) {
+    for (std::size_t count = 0; frames != 0; frames -= count) {
         count = std::min(frames, block);
         player.render(out, count);
     }

@@ -46,10 +46,10 @@ private:
     Chunk& chunkAt(std::size_t number) { return ring_[number % ring_.size()]; }
 
     /// Hands a chunk to the workers.
-    void open(std::size_t chunk);
+    void open(std::size_t number);
     /// Waits until the workers are done with a chunk. Throws what stopped one of them.
-    void waitFor(std::size_t chunk);
-    void write(std::size_t chunk, OutputFile& output);
+    void waitFor(std::size_t number);
+    void write(std::size_t number, OutputFile& output);
     void work(std::size_t worker, std::size_t workers);
     bool waitUntilOpen(std::size_t chunk);
     void stop(std::exception_ptr failure);

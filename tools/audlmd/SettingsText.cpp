@@ -31,7 +31,8 @@ std::string_view trimmed(std::string_view text) {
 
 std::vector<std::string_view> split(std::string_view text, char separator) {
     std::vector<std::string_view> parts;
-    for (std::size_t end; (end = text.find(separator)) != std::string_view::npos; text.remove_prefix(end + 1))
+    for (std::size_t end = 0; (end = text.find(separator)) != std::string_view::npos;
+         text.remove_prefix(end + 1))
         parts.push_back(text.substr(0, end));
     parts.push_back(text);
     return parts;

@@ -22,7 +22,7 @@ float parseLevel(std::string_view text, std::string_view option);
 
 struct FadeText {
     TimeValue length;
-    FadeCurve curve;
+    FadeCurve curve = FadeCurve::linear;
 };
 
 /// `T` or `T:curve`, the curve one of linear, log and power.
@@ -34,7 +34,7 @@ EqualiserBand parseBand(std::string_view text, std::string_view option);
 
 struct AutomationPoint {
     TimeValue time;
-    float uValue;
+    float uValue = 0.0F;
 };
 
 /// Reads lines of `time,decibels`, in order of time. Empty lines, what follows a #, and a first line of

@@ -15,7 +15,7 @@ public:
     EndingSignalsBlocked& operator=(const EndingSignalsBlocked&) = delete;
 
 private:
-    sigset_t before_;
+    sigset_t before_{};
 };
 
 /// A new file beside the one that it is going to replace. Unless it is committed, it is gone when the process

@@ -32,7 +32,7 @@ bool takeSuffix(std::string_view& text, std::string_view suffix) {
 std::optional<double> timecodeSeconds(std::string_view text) {
     double larger = 0.0;
     int fields = 0;
-    for (std::size_t colon; (colon = text.find(':')) != std::string_view::npos;
+    for (std::size_t colon = 0; (colon = text.find(':')) != std::string_view::npos;
          text.remove_prefix(colon + 1)) {
         const std::optional<std::int64_t> field = wholeNumber<std::int64_t>(text.substr(0, colon));
         if (!field || ++fields > 2 || (fields == 2 && *field >= 60))

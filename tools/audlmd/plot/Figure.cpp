@@ -29,7 +29,8 @@ std::string drawFigure(const Figure& figure, PictureKind kind) {
         }
         for (std::size_t index = 0; index < figure.charts.size(); ++index) {
             const auto column = static_cast<double>(index % figure.columns);
-            const auto row = static_cast<double>(index / figure.columns);
+            const std::size_t wholeRows = index / figure.columns;
+            const auto row = static_cast<double>(wholeRows);
             paintChart(pen, figure.charts[index],
                        {column * figure.chartWidth, head + row * figure.chartHeight, figure.chartWidth,
                         figure.chartHeight});

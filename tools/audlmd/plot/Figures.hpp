@@ -37,7 +37,7 @@ Figure equaliserFigure(const std::vector<NamedBand>& bands, int sampleRate);
 
 /// One channel of a sound file, counted from 1, down to a level of `floor` dB re full scale. Throws
 /// command::CommandError and SoundFileError.
-Figure spectrogramFigure(const std::filesystem::path& file, int channel, double floor,
+Figure spectrogramFigure(const std::filesystem::path& path, int channel, double floor,
                          const Watcher& watcher);
 
 } // namespace audlmd::plot

@@ -31,6 +31,25 @@ private:
     std::int64_t ones_;
 };
 
+/// The lowest and the highest point of a stretch.
+struct Extremes {
+    Point lowest;
+    Point highest;
+
+    void add(Point point) {
+        lowest = point.y < lowest.y ? point : lowest;
+        highest = point.y > highest.y ? point : highest;
+    }
+
+    /// In the order of time.
+    void appendTo(std::vector<Point>& points) const {
+        const bool rising = lowest.x <= highest.x;
+        points.push_back(rising ? lowest : highest);
+        if (lowest.x != highest.x)
+            points.push_back(rising ? highest : lowest);
+    }
+};
+
 } // namespace
 
 GainTrace::GainTrace(StripSettings settings, std::int64_t length, std::int64_t ones) : block_(65536) {
@@ -57,24 +76,18 @@ std::vector<Point> gainOverTime(const StripSettings& settings, std::int64_t leng
     GainTrace trace(settings, length, length);
     const std::int64_t stretchLength = std::max<std::int64_t>(1, trace.length() / stretches);
     std::vector<Point> points;
-    Point lowest{};
-    Point highest{};
+    Extremes extremes;
     std::int64_t position = 0;
     for (auto samples = trace.next(); !samples.empty(); samples = trace.next()) {
         watcher(position, trace.length(), sampleRate);
         for (const float sample : samples) {
             const Point point{static_cast<double>(position) / sampleRate, static_cast<double>(sample)};
             if (position % stretchLength == 0)
-                lowest = highest = point;
-            lowest = point.y < lowest.y ? point : lowest;
-            highest = point.y > highest.y ? point : highest;
+                extremes = {point, point};
+            extremes.add(point);
             ++position;
-            if (position % stretchLength == 0 || position == trace.length()) {
-                const bool rising = lowest.x <= highest.x;
-                points.push_back(rising ? lowest : highest);
-                if (lowest.x != highest.x)
-                    points.push_back(rising ? highest : lowest);
-            }
+            if (position % stretchLength == 0 || position == trace.length())
+                extremes.appendTo(points);
         }
     }
     return points;
