@@ -19,8 +19,7 @@ std::map<std::string, std::size_t> outputTypeIndices() {
 
 } // namespace
 
-// NOLINTNEXTLINE(bugprone-exception-escape): what options throw before they are parsed is a fault of this
-// program
+// NOLINTNEXTLINE(bugprone-exception-escape): options that clash are a fault of this program
 int main(int argc, char** argv) {
     CLI::App app{"Measures the render functions of libaudlmd, each beside its floor: the host calls that it "
                  "must make."};

@@ -26,6 +26,7 @@ struct OutputAt<Sample*> {
 
 template <class Sample>
 struct OutputAt<Summing<Sample>> {
+    // NOLINTNEXTLINE(readability-non-const-parameter): likewise
     static Summing<Sample> make(std::uint8_t* position) {
         return Summing<Sample>(reinterpret_cast<Sample*>(position));
     }

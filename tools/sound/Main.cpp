@@ -87,8 +87,7 @@ void drawSweeps(const fs::path& folder, double speed, bool reverse) {
 
 } // namespace
 
-// NOLINTNEXTLINE(bugprone-exception-escape): what options throw before they are parsed is a fault of this
-// program
+// NOLINTNEXTLINE(bugprone-exception-escape): options that clash are a fault of this program
 int main(int argc, char** argv) {
     CLI::App app("Measures the sound of the two converters, and writes the figures into a page.",
                  "audlmd-sound");
