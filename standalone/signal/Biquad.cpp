@@ -1,7 +1,6 @@
 #include "host/Biquad.hpp"
 
 #include <bit>
-#include <cmath>
 #include <cstdint>
 #include <emmintrin.h>
 
@@ -18,8 +17,13 @@ bool isExtreme(float result) {
     return magnitude(result) - magnitude(0x1p-100F) > magnitude(0x1p100F) - magnitude(0x1p-100F);
 }
 
-double kept(double delay) {
-    return std::abs(delay) > 0x1p-200 && std::abs(delay) < 0x1p200 ? delay : 0.0;
+/// The delays without those that are extreme. Without a branch, because in silence it is made for every
+/// sample.
+__m128d settled(__m128d delays) {
+    const __m128d magnitudes = _mm_andnot_pd(_mm_set1_pd(-0.0), delays);
+    const __m128d audible = _mm_cmpgt_pd(magnitudes, _mm_set1_pd(0x1p-200));
+    const __m128d bounded = _mm_cmplt_pd(magnitudes, _mm_set1_pd(0x1p200));
+    return _mm_and_pd(delays, _mm_and_pd(audible, bounded));
 }
 
 } // namespace
@@ -57,7 +61,7 @@ void Biquad::reset() {
 
     lastResult_ = static_cast<float>(out);
     if (isExtreme(lastResult_)) [[unlikely]]
-        next = _mm_set_pd(kept(_mm_cvtsd_f64(_mm_unpackhi_pd(next, next))), kept(_mm_cvtsd_f64(next)));
+        next = settled(next);
     _mm_store_pd(&delays_.first, next);
     return lastResult_;
 }

@@ -127,6 +127,9 @@ TEST_F(Render, ExplainsWhatItDoesWithoutDoingIt) {
          {"mode code 1602 (0x642)", "direction              1", "srcStage               2",
           "output type 2 of 14 in the registration order: Aud::Sample<16, 2,", "output length 32000 samples"})
         EXPECT_NE(text.find(part), std::string::npos) << part << "\nin\n" << text;
+    // Between its fades the strip needs no envelope, and is rendered by the mode that has none.
+    EXPECT_NE(output("render a.wav --fade-in 0.1 --explain").find("without the envelope: mode code 1024\n"),
+              std::string::npos);
     EXPECT_EQ(files().size(), 1U);
 }
 
