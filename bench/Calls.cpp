@@ -34,11 +34,12 @@ int measureCalls(const Selection& selection) {
     for (unsigned int code : selection.codes) {
         showProgress("measured", ++done, selection.codes.size());
         const Aud::Render::ModeFields fields = Aud::Render::decodeModeCode(code);
-        if (fields.srcStage != 0)
+        if (fields.srcStage != Aud::Render::ConversionStage::none)
             continue;
         const auto render = Aud::LoopModesDespatcherInstance<Out>::get().find(code);
-        const ChainBuilder buildByHand = handMadeChain(fields.direction == 1, countLayers(fields));
-        for (unsigned int count : {0u, longCall}) {
+        const ChainBuilder buildByHand =
+            handMadeChain(fields.direction == Aud::Render::Direction::forward, countLayers(fields));
+        for (unsigned int count : {0U, longCall}) {
             Request request(code, cache, callsAtOnce * longCall, 1.0);
             Floor floor(request);
             Timing calls;

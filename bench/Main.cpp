@@ -52,7 +52,7 @@ int main(int argc, char** argv) {
         ->check(CLI::Range(0.01, 6.0));
     modes->add_option("--samples", selection.samples, "output samples per call")
         ->capture_default_str()
-        ->check(CLI::Range(16u, 4096u));
+        ->check(CLI::Range(16U, 4096U));
     CLI::App* const calls = app.add_subcommand("calls", "nanoseconds per call of 0 and of 64 samples");
     addOptions(*calls);
     CLI11_PARSE(app, argc, argv);

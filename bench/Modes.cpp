@@ -24,7 +24,8 @@ struct Measured {
 std::vector<Measured> expand(const Selection& selection) {
     std::vector<Measured> all;
     for (unsigned int code : selection.codes) {
-        const bool converts = Aud::Render::decodeModeCode(code).srcStage != 0;
+        const bool converts =
+            Aud::Render::decodeModeCode(code).srcStage != Aud::Render::ConversionStage::none;
         const std::vector<double> speeds = converts ? selection.speeds : std::vector{1.0};
         for (std::size_t outputType : selection.outputTypes)
             for (double speed : speeds)

@@ -1,11 +1,10 @@
 #include "bench/Report.hpp"
 
-#include <unistd.h>
-
 #include <cstdio>
 #include <fstream>
 #include <iostream>
 #include <stdexcept>
+#include <unistd.h>
 
 namespace Bench {
 

@@ -50,7 +50,7 @@ std::vector<float> testMaterial() {
 }
 
 Request::Request(unsigned int code, Cache& cache, unsigned int sourceSamples, double speed)
-    : fields_(decodeModeCode(code)), speed_(fields_.srcStage == 0 ? 1.0 : speed),
+    : fields_(decodeModeCode(code)), speed_(fields_.srcStage == ConversionStage::none ? 1.0 : speed),
       // In the middle of a segment, so that calls in either direction stay inside it.
       start_(Cache::segmentLength / 2), subSampleStep_(subSampleStep(speed_)),
       floatSpeed_(static_cast<float>(speed_)), params_{.source = &record_,

@@ -9,9 +9,7 @@ install(TARGETS audlmd_tool)
 # Includes are relative to the root of the tree, and stay so below include/audlmd.
 set(includeDir ${CMAKE_INSTALL_INCLUDEDIR}/audlmd)
 install(DIRECTORY host ole loop_modes DESTINATION ${includeDir}
-    FILES_MATCHING PATTERN "*.hpp" PATTERN "Aud__RenderIterators" PATTERN "OrvModeMeta"
-    PATTERN "registration" EXCLUDE
-    PATTERN "render_functions" EXCLUDE)
+    FILES_MATCHING PATTERN "*.hpp" PATTERN "Aud__RenderIterators" PATTERN "OrvModeMeta")
 # Of the stand-alone host, what a program needs; the other headers are its own.
 foreach(header
         cache/MaterialCache cache/SampleSource cache/SoundFile

@@ -8,8 +8,9 @@
 
 namespace Aud::Render {
 
-template <std::size_t Index, class... Types>
-using Pick = std::tuple_element_t<Index, std::tuple<Types...>>;
+/// The type that a field of the mode selects: the one at the place of the field's value.
+template <auto Choice, class... Types>
+using Pick = std::tuple_element_t<static_cast<std::size_t>(Choice), std::tuple<Types...>>;
 
 /// The layers of a mode's chain, inner to outer. Each wraps the one before it, or is the same type where the
 /// mode adds nothing.
@@ -18,8 +19,11 @@ requires(isValidModeCode(N)) struct ChainLayers {
 private:
     static constexpr ModeFields fields = decodeModeCode(N);
     static constexpr EnvelopeStage stage = envelopeStages[fields.envelopeStage];
-    static constexpr std::size_t level =
-        fields.levelStage == 1 ? 2 + fields.dynamicLevelDirection : fields.levelStage / 2;
+
+    template <class Inner>
+    using DynamicLevel =
+        Pick<fields.dynamicLevelDirection, DynamicLevelControl::ReverseDynamicLevelApplyingIterator<Inner>,
+             DynamicLevelControl::ForwardsDynamicLevelApplyingIterator<Inner>>;
 
 public:
     using Source = Pick<fields.direction, SampleCache::ReverseIterator, SampleCache::ForwardIterator>;
@@ -27,19 +31,18 @@ public:
     using Filter = Pick<fields.filterStage, NullIterator<Source>, MultiBandBiquadApplyingIterator<Source>>;
 
     using Envelope =
-        Pick<static_cast<std::size_t>(stage.envelope), Filter,
+        Pick<stage.envelope, Filter,
              EnvelopeApplyingIterator<Filter, EnvelopeTraits::SimpleRamp<GainCurve::eMixerStyleLog>>,
              EnvelopeApplyingIterator<Filter, EnvelopeTraits::SimpleRamp<GainCurve::eConstantPower>>,
              EnvelopeApplyingIterator<Filter, EnvelopeTraits::RampHold>,
              EnvelopeApplyingIterator<Filter, EnvelopeTraits::HoldRamp>,
              EnvelopeApplyingIterator<Filter, EnvelopeTraits::RampHoldRamp>>;
 
-    using MiddleLevel = Pick<static_cast<std::size_t>(stage.middleLevel), NullIterator<Envelope>,
-                             FixedLevelApplyingIterator<Envelope>, Envelope>;
+    using MiddleLevel =
+        Pick<stage.middleLevel, NullIterator<Envelope>, FixedLevelApplyingIterator<Envelope>, Envelope>;
 
-    using OuterLevel = Pick<level, NullIterator<MiddleLevel>, FixedLevelApplyingIterator<MiddleLevel>,
-                            DynamicLevelControl::ReverseDynamicLevelApplyingIterator<MiddleLevel>,
-                            DynamicLevelControl::ForwardsDynamicLevelApplyingIterator<MiddleLevel>>;
+    using OuterLevel = Pick<fields.levelStage, NullIterator<MiddleLevel>, DynamicLevel<MiddleLevel>,
+                            FixedLevelApplyingIterator<MiddleLevel>>;
 
     using Conversion =
         Pick<fields.srcStage, OuterLevel, LinearSRCIterator<OuterLevel>, FilteringSRCIterator<OuterLevel>>;

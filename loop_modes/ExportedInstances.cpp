@@ -7,7 +7,7 @@ namespace Aud {
 SampleCache::ForwardIterator::ForwardIterator(const ForwardIterator&) = default;
 SampleCache::ReverseIterator::ReverseIterator(const ReverseIterator&) = default;
 
-template float Filter::MultiBandBiquad<5u>::processSample(float);
+template float Filter::MultiBandBiquad<5U>::processSample(float);
 
 namespace {
 

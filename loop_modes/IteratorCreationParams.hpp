@@ -1,13 +1,28 @@
 #pragma once
 
+#include "host/Biquad.hpp"
+#include "host/DynamicLevel.hpp"
+#include "host/Identity.hpp"
 #include "host/OutputGearing.hpp"
 #include "host/SampleCache.hpp"
-#include "loop_modes/PerSourceRecord.hpp"
+#include "ole/Aud/EnvelopeParameters.hpp"
+#include "ole/Aud/FilteringSRCState.hpp"
 #include "ole/Aud/SubSamplePos.hpp"
 
 #include <cstdint>
 
 namespace Aud::Render {
+
+/// What the host keeps for one source that it plays: settings, and the state that carries on from one render
+/// call to the next. The order of the members is part of the contract.
+struct PerSourceRecord {
+    EnvelopeParameters envelope{};
+    ce_handle strip;
+    FilteringSRCState srcState;
+    Filter::MultiBandBiquad<5U> equaliser;
+    float outerLevelUValue = 1.0F;
+    DynamicLevelControl::DynamicLevelApplyingIteratorState dynamicLevel;
+};
 
 /// One render request. All that it points to is the host's and outlives the call. The record itself is never
 /// written, and a field that the mode does not read may be left unset.

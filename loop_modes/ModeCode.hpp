@@ -4,20 +4,32 @@
 
 namespace Aud::Render {
 
-/// The mode code, read as its six fields. The numbers are those of the code; `envelopeStage` indexes
-/// envelopeStages.
+// The values of the fields are the numbers in the code.
+
+/// The way in which the source is read.
+enum class Direction : unsigned int { reverse = 0, forward = 1 };
+
+/// The outer level.
+enum class LevelStage : unsigned int { none = 0, dynamic = 1, fixed = 2 };
+
+enum class FilterStage : unsigned int { none = 0, equaliser = 1 };
+
+/// The speed converter.
+enum class ConversionStage : unsigned int { none = 0, linear = 1, filtering = 2 };
+
+/// The way in which a dynamic level walks its nodes. It is independent of the source's direction.
+enum class DynamicLevelDirection : unsigned int { reverse = 0, forwards = 1 };
+
+/// The six fields of a mode code.
 struct ModeFields {
-    /// 0 reads the source backwards, 1 forwards.
-    unsigned int direction;
-    /// 0 none, 1 dynamic, 2 fixed.
-    unsigned int levelStage;
-    /// 0 none, 1 the equaliser.
-    unsigned int filterStage;
-    /// 0 none, 1 linear, 2 filtering.
-    unsigned int srcStage;
+    Direction direction;
+    LevelStage levelStage;
+    FilterStage filterStage;
+    ConversionStage srcStage;
+    /// Indexes envelopeStages.
     unsigned int envelopeStage;
-    /// 0 walks the level's nodes backwards, 1 forwards; without meaning unless levelStage is 1.
-    unsigned int dynamicLevelDirection;
+    /// Has a meaning only where levelStage is dynamic.
+    DynamicLevelDirection dynamicLevelDirection;
 
     friend constexpr bool operator==(const ModeFields&, const ModeFields&) = default;
 };
@@ -57,19 +69,21 @@ inline constexpr std::array<EnvelopeStage, 12> envelopeStages{{
     {EnvelopeKind::rampHoldRamp, MiddleLevelKind::fixed},
 }};
 
-inline constexpr unsigned long largestModeCode = 1751;
+/// The first code with a bit that no field has.
+inline constexpr unsigned long modeCodeLimit = 1UL << 11;
 
-/// Reads the fields of any code below 2048, valid or not.
+/// Reads the fields of any code below modeCodeLimit, valid or not. A field of two bits may then hold 3, which
+/// has no name.
 constexpr ModeFields decodeModeCode(unsigned long code) {
     const auto bits = [code](unsigned int lowest, unsigned int mask) {
         return static_cast<unsigned int>(code >> lowest) & mask;
     };
-    return {.direction = bits(10, 1),
-            .levelStage = bits(8, 3),
-            .filterStage = bits(7, 1),
-            .srcStage = bits(5, 3),
+    return {.direction = Direction{bits(10, 1)},
+            .levelStage = LevelStage{bits(8, 3)},
+            .filterStage = FilterStage{bits(7, 1)},
+            .srcStage = ConversionStage{bits(5, 3)},
             .envelopeStage = bits(1, 15),
-            .dynamicLevelDirection = bits(0, 1)};
+            .dynamicLevelDirection = DynamicLevelDirection{bits(0, 1)}};
 }
 
 constexpr unsigned long encodeModeCode(const ModeFields& fields) {
@@ -77,20 +91,27 @@ constexpr unsigned long encodeModeCode(const ModeFields& fields) {
            static_cast<unsigned long>(fields.levelStage) << 8 |
            static_cast<unsigned long>(fields.filterStage) << 7 |
            static_cast<unsigned long>(fields.srcStage) << 5 |
-           static_cast<unsigned long>(fields.envelopeStage) << 1 | fields.dynamicLevelDirection;
+           static_cast<unsigned long>(fields.envelopeStage) << 1 |
+           static_cast<unsigned long>(fields.dynamicLevelDirection);
 }
 
-/// Whether the code names a chain: a two-bit field never holds 3.
+/// Whether the code names a chain.
 constexpr bool isValidModeCode(unsigned long code) {
     const ModeFields fields = decodeModeCode(code);
-    return code <= largestModeCode && fields.levelStage < 3 && fields.srcStage < 3 &&
-           fields.envelopeStage < envelopeStages.size();
+    return code < modeCodeLimit && fields.levelStage <= LevelStage::fixed &&
+           fields.srcStage <= ConversionStage::filtering && fields.envelopeStage < envelopeStages.size();
 }
+
+/// 1751: every field at its largest.
+inline constexpr unsigned long largestModeCode =
+    encodeModeCode({Direction::forward, LevelStage::fixed, FilterStage::equaliser, ConversionStage::filtering,
+                    envelopeStages.size() - 1, DynamicLevelDirection::forwards});
 
 /// Whether the code names the same chain as the even code before it.
 constexpr bool isTwinOfEvenCode(unsigned long code) {
     const ModeFields fields = decodeModeCode(code);
-    return fields.dynamicLevelDirection == 1 && fields.levelStage != 1;
+    return fields.dynamicLevelDirection == DynamicLevelDirection::forwards &&
+           fields.levelStage != LevelStage::dynamic;
 }
 
 } // namespace Aud::Render

@@ -27,9 +27,9 @@ private:
     using Layers = ChainLayers<N>;
     static constexpr ModeFields fields = decodeModeCode(N);
     static constexpr EnvelopeStage stage = envelopeStages[fields.envelopeStage];
-    static constexpr bool forward = fields.direction == 1;
-    static constexpr bool linear = fields.srcStage == 1;
-    static constexpr bool filtering = fields.srcStage == 2;
+    static constexpr bool forward = fields.direction == Direction::forward;
+    static constexpr bool linear = fields.srcStage == ConversionStage::linear;
+    static constexpr bool filtering = fields.srcStage == ConversionStage::filtering;
 
     explicit SourceIteratorMaker(const IteratorCreationParams& params)
         : record_(*params.source), cache_(*params.cache), gearing_(*params.gearing),
@@ -40,7 +40,7 @@ private:
             envelope_ = record_.envelope;
         if constexpr (stage.middleLevel == MiddleLevelKind::fixed)
             middleLevelUValue_ = record_.envelope.levelUValue;
-        if constexpr (fields.levelStage == 2)
+        if constexpr (fields.levelStage == LevelStage::fixed)
             outerLevelUValue_ = record_.outerLevelUValue;
         if constexpr (linear || filtering)
             subSampleStart_ = *params.subSampleStart;
@@ -71,7 +71,7 @@ private:
 
     [[gnu::always_inline]] typename Layers::Filter makeFilter() const {
         const typename Layers::Source source = makeSource();
-        if constexpr (fields.filterStage == 1)
+        if constexpr (fields.filterStage == FilterStage::equaliser)
             return {source, &record_.equaliser};
         else
             return typename Layers::Filter(source);
@@ -110,9 +110,9 @@ private:
     [[gnu::always_inline]] typename Layers::OuterLevel makeOuterLevel() const {
         using OuterLevel = typename Layers::OuterLevel;
         const typename Layers::MiddleLevel middleLevel = makeMiddleLevel();
-        if constexpr (fields.levelStage == 2)
+        if constexpr (fields.levelStage == LevelStage::fixed)
             return OuterLevel(middleLevel, outerLevelUValue_);
-        else if constexpr (fields.levelStage == 1)
+        else if constexpr (fields.levelStage == LevelStage::dynamic)
             return OuterLevel(middleLevel, record_.dynamicLevel);
         else
             return OuterLevel(middleLevel);

@@ -31,8 +31,8 @@ float gainOf(std::uint32_t curve, float u) {
     const Aud::GainCurve::CurveNode* const nodes =
         mixer ? Aud::GainCurve::MixerStyleLog1_Private::UVal2Mag_CurveNodes
               : Aud::GainCurve::ConstantPower1_Private::UVal2Mag_CurveNodes;
-    const float limit = std::bit_cast<float>(mixer ? 0x3FC00000u : 0x3F800000u);
-    const float spacing = std::bit_cast<float>(mixer ? 0x3A83126Fu : 0x3C23D70Au);
+    const float limit = std::bit_cast<float>(mixer ? 0x3FC00000U : 0x3F800000U);
+    const float spacing = std::bit_cast<float>(mixer ? 0x3A83126FU : 0x3C23D70AU);
     const int lastNode = mixer ? 1501 : 100;
     int node = 0;
     if (u > limit) {
@@ -78,7 +78,7 @@ struct Source {
           place(host.makeIterator(forward, start,
                                   Script::rightObjects |
                                       (forward ? std::uint64_t{*params.forwardArgument} << 32 : 0) |
-                                      (*params.requestFlag ? 2u : 1u))),
+                                      (*params.requestFlag ? 2U : 1U))),
           current((host.beginHostWork(), host), place.segment), waits(*params.requestFlag) {
         for (std::uint32_t i = 0; forward && i < *params.forwardArgument; ++i)
             held.emplace_back(host, static_cast<int>(i));

@@ -67,10 +67,10 @@ struct HostFailure {
 
 /// All NaNs are one: their signs and payloads are nobody's contract.
 inline std::uint32_t bitsOf(float x) {
-    return x != x ? 0x7FC00000u : std::bit_cast<std::uint32_t>(x);
+    return x != x ? 0x7FC00000U : std::bit_cast<std::uint32_t>(x);
 }
 inline std::uint64_t bitsOf(double x) {
-    return x != x ? 0x7FF8000000000000u : std::bit_cast<std::uint64_t>(x);
+    return x != x ? 0x7FF8000000000000U : std::bit_cast<std::uint64_t>(x);
 }
 
 /// Where an iterator stands: a segment by its number (-1: the empty handle) and an index in it.

@@ -12,7 +12,7 @@ namespace {
 
 using Aud::SampleCacheSegment;
 using Aud::Render::FilteringSRCState;
-using Equaliser = Aud::Filter::MultiBandBiquad<5u>;
+using Equaliser = Aud::Filter::MultiBandBiquad<5U>;
 
 /// The calls of `count` source samples.
 template <bool Forward, bool Equalised>
@@ -48,7 +48,7 @@ Floor::Floor(Request& request)
     : fields_(request.fields()), speed_(request.speed()),
       segment_(request.cache().segmentAt(*request.params().startPosition)),
       equaliser_(request.record().equaliser) {
-    if (fields_.srcStage != 2)
+    if (fields_.srcStage != Aud::Render::ConversionStage::filtering)
         return;
     resampler_.handle = resample_open(0, 1.0 / cfgAudioPlaybackSpeedLimit, 1024.0);
     resampler_.factor = 1.0 / speed_;
@@ -62,8 +62,9 @@ Floor::~Floor() {
 
 void Floor::run(unsigned int count) {
     constexpr unsigned int block = FilteringSRCState::blockLength;
-    const auto makeCalls = sourceCalls[fields_.direction][fields_.filterStage];
-    if (fields_.srcStage < 2)
+    const auto makeCalls = sourceCalls[static_cast<std::size_t>(fields_.direction)]
+                                      [static_cast<std::size_t>(fields_.filterStage)];
+    if (fields_.srcStage != Aud::Render::ConversionStage::filtering)
         return makeCalls(segment_, equaliser_, static_cast<unsigned int>(count * speed_));
     for (; count != 0; --count) {
         int used = 0;

@@ -26,7 +26,7 @@ private:
     Aud::Render::ModeFields fields_;
     double speed_;
     const Aud::SampleCacheSegment& segment_;
-    Aud::Filter::MultiBandBiquad<5u> equaliser_;
+    Aud::Filter::MultiBandBiquad<5U> equaliser_;
     Aud::Render::FilteringSRCState resampler_;
 };
 

@@ -7,10 +7,9 @@
 #include "loop_modes/OutputTypes.hpp"
 #include "ole/Orv/OrvModeMeta"
 
-#include <dlfcn.h>
-
 #include <cstddef>
 #include <cstdio>
+#include <dlfcn.h>
 #include <tuple>
 
 namespace {

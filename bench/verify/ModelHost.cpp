@@ -9,13 +9,13 @@
 
 namespace {
 
-Aud::Filter::MultiBandBiquad<5u>* currentEqualiser = nullptr;
+Aud::Filter::MultiBandBiquad<5U>* currentEqualiser = nullptr;
 
 } // namespace
 
 namespace Bench {
 
-ModelHost::ModelHost(const Cache& cache, Aud::Filter::MultiBandBiquad<5u>& equaliser) : cache_(cache) {
+ModelHost::ModelHost(const Cache& cache, Aud::Filter::MultiBandBiquad<5U>& equaliser) : cache_(cache) {
     currentEqualiser = &equaliser;
 }
 

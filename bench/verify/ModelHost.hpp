@@ -9,7 +9,7 @@ namespace Bench {
 /// The host that the model asks, answering as the host of the benchmarks does. One at a time.
 class ModelHost {
 public:
-    ModelHost(const Cache& cache, Aud::Filter::MultiBandBiquad<5u>& equaliser);
+    ModelHost(const Cache& cache, Aud::Filter::MultiBandBiquad<5U>& equaliser);
     ModelHost(const ModelHost&) = delete;
     ModelHost& operator=(const ModelHost&) = delete;
     ~ModelHost();

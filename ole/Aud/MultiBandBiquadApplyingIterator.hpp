@@ -27,7 +27,7 @@ namespace Render {
 template <WrappableLayer Source>
 class MultiBandBiquadApplyingIterator {
 public:
-    MultiBandBiquadApplyingIterator(const Source& source, Filter::MultiBandBiquad<5u>* equaliser)
+    MultiBandBiquadApplyingIterator(const Source& source, Filter::MultiBandBiquad<5U>* equaliser)
         : source_(source), equaliser_(equaliser) {}
 
     [[gnu::always_inline]] float operator*() const { return equaliser_->getLastProcessSampleResult(); }
@@ -42,7 +42,7 @@ public:
 
 private:
     Source source_;
-    Filter::MultiBandBiquad<5u>* equaliser_;
+    Filter::MultiBandBiquad<5U>* equaliser_;
 };
 
 } // namespace Render

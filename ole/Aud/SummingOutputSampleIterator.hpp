@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ole/Aud/SampleConversion.hpp"
+#include "ole/Aud/SampleEncoding.hpp"
 
 #include <type_traits>
 
@@ -17,9 +17,9 @@ public:
 
     /// The sum is made in single precision, then converted as if written.
     [[gnu::always_inline]] void sumAndStore(float x) {
-        using Conversion = SampleConversion<Format>;
-        const float sum = Conversion::load(*position_) + x;
-        Conversion::store(sum, *position_);
+        using Encoding = SampleEncoding<Format>;
+        const float sum = Encoding::load(*position_) + x;
+        Encoding::store(sum, *position_);
     }
 
     [[gnu::always_inline]] SummingOutputSampleIterator& operator++() {
@@ -36,7 +36,7 @@ private:
 /// Writes one sample and moves the caller's position past it.
 template <class Format>
 [[gnu::always_inline]] inline void deliver(float x, Format*& out) {
-    SampleConversion<Format>::store(x, *out);
+    SampleEncoding<Format>::store(x, *out);
     ++out;
 }
 

@@ -1,5 +1,4 @@
 #include "host/SampleCache.hpp"
-
 #include "ole/Aud/Wrapping.hpp"
 #include "standalone/cache/CacheCore.hpp"
 #include "standalone/cache/MaterialCache.hpp"

@@ -12,18 +12,19 @@ std::string whyNoSuchMode(unsigned long code) {
     const std::string invalid = mode + " names no mode: ";
     if (isValidModeCode(code))
         return mode + " is valid, but no library that registers a render function for it is loaded";
-    const auto tooLarge = [&](const char* field, const char* bits, unsigned int value, std::size_t largest) {
-        return invalid + field + " (bits " + bits + ") is " + std::to_string(value) + ", at most " +
-               std::to_string(largest) + " is possible";
+    if (code >= modeCodeLimit)
+        return invalid + "the largest is " + std::to_string(largestModeCode);
+    const auto tooLarge = [&](const char* field, const char* bits, auto value, auto largest) {
+        return invalid + field + " (bits " + bits + ") is " +
+               std::to_string(static_cast<unsigned int>(value)) + ", at most " +
+               std::to_string(static_cast<unsigned int>(largest)) + " is possible";
     };
     const ModeFields fields = decodeModeCode(code);
-    if (code < 2048 && fields.envelopeStage >= envelopeStages.size())
+    if (fields.envelopeStage >= envelopeStages.size())
         return tooLarge("envelopeStage", "1 to 4", fields.envelopeStage, envelopeStages.size() - 1);
-    if (code < 2048 && fields.srcStage > 2)
-        return tooLarge("srcStage", "5 and 6", fields.srcStage, 2);
-    if (code < 2048 && fields.levelStage > 2)
-        return tooLarge("levelStage", "8 and 9", fields.levelStage, 2);
-    return invalid + "the largest is " + std::to_string(largestModeCode);
+    if (fields.srcStage > ConversionStage::filtering)
+        return tooLarge("srcStage", "5 and 6", fields.srcStage, ConversionStage::filtering);
+    return tooLarge("levelStage", "8 and 9", fields.levelStage, LevelStage::fixed);
 }
 
 } // namespace audlmd

@@ -82,7 +82,7 @@ double responseDb(std::span<const EqualiserBand> bands, double frequency, double
     return sum;
 }
 
-void setBands(Aud::Filter::MultiBandBiquad<5u>& equaliser, std::span<const EqualiserBand> bands,
+void setBands(Aud::Filter::MultiBandBiquad<5U>& equaliser, std::span<const EqualiserBand> bands,
               double sampleRate) {
     if (bands.size() > equaliserBandCount)
         refuse("an equaliser has at most ", equaliserBandCount, " bands, not ", bands.size());

@@ -37,7 +37,7 @@ double responseDb(std::span<const EqualiserBand> bands, double frequency, double
 
 /// Gives the bands to the sections from the first on; the others pass samples through. Forgets all samples.
 /// Throws std::invalid_argument for more than five bands, or as sectionOf does.
-void setBands(Aud::Filter::MultiBandBiquad<5u>& equaliser, std::span<const EqualiserBand> bands,
+void setBands(Aud::Filter::MultiBandBiquad<5U>& equaliser, std::span<const EqualiserBand> bands,
               double sampleRate);
 
 } // namespace audlmd

@@ -100,9 +100,9 @@ std::vector<RecordNumber> StripPlayer::recordNumbers() const {
         addEnvelope(list, envelope_.kind(), stretch.envelope);
     if (settings_.middleLevel)
         list.addLevel("envelope.levelUValue", stretch.envelope.levelUValue);
-    if (fields.levelStage == 2)
+    if (fields.levelStage == Aud::Render::LevelStage::fixed)
         list.addLevel("outerLevelUValue", record_.outerLevelUValue);
-    if (fields.levelStage == 1) {
+    if (fields.levelStage == Aud::Render::LevelStage::dynamic) {
         Aud::DynamicLevelControl::DynamicLevelApplyingIteratorState level;
         settings_.automation->automation.place(level, levelPosition(stretch.firstSample),
                                                settings_.automation->direction);

@@ -3,9 +3,10 @@
 #include "ole/Aud/SampleCacheIterators.hpp"
 #include "standalone/signal/Speed.hpp"
 
+#include <libresample.h>
+
 #include <algorithm>
 #include <cmath>
-#include <libresample.h>
 #include <limits>
 #include <stdexcept>
 #include <utility>
@@ -65,15 +66,19 @@ StripPlayer::~StripPlayer() {
 }
 
 void StripPlayer::chooseMode() {
-    Aud::Render::ModeFields fields{};
-    fields.direction = settings_.reverse ? 0 : 1;
-    fields.filterStage = settings_.equaliser.empty() ? 0 : 1;
-    fields.srcStage = static_cast<unsigned int>(settings_.converter);
+    using namespace Aud::Render;
+    ModeFields fields{};
+    using Direction = Aud::Render::Direction;
+    fields.direction = settings_.reverse ? Direction::reverse : Direction::forward;
+    fields.filterStage = settings_.equaliser.empty() ? FilterStage::none : FilterStage::equaliser;
+    fields.srcStage = settings_.converter;
     if (settings_.automation) {
-        fields.levelStage = 1;
-        fields.dynamicLevelDirection = settings_.automation->direction == WalkDirection::forwards ? 1 : 0;
+        fields.levelStage = LevelStage::dynamic;
+        fields.dynamicLevelDirection = settings_.automation->direction == WalkDirection::forwards
+                                           ? DynamicLevelDirection::forwards
+                                           : DynamicLevelDirection::reverse;
     } else if (settings_.outerLevel) {
-        fields.levelStage = 2;
+        fields.levelStage = LevelStage::fixed;
     }
     const auto codeWith = [&](EnvelopeKind envelope) {
         const auto& stages = Aud::Render::envelopeStages;

@@ -18,13 +18,9 @@
 
 namespace audlmd {
 
-enum class Converter {
-    none,
-    /// Straight lines between neighbouring samples: cheap, at any speed.
-    linear,
-    /// Band-limited: clean, at speeds up to the configured limit.
-    filtering,
-};
+/// Linear: straight lines between neighbouring samples; cheap, at any speed. Filtering: band-limited; clean,
+/// at speeds up to the configured limit.
+using Converter = Aud::Render::ConversionStage;
 
 /// An automation and how it is walked. Its positions are source samples from the start of the range; walked
 /// backwards, the first sample delivered has the level of the range's last position.

@@ -1,8 +1,9 @@
-#include <bit>
-#include <cstdio>
 #include <standalone/cache/MaterialCache.hpp>
 #include <standalone/services/Identities.hpp>
 #include <standalone/signal/StripPlayer.hpp>
+
+#include <bit>
+#include <cstdio>
 
 int main() {
     const Cookie cookie{.material = audlmd::makeUuid()};

@@ -5,12 +5,12 @@
 #include "ole/Orv/OrvModeMeta"
 #include "tests/library/host/LoadLog.hpp"
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <dlfcn.h>
 #include <set>
 #include <utility>
 
@@ -112,7 +112,7 @@ TEST_F(Load, FillsTheTablesUnitByUnitAndReadsTheSettingLast) {
     log.onFormat = nullptr;
 
     EXPECT_TRUE(holdExactly(allSlots(), 864));
-    ASSERT_EQ(formatsOfUnits.size(), 10u);
+    ASSERT_EQ(formatsOfUnits.size(), 10U);
     for (const auto& formats : formatsOfUnits) {
         EXPECT_EQ(formats, formatsOfUnits.front());
         EXPECT_TRUE(
@@ -124,11 +124,11 @@ TEST_F(Load, FillsTheTablesUnitByUnitAndReadsTheSettingLast) {
 
     std::set<const void*> functions;
     for (const Slots& slots : allSlots()) {
-        EXPECT_EQ(slots.size(), 1752u);
+        EXPECT_EQ(slots.size(), 1752U);
         functions.insert(slots.begin(), slots.end());
     }
     functions.erase(nullptr);
-    EXPECT_EQ(functions.size(), 12096u);
+    EXPECT_EQ(functions.size(), 12096U);
 
     EXPECT_GT(log.announcedFormats, 0);
     unload();
@@ -151,7 +151,7 @@ TEST_P(SpeedLimit, IsTheSettingWithinItsLimits) {
         LoadLog::get().speedLimitSetting = setting;
     ASSERT_NO_FATAL_FAILURE(load());
     EXPECT_EQ(*symbol<double>("cfgAudioPlaybackSpeedLimit"), limit);
-    EXPECT_LE(LoadLog::get().settingsRead.size(), 4u);
+    EXPECT_LE(LoadLog::get().settingsRead.size(), 4U);
 }
 
 INSTANTIATE_TEST_SUITE_P(Settings, SpeedLimit,
@@ -190,7 +190,7 @@ INSTANTIATE_TEST_SUITE_P(Settings, SpeedLimit,
 }
 
 TEST(LoadDeathTest, FailsWhereACodeIsAlreadyRegistered) {
-    for (std::size_t place : {0u, 1u, 2u, 6u, 12u, 13u, 37u, 99u, 100u, 431u, 432u, 799u, 800u, 863u})
+    for (std::size_t place : {0U, 1U, 2U, 6U, 12U, 13U, 37U, 99U, 100U, 431U, 432U, 799U, 800U, 863U})
         EXPECT_EXIT(loadWithOccupiedSlot(place, place % outputTypeCount), testing::ExitedWithCode(0), "")
             << "at place " << place;
 }
@@ -202,9 +202,9 @@ TEST(Despatcher, GrowsToTheLargestCodeAndKeepsTheFirstFunction) {
     Table table;
     EXPECT_EQ(table.find(24), nullptr);
     table.registerFunction(1751, first);
-    EXPECT_EQ(table.size(), 1752u);
+    EXPECT_EQ(table.size(), 1752U);
     table.registerFunction(7, second);
-    EXPECT_EQ(table.size(), 1752u);
+    EXPECT_EQ(table.size(), 1752U);
     EXPECT_EQ(table.find(24), nullptr);
     EXPECT_EQ(table.find(1752), nullptr);
     EXPECT_THROW(table.registerFunction(1751, second), Orv::Exception::RuntimeError);

@@ -6,14 +6,14 @@
 #include "model/RenderThroughTable.hpp"
 #include "model/Script.hpp"
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
-#include <linux/prctl.h>
-#include <pthread.h>
-#include <sys/prctl.h>
 
 #include <csignal>
 #include <cstdlib>
+#include <dlfcn.h>
+#include <linux/prctl.h>
+#include <pthread.h>
+#include <sys/prctl.h>
 
 namespace {
 
@@ -128,7 +128,7 @@ TEST_P(QuietLoop, NeitherAllocatesNorLocksNorCallsTheSystem) {
         // The first call opens the resampler; after that, what a call does must not depend on its length.
         source.render(GetParam(), code, buffer, 0);
         std::size_t counted[2][2] = {};
-        for (unsigned int i : {0u, 1u}) {
+        for (unsigned int i : {0U, 1U}) {
             allocations = locks = 0;
             systemCallsTrapped = 1;
             source.render(GetParam(), code, buffer, i == 0 ? 64 : 4096);
@@ -138,10 +138,10 @@ TEST_P(QuietLoop, NeitherAllocatesNorLocksNorCallsTheSystem) {
         }
         if (counted[0][0] != counted[1][0] || counted[0][1] != counted[1][1] || systemCalls != 0)
             ++differing;
-        EXPECT_LE(differing, 3u) << "code " << code;
+        EXPECT_LE(differing, 3U) << "code " << code;
         systemCalls = 0;
     }
-    EXPECT_EQ(differing, 0u) << "modes that allocate, lock or call the system";
+    EXPECT_EQ(differing, 0U) << "modes that allocate, lock or call the system";
 }
 
 TEST(QuietLoopCounters, CountWhatTheyStandFor) {
@@ -150,8 +150,8 @@ TEST(QuietLoopCounters, CountWhatTheyStandFor) {
     pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
     pthread_mutex_lock(&mutex);
     pthread_mutex_unlock(&mutex);
-    EXPECT_EQ(allocations, 1u);
-    EXPECT_EQ(locks, 1u);
+    EXPECT_EQ(allocations, 1U);
+    EXPECT_EQ(locks, 1U);
     std::signal(SIGSYS, &countSystemCall);
     ASSERT_EQ(prctl(PR_SET_SYSCALL_USER_DISPATCH, PR_SYS_DISPATCH_ON, 0, 0, &systemCallsTrapped), 0);
     systemCallsTrapped = 1;

@@ -1,7 +1,7 @@
 // Small units, where a sweep over whole chains would not say what is wrong.
 
 #include "loop_modes/ChainLayers.hpp"
-#include "loop_modes/PerSourceRecord.hpp"
+#include "loop_modes/IteratorCreationParams.hpp"
 #include "loop_modes/RegistrationOrder.hpp"
 #include "model/ModelModes.hpp"
 
@@ -51,7 +51,7 @@ std::set<std::type_index> distinctChains(std::index_sequence<Place...>) {
 }
 
 TEST(ModeCode, NamesFiveHundredAndSeventySixDistinctChains) {
-    EXPECT_EQ(distinctChains(std::make_index_sequence<validModeCount>()).size(), 576u);
+    EXPECT_EQ(distinctChains(std::make_index_sequence<validModeCount>()).size(), 576U);
 }
 
 TEST(ModeCode, IsValidWhereNoTernaryDigitIsThree) {
@@ -60,17 +60,17 @@ TEST(ModeCode, IsValidWhereNoTernaryDigitIsThree) {
         EXPECT_EQ(isValidModeCode(code), code < 1752 && modelIsValid(code)) << code;
         valid += isValidModeCode(code);
     }
-    EXPECT_EQ(valid, 864u);
+    EXPECT_EQ(valid, 864U);
     EXPECT_FALSE(isValidModeCode(static_cast<unsigned long>(-1)));
 }
 
 TEST(ModeCode, DecodesToFieldsThatEncodeToIt) {
-    const ModeFields fields{.direction = 1,
-                            .levelStage = 2,
-                            .filterStage = 0,
-                            .srcStage = 2,
+    const ModeFields fields{.direction = Direction::forward,
+                            .levelStage = LevelStage::fixed,
+                            .filterStage = FilterStage::none,
+                            .srcStage = ConversionStage::filtering,
                             .envelopeStage = 1,
-                            .dynamicLevelDirection = 1};
+                            .dynamicLevelDirection = DynamicLevelDirection::forwards};
     EXPECT_EQ(decodeModeCode(1603), fields);
     for (unsigned int code = 0; code < 2048; ++code)
         EXPECT_EQ(encodeModeCode(decodeModeCode(code)), code);

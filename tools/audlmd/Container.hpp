@@ -2,10 +2,11 @@
 
 #include "tools/audlmd/OutputFormat.hpp"
 
+#include <sndfile.h>
+
 #include <cstdint>
 #include <filesystem>
 #include <optional>
-#include <sndfile.h>
 #include <string>
 #include <string_view>
 

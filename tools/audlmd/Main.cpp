@@ -5,6 +5,7 @@
 #include "tools/audlmd/plot/PlotCommand.hpp"
 
 #include <CLI/CLI.hpp>
+
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>

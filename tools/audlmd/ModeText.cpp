@@ -12,7 +12,12 @@
 namespace audlmd::command {
 namespace {
 
+using Aud::Render::ConversionStage;
+using Aud::Render::Direction;
+using Aud::Render::DynamicLevelDirection;
 using Aud::Render::EnvelopeKind;
+using Aud::Render::FilterStage;
+using Aud::Render::LevelStage;
 using Aud::Render::MiddleLevelKind;
 using Aud::Render::ModeFields;
 
@@ -31,7 +36,8 @@ constexpr std::array<std::string_view, 6> envelopeTraits{"",         "SimpleRamp
                                                          "RampHold", "HoldRamp",      "RampHoldRamp"};
 
 template <std::size_t Size>
-std::string_view nameIn(const std::array<std::string_view, Size>& names, unsigned int value) {
+std::string_view nameIn(const std::array<std::string_view, Size>& names, auto field) {
+    const auto value = static_cast<std::size_t>(field);
     return value < Size ? names[value] : "not valid";
 }
 
@@ -45,12 +51,13 @@ std::string envelopeText(unsigned int stageNumber) {
 }
 
 std::string_view levelLayer(const ModeFields& fields) {
-    if (fields.levelStage == 2)
+    if (fields.levelStage == LevelStage::fixed)
         return "FixedLevelApplyingIterator";
-    if (fields.levelStage == 0)
+    if (fields.levelStage == LevelStage::none)
         return "NullIterator";
-    return fields.dynamicLevelDirection == 1 ? "DynamicLevelControl::ForwardsDynamicLevelApplyingIterator"
-                                             : "DynamicLevelControl::ReverseDynamicLevelApplyingIterator";
+    return fields.dynamicLevelDirection == DynamicLevelDirection::forwards
+               ? "DynamicLevelControl::ForwardsDynamicLevelApplyingIterator"
+               : "DynamicLevelControl::ReverseDynamicLevelApplyingIterator";
 }
 
 } // namespace
@@ -59,8 +66,9 @@ std::vector<std::string> chainLayers(unsigned long code) {
     const ModeFields fields = Aud::Render::decodeModeCode(code);
     const Aud::Render::EnvelopeStage stage = Aud::Render::envelopeStages[fields.envelopeStage];
     std::vector<std::string> layers;
-    if (fields.srcStage != 0)
-        layers.emplace_back(fields.srcStage == 1 ? "LinearSRCIterator" : "FilteringSRCIterator");
+    if (fields.srcStage != ConversionStage::none)
+        layers.emplace_back(fields.srcStage == ConversionStage::linear ? "LinearSRCIterator"
+                                                                       : "FilteringSRCIterator");
     layers.emplace_back(levelLayer(fields));
     if (stage.middleLevel != MiddleLevelKind::absent)
         layers.emplace_back(stage.middleLevel == MiddleLevelKind::fixed ? "FixedLevelApplyingIterator"
@@ -68,9 +76,10 @@ std::vector<std::string> chainLayers(unsigned long code) {
     if (stage.envelope != EnvelopeKind::none)
         layers.push_back("EnvelopeApplyingIterator, EnvelopeTraits::" +
                          std::string(envelopeTraits[static_cast<std::size_t>(stage.envelope)]));
-    layers.emplace_back(fields.filterStage == 1 ? "MultiBandBiquadApplyingIterator" : "NullIterator");
-    layers.emplace_back(fields.direction == 1 ? "SampleCache::ForwardIterator"
-                                              : "SampleCache::ReverseIterator");
+    layers.emplace_back(fields.filterStage == FilterStage::equaliser ? "MultiBandBiquadApplyingIterator"
+                                                                     : "NullIterator");
+    layers.emplace_back(fields.direction == Direction::forward ? "SampleCache::ForwardIterator"
+                                                               : "SampleCache::ReverseIterator");
     return layers;
 }
 
@@ -89,10 +98,9 @@ std::string chainType(unsigned long code) {
 
 std::string describeFields(const ModeFields& fields) {
     std::ostringstream text;
-    const auto row = [&text](const char* bits, const char* field, unsigned int value,
-                             std::string_view meaning) {
-        text << "  " << std::left << std::setw(10) << bits << std::setw(23) << field << std::setw(4) << value
-             << meaning << '\n';
+    const auto row = [&text](const char* bits, const char* field, auto value, std::string_view meaning) {
+        text << "  " << std::left << std::setw(10) << bits << std::setw(23) << field << std::setw(4)
+             << static_cast<unsigned int>(value) << meaning << '\n';
     };
     row("bit 10", "direction", fields.direction, nameIn(directions, fields.direction));
     row("bits 8-9", "levelStage", fields.levelStage, nameIn(levels, fields.levelStage));
@@ -100,8 +108,8 @@ std::string describeFields(const ModeFields& fields) {
     row("bits 5-6", "srcStage", fields.srcStage, nameIn(conversions, fields.srcStage));
     row("bits 1-4", "envelopeStage", fields.envelopeStage, envelopeText(fields.envelopeStage));
     row("bit 0", "dynamicLevelDirection", fields.dynamicLevelDirection,
-        fields.levelStage == 1 ? nameIn(directions, fields.dynamicLevelDirection)
-                               : "without effect: the level is not automated");
+        fields.levelStage == LevelStage::dynamic ? nameIn(directions, fields.dynamicLevelDirection)
+                                                 : "without effect: the level is not automated");
     return text.str();
 }
 

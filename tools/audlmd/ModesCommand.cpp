@@ -7,6 +7,7 @@
 #include "tools/audlmd/OutputFormat.hpp"
 
 #include <CLI/CLI.hpp>
+
 #include <algorithm>
 #include <charconv>
 #include <cstdio>

@@ -3,12 +3,13 @@
 #include "tools/audlmd/Container.hpp"
 #include "tools/audlmd/TemporaryFile.hpp"
 
+#include <sndfile.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <optional>
-#include <sndfile.h>
 #include <string>
 #include <vector>
 

@@ -11,6 +11,7 @@
 #include "tools/audlmd/RenderSettings.hpp"
 
 #include <CLI/CLI.hpp>
+
 #include <algorithm>
 #include <csignal>
 #include <cstdio>

@@ -2,9 +2,10 @@
 
 #include "tools/audlmd/CommandError.hpp"
 
+#include <climits>
+
 #include <array>
 #include <cerrno>
-#include <climits>
 #include <cstring>
 #include <fcntl.h>
 #include <string>

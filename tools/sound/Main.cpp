@@ -3,6 +3,7 @@
 #include "tools/sound/Page.hpp"
 
 #include <CLI/CLI.hpp>
+
 #include <cmath>
 #include <cstdio>
 #include <exception>

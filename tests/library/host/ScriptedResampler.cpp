@@ -2,10 +2,10 @@
 
 #include "model/Script.hpp"
 
-#include <dlfcn.h>
 #include <libresample.h>
 
 #include <algorithm>
+#include <dlfcn.h>
 #include <map>
 #include <tuple>
 
@@ -50,12 +50,12 @@ void Script::resample(void* handle, double factor, float* in, int length, int* u
         process(resampler.real.get(), factor, in, length, 0, used, out, 1);
         return;
     }
-    resampler.random = resampler.random * 1664525u + 1013904223u;
+    resampler.random = resampler.random * 1664525U + 1013904223U;
     const std::uint32_t dice = resampler.random >> 8;
     // Mostly a few samples, now and then all of them, or none.
     *used =
         static_cast<int>(dice % 16 == 0 ? static_cast<std::uint32_t>(length)
-                                        : dice / 16 % std::min(static_cast<std::uint32_t>(length) + 1, 5u));
+                                        : dice / 16 % std::min(static_cast<std::uint32_t>(length) + 1, 5U));
     if (dice / 4096 % 8 == 0)
         return;
     *out = in[0] * 0.75F + resampler.memory * 0.125F;

@@ -7,12 +7,12 @@
 #include "ole/Orv/OrvModeMeta"
 
 #include <gtest/gtest.h>
-#include <malloc.h>
 
 #include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <malloc.h>
 #include <sstream>
 #include <unistd.h>
 #include <utility>
@@ -242,7 +242,7 @@ void expectNoDifference(const std::vector<unsigned int>& codes, std::size_t outp
     for (unsigned int seed = 1; seed <= seeds; ++seed)
         for (unsigned int code : codes)
             expectNone(seed, code);
-    EXPECT_EQ(differing, 0u) << "cases differ";
+    EXPECT_EQ(differing, 0U) << "cases differ";
 }
 
 void expectNoDifferenceWhateverFails(const std::vector<unsigned int>& codes) {

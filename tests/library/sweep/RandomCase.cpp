@@ -59,14 +59,14 @@ float randomStep(Dice& dice) {
 }
 
 std::uint32_t randomLength(Dice& dice) {
-    return dice.oneIn(6) ? dice.pick({100000u, (1u << 24) + 1, 0xFFFFFFFFu}) : dice.roll(24);
+    return dice.oneIn(6) ? dice.pick({100000U, (1U << 24) + 1, 0xFFFFFFFFU}) : dice.roll(24);
 }
 
 /// Mostly what suits the mode; elapsed at and around each boundary of the phases.
 void randomEnvelope(Dice& dice, unsigned int code, std::uint32_t (&words)[10]) {
     static constexpr std::uint32_t tags[12] = {0, 0, 0, 0, 0, 0, 4, 5, 6, 4, 5, 6};
     const auto curve = [&dice] {
-        return dice.oneIn(40) ? dice.pick({0u, 4u, 0xFFFFFFFFu}) : dice.roll(3) + 1;
+        return dice.oneIn(40) ? dice.pick({0U, 4U, 0xFFFFFFFFU}) : dice.roll(3) + 1;
     };
     const std::uint32_t tag = dice.oneIn(40) ? dice.roll(8) : tags[code / 2 % 16];
     const std::uint32_t first = randomLength(dice);
@@ -86,7 +86,7 @@ void randomEnvelope(Dice& dice, unsigned int code, std::uint32_t (&words)[10]) {
         words[5] = first;
         words[6] = curve();
     }
-    words[0] = dice.pick({0u, first, first + hold, dice.roll(70), 0xFFFFFFFFu}) + dice.roll(3) - 1;
+    words[0] = dice.pick({0U, first, first + hold, dice.roll(70), 0xFFFFFFFFU}) + dice.roll(3) - 1;
 }
 
 Aud::SubSamplePos randomSubSamplePos(Dice& dice, bool isStep) {
@@ -122,7 +122,7 @@ void randomMaterial(Dice& dice, Script& script) {
     for (std::int64_t first = 0; first < script.materialLength;) {
         ScriptedSegment segment;
         segment.first = first;
-        const std::uint32_t wanted = least + dice.roll(dice.pick({1u, 5u, 100u}));
+        const std::uint32_t wanted = least + dice.roll(dice.pick({1U, 5U, 100U}));
         segment.length =
             static_cast<std::int32_t>(std::min<std::int64_t>(wanted, script.materialLength - first));
         first += segment.length;
@@ -161,9 +161,9 @@ Request randomRequest(Dice& dice, unsigned int code, const Script& script) {
         request.speed = nan; // Passes unbounded, and libresample is not made for it.
     randomEnvelope(dice, code, request.envelope);
     request.outerLevelUValue = randomUValue(dice);
-    request.count = dice.oneIn(4) ? dice.pick({0u, 1u, 2u, 130u}) : dice.roll(48);
+    request.count = dice.oneIn(4) ? dice.pick({0U, 1U, 2U, 130U}) : dice.roll(48);
     if (dice.oneIn(4))
-        request.throwAt = dice.roll(dice.pick({20u, 200u, 2000u}));
+        request.throwAt = dice.roll(dice.pick({20U, 200U, 2000U}));
     return request;
 }
 
@@ -178,12 +178,12 @@ RandomCase::RandomCase(std::uint64_t seedOfAll, unsigned int modeCode, std::size
     randomMaterial(dice, script);
     for (std::uint32_t nodes = dice.roll(5) + 1; nodes > 0; --nodes)
         script.levelSegments.push_back(
-            {dice.pick({1u, 2u, 7u, 30u}), randomUValue(dice), randomStep(dice), dice.oneIn(5)});
+            {dice.pick({1U, 2U, 7U, 30U}), randomUValue(dice), randomStep(dice), dice.oneIn(5)});
     for (BandState& band : script.bands)
         band = {dice.uniform(-1.0F, 1.0F), dice.uniform(-1.0F, 1.0F), dice.uniform(-1.0F, 1.0F)};
 
     record.strip = ce_handle(Script::cookie);
-    record.dynamicLevel.samplesToNextNode = dice.pick({0u, 1u, 2u, 9u, 100000u});
+    record.dynamicLevel.samplesToNextNode = dice.pick({0U, 1U, 2U, 9U, 100000U});
     record.dynamicLevel.uValue = randomUValue(dice);
     record.dynamicLevel.uValueStep = randomStep(dice);
     record.dynamicLevel.stationary = dice.pick<std::uint8_t>({0, 0, 0, 1, 255});

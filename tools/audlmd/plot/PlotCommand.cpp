@@ -8,6 +8,7 @@
 #include "tools/audlmd/plot/PictureFile.hpp"
 
 #include <CLI/CLI.hpp>
+
 #include <algorithm>
 #include <cstdint>
 #include <functional>

@@ -1,0 +1,15 @@
+# Libraries that bring no CMake package become imported targets here. Not through pkg-config: Debian's file of
+# libresample hands on the flags that the package was built with, and users of an installed tree need neither library.
+function(audlmd_find_library target library header)
+    find_library(${target}_LIBRARY ${library} REQUIRED)
+    find_path(${target}_INCLUDE_DIR ${header} REQUIRED)
+    mark_as_advanced(${target}_LIBRARY ${target}_INCLUDE_DIR)
+    add_library(${target}::${target} UNKNOWN IMPORTED)
+    set_target_properties(${target}::${target} PROPERTIES
+        IMPORTED_LOCATION ${${target}_LIBRARY}
+        INTERFACE_INCLUDE_DIRECTORIES ${${target}_INCLUDE_DIR})
+endfunction()
+
+audlmd_find_library(Resample resample libresample.h)
+audlmd_find_library(SndFile sndfile sndfile.h)
+find_package(Threads REQUIRED)

@@ -1,4 +1,0 @@
-#include "loop_modes/RegistrationUnit.hpp"
-
-[[gnu::init_priority(Aud::Render::initialiserPriority(1))]] static const Aud::Render::RegistrationUnit<1>
-    unit;

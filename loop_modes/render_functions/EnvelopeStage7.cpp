@@ -1,3 +1,0 @@
-#include "loop_modes/RenderFunctionGroup.hpp"
-
-template class Aud::Render::LoopModesDespatch::RenderFunctionGroup<7>;

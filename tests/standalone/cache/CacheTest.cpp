@@ -1,0 +1,81 @@
+#include "tests/standalone/cache/TestMaterial.hpp"
+
+namespace audlmd::test {
+namespace {
+
+using testing::ElementsAre;
+
+TEST(Cache, LoadsAheadOfTheReaderInItsDirection) {
+    const auto readsOf = [](std::size_t count, std::int64_t position, const ReaderOptions& options = {}) {
+        MaterialCache cache({.segmentLength = 10, .loaderThreads = 1, .segmentsAhead = 2});
+        const auto source = addRamp(cache, 1000);
+        read(cache, position, 0, options);
+        return source->awaitReads(count);
+    };
+    EXPECT_THAT(readsOf(3, 507), ElementsAre(500, 510, 520));
+    EXPECT_THAT(readsOf(3, 507, {.reverse = true}), ElementsAre(500, 490, 480));
+    EXPECT_THAT(readsOf(4, 507, {.gearing = -1.5}), ElementsAre(500, 510, 520, 530));
+    EXPECT_THAT(readsOf(3, -3, {.extra = 3}), ElementsAre(0, 10, 20));
+    EXPECT_THAT(readsOf(2, 1200, {.reverse = true}), ElementsAre(990, 980));
+}
+
+TEST(Cache, ServesWhoWaitsFirstAndOthersWhileAResourceIsBusy) {
+    MaterialCache cache({.segmentLength = 10, .loaderThreads = 2, .segmentsAhead = 3});
+    const auto busy = addRamp(cache, 1000);
+    busy->isExclusive = true;
+    addRamp(cache, 20, 1);
+    std::unique_lock held(busy->gate);
+    for (const std::int64_t position : {0, 500, 30})
+        read(cache, position, 0);
+    busy->awaitReads(1);
+    EXPECT_EQ(read(cache, 15, 5, {.channel = 1}), expectedRead(20, 15, 5));
+    held.unlock();
+    EXPECT_THAT(busy->awaitReads(9), ElementsAre(0, 500, 30, 10, 20, 510, 520, 530, 40));
+}
+
+TEST(Cache, FillsItsBudgetAndLoadsEachSegmentOnce) {
+    // Where it holds no segment at all, the one that is read is kept beyond it.
+    for (const std::size_t segments : {8U, 0U}) {
+        MaterialCache cache({.segmentLength = 100, .memoryBudget = segments * 100 * sizeof(float)});
+        addRamp(cache, 20050);
+        EXPECT_EQ(read(cache, 0, 20050, {.extra = 2}), ramp(20050));
+        EXPECT_EQ(cache.usage().peakBytes, std::max(segments, std::size_t{1}) * 100 * sizeof(float));
+        EXPECT_EQ(cache.usage().segmentsLoaded, 201U);
+        cache.remove(cookieOf(0));
+        EXPECT_EQ(cache.usage().residentBytes, 0U);
+    }
+}
+
+TEST(Cache, DropsTheLeastRecentlyUsedSegment) {
+    MaterialCache cache({.segmentLength = 10, .memoryBudget = 3 * 10 * sizeof(float), .segmentsAhead = 0});
+    addRamp(cache, 100);
+    std::vector<std::uint64_t> loads;
+    // 30 takes the place of the segment at 10.
+    for (const std::int64_t position : {0, 10, 20, 5, 30, 0, 20, 10}) {
+        EXPECT_EQ(read(cache, position, 1), expectedRead(100, position, 1));
+        loads.push_back(cache.usage().segmentsLoaded);
+    }
+    EXPECT_THAT(loads, ElementsAre(1, 2, 3, 3, 4, 4, 4, 5));
+}
+
+TEST(Cache, NeverDropsWhatAReaderHolds) {
+    MaterialCache cache({.segmentLength = 10, .memoryBudget = 6 * 10 * sizeof(float), .segmentsAhead = 1});
+    addRamp(cache, 2000);
+    auto holder = forwardReader(cache, 0, {.wait = false, .extra = 2});
+    EXPECT_EQ(read(cache, 0, 30), ramp(30));
+    read(cache, 2000, 1950, {.reverse = true});
+    EXPECT_EQ(take(holder, 30), ramp(30));
+    EXPECT_EQ(cache.statistics(cookieOf(0)).underrunSamples, 0U);
+}
+
+TEST(Cache, RefusesWhatItCannotHold) {
+    EXPECT_THROW(MaterialCache({.segmentLength = 0}), std::invalid_argument);
+    EXPECT_THROW(MaterialCache({.loaderThreads = 0}), std::invalid_argument);
+    MaterialCache cache;
+    addRamp(cache, 1);
+    EXPECT_THROW(addRamp(cache, 1), std::invalid_argument);
+    EXPECT_THROW(forwardReader(cache, 0, {.channel = 7}), UnknownMaterial);
+}
+
+} // namespace
+} // namespace audlmd::test

@@ -1,0 +1,121 @@
+#include "tests/standalone/cache/TestMaterial.hpp"
+
+#include <future>
+#include <optional>
+#include <random>
+#include <thread>
+
+namespace audlmd::test {
+namespace {
+
+using testing::Each;
+using testing::Pair;
+
+TEST(Reader, FindsEverySampleFromAnyPositionWithOthersAtWork) {
+    for (const std::int32_t segmentLength : {1, 2, 3, 7, 64, 1000})
+        for (const std::int64_t length : {0, 1, 2, 6, 7, 8, 150, 3000}) {
+            MaterialCache cache({.segmentLength = segmentLength, .memoryBudget = 100});
+            addRamp(cache, length);
+            const auto readAbout = [&cache, segmentLength, length](std::mt19937 random) {
+                std::uniform_int_distribution<std::int64_t> anyPosition(-10, length + 10);
+                for (int i = 0; i < 10; ++i) {
+                    const std::int64_t position = anyPosition(random);
+                    const ReaderOptions options{.reverse = random() % 2 == 1,
+                                                .extra = static_cast<unsigned int>(random() % 4),
+                                                .gearing = static_cast<double>(random() % 3)};
+                    ASSERT_EQ(read(cache, position, 180, options),
+                              expectedRead(length, position, 180, options.reverse))
+                        << "from " << position << " of " << length << " in segments of " << segmentLength;
+                }
+            };
+            std::vector<std::jthread> threads;
+            for (const unsigned int seed : {1U, 2U, 3U})
+                threads.emplace_back(readAbout, std::mt19937(seed));
+            for (int i = 0; i < 10; ++i) {
+                addRamp(cache, 100, 1);
+                auto reader = forwardReader(cache, 90, {.channel = 1});
+                cache.remove(cookieOf(1));
+                take(reader, 20);
+            }
+            threads.clear();
+            ASSERT_EQ(cache.statistics(cookieOf(0)).underrunSamples, 0U);
+        }
+}
+
+TEST(Reader, FindsItsSamplesOnceTheyArriveAndWakesIfItWaits) {
+    MaterialCache cache({.segmentLength = 4});
+    const auto source = addRamp(cache, 10);
+    std::unique_lock held(source->gate);
+    const auto realTime = forwardReader(cache, 0, {.wait = false});
+    EXPECT_EQ(*realTime, 0.0F);
+    auto waiting = std::async(std::launch::async, [&] { return read(cache, 0, 3); });
+    EXPECT_EQ(waiting.wait_for(std::chrono::milliseconds(20)), std::future_status::timeout);
+    held.unlock();
+    EXPECT_EQ(waiting.get(), ramp(3));
+    EXPECT_EQ(*realTime, 1.0F);
+    EXPECT_EQ(cache.statistics(cookieOf(0)).underrunSamples, 1U);
+}
+
+TEST(Reader, ThatDoesNotWaitCountsWhatIsMissing) {
+    MaterialCache cache({.segmentLength = 16});
+    const auto source = addRamp(cache, 100);
+    const std::lock_guard held(source->gate);
+    const auto underrunsAfter = [&](std::int64_t position, std::size_t count, bool reverse = false) {
+        EXPECT_THAT(read(cache, position, count, {.reverse = reverse, .wait = false}), Each(0.0F));
+        const MaterialStatistics statistics = cache.statistics(cookieOf(0));
+        return std::pair(statistics.underrunSamples, statistics.underrunEpisodes);
+    };
+    EXPECT_THAT(underrunsAfter(-5, 25), Pair(20, 1));
+    EXPECT_THAT(underrunsAfter(20, 10), Pair(30, 1));
+    // As a converter does that needs the last two samples once more.
+    EXPECT_THAT(underrunsAfter(27, 6), Pair(36, 1));
+    EXPECT_THAT(underrunsAfter(33, 13, true), Pair(49, 1));
+    EXPECT_THAT(underrunsAfter(23, 3, true), Pair(52, 1));
+    EXPECT_THAT(underrunsAfter(50, 2), Pair(54, 2));
+    EXPECT_THAT(underrunsAfter(90, 30), Pair(64, 3));
+}
+
+TEST(Reader, OfMaterialThatFailsRendersSilenceAndNeverBlocks) {
+    MaterialCache cache({.segmentLength = 16});
+    addRamp(cache, 40)->failingPosition = 16;
+    std::vector<float> expected = expectedRead(40, 0, 45);
+    std::fill_n(expected.begin() + 16, 16, 0.0F);
+    for (const unsigned int pass : {1U, 2U}) {
+        EXPECT_EQ(read(cache, 0, 45), expected);
+        const MaterialStatistics statistics = cache.statistics(cookieOf(0));
+        EXPECT_EQ(statistics.underrunSamples, 16 * pass);
+        EXPECT_EQ(statistics.failedSegments, 1U);
+        EXPECT_EQ(statistics.firstFailure, "the tape is torn");
+        EXPECT_EQ(cache.usage().residentBytes, 24 * sizeof(float));
+    }
+}
+
+TEST(Reader, OutlivesItsMaterialAndItsCache) {
+    std::optional<MaterialCache> cache(MaterialCacheOptions{.segmentLength = 16, .loaderThreads = 1});
+    const auto source = addRamp(*cache, 64);
+    addRamp(*cache, 64, 1);
+    std::unique_lock held(source->gate);
+    // Material 0 keeps the only loader busy, so that material 1 stays requested.
+    auto waitsForLoader = forwardReader(*cache, 5);
+    source->awaitReads(1);
+    auto waitsInQueue = forwardReader(*cache, 0, {.channel = 1});
+    auto beforeTheStart = forwardReader(*cache, -2, {.channel = 1, .extra = 2});
+    auto pastTheEnd = reverseReader(*cache, 66, {.channel = 1});
+    auto queued = std::async(std::launch::async, [&] { return take(waitsInQueue, 70); });
+    auto loading = std::async(std::launch::async, [&] { return take(waitsForLoader, 3); });
+    EXPECT_EQ(queued.wait_for(std::chrono::milliseconds(20)), std::future_status::timeout);
+
+    cache->remove(cookieOf(1));
+    EXPECT_THAT(queued.get(), Each(0.0F));
+    auto closing = std::async(std::launch::async, [&] { cache.reset(); });
+    held.unlock();
+    closing.get();
+    // The read that was in hand is finished.
+    EXPECT_EQ(loading.get(), expectedRead(64, 5, 3));
+    EXPECT_EQ(take(waitsForLoader, 47).back(), 0.0F);
+    EXPECT_THAT(take(beforeTheStart, 70), Each(0.0F));
+    EXPECT_THAT(take(pastTheEnd, 70), Each(0.0F));
+}
+
+} // namespace
+} // namespace audlmd::test

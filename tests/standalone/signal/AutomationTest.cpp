@@ -1,0 +1,99 @@
+#include "standalone/signal/Automation.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <vector>
+
+namespace audlmd {
+namespace {
+
+using Aud::DynamicLevelControl::DynamicLevelApplyingIteratorBase;
+using Aud::DynamicLevelControl::DynamicLevelApplyingIteratorState;
+using Aud::DynamicLevelControl::LevelNode;
+
+/// Steps as the renderer does.
+void step(DynamicLevelApplyingIteratorState& state, WalkDirection direction) {
+    if (state.stationary != 0)
+        return;
+    ASSERT_NE(state.samplesToNextNode, 0U);
+    --state.samplesToNextNode;
+    state.uValue += state.uValueStep;
+    if (state.samplesToNextNode != 0)
+        return;
+    DynamicLevelApplyingIteratorBase base(state);
+    direction == WalkDirection::forwards ? base.moveToNextNodeForwards() : base.moveToNextNodeReverse();
+}
+
+std::vector<float> walk(const Automation& automation, std::int64_t from, std::int64_t count,
+                        WalkDirection direction) {
+    DynamicLevelApplyingIteratorState state;
+    automation.place(state, from, direction);
+    std::vector<float> levels;
+    for (; count > 0; --count) {
+        levels.push_back(state.uValue);
+        step(state, direction);
+    }
+    return levels;
+}
+
+/// Straight lines, the last of coinciding nodes counting at their position.
+double interpolated(const std::vector<LevelNode>& nodes, std::int64_t position) {
+    if (position < nodes.front().position)
+        return static_cast<double>(nodes.front().uValue);
+    std::size_t before = 0;
+    while (before + 1 < nodes.size() && nodes[before + 1].position <= position)
+        ++before;
+    const LevelNode& left = nodes[before];
+    if (before + 1 == nodes.size())
+        return static_cast<double>(left.uValue);
+    const LevelNode& right = nodes[before + 1];
+    return std::lerp(static_cast<double>(left.uValue), static_cast<double>(right.uValue),
+                     static_cast<double>(position - left.position) /
+                         static_cast<double>(right.position - left.position));
+}
+
+/// Slopes up and down, jumps at both ends and inside, a level stretch, a flat end.
+const std::vector<LevelNode> nodes{{-20, 0.25F}, {-20, 0.5F},  {37, 1.0F},  {37, 0.3F},
+                                   {137, 0.3F},  {138, 1.5F},  {900, 0.0F}, {5000, 1.2F},
+                                   {5001, 1.1F}, {5200, 1.1F}, {5300, 1.1F}};
+
+TEST(Automation, IsLinearInUValueWhicheverWayItIsWalked) {
+    const Automation automation(nodes);
+    constexpr std::int64_t first = -100;
+    constexpr std::int64_t count = 5600;
+    const auto forwards = walk(automation, first, count, WalkDirection::forwards);
+    auto backwards = walk(automation, first + count - 1, count, WalkDirection::backwards);
+    std::reverse(backwards.begin(), backwards.end());
+    EXPECT_EQ(forwards, backwards);
+    for (std::int64_t i = 0; i < count; ++i) {
+        const float level = forwards[static_cast<std::size_t>(i)];
+        ASSERT_NEAR(level, interpolated(nodes, first + i), 2.1e-6) << first + i;
+        ASSERT_EQ(level, automation.uValueAt(first + i)) << first + i;
+    }
+}
+
+TEST(Automation, CrossesGapsLongerThanTheRendererCounts) {
+    constexpr std::int64_t gap = 10'000'000'000;
+    const Automation level({{0, 0.5F}, {gap, 0.5F}, {gap + 10, 1.0F}});
+    DynamicLevelApplyingIteratorState state;
+    std::int64_t walked = 0;
+    for (level.place(state, 0, WalkDirection::forwards); state.uValueStep == 0.0F;) {
+        ASSERT_EQ(state.stationary, 0);
+        walked += state.samplesToNextNode;
+        state.samplesToNextNode = 1;
+        step(state, WalkDirection::forwards);
+    }
+    EXPECT_EQ(walked, gap);
+
+    constexpr std::int64_t end = std::numeric_limits<std::int64_t>::max();
+    const Automation wide({{-end, 0.0F}, {end, 1.0F}});
+    EXPECT_NEAR(wide.uValueAt(0), 0.5, 2e-6);
+    EXPECT_NEAR(walk(wide, 0, 1000, WalkDirection::backwards).back(), 0.5, 2e-6);
+}
+
+} // namespace
+} // namespace audlmd

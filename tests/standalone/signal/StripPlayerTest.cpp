@@ -1,0 +1,187 @@
+#include "standalone/signal/GainLaws.hpp"
+#include "tests/standalone/signal/TestStrip.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <random>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace audlmd {
+namespace {
+
+using test::TestStrip;
+
+std::vector<float> noise(std::size_t length) {
+    std::mt19937 random(1);
+    std::uniform_real_distribution<float> sample(-0.2F, 0.2F);
+    std::vector<float> samples(length);
+    std::generate(samples.begin(), samples.end(), [&] { return sample(random); });
+    return samples;
+}
+
+constexpr WalkDirection directions[] = {WalkDirection::forwards, WalkDirection::backwards};
+const Automation automation({{0, 0.9F}, {700, 1.1F}, {700, 0.4F}, {1500, 0.4F}, {2800, 1.0F}});
+
+/// Every combination of stages, with numbers drawn anew for each.
+template <class Use>
+void forEveryCombination(const StripSettings& plain, Use use) {
+    std::mt19937 random(7);
+    const auto length = static_cast<std::uint64_t>(plain.to - plain.from);
+    const auto upTo = [&](std::uint64_t most) {
+        return std::uniform_int_distribution<std::uint64_t>(1, most)(random);
+    };
+    const auto uValue = [&] { return std::uniform_real_distribution<float>(0.3F, 1.1F)(random); };
+    const auto curve = [&] { return static_cast<FadeCurve>(upTo(3)); };
+    for (const Converter converter : {Converter::none, Converter::linear, Converter::filtering})
+        for (int stages = 0; stages < 2 * 6 * 4 * 2 * 2; ++stages) {
+            StripSettings settings = plain;
+            settings.converter = converter;
+            if (converter != Converter::none)
+                settings.speed = std::exp(std::uniform_real_distribution<double>(-1.5, 1.8)(random));
+            settings.reverse = stages % 2 != 0;
+            const std::uint64_t in = upTo(length / 2);
+            const std::uint64_t out = upTo(length / 2);
+            const FadePlan fades[] = {{},
+                                      {.fadeInSamples = in, .fadeInCurve = curve()},
+                                      {.fadeOutSamples = out, .fadeOutCurve = curve()},
+                                      {in, out, curve(), curve()},
+                                      {.fadeInSamples = length, .fadeInCurve = FadeCurve::log},
+                                      {.fadeOutSamples = length, .fadeOutCurve = FadeCurve::power}};
+            settings.fade = fades[stages / 2 % 6];
+            const int level = stages / 12 % 4;
+            if (level == 1)
+                settings.outerLevel = uValue();
+            else if (level >= 2)
+                settings.automation = {automation, directions[level - 2]};
+            if (stages / 48 % 2 != 0)
+                settings.middleLevel = uValue();
+            if (stages / 96 != 0)
+                settings.equaliser = {{BandKind::lowShelf, 200.0, -3.0},
+                                      {BandKind::peak, 3000.0, 6.0, 2.0},
+                                      {BandKind::lowPass, 15000.0}};
+            use(settings);
+        }
+}
+
+std::string describe(StripPlayer& player, const StripSettings& settings) {
+    return "mode " + std::to_string(player.modeCode()) + ", speed " + std::to_string(settings.speed);
+}
+
+TEST(StripPlayer, RendersTheSameBytesInBlocksOfAnySize) {
+    TestStrip strip(noise(2600));
+    StripSettings plain = strip.settings();
+    plain.from = -100;
+    plain.to = 2700;
+    std::set<unsigned long> modes;
+    forEveryCombination(plain, [&](const StripSettings& settings) {
+        StripPlayer whole(strip.cache(), settings);
+        modes.insert(whole.modeCode());
+        const std::vector<float> expected = TestStrip::render(whole);
+        ASSERT_EQ(expected.size(), whole.outputLength());
+        for (const std::uint64_t block : {1U, 7U, 64U, 1000U})
+            ASSERT_EQ(strip.render(settings, block), expected) << describe(whole, settings) << ", " << block;
+    });
+    EXPECT_EQ(modes.size(), 576U) << "all chains there are";
+}
+
+/// The gain of all levels at a source sample, from the laws.
+double gainAt(const StripSettings& settings, std::int64_t sample) {
+    const std::int64_t length = settings.to - settings.from;
+    double gain = FadeEnvelope(settings.fade, static_cast<std::uint64_t>(length)).gainAt(sample);
+    gain *= mixerStyleGain(static_cast<double>(settings.middleLevel.value_or(1.0F)));
+    gain *= mixerStyleGain(static_cast<double>(settings.outerLevel.value_or(1.0F)));
+    if (settings.automation) {
+        const bool forwards = settings.automation->direction == WalkDirection::forwards;
+        const float u = settings.automation->automation.uValueAt(forwards ? sample : length - 1 - sample);
+        gain *= mixerStyleGain(static_cast<double>(u));
+    }
+    return gain;
+}
+
+TEST(StripPlayer, AppliesEqualiserAndLevelsAtTheSourceRateInTheOrderOfDelivery) {
+    const std::vector<float> samples = noise(2600);
+    TestStrip strip(samples);
+    StripSettings plain = strip.settings();
+    plain.from = 11;
+    forEveryCombination(plain, [&](const StripSettings& settings) {
+        if (settings.converter == Converter::filtering)
+            return;
+        Aud::Filter::MultiBandBiquad<5U> equaliser;
+        setBands(equaliser, settings.equaliser, settings.sampleRate);
+        std::vector<double> delivered;
+        for (std::int64_t i = 0; i < settings.to - settings.from; ++i) {
+            const std::int64_t position = settings.reverse ? settings.to - 1 - i : settings.from + i;
+            float sample = samples[static_cast<std::size_t>(position)];
+            for (unsigned int band = 0; band < settings.equaliser.size(); ++band)
+                sample = equaliser.band(band).processSample(sample);
+            delivered.push_back(static_cast<double>(sample) * gainAt(settings, i));
+        }
+        StripPlayer player(strip.cache(), settings);
+        const std::vector<float> out = TestStrip::render(player, 300);
+        for (std::size_t n = 0; n < out.size(); ++n) {
+            const double position = static_cast<double>(n) * player.speedInForce();
+            const auto left = static_cast<std::size_t>(position + 1e-9);
+            // Beyond the last sample the interpolation reads on in the material.
+            if (left + 1 == delivered.size())
+                break;
+            const double expected =
+                std::lerp(delivered[left], delivered[left + 1], position - static_cast<double>(left));
+            ASSERT_NEAR(out[n], expected, 2e-5) << describe(player, settings) << ", output " << n;
+        }
+    });
+}
+
+TEST(StripPlayer, FilteringIsAlignedFromItsFirstSampleToItsLast) {
+    constexpr std::int64_t length = 20000;
+    constexpr double radians = 0.02 * std::numbers::pi;
+    std::vector<float> samples;
+    for (std::int64_t n = 0; n < length; ++n)
+        samples.push_back(static_cast<float>(0.5 * std::cos(radians * static_cast<double>(n))));
+    TestStrip strip(samples);
+    for (const bool reverse : {false, true})
+        for (const double speed : {0.1, 0.5, 0.77, 1.0, 1.5, 2.2, 6.0}) {
+            StripSettings settings = strip.settings();
+            // Whole periods, so that either direction begins with a crest.
+            settings.from = 1000;
+            settings.to = length - 999;
+            settings.converter = Converter::filtering;
+            settings.speed = speed;
+            settings.reverse = reverse;
+            const std::vector<float> out = strip.render(settings);
+            EXPECT_EQ(out.size(), std::ceil((length - 1999.0) / speed));
+            // At the edge itself the filter has put out half of it, and half of its centre.
+            EXPECT_GT(out.front(), 0.25) << speed;
+            for (std::size_t n = 0; n < out.size(); ++n) {
+                const double into = static_cast<double>(n) * speed;
+                if (into > 60.0) {
+                    ASSERT_NEAR(out[n], 0.5 * std::cos(radians * into), 2e-3) << speed << ", output " << n;
+                }
+            }
+        }
+}
+
+TEST(StripPlayer, ContinuesAfterAJumpAsIfItHadPlayedThere) {
+    TestStrip strip(noise(2800));
+    forEveryCombination(strip.settings(), [&](const StripSettings& settings) {
+        StripPlayer player(strip.cache(), settings);
+        const std::vector<float> whole = TestStrip::render(player);
+        const auto middle = whole.size() / 3;
+        player.seek(middle);
+        const std::vector<float> rest = TestStrip::render(player, 50);
+        ASSERT_EQ(rest.size(), whole.size() - middle);
+        // A filter begins anew.
+        if (settings.equaliser.empty() && settings.converter != Converter::filtering) {
+            ASSERT_TRUE(std::equal(rest.rbegin(), rest.rend(), whole.rbegin())) << describe(player, settings);
+        }
+        player.seek(0);
+        ASSERT_EQ(TestStrip::render(player, 99), whole) << describe(player, settings);
+    });
+}
+
+} // namespace
+} // namespace audlmd

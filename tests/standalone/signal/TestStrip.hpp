@@ -1,0 +1,52 @@
+#pragma once
+
+#include "ole/Aud/SampleEncoding.hpp"
+#include "standalone/cache/MaterialCache.hpp"
+#include "standalone/signal/StripPlayer.hpp"
+
+#include <cstdint>
+#include <memory>
+#include <utility>
+#include <vector>
+
+namespace audlmd::test {
+
+/// A cache with one strip of samples in it, in segments short enough to be crossed often.
+class TestStrip {
+public:
+    explicit TestStrip(std::vector<float> samples) : length_(static_cast<std::int64_t>(samples.size())) {
+        cache_.add(Cookie{}, std::make_shared<MemorySource>(std::move(samples)));
+    }
+
+    Aud::SampleCache& cache() { return cache_; }
+
+    /// All of it, as it is.
+    StripSettings settings() const {
+        StripSettings settings;
+        settings.to = length_;
+        return settings;
+    }
+
+    /// Renders everything in calls of `block` samples.
+    std::vector<float> render(const StripSettings& settings, std::uint64_t block = ~std::uint64_t{0}) {
+        StripPlayer player(cache_, settings);
+        return render(player, block);
+    }
+
+    static std::vector<float> render(StripPlayer& player, std::uint64_t block = ~std::uint64_t{0}) {
+        std::vector<Aud::SampleF32> out(player.outputLength() - player.position());
+        Aud::SampleF32* position = out.data();
+        while (player.render(position, block) != 0) {
+        }
+        std::vector<float> samples;
+        for (const Aud::SampleF32* sample = out.data(); sample != position; ++sample)
+            samples.push_back(Aud::SampleEncoding<Aud::SampleF32>::load(*sample));
+        return samples;
+    }
+
+private:
+    MaterialCache cache_{{.segmentLength = 509}};
+    std::int64_t length_;
+};
+
+} // namespace audlmd::test

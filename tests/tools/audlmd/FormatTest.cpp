@@ -1,0 +1,151 @@
+// The bytes that `audlmd render` puts into files, against the formats' definitions written out here once
+// more.
+
+#include "tests/tools/audlmd/CommandFixture.hpp"
+
+#include <sndfile.hh>
+
+#include <algorithm>
+#include <bit>
+#include <cstdint>
+
+namespace audlmd::test {
+namespace {
+
+struct Format {
+    std::string name;
+    std::size_t bytes;
+    /// Steps of the integer per unit; 0 for those that are converted otherwise.
+    float scale;
+    /// How many of the kinds of sound file hold it.
+    int kinds;
+};
+
+const std::vector<Format> formats{
+    {"f32", 4, 0.0F, 6},       {"s8", 1, 128.0F, 4},          {"u8", 1, 0.0F, 4}, {"s16", 2, 32768.0F, 7},
+    {"s24", 3, 8388608.0F, 7}, {"s24in32", 4, 8388608.0F, 0}, {"s32", 4, 0.0F, 6}};
+
+/// The container as an integer, for a float the number of its bits.
+std::int64_t stored(const Format& format, float x) {
+    if (format.name == "f32")
+        return std::bit_cast<std::int32_t>(std::clamp(x, -1.0F, 8388607.0F / 8388608.0F));
+    if (format.name == "u8")
+        return static_cast<std::int64_t>(std::clamp(x + 1.0F, 0.0F, 2.0F) * 127.5F);
+    if (format.name == "s32")
+        return static_cast<std::int64_t>(static_cast<double>(std::clamp(x, -1.0F, 1.0F)) * 2147483647.5 -
+                                         0.5);
+    const float most = (format.scale - 1.0F) / format.scale;
+    return static_cast<std::int64_t>(std::clamp(x, -1.0F, most) * format.scale);
+}
+
+float loaded(const Format& format, std::int64_t value) {
+    if (format.name == "f32")
+        return std::bit_cast<float>(static_cast<std::int32_t>(value));
+    if (format.name == "u8")
+        return static_cast<float>(value - 128) / 128.0F;
+    if (format.name == "s32")
+        return static_cast<float>((static_cast<double>(value) + 0.5) / 2147483647.5);
+    return static_cast<float>(value) / format.scale;
+}
+
+/// Full scale and beyond, the smallest steps, and whatever lies between.
+Channels testSound() {
+    Channels sound = noise(2, 20000);
+    std::vector<float>& first = sound.front();
+    const float limits[] = {0.0F,    1.0F,     -1.0F,      1.5F,       -1.5F,    0.5F,      -0.5F,
+                            0.9922F, 0.99997F, 0.9999999F, 1.0000001F, 0x1p-31F, -0x1p-23F, -0.00002F};
+    std::ranges::copy(limits, first.begin());
+    for (std::size_t n = std::size(limits); n < first.size(); n += 3)
+        first[n] /= 3.0F;
+    return sound;
+}
+
+class Files : public CommandFixture {
+protected:
+    Files() { writeSound(in("a.wav"), testSound()); }
+};
+
+class Formats : public Files, public testing::WithParamInterface<Format> {
+protected:
+    std::string bytesOf(const std::vector<float>& samples) const {
+        std::string bytes;
+        for (const float sample : samples) {
+            const std::int64_t value = stored(GetParam(), sample);
+            bytes.append(reinterpret_cast<const char*>(&value), GetParam().bytes);
+        }
+        return bytes;
+    }
+
+    const std::vector<float> sound_ = interleaved(testSound());
+    const std::string option_ = " --format " + GetParam().name;
+};
+
+TEST_P(Formats, StoreAndSumWhatTheyAreDefinedTo) {
+    output("render a.wav -o out.raw" + option_);
+    EXPECT_TRUE(readBytes(in("out.raw")) == bytesOf(sound_));
+
+    std::vector<float> sum = interleaved(noise(2, 20000, 7));
+    const std::string existing = bytesOf(sum);
+    writeBytes(in("existing.raw"), existing);
+    for (std::size_t n = 0; n < sum.size(); ++n)
+        sum[n] = loaded(GetParam(), stored(GetParam(), sum[n])) + sound_[n];
+    output("render a.wav -o out.raw --mix-into existing.raw --block 999" + option_);
+    EXPECT_TRUE(readBytes(in("out.raw")) == bytesOf(sum));
+    EXPECT_TRUE(readBytes(in("existing.raw")) == existing);
+}
+
+TEST_P(Formats, GoUnchangedIntoEveryContainerThatHoldsThem) {
+    const Format& format = GetParam();
+    output("render a.wav -o plain.raw" + option_);
+    output("render a.wav -o twice.raw --mix-into plain.raw" + option_);
+    int kinds = 0;
+    for (const std::string name : {"b.wav", "b.w64", "b.rf64", "b.aiff", "b.au", "b.caf", "b.flac"}) {
+        if (const Outcome outcome = run("render a.wav -o " + name + option_); outcome.status != 0) {
+            EXPECT_NE(outcome.errors.find("does not hold " + format.name), std::string::npos);
+            continue;
+        }
+        ++kinds;
+        SndfileHandle file(in(name).string());
+        std::vector<int> found(sound_.size());
+        if (format.name == "f32")
+            // Bits as they are.
+            file.read(reinterpret_cast<float*>(found.data()), static_cast<sf_count_t>(found.size()));
+        else
+            // Integers in the high bits.
+            file.read(found.data(), static_cast<sf_count_t>(found.size()));
+        std::vector<int> expected;
+        for (const float sample : sound_) {
+            const std::int64_t value = stored(format, sample) - (format.name == "u8" ? 128 : 0);
+            expected.push_back(
+                static_cast<int>(static_cast<std::uint32_t>(value) << (32 - 8 * format.bytes)));
+        }
+        EXPECT_TRUE(found == expected) << name;
+        // The other way round: from the container into the sum.
+        output("render a.wav -o mix.raw --mix-into " + name);
+        EXPECT_TRUE(readBytes(in("mix.raw")) == readBytes(in("twice.raw"))) << name;
+    }
+    EXPECT_EQ(kinds, format.kinds);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Formats, testing::ValuesIn(formats),
+                         [](const auto& instance) { return instance.param.name; });
+
+TEST_F(Files, GoToStandardOutputWithoutAHeader) {
+    const Outcome outcome = run("render a.wav -o - --format s16");
+    EXPECT_TRUE(outcome.errors.starts_with("rendered ")) << outcome.errors;
+    output("render a.wav -o out.raw --format s16");
+    EXPECT_TRUE(outcome.output == readBytes(in("out.raw")));
+}
+
+TEST_F(Files, KeepTheirLinkAndTheirPermissions) {
+    writeBytes(in("real.wav"), "before");
+    std::filesystem::permissions(in("real.wav"), std::filesystem::perms(0640));
+    std::filesystem::create_symlink("real.wav", in("link.wav"));
+    output("render a.wav -o link.wav");
+    EXPECT_TRUE(std::filesystem::is_symlink(in("link.wav")));
+    EXPECT_EQ(std::filesystem::status(in("real.wav")).permissions(), std::filesystem::perms(0640));
+    EXPECT_EQ(readSound(in("real.wav")).size(), 2U);
+}
+
+} // namespace
+} // namespace audlmd::test

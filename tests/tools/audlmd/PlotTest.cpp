@@ -1,0 +1,65 @@
+// `audlmd plot`: what the pictures show, that each kind is drawn, and what is refused.
+
+#include "tests/tools/audlmd/CommandFixture.hpp"
+#include "tools/audlmd/plot/Figures.hpp"
+
+#include <algorithm>
+
+namespace audlmd::plot {
+namespace {
+
+const Watcher unwatched = [](std::int64_t, std::int64_t, int) {};
+
+class Plot : public test::CommandFixture {};
+
+TEST_F(Plot, ShowsToneAndSilenceWhereTheyAreInASpectrogram) {
+    test::Channels tone{std::vector<float>(48000), test::sine(6000.0, 0.5)[0]};
+    std::fill_n(tone[1].begin(), 24000, 0.0F);
+    test::writeSound(in("tone.wav"), tone);
+    const Figure figure = spectrogramFigure(in("tone.wav"), 2, -120.0, unwatched);
+    const HeatMap& map = figure.charts.at(0).heatMap.value();
+    const auto level = [&](double time, double kilohertz) {
+        const auto column = static_cast<std::size_t>(time * static_cast<double>(map.columns));
+        const auto row = static_cast<std::size_t>(kilohertz / 24.0 * static_cast<double>(map.rows));
+        return map.values[column * map.rows + row];
+    };
+    EXPECT_NEAR(level(0.75, 6.01), -6.02, 0.2);
+    EXPECT_LT(level(0.75, 7.0), -115.0F);
+    EXPECT_LT(level(0.25, 6.01), -115.0F);
+}
+
+TEST_F(Plot, DrawsEveryKindAsPngAndSvg) {
+    test::writeBytes(in("ride.csv"), "0,-20\n2,0\n3,-inf\n");
+    test::writeSound(in("a.wav"), test::noise(2, 4800));
+    for (const std::string kind :
+         {"curves", "envelope --fade-in 1s:power --fade-out 2:log --duration 5s --gain -3",
+          "automation ride.csv --automation-reverse", "eq peak:1k:+3:0.7 highpass:30 --rate 44100",
+          "spectrogram a.wav --channel 2"}) {
+        EXPECT_EQ(output("plot " + kind + " -o a.png") + output("plot " + kind + " -o a.svg"), "");
+        const std::string png = test::readBytes(in("a.png"));
+        EXPECT_TRUE(png.starts_with("\x89PNG") && png.find("IEND") != std::string::npos) << kind;
+        const std::string svg = test::readBytes(in("a.svg"));
+        EXPECT_TRUE(svg.starts_with("<?xml") && svg.ends_with("</svg>\n")) << kind;
+        std::filesystem::remove(in("a.png"));
+        std::filesystem::remove(in("a.svg"));
+    }
+}
+
+TEST_F(Plot, RefusesInOneLineAndLeavesThePictureThatWasThere) {
+    test::writeBytes(in("a.png"), "before");
+    test::writeBytes(in("ride.csv"), "0,-20\n2\n");
+    test::writeSound(in("a.wav"), test::noise(1, 100));
+    expectRefused("plot curves", "--output is required (audlmd plot curves --help tells more)");
+    expectRefused("plot curves -o a.gif", "use .png or .svg");
+    expectRefused("plot curves -o nowhere/a.png", "nowhere/a.png");
+    expectRefused("plot curves -o a.png", "cannot write 'a.png'", {.fileSizeLimit = 100});
+    expectRefused("plot envelope -o a.png --fade-in 3s --duration 2s", "fade-in");
+    expectRefused("plot envelope -o a.png --duration 0", "--duration");
+    expectRefused("plot automation ride.csv -o a.png", "ride.csv line 2");
+    expectRefused("plot eq peak:1k:3:-1 -o a.png", "Q");
+    expectRefused("plot spectrogram ride.csv -o a.png", "ride.csv");
+    expectRefused("plot spectrogram a.wav --channel 2 -o a.png", "--channel 2");
+}
+
+} // namespace
+} // namespace audlmd::plot

@@ -1,0 +1,130 @@
+// What `audlmd render` refuses, and what it leaves behind: nothing, and whatever was there before.
+
+#include "tests/tools/audlmd/CommandFixture.hpp"
+
+#include <algorithm>
+#include <csignal>
+
+namespace audlmd::test {
+namespace {
+
+/// What is refused, and a part of the reason given.
+using Refused = std::vector<std::pair<std::string, std::string>>;
+
+class Refusals : public CommandFixture {
+protected:
+    Refusals() {
+        writeSound(in("a.wav"), noise(2, 48000));
+        writeBytes(in("out.wav"), "before");
+    }
+};
+
+TEST_F(Refusals, OfOptions) {
+    writeBytes(in("ride.csv"), "0,0\n");
+    std::string thirteenBands;
+    for (int i = 0; i < 13; ++i)
+        thirteenBands += "--eq highpass:30 ";
+    for (const auto& [options, part] :
+         Refused{{"--to 1 --duration 1", "--to and --duration cannot stand together"},
+                 {"--level 0 --automation ride.csv", "--level and --automation cannot stand together"},
+                 {"--automation-reverse", "--automation-reverse needs --automation"},
+                 {"--converter linear", "--converter needs --speed"},
+                 {"--format s12", "'s12' is not a format"},
+                 {"--from soon", "--from: 'soon' is not a time"},
+                 {"--from 1.5", "--from is at sample 72000, outside 'a.wav'"},
+                 {"--to 48001smp", "--to is at sample 48001, outside 'a.wav'"},
+                 {"--duration 4611686018427387904smp", "outside 'a.wav'"},
+                 {"--from 0.5 --to 0.5", "holds nothing to render"},
+                 {"--block 0", "--block"},
+                 {"--fade-in 1:round", "'round' is not a curve"},
+                 {"--fade-out 0", "shorter than one sample"},
+                 {"--gain +11", "--gain: '+11' is not a level"},
+                 {"--level nan", "--level: 'nan' is not a level"},
+                 {"--eq bell:1k:3", "'bell' is not a kind of band"},
+                 {"--eq peak:1k", "should be peak:frequency:gain"},
+                 {"--eq lowpass:24k", "half the sample rate"},
+                 {"--eq peak:1k:3:0", "Q"},
+                 {thirteenBands, "13 bands"},
+                 {"--speed nan", "--speed"},
+                 {"--speed 2 --converter cubic", "'cubic' is not a converter"},
+                 {"--automation none.csv", "cannot read 'none.csv'"}})
+        expectRefused("render a.wav -o out.wav " + options, part);
+    for (const auto& [text, part] : Refused{{"0,0\n1 3\n", "bad.csv line 2"},
+                                            {"0,0\n1,soft\n", "bad.csv line 2"},
+                                            {"1,0\n0,0\n", "comes after a later one"},
+                                            {"time,decibels\n", "holds no automation"}}) {
+        writeBytes(in("bad.csv"), text);
+        expectRefused("render a.wav -o out.wav --automation bad.csv", part);
+    }
+}
+
+TEST_F(Refusals, OfInputThatIsNoWholeSound) {
+    writeBytes(in("text.wav"), "no sound at all");
+    writeSound(in("empty.wav"), {{}, {}});
+    writeBytes(in("short.wav"), readBytes(in("a.wav")).substr(0, 100000));
+    std::filesystem::create_directory(in("folder"));
+    // Damage that shows only on the way.
+    writeSound(in("damaged.flac"), noise(2, 400000), 48000, SF_FORMAT_FLAC | SF_FORMAT_PCM_16);
+    std::string damaged = readBytes(in("damaged.flac"));
+    std::fill_n(damaged.begin() + static_cast<std::ptrdiff_t>(damaged.size() / 2), 40000, '\0');
+    writeBytes(in("damaged.flac"), damaged);
+    for (const auto& [input, part] : Refused{{"none.wav", "none.wav"},
+                                             {"text.wav", "text.wav"},
+                                             {"empty.wav", "holds no samples"},
+                                             {"short.wav", "short.wav"},
+                                             {"folder", "folder"},
+                                             {"damaged.flac", "damaged.flac"}})
+        expectRefused("render " + input + " -o out.wav", part);
+}
+
+TEST_F(Refusals, OfOutputThatCannotBeWritten) {
+    std::filesystem::create_directory(in("folder.wav"));
+    expectRefused("render a.wav", "-o");
+    for (const auto& [name, part] : Refused{{"/dev/full", "cannot write '/dev/full': "},
+                                            {"nowhere/out.wav", "cannot write 'nowhere/out.wav': "},
+                                            {"folder.wav", "it is a folder"},
+                                            {"out.mp3", "the extension names the kind of file"},
+                                            {"./a.wav", "is the input"},
+                                            {"out.wav/out.wav", "cannot write 'out.wav/out.wav'"}})
+        expectRefused("render a.wav -o " + name, part);
+    for (const std::string name : {"out.wav", "new.flac", "new.aiff", "new.raw"}) {
+        output("render a.wav -o whole-" + name);
+        const std::size_t size = std::filesystem::file_size(in("whole-" + name));
+        for (const std::size_t limit : {std::size_t{1000}, size - 1})
+            expectRefused("render a.wav -o " + name, "cannot write '" + name, {.fileSizeLimit = limit});
+    }
+}
+
+TEST_F(Refusals, OfMixesThatDoNotFit) {
+    writeSound(in("mono.wav"), noise(1, 48000));
+    writeSound(in("slow.wav"), noise(2, 48000), 44100);
+    writeSound(in("long.wav"), noise(2, 48001));
+    writeSound(in("law.wav"), noise(2, 48000), 48000, SF_FORMAT_WAV | SF_FORMAT_ULAW);
+    writeSound(in("b.wav"), noise(2, 48000));
+    writeBytes(in("odd.raw"), "12345");
+    for (const auto& [existing, part] :
+         Refused{{"mono.wav", "its channel count is 1 channels, but what is rendered has 2"},
+                 {"slow.wav", "its rate is 44100 Hz"},
+                 {"long.wav", "its length is 48001 frames"},
+                 {"b.wav --speed 2", "its length is 48000 frames"},
+                 {"law.wav", "none of the formats"},
+                 {"b.wav --format s16", "its samples are f32, but --format asks for s16"},
+                 {"odd.raw", "name it with --format"},
+                 {"odd.raw --format s16", "not a whole number of frames"},
+                 {"none.wav", "none.wav"}})
+        expectRefused("render a.wav -o out.wav --mix-into " + existing, part);
+    expectRefused("render a.wav -o b.wav --mix-into b.wav", "never changed");
+}
+
+TEST_F(Refusals, ToGoOnAfterASignalLeaveNothingBehind) {
+    writeSound(in("long.wav"), noise(1, 480000));
+    const auto before = files();
+    for (const int signal : {SIGINT, SIGTERM}) {
+        const std::string line = "render long.wav -o out.wav --speed 0.001 --converter linear --format u8";
+        EXPECT_EQ(run(line, {.signal = signal}).status, -signal);
+        EXPECT_TRUE(files() == before);
+    }
+}
+
+} // namespace
+} // namespace audlmd::test

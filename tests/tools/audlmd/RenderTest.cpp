@@ -1,0 +1,137 @@
+// What `audlmd render` writes, seen from outside: the samples of the files.
+
+#include "standalone/signal/GainLaws.hpp"
+#include "tests/tools/audlmd/CommandFixture.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+
+namespace audlmd::test {
+namespace {
+
+class Render : public CommandFixture {
+protected:
+    /// Renders a.wav and returns the result's samples.
+    Channels rendered(const std::string& options) const {
+        output("render a.wav -o out.wav " + options);
+        return readSound(in("out.wav"));
+    }
+};
+
+TEST_F(Render, CopiesEveryChannelOfWhatLibsndfileReads) {
+    for (const auto& [type, channels] : std::map<int, std::size_t>{{SF_FORMAT_WAV | SF_FORMAT_FLOAT, 5},
+                                                                   {SF_FORMAT_FLAC | SF_FORMAT_PCM_16, 2},
+                                                                   {SF_FORMAT_AIFF | SF_FORMAT_PCM_24, 1},
+                                                                   {SF_FORMAT_CAF | SF_FORMAT_DOUBLE, 2}}) {
+        const Channels sound = noise(channels, 70000);
+        writeSound(in("a.wav"), sound, 44100, type);
+        EXPECT_TRUE(rendered("") == sound) << std::hex << type;
+    }
+}
+
+TEST_F(Render, PlaysARangeForwardsAndBackwards) {
+    Channels sound = noise(2, 48000 * 3);
+    writeSound(in("a.wav"), sound);
+    for (std::vector<float>& channel : sound)
+        channel = {channel.begin() + 24000, channel.begin() + 108000};
+    EXPECT_TRUE(rendered("--from 0.5 --to 2.25") == sound);
+    for (std::vector<float>& channel : sound)
+        std::ranges::reverse(channel);
+    EXPECT_TRUE(rendered("--from 0.5 --to 2.25 --reverse") == sound);
+}
+
+TEST_F(Render, TakesATimeInEveryNotation) {
+    writeSound(in("a.wav"), noise(1, 8000 * 70), 8000);
+    for (const auto& [text, frames] : std::map<std::string, std::size_t>{{"62.5", 500000},
+                                                                         {"3s", 24000},
+                                                                         {"250ms", 2000},
+                                                                         {"1:02.5", 500000},
+                                                                         {"0:01:02.5", 500000},
+                                                                         {"12345smp", 12345}})
+        EXPECT_EQ(rendered("--duration " + text).front().size(), frames) << text;
+}
+
+TEST_F(Render, AppliesEveryLevelWhereItIsToBeHeard) {
+    writeSound(in("a.wav"), {std::vector<float>(48000, 0.5F)});
+    writeBytes(in("ride.csv"), "time,decibels\n# soft, then loud\n0, -20\n\n500ms,-20\n0:00.5,0\n");
+    const std::map<std::size_t, double> faded{
+        {0, 0.0}, {6000, 0.5}, {12000, 1.0}, {23999, 1.0}, {36000, std::sqrt(0.5)}, {47999, 0.0}};
+    // The gains at some samples.
+    const std::map<std::string, std::map<std::size_t, double>> expected{
+        {"--gain -6 --level +3", {{0, gainOfDecibels(-3.0)}, {47999, gainOfDecibels(-3.0)}}},
+        {"--gain -inf", {{500, 0.0}}},
+        {"--fade-in 0.25 --fade-out 0.5:power", faded},
+        {"--fade-in 0.25 --fade-out 0.5:power --reverse", faded},
+        {"--fade-out 1:log", {{12000, mixerStyleGain(0.75)}}},
+        {"--fade-in 0.25 --speed 2 --converter linear", {{6000, 0.5}, {12000, 1.0}}},
+        {"--automation ride.csv", {{100, 0.1}, {24100, 1.0}}},
+        {"--automation ride.csv --automation-reverse", {{100, 1.0}, {47900, 0.1}}}};
+    for (const auto& [options, gains] : expected) {
+        const std::vector<float> levelled = rendered(options).front();
+        for (const auto& [sample, gain] : gains)
+            EXPECT_NEAR(levelled.at(sample), 0.5 * gain, 1e-4) << options << ", sample " << sample;
+    }
+}
+
+TEST_F(Render, EqualisesWithSeveralBands) {
+    writeSound(in("a.wav"), sine(1000.0, 0.25));
+    const auto change = [&](const std::string& options) {
+        const std::vector<float> heard = rendered(options).front();
+        return decibelsOfGain(4.0 *
+                              static_cast<double>(*std::max_element(heard.begin() + 24000, heard.end())));
+    };
+    EXPECT_NEAR(change("--eq peak:1k:+6:0.7"), 6.0, 0.05);
+    EXPECT_LT(change("--eq highpass:10k"), -35.0);
+    EXPECT_NEAR(change("--eq peak:1k:+6 --eq peak:1k:-3:2 --eq lowshelf:50:-9 --eq highshelf:16k:3:1 "
+                       "--eq lowpass:20k:0.7"),
+                3.0, 0.2);
+}
+
+TEST_F(Render, EndsWithFiguresAndSaysSoWhereTheSpeedLimitBites) {
+    writeSound(in("a.wav"), noise(1, 48000));
+    const std::string line = "render a.wav -o out.wav --speed 4";
+    const std::string figures = output(line);
+    EXPECT_TRUE(figures.starts_with("rendered 12000 samples on 1 channel (0.250 s) in ")) << figures;
+    EXPECT_TRUE(figures.ends_with(" times real time; underruns: 0 samples in 0 episodes\n")) << figures;
+    setenv("AUDLMD_AudioPlaybackSpeedLimit", "2", 1);
+    const Outcome limited = run(line);
+    unsetenv("AUDLMD_AudioPlaybackSpeedLimit");
+    EXPECT_EQ(limited.status, 0);
+    EXPECT_TRUE(limited.errors.starts_with("audlmd: note: ")) << limited.errors;
+    EXPECT_EQ(readSound(in("out.wav")).front().size(), 24000U);
+}
+
+TEST_F(Render, GivesTheSameBytesForAnyBlockAndAnyThreads) {
+    writeSound(in("a.wav"), noise(3, 100000));
+    writeBytes(in("ride.csv"), "0,0\n1,-12\n2,3\n");
+    for (const std::string sound :
+         {"--format s24", "--eq peak:1k:3 --fade-in 0.7:log --fade-out 0.4:power --gain -2",
+          "--automation ride.csv --reverse --automation-reverse", "--speed 1.1 --eq lowshelf:200:4",
+          "--speed 0.7 --reverse --fade-in 1",
+          "--speed 1.3 --converter linear --reverse --automation ride.csv"}) {
+        rendered(sound);
+        const std::string bytes = readBytes(in("out.wav"));
+        for (const std::string sizes :
+             {" --block 1 --threads 1", " --block 777 --threads 2", " --block 16777216 --threads 7"}) {
+            rendered(sound + sizes);
+            EXPECT_TRUE(bytes == readBytes(in("out.wav"))) << sound << sizes;
+        }
+    }
+}
+
+TEST_F(Render, ExplainsWhatItDoesWithoutDoingIt) {
+    writeSound(in("a.wav"), noise(1, 48000));
+    const std::string text = output("render a.wav --gain 0 --level -6 --speed 1.5 --format s16 --explain");
+    for (const char* part :
+         {"mode code 1602 (0x642)", "direction              1", "srcStage               2",
+          "output type 2 of 14 in the registration order: Aud::Sample<16, 2,", "output length 32000 samples"})
+        EXPECT_NE(text.find(part), std::string::npos) << part << "\nin\n" << text;
+    // Between its fades the strip needs no envelope, and is rendered by the mode that has none.
+    EXPECT_NE(output("render a.wav --fade-in 0.1 --explain").find("without the envelope: mode code 1024\n"),
+              std::string::npos);
+    EXPECT_EQ(files().size(), 1U);
+}
+
+} // namespace
+} // namespace audlmd::test
