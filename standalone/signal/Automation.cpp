@@ -30,7 +30,7 @@ float Automation::uValueAt(std::int64_t position) const {
 }
 
 void Automation::place(Aud::DynamicLevelControl::DynamicLevelApplyingIteratorState& state,
-                       std::int64_t position, WalkDirection direction) const {
+                       std::int64_t position, DynamicLevelDirection direction) const {
     state = {};
     state.nodes = nodes_.data();
     state.nodeCount = static_cast<std::uint32_t>(nodes_.size());

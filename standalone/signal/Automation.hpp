@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/DynamicLevel.hpp"
+#include "loop_modes/ModeCode.hpp"
 
 #include <cstdint>
 #include <span>
@@ -8,7 +9,8 @@
 
 namespace audlmd {
 
-enum class WalkDirection { forwards, backwards };
+/// Whether an automation is walked from its first node to its last, or the other way.
+using Aud::Render::DynamicLevelDirection;
 
 /// A level that is linear in u-value between nodes, and constant before the first and after the last one. Of
 /// nodes at the same position, the first in the list ends what comes before the position, and the last counts
@@ -31,7 +33,7 @@ public:
 
     /// Puts a state there, ready to walk on in that direction. The state refers to this object's nodes.
     void place(Aud::DynamicLevelControl::DynamicLevelApplyingIteratorState& state, std::int64_t position,
-               WalkDirection direction) const;
+               DynamicLevelDirection direction) const;
 
 private:
     std::vector<Aud::DynamicLevelControl::LevelNode> nodes_;

@@ -98,7 +98,7 @@ std::int64_t levelAt(Nodes nodes, std::int64_t position) {
     return levelBefore(nodes, position, firstBeyond(nodes, position, 0));
 }
 
-void loadNextPiece(DynamicLevelApplyingIteratorState& state, WalkDirection direction) {
+void loadNextPiece(DynamicLevelApplyingIteratorState& state, DynamicLevelDirection direction) {
     const Nodes nodes(state.nodes, state.nodeCount);
     if (nodes.empty()) {
         state.stationary = 1;
@@ -107,7 +107,7 @@ void loadNextPiece(DynamicLevelApplyingIteratorState& state, WalkDirection direc
     const std::int64_t position = state.nextPosition;
     const std::size_t beyond = firstBeyond(nodes, position, state.nearNode);
     const std::int64_t level = levelBefore(nodes, position, beyond);
-    const bool forwards = direction == WalkDirection::forwards;
+    const bool forwards = direction == DynamicLevelDirection::forwards;
     const Run run =
         forwards ? runForwards(nodes, position, level, beyond) : runBackwards(nodes, position, level, beyond);
 
@@ -131,11 +131,11 @@ DynamicLevelApplyingIteratorBase::DynamicLevelApplyingIteratorBase(DynamicLevelA
     : state_(state) {}
 
 void DynamicLevelApplyingIteratorBase::moveToNextNodeForwards() {
-    audlmd::loadNextPiece(state_, audlmd::WalkDirection::forwards);
+    audlmd::loadNextPiece(state_, audlmd::DynamicLevelDirection::forwards);
 }
 
 void DynamicLevelApplyingIteratorBase::moveToNextNodeReverse() {
-    audlmd::loadNextPiece(state_, audlmd::WalkDirection::backwards);
+    audlmd::loadNextPiece(state_, audlmd::DynamicLevelDirection::reverse);
 }
 
 } // namespace Aud::DynamicLevelControl

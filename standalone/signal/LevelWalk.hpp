@@ -17,6 +17,6 @@ std::int64_t levelAt(std::span<const Aud::DynamicLevelControl::LevelNode> nodes,
 /// Loads the straight piece that leads on from state.nextPosition in that direction, and moves nextPosition
 /// to where it ends.
 void loadNextPiece(Aud::DynamicLevelControl::DynamicLevelApplyingIteratorState& state,
-                   WalkDirection direction);
+                   DynamicLevelDirection direction);
 
 } // namespace audlmd

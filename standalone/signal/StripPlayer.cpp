@@ -74,9 +74,7 @@ void StripPlayer::chooseMode() {
     fields.srcStage = settings_.converter;
     if (settings_.automation) {
         fields.levelStage = LevelStage::dynamic;
-        fields.dynamicLevelDirection = settings_.automation->direction == WalkDirection::forwards
-                                           ? DynamicLevelDirection::forwards
-                                           : DynamicLevelDirection::reverse;
+        fields.dynamicLevelDirection = settings_.automation->direction;
     } else if (settings_.outerLevel) {
         fields.levelStage = LevelStage::fixed;
     }
@@ -128,7 +126,8 @@ std::int64_t StripPlayer::materialPosition(std::int64_t sample) const {
 }
 
 std::int64_t StripPlayer::levelPosition(std::int64_t sample) const {
-    return settings_.automation->direction == WalkDirection::forwards ? sample : rangeLength_ - 1 - sample;
+    return settings_.automation->direction == DynamicLevelDirection::forwards ? sample
+                                                                              : rangeLength_ - 1 - sample;
 }
 
 SubSamplePos StripPlayer::readPosition() const {

@@ -26,7 +26,7 @@ using Converter = Aud::Render::ConversionStage;
 /// backwards, the first sample delivered has the level of the range's last position.
 struct AutomationWalk {
     Automation automation;
-    WalkDirection direction = WalkDirection::forwards;
+    DynamicLevelDirection direction = DynamicLevelDirection::forwards;
 };
 
 /// What is played, and how.

@@ -107,7 +107,7 @@ StripSettings readSettings(const RenderOptions& options, const SoundFile& input)
     if (options.automation)
         settings.automation = AutomationWalk{
             Automation(levelNodes(readAutomationFile(*options.automation), input.sampleRate(), speed)),
-            options.automationReverse ? WalkDirection::backwards : WalkDirection::forwards};
+            options.automationReverse ? DynamicLevelDirection::reverse : DynamicLevelDirection::forwards};
     return settings;
 }
 

@@ -16,7 +16,7 @@ using Aud::DynamicLevelControl::DynamicLevelApplyingIteratorState;
 using Aud::DynamicLevelControl::LevelNode;
 
 /// Steps as the renderer does.
-void step(DynamicLevelApplyingIteratorState& state, WalkDirection direction) {
+void step(DynamicLevelApplyingIteratorState& state, DynamicLevelDirection direction) {
     if (state.stationary != 0)
         return;
     ASSERT_NE(state.samplesToNextNode, 0U);
@@ -25,11 +25,12 @@ void step(DynamicLevelApplyingIteratorState& state, WalkDirection direction) {
     if (state.samplesToNextNode != 0)
         return;
     DynamicLevelApplyingIteratorBase base(state);
-    direction == WalkDirection::forwards ? base.moveToNextNodeForwards() : base.moveToNextNodeReverse();
+    direction == DynamicLevelDirection::forwards ? base.moveToNextNodeForwards()
+                                                 : base.moveToNextNodeReverse();
 }
 
 std::vector<float> walk(const Automation& automation, std::int64_t from, std::int64_t count,
-                        WalkDirection direction) {
+                        DynamicLevelDirection direction) {
     DynamicLevelApplyingIteratorState state;
     automation.place(state, from, direction);
     std::vector<float> levels;
@@ -65,8 +66,8 @@ TEST(Automation, IsLinearInUValueWhicheverWayItIsWalked) {
     const Automation automation(nodes);
     constexpr std::int64_t first = -100;
     constexpr std::int64_t count = 5600;
-    const auto forwards = walk(automation, first, count, WalkDirection::forwards);
-    auto backwards = walk(automation, first + count - 1, count, WalkDirection::backwards);
+    const auto forwards = walk(automation, first, count, DynamicLevelDirection::forwards);
+    auto backwards = walk(automation, first + count - 1, count, DynamicLevelDirection::reverse);
     std::reverse(backwards.begin(), backwards.end());
     EXPECT_EQ(forwards, backwards);
     for (std::int64_t i = 0; i < count; ++i) {
@@ -81,18 +82,18 @@ TEST(Automation, CrossesGapsLongerThanTheRendererCounts) {
     const Automation level({{0, 0.5F}, {gap, 0.5F}, {gap + 10, 1.0F}});
     DynamicLevelApplyingIteratorState state;
     std::int64_t walked = 0;
-    for (level.place(state, 0, WalkDirection::forwards); state.uValueStep == 0.0F;) {
+    for (level.place(state, 0, DynamicLevelDirection::forwards); state.uValueStep == 0.0F;) {
         ASSERT_EQ(state.stationary, 0);
         walked += state.samplesToNextNode;
         state.samplesToNextNode = 1;
-        step(state, WalkDirection::forwards);
+        step(state, DynamicLevelDirection::forwards);
     }
     EXPECT_EQ(walked, gap);
 
     constexpr std::int64_t end = std::numeric_limits<std::int64_t>::max();
     const Automation wide({{-end, 0.0F}, {end, 1.0F}});
     EXPECT_NEAR(wide.uValueAt(0), 0.5, 2e-6);
-    EXPECT_NEAR(walk(wide, 0, 1000, WalkDirection::backwards).back(), 0.5, 2e-6);
+    EXPECT_NEAR(walk(wide, 0, 1000, DynamicLevelDirection::reverse).back(), 0.5, 2e-6);
 }
 
 } // namespace

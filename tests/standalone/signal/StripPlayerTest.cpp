@@ -24,7 +24,8 @@ std::vector<float> noise(std::size_t length) {
     return samples;
 }
 
-constexpr WalkDirection directions[] = {WalkDirection::forwards, WalkDirection::backwards};
+constexpr DynamicLevelDirection directions[] = {DynamicLevelDirection::forwards,
+                                                DynamicLevelDirection::reverse};
 const Automation automation({{0, 0.9F}, {700, 1.1F}, {700, 0.4F}, {1500, 0.4F}, {2800, 1.0F}});
 
 /// Every combination of stages, with numbers drawn anew for each.
@@ -96,7 +97,7 @@ double gainAt(const StripSettings& settings, std::int64_t sample) {
     gain *= mixerStyleGain(static_cast<double>(settings.middleLevel.value_or(1.0F)));
     gain *= mixerStyleGain(static_cast<double>(settings.outerLevel.value_or(1.0F)));
     if (settings.automation) {
-        const bool forwards = settings.automation->direction == WalkDirection::forwards;
+        const bool forwards = settings.automation->direction == DynamicLevelDirection::forwards;
         const float u = settings.automation->automation.uValueAt(forwards ? sample : length - 1 - sample);
         gain *= mixerStyleGain(static_cast<double>(u));
     }

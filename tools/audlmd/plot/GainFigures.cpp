@@ -46,7 +46,7 @@ Figure automationFigure(const StripSettings& settings, std::int64_t length, int 
     Series nodes{.name = "Nodes", .colour = Palette::vermillion, .width = 4.0, .dots = true, .points = {}};
     for (const auto& node : walk.automation.nodes()) {
         const std::int64_t delivered =
-            walk.direction == WalkDirection::forwards ? node.position : length - 1 - node.position;
+            walk.direction == DynamicLevelDirection::forwards ? node.position : length - 1 - node.position;
         const auto gain = static_cast<double>(
             Aud::GainCurve::Curve<Aud::GainCurve::eMixerStyleLog>::mapUValueToMagnitude(node.uValue));
         nodes.points.push_back({static_cast<double>(delivered) / sampleRate, decibelsOfGain(gain)});

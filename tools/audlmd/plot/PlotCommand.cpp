@@ -83,8 +83,9 @@ Figure drawAutomation(const PlotOptions& options, const Watcher& watcher) {
     Automation automation(command::levelNodes(points, options.rate, 1.0));
     const std::int64_t last = automation.nodes().back().position;
     StripSettings settings;
-    settings.automation.emplace(AutomationWalk{
-        std::move(automation), options.reverse ? WalkDirection::backwards : WalkDirection::forwards});
+    settings.automation.emplace(AutomationWalk{std::move(automation), options.reverse
+                                                                          ? DynamicLevelDirection::reverse
+                                                                          : DynamicLevelDirection::forwards});
     const std::int64_t length = options.durationOr(std::max<std::int64_t>(options.rate, last + last / 20));
     Figure figure = automationFigure(settings, length, options.rate, watcher);
     figure.subtitle = options.input.filename().string() + (options.reverse ? ", walked backwards" : "");
