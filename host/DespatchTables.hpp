@@ -1,5 +1,16 @@
 #pragma once
 
+namespace Loki {
+
+/// A distinct type for every integer, so that a mode code can select a class at compile time. The parameter
+/// is an int, because the type is part of the exported names.
+template <int Value>
+struct Int2Type {
+    static constexpr int value = Value;
+};
+
+} // namespace Loki
+
 namespace Orv::ModeMetaHelpers2 {
 
 template <class Fn, class Tag>
@@ -26,7 +37,8 @@ struct Types {
 } // namespace LoopModesDespatch
 } // namespace Render
 
-/// The host's table of render functions for one output type, indexed by mode code.
+/// The host's table of render functions for one output type, indexed by mode code. The library fills it while
+/// it is being loaded.
 template <class Out>
 struct LoopModesDespatcherInstance {
     /// Usable from the first static initialiser on.

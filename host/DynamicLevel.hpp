@@ -1,26 +1,17 @@
 #pragma once
 
+#include "host/HostStorage.hpp"
+
 #include <cstdint>
 
 namespace Aud::DynamicLevelControl {
 
-/// A point that the level passes through: the position in samples of the automated stream, the u-value there.
-struct LevelNode {
-    std::int64_t position = 0;
-    float uValue = 0.0F;
-};
-
 /// Where a level stands on its way along the nodes. It outlives render calls, which advance it in place.
 struct DynamicLevelApplyingIteratorState {
-    /// The host's list, in order of position, and how the host walks it. Not owned.
-    const LevelNode* nodes = nullptr;
-    std::uint32_t nodeCount = 0;
-    /// The host's index of a node near nextPosition, where it starts to search.
-    std::uint32_t nearNode = 0;
-    /// Where the samples to the next node end, in the positions of the nodes.
-    std::int64_t nextPosition = 0;
+    HostStorage::LevelWalk host;
 
-    /// Samples to deliver before the next node is reached. Never 0 while the level moves.
+    /// Samples to deliver before the next node is reached. A host never leaves 0 here while the level moves:
+    /// the renderer would count through all 2^32 values before it asks for a node again.
     std::uint32_t samplesToNextNode = 0;
     float uValue = 0.0F;
     /// Change of uValue per sample.
@@ -34,9 +25,9 @@ class DynamicLevelApplyingIteratorBase {
 public:
     explicit DynamicLevelApplyingIteratorBase(DynamicLevelApplyingIteratorState& state);
 
-    /// Loads the next segment in forward order into the state.
+    /// Loads what follows the reached node into the four numbers of the state, in forward order.
     [[gnu::cold]] void moveToNextNodeForwards();
-    /// Loads the next segment into the state, walking the nodes backwards.
+    /// The same in reverse order.
     [[gnu::cold]] void moveToNextNodeReverse();
 
 protected:

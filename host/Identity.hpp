@@ -14,7 +14,8 @@ struct UUID {
 
 } // namespace Orv
 
-/// Names one strip of material in the sample cache.
+/// Names one strip of material in the sample cache. The renderer hands it from the strip's handle to the
+/// cache and knows only its layout, which is part of the source iterators'.
 struct Cookie {
     Orv::UUID material;
     std::uint16_t channel = 0;
@@ -23,7 +24,7 @@ struct Cookie {
     friend bool operator==(const Cookie&, const Cookie&) = default;
 };
 
-/// The host's handle to an edited clip.
+/// The host's handle to an edited clip. What it holds is the host's; its size is compiled into the renderer.
 class ce_handle {
 public:
     ce_handle() = default;

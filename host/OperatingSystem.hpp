@@ -34,7 +34,8 @@ protected:
     ~iHeap() = default;
 };
 
-/// Is handed the list of every exception that is made, and may write into it what it knows about the moment.
+/// Is handed the list of notes of every exception that is made, and may add what the host knows about the
+/// moment.
 class iExceptionRecorder {
 public:
     virtual void record(ExceptionNotes& notes) = 0;

@@ -1,11 +1,22 @@
 #pragma once
 
 #include "host/Identity.hpp"
-#include "host/OutputGearing.hpp"
 #include "host/SampleCacheSegment.hpp"
 
 #include <cstdint>
 #include <vector>
+
+namespace Orv {
+
+/// How fast the output consumes the material. A cache loads further ahead the faster it is.
+///
+/// The renderer passes a reference on to the sample cache, so what this holds is the host's alone.
+struct OutputGearing {
+    /// Source samples per output sample. Only the magnitude counts.
+    double sourceSamplesPerOutputSample = 1.0;
+};
+
+} // namespace Orv
 
 namespace Aud {
 
@@ -13,8 +24,9 @@ namespace Render {
 struct SampleReader;
 }
 
-/// The host's store of samples, cut into segments that the host loads on its own threads. A host derives its
-/// own cache from this class; the renderer only hands a reference on to the iterators.
+/// The host's store of samples, cut into segments that the host loads on its own threads.
+///
+/// A host derives its own cache from this class. The renderer only hands a reference on to the iterators.
 class SampleCache {
 public:
     class ForwardIterator;
@@ -27,11 +39,13 @@ protected:
 
 /// Steps towards later samples. Positions outside the material are allowed and read as silence.
 ///
-/// The host makes, places and destroys it and walks its segments; the renderer copies, reads and steps it.
+/// The host defines the constructor, the destructor and the operations named internal_inc_: it places an
+/// iterator and walks its segments. The renderer defines the copy constructor, the read and the step. The
+/// order of the members is part of the contract; the renderer copies those named host... as they are.
 class SampleCache::ForwardIterator {
 public:
-    /// `flag` and `notFlag` are each other's negation; which of them waits, and what `extra` and `gearing`
-    /// mean, is the host's choice.
+    /// `flag` and `notFlag` are each other's negation. The host chooses which of them sets waitForSegment,
+    /// and what `extra` and `gearing` mean.
     ForwardIterator(const Cookie& cookie, long position, bool flag, SampleCache& cache, unsigned int extra,
                     bool notFlag, const Orv::OutputGearing& gearing);
     ForwardIterator(const ForwardIterator&);
@@ -51,14 +65,19 @@ private:
     void internal_inc_hitFirstSegment();
     /// Makes the following segment current, with segmentIndex on its first sample.
     [[gnu::cold]] void internal_inc_moveToNextSegment();
+    /// Counts one sample that was read inside the material while its segment was not ready.
     void internal_incrementAudioUnderrunCounter() const;
 
     Cookie identity;
+    /// Of the current sample in currentSegment.
     std::int32_t segmentIndex;
+    /// Of the current sample in the material. Outside 0 .. materialLength - 1 the iterator stands outside.
     std::int64_t cachePosition;
+    /// In samples.
     std::int64_t materialLength;
     SampleCacheSegment currentSegment;
     void* hostMaterial;
+    /// Reading waits for a segment whose request is outstanding.
     bool waitForSegment;
     std::uint32_t hostSegmentsAhead;
     std::vector<SampleCacheSegment> hostHeldSegments;
@@ -67,7 +86,7 @@ private:
     std::uint32_t hostReach;
 };
 
-/// Steps towards earlier samples. Positions outside the material are allowed and read as silence.
+/// Steps towards earlier samples. Otherwise like the forward iterator, with other host members at the end.
 class SampleCache::ReverseIterator {
 public:
     ReverseIterator(const Cookie& cookie, long position, bool flag, SampleCache& cache, bool notFlag,

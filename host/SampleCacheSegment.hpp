@@ -6,14 +6,14 @@
 
 namespace Aud {
 
-/// What the renderer tells apart about a segment. A host may use further values: all of them mean "not
-/// ready".
+/// The states of a segment that the renderer tells apart. A host may use further values: each of them means
+/// "not ready", which inside the material reads as silence and counts as an underrun.
 enum eSegmentStatus : std::int32_t {
     eSegmentEmpty = 0,
     eSegmentReady = 1,
     eSegmentRequestOutstanding = 2,
-    /// length() means nothing, and a forward reader stays on the segment for as long as it is inside the
-    /// material.
+    /// Not ready either. A forward reader does not ask for length() and stays on the segment to the
+    /// material's end.
     eSegmentOfUnknownLength = 7,
 };
 
@@ -26,7 +26,8 @@ public:
     SampleCacheSegment& operator=(const SampleCacheSegment&);
     ~SampleCacheSegment();
 
-    /// May change between two calls, because requests complete on other threads.
+    /// May change between two calls, because requests complete on other threads. Whoever reads eSegmentReady
+    /// must also see the samples.
     eSegmentStatus status() const;
 
     /// The first sample. Valid while the status is eSegmentReady and a handle is held.

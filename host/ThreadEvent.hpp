@@ -19,7 +19,7 @@ public:
 
     virtual ~iThreadEvent() = default;
 
-    /// Blocks until the event is signalled or the time, in milliseconds, is up. Returns whether it is
+    /// Blocks until the event is signalled or the time, in milliseconds, is up. Returns whether the event is
     /// signalled.
     virtual bool wait(std::uint32_t timeOutMilliseconds) = 0;
 

@@ -12,8 +12,8 @@ namespace Aud::Render {
 template <auto Choice, class... Types>
 using Pick = std::tuple_element_t<static_cast<std::size_t>(Choice), std::tuple<Types...>>;
 
-/// The layers of a mode's chain, inner to outer. Each wraps the one before it, or is the same type where the
-/// mode adds nothing.
+/// The layers of a mode's chain, inner to outer. Each wraps the one before, or is the same type where the
+/// mode adds nothing. 864 codes name 576 chains.
 template <int N>
 requires(isValidModeCode(N)) struct ChainLayers {
 private:

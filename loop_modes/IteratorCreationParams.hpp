@@ -3,7 +3,6 @@
 #include "host/Biquad.hpp"
 #include "host/DynamicLevel.hpp"
 #include "host/Identity.hpp"
-#include "host/OutputGearing.hpp"
 #include "host/SampleCache.hpp"
 #include "ole/Aud/EnvelopeParameters.hpp"
 #include "ole/Aud/FilteringSRCState.hpp"
@@ -13,8 +12,8 @@
 
 namespace Aud::Render {
 
-/// What the host keeps for one source that it plays: settings, and the state that carries on from one render
-/// call to the next. The order of the members is part of the contract.
+/// What the host keeps for one source that it plays: settings of a call, and the state that carries on from
+/// one render call to the next. The order of the members is part of the contract.
 struct PerSourceRecord {
     EnvelopeParameters envelope{};
     ce_handle strip;
@@ -24,21 +23,26 @@ struct PerSourceRecord {
     DynamicLevelControl::DynamicLevelApplyingIteratorState dynamicLevel;
 };
 
-/// One render request. All that it points to is the host's and outlives the call. The record itself is never
-/// written, and a field that the mode does not read may be left unset.
+/// One render request. Everything that it points to belongs to the host and outlives the call. The renderer
+/// writes neither this record nor what the pointers below `source` point to. A field that the mode does not
+/// read may be left unset; the others are not tested for null.
 struct IteratorCreationParams {
     PerSourceRecord* source = nullptr;
-    /// Where the source starts; read by modes without the filtering converter.
+    /// The first sample of the call, in modes without the filtering converter. The maker hands a reverse
+    /// iterator this plus one.
     const std::int64_t* startPosition = nullptr;
-    /// Handed to the cache iterator, which also gets its negation.
+    /// Handed to the cache iterator, with its negation.
     const bool* requestFlag = nullptr;
     /// Handed to the forward cache iterator.
     const std::uint32_t* forwardArgument = nullptr;
-    /// Where the source starts in forward modes with the filtering converter.
+    /// Handed unchanged to the iterator of a forward mode with the filtering converter: nextSourcePos of the
+    /// call before.
     const std::int64_t* forwardFilteringStartPosition = nullptr;
-    /// Where the source starts in reverse modes with the filtering converter.
+    /// The same in reverse. Unchanged here, too: a host whose reverse iterator takes the exclusive end of
+    /// what it reads adds the one to nextSourcePos itself.
     const std::int64_t* reverseFilteringStartPosition = nullptr;
-    /// Offset into the source. The filtering converter reads it only when it opens its resampler.
+    /// Offset into the source, read in modes with a converter. The filtering converter uses it only when it
+    /// opens its resampler.
     const SubSamplePos* subSampleStart = nullptr;
     /// The linear converter's speed, in source samples per output sample.
     const SubSamplePos* subSampleStep = nullptr;

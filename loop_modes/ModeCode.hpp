@@ -34,7 +34,8 @@ struct ModeFields {
     friend constexpr bool operator==(const ModeFields&, const ModeFields&) = default;
 };
 
-/// The shape of the fade in one envelope stage.
+/// The shape of the fade in one envelope stage. Those from rampHold on are stored shapes: their curve is a
+/// pointer that the maker resolves from the parameters, which it validates.
 enum class EnvelopeKind {
     none,
     simpleRampMixerStyleLog,
@@ -52,8 +53,8 @@ struct EnvelopeStage {
     MiddleLevelKind middleLevel;
 };
 
-/// What each value of the field selects. Deliberately not a clean bit field: the fixed level sits in the low
-/// bit of the values below 6 only.
+/// What each value of the field envelopeStage selects. Deliberately not a clean bit field: the fixed level
+/// sits in the low bit of the values 0 to 5, and the values from 9 on imply it.
 inline constexpr std::array<EnvelopeStage, 12> envelopeStages{{
     {EnvelopeKind::none, MiddleLevelKind::passThrough},
     {EnvelopeKind::none, MiddleLevelKind::fixed},

@@ -5,6 +5,7 @@
 #include "loop_modes/RegistrationOrder.hpp"
 #include "loop_modes/RenderFunction.hpp"
 #include "loop_modes/UnitPrelude.hpp"
+#include "ole/Aud/Instructions.hpp"
 #include "ole/Orv/OrvModeMeta"
 
 #include <algorithm>
@@ -21,8 +22,8 @@ class DespatchTables;
 template <class... Outs>
 class DespatchTables<std::tuple<Outs...>> {
 public:
-    /// Registers a mode's functions in all tables, in order. Out of line, because what calls it is run once
-    /// and read from the disk: 864 calls instead of 12,096.
+    /// Registers a mode's functions in all tables, in order. Out of line: the caller runs once and is read
+    /// from the disk, and 864 calls take less of it than 12,096.
     [[gnu::noinline]] void
     registerMode(unsigned long code,
                  typename LoopModesDespatch::Types<Outs>::ProcessSamples... functions) const {
@@ -31,19 +32,11 @@ public:
 
     template <int N>
     [[gnu::always_inline]] void registerMode() const {
-        registerMode(N, addressOf(&LoopModesDespatch::TypedFunctor<Outs>::template Functor<
-                                  Loki::Int2Type<N>>::ProcessSamples)...);
+        registerMode(N, Instructions::inRegister(&LoopModesDespatch::TypedFunctor<Outs>::template Functor<
+                                                 Loki::Int2Type<N>>::ProcessSamples)...);
     }
 
 private:
-    /// The address computed in a register. An argument pushed from memory would be one more word for the
-    /// loader to relocate: 8,640 of them.
-    template <class Fn>
-    [[gnu::always_inline]] static Fn addressOf(Fn function) {
-        asm("" : "+r"(function));
-        return function;
-    }
-
     template <class Out>
     using Table = typename LoopModesDespatch::Types<Out>::Table;
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "host/DespatchTables.hpp"
-#include "host/Int2Type.hpp"
 
 namespace Aud::Render {
 

@@ -9,10 +9,10 @@
 
 namespace Aud::Render::LoopModesDespatch {
 
-/// All render functions and makers of the modes with one envelope stage, which is what one unit compiles. The
+/// All render functions and makers of the modes with one envelope stage: the work of one compile unit. An
 /// even code and its twin are always in one group.
 ///
-/// Instantiating the group emits them, although nothing here calls them.
+/// An explicit instantiation of the group emits the functions, although nothing here calls them.
 template <unsigned int EnvelopeStage>
 class RenderFunctionGroup {
     static constexpr std::size_t size = validModeCount / envelopeStages.size();

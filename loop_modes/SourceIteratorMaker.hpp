@@ -7,15 +7,16 @@
 
 namespace Aud::Render {
 
-/// Builds the chain of one mode: the one place that reads the host's record.
+/// Builds the chain of one mode. The one place that reads the host's record: everything that the mode needs
+/// is read before the first layer is built, because a host operation may change the record while the chain
+/// grows.
 ///
-/// All that the mode needs of the record is read before the first layer is built. Each layer copies the one
-/// below it, which is destroyed once copied.
+/// Layers are built inner to outer. Each copies the layer below, which is destroyed once copied.
 template <int N>
 class SourceIteratorMaker {
 public:
     /// Throws what the host's operations throw, and Orv::Exception::RuntimeError where the envelope's
-    /// parameters do not suit the mode. Out of line, because fourteen render functions share it.
+    /// parameters do not suit the mode. Out of line, because fourteen render functions share one maker.
     [[gnu::used, gnu::noinline]] static Chain<N> makeIterator(IteratorCreationParams& params) {
         if constexpr (isTwinOfEvenCode(N))
             return SourceIteratorMaker<N - 1>::makeIterator(params);
@@ -85,7 +86,7 @@ private:
         } else {
             using Shape = typename Envelope::Shape;
             const Filter filter = makeFilter();
-            // A copy that may have an address, so that this object needs none.
+            // Passes a copy: taking the member's address would keep the maker in memory.
             const EnvelopeParameters envelope = envelope_;
             if constexpr (stage.envelope >= EnvelopeKind::rampHold)
                 return EnvelopeApplyingIteratorMaker<Filter, Shape>::make(filter, envelope);
@@ -136,7 +137,7 @@ private:
     const Orv::OutputGearing& gearing_;
     bool flag_;
     std::int64_t startPosition_;
-    // The rest is set only in modes that read it.
+    // From here on each member is set only in modes that read it.
     std::uint32_t forwardArgument_ = 0;
     EnvelopeParameters envelope_{};
     float middleLevelUValue_ = 0.0F;

@@ -1,6 +1,6 @@
 #include "ole/Aud/SpeedLimit.hpp"
 
-#include "host/Configuration.hpp"
+#include "host/LoadServices.hpp"
 #include "loop_modes/UnitPrelude.hpp"
 
 namespace Aud::Render {
@@ -10,7 +10,7 @@ double configuredSpeedLimit() {
     return config_double("AudioPlaybackSpeedLimit", 6.0);
 }
 
-/// The setting is read again for each comparison, as the host's settings always are.
+/// Reads the setting again for each comparison, at most three times: each read is visible to the host.
 double readSpeedLimit() {
     if (configuredSpeedLimit() > 8.0)
         return 8.0;

@@ -6,11 +6,12 @@
 
 namespace Aud::DynamicLevelControl {
 
-/// Multiplies every sample by a level that moves along the host's nodes; the two forms below differ in the
-/// direction of the walk, which is independent of the direction in which the source is read.
+/// Multiplies every sample by a level that moves along the host's nodes: an automation.
 ///
-/// The level is linear in u-value between two nodes, and always goes through the mixer-style curve. All
-/// copies work on the host's one state, so that the next render call continues where this one stops.
+/// Between two nodes the level is linear in u-value; the mixer-style curve maps it to a gain, always. All
+/// copies work on the host's one state, so the next render call continues where this one stops. The two forms
+/// below differ in the direction in which the nodes are walked, which is independent of the direction in
+/// which the source is read.
 template <Render::WrappableLayer Inner>
 class DynamicLevelApplyingIterator : public DynamicLevelApplyingIteratorBase {
 public:
@@ -25,9 +26,9 @@ protected:
     DynamicLevelApplyingIterator(const Inner& inner, DynamicLevelApplyingIteratorState& state)
         : DynamicLevelApplyingIteratorBase(state), inner_(inner) {}
 
-    /// Moves the level by one sample and returns whether it has reached a node, where the host must load the
-    /// next segment. The sample that reaches the node is stepped too, and the inner layer only after all of
-    /// this.
+    /// Moves the level by one sample and returns whether the level has reached a node, where the host must
+    /// load what follows. The level adds its step on the sample that reaches the node, too. Call this before
+    /// the layer below is stepped: the order shows when a host operation throws.
     [[gnu::always_inline]] bool reachesNode() {
         if (state_.stationary != 0)
             return false;

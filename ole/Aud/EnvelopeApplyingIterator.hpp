@@ -5,11 +5,11 @@
 
 namespace Aud::Render {
 
-/// Multiplies every sample by the gain of a fade, whose shape is `Traits`.
+/// Multiplies every sample by the gain of a fade. `Traits` is the shape of the fade, one of EnvelopeTraits.
 ///
-/// The fade counts samples delivered through this layer, not positions: the first sample carries the gain of
-/// the step at which the shape was placed, and a converter further out advances it once per sample that it
-/// pulls.
+/// The fade counts samples delivered through this layer, not positions in the material. The first sample has
+/// the gain of the step at which the shape was placed. A converter further out advances the fade once per
+/// source sample that it pulls. In a reverse chain the fade still runs in the order of delivery.
 template <WrappableLayer Inner, class Traits>
 class EnvelopeApplyingIterator {
 public:
@@ -18,12 +18,13 @@ public:
     EnvelopeApplyingIterator(const Inner& inner, const Traits& envelope)
         : inner_(inner), envelope_(envelope) {}
 
-    /// The sample is read before the gain is computed.
+    /// Reads the sample first, then computes the gain.
     [[gnu::always_inline]] float operator*() const {
         const float sample = *inner_;
         return envelope_.gain() * sample;
     }
 
+    /// Steps the layer below first, then the fade.
     [[gnu::always_inline]] EnvelopeApplyingIterator& operator++() {
         ++inner_;
         envelope_.advance();
@@ -37,10 +38,11 @@ private:
     Traits envelope_;
 };
 
-/// Makes the envelopes whose parameters are validated.
+/// Makes the envelopes of stored shape (ramp-hold, hold-ramp, ramp-hold-ramp), whose parameters are
+/// validated. The simple ramps are constructed directly.
 ///
-/// Throws Orv::Exception::RuntimeError, before anything is copied, if the parameters are of another type than
-/// `Traits`, or else if a curve type is none of eCurveType.
+/// Throws Orv::Exception::RuntimeError, before anything is copied, first if the parameters are of another
+/// type than `Traits`, then if a curve type is none of eCurveType.
 template <WrappableLayer Inner, class Traits>
 struct EnvelopeApplyingIteratorMaker {
     [[gnu::used, gnu::noinline]] static EnvelopeApplyingIterator<Inner, Traits>

@@ -1,48 +1,25 @@
 #pragma once
 
 #include "ole/Aud/EnvelopeParameters.hpp"
+#include "ole/Aud/EnvelopeValidation.hpp"
 #include "ole/Aud/GainCurves.hpp"
-#include "ole/Orv/Exception.hpp"
 
 #include <algorithm>
 #include <cstdint>
 
-/// The five shapes of a fade. A shape is the state of an envelope: it places itself at a step of the fade,
-/// gives the gain there, and advances by one step. All arithmetic is in single precision, in the order
-/// written.
+/// The five shapes of a fade. A shape places itself at a step of the fade, gives the gain there, and advances
+/// by one step. All arithmetic is in single precision, in the order written.
+///
+/// A shape is placed afresh in each render call, by one multiplication; while the call runs it adds its step
+/// again and again. In single precision the two differ, unless the host keeps u-values and steps on a grid.
 namespace Aud::Render::EnvelopeTraits {
-
-/// The gain curve of a stored shape, resolved once, so that no sample decides on it.
-using CurveFunction = float (*)(float);
-
-inline constexpr const char* sourceFile = "ole/Aud/Aud__RenderIterators";
-
-inline CurveFunction resolveCurve(std::uint32_t curveType) {
-    constexpr int unexpectedCurveLine = 304;
-    switch (curveType) {
-    case GainCurve::eLinear:
-        return &GainCurve::Curve<GainCurve::eLinear>::mapUValueToMagnitude;
-    case GainCurve::eMixerStyleLog:
-        return &GainCurve::Curve<GainCurve::eMixerStyleLog>::mapUValueToMagnitude;
-    case GainCurve::eConstantPower:
-        return &GainCurve::Curve<GainCurve::eConstantPower>::mapUValueToMagnitude;
-    }
-    throw Orv::Exception::RuntimeError("Unexpected Aud::GainCurve type!", sourceFile, unexpectedCurveLine);
-}
-
-/// Throws unless the parameters describe the shape that the mode names.
-inline void requireType(const EnvelopeParameters& params, eEnvelopeType type, int line) {
-    // The host matches the message by its letters, the misspelling included.
-    if (params.type != type)
-        throw Orv::Exception::RuntimeError("Mismatched EnvelopePrameters type!", sourceFile, line);
-}
 
 /// The u-value after `steps` steps of `step`.
 inline float uValueAfter(float start, std::uint32_t steps, float step) {
     return start + static_cast<float>(steps) * step;
 }
 
-/// Ramps forever. Tests neither the type nor a curve: the mode names both.
+/// Ramps forever, on the curve that the mode names. Tests neither the type nor the curve of the parameters.
 template <GainCurve::eCurveType CurveType>
 class SimpleRamp {
 public:
@@ -60,7 +37,7 @@ private:
     float step_;
 };
 
-/// Ramps for a length, then holds the value it reached.
+/// Ramps for a length, then holds the value that the ramp reached. A fade-in.
 class RampHold {
 public:
     explicit RampHold(const EnvelopeParameters& params) {
@@ -89,7 +66,8 @@ private:
     CurveFunction curve_;
 };
 
-/// Holds for a length, then ramps forever.
+/// Holds for a length, then ramps forever. A fade-out. With `elapsed` equal to the length, the second sample
+/// is the first to move.
 class HoldRamp {
 public:
     explicit HoldRamp(const EnvelopeParameters& params) {
@@ -122,7 +100,7 @@ private:
     CurveFunction curve_;
 };
 
-/// Ramps for a length, holds for a length, then ramps forever.
+/// Ramps for a length, holds for a length, then ramps forever. A fade-in and a fade-out.
 class RampHoldRamp {
 public:
     explicit RampHoldRamp(const EnvelopeParameters& params) {
@@ -145,7 +123,8 @@ public:
         }
     }
 
-    // The hold deliberately uses the last ramp's curve, not the first's.
+    // The hold deliberately uses the last ramp's curve: the gain jumps where the first ramp ends, if the
+    // curves differ.
     [[gnu::always_inline]] float gain() const {
         const CurveFunction curve = firstRampRemaining_ != 0 ? firstCurve_ : lastCurve_;
         return curve(uValue_);

@@ -11,25 +11,26 @@
 
 namespace Aud::Render {
 
-/// Varispeed by band-limited interpolation (libresample), one output sample per call of the resampler.
+/// Changes the speed by band-limited interpolation (libresample), one output sample per call of the
+/// resampler. Clean, at speeds up to cfgAudioPlaybackSpeedLimit.
 ///
-/// The resampler, the samples read ahead and the current output belong to the host's state record. Each
-/// render call starts with the output that the call before it prepared, and leaves, when it ends, the
-/// position at which the host must let the next one start reading. Not copyable: every destruction records
-/// that position.
+/// The resampler, the source samples read ahead and the current output belong to the host's state record. A
+/// render call begins with the output that the call before prepared, and ends by recording the position from
+/// which the host must let the next call read. Not copyable, because every destruction records that position.
 template <WrappableLayer Inner>
 class FilteringSRCIterator {
 public:
-    /// Opens and primes the resampler on a record's first use. Only then does `start` count: a positive one
-    /// is skipped by one resampler step of that length. `speed` is in source samples per output sample.
+    /// `speed` is in source samples per output sample. Opens the resampler on a record's first use and reads
+    /// the first block. Only then does `start` count: one greater than zero is skipped by one resampler step
+    /// of that length, within the bounds of the factor.
     FilteringSRCIterator(const Inner& inner, FilteringSRCState* srcState, const SubSamplePos& start,
                          float speed)
         : srcState_(srcState), inner_(inner), minFactor_(1.0 / cfgAudioPlaybackSpeedLimit) {
         if (srcState_->opened == 0) {
-            // The contract stores the handle without a test.
+            // The handle is stored untested, by contract.
             srcState_->handle = resample_open(lowQuality, minFactor_, maxFactor_);
             refillSourceBuffer();
-            // Before the start offset: a failure from there on finds the record opened.
+            // Set before the start offset is skipped: a failure while skipping leaves the record opened.
             srcState_->opened = 1;
             if (start > zeroSubSamplePos) {
                 const double offset = static_cast<double>(start.sample) +
@@ -43,7 +44,8 @@ public:
     FilteringSRCIterator(const FilteringSRCIterator&) = delete;
     FilteringSRCIterator& operator=(const FilteringSRCIterator&) = delete;
 
-    /// Runs also when an exception leaves the render loop, but not when one leaves the constructor.
+    /// Records the next source position, also when an exception leaves the render loop, but not when one
+    /// leaves the constructor.
     ~FilteringSRCIterator() {
         srcState_->nextSourcePos = sourceOf(inner_).position();
         srcState_->positionRecorded = 1;
@@ -70,13 +72,14 @@ public:
 private:
     static constexpr int lowQuality = 0;
 
-    /// A NaN passes.
+    /// Limits a factor to 1 / cfgAudioPlaybackSpeedLimit .. 1024. A NaN passes both comparisons.
     double bound(double factor) const {
         const double atMost = maxFactor_ < factor ? maxFactor_ : factor;
         return minFactor_ > atMost ? minFactor_ : atMost;
     }
 
-    /// Where the resampler gives no output yet, the previous output stands and is repeated.
+    /// Calls the resampler once, whatever it returns: where it gives no output, the output before is
+    /// repeated.
     [[gnu::always_inline]] void resampleOne() {
         FilteringSRCState& state = *srcState_;
         int used = 0;

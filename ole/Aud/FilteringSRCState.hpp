@@ -4,23 +4,28 @@
 
 namespace Aud::Render {
 
-/// What the filtering converter keeps from one render call to the next, owned by the host.
+/// What the filtering converter keeps from one render call to the next. The host owns it, as part of the
+/// per-source record, and starts a new stream by closing the resampler and clearing the state.
 struct FilteringSRCState {
+    /// In samples.
     static constexpr std::uint32_t blockLength = 64;
 
+    /// The open resampler of libresample. The renderer opens it, the host closes it.
     void* handle = nullptr;
-    /// Output samples per source sample now in force, already bounded.
+    /// The factor in force, in output samples per source sample, already bounded.
     double factor = 1.0;
     /// The current output sample: the resampler's output buffer, one sample long.
     float outSample = 0.0F;
-    /// Source samples, already through the inner chain, that wait for the resampler.
+    /// Source samples that have passed the chain below and wait for the resampler.
     float sourceBlock[blockLength] = {};
-    /// Of the first sample in the block that the resampler has not taken: 0 to 63.
+    /// Index of the first sample in sourceBlock that the resampler has not taken: 0 to 63.
     std::uint32_t readIndex = 0;
-    /// Where the source stood when a render call ended: the next sample that a refill would read.
+    /// The position of the source at the end of the latest render call: the next sample that a refill would
+    /// read.
     std::int64_t nextSourcePos = 0;
+    /// Not zero: nextSourcePos has been recorded.
     std::uint8_t positionRecorded = 0;
-    /// Set once the resampler is open and the block filled. Closing and clearing it is the host's.
+    /// Not zero: the resampler is open and the block filled. Only the host clears it.
     std::uint8_t opened = 0;
 };
 

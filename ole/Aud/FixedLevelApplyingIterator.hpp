@@ -5,12 +5,15 @@
 
 namespace Aud::Render {
 
-/// Multiplies every sample by one gain, set when the chain is made. The multiply is made for gains of 0 and 1
-/// too.
+/// Multiplies every sample by one gain, which is computed once, when the chain is made.
+///
+/// A chain holds up to two: the middle level directly over the envelope, and the outer level directly under
+/// the converter. Gains of 0 and 1 are multiplied like any other, so a NaN or an infinity in the source stays
+/// one.
 template <WrappableLayer Inner>
 class FixedLevelApplyingIterator {
 public:
-    /// The u-value always goes through the mixer-style curve.
+    /// `uValue` is mapped by the mixer-style curve, always.
     FixedLevelApplyingIterator(const Inner& inner, float uValue)
         : inner_(inner), gain_(GainCurve::Curve<GainCurve::eMixerStyleLog>::mapUValueToMagnitude(uValue)) {}
 

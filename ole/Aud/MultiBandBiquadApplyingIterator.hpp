@@ -5,8 +5,10 @@
 
 namespace Aud {
 
-/// A serial cascade. Every section runs for every sample: one that is to have no effect has the pass-through
-/// coefficients.
+/// Runs a sample through the sections in band order, each fed with the result of the one before. Every
+/// section runs for every sample: a band without effect needs pass-through coefficients.
+///
+/// Written out instead of as a loop, because the compilers keep a loop of calls.
 template <unsigned int Bands>
 [[gnu::always_inline]] inline float Filter::MultiBandBiquad<Bands>::processSample(float x) {
     static_assert(Bands == 5, "the cascade is written out for five bands");
@@ -19,11 +21,13 @@ template <unsigned int Bands>
 
 namespace Render {
 
-/// Runs the source through the host's five-band equaliser.
+/// Runs the source through the host's five-band equaliser, directly over the source.
 ///
-/// The filter is one sample ahead of what is delivered: making the iterator filters nothing, and reading
-/// returns the equaliser's last result, which the previous call (or the host, after a jump) left there. The
-/// equaliser outlives the iterator, and copies of the iterator share it.
+/// The equaliser is one sample ahead: reading returns its last result, and stepping filters the next source
+/// sample. Making the iterator filters nothing. The first sample of a call is therefore the result that the
+/// call before left in the equaliser, which makes contiguous calls seamless; after a jump the host primes the
+/// equaliser with the new first sample. The equaliser belongs to the host, and copies of the iterator share
+/// it.
 template <WrappableLayer Source>
 class MultiBandBiquadApplyingIterator {
 public:

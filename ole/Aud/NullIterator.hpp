@@ -4,7 +4,10 @@
 
 namespace Aud::Render {
 
-/// Passes everything through: stands where a filter or a level is absent, at no cost per sample.
+/// Passes every sample through. It stands where a mode has no filter or no level.
+///
+/// Reading and stepping inline to those of the layer below, so the layer costs nothing per sample; its place
+/// in the chain's type is part of the contract.
 template <WrappableLayer Inner>
 class NullIterator {
 public:

@@ -9,14 +9,14 @@
 namespace Aud {
 namespace Render {
 
-/// How the two source iterators read and step, with the rare paths out of line.
+/// How the two source iterators read and step. The rare paths are out of line.
 ///
-/// Outside the material a source reads as silence and counts nothing. Inside, a sample whose segment is not
-/// ready reads as 0.0 and counts one underrun, unless the iterator was made to wait for it. The host's
-/// segment walks are called only at a segment's end and where the iterator enters the material.
+/// Outside the material a source reads as silence and counts nothing. Inside the material a sample whose
+/// segment is not ready reads as 0.0 and counts one underrun, unless the iterator was made to wait. The
+/// host's segment walks are called only at the end of a segment and where the iterator enters the material.
 struct SampleReader {
-    /// The status is asked for twice, before and after the wait, and afresh for every sample, because
-    /// requests complete on other threads. The ready path does not test the position.
+    /// Asks for the status twice, before and after a possible wait, and afresh for every sample, because
+    /// requests complete on other threads. Does not test the position while the segment is ready.
     template <class Iterator>
     [[gnu::always_inline]] static float read(const Iterator& it) {
         if (it.currentSegment.status() == eSegmentRequestOutstanding) [[unlikely]]
@@ -26,6 +26,7 @@ struct SampleReader {
         return missingSample(it);
     }
 
+    /// Inside a segment, asks for the segment's status and length.
     [[gnu::always_inline]] static void step(SampleCache::ForwardIterator& it) {
         it.cachePosition = wrappingSum(it.cachePosition, std::int64_t{1});
         if (it.cachePosition <= 0 || it.cachePosition >= it.materialLength) [[unlikely]]
@@ -38,7 +39,8 @@ struct SampleReader {
             it.internal_inc_moveToNextSegment();
     }
 
-    /// Deliberately asks for neither the status nor the length of the segment, unlike the forward step.
+    /// Asks for neither the status nor the length of the segment, unlike the forward step. The difference is
+    /// deliberate: each query is visible to the host.
     [[gnu::always_inline]] static void step(SampleCache::ReverseIterator& it) {
         const std::int64_t old = it.cachePosition;
         it.cachePosition = wrappingSum(old, std::int64_t{-1});
@@ -50,7 +52,7 @@ struct SampleReader {
     }
 
 private:
-    /// The handle of the event is given back also when the wait throws.
+    /// Gives the handle of the event back, also when the wait throws.
     template <class Iterator>
     [[gnu::cold, gnu::noinline]] static void waitForRequest(const Iterator& it) {
         if (!it.waitForSegment)
@@ -66,7 +68,8 @@ private:
         return 0.0F;
     }
 
-    /// Entering is tested before leaving: the step to position 0 enters even a material of length 0.
+    /// Entering is tested before leaving: the step to position 0 enters even a material of length 0. Steps
+    /// that stay outside change the position alone.
     [[gnu::cold, gnu::noinline]] static void stepAtBorder(SampleCache::ForwardIterator& it) {
         if (it.cachePosition < 0 || it.cachePosition > it.materialLength)
             return;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ole/Aud/Instructions.hpp"
 #include "ole/Aud/SampleFormats.hpp"
 
 #include <bit>
@@ -9,30 +10,23 @@
 
 namespace Aud {
 
-/// Converts between floating point and one format: `store` clips, scales and truncates toward zero, without
-/// dither; `load` reads a container back. Each format's limits and scale are its own, and are not to be
-/// harmonised.
+/// How one format holds a sample. `store` clips a float, scales it and truncates it toward zero, without
+/// dither. `load` reads a container back as a float, for summing. Both are called once per output sample.
 ///
-/// A NaN stores in an integer format what 0.0 stores; the float format passes it. The truncating instructions
-/// are defined for it, which a C++ conversion is not: they give the most negative integer, whose low bits are
-/// those of 0.
+/// The limits and the scale are each format's own. They differ on purpose: do not harmonise them.
+///
+/// A NaN is stored as 0.0 would be in an integer format, and as it is in the float format. The truncating
+/// instructions give the most negative integer for a NaN, whose low bits are those of 0; a C++ conversion of
+/// a NaN would be undefined.
 template <class Format>
 struct SampleEncoding;
 
 namespace Encoding {
 
-/// The largest float below 1.0 by one step of 24 bits.
-inline constexpr float oneBelowFullScale = 8388607.0F / 8388608.0F;
+using Instructions::clip;
 
-/// Tests the upper limit first, both strictly; a NaN passes, because either instruction then gives its second
-/// operand.
-///
-/// Compilers make branches of the same in C++, and fill the unused lanes of the intrinsics' operands.
-[[gnu::always_inline]] inline float clip(float x, float lower, float upper) {
-    asm("minss %1, %0" : "+x"(upper) : "x"(x));
-    asm("maxss %1, %0" : "+x"(lower) : "x"(upper));
-    return lower;
-}
+/// 1.0 less one step of 24 bits.
+inline constexpr float oneBelowFullScale = 8388607.0F / 8388608.0F;
 
 [[gnu::always_inline]] inline std::int32_t truncate(float x) {
     return _mm_cvttss_si32(_mm_set_ss(x));
@@ -43,17 +37,17 @@ template <class Container>
     std::memcpy(out.bytes, value, sizeof out.bytes);
 }
 
-/// The 24 low bits, sign-extended: 0 for what a NaN truncates to.
+/// Extends the sign of the 24 low bits. For a truncated NaN these bits are 0.
 [[gnu::always_inline]] inline std::int32_t signExtend24(std::uint32_t bits) {
     return static_cast<std::int32_t>(bits << 8) >> 8;
 }
 
+/// The clip limit is exactly 8388607 steps, so the product needs no limit of its own.
 [[gnu::always_inline]] inline std::int32_t toSigned24(float x) {
-    // The upper limit is exactly 8388607 steps, so that the product needs no limiting of its own.
     return truncate(clip(x, -1.0F, oneBelowFullScale) * 8388608.0F);
 }
 
-/// Reads the three low bytes; a fourth one is ignored.
+/// Reads the three low bytes and ignores a fourth.
 [[gnu::always_inline]] inline float fromSigned24(const unsigned char* bytes) {
     const std::uint32_t bits =
         bytes[0] | static_cast<std::uint32_t>(bytes[1]) << 8 | static_cast<std::uint32_t>(bytes[2]) << 16;
@@ -62,9 +56,9 @@ template <class Container>
 
 } // namespace Encoding
 
+/// -1.0 is stored, +1.0 never: the largest value is one step of 24 bits below.
 template <>
 struct SampleEncoding<SampleF32> {
-    /// Never stores +1.0, but stores -1.0.
     [[gnu::always_inline]] static void store(float x, SampleF32& out) {
         const float value = Encoding::clip(x, -1.0F, Encoding::oneBelowFullScale);
         Encoding::put(&value, out);
@@ -72,6 +66,7 @@ struct SampleEncoding<SampleF32> {
     [[gnu::always_inline]] static float load(const SampleF32& in) { return std::bit_cast<float>(in.bytes); }
 };
 
+/// Steps of 1/128 from -128 to 127.
 template <>
 struct SampleEncoding<SampleS8> {
     [[gnu::always_inline]] static void store(float x, SampleS8& out) {
@@ -83,22 +78,23 @@ struct SampleEncoding<SampleS8> {
     }
 };
 
+/// Stores the offset value x + 1.0 in steps of 1/127.5. Silence becomes 127, because 127.5 is truncated; but
+/// `load` reads 128 as silence, so each sum with silence lowers a sample by one step.
 template <>
 struct SampleEncoding<SampleU8> {
-    /// Works on the value offset to 0.0 .. 2.0. Silence becomes 127, not 128: 127.5 is truncated.
     [[gnu::always_inline]] static void store(float x, SampleU8& out) {
-        // Here the low bits of a truncated NaN are not those of silence, so it is made silence first.
+        // The low bits of a truncated NaN are not those of silence here, so it becomes silence first.
         if (x != x) [[unlikely]]
             x = 0.0F;
         const float clipped = Encoding::clip(x + 1.0F, 0.0F, 2.0F);
         out.bytes[0] = static_cast<unsigned char>(Encoding::truncate(clipped * 127.5F));
     }
-    /// Centred on 128, and so deliberately not the inverse of the store.
     [[gnu::always_inline]] static float load(const SampleU8& in) {
         return static_cast<float>(in.bytes[0] - 128) * 0x1p-7F;
     }
 };
 
+/// Steps of 1/32768 from -32768 to 32767.
 template <>
 struct SampleEncoding<SampleS16> {
     [[gnu::always_inline]] static void store(float x, SampleS16& out) {
@@ -111,6 +107,7 @@ struct SampleEncoding<SampleS16> {
     }
 };
 
+/// Steps of 2^-23 from -2^23 to 2^23 - 1, in three bytes.
 template <>
 struct SampleEncoding<SampleS24> {
     [[gnu::always_inline]] static void store(float x, SampleS24& out) {
@@ -122,6 +119,7 @@ struct SampleEncoding<SampleS24> {
     [[gnu::always_inline]] static float load(const SampleS24& in) { return Encoding::fromSigned24(in.bytes); }
 };
 
+/// The same in four bytes. `store` writes the sign into the fourth, `load` ignores it.
 template <>
 struct SampleEncoding<SampleS24In32> {
     [[gnu::always_inline]] static void store(float x, SampleS24In32& out) {
@@ -134,12 +132,12 @@ struct SampleEncoding<SampleS24In32> {
     }
 };
 
+/// Maps the closed range -1.0 .. +1.0 onto all 2^32 integers. The offset of half a step makes 0.0 store 0.
 template <>
 struct SampleEncoding<SampleS32> {
-    /// Maps the closed range -1.0 .. +1.0 onto all integers; the offset of half a step makes 0.0 store 0.
     [[gnu::always_inline]] static void store(float x, SampleS32& out) {
         const double clipped = static_cast<double>(Encoding::clip(x, -1.0F, 1.0F));
-        // Truncated to 64 bits, so that the low half is 0 for a NaN.
+        // Truncated to 64 bits, so that the low half of a truncated NaN is 0.
         const auto value = static_cast<std::int32_t>(_mm_cvttsd_si64(_mm_set_sd(clipped * scale - 0.5)));
         Encoding::put(&value, out);
     }

@@ -2,9 +2,11 @@
 
 namespace Aud {
 
+// The numbers of the three enumerations are part of the exported names.
+
 /// Where the significant bits sit in the container.
 enum eDataAlignment {
-    /// They fill it.
+    /// They fill the container.
     ePacked = 1,
     /// In its low-order bytes; the high-order byte carries the sign.
     eLowBytes = 3,
@@ -23,7 +25,8 @@ enum eDataRepresentation {
     eFloat = 2,
 };
 
-/// One container of one sample, little-endian. A buffer is an array of containers without gaps.
+/// A sample format: one container of one sample, little-endian. A buffer is an array of containers without
+/// gaps. SampleEncoding says how each format holds a float.
 template <unsigned int Bits, unsigned int Bytes, eDataAlignment, eDataSigned, eDataRepresentation>
 struct Sample {
     static constexpr unsigned int bits = Bits;

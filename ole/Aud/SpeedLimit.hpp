@@ -1,10 +1,9 @@
 #pragma once
 
-/// The fastest speed of the filtering converter, in source samples per output sample: 1.5 to 8.0. Set once,
-/// while the library is being loaded, from the setting "AudioPlaybackSpeedLimit".
-#if __has_cpp_attribute(gnu::nodirect_extern_access)
-// A program must ask where it is: one that g++ lets assume its place gets a copy, which the library never
-// sets.
-[[gnu::nodirect_extern_access]]
-#endif
-extern double cfgAudioPlaybackSpeedLimit;
+/// The fastest speed of the filtering converter, in source samples per output sample: 1.5 to 8.0.
+///
+/// Set once, while the library is being loaded, from the setting "AudioPlaybackSpeedLimit". The one exported
+/// variable: a host's program may name it with a plain `extern double`. A program that is not
+/// position-independent then holds a copy, so the library reaches the variable by one look-up at load and
+/// never by a fixed distance.
+[[gnu::visibility("default")]] extern double cfgAudioPlaybackSpeedLimit;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ole/Aud/Instructions.hpp"
 #include "ole/Aud/Wrapping.hpp"
 
 #include <compare>
@@ -7,10 +8,10 @@
 
 namespace Aud {
 
-/// A position or distance in source samples, in fixed point, so that it does not drift over long stretches.
+/// A position or distance in source samples, in fixed point, so that long stretches do not drift.
 ///
-/// The value is sample + fraction / 1073741823; once normalised the fraction is 0 to 1073741822. Positions
-/// are ordered by sample, then by fraction.
+/// The value is sample + fraction / 1073741823. A normalised fraction is 0 to 1073741822. Positions are
+/// ordered by sample, then by fraction.
 struct SubSamplePos {
     /// 2^30 - 1, deliberately not a power of two.
     static constexpr std::int32_t fractionsPerSample = 1073741823;
@@ -18,9 +19,9 @@ struct SubSamplePos {
     std::int64_t sample;
     std::int32_t fraction;
 
-    /// Normalises. A negative fraction that is not whole borrows one sample more and keeps the magnitude of
-    /// its remainder: SubSamplePos(5, -1) is 4 samples and a fraction of 1. The host counts on this borrow
-    /// rule, although the result is not the arithmetically equal value.
+    /// Normalises. A negative fraction that is not a whole number of samples borrows one more sample and
+    /// keeps the magnitude of its remainder: SubSamplePos(5, -1) is 4 samples and a fraction of 1. The host
+    /// counts on this borrow rule, although the result is not the arithmetically equal value.
     [[gnu::used]] constexpr SubSamplePos(long wholeSamples, int fractions)
         : sample(wrappingSum(std::int64_t{wholeSamples}, std::int64_t{fractions / fractionsPerSample})),
           fraction(fractions % fractionsPerSample) {
@@ -30,26 +31,17 @@ struct SubSamplePos {
         }
     }
 
-    /// Normalises the sum as the constructor does. That of two normalised positions holds at most one whole
-    /// sample in its fraction, which one subtraction moves over; dividing is left to what a host makes by
-    /// hand.
+    /// Normalises the sum as the constructor does. The sum of two normalised fractions holds at most one
+    /// whole sample, so one subtraction is enough; only positions that a host made by hand are divided.
     [[gnu::always_inline]] SubSamplePos& operator+=(const SubSamplePos& distance) {
         constexpr std::uint32_t wholeSample = fractionsPerSample;
         std::int64_t samples = wrappingSum(sample, distance.sample);
-        const auto sum = static_cast<std::uint32_t>(wrappingSum(fraction, distance.fraction));
+        auto sum = static_cast<std::uint32_t>(wrappingSum(fraction, distance.fraction));
         if (sum >= 2 * wholeSample) [[unlikely]]
             return *this = SubSamplePos(samples, static_cast<std::int32_t>(sum));
-        // The borrow of one subtraction, twice: it restores the sum, or else counts a sample. Compilers
-        // compare twice and materialise the carry, three instructions more per output sample.
-        std::uint32_t rest = sum;
-        asm("sub %[whole], %[rest]\n\t"
-            "cmovc %[sum], %[rest]\n\t"
-            "sbb $-1, %[samples]"
-            : [rest] "+&r"(rest), [samples] "+&r"(samples)
-            : [sum] "r"(sum), [whole] "i"(wholeSample)
-            : "cc");
+        Instructions::carry<wholeSample>(sum, samples);
         sample = samples;
-        fraction = static_cast<std::int32_t>(rest);
+        fraction = static_cast<std::int32_t>(sum);
         return *this;
     }
 
@@ -57,7 +49,7 @@ struct SubSamplePos {
     friend constexpr auto operator<=>(const SubSamplePos&, const SubSamplePos&) = default;
 };
 
-/// What a start offset is compared with: it has an effect only if it is greater.
+/// A start offset is compared with zero: only a greater one has an effect.
 inline constexpr SubSamplePos zeroSubSamplePos(0, 0);
 
 } // namespace Aud

@@ -6,8 +6,11 @@
 
 namespace Aud::Render {
 
-/// An output position at which samples are added to what is there; the clipped sum replaces it. `P` is a
-/// pointer to a sample format. The buffer is the caller's.
+/// An output position at which samples are added to what is there, which the clipped sum replaces. `P` is a
+/// pointer to a sample format; the buffer is the caller's.
+///
+/// Summing silence changes two formats: 8 bits unsigned, where silence lowers every sample above 0 by one
+/// step, and 32 bits, whose samples pass through single precision.
 template <class P>
 class SummingOutputSampleIterator {
 public:
@@ -15,7 +18,7 @@ public:
 
     explicit SummingOutputSampleIterator(P position) : position_(position) {}
 
-    /// The sum is made in single precision, then converted as if written.
+    /// Loads, adds in single precision, and stores the sum as a sample is stored.
     [[gnu::always_inline]] void sumAndStore(float x) {
         using Encoding = SampleEncoding<Format>;
         const float sum = Encoding::load(*position_) + x;
@@ -33,14 +36,14 @@ private:
     P position_;
 };
 
-/// Writes one sample and moves the caller's position past it.
+/// Writes one sample and moves the caller's position past the sample.
 template <class Format>
 [[gnu::always_inline]] inline void deliver(float x, Format*& out) {
     SampleEncoding<Format>::store(x, *out);
     ++out;
 }
 
-/// Adds one sample and moves the caller's position past it.
+/// Adds one sample and moves the caller's position past the sample.
 template <class P>
 [[gnu::always_inline]] inline void deliver(float x, SummingOutputSampleIterator<P>& out) {
     out.sumAndStore(x);

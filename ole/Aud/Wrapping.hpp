@@ -5,7 +5,8 @@
 
 namespace Aud {
 
-/// The sum modulo two to the width, for counters that may run without bound.
+/// The sum modulo two to the width. For positions and indices that may run without bound, where signed
+/// overflow would be undefined.
 template <std::integral Integer>
 constexpr Integer wrappingSum(Integer value, Integer addend) noexcept {
     using Unsigned = std::make_unsigned_t<Integer>;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "host/Identity.hpp"
-#include "host/OutputGearing.hpp"
+#include "host/SampleCache.hpp"
 #include "standalone/cache/Material.hpp"
 #include "standalone/cache/MaterialCache.hpp"
 

@@ -1,6 +1,6 @@
 #include "standalone/services/Configuration.hpp"
 
-#include "host/Configuration.hpp"
+#include "host/LoadServices.hpp"
 #include "standalone/services/Immortal.hpp"
 
 #include <charconv>

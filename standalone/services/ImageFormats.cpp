@@ -1,6 +1,6 @@
 #include "standalone/services/ImageFormats.hpp"
 
-#include "host/ImageFormat.hpp"
+#include "host/LoadServices.hpp"
 #include "standalone/services/Immortal.hpp"
 
 #include <map>

@@ -10,7 +10,7 @@
 
 namespace audlmd {
 
-Automation::Automation(std::vector<Aud::DynamicLevelControl::LevelNode> nodes) : nodes_(std::move(nodes)) {
+Automation::Automation(std::vector<LevelNode> nodes) : nodes_(std::move(nodes)) {
     if (nodes_.empty())
         throw std::invalid_argument("an automation needs at least one node");
     if (nodes_.size() > std::numeric_limits<std::uint32_t>::max())
@@ -32,9 +32,9 @@ float Automation::uValueAt(std::int64_t position) const {
 void Automation::place(Aud::DynamicLevelControl::DynamicLevelApplyingIteratorState& state,
                        std::int64_t position, DynamicLevelDirection direction) const {
     state = {};
-    state.nodes = nodes_.data();
-    state.nodeCount = static_cast<std::uint32_t>(nodes_.size());
-    state.nextPosition = position;
+    state.host.nodes = nodes_.data();
+    state.host.nodeCount = static_cast<std::uint32_t>(nodes_.size());
+    state.host.nextPosition = position;
     loadNextPiece(state, direction);
 }
 

@@ -12,6 +12,8 @@ namespace audlmd {
 /// Whether an automation is walked from its first node to its last, or the other way.
 using Aud::Render::DynamicLevelDirection;
 
+using HostStorage::LevelNode;
+
 /// A level that is linear in u-value between nodes, and constant before the first and after the last one. Of
 /// nodes at the same position, the first in the list ends what comes before the position, and the last counts
 /// from the position on.
@@ -24,9 +26,9 @@ class Automation {
 public:
     /// Throws std::invalid_argument for an empty list, positions out of order and u-values that are not
     /// finite. U-values are limited to 0 to 1.5, as the curve does it.
-    explicit Automation(std::vector<Aud::DynamicLevelControl::LevelNode> nodes);
+    explicit Automation(std::vector<LevelNode> nodes);
 
-    std::span<const Aud::DynamicLevelControl::LevelNode> nodes() const { return nodes_; }
+    std::span<const LevelNode> nodes() const { return nodes_; }
 
     /// The level's u-value there.
     float uValueAt(std::int64_t position) const;
@@ -36,7 +38,7 @@ public:
                DynamicLevelDirection direction) const;
 
 private:
-    std::vector<Aud::DynamicLevelControl::LevelNode> nodes_;
+    std::vector<LevelNode> nodes_;
 };
 
 } // namespace audlmd

@@ -4,6 +4,21 @@
 #include <cstdint>
 #include <emmintrin.h>
 
+namespace HostStorage {
+
+void Biquad::setCoefficients(const Coefficients& coefficients) {
+    b0_ = coefficients.b0;
+    b1b2_ = {coefficients.b1, coefficients.b2};
+    a1a2_ = {coefficients.a1, coefficients.a2};
+}
+
+void Biquad::reset() {
+    delays_ = delaysBefore_ = Pair{};
+    lastResult_ = lastResultBefore_ = 0.0F;
+}
+
+} // namespace HostStorage
+
 namespace Aud::Filter {
 namespace {
 
@@ -27,17 +42,6 @@ __m128d settled(__m128d delays) {
 }
 
 } // namespace
-
-void Biquad::setCoefficients(const Coefficients& coefficients) {
-    b0_ = coefficients.b0;
-    b1b2_ = {coefficients.b1, coefficients.b2};
-    a1a2_ = {coefficients.a1, coefficients.a2};
-}
-
-void Biquad::reset() {
-    delays_ = delaysBefore_ = Pair{};
-    lastResult_ = lastResultBefore_ = 0.0F;
-}
 
 /// Transposed direct form II, in double precision: the noise of low, narrow bands would show in single.
 ///

@@ -12,7 +12,6 @@ namespace audlmd {
 namespace {
 
 using Aud::DynamicLevelControl::DynamicLevelApplyingIteratorState;
-using Aud::DynamicLevelControl::LevelNode;
 using Nodes = std::span<const LevelNode>;
 
 std::int64_t onGrid(const LevelNode& node) {
@@ -99,13 +98,13 @@ std::int64_t levelAt(Nodes nodes, std::int64_t position) {
 }
 
 void loadNextPiece(DynamicLevelApplyingIteratorState& state, DynamicLevelDirection direction) {
-    const Nodes nodes(state.nodes, state.nodeCount);
+    const Nodes nodes(state.host.nodes, state.host.nodeCount);
     if (nodes.empty()) {
         state.stationary = 1;
         return;
     }
-    const std::int64_t position = state.nextPosition;
-    const std::size_t beyond = firstBeyond(nodes, position, state.nearNode);
+    const std::int64_t position = state.host.nextPosition;
+    const std::size_t beyond = firstBeyond(nodes, position, state.host.nearNode);
     const std::int64_t level = levelBefore(nodes, position, beyond);
     const bool forwards = direction == DynamicLevelDirection::forwards;
     const Run run =
@@ -114,13 +113,13 @@ void loadNextPiece(DynamicLevelApplyingIteratorState& state, DynamicLevelDirecti
     // A longer one is continued by the next call.
     const std::uint64_t samples =
         std::min<std::uint64_t>(run.samples, std::numeric_limits<std::uint32_t>::max());
-    state.nearNode = static_cast<std::uint32_t>(beyond);
+    state.host.nearNode = static_cast<std::uint32_t>(beyond);
     state.uValue = static_cast<float>(level) * automationGrid;
     state.uValueStep = static_cast<float>(run.slope) * automationGrid;
     state.samplesToNextNode = static_cast<std::uint32_t>(samples);
     state.stationary = samples == 0 ? 1 : 0;
     const auto moved = static_cast<std::int64_t>(samples);
-    state.nextPosition = forwards ? position + moved : position - moved;
+    state.host.nextPosition = forwards ? position + moved : position - moved;
 }
 
 } // namespace audlmd

@@ -77,19 +77,20 @@ constexpr std::array<CurveNode, Count> nodesOf(double nodesPerUnit, std::size_t 
 } // namespace
 
 extern "C" {
-[[gnu::visibility("hidden")]] extern const std::array<CurveNode, MixerStyleLog1_Private::nodeCount>
+[[gnu::visibility("hidden")]] extern const std::array<CurveNode, MixerStyleLog1_Private::nodesNeeded>
     audlmdMixerStyleNodes;
-[[gnu::visibility("hidden")]] extern const std::array<CurveNode, ConstantPower1_Private::nodeCount>
+[[gnu::visibility("hidden")]] extern const std::array<CurveNode, ConstantPower1_Private::nodesNeeded>
     audlmdConstantPowerNodes;
 }
 constexpr decltype(audlmdMixerStyleNodes) audlmdMixerStyleNodes =
-    nodesOf<MixerStyleLog1_Private::nodeCount>(1000.0, 1500, &faderGain);
+    nodesOf<MixerStyleLog1_Private::nodesNeeded>(1000.0, 1500, &faderGain);
 constexpr decltype(audlmdConstantPowerNodes) audlmdConstantPowerNodes =
-    nodesOf<ConstantPower1_Private::nodeCount>(100.0, 100, &powerGain);
+    nodesOf<ConstantPower1_Private::nodesNeeded>(100.0, 100, &powerGain);
 
 // An array cannot be initialised by a function's result, but can be another name for one that is.
-[[gnu::alias("audlmdMixerStyleNodes")]] extern const CurveNode MixerStyleLog1_Private::UVal2Mag_CurveNodes[];
-[[gnu::alias(
-    "audlmdConstantPowerNodes")]] extern const CurveNode ConstantPower1_Private::UVal2Mag_CurveNodes[];
+[[gnu::alias("audlmdMixerStyleNodes")]] extern const CurveNode
+    MixerStyleLog1_Private::UVal2Mag_CurveNodes[MixerStyleLog1_Private::nodesNeeded];
+[[gnu::alias("audlmdConstantPowerNodes")]] extern const CurveNode
+    ConstantPower1_Private::UVal2Mag_CurveNodes[ConstantPower1_Private::nodesNeeded];
 
 } // namespace Aud::GainCurve

@@ -106,7 +106,7 @@ std::vector<RecordNumber> StripPlayer::recordNumbers() const {
         Aud::DynamicLevelControl::DynamicLevelApplyingIteratorState level;
         settings_.automation->automation.place(level, levelPosition(stretch.firstSample),
                                                settings_.automation->direction);
-        list.add("dynamicLevel.nodes", level.nodeCount);
+        list.add("dynamicLevel.nodes", level.host.nodeCount);
         list.addLevel("dynamicLevel.uValue", level.uValue);
         list.add("dynamicLevel.uValueStep", level.uValueStep);
         list.add("dynamicLevel.samplesToNextNode", level.samplesToNextNode);

@@ -239,7 +239,8 @@ void StripPlayer::renderStretch(const RenderCall& call, const Stretch& stretch) 
     call(stretch.modeCode, params, stretch.count);
     // The converter has read one sample beyond that with which the next call starts.
     if (linear && !settings_.equaliser.empty())
-        record_.equaliser.stepBack();
+        for (unsigned int band = 0; band < equaliserBandCount; ++band)
+            record_.equaliser.band(band).stepBack();
 }
 
 void StripPlayer::start(const RenderCall& call) {

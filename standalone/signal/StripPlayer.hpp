@@ -1,7 +1,6 @@
 #pragma once
 
 #include "host/Identity.hpp"
-#include "host/OutputGearing.hpp"
 #include "host/SampleCache.hpp"
 #include "loop_modes/IteratorCreationParams.hpp"
 #include "loop_modes/ModeCode.hpp"

@@ -148,9 +148,8 @@ std::vector<AutomationPoint> readAutomationFile(const std::filesystem::path& pat
     return points;
 }
 
-std::vector<Aud::DynamicLevelControl::LevelNode> levelNodes(const std::vector<AutomationPoint>& points,
-                                                            int sampleRate, double speed) {
-    std::vector<Aud::DynamicLevelControl::LevelNode> nodes;
+std::vector<LevelNode> levelNodes(const std::vector<AutomationPoint>& points, int sampleRate, double speed) {
+    std::vector<LevelNode> nodes;
     nodes.reserve(points.size());
     for (const AutomationPoint& point : points) {
         const double position = std::round(static_cast<double>(point.time.samples(sampleRate)) * speed);

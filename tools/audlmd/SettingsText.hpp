@@ -42,7 +42,6 @@ struct AutomationPoint {
 std::vector<AutomationPoint> readAutomationFile(const std::filesystem::path& path);
 
 /// The same as nodes, in source samples, for play at `speed` source samples per output sample.
-std::vector<Aud::DynamicLevelControl::LevelNode> levelNodes(const std::vector<AutomationPoint>& points,
-                                                            int sampleRate, double speed);
+std::vector<LevelNode> levelNodes(const std::vector<AutomationPoint>& points, int sampleRate, double speed);
 
 } // namespace audlmd::command

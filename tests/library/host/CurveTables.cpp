@@ -11,12 +11,12 @@ namespace Test {
 using Aud::GainCurve::CurveNode;
 
 // The tables that the library imports, under names by which a test can change them.
-extern CurveNode mixerStyleLogNodes[Aud::GainCurve::MixerStyleLog1_Private::nodeCount] __asm__(
+extern CurveNode mixerStyleLogNodes[Aud::GainCurve::MixerStyleLog1_Private::nodesNeeded] __asm__(
     "_ZN3Aud9GainCurve22MixerStyleLog1_Private19UVal2Mag_CurveNodesE");
-extern CurveNode constantPowerNodes[Aud::GainCurve::ConstantPower1_Private::nodeCount] __asm__(
+extern CurveNode constantPowerNodes[Aud::GainCurve::ConstantPower1_Private::nodesNeeded] __asm__(
     "_ZN3Aud9GainCurve22ConstantPower1_Private19UVal2Mag_CurveNodesE");
-CurveNode mixerStyleLogNodes[Aud::GainCurve::MixerStyleLog1_Private::nodeCount];
-CurveNode constantPowerNodes[Aud::GainCurve::ConstantPower1_Private::nodeCount];
+CurveNode mixerStyleLogNodes[Aud::GainCurve::MixerStyleLog1_Private::nodesNeeded];
+CurveNode constantPowerNodes[Aud::GainCurve::ConstantPower1_Private::nodesNeeded];
 
 namespace {
 

@@ -1,9 +1,8 @@
 // Every host operation that the library imports, answered by the current script.
 
 #include "host/Biquad.hpp"
-#include "host/Configuration.hpp"
 #include "host/DynamicLevel.hpp"
-#include "host/ImageFormat.hpp"
+#include "host/LoadServices.hpp"
 #include "host/SampleCache.hpp"
 #include "model/OutputTypes.hpp"
 #include "model/Script.hpp"

@@ -1,4 +1,4 @@
-#include "host/ImageFormat.hpp"
+#include "host/LoadServices.hpp"
 #include "standalone/services/Configuration.hpp"
 #include "standalone/services/Event.hpp"
 #include "standalone/services/Identities.hpp"

@@ -13,7 +13,6 @@ namespace {
 
 using Aud::DynamicLevelControl::DynamicLevelApplyingIteratorBase;
 using Aud::DynamicLevelControl::DynamicLevelApplyingIteratorState;
-using Aud::DynamicLevelControl::LevelNode;
 
 /// Steps as the renderer does.
 void step(DynamicLevelApplyingIteratorState& state, DynamicLevelDirection direction) {
