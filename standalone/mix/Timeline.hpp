@@ -1,0 +1,76 @@
+#pragma once
+
+#include "standalone/signal/StripPlayer.hpp"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace audlmd {
+
+/// How the channels of a material are summed into the channels of the output: rows[o][m] is the linear gain
+/// of material channel m in output channel o.
+struct Routing {
+    std::vector<std::vector<float>> rows;
+};
+
+/// The routing of a strip that names none. One channel goes to the first two outputs at 0 dB each (other
+/// programs lower it by 3 dB there); several channels go one to one, and further outputs stay silent. Throws
+/// std::invalid_argument where the material has more channels than the output: that needs a routing of its
+/// own.
+Routing defaultRouting(std::size_t materialChannels, std::size_t outputChannels);
+
+/// A part of a material, placed on the output.
+struct TimelineStrip {
+    /// For the list and the report.
+    std::string name;
+    /// Names the material for whoever opens it: a path, or a key of the program's own.
+    std::string media;
+    /// The first output sample.
+    std::int64_t at = 0;
+    /// Output samples that the strip lasts. Where the range gives fewer, the rest is silent; more are cut
+    /// off.
+    std::int64_t length = 0;
+    /// Range, direction, speed, fades, equaliser and automation. Samples are the material's at the timeline's
+    /// sample rate. Cookie, sample rate, levels and waiting are set by the mixer.
+    StripSettings settings;
+    /// Fixed gain of the whole strip, in decibels: minus infinity up to +60, which is more than one level
+    /// stage gives.
+    double gainDb = 0.0;
+    std::optional<Routing> routing;
+};
+
+/// Strips that a user sees as one row. A track changes nothing of the sound: strips that overlap are summed.
+struct TimelineTrack {
+    std::string name;
+    std::vector<TimelineStrip> strips;
+};
+
+/// A named time, in output samples.
+struct TimelineMarker {
+    std::string name;
+    std::int64_t at = 0;
+};
+
+/// Something of the timeline that is not played as it was written, in words for the user.
+struct TimelineNote {
+    /// The track and the clip.
+    std::string where;
+    std::string text;
+};
+
+/// What a mixer plays. Times are output samples from the start of the output.
+struct Timeline {
+    std::string name;
+    int sampleRate = 48000;
+    std::size_t channels = 2;
+    std::int64_t length = 0;
+    /// The time of the first output sample on the user's clock, such as 1:00:00:00.
+    std::int64_t timeReference = 0;
+    std::vector<TimelineTrack> tracks;
+    std::vector<TimelineMarker> markers;
+    std::vector<TimelineNote> notes;
+};
+
+} // namespace audlmd
