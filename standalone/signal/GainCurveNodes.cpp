@@ -1,6 +1,6 @@
 #include "host/GainCurveNodes.hpp"
 
-#include "standalone/signal/FaderLaw.hpp"
+#include "standalone/signal/GainLaws.hpp"
 
 #include <array>
 #include <cstddef>

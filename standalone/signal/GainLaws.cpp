@@ -1,7 +1,5 @@
 #include "standalone/signal/GainLaws.hpp"
 
-#include "standalone/signal/FaderLaw.hpp"
-
 #include <algorithm>
 #include <cmath>
 #include <numbers>

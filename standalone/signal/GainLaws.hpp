@@ -9,6 +9,9 @@ double decibelsOfGain(double gain);
 /// The largest u-value of the mixer-style curve, and its gain: a fader's end stop.
 inline constexpr double faderTop = 1.5;
 inline constexpr double faderTopDecibels = 10.0;
+/// The k of the mixer-style law: ln(10) / 2 over 1.5^(1/8) - 1. It makes u = 1.5 ten decibels louder than
+/// u = 1.0, to 2e-9 dB, because of the law's two -1.
+inline constexpr double faderLawExponent = 22.14471046095256952;
 
 /// The law behind the mixer-style curve: a console fader, silent at u = 0, with unity gain at u = 1.0 and +10
 /// dB at its end stop of u = 1.5.
