@@ -1,7 +1,5 @@
 #include "standalone/signal/Automation.hpp"
 
-#include "standalone/signal/LevelWalk.hpp"
-
 #include <cmath>
 #include <limits>
 #include <stdexcept>
