@@ -8,7 +8,7 @@
 #include <limits>
 #include <vector>
 
-namespace audlmd {
+namespace audlmd::test {
 namespace {
 
 using Aud::DynamicLevelControl::DynamicLevelApplyingIteratorBase;
@@ -97,4 +97,4 @@ TEST(Automation, CrossesGapsLongerThanTheRendererCounts) {
 }
 
 } // namespace
-} // namespace audlmd
+} // namespace audlmd::test
