@@ -1,11 +1,10 @@
 #include "standalone/signal/StripPlan.hpp"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <cmath>
 #include <functional>
 #include <stdexcept>
-#include <string>
 
 namespace audlmd::test {
 namespace {
@@ -56,12 +55,10 @@ TEST(StripPlan, FollowsFromTheSettings) {
     };
     for (const auto& row : table) {
         const StripPlan plan(settingsOf(row.length, row.change));
-        SCOPED_TRACE(testing::Message() << row.code << " at speed " << plan.settings.speed);
         EXPECT_EQ(plan.modeCode, row.code);
-        EXPECT_EQ(plan.fullLevelModeCode, row.fullLevelCode);
+        EXPECT_EQ(plan.fullLevelModeCode, row.fullLevelCode) << row.code;
         EXPECT_EQ(plan.speedInForce, row.speedInForce);
-        EXPECT_EQ(plan.gearing.sourceSamplesPerOutputSample, row.speedInForce);
-        EXPECT_EQ(plan.outputLength, row.outputLength);
+        EXPECT_EQ(plan.outputLength, row.outputLength) << row.speedInForce;
         EXPECT_EQ(plan.materialPosition(2), plan.settings.reverse ? 104 : 102);
         EXPECT_EQ(plan.sampleAt(plan.materialPosition(2)), 2);
     }
@@ -84,12 +81,8 @@ TEST(StripPlan, RefusesWhatCannotBePlayed) {
         {speed(Converter::linear, 0.0), "the speed must be"},
     };
     for (const auto& [change, complaint] : table)
-        try {
-            const StripPlan plan(settingsOf(10, change));
-            ADD_FAILURE() << complaint;
-        } catch (const std::invalid_argument& refusal) {
-            EXPECT_NE(std::string(refusal.what()).find(complaint), std::string::npos) << refusal.what();
-        }
+        EXPECT_THAT([&] { StripPlan(settingsOf(10, change)); },
+                    testing::ThrowsMessage<std::invalid_argument>(testing::HasSubstr(complaint)));
 }
 
 } // namespace
