@@ -50,6 +50,8 @@ public:
     FilteringStripConverter(const StripPlan& plan, FilteringSRCState& state)
         : StripConverter(plan), state_(state) {}
     ~FilteringStripConverter() override { FilteringStripConverter::restart(); }
+    FilteringStripConverter(const FilteringStripConverter&) = delete;
+    FilteringStripConverter& operator=(const FilteringStripConverter&) = delete;
 
     void restart() override {
         if (state_.handle != nullptr)

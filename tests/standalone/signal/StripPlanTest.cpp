@@ -80,9 +80,9 @@ TEST(StripPlan, RefusesWhatCannotBePlayed) {
         {speed(Converter::none, 2.0), "needs a converter"},
         {speed(Converter::linear, 0.0), "the speed must be"},
     };
-    for (const auto& [change, complaint] : table)
-        EXPECT_THAT([&] { StripPlan(settingsOf(10, change)); },
-                    testing::ThrowsMessage<std::invalid_argument>(testing::HasSubstr(complaint)));
+    for (const auto& row : table)
+        EXPECT_THAT([&] { StripPlan(settingsOf(10, row.first)); },
+                    testing::ThrowsMessage<std::invalid_argument>(testing::HasSubstr(row.second)));
 }
 
 } // namespace
