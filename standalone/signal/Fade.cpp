@@ -92,6 +92,7 @@ FadeEnvelope::FadeEnvelope(const FadePlan& plan, std::uint64_t rangeLength, std:
 }
 
 std::int64_t FadeEnvelope::alignedDown(std::int64_t sample) const {
+    // The remainder is negative before the origin.
     const std::int64_t past = (sample - origin_) % alignment_;
     return past < 0 ? sample - alignment_ - past : sample - past;
 }
@@ -102,6 +103,7 @@ std::int64_t FadeEnvelope::alignedUp(std::int64_t sample) const {
 
 FadeEnvelope::Piece FadeEnvelope::pieceOf(std::int64_t begin, std::int64_t end, bool rising,
                                           std::int64_t sample) const {
+    // Intervals are counted from the origin, like aligned samples, so that an interval ends on one of them.
     const auto wholeIntervals = static_cast<std::int64_t>(interval);
     const std::int64_t start = ((begin - origin_) % wholeIntervals + wholeIntervals) % wholeIntervals;
     const GridRamp ramp{.first = rising ? 0 : gridUnity,
@@ -184,6 +186,7 @@ std::int64_t FadeEnvelope::fullLevelEnd(std::int64_t sample) const {
         return forever;
     // A hold between two fades has the curve of the fade-out.
     const FadeCurve curve = plan_.fadeOutSamples != 0 ? plan_.fadeOutCurve : plan_.fadeInCurve;
+    // A curve whose table does not give exactly 1 needs the envelope at full level, too.
     if (rendererGain(curve, 1.0F) != 1.0F || sample < alignedUp(fadeInEnd_))
         return sample;
     return std::max(sample, fadeOutBegin_ == forever ? forever : alignedDown(fadeOutBegin_));

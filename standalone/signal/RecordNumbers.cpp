@@ -26,6 +26,7 @@ public:
         numbers_.push_back({std::string(name), text.str()});
     }
 
+    /// A u-value of the mixer-style curve, with the gain in decibels.
     void addLevel(std::string_view name, float uValue) {
         std::ostringstream decibels;
         decibels << std::showpos << std::fixed << std::setprecision(2)
@@ -43,6 +44,7 @@ private:
     std::vector<RecordNumber> numbers_;
 };
 
+/// Empty for a number that is no curve.
 std::string_view curveName(std::uint32_t curve) {
     switch (static_cast<FadeCurve>(curve)) {
     case FadeCurve::linear:
@@ -55,6 +57,7 @@ std::string_view curveName(std::uint32_t curve) {
     return "";
 }
 
+/// The cache reader, whose start position is in another field for each kind of mode.
 void addSource(List& list, const IteratorCreationParams& params, const ModeFields& fields) {
     const bool forward = fields.direction == Direction::forward;
     if (fields.srcStage != ConversionStage::filtering)
@@ -77,6 +80,7 @@ void addEqualiser(List& list, std::span<const Aud::Filter::Biquad::Coefficients>
     }
 }
 
+/// Which fields of the union are read depends on the kind of envelope that the mode names.
 void addEnvelope(List& list, EnvelopeKind kind, const EnvelopeParameters& envelope) {
     list.add("envelope.elapsed", envelope.elapsed);
     list.add("envelope.startUValue", envelope.startUValue);
@@ -113,6 +117,7 @@ void addOuterLevel(List& list, const PerSourceRecord& record, LevelStage stage) 
     list.add("dynamicLevel.stationary", static_cast<int>(record.dynamicLevel.stationary));
 }
 
+/// What the converter reads depends on whether an earlier call has opened the resampler.
 void addFilteringConversion(List& list, const IteratorCreationParams& params) {
     const FilteringSRCState& state = params.source->srcState;
     if (state.opened != 0) {

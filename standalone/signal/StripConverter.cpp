@@ -19,12 +19,14 @@ class LinearStripConverter final : public StripConverter {
 public:
     using StripConverter::StripConverter;
 
+    /// The chain starts on the left neighbour of the position, and the offset leads to the position.
     CallStart startOfCall(std::uint64_t output) const override {
         const SubSamplePos position = readPosition(output);
         const std::int64_t left = position.fraction > 0 ? position.sample : position.sample - 1;
         return {left, SubSamplePos(position.sample - left, position.fraction)};
     }
 
+    /// A placement with alignment 1 is still valid at `end`, and so is a position there.
     std::uint64_t mostOutputs(std::uint64_t output, std::int64_t end) const override {
         return positionsUpTo(SubSamplePos(end, 0), readPosition(output), plan_.step);
     }
@@ -59,14 +61,14 @@ public:
         state_ = {};
     }
 
+    /// Aligned to the blocks, which are counted from the first sample of the opening call.
     FadeEnvelope envelopeFrom(std::uint64_t output) const override {
         return {plan_.settings.fade, static_cast<std::uint64_t>(plan_.rangeLength), fadeAlignment,
                 startOfCall(output).sample};
     }
 
-    /// The offset counts in the opening call only. There the converter puts out the first sample and moves on
-    /// by the offset. The offset is the step of every other sample, so that the first output belongs to the
-    /// range's first sample.
+    /// Primes with a call of 0 samples and an offset of one step, so that the first output belongs to the
+    /// range's first sample and not to the old state. Later calls ignore the offset.
     CallStart startOfCall(std::uint64_t output) const override {
         if (state_.opened == 0)
             return {std::llround(static_cast<double>(output) * plan_.speedInForce), plan_.step};

@@ -11,8 +11,7 @@
 namespace audlmd {
 namespace {
 
-using Aud::SubSamplePos;
-
+/// Counted without a sign, because the distance of two positions may exceed the largest signed number.
 std::int64_t lengthOf(const StripSettings& settings) {
     if (settings.from >= settings.to)
         throw std::invalid_argument("the range from sample " + std::to_string(settings.from) + " to sample " +
@@ -28,6 +27,8 @@ void requireUValue(const std::optional<float>& uValue, const char* level) {
         throw std::invalid_argument(std::string("the u-value of the ") + level + " level is not a number");
 }
 
+/// The value of the mode code's envelope field. Without a middle level, stages that pass the level through
+/// and stages that have none fit alike: each kind of envelope has one of the two.
 unsigned int envelopeStageOf(Aud::Render::EnvelopeKind envelope, bool middleLevel) {
     using namespace Aud::Render;
     const auto fits = [&](const EnvelopeStage& stage) {
@@ -66,6 +67,7 @@ void StripPlan::chooseModes() {
     }
     const bool middleLevel = settings.middleLevel.has_value();
     const FadeEnvelope envelope(settings.fade, static_cast<std::uint64_t>(rangeLength));
+    // The alignment of the fades, which depends on the converter, has no influence on the kind.
     fields.envelopeStage = envelopeStageOf(envelope.kind(), middleLevel);
     modeCode = encodeModeCode(fields);
     fields.envelopeStage = envelopeStageOf(EnvelopeKind::none, middleLevel);
@@ -88,7 +90,7 @@ void StripPlan::chooseSpeed() {
         speed = static_cast<float>(asked);
         speedInForce = filteringSpeedInForce(static_cast<double>(speed));
         asked = filteringSpeedInForce(asked);
-        step = std::max(subSamplePosOf(speedInForce), SubSamplePos(0, 1));
+        step = subSamplePosOf(speedInForce);
         break;
     }
     // The rounded speed might make one sample more than the speed asked for.

@@ -44,6 +44,7 @@ std::uint64_t StripPlayer::renderThrough(const RenderFunctionCall& render, std::
     const std::uint64_t begin = position_;
     const std::uint64_t end = begin + std::min(count, plan_.outputLength - begin);
     try {
+        // A call may deliver 0 samples: the one that opens the filtering converter's resampler.
         while (position_ != end)
             renderOnce(render, end - position_);
     } catch (...) {
@@ -56,6 +57,7 @@ std::uint64_t StripPlayer::renderThrough(const RenderFunctionCall& render, std::
 void StripPlayer::renderOnce(const RenderFunctionCall& render, std::uint64_t count) {
     const Call call = nextCall(count);
     Aud::Render::IteratorCreationParams params = fill(record_, call);
+    // After fill(), which sets the equaliser afresh where nothing carries on.
     if (!carriesOn_ && !plan_.settings.equaliser.empty())
         primeEqualiser(call);
     render(call.modeCode, params, call.count);
@@ -74,6 +76,7 @@ StripPlayer::Call StripPlayer::nextCall(std::uint64_t count) const {
               .afterPosition = position + 1,
               .offset = start.offset,
               .envelope = {}};
+    // Full level needs no envelope. Anywhere else the envelope is placed, up to the next change of the slope.
     std::int64_t end = fade_.fullLevelEnd(start.sample);
     if (end == start.sample) {
         const FadeEnvelope::Placement placement = fade_.at(start.sample);
@@ -128,6 +131,7 @@ void StripPlayer::primeEqualiser(const Call& call) {
 
 std::vector<RecordNumber> StripPlayer::recordNumbers() const {
     const Call call = nextCall(plan_.outputLength - position_);
+    // A copy, because filling the record changes what carries on.
     Aud::Render::PerSourceRecord record = record_;
     std::vector<Aud::Filter::Biquad::Coefficients> sections;
     for (const EqualiserBand& band : plan_.settings.equaliser)
