@@ -41,7 +41,7 @@ double mixerStyleGain(double uValue) {
 }
 
 double mixerStyleUValue(double gain) {
-    // Limited above the top, so that rounding at the top does not matter, and once more as a u-value.
+    // A gain of 4 lies above the top, so that the u-value alone decides where the top is.
     const double u = eighthPower(std::log1p(limited(gain, 4.0) * unityTerm()) / faderLawExponent);
     return std::min(u, faderTop);
 }

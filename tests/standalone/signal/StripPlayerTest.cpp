@@ -53,17 +53,29 @@ struct VanishingSource final : SampleSource {
     MaterialCache& cache;
 };
 
+/// One of six shapes, with lengths and curves drawn anew.
+FadePlan drawFades(int shape, std::uint64_t length, std::mt19937& random) {
+    const auto upTo = [&](std::uint64_t most) {
+        return std::uniform_int_distribution<std::uint64_t>(1, most)(random);
+    };
+    const auto curve = [&] { return static_cast<FadeCurve>(upTo(3)); };
+    const FadePlan both{upTo(length / 2), upTo(length / 2), curve(), curve()};
+    const FadePlan fades[] = {{},
+                              {both.fadeInSamples, 0, both.fadeInCurve},
+                              {0, both.fadeOutSamples, {}, both.fadeOutCurve},
+                              both,
+                              {.fadeInSamples = length, .fadeInCurve = FadeCurve::log},
+                              {.fadeOutSamples = length, .fadeOutCurve = FadeCurve::power}};
+    return fades[shape];
+}
+
 /// Every combination of stages, with numbers drawn anew for each.
 template <class Use>
 void forEveryCombination(const StripSettings& plain, Use use) {
     constexpr unsigned int seed = 7;
     std::mt19937 random(seed);
     const auto length = static_cast<std::uint64_t>(plain.to - plain.from);
-    const auto upTo = [&](std::uint64_t most) {
-        return std::uniform_int_distribution<std::uint64_t>(1, most)(random);
-    };
     const auto uValue = [&] { return std::uniform_real_distribution<float>(0.3F, 1.1F)(random); };
-    const auto curve = [&] { return static_cast<FadeCurve>(upTo(3)); };
     for (const Converter converter : {Converter::none, Converter::linear, Converter::filtering})
         for (int stages = 0; stages < 2 * 6 * 4 * 2 * 2; ++stages) {
             StripSettings settings = plain;
@@ -74,15 +86,7 @@ void forEveryCombination(const StripSettings& plain, Use use) {
             if (stages % 5 == 0)
                 settings.speed = std::ceil(settings.speed);
             settings.reverse = stages % 2 != 0;
-            const std::uint64_t in = upTo(length / 2);
-            const std::uint64_t out = upTo(length / 2);
-            const FadePlan fades[] = {{},
-                                      {.fadeInSamples = in, .fadeInCurve = curve()},
-                                      {.fadeOutSamples = out, .fadeOutCurve = curve()},
-                                      {in, out, curve(), curve()},
-                                      {.fadeInSamples = length, .fadeInCurve = FadeCurve::log},
-                                      {.fadeOutSamples = length, .fadeOutCurve = FadeCurve::power}};
-            settings.fade = fades[stages / 2 % 6];
+            settings.fade = drawFades(stages / 2 % 6, length, random);
             const int level = stages / 12 % 4;
             if (level == 1)
                 settings.outerLevel = uValue();
@@ -209,6 +213,16 @@ TEST(StripPlayer, ContinuesAfterAJumpAsIfItHadPlayedThere) {
         player.seek(0);
         ASSERT_EQ(TestStrip::render(player, 99), whole);
     });
+}
+
+TEST(StripPlayer, RendersIntoNumbers) {
+    TestStrip strip({0.25F, -0.5F});
+    std::array<std::int16_t, 3> words{};
+    EXPECT_EQ(StripPlayer(strip.cache(), strip.settings()).render(words), 2U);
+    EXPECT_THAT(words, testing::ElementsAre(8192, -16384, 0));
+    std::array<std::int32_t, 3> doubleWords{};
+    EXPECT_EQ(StripPlayer(strip.cache(), strip.settings()).render(doubleWords), 2U);
+    EXPECT_THAT(doubleWords, testing::ElementsAre(536870911, -1073741824, 0));
 }
 
 TEST(StripPlayer, JumpsBackToWhereAFailedCallBegan) {
