@@ -14,7 +14,8 @@ install(DIRECTORY host ole loop_modes DESTINATION ${includeDir}
 foreach(header
         cache/MaterialCache cache/SampleSource cache/SoundFile
         services/Configuration services/Event services/Identities services/ImageFormats services/RenderFunctions
-        signal/Automation signal/Equaliser signal/Fade signal/GainLaws signal/Speed signal/StripPlayer)
+        signal/Automation signal/Equaliser signal/Fade signal/GainLaws
+        signal/RecordNumbers signal/Speed signal/StripPlan signal/StripPlayer signal/StripSettings)
     cmake_path(GET header PARENT_PATH folder)
     install(FILES standalone/${header}.hpp DESTINATION ${includeDir}/standalone/${folder})
 endforeach()

@@ -1,7 +1,5 @@
 #include "standalone/signal/Automation.hpp"
 
-#include "standalone/signal/LevelWalk.hpp"
-
 #include <cmath>
 #include <limits>
 #include <stdexcept>
@@ -31,6 +29,7 @@ float Automation::uValueAt(std::int64_t position) const {
 
 void Automation::place(Aud::DynamicLevelControl::DynamicLevelApplyingIteratorState& state,
                        std::int64_t position, DynamicLevelDirection direction) const {
+    // A state that has arrived at its next node: loading the next piece does the rest.
     state = {};
     state.host.nodes = nodes_.data();
     state.host.nodeCount = static_cast<std::uint32_t>(nodes_.size());

@@ -9,36 +9,50 @@
 
 namespace audlmd {
 
-/// Whether an automation is walked from its first node to its last, or the other way.
+/// The direction in which an automation is walked: from the first node to the last, or back. Independent of
+/// the direction in which the material is read.
 using Aud::Render::DynamicLevelDirection;
 
 using HostStorage::LevelNode;
 
-/// A level that is linear in u-value between nodes, and constant before the first and after the last one. Of
-/// nodes at the same position, the first in the list ends what comes before the position, and the last counts
-/// from the position on.
+/// A level that is linear in u-value between nodes, and constant before the first and after the last node.
+/// Nodes may share a position, which makes a jump: the first of them in the list ends the level before the
+/// position, the last of them counts from the position on.
 ///
-/// The level has the same value at a position whichever way and from wherever it is reached. For that it lies
-/// on a grid of 2^-23 in u-value, on which the renderer's single-precision steps are exact, and follows the
-/// straight line in pieces that differ from it by less than 17 steps of the grid (2e-6 in u-value): a single
-/// step of a long ramp would drift, because what it adds to a level near 1.0 is rounded.
+/// The level at a position is the same in whichever direction and from wherever a walk reaches the position.
+/// For that the level lies on automationGrid, on which the renderer's single-precision steps are exact. The
+/// level follows the straight line in pieces that differ from the line by less than 17 steps of the grid
+/// (2e-6 in u-value). A single step for a long ramp would drift: the sum near u = 1.0 is rounded.
 class Automation {
 public:
-    /// Throws std::invalid_argument for an empty list, positions out of order and u-values that are not
-    /// finite. U-values are limited to 0 to 1.5, as the curve does it.
+    /// Positions are counted in samples. Throws std::invalid_argument for an empty list, positions out of
+    /// order and u-values that are not finite. U-values are limited to 0 to 1.5, the range of the curve.
     explicit Automation(std::vector<LevelNode> nodes);
 
+    /// As they were given.
     std::span<const LevelNode> nodes() const { return nodes_; }
 
-    /// The level's u-value there.
+    /// The u-value at a position, on the grid: exactly the level that the renderer has there.
     float uValueAt(std::int64_t position) const;
 
-    /// Puts a state there, ready to walk on in that direction. The state refers to this object's nodes.
+    /// Puts a state at a position, ready for a walk in that direction. The state refers to the nodes of this
+    /// object, which must outlive the walk.
     void place(Aud::DynamicLevelControl::DynamicLevelApplyingIteratorState& state, std::int64_t position,
                DynamicLevelDirection direction) const;
 
 private:
     std::vector<LevelNode> nodes_;
 };
+
+/// The grid of automations: each u-value is a whole multiple.
+inline constexpr float automationGrid = 0x1p-23F;
+
+/// The level of the nodes at a position, in steps of the grid. There is at least one node.
+std::int64_t levelAt(std::span<const LevelNode> nodes, std::int64_t position);
+
+/// Loads the piece that starts at state.nextPosition and leads on in that direction, and moves nextPosition
+/// to the end of the piece. Without nodes the state becomes stationary.
+void loadNextPiece(Aud::DynamicLevelControl::DynamicLevelApplyingIteratorState& state,
+                   DynamicLevelDirection direction);
 
 } // namespace audlmd

@@ -1,8 +1,8 @@
 #include "host/DynamicLevel.hpp"
 
+#include "standalone/signal/Automation.hpp"
 #include "standalone/signal/GainLaws.hpp"
 #include "standalone/signal/GridRamp.hpp"
-#include "standalone/signal/LevelWalk.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -24,7 +24,8 @@ std::uint64_t distance(std::int64_t from, std::int64_t to) {
     return static_cast<std::uint64_t>(to) - static_cast<std::uint64_t>(from);
 }
 
-/// The index of the first node beyond the position. The hint and its neighbours are tried first.
+/// The index of the first node beyond the position, or the number of nodes. The hint and the two indexes
+/// beside the hint are tried first, because a walk moves on by one node at a time.
 std::size_t firstBeyond(Nodes nodes, std::int64_t position, std::size_t hint) {
     for (const std::size_t i : {hint, hint + 1, hint - 1})
         if (i <= nodes.size() && (i == 0 || nodes[i - 1].position <= position) &&
@@ -35,14 +36,14 @@ std::size_t firstBeyond(Nodes nodes, std::int64_t position, std::size_t hint) {
     return static_cast<std::size_t>(beyond - nodes.begin());
 }
 
-/// The ramp that ends at a node other than the first.
+/// The ramp from the node before to this node, which is not the first.
 GridRamp rampTo(Nodes nodes, std::size_t node) {
     const LevelNode& from = nodes[node - 1];
     const LevelNode& to = nodes[node];
     return {onGrid(from), onGrid(to), distance(from.position, to.position)};
 }
 
-/// The level at a position whose first node beyond is known.
+/// The level at a position. `beyond` is the first node beyond the position.
 std::int64_t levelBefore(Nodes nodes, std::int64_t position, std::size_t beyond) {
     if (beyond == 0)
         return onGrid(nodes.front());
@@ -52,12 +53,14 @@ std::int64_t levelBefore(Nodes nodes, std::int64_t position, std::size_t beyond)
     return rampTo(nodes, beyond).pieceAt(offset).valueAt(offset);
 }
 
-/// From a position on: so many samples of so much change each. 0 samples: the level stays for good.
+/// The samples from a position to the next change of the slope, and the slope in steps of the grid per
+/// sample. 0 samples: the level stays for good.
 struct Run {
     std::uint64_t samples;
     std::int64_t slope;
 };
 
+/// The run from a position towards later ones. Nodes that all have this level make one run.
 Run runForwards(Nodes nodes, std::int64_t position, std::int64_t level, std::size_t beyond) {
     std::size_t other = beyond;
     while (other < nodes.size() && onGrid(nodes[other]) == level)
@@ -71,6 +74,7 @@ Run runForwards(Nodes nodes, std::int64_t position, std::int64_t level, std::siz
     return {piece.end - offset, piece.slope};
 }
 
+/// The run from a position towards earlier ones. At a jump the run is one sample long.
 Run runBackwards(Nodes nodes, std::int64_t position, std::int64_t level, std::size_t beyond) {
     const std::size_t above = firstBeyond(nodes, position - 1, beyond);
     const std::int64_t next = levelBefore(nodes, position - 1, above);
@@ -87,7 +91,7 @@ Run runBackwards(Nodes nodes, std::int64_t position, std::int64_t level, std::si
         if (piece.valueAt(offset) == level)
             return {offset - piece.begin, -piece.slope};
     }
-    // What lies below does not join: nodes coincide here.
+    // Nodes share this position: the ramp below ends at another level.
     return {1, next - level};
 }
 
@@ -110,7 +114,7 @@ void loadNextPiece(DynamicLevelApplyingIteratorState& state, DynamicLevelDirecti
     const Run run =
         forwards ? runForwards(nodes, position, level, beyond) : runBackwards(nodes, position, level, beyond);
 
-    // A longer one is continued by the next call.
+    // The state counts in 32 bits. The next call continues a longer run.
     const std::uint64_t samples =
         std::min<std::uint64_t>(run.samples, std::numeric_limits<std::uint32_t>::max());
     state.host.nearNode = static_cast<std::uint32_t>(beyond);

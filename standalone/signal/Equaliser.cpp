@@ -36,6 +36,8 @@ double decibels(double magnitude) {
 
 } // namespace
 
+// The names are the cookbook's: a is the square root of the gain, alpha half the bandwidth of the prototype,
+// and slope the term that the two shelves share.
 Coefficients sectionOf(const EqualiserBand& band, double sampleRate) {
     validate(band, sampleRate);
 
@@ -69,6 +71,7 @@ Coefficients sectionOf(const EqualiserBand& band, double sampleRate) {
 }
 
 double responseDb(const Coefficients& section, double frequency, double sampleRate) {
+    // A delay of one sample.
     const std::complex<double> z1 = std::polar(1.0, -2.0 * std::numbers::pi * frequency / sampleRate);
     const auto numerator = section.b0 + z1 * (section.b1 + z1 * section.b2);
     const auto denominator = 1.0 + z1 * (section.a1 + z1 * section.a2);
@@ -92,6 +95,11 @@ void setBands(Aud::Filter::MultiBandBiquad<5U>& equaliser, std::span<const Equal
                                                       : Coefficients{});
         section.reset();
     }
+}
+
+void stepBack(Aud::Filter::MultiBandBiquad<5U>& equaliser) {
+    for (unsigned int number = 0; number < equaliserBandCount; ++number)
+        equaliser.band(number).stepBack();
 }
 
 } // namespace audlmd

@@ -13,13 +13,15 @@ namespace {
 
 using Aud::Render::EnvelopeKind;
 
-/// U-values of fades are whole multiples of 1 / gridUnity.
+/// The u-value 1 in steps of the grid. A float holds every step up to there.
 constexpr std::int64_t gridUnity = std::int64_t{1} << 24;
+/// Samples between two points where a fade lies on the straight line. A shorter interval stays closer to the
+/// line, and makes more render calls.
 constexpr std::uint64_t interval = 1024;
-/// Longer than any range, and still to be added to.
+/// Longer than any range. A quarter of the largest number, so that sums do not overflow.
 constexpr std::int64_t forever = std::numeric_limits<std::int64_t>::max() / 4;
-/// A stretch that fits into the envelope's lengths, and is aligned.
-constexpr std::int64_t longestLength = std::int64_t{1} << 31;
+/// The longest hold of one placement: fits into the envelope's 32-bit lengths, and is aligned.
+constexpr std::int64_t longestHold = std::int64_t{1} << 31;
 
 float asUValue(std::int64_t value) {
     return static_cast<float>(value) / static_cast<float>(gridUnity);
@@ -30,7 +32,7 @@ std::uint32_t asLength(std::int64_t samples) {
         std::clamp(samples, std::int64_t{0}, std::int64_t{std::numeric_limits<std::uint32_t>::max()}));
 }
 
-/// What the renderer makes of a u-value, from the nodes of the curve.
+/// The gain that the renderer reads off the nodes of the curve, not the exact law.
 float rendererGain(FadeCurve curve, float uValue) {
     using namespace Aud::GainCurve;
     switch (curve) {
@@ -44,6 +46,7 @@ float rendererGain(FadeCurve curve, float uValue) {
     return Curve<eLinear>::mapUValueToMagnitude(uValue);
 }
 
+/// The simple ramps have no linear form.
 EnvelopeKind kindOf(const FadePlan& plan, std::uint64_t rangeLength) {
     const auto alone = [rangeLength](std::uint64_t samples, FadeCurve curve, EnvelopeKind withHold) {
         if (samples != rangeLength || curve == FadeCurve::linear)
@@ -76,18 +79,20 @@ double gainOf(FadeCurve curve, double uValue) {
 
 FadeEnvelope::FadeEnvelope(const FadePlan& plan, std::uint64_t rangeLength, std::uint32_t alignment,
                            std::int64_t origin)
-    : plan_(plan), fadeOut_(forever), length_(static_cast<std::int64_t>(rangeLength)), alignment_(alignment),
-      origin_(origin), kind_(kindOf(plan, rangeLength)) {
+    : plan_(plan), fadeInEnd_(static_cast<std::int64_t>(plan.fadeInSamples)), fadeOutBegin_(forever),
+      length_(static_cast<std::int64_t>(rangeLength)), alignment_(alignment), origin_(origin),
+      kind_(kindOf(plan, rangeLength)) {
     if (plan.fadeInSamples > rangeLength || plan.fadeOutSamples > rangeLength - plan.fadeInSamples)
         throw std::invalid_argument("a fade-in of " + std::to_string(plan.fadeInSamples) +
                                     " samples and a fade-out of " + std::to_string(plan.fadeOutSamples) +
                                     " do not fit into a range of " + std::to_string(rangeLength) +
                                     ": shorten one of them");
     if (plan.fadeOutSamples != 0)
-        fadeOut_ = static_cast<std::int64_t>(rangeLength - plan.fadeOutSamples);
+        fadeOutBegin_ = static_cast<std::int64_t>(rangeLength - plan.fadeOutSamples);
 }
 
 std::int64_t FadeEnvelope::alignedDown(std::int64_t sample) const {
+    // The remainder is negative before the origin.
     const std::int64_t past = (sample - origin_) % alignment_;
     return past < 0 ? sample - alignment_ - past : sample - past;
 }
@@ -98,6 +103,7 @@ std::int64_t FadeEnvelope::alignedUp(std::int64_t sample) const {
 
 FadeEnvelope::Piece FadeEnvelope::pieceOf(std::int64_t begin, std::int64_t end, bool rising,
                                           std::int64_t sample) const {
+    // Intervals are counted from the origin, like aligned samples, so that an interval ends on one of them.
     const auto wholeIntervals = static_cast<std::int64_t>(interval);
     const std::int64_t start = ((begin - origin_) % wholeIntervals + wholeIntervals) % wholeIntervals;
     const GridRamp ramp{.first = rising ? 0 : gridUnity,
@@ -111,83 +117,92 @@ FadeEnvelope::Piece FadeEnvelope::pieceOf(std::int64_t begin, std::int64_t end, 
     return {piece.valueAt(offset), piece.slope, begin + static_cast<std::int64_t>(piece.end)};
 }
 
-FadeEnvelope::Placement FadeEnvelope::at(std::int64_t anySample) const {
-    // What an envelope does between aligned samples is its own, so one that starts there starts as if it had
-    // run on from the last of them.
-    const std::int64_t sample = alignedDown(anySample);
+FadeEnvelope::Placement FadeEnvelope::at(std::int64_t sample) const {
+    // Between aligned samples an envelope runs on its own. An envelope that starts there starts as if the
+    // envelope had run on from the aligned sample before.
+    const std::int64_t aligned = alignedDown(sample);
+    const Pieces pieces = piecesAt(aligned);
+    Placement placement{parametersOf(aligned, pieces), placementEnd(aligned, pieces)};
+    placement.parameters.elapsed = static_cast<std::uint32_t>(sample - aligned);
+    return placement;
+}
 
-    const auto fadeIn = static_cast<std::int64_t>(plan_.fadeInSamples);
-    const bool risen = sample >= fadeIn;
-    const bool falling = sample >= fadeOut_;
-    const bool over = sample >= length_ && falling;
+FadeEnvelope::Pieces FadeEnvelope::piecesAt(std::int64_t sample) const {
+    Pieces pieces{{gridUnity, 0, fadeInEnd_}, {gridUnity, 0, forever}};
+    if (sample < fadeInEnd_)
+        pieces.fadeIn = pieceOf(0, fadeInEnd_, true, sample);
+    if (isOver(sample))
+        pieces.fadeOut.value = 0;
+    else if (fadeOutBegin_ != forever)
+        pieces.fadeOut = pieceOf(fadeOutBegin_, length_, false, std::max(sample, fadeOutBegin_));
+    return pieces;
+}
 
-    Piece first{gridUnity, 0, fadeIn};
-    if (!risen)
-        first = pieceOf(0, fadeIn, true, sample);
-    Piece last{gridUnity, 0, forever};
-    if (over)
-        last.value = 0;
-    else if (fadeOut_ != forever)
-        last = pieceOf(fadeOut_, length_, false, std::max(sample, fadeOut_));
+/// Ends the placement where the slope changes. A fade may end between aligned samples; the envelope then
+/// carries on to the next one, so an incomplete ramp must not be held for long.
+std::int64_t FadeEnvelope::placementEnd(std::int64_t sample, const Pieces& pieces) const {
+    std::int64_t end = isOver(sample) ? forever : alignedUp(pieces.fadeOut.end);
+    const Piece& fadeIn = pieces.fadeIn;
+    if (sample < fadeInEnd_) {
+        const bool changes = fadeIn.end < fadeInEnd_;
+        const bool complete = fadeIn.value + fadeIn.slope * (fadeInEnd_ - sample) == gridUnity;
+        if (changes || !complete)
+            end = std::min(end, alignedUp(fadeIn.end));
+    }
+    return std::min(end, alignedUp(std::max(sample, fadeInEnd_)) + longestHold);
+}
 
-    // A slope is right up to its piece's end. An unaligned end is that of a fade, which the envelope passes
-    // on its own, up to the next aligned sample: a ramp that has not quite arrived must not hold for long.
-    std::int64_t end = over ? forever : alignedUp(last.end);
-    if (!risen && (first.end < fadeIn || first.value + first.slope * (fadeIn - sample) != gridUnity))
-        end = std::min(end, alignedUp(first.end));
-    const std::int64_t holdBegin = std::max(sample, fadeIn);
-    end = std::min(end, alignedUp(holdBegin) + longestLength);
-
-    Placement placement{{}, end};
-    Aud::Render::EnvelopeParameters& parameters = placement.parameters;
-    parameters.elapsed = static_cast<std::uint32_t>(anySample - sample);
-    parameters.startUValue = asUValue(falling ? last.value : first.value);
+Aud::Render::EnvelopeParameters FadeEnvelope::parametersOf(std::int64_t sample, const Pieces& pieces) const {
+    const auto& [fadeIn, fadeOut] = pieces;
+    Aud::Render::EnvelopeParameters parameters{};
+    parameters.startUValue = asUValue(sample >= fadeOutBegin_ ? fadeOut.value : fadeIn.value);
     parameters.levelUValue = 1.0F;
-    const std::uint32_t rampLength = asLength(fadeIn - sample);
-    const std::uint32_t holdLength = asLength(fadeOut_ - holdBegin);
+    const std::uint32_t rampLength = asLength(fadeInEnd_ - sample);
+    const std::uint32_t holdLength = asLength(fadeOutBegin_ - std::max(sample, fadeInEnd_));
     const auto inCurve = static_cast<std::uint32_t>(plan_.fadeInCurve);
     const auto outCurve = static_cast<std::uint32_t>(plan_.fadeOutCurve);
     switch (kind_) {
     case EnvelopeKind::rampHoldRamp:
         parameters.type = Aud::Render::eRampHoldRamp;
         parameters.twoRamps = {
-            asUValue(first.slope), asUValue(last.slope), rampLength, holdLength, inCurve, outCurve};
+            asUValue(fadeIn.slope), asUValue(fadeOut.slope), rampLength, holdLength, inCurve, outCurve};
         break;
     case EnvelopeKind::holdRamp:
         parameters.type = Aud::Render::eHoldRamp;
-        parameters.oneRamp = {asUValue(last.slope), holdLength, outCurve, {}};
+        parameters.oneRamp = {asUValue(fadeOut.slope), holdLength, outCurve, {}};
         break;
     default:
+        // A simple ramp reads the step alone, which is that of the one fade.
         parameters.type = Aud::Render::eRampHold;
-        parameters.oneRamp = {asUValue(fadeIn != 0 ? first.slope : last.slope), rampLength, inCurve, {}};
+        parameters.oneRamp = {
+            asUValue(fadeInEnd_ != 0 ? fadeIn.slope : fadeOut.slope), rampLength, inCurve, {}};
         break;
     }
-    return placement;
+    return parameters;
 }
 
 std::int64_t FadeEnvelope::fullLevelEnd(std::int64_t sample) const {
     if (kind_ == EnvelopeKind::none)
         return forever;
-    // A hold between two fades has the curve of the second.
+    // A hold between two fades has the curve of the fade-out.
     const FadeCurve curve = plan_.fadeOutSamples != 0 ? plan_.fadeOutCurve : plan_.fadeInCurve;
-    if (rendererGain(curve, 1.0F) != 1.0F ||
-        sample < alignedUp(static_cast<std::int64_t>(plan_.fadeInSamples)))
+    // A curve whose table does not give exactly 1 needs the envelope at full level, too.
+    if (rendererGain(curve, 1.0F) != 1.0F || sample < alignedUp(fadeInEnd_))
         return sample;
-    return std::max(sample, fadeOut_ == forever ? forever : alignedDown(fadeOut_));
+    return std::max(sample, fadeOutBegin_ == forever ? forever : alignedDown(fadeOutBegin_));
 }
 
 double FadeEnvelope::uValueAt(std::int64_t sample) const {
-    if (sample < static_cast<std::int64_t>(plan_.fadeInSamples))
+    if (sample < fadeInEnd_)
         return static_cast<double>(sample) / static_cast<double>(plan_.fadeInSamples);
-    if (sample < fadeOut_)
+    if (sample < fadeOutBegin_)
         return 1.0;
     return static_cast<double>(std::max(length_ - sample, std::int64_t{0})) /
            static_cast<double>(plan_.fadeOutSamples);
 }
 
 double FadeEnvelope::gainAt(std::int64_t sample) const {
-    const bool fadingIn = sample < static_cast<std::int64_t>(plan_.fadeInSamples);
-    return gainOf(fadingIn ? plan_.fadeInCurve : plan_.fadeOutCurve, uValueAt(sample));
+    return gainOf(sample < fadeInEnd_ ? plan_.fadeInCurve : plan_.fadeOutCurve, uValueAt(sample));
 }
 
 } // namespace audlmd

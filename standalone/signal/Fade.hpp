@@ -8,85 +8,105 @@
 
 namespace audlmd {
 
-/// How the gain runs over a fade whose u-value runs straight from 0 to 1 or back.
+/// The gain over the course of a fade. The u-value runs straight from 0 to 1 in a fade-in, and back in a
+/// fade-out; the curve makes a gain of the u-value.
 enum class FadeCurve : std::uint32_t {
+    /// The gain is the u-value.
     linear = Aud::GainCurve::eLinear,
-    /// The mixer-style fader law, see mixerStyleGain().
+    /// The mixer-style fader law, see mixerStyleGain(). Use this curve for a fade that sounds even.
     log = Aud::GainCurve::eMixerStyleLog,
-    /// See constantPowerGain().
+    /// See constantPowerGain(). Use this curve for crossfades between strips that have nothing in common.
     power = Aud::GainCurve::eConstantPower,
 };
 
-/// The exact law of a curve at u-values from 0 to 1.
+/// The exact law of a curve, for u-values from 0 to 1. The renderer interpolates in a table of this law.
 double gainOf(FadeCurve curve, double uValue);
 
-/// The fades of a range. Lengths are in source samples, in the order of their delivery: a fade-in is at the
-/// start of what is heard, in reverse too, and lasts half as long at twice the speed.
+/// The fades of a range. Lengths are in source samples, in the order of delivery: a fade-in is at the start
+/// of the sound, in reverse too, and lasts half as long at twice the speed.
 struct FadePlan {
-    /// The first sample is silent, and that after the last one of the fade has full level. 0: none.
+    /// The first sample of the range is silent. The first sample after the fade-in has full level. 0: no
+    /// fade-in.
     std::uint64_t fadeInSamples = 0;
-    /// Its first sample has full level, and that after its last one, the end of the range, is silent: where
-    /// one fade-out and one fade-in overlap, their u-values add up to 1. 0: none.
+    /// The first sample of the fade-out has full level. The end of the range, one sample after the last, is
+    /// silent: where a fade-out and an equally long fade-in overlap, the two u-values add up to 1. 0: no
+    /// fade-out.
     std::uint64_t fadeOutSamples = 0;
     FadeCurve fadeInCurve = FadeCurve::linear;
     FadeCurve fadeOutCurve = FadeCurve::linear;
 };
 
-/// Lays a plan along a range, and gives the renderer's envelope at any sample of it.
+/// Lays a plan along a range, and gives the renderer's envelope at any sample of the range.
 ///
-/// The u-value of a sample depends on its place in the range alone, so that it makes no difference where a
-/// render call starts. It lies on a grid of 2^-24, on which the renderer's steps are exact, and follows the
-/// straight line in pieces that differ from it by less than 2e-5; a single step would not reach full level at
-/// the end of a long fade, because what it adds to a u-value near 1.0 is rounded.
+/// The u-value of a sample depends on the sample alone, so that the bytes do not depend on where a render
+/// call starts. U-values lie on a grid of 2^-24, on which the renderer's single-precision steps are exact.
+/// The u-value follows the straight line in pieces that differ from the line by less than 2e-5. A single step
+/// for the whole fade would not do: the sum near u = 1.0 is rounded, and a fade of a minute would end 3 %
+/// off.
+///
+/// A sample below is counted from the start of the range, in the order of delivery.
 class FadeEnvelope {
 public:
-    /// The envelope from one sample on, right for those before `end`, and for `end` itself where the
-    /// alignment is 1.
+    /// The envelope from one sample on. Valid for samples in [sample, end); with alignment 1 also at `end`.
     struct Placement {
         Aud::Render::EnvelopeParameters parameters;
         std::int64_t end;
     };
 
     /// The slope changes, and a placement ends, only at samples whose distance to `origin` is a multiple of
-    /// `alignment` (a power of two up to 1024). A fade may begin and end anywhere: with an alignment above 1
-    /// the u-value may then stay up to 4e-6 away from what it should reach until the next such sample.
+    /// `alignment`, a power of two up to 1024. Use an alignment above 1 where the renderer reads whole
+    /// blocks.
     ///
-    /// Throws std::invalid_argument if the fades overlap or are longer than the range.
+    /// Throws std::invalid_argument if the fades overlap or are longer than the range. A fade may begin and
+    /// end between aligned samples; the u-value may then be up to 4e-6 off until the next aligned sample.
     FadeEnvelope(const FadePlan& plan, std::uint64_t rangeLength, std::uint32_t alignment = 1,
                  std::int64_t origin = 0);
 
-    /// The kind that fits: ramp-hold for a fade-in, hold-ramp for a fade-out, ramp-hold-ramp for both, a
-    /// simple ramp for one fade over the whole range if its curve is not linear, none without a fade.
+    /// The kind of envelope that fits: ramp-hold for a fade-in, hold-ramp for a fade-out, ramp-hold-ramp for
+    /// both, none without a fade. One fade over the whole range is a simple ramp, except with the linear
+    /// curve.
     Aud::Render::EnvelopeKind kind() const { return kind_; }
 
-    /// `sample` counts delivered samples from the start of the range. The level u-value is left at unity.
+    /// The placement for a sample. The u-value of the middle level is 1.
     Placement at(std::int64_t sample) const;
 
-    /// Where the stretch of full level that `sample` lies in ends, on an aligned sample: up to there the
-    /// envelope multiplies by exactly 1, and can be left out. `sample` itself if it lies in none. Far beyond
-    /// any range if the level stays full.
+    /// The end of the full level at a sample, on an aligned sample: up to there the envelope multiplies by
+    /// exactly 1, and can be left out. `sample` if the envelope does not. Beyond the longest range if the
+    /// level stays full.
     std::int64_t fullLevelEnd(std::int64_t sample) const;
 
-    /// Of the plan itself: the straight line, and the law of its curve.
+    /// The u-value on the straight line of the plan, and the gain by the law of the curve.
     double uValueAt(std::int64_t sample) const;
     double gainAt(std::int64_t sample) const;
 
 private:
-    /// A straight piece of a ramp from a sample on, in steps of the grid.
+    /// A piece of one fade from a sample on: u-value and slope in steps of the grid.
     struct Piece {
         std::int64_t value;
         std::int64_t slope;
         std::int64_t end;
     };
 
-    /// Of the ramp between two samples that rises to unity, or falls to silence.
+    /// The pieces of both fades. A fade-in that is over holds the full level; a fade-out that has not begun
+    /// shows the first piece.
+    struct Pieces {
+        Piece fadeIn;
+        Piece fadeOut;
+    };
+
+    Pieces piecesAt(std::int64_t alignedSample) const;
+    std::int64_t placementEnd(std::int64_t alignedSample, const Pieces& pieces) const;
+    Aud::Render::EnvelopeParameters parametersOf(std::int64_t alignedSample, const Pieces& pieces) const;
+    /// A piece of the ramp between two samples, which rises to full level or falls to silence.
     Piece pieceOf(std::int64_t begin, std::int64_t end, bool rising, std::int64_t sample) const;
+    bool isOver(std::int64_t sample) const { return sample >= length_ && sample >= fadeOutBegin_; }
     std::int64_t alignedDown(std::int64_t sample) const;
     std::int64_t alignedUp(std::int64_t sample) const;
 
     FadePlan plan_;
-    /// Where the fade-out begins.
-    std::int64_t fadeOut_;
+    std::int64_t fadeInEnd_;
+    /// Beyond the longest range without a fade-out.
+    std::int64_t fadeOutBegin_;
     std::int64_t length_;
     std::int64_t alignment_;
     std::int64_t origin_;

@@ -1,17 +1,17 @@
 #include "host/GainCurveNodes.hpp"
 
-#include "standalone/signal/FaderLaw.hpp"
+#include "standalone/signal/GainLaws.hpp"
 
 #include <array>
 #include <cstddef>
 #include <numbers>
 
-// The tables are worked out by the compiler: the renderer may read them before any initialiser has run. The
-// functions of <cmath> cannot be used for that.
+// The compiler works out the tables, because the renderer may read them before any initialiser has run. The
+// functions of <cmath> are not constexpr in C++20.
 namespace Aud::GainCurve {
 namespace {
 
-/// By Newton's method, which comes down to the root from above.
+/// By Newton's method, which comes down to the root from above and stops when rounding ends the descent.
 constexpr double squareRoot(double x) {
     for (double root = x > 1.0 ? x : 1.0;;) {
         const double next = 0.5 * (root + x / root);
@@ -21,7 +21,7 @@ constexpr double squareRoot(double x) {
     }
 }
 
-/// e^x, for x of 0 or more.
+/// e^x for x of 0 or more: a power of 2, times the Taylor series of what is left.
 constexpr double exponential(double x) {
     double power = 1.0;
     for (; x > std::numbers::ln2; x -= std::numbers::ln2)
@@ -33,6 +33,7 @@ constexpr double exponential(double x) {
     return power * sum;
 }
 
+/// The Taylor series, for x up to pi/2.
 constexpr double sine(double x) {
     double sum = x;
     double term = x;
@@ -41,8 +42,9 @@ constexpr double sine(double x) {
     return sum;
 }
 
+/// The mixer-style law, see audlmd::mixerStyleGain().
 constexpr double faderGain(double u) {
-    // The iteration would not end at 0.
+    // The iteration for the root would not end.
     if (u == 0.0)
         return 0.0;
     const double travel = squareRoot(squareRoot(squareRoot(u)));
@@ -50,14 +52,16 @@ constexpr double faderGain(double u) {
            (exponential(audlmd::faderLawExponent) - 1.0);
 }
 
+/// The constant-power law, see audlmd::constantPowerGain().
 constexpr double powerGain(double u) {
     return sine(u * (std::numbers::pi / 2.0));
 }
 
-/// Node i lies at i / nodesPerUnit. From node `last` on the curve is level.
+/// A table of a law: node i lies at i / nodesPerUnit, and the curve is level from node `last` on.
 ///
-/// A slope leads from one rounded node to the next, so that a u-value that the renderer's rounded division
-/// assigns to the node below its own still gives the same gain: u = 1.0 is one of them, and is exactly unity.
+/// A slope leads from one rounded node to the next. The renderer's rounded division assigns some u-values on
+/// a node to the node below; with these slopes such a u-value still gives the same gain. u = 1.0 is one of
+/// them, and gives exactly 1.
 template <std::size_t Count, class Law>
 constexpr std::array<CurveNode, Count> nodesOf(double nodesPerUnit, std::size_t last, Law law) {
     std::array<CurveNode, Count> nodes{};
@@ -87,7 +91,7 @@ constexpr decltype(audlmdMixerStyleNodes) audlmdMixerStyleNodes =
 constexpr decltype(audlmdConstantPowerNodes) audlmdConstantPowerNodes =
     nodesOf<ConstantPower1_Private::nodesNeeded>(100.0, 100, &powerGain);
 
-// An array cannot be initialised by a function's result, but can be another name for one that is.
+// The renderer's arrays cannot be initialised by a function's result, so they are other names for the tables.
 [[gnu::alias("audlmdMixerStyleNodes")]] extern const CurveNode
     MixerStyleLog1_Private::UVal2Mag_CurveNodes[MixerStyleLog1_Private::nodesNeeded];
 [[gnu::alias("audlmdConstantPowerNodes")]] extern const CurveNode

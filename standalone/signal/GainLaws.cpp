@@ -1,7 +1,5 @@
 #include "standalone/signal/GainLaws.hpp"
 
-#include "standalone/signal/FaderLaw.hpp"
-
 #include <algorithm>
 #include <cmath>
 #include <numbers>
@@ -9,7 +7,7 @@
 namespace audlmd {
 namespace {
 
-/// A NaN is silent.
+/// The value between 0 and the top that is nearest. A NaN gives 0, silence.
 double limited(double value, double top) {
     return value > 0.0 ? std::min(value, top) : 0.0;
 }
@@ -23,6 +21,7 @@ double eighthPower(double x) {
     return square * square * square * square;
 }
 
+/// The denominator of the fader law.
 double unityTerm() {
     return std::expm1(faderLawExponent);
 }
@@ -42,6 +41,7 @@ double mixerStyleGain(double uValue) {
 }
 
 double mixerStyleUValue(double gain) {
+    // A gain of 4 lies above the top, so that the u-value alone decides where the top is.
     const double u = eighthPower(std::log1p(limited(gain, 4.0) * unityTerm()) / faderLawExponent);
     return std::min(u, faderTop);
 }

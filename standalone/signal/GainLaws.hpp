@@ -2,34 +2,40 @@
 
 namespace audlmd {
 
+/// The gain of a number of decibels, 10^(decibels / 20). Minus infinity gives 0.
 double gainOfDecibels(double decibels);
-/// Minus infinity for a gain of 0.
+/// The inverse. A gain of 0 gives minus infinity.
 double decibelsOfGain(double gain);
 
-/// The largest u-value of the mixer-style curve, and its gain: a fader's end stop.
+/// The largest u-value of the mixer-style curve, a fader's end stop, and the gain there.
 inline constexpr double faderTop = 1.5;
 inline constexpr double faderTopDecibels = 10.0;
 
+/// The k of the mixer-style law: ln(10) / 2 over 1.5^(1/8) - 1. This k makes u = 1.5 ten decibels louder than
+/// u = 1.0, to 2e-9 dB; the rest is due to the two -1 in the law.
+inline constexpr double faderLawExponent = 22.14471046095256952;
+
 /// The law behind the mixer-style curve: a console fader, silent at u = 0, with unity gain at u = 1.0 and +10
-/// dB at its end stop of u = 1.5.
+/// dB at the end stop, u = 1.5.
 ///
 ///     gain(u) = (exp(k u^(1/8)) - 1) / (exp(k) - 1),   k such that gain(1.5) = +10 dB
 ///
-/// This is the eighth-root law that the faders of Ardour and other free mixing programs follow, there written
-/// as gain = 2^((198 p^(1/8) - 192) / 6) for +6 dB at p = 1: decibels go with the eighth root of the travel,
-/// which spreads the useful range and compresses the quiet end. Two things differ: k is for +10 dB at the
-/// top, which puts unity at exactly two thirds of the travel, and the two -1 make the end of the travel truly
-/// silent; they are below -190 dB. Some values: u = 0.75 is -6.8 dB, 0.5 is -16 dB, 0.25 -31 dB, 0.1 -48 dB.
+/// The faders of Ardour and other free mixing programs follow the same eighth-root law, written there as gain
+/// = 2^((198 p^(1/8) - 192) / 6), with +6 dB at p = 1: decibels go with the eighth root of the travel, which
+/// spreads the useful range and compresses the quiet end. Two things differ. k is for +10 dB at the top,
+/// which puts unity at exactly two thirds of the travel. The two -1, which are below -190 dB, make the lower
+/// end of the travel truly silent. Some values: u = 0.75 is -6.8 dB, 0.5 is -16 dB, 0.25 is -31 dB, 0.1 is
+/// -48 dB.
 ///
-/// Clamped to the travel, as the curve is.
+/// U-values beyond the travel give the gain of the nearer end stop. A NaN is silent.
 double mixerStyleGain(double uValue);
 /// The inverse. A gain outside 0 to +10 dB gives the nearer end stop.
 double mixerStyleUValue(double gain);
-/// The u-value at which the mixer-style law gives so many decibels.
+/// The u-value at which the mixer-style law has a gain of so many decibels. Use for levels that a user gives.
 double mixerStyleUValueOfDecibels(double decibels);
 
-/// The law behind the constant-power curve: sin(u pi/2) for u from 0 to 1.0, clamped. The squares of two
-/// gains whose u-values add up to 1 add up to 1.
+/// The law behind the constant-power curve: sin(u pi/2) for u from 0 to 1.0; other u-values give the gain of
+/// the nearer end. Where two u-values add up to 1, the squares of the gains add up to 1.
 double constantPowerGain(double uValue);
 /// The inverse. A gain outside 0 to 1 gives the nearer end.
 double constantPowerUValue(double gain);

@@ -20,10 +20,12 @@ GridRamp::Piece GridRamp::pieceAt(std::uint64_t offset) const {
     const std::int64_t value = valueOnLine(begin);
     const std::int64_t rise = valueOnLine(end) - value;
     const auto run = static_cast<std::int64_t>(end - begin);
-    // The offset lies below the end. NOLINTNEXTLINE(clang-analyzer-core.DivideZero)
+    // The run has samples, because the offset is less than `length`.
+    // NOLINTNEXTLINE(clang-analyzer-core.DivideZero)
     const std::int64_t steeperSamples = (rise % run + run) % run;
     const std::int64_t slope = (rise - steeperSamples) / run;
 
+    // The steeper piece comes last, and starts at the nearest aligned offset inside the interval.
     const std::uint64_t wanted = start + end - static_cast<std::uint64_t>(steeperSamples);
     const std::uint64_t aligned = (wanted + alignment / 2) / alignment * alignment;
     const std::uint64_t change = std::clamp(aligned, start + begin, start + end) - start;

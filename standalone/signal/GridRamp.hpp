@@ -4,41 +4,48 @@
 
 namespace audlmd {
 
-/// A straight line from one whole number to another, followed in pieces with whole slopes.
+/// A straight line from one whole number to another, followed in pieces with whole slopes. Fades and
+/// automations are made of such ramps, with a step of their grid as the unit.
 ///
-/// The renderer adds a slope once per sample in single precision, which is exact on a grid of whole numbers
-/// but would drift with the line's own slope. In every interval the slope is first the whole number below the
-/// line's, then the one above, so that the interval ends on the line and the distance to it stays below a
-/// quarter of the interval.
+/// The renderer adds a slope once per sample in single precision. On a grid of whole numbers that is exact;
+/// the slope of the line itself would be rounded, and the sum drift. Each interval has two pieces: the first
+/// has the whole slope below that of the line, the second the whole slope above. So each interval ends on the
+/// line, and the ramp stays closer to the line than a quarter of the interval.
 struct GridRamp {
-    /// What the ramp leads to is reached `length` samples after its start. Not 0.
     std::int64_t first = 0;
+    /// Reached `length` samples after the start.
     std::int64_t last = 0;
+    /// In samples. Not 0.
     std::uint64_t length = 1;
 
-    /// Intervals begin where start + offset is a multiple of `interval`, and slopes change where it is one of
-    /// `alignment`; both are powers of two. Where that moves a change, the interval ends up to half an
-    /// alignment away from the line, and the next one begins on it.
+    /// Intervals begin where start + offset is a multiple of `interval`, a power of two.
     std::uint64_t interval = 64;
+    /// Slopes change where start + offset is a multiple of `alignment`, a power of two. Where alignment moves
+    /// a change, the interval ends beside the line, by up to half an alignment; the next interval begins on
+    /// the line.
     std::uint64_t alignment = 1;
     std::uint64_t start = 0;
 
-    /// A straight piece, from offset `begin` up to `end`.
+    /// A piece, from offset `begin` up to `end`.
     struct Piece {
         std::uint64_t begin;
         std::uint64_t end;
+        /// At `begin`.
         std::int64_t value;
+        /// Per sample.
         std::int64_t slope;
 
+        /// The value at an offset from `begin` to `end`.
         std::int64_t valueAt(std::uint64_t offset) const {
             return value + slope * static_cast<std::int64_t>(offset - begin);
         }
     };
 
-    /// The piece that holds an offset below `length`.
+    /// The piece that holds an offset. The offset must be less than `length`.
     Piece pieceAt(std::uint64_t offset) const;
 
 private:
+    /// The whole number nearest to the line.
     std::int64_t valueOnLine(std::uint64_t offset) const;
 };
 

@@ -1,18 +1,21 @@
+#include "standalone/signal/RecordNumbers.hpp"
+
+#include "loop_modes/ModeCode.hpp"
+#include "standalone/signal/Fade.hpp"
 #include "standalone/signal/GainLaws.hpp"
 #include "standalone/signal/Speed.hpp"
-#include "standalone/signal/StripPlayer.hpp"
 
 #include <iomanip>
 #include <sstream>
 #include <string_view>
+#include <utility>
 
 namespace audlmd {
 namespace {
 
-using Aud::Render::EnvelopeKind;
-using Aud::Render::EnvelopeParameters;
+using namespace Aud::Render;
 
-/// Collects numbers, as many digits of them as a float has.
+/// Collects numbers, with as many digits as a float has.
 class List {
 public:
     template <class... Parts>
@@ -23,11 +26,16 @@ public:
         numbers_.push_back({std::string(name), text.str()});
     }
 
+    /// A u-value of the mixer-style curve, with the gain in decibels.
     void addLevel(std::string_view name, float uValue) {
         std::ostringstream decibels;
         decibels << std::showpos << std::fixed << std::setprecision(2)
                  << decibelsOfGain(mixerStyleGain(static_cast<double>(uValue)));
         add(name, uValue, " (", decibels.str(), " dB)");
+    }
+
+    void addPosition(std::string_view name, const Aud::SubSamplePos& position) {
+        add(name, position.sample, " + ", position.fraction, "/", Aud::SubSamplePos::fractionsPerSample);
     }
 
     std::vector<RecordNumber> take() { return std::move(numbers_); }
@@ -36,6 +44,7 @@ private:
     std::vector<RecordNumber> numbers_;
 };
 
+/// Empty for a number that is no curve.
 std::string_view curveName(std::uint32_t curve) {
     switch (static_cast<FadeCurve>(curve)) {
     case FadeCurve::linear:
@@ -48,6 +57,30 @@ std::string_view curveName(std::uint32_t curve) {
     return "";
 }
 
+/// The cache reader, whose start position is in another field for each kind of mode.
+void addSource(List& list, const IteratorCreationParams& params, const ModeFields& fields) {
+    const bool forward = fields.direction == Direction::forward;
+    if (fields.srcStage != ConversionStage::filtering)
+        list.add("startPosition", *params.startPosition);
+    else if (forward)
+        list.add("forwardFilteringStartPosition", *params.forwardFilteringStartPosition);
+    else
+        list.add("reverseFilteringStartPosition", *params.reverseFilteringStartPosition);
+    list.add("requestFlag", *params.requestFlag ? "true (waits)" : "false (does not wait)");
+    if (forward)
+        list.add("forwardArgument", *params.forwardArgument);
+    list.add("gearing", params.gearing->sourceSamplesPerOutputSample);
+}
+
+void addEqualiser(List& list, std::span<const Aud::Filter::Biquad::Coefficients> sections) {
+    for (std::size_t i = 0; i < sections.size(); ++i) {
+        const auto& [b0, b1, b2, a1, a2] = sections[i];
+        list.add("equaliser.band" + std::to_string(i), "b0 ", b0, ", b1 ", b1, ", b2 ", b2, ", a1 ", a1,
+                 ", a2 ", a2);
+    }
+}
+
+/// Which fields of the union are read depends on the kind of envelope that the mode names.
 void addEnvelope(List& list, EnvelopeKind kind, const EnvelopeParameters& envelope) {
     list.add("envelope.elapsed", envelope.elapsed);
     list.add("envelope.startUValue", envelope.startUValue);
@@ -72,55 +105,59 @@ void addEnvelope(List& list, EnvelopeKind kind, const EnvelopeParameters& envelo
     list.add("envelope.step", ramp.step);
 }
 
+void addOuterLevel(List& list, const PerSourceRecord& record, LevelStage stage) {
+    if (stage == LevelStage::fixed)
+        list.addLevel("outerLevelUValue", record.outerLevelUValue);
+    if (stage != LevelStage::dynamic)
+        return;
+    list.add("dynamicLevel.nodes", record.dynamicLevel.host.nodeCount);
+    list.addLevel("dynamicLevel.uValue", record.dynamicLevel.uValue);
+    list.add("dynamicLevel.uValueStep", record.dynamicLevel.uValueStep);
+    list.add("dynamicLevel.samplesToNextNode", record.dynamicLevel.samplesToNextNode);
+    list.add("dynamicLevel.stationary", static_cast<int>(record.dynamicLevel.stationary));
+}
+
+/// What the converter reads depends on whether an earlier call has opened the resampler.
+void addFilteringConversion(List& list, const IteratorCreationParams& params) {
+    const FilteringSRCState& state = params.source->srcState;
+    if (state.opened != 0) {
+        list.add("srcState.opened", "1 (carries on)");
+        list.add("srcState.outSample", state.outSample);
+        list.add("srcState.readIndex", state.readIndex);
+    } else {
+        list.add("srcState.opened", "0 (this call opens the resampler and renders nothing)");
+        list.addPosition("subSampleStart", *params.subSampleStart);
+    }
+    const auto speed = static_cast<double>(*params.speed);
+    const double inForce = filteringSpeedInForce(speed);
+    if (inForce == speed)
+        list.add("speed", speed);
+    else
+        list.add("speed", speed, " (limited to ", inForce, ")");
+}
+
 } // namespace
 
-std::vector<RecordNumber> StripPlayer::recordNumbers() const {
-    const Stretch stretch = nextStretch(outputLength_ - position_);
-    const std::int64_t position = materialPosition(stretch.firstSample);
-    const Aud::Render::ModeFields fields = Aud::Render::decodeModeCode(modeCode_);
+std::vector<RecordNumber> recordNumbers(const IteratorCreationParams& params, unsigned long modeCode,
+                                        std::span<const Aud::Filter::Biquad::Coefficients> sections) {
+    const ModeFields fields = decodeModeCode(modeCode);
+    const EnvelopeStage stage = envelopeStages[fields.envelopeStage];
+    const PerSourceRecord& record = *params.source;
 
     List list;
-    if (settings_.converter != Converter::filtering)
-        list.add("startPosition", position);
-    else if (settings_.reverse)
-        list.add("reverseFilteringStartPosition", position + 1);
-    else
-        list.add("forwardFilteringStartPosition", position);
-    list.add("requestFlag", settings_.wait ? "true (waits)" : "false (does not wait)");
-    if (!settings_.reverse)
-        list.add("forwardArgument", settings_.forwardArgument);
-    list.add("gearing", gearing_.sourceSamplesPerOutputSample);
-
-    for (std::size_t i = 0; i < settings_.equaliser.size(); ++i) {
-        const auto section = sectionOf(settings_.equaliser[i], settings_.sampleRate);
-        list.add("equaliser.band" + std::to_string(i), "b0 ", section.b0, ", b1 ", section.b1, ", b2 ",
-                 section.b2, ", a1 ", section.a1, ", a2 ", section.a2);
-    }
-    if (envelope_.kind() != EnvelopeKind::none)
-        addEnvelope(list, envelope_.kind(), stretch.envelope);
-    if (settings_.middleLevel)
-        list.addLevel("envelope.levelUValue", stretch.envelope.levelUValue);
-    if (fields.levelStage == Aud::Render::LevelStage::fixed)
-        list.addLevel("outerLevelUValue", record_.outerLevelUValue);
-    if (fields.levelStage == Aud::Render::LevelStage::dynamic) {
-        Aud::DynamicLevelControl::DynamicLevelApplyingIteratorState level;
-        settings_.automation->automation.place(level, levelPosition(stretch.firstSample),
-                                               settings_.automation->direction);
-        list.add("dynamicLevel.nodes", level.host.nodeCount);
-        list.addLevel("dynamicLevel.uValue", level.uValue);
-        list.add("dynamicLevel.uValueStep", level.uValueStep);
-        list.add("dynamicLevel.samplesToNextNode", level.samplesToNextNode);
-        list.add("dynamicLevel.stationary", static_cast<int>(level.stationary));
-    }
-    if (settings_.converter != Converter::none)
-        list.add("subSampleStart", stretch.offset.sample, " + ", stretch.offset.fraction, "/",
-                 Aud::SubSamplePos::fractionsPerSample);
-    if (settings_.converter == Converter::linear)
-        list.add("subSampleStep", step_.sample, " + ", step_.fraction, "/",
-                 Aud::SubSamplePos::fractionsPerSample);
-    if (settings_.converter == Converter::filtering) {
-        list.add("speed", speed_);
-        list.add("srcState.factor", 1.0 / speedInForce_);
+    addSource(list, params, fields);
+    if (fields.filterStage == FilterStage::equaliser)
+        addEqualiser(list, sections);
+    if (stage.envelope != EnvelopeKind::none)
+        addEnvelope(list, stage.envelope, record.envelope);
+    if (stage.middleLevel == MiddleLevelKind::fixed)
+        list.addLevel("envelope.levelUValue", record.envelope.levelUValue);
+    addOuterLevel(list, record, fields.levelStage);
+    if (fields.srcStage == ConversionStage::linear) {
+        list.addPosition("subSampleStart", *params.subSampleStart);
+        list.addPosition("subSampleStep", *params.subSampleStep);
+    } else if (fields.srcStage == ConversionStage::filtering) {
+        addFilteringConversion(list, params);
     }
     return list.take();
 }

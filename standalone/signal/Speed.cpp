@@ -8,7 +8,7 @@
 #include <sstream>
 #include <stdexcept>
 
-// Weak, so that a program that only uses this library's cache or curves need not load the renderer.
+// Weak, so that a program that uses only the cache or the curves of this library need not load the renderer.
 // NOLINTNEXTLINE(readability-redundant-declaration)
 [[gnu::weak]] extern double cfgAudioPlaybackSpeedLimit;
 
@@ -20,6 +20,7 @@ __extension__ using Fractions = __int128;
 
 constexpr std::int64_t perSample = SubSamplePos::fractionsPerSample;
 
+/// A position as one whole number. 128 bits hold any position, and any sum that fits into one.
 Fractions fractionsOf(const SubSamplePos& position) {
     return static_cast<Fractions>(position.sample) * perSample + position.fraction;
 }
@@ -63,7 +64,7 @@ double filteringSpeedInForce(double speed) {
     constexpr double slowest = 1.0 / 1024.0;
     if (speed < slowest)
         return slowest;
-    // Without a renderer nothing is limited, and nothing played.
+    // The variable has no address where no renderer is loaded.
     if (&cfgAudioPlaybackSpeedLimit != nullptr && speed > cfgAudioPlaybackSpeedLimit)
         return cfgAudioPlaybackSpeedLimit;
     return speed;

@@ -6,30 +6,33 @@
 
 namespace audlmd {
 
-/// The slowest and the fastest speed of a strip, in source samples per output sample. The filtering converter
-/// limits itself further, see filteringSpeedInForce().
+/// The limits of a strip's speed, in source samples per output sample. The filtering converter has narrower
+/// limits, see filteringSpeedInForce().
 inline constexpr double slowestSpeed = 1e-6;
 inline constexpr double fastestSpeed = 1e6;
 
 /// Throws std::invalid_argument unless the speed is a number from slowestSpeed to fastestSpeed.
 void requireSpeed(double speed);
 
-/// The nearest position to a number of source samples, ties away from zero. Throws std::invalid_argument
-/// unless it is a number of magnitude up to 2^53. Negative numbers give the arithmetically equal position: a
-/// negative whole part and a fraction of 0 or more.
+/// The position nearest to a number of source samples; ties go away from zero. A negative number gives the
+/// arithmetically equal position: a negative whole part, and a fraction of 0 or more. Throws
+/// std::invalid_argument unless the number has a magnitude of at most 2^53.
 Aud::SubSamplePos subSamplePosOf(double sourceSamples);
+/// The inverse, to the nearest double.
 double sourceSamplesOf(const Aud::SubSamplePos& position);
 
-/// start + count x step, exactly. Both must not be negative, and the sum must fit.
+/// start + count x step, exactly. Start and step must not be negative, and the sum must fit into a position.
 Aud::SubSamplePos advanced(const Aud::SubSamplePos& start, const Aud::SubSamplePos& step,
                            std::uint64_t count);
 
-/// How many of start, start + step, start + 2 step ... are at most `last`, counted up to 2^63 - 1. None of
-/// the three is negative, and the step is positive.
+/// The number of positions start, start + step, start + 2 step ... that are at most `last`, limited to 2^63
+/// - 1. No argument may be negative, and the step must be positive.
 std::uint64_t positionsUpTo(const Aud::SubSamplePos& last, const Aud::SubSamplePos& start,
                             const Aud::SubSamplePos& step);
 
-/// What the filtering converter makes of a speed: at most cfgAudioPlaybackSpeedLimit, at least 1/1024.
+/// The speed at which the filtering converter plays when asked for `speed`: at least 1/1024, at most
+/// cfgAudioPlaybackSpeedLimit. Without the library there is no upper
+/// limit.
 double filteringSpeedInForce(double speed);
 
 } // namespace audlmd

@@ -2,7 +2,7 @@
 #include <standalone/services/Identities.hpp>
 #include <standalone/signal/StripPlayer.hpp>
 
-#include <bit>
+#include <array>
 #include <cstdio>
 
 int main() {
@@ -11,10 +11,9 @@ int main() {
     cache.add(cookie, std::make_shared<audlmd::MemorySource>(std::vector{0.25F, -0.5F, 1.0F}));
 
     audlmd::StripPlayer player(cache, {.cookie = cookie, .from = 0, .to = 3, .reverse = true});
-    Aud::SampleS16 samples[3];
-    Aud::SampleS16* out = samples;
-    player.render(out, player.outputLength());
+    std::array<std::int16_t, 3> samples{};
+    player.render(samples);
 
-    for (const Aud::SampleS16& sample : samples)
-        std::printf("%d\n", std::bit_cast<std::int16_t>(sample.bytes)); // 32767, -16384, 8192
+    for (const std::int16_t sample : samples)
+        std::printf("%d\n", sample); // 32767, -16384, 8192
 }

@@ -42,8 +42,7 @@ Converted convert(std::vector<float> material, const Conversion& conversion) {
     cache.add(settings.cookie, std::make_shared<MemorySource>(std::move(material)));
     StripPlayer player(cache, settings);
     Converted converted{std::vector<float>(player.outputLength()), player.speedInForce()};
-    auto* out = reinterpret_cast<Aud::SampleF32*>(converted.samples.data());
-    player.render(out, converted.samples.size());
+    player.render(converted.samples);
     return converted;
 }
 

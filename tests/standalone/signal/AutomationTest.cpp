@@ -8,7 +8,7 @@
 #include <limits>
 #include <vector>
 
-namespace audlmd {
+namespace audlmd::test {
 namespace {
 
 using Aud::DynamicLevelControl::DynamicLevelApplyingIteratorBase;
@@ -96,4 +96,4 @@ TEST(Automation, CrossesGapsLongerThanTheRendererCounts) {
 }
 
 } // namespace
-} // namespace audlmd
+} // namespace audlmd::test

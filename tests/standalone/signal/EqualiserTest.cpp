@@ -6,11 +6,10 @@
 
 #include <cmath>
 #include <complex>
-#include <limits>
 #include <numbers>
 #include <vector>
 
-namespace audlmd {
+namespace audlmd::test {
 namespace {
 
 constexpr double sampleRate = 48000.0;
@@ -54,7 +53,7 @@ double expectedDb(double frequency) {
 TEST(Equaliser, FollowsTheCookbookFromAnImpulseThroughTheRenderer) {
     std::vector<float> impulse(1 << 15, 0.0F);
     impulse[0] = 0.5F;
-    test::TestStrip strip(impulse);
+    TestStrip strip(impulse);
     StripSettings settings = strip.settings();
     for (const Prototype& prototype : prototypes)
         settings.equaliser.push_back(prototype.band);
@@ -71,14 +70,5 @@ TEST(Equaliser, FollowsTheCookbookFromAnImpulseThroughTheRenderer) {
     }
 }
 
-TEST(Equaliser, RecoversFromASampleThatIsNotANumber) {
-    Aud::Filter::Biquad section;
-    section.setCoefficients(sectionOf(prototypes[0].band, sampleRate));
-    section.processSample(std::numeric_limits<float>::infinity());
-    EXPECT_EQ(section.processSample(0.0F), 0.0F);
-    section.processSample(std::numeric_limits<float>::quiet_NaN());
-    EXPECT_NE(section.processSample(0.5F), 0.0F);
-}
-
 } // namespace
-} // namespace audlmd
+} // namespace audlmd::test

@@ -2,10 +2,17 @@
 
 #include <gtest/gtest.h>
 
-namespace audlmd {
+namespace audlmd::test {
 namespace {
 
 using Aud::SubSamplePos;
+
+TEST(Speed, RoundsToTheNearestPosition) {
+    EXPECT_EQ(subSamplePosOf(0.5), SubSamplePos(0, 536870912)) << "half of 2^30 - 1 fractions, a tie";
+    EXPECT_EQ(subSamplePosOf(1.6), SubSamplePos(1, 644245094)) << "not 644245093.8";
+    EXPECT_EQ(subSamplePosOf(7.0 - 1e-12), SubSamplePos(7, 0));
+    EXPECT_EQ(subSamplePosOf(-0.25), SubSamplePos(-1, 805306367));
+}
 
 TEST(Speed, ManyStepsAtOnceAreWhatTheConverterAddsUp) {
     const SubSamplePos step = subSamplePosOf(1.2345678);
@@ -19,4 +26,4 @@ TEST(Speed, ManyStepsAtOnceAreWhatTheConverterAddsUp) {
 }
 
 } // namespace
-} // namespace audlmd
+} // namespace audlmd::test

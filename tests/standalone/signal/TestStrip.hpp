@@ -1,11 +1,12 @@
 #pragma once
 
-#include "ole/Aud/SampleEncoding.hpp"
 #include "standalone/cache/MaterialCache.hpp"
 #include "standalone/signal/StripPlayer.hpp"
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -34,13 +35,11 @@ public:
     }
 
     static std::vector<float> render(StripPlayer& player, std::uint64_t block = ~std::uint64_t{0}) {
-        std::vector<Aud::SampleF32> out(player.outputLength() - player.position());
-        Aud::SampleF32* position = out.data();
-        while (player.render(position, block) != 0) {
-        }
-        std::vector<float> samples;
-        for (const Aud::SampleF32* sample = out.data(); sample != position; ++sample)
-            samples.push_back(Aud::SampleEncoding<Aud::SampleF32>::load(*sample));
+        std::vector<float> samples(player.outputLength() - player.position());
+        std::span<float> rest(samples);
+        while (const auto count = player.render(rest.first(std::min(block, rest.size()))))
+            rest = rest.subspan(count);
+        samples.resize(samples.size() - rest.size());
         return samples;
     }
 

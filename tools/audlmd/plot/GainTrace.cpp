@@ -61,10 +61,7 @@ GainTrace::GainTrace(StripSettings settings, std::int64_t length, std::int64_t o
 }
 
 std::span<const float> GainTrace::next() {
-    auto* const first = reinterpret_cast<Aud::SampleF32*>(block_.data());
-    auto* out = first;
-    const std::uint64_t count = player_->render(out, block_.size());
-    const std::span<float> rendered(block_.data(), count);
+    const std::span<float> rendered(block_.data(), player_->render(block_));
     for (float& sample : rendered)
         sample /= unit;
     return rendered;

@@ -1,5 +1,6 @@
-#include "ole/Aud/GainCurves.hpp"
 #include "standalone/signal/GainLaws.hpp"
+
+#include "ole/Aud/GainCurves.hpp"
 
 #include <gtest/gtest.h>
 
@@ -8,13 +9,13 @@
 #include <limits>
 #include <vector>
 
-namespace audlmd {
+namespace audlmd::test {
 namespace {
 
 using Fader = Aud::GainCurve::Curve<Aud::GainCurve::eMixerStyleLog>;
 using Power = Aud::GainCurve::Curve<Aud::GainCurve::eConstantPower>;
 
-TEST(GainLaw, CurvesFollowTheirLawsWithinTheResolutionOfTheTables) {
+TEST(GainLaws, CurvesFollowTheirLawsWithinTheResolutionOfTheTables) {
     for (int i = 0; i <= 150'000; ++i) {
         const auto u = static_cast<float>(i) * 1e-5F;
         // Straight lines between nodes: the law's bend over one spacing is what may be left.
@@ -37,7 +38,7 @@ TEST(GainLaw, CurvesFollowTheirLawsWithinTheResolutionOfTheTables) {
     EXPECT_TRUE(std::isnan(Fader::mapUValueToMagnitude(std::numeric_limits<float>::quiet_NaN())));
 }
 
-TEST(GainLaw, InversesLeadBack) {
+TEST(GainLaws, InversesLeadBack) {
     for (double u = 0.001; u < 1.0; u += 0.0137) {
         EXPECT_NEAR(mixerStyleUValue(mixerStyleGain(u)), u, 1e-12);
         EXPECT_NEAR(constantPowerUValue(constantPowerGain(u)), u, 1e-9);
@@ -47,4 +48,4 @@ TEST(GainLaw, InversesLeadBack) {
 }
 
 } // namespace
-} // namespace audlmd
+} // namespace audlmd::test

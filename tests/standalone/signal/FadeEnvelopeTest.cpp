@@ -1,13 +1,13 @@
-#include "standalone/signal/Fade.hpp"
-
 #include "ole/Aud/EnvelopeTraits.hpp"
+#include "standalone/signal/Fade.hpp"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdint>
+#include <stdexcept>
 
-namespace audlmd {
+namespace audlmd::test {
 namespace {
 
 namespace Traits = Aud::Render::EnvelopeTraits;
@@ -35,7 +35,7 @@ void expectFollowed(const FadePlan& plan, std::int64_t length, std::uint32_t ali
     }
 }
 
-TEST(Fade, FollowsTheStraightLineThroughTheRenderersShapes) {
+TEST(FadeEnvelope, FollowsTheStraightLineThroughTheRenderersShapes) {
     using enum FadeCurve;
     for (const std::uint32_t alignment : {1U, 128U}) {
         expectFollowed<Traits::RampHold>({3333, 0, linear, linear}, 5000, alignment);
@@ -47,7 +47,7 @@ TEST(Fade, FollowsTheStraightLineThroughTheRenderersShapes) {
     }
 }
 
-TEST(Fade, BeginsSilentReachesFullLevelExactlyAndEndsSilent) {
+TEST(FadeEnvelope, BeginsSilentReachesFullLevelExactlyAndEndsSilent) {
     const auto startAt = [](const FadeEnvelope& fade, std::int64_t sample) {
         return fade.at(sample).parameters.startUValue;
     };
@@ -67,5 +67,11 @@ TEST(Fade, BeginsSilentReachesFullLevelExactlyAndEndsSilent) {
         ASSERT_EQ(startAt(longHold, sample), 1.0F) << sample;
 }
 
+TEST(FadeEnvelope, RefusesFadesThatOverlapOrAreLongerThanTheRange) {
+    for (const FadePlan& plan : {FadePlan{60, 41}, {101, 0}, {0, 101}, {~std::uint64_t{0}, 2}})
+        EXPECT_THROW(FadeEnvelope(plan, 100), std::invalid_argument) << plan.fadeInSamples;
+    EXPECT_EQ(FadeEnvelope({60, 40}, 100).at(60).parameters.startUValue, 1.0F);
+}
+
 } // namespace
-} // namespace audlmd
+} // namespace audlmd::test

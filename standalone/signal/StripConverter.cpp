@@ -1,0 +1,122 @@
+#include "standalone/signal/StripConverter.hpp"
+
+#include "standalone/signal/Speed.hpp"
+
+#include <libresample.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace audlmd {
+namespace {
+
+using Aud::SubSamplePos;
+using Aud::Render::FilteringSRCState;
+
+/// The linear converter keeps nothing from call to call. Each call reads both neighbours of its first
+/// position again, so that the level is placed again and the equaliser steps back by one sample.
+class LinearStripConverter final : public StripConverter {
+public:
+    using StripConverter::StripConverter;
+
+    /// The chain starts on the left neighbour of the position, and the offset leads to the position.
+    CallStart startOfCall(std::uint64_t output) const override {
+        const SubSamplePos position = readPosition(output);
+        const std::int64_t left = position.fraction > 0 ? position.sample : position.sample - 1;
+        return {left, SubSamplePos(position.sample - left, position.fraction)};
+    }
+
+    /// A placement with alignment 1 is still valid at `end`, and so is a position there.
+    std::uint64_t mostOutputs(std::uint64_t output, std::int64_t end) const override {
+        return positionsUpTo(SubSamplePos(end, 0), readPosition(output), plan_.step);
+    }
+
+    bool levelCarriesOn() const override { return false; }
+
+    void afterCall(Aud::Render::PerSourceRecord& record) override { stepBack(record.equaliser); }
+
+private:
+    /// On a whole position other than the first the converter lags by one sample. Whole speeds therefore
+    /// start at position 1, where the converter yields the first sample, exactly. Other speeds start the
+    /// least fraction beyond 0.
+    SubSamplePos readPosition(std::uint64_t output) const {
+        const SubSamplePos start = plan_.step.fraction == 0 ? SubSamplePos(1, 0) : SubSamplePos(0, 1);
+        return advanced(start, plan_.step, output);
+    }
+};
+
+/// The filtering converter keeps its resampler open from call to call. The first call renders 0 samples: that
+/// call opens the resampler and fills it.
+class FilteringStripConverter final : public StripConverter {
+public:
+    FilteringStripConverter(const StripPlan& plan, FilteringSRCState& state)
+        : StripConverter(plan), state_(state) {}
+    ~FilteringStripConverter() override { FilteringStripConverter::restart(); }
+    FilteringStripConverter(const FilteringStripConverter&) = delete;
+    FilteringStripConverter& operator=(const FilteringStripConverter&) = delete;
+
+    void restart() override {
+        if (state_.handle != nullptr)
+            resample_close(state_.handle);
+        state_ = {};
+    }
+
+    /// Aligned to the blocks, which are counted from the first sample of the opening call.
+    FadeEnvelope envelopeFrom(std::uint64_t output) const override {
+        return {plan_.settings.fade, static_cast<std::uint64_t>(plan_.rangeLength), fadeAlignment,
+                startOfCall(output).sample};
+    }
+
+    /// Primes with a call of 0 samples and an offset of one step, so that the first output belongs to the
+    /// range's first sample and not to the old state. Later calls ignore the offset.
+    CallStart startOfCall(std::uint64_t output) const override {
+        if (state_.opened == 0)
+            return {std::llround(static_cast<double>(output) * plan_.speedInForce), plan_.step};
+        return {plan_.sampleAt(state_.nextSourcePos), plan_.step};
+    }
+
+    std::uint64_t mostOutputs(std::uint64_t output, std::int64_t end) const override {
+        if (state_.opened == 0)
+            return 0;
+        // The least number of output samples that a block is good for; one more may fit into some blocks.
+        const auto perBlock =
+            static_cast<std::uint64_t>(FilteringSRCState::blockLength / plan_.speedInForce - 1e-6);
+        const auto samples = static_cast<std::uint64_t>(end - startOfCall(output).sample);
+        return perBlock * std::min(samples / FilteringSRCState::blockLength, longestCall);
+    }
+
+private:
+    /// The converter reads whole blocks of the inner chain, the first two of them in the opening call. The
+    /// envelope must not have to change before the blocks are used up.
+    static constexpr std::uint32_t fadeAlignment = 2 * FilteringSRCState::blockLength;
+
+    FilteringSRCState& state_;
+};
+
+} // namespace
+
+FadeEnvelope StripConverter::envelopeFrom(std::uint64_t) const {
+    return {plan_.settings.fade, static_cast<std::uint64_t>(plan_.rangeLength)};
+}
+
+CallStart StripConverter::startOfCall(std::uint64_t output) const {
+    return {static_cast<std::int64_t>(output), Aud::zeroSubSamplePos};
+}
+
+std::uint64_t StripConverter::mostOutputs(std::uint64_t output, std::int64_t end) const {
+    return static_cast<std::uint64_t>(end) - output;
+}
+
+std::unique_ptr<StripConverter> makeStripConverter(const StripPlan& plan, FilteringSRCState& state) {
+    switch (plan.settings.converter) {
+    case Converter::linear:
+        return std::make_unique<LinearStripConverter>(plan);
+    case Converter::filtering:
+        return std::make_unique<FilteringStripConverter>(plan, state);
+    case Converter::none:
+        break;
+    }
+    return std::make_unique<StripConverter>(plan);
+}
+
+} // namespace audlmd

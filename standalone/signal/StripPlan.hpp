@@ -1,0 +1,61 @@
+#pragma once
+
+#include "ole/Aud/SubSamplePos.hpp"
+#include "standalone/signal/StripSettings.hpp"
+
+#include <cstdint>
+
+namespace audlmd {
+
+/// The longest range of a strip, in samples: 5.8 years at 48 kHz.
+inline constexpr std::int64_t longestRange = std::int64_t{1} << 43;
+
+/// What follows from the settings of a strip alone: mode codes, lengths, speeds, positions. A plan needs
+/// neither cache nor library, and never changes.
+///
+/// A sample below is counted in source samples from the start of the range, in the order of delivery.
+struct StripPlan {
+    /// Throws std::invalid_argument, with a sentence for the user, for settings that are out of range or
+    /// exclude each other.
+    explicit StripPlan(StripSettings stripSettings);
+
+    /// Whether the speed asked for lies beyond the limits of the filtering converter.
+    bool speedIsLimited() const;
+
+    /// The position of a sample in the material.
+    std::int64_t materialPosition(std::int64_t sample) const;
+    /// The inverse of materialPosition().
+    std::int64_t sampleAt(std::int64_t materialPosition) const;
+    /// The position of a sample on the automation. Needs settings.automation.
+    std::int64_t automationPosition(std::int64_t sample) const;
+
+    StripSettings settings;
+    /// In source samples.
+    std::int64_t rangeLength;
+    /// The range divided by the speed asked for, rounded up.
+    std::uint64_t outputLength = 0;
+
+    /// Names the stages that the settings need, and no others.
+    unsigned long modeCode = 0;
+    /// The same stages without the envelope, which multiplies by 1 where the fades have full level.
+    unsigned long fullLevelModeCode = 0;
+
+    /// The speed as the linear converter reads the speed: source samples per output sample, to the nearest
+    /// fraction. With the filtering converter, the length of the step that opens the resampler.
+    Aud::SubSamplePos step{1, 0};
+    /// The speed as the filtering converter reads the speed, before that converter limits it.
+    float speed = 1.0F;
+    /// Source samples per output sample, after rounding and limiting.
+    double speedInForce = 1.0;
+    /// Of the settings, or else the speed in force.
+    Orv::OutputGearing gearing;
+
+    /// With the bands of the settings, and no samples filtered yet.
+    Aud::Filter::MultiBandBiquad<5U> equaliser;
+
+private:
+    void chooseModes();
+    void chooseSpeed();
+};
+
+} // namespace audlmd
