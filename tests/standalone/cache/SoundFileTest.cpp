@@ -61,7 +61,7 @@ TEST_F(SoundFiles, DecodeOnceForAllChannelsInEitherDirection) {
         });
     }
     threads.clear();
-    EXPECT_EQ(file->decodedStretches(), static_cast<unsigned int>((frames + 2047) / 2048));
+    EXPECT_EQ(file->decodedExcerpts(), static_cast<unsigned int>((frames + 2047) / 2048));
 }
 
 TEST_F(SoundFiles, ThatCannotBeOpenedAreNamedWithTheReason) {
