@@ -10,7 +10,7 @@
 //
 // A reader keeps its material alive through its current segment. A reader that starts outside the material
 // stands on an empty segment of its own until it enters. A reader that has left the material never enters it
-// again, and holds no segment.
+// again.
 
 namespace Aud {
 namespace {
