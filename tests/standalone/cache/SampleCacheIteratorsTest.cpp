@@ -70,62 +70,50 @@ TEST(SampleCacheIterators, LearnOfTheSamplesThroughTheStatusAlone) {
     EXPECT_EQ(*reader, 1.0F);
 }
 
-/// Material none of whose samples ever arrive: the only loader is kept busy by material 0.
-class Underruns : public testing::Test {
-protected:
-    Underruns() {
-        read(cache_, 0, 0);
-        busy_->awaitReads(1);
-        addRamp(cache_, 100, 1);
-    }
+TEST(SampleCacheIterators, ThatDoNotWaitCountWhatTheyMissInEpisodes) {
+    MaterialCache cache({.segmentLength = 16});
+    const auto source = addRamp(cache, 2000);
+    const std::lock_guard held(source->gate);
+    const auto missedAfter = [&cache](std::int64_t position, std::size_t count, bool reverse) {
+        EXPECT_THAT(read(cache, position, count, {.reverse = reverse, .wait = false}), Each(0.0F));
+        const MaterialStatistics statistics = cache.statistics(cookieOf(0));
+        return std::pair(statistics.underrunSamples, statistics.underrunEpisodes);
+    };
+    EXPECT_THAT(missedAfter(-5, 25, false), Pair(20, 1));
+    EXPECT_THAT(missedAfter(1990, 30, false), Pair(30, 2));
+    EXPECT_THAT(missedAfter(10, 20, true), Pair(40, 3));
 
-    /// The samples and episodes missed so far, once `count` more samples were read from `position` on.
-    std::pair<std::uint64_t, std::uint64_t> after(std::int64_t position, std::size_t count,
-                                                  bool reverse = false) {
-        EXPECT_THAT(read(cache_, position, count, {.channel = 1, .reverse = reverse, .wait = false}),
-                    Each(0.0F));
-        const MaterialStatistics statistics = cache_.statistics(cookieOf(1));
-        return {statistics.underrunSamples, statistics.underrunEpisodes};
-    }
-
-    MaterialCache cache_{{.segmentLength = 16, .loaderThreads = 1}};
-    const std::shared_ptr<ScriptedSource> busy_ = addRamp(cache_, 16);
-    const std::lock_guard<std::mutex> held_{busy_->gate};
-};
-
-TEST_F(Underruns, AreCountedForEverySampleInsideTheMaterialAlone) {
-    EXPECT_THAT(after(120, 30, true), Pair(10, 1));
-    EXPECT_THAT(after(-5, 25), Pair(30, 2));
-    EXPECT_THAT(after(90, 30), Pair(40, 3));
-}
-
-TEST_F(Underruns, GoOnInOneEpisodeToTheNextSampleAndFromUpToTwoBefore) {
-    // From the last sample missed to the next one in the reader's direction; episodes in all.
-    const std::map<std::int64_t, std::uint64_t> episodesByAdvance{{-4, 2}, {-3, 2}, {-2, 1}, {-1, 1}, {0, 1},
-                                                                  {1, 1},  {2, 2},  {3, 2},  {4, 2}};
+    // From the last sample missed to the next one in the reader's direction; the episodes that this begins.
+    const std::map<std::int64_t, std::uint64_t> episodesByAdvance{{-4, 1}, {-3, 1}, {-2, 0}, {-1, 0}, {0, 0},
+                                                                  {1, 0},  {2, 1},  {3, 1},  {4, 1}};
+    std::int64_t last = 0;
     for (const bool reverse : {false, true})
-        for (const auto& [advance, episodes] : episodesByAdvance) {
-            cache_.remove(cookieOf(1));
-            addRamp(cache_, 100, 1);
-            // The last sample missed is 50. A reverse reader is made at the end of what it reads.
-            EXPECT_THAT(after(reverse ? 56 : 45, 6, reverse), Pair(6, 1));
-            EXPECT_THAT(after(reverse ? 51 - advance : 50 + advance, 3, reverse), Pair(9, episodes))
+        for (const auto& [advance, more] : episodesByAdvance) {
+            last += 100;
+            // A reverse reader is made at the end, exclusive, of what it reads.
+            const auto [samples, episodes] = missedAfter(reverse ? last + 6 : last - 5, 6, reverse);
+            const std::int64_t next = reverse ? last + 1 - advance : last + advance;
+            EXPECT_THAT(missedAfter(next, 3, reverse), Pair(samples + 3, episodes + more))
                 << "advance " << advance << (reverse ? ", reverse" : "");
         }
 }
 
 TEST(SampleCacheIterators, OfMaterialThatFailsRenderSilenceAndNeverBlock) {
-    MaterialCache cache({.segmentLength = 16});
-    addRamp(cache, 40)->failingPosition = 16;
     std::vector<float> expected = expectedRead(40, 0, 45);
     std::fill_n(expected.begin() + 16, 16, 0.0F);
-    for (const unsigned int pass : {1U, 2U}) {
-        EXPECT_EQ(read(cache, 0, 45), expected);
-        const MaterialStatistics statistics = cache.statistics(cookieOf(0));
-        EXPECT_EQ(statistics.underrunSamples, 16 * pass);
-        EXPECT_EQ(statistics.failedSegments, 1U);
-        EXPECT_EQ(statistics.firstFailure, "the tape is torn");
-        EXPECT_EQ(cache.usage().residentBytes, 24 * sizeof(float));
+    for (const char* failure : {"the tape is torn", ""}) {
+        MaterialCache cache({.segmentLength = 16});
+        const auto source = addRamp(cache, 40);
+        source->failingPosition = 16;
+        source->failure = failure;
+        for (const unsigned int pass : {1U, 2U}) {
+            EXPECT_EQ(read(cache, 0, 45), expected);
+            const MaterialStatistics statistics = cache.statistics(cookieOf(0));
+            EXPECT_EQ(statistics.underrunSamples, 16 * pass);
+            EXPECT_EQ(statistics.failedSegments, 1U);
+            EXPECT_EQ(statistics.firstFailure, failure);
+            EXPECT_EQ(cache.usage().residentBytes, 24 * sizeof(float));
+        }
     }
 }
 
