@@ -15,18 +15,7 @@ namespace {
 
 using Access = Aud::SampleCacheSegmentAccess;
 
-/// Empty if all went well.
-std::string readInto(std::span<float> samples, SampleSource& source, std::int64_t position) {
-    try {
-        source.read(position, samples);
-        return {};
-    } catch (const std::exception& failure) {
-        return failure.what();
-    } catch (...) {
-        return "the source failed without saying why";
-    }
-}
-
+/// Called under the cache's lock. Readers may be counting underruns at the same time.
 MaterialStatistics statisticsOf(const Material& material) {
     return {.underrunSamples = material.underrunSamples.load(std::memory_order_relaxed),
             .underrunEpisodes = material.underrunEpisodes.load(std::memory_order_relaxed),
@@ -38,12 +27,11 @@ MaterialStatistics statisticsOf(const Material& material) {
 
 CacheCore::CacheCore(const MaterialCacheOptions& options)
     : segmentLength_(options.segmentLength), memoryBudget_(options.memoryBudget),
-      segmentsAhead_(options.segmentsAhead) {
+      segmentsAhead_(options.segmentsAhead), lists_(options.memoryBudget, options.loaderThreads) {
     if (options.segmentLength < 1)
         throw std::invalid_argument("the segment length must be at least 1 sample");
     if (options.loaderThreads < 1)
         throw std::invalid_argument("the sample cache needs at least 1 loader thread");
-    busyResources_.reserve(options.loaderThreads);
 }
 
 std::size_t CacheCore::CookieHash::operator()(const Cookie& cookie) const noexcept {
@@ -51,7 +39,8 @@ std::size_t CacheCore::CookieHash::operator()(const Cookie& cookie) const noexce
     static_assert(sizeof halves == sizeof cookie.material.bytes);
     std::memcpy(halves, cookie.material.bytes.data(), sizeof halves);
     const std::uint64_t strip = std::uint64_t{cookie.channel} << 8 | cookie.kind;
-    // Knuth's multiplicative hashing, by the golden ratio.
+    // Multiplicative hashing with 2^64 divided by the golden ratio (Knuth, The Art of Computer Programming,
+    // volume 3, section 6.4).
     return static_cast<std::size_t>((halves[0] ^ (halves[1] + strip)) * 0x9E3779B97F4A7C15U);
 }
 
@@ -70,9 +59,9 @@ void CacheCore::add(const Cookie& cookie, std::shared_ptr<SampleSource> source) 
 }
 
 MaterialStatistics CacheCore::remove(const Cookie& cookie) {
-    SegmentList taken;
+    SegmentLists::List taken;
     Lock lock(mutex_);
-    find(lock, cookie);
+    find(lock, cookie); // Throws where the cookie is unknown.
     const auto node = materials_.extract(cookie);
     Material& material = *node.mapped();
     takeAll(material, taken);
@@ -89,11 +78,11 @@ MaterialStatistics CacheCore::statistics(const Cookie& cookie) {
 
 MaterialCacheUsage CacheCore::usage() {
     const Lock lock(mutex_);
-    return usage_;
+    return lists_.usage();
 }
 
 void CacheCore::close() {
-    SegmentList taken;
+    SegmentLists::List taken;
     Lock lock(mutex_);
     const auto materials = std::move(materials_);
     for (const auto& [cookie, material] : materials)
@@ -105,74 +94,64 @@ void CacheCore::close() {
 void CacheCore::serve(const std::stop_token& stop) {
     Lock lock(mutex_);
     CachedSegment* next = nullptr;
-    while (requested_.wait(lock, stop, [&] { return (next = nextRequest()) != nullptr; }))
+    while (requested_.wait(lock, stop, [&] { return (next = lists_.nextRequest()) != nullptr; }))
         load(lock, *next);
 }
 
-CachedSegment* CacheCore::nextRequest() const {
-    for (const auto stage : {CachedSegment::eUrgent, CachedSegment::eAhead})
-        for (CachedSegment* const segment : lists_[stage]) {
-            const void* const resource = segment->material->source->exclusiveResource();
-            if (resource == nullptr || std::ranges::find(busyResources_, resource) == busyResources_.end())
-                return segment;
-        }
-    return nullptr;
+void CacheCore::load(Lock& lock, CachedSegment& segment) {
+    SegmentLists::List taken;
+    const bool hasRoom = lists_.startLoading(segment, taken);
+    lock.unlock();
+    if (hasRoom) {
+        LoadedSamples loaded = readSamples(segment, taken);
+        lock.lock();
+        const EventPtr completed = publish(segment, std::move(loaded), taken);
+        lock.unlock();
+        completed->signal();
+    }
+    letGo(taken);
+    lock.lock();
 }
 
-void CacheCore::load(Lock& lock, CachedSegment& segment) {
-    const std::shared_ptr<Material> material = segment.material;
-    SegmentList taken;
-    if (!makeRoom(segment.bytes(), taken) && segment.stage == CachedSegment::eAhead) {
-        take(segment, taken);
-        lock.unlock();
-        letGo(taken);
-        lock.lock();
-        return;
-    }
-    moveTo(CachedSegment::eLoading, segment);
-    usage_.residentBytes += segment.bytes();
-    usage_.peakBytes = std::max(usage_.peakBytes, usage_.residentBytes);
-    ++usage_.segmentsLoaded;
-    const void* const resource = material->source->exclusiveResource();
-    busyResources_.push_back(resource);
-    lock.unlock();
-
-    std::unique_ptr<float[]> storage;
-    // Nobody else can see a segment that made room: its storage is as good as new.
+CacheCore::LoadedSamples CacheCore::readSamples(const CachedSegment& segment, SegmentLists::List& taken) {
+    LoadedSamples loaded;
+    // No reader holds a segment that made room, so its memory can be used again.
     for (CachedSegment* unused : taken)
         if (unused->length == segment.length)
-            storage = std::move(unused->storage);
+            loaded.samples = std::move(unused->storage);
     letGo(taken);
-    taken.clear();
     const auto length = static_cast<std::size_t>(segment.length);
-    if (storage == nullptr)
-        storage = std::make_unique_for_overwrite<float[]>(length);
-    const std::string failure =
-        readInto({storage.get(), length}, *material->source, material->start(segment.number));
+    try {
+        if (loaded.samples == nullptr)
+            loaded.samples = std::make_unique_for_overwrite<float[]>(length);
+        segment.material->source->read(segment.material->start(segment.number),
+                                       {loaded.samples.get(), length});
+        return loaded;
+    } catch (const std::exception& failure) {
+        return {.samples = nullptr, .failure = failure.what()};
+    } catch (...) {
+        return {.samples = nullptr, .failure = "the source failed without saying why"};
+    }
+}
 
-    lock.lock();
-    busyResources_.erase(std::ranges::find(busyResources_, resource));
-    // What waited for the resource is now for any loader to take.
-    requested_.notify_one();
-    if (failure.empty()) {
-        segment.storage = std::move(storage);
+EventPtr CacheCore::publish(CachedSegment& segment, LoadedSamples loaded, SegmentLists::List& taken) {
+    Material& material = *segment.material;
+    if (loaded.samples != nullptr) {
+        segment.storage = std::move(loaded.samples);
         segment.samples = segment.storage.get();
         segment.status.store(Aud::eSegmentReady, std::memory_order_release);
-        moveTo(CachedSegment::eReady, segment);
+        lists_.finishLoading(segment, CachedSegment::eReady);
     } else {
-        usage_.residentBytes -= segment.bytes();
-        if (++material->failedSegments == 1)
-            material->firstFailure = failure;
+        if (++material.failedSegments == 1)
+            material.firstFailure = std::move(loaded.failure);
         segment.status.store(eSegmentFailed, std::memory_order_release);
-        moveTo(CachedSegment::eFailed, segment);
+        lists_.finishLoading(segment, CachedSegment::eFailed);
     }
-    const EventPtr completed = segment.completed;
-    if (material->removed)
-        take(segment, taken);
-    lock.unlock();
-    completed->signal();
-    letGo(taken);
-    lock.lock();
+    // Requests that had to wait for the source's resource are now for any loader to take.
+    requested_.notify_one();
+    if (material.removed)
+        lists_.take(segment, taken);
+    return segment.completed;
 }
 
 Material& CacheCore::find(const Lock&, const Cookie& cookie) const {
@@ -184,33 +163,37 @@ Material& CacheCore::find(const Lock&, const Cookie& cookie) const {
 
 std::uint32_t CacheCore::reach(const Orv::OutputGearing& gearing, std::uint32_t held) const {
     const double speed = std::abs(gearing.sourceSamplesPerOutputSample);
+    // A speed that is not a number counts as 1.
     const double wanted = std::ceil(std::max(segmentsAhead_, held) * (speed > 1.0 ? speed : 1.0));
     const std::size_t segmentBytes = static_cast<std::size_t>(segmentLength_) * sizeof(float);
     const auto most = static_cast<double>(std::max<std::size_t>(memoryBudget_ / segmentBytes / 2, 1));
+    // The last limit keeps the conversion in range where the budget is all the memory there is.
     return static_cast<std::uint32_t>(std::min({wanted, most, 1e6}));
 }
 
 Aud::SampleCacheSegment CacheCore::enter(const Lock&, Material& material, std::uint32_t number,
                                          const LookAhead& lookAhead) {
+    // A reader of removed material gets a segment of its own that nobody will load.
     Aud::SampleCacheSegment entered =
         material.removed ? Access::adopt(new CachedSegment(Aud::eSegmentEmpty, material.lengthOf(number),
                                                            material.shared_from_this(), number))
                          : Access::share(request(material, number, CachedSegment::eUrgent));
-    requestAhead(material, number + static_cast<std::int64_t>(lookAhead.direction), lookAhead);
+    requestAhead(material, number + step(lookAhead.direction), lookAhead);
     return entered;
 }
 
 Aud::SampleCacheSegment CacheCore::approach(const Lock&, Material& material, const LookAhead& lookAhead) {
-    const std::int64_t first = lookAhead.direction == Direction::forward ? 0 : material.segmentCount() - 1;
+    const std::int64_t first =
+        lookAhead.direction == Aud::Render::Direction::forward ? 0 : material.segmentCount() - 1;
     requestAhead(material, first, lookAhead);
     return Access::adopt(new CachedSegment(Aud::eSegmentEmpty, 0, material.shared_from_this(), 0));
 }
 
 void CacheCore::requestAhead(Material& material, std::int64_t first, const LookAhead& lookAhead) {
     for (std::size_t i = 0; i < lookAhead.reach; ++i) {
-        const std::int64_t number =
-            first + static_cast<std::int64_t>(i) * static_cast<std::int64_t>(lookAhead.direction);
+        const std::int64_t number = first + static_cast<std::int64_t>(i) * step(lookAhead.direction);
         const bool isThere = number >= 0 && number < material.segmentCount() && !material.removed;
+        // Beyond the end of the material only old handles are left to be given up.
         if (!isThere && i >= lookAhead.held.size())
             return;
         CachedSegment* const segment =
@@ -225,11 +208,7 @@ CachedSegment& CacheCore::request(Material& material, std::uint32_t number, Cach
     if (found == material.segments.end())
         return addRequest(material, number, stage);
     CachedSegment& segment = *found->second;
-    const bool becomesUrgent = segment.stage == CachedSegment::eAhead && stage == CachedSegment::eUrgent;
-    if (becomesUrgent)
-        moveTo(CachedSegment::eUrgent, segment);
-    else if (segment.stage == CachedSegment::eReady)
-        moveTo(CachedSegment::eReady, segment);
+    lists_.want(stage, segment);
     return segment;
 }
 
@@ -238,61 +217,32 @@ CachedSegment& CacheCore::addRequest(Material& material, std::uint32_t number, C
                                                    material.shared_from_this(), number);
     segment->completed = EventPtr(new Event);
     segment->requestCompleted = &*segment->completed;
-    SegmentList node{segment.get()};
+    SegmentLists::List node{segment.get()};
     material.segments.emplace(number, segment.get());
-    // Nothing from here on throws.
-    segment->stage = stage;
-    segment->place = node.begin();
-    lists_[stage].splice(lists_[stage].end(), node);
+    // Nothing below can fail: from here on the lists own the segment.
+    lists_.add(stage, node);
     requested_.notify_one();
     return *segment.release();
 }
 
-void CacheCore::moveTo(CachedSegment::Stage stage, CachedSegment& segment) {
-    lists_[stage].splice(lists_[stage].end(), lists_[segment.stage], segment.place);
-    segment.stage = stage;
-}
-
-void CacheCore::take(CachedSegment& segment, SegmentList& taken) {
-    if (segment.stage == CachedSegment::eReady)
-        usage_.residentBytes -= segment.bytes();
-    else if (segment.stage != CachedSegment::eFailed)
-        segment.status.store(Aud::eSegmentEmpty, std::memory_order_release);
-    segment.material->segments.erase(segment.number);
-    taken.splice(taken.end(), lists_[segment.stage], segment.place);
-}
-
-void CacheCore::takeAll(Material& material, SegmentList& taken) {
+void CacheCore::takeAll(Material& material, SegmentLists::List& taken) {
     material.removed = true;
     while (!material.segments.empty()) {
         const auto first = material.segments.begin();
         if (first->second->stage == CachedSegment::eLoading)
-            // Its loader takes it.
+            // Its loader takes the segment when the read is over.
             material.segments.erase(first);
         else
-            take(*first->second, taken);
+            lists_.take(*first->second, taken);
     }
 }
 
-bool CacheCore::makeRoom(std::size_t bytes, SegmentList& taken) {
-    SegmentList& ready = lists_[CachedSegment::eReady];
-    const auto fits = [&] {
-        return usage_.residentBytes <= memoryBudget_ && bytes <= memoryBudget_ - usage_.residentBytes;
-    };
-    for (auto next = ready.begin(); next != ready.end() && !fits();) {
-        CachedSegment& segment = **next++;
-        // Under the lock a segment that only the cache holds cannot get another holder.
-        if (segment.holders.load(std::memory_order_acquire) == 1)
-            take(segment, taken);
-    }
-    return fits();
-}
-
-void CacheCore::letGo(const SegmentList& taken) {
+void CacheCore::letGo(SegmentLists::List& taken) {
     for (CachedSegment* segment : taken) {
         segment->completed->signal();
         Access::release(segment);
     }
+    taken.clear();
 }
 
 } // namespace audlmd

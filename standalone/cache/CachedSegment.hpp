@@ -14,27 +14,35 @@ struct Material;
 
 namespace Aud {
 
-/// What a handle refers to: all that is asked for once per sample. Whatever a reader may look at without the
-/// cache's lock is fixed before the status says that it is there.
+/// What a segment handle points to: the fields that readers ask for once per sample, on one cache line.
+///
+/// Readers use these fields without the cache's lock. Fields read without the lock are written before the
+/// status is released. The status is stored with release order and loaded with acquire order, so a reader
+/// that sees eSegmentReady also sees the samples.
 class alignas(64) SampleCacheSegment::Body {
 public:
     constexpr Body(eSegmentStatus initialStatus, std::int32_t segmentLength)
         : status(initialStatus), length(segmentLength) {}
 
     std::atomic<eSegmentStatus> status;
+    /// In samples.
     const std::int32_t length;
+    /// The first sample. Null until the status is eSegmentReady.
     const float* samples = nullptr;
+    /// Signalled when the request ends, whether samples came or not. Null in a segment that was never
+    /// requested.
     iThreadEvent* requestCompleted = nullptr;
-    /// Handles, and the cache itself while it knows the segment.
+    /// Counts the handles, and the cache as one more while the segment is listed there. The last holder to
+    /// go deletes the segment.
     std::atomic<std::int32_t> holders{1};
 };
 
-/// The cache's way into the handles.
+/// Gives the cache access to the pointer inside a segment handle.
 class SampleCacheSegmentAccess {
 public:
     using Body = SampleCacheSegment::Body;
 
-    /// A handle that takes over one holder's place.
+    /// Returns a handle that takes over one holder's place; the count stays the same.
     static SampleCacheSegment adopt(Body* body) {
         SampleCacheSegment segment;
         release(segment.body_);
@@ -42,13 +50,14 @@ public:
         return segment;
     }
 
-    /// One more handle.
+    /// Returns one more handle.
     static SampleCacheSegment share(Body& body) {
         hold(&body);
         return adopt(&body);
     }
 
     static void hold(Body* body) noexcept { body->holders.fetch_add(1, std::memory_order_relaxed); }
+    /// Deletes the segment if its last holder goes.
     static void release(Body* body) noexcept;
 };
 
@@ -56,18 +65,20 @@ public:
 
 namespace audlmd {
 
-/// A segment of a material. The members of this class belong to the cache and are touched under its lock.
+/// A segment of a material. The cache alone uses the members declared here, under its lock.
 class CachedSegment final : public Aud::SampleCacheSegmentAccess::Body {
 public:
-    /// Where it is on its way. A cache keeps one list of segments for each.
+    /// How far the segment's loading has come. The cache keeps one list of segments for each stage.
     enum Stage {
-        /// A reader stands on it and has no samples.
+        /// Requested by a reader that stands on the segment. Loaded first, in the order of the requests.
         eUrgent,
-        /// Requested by a reader that has not arrived.
+        /// Requested by a reader that has not arrived. Loaded when nothing is urgent.
         eAhead,
+        /// A loader thread reads the samples.
         eLoading,
-        /// In order of use, the least recent first.
+        /// The samples are there. This list is in the order of use, the least recent first.
         eReady,
+        /// The source could not deliver the samples.
         eFailed,
         stageCount
     };
@@ -76,14 +87,19 @@ public:
                   std::shared_ptr<Material> itsMaterial, std::uint32_t itsNumber)
         : Body(initialStatus, segmentLength), material(std::move(itsMaterial)), number(itsNumber) {}
 
+    /// The memory that the samples take.
     std::size_t bytes() const { return static_cast<std::size_t>(length) * sizeof(float); }
 
     /// Keeps the material alive for as long as a reader stands on one of its segments.
     const std::shared_ptr<Material> material;
+    /// Counted from 0 at the start of the material.
     const std::uint32_t number;
+    /// Owns what requestCompleted points to.
     EventPtr completed;
+    /// Owns what samples points to.
     std::unique_ptr<float[]> storage;
     Stage stage = eFailed;
+    /// Where the segment stands in the list of its stage.
     std::list<CachedSegment*>::iterator place;
 };
 

@@ -14,12 +14,14 @@ MaterialCache::MaterialCache(const MaterialCacheOptions& options)
     : core_(std::make_shared<CacheCore>(options)) {
     for (unsigned int i = 0; i < options.loaderThreads; ++i)
         loaders_.emplace_back([core = core_.get()](const std::stop_token& stop) {
+            // For debuggers and system monitors; at most 15 characters.
             pthread_setname_np(pthread_self(), "audlmd-loader");
             core->serve(stop);
         });
 }
 
 MaterialCache::~MaterialCache() {
+    // Readers may wait for segments that the loaders, which end next, will never load.
     core_->close();
 }
 

@@ -15,100 +15,124 @@ namespace audlmd {
 
 class CacheCore;
 
-/// The status of a segment that could not be read. It renders as silence, and stays so: to have another try,
-/// remove the material and add it again.
+/// The status of a segment that the source could not deliver. Such a segment renders as silence for as long
+/// as the cache holds the material. To try again, remove the material and add it anew.
 inline constexpr auto eSegmentFailed = static_cast<Aud::eSegmentStatus>(3);
 
 struct MaterialCacheOptions {
-    /// In samples: 1 to 2147483647.
+    /// In samples: 1 to 2147483647. Short segments arrive sooner; long ones need fewer reads and locks.
     std::int32_t segmentLength = 65536;
-    /// For samples, in bytes. Segments on which readers stand are kept beyond it; what is only loaded ahead
-    /// is not.
+    /// The memory for samples, in bytes. A segment on which a reader stands is loaded even where the budget
+    /// has no room; a segment that is only wanted ahead is not.
     std::size_t memoryBudget = std::size_t{256} << 20;
-    /// At least 1.
+    /// How many threads read from sources: at least 1. More of them help where reads wait for disks, or
+    /// decode several files.
     unsigned int loaderThreads = 2;
-    /// How many segments beyond its own a reader requests, at the speed of recording or slower.
+    /// How many segments beyond its own a reader requests, at the speed of the recording or slower.
     std::uint32_t segmentsAhead = 2;
 };
 
 /// What went wrong with one material since it was added.
 struct MaterialStatistics {
-    /// Samples that were read inside the material while they were not there, and rendered as silence.
+    /// Samples inside the material that were rendered as silence because their segment was not ready. A
+    /// sample that is read twice counts twice.
     std::uint64_t underrunSamples = 0;
-    /// The same as runs: neighbouring samples are one, in either direction and across render calls. Readers
-    /// of one material at the same time are not told apart.
+    /// Underrun episodes: runs of neighbouring samples that were missed, in the direction of the reader. An
+    /// episode goes on where the next render call continues from the one before. Two readers that miss
+    /// samples of one material at the same time interrupt each other's episodes.
     std::uint64_t underrunEpisodes = 0;
+    /// Segments that the source could not deliver.
     std::uint64_t failedSegments = 0;
-    /// The source's words for the first segment that failed. Empty if none did.
+    /// The text of the exception that the source threw for the first of them. Empty if none failed.
     std::string firstFailure;
 };
 
+/// What a cache has used since it was made.
 struct MaterialCacheUsage {
-    /// Samples held by the cache, in bytes.
+    /// The memory of the samples that the cache holds, in bytes. Segments that only readers still hold do not
+    /// count.
     std::size_t residentBytes = 0;
-    /// The most that it ever was.
+    /// The most that residentBytes ever was.
     std::size_t peakBytes = 0;
-    /// Segments read from their sources, the failed ones included.
+    /// Segments that loader threads began to read, those that failed included.
     std::uint64_t segmentsLoaded = 0;
 };
 
-/// A cookie under which the cache holds nothing.
+/// A cookie under which the cache holds nothing. The text names the cookie.
 class UnknownMaterial : public std::out_of_range {
 public:
     explicit UnknownMaterial(const Cookie& cookie);
 };
 
-/// The stand-alone host's sample cache.
+/// The stand-alone host's sample cache, which the `cache` of a render record points to.
 ///
-/// Material is cut into segments, which loader threads read from the material's source when a reader asks for
-/// them: first those that readers stand on, then those ahead of them in their direction. Where the samples
-/// exceed the budget, the least recently used segments that no reader holds are dropped, so that material of
-/// any length is rendered in constant memory.
+/// The host adds each strip once, under a cookie, with the source that delivers the samples. The cache cuts
+/// the strip into segments. Each render call makes a reader, which requests segments: the one that it stands
+/// on, and those ahead of it in its direction. Loader threads read the requested segments from the source,
+/// those that readers stand on first. When the samples exceed the budget, the cache drops the segments that
+/// were used longest ago and that no reader holds. So material of any length is rendered in constant memory.
 ///
-/// What the renderer leaves to its host is settled thus:
+/// The renderer makes the reader with these values from the record, whose meaning is the host's choice. This
+/// cache has chosen:
 ///
-/// - `flag` (the record's requestFlag) set: reading waits for segments (waitForSegment). Clear: reading never
-///   waits, and what is not there yet is silence and an underrun. Both kinds request the same segments.
-/// - `extra` (the record's forwardArgument): how many segments beyond its own a forward reader also holds, so
-///   that the budget cannot take them before it arrives. They are requested even where segmentsAhead is less.
-/// - `gearing`: above 1, its magnitude multiplies the number of segments that are requested ahead. That is
-///   never more than half the budget.
-/// - A forward reader made at position p stands on sample p. A reverse reader is given the end, exclusive, of
-///   what it reads: made at p, it stands on sample p - 1. So a reverse render call whose startPosition is s
-///   begins with sample s, and the next one continues from s - count. With the filtering converter, where the
-///   position is handed on without the plus one, reverseFilteringStartPosition is the recorded nextSourcePos
-///   plus 1, and forwardFilteringStartPosition is nextSourcePos itself.
+/// - `flag` (the record's `requestFlag`): true to wait, as for a file. A read then blocks until the segment
+/// is
+///   loaded. False not to wait, as for a loudspeaker: a sample that is not there yet is silence and counts as
+///   an underrun. Both request the same segments.
+/// - `notFlag`: the negation of `flag`. This cache ignores it.
+/// - `extra` (the record's `forwardArgument`; forward readers only): how many segments beyond its own the
+///   reader holds, so that the budget cannot drop them before the reader arrives. The reader requests at
+///   least as many, also where segmentsAhead is smaller.
+/// - `gearing`: the speed. A magnitude above 1 multiplies the number of segments that are requested ahead.
+///   Requests ahead take at most half the budget; one segment is always allowed.
+/// - `position`: where the reader starts. A forward reader made at p reads sample p first. A reverse reader
+///   made at p reads sample p - 1 first: p is the end of what the reader reads, exclusive.
 ///
-/// Making a reader, and taking one to another segment, takes one short lock and allocates no samples; reading
-/// and stepping inside a segment take none. To have segments loaded before they are needed, make a reader and
-/// drop it (a render call with a count of 0).
+/// The host passes these start positions, where s is the sample to be read first:
 ///
-/// All operations are thread safe. The cache may be destroyed, and material removed, while readers exist:
-/// whoever waits is woken, and the readers find silence. Only making a reader needs the cache itself.
+/// - Without the filtering converter: `startPosition` = s, in both directions. The renderer itself adds 1 for
+///   a reverse reader.
+/// - With the filtering converter, forward: `forwardFilteringStartPosition` = s. To continue a stream, pass
+///   the `nextSourcePos` that the converter recorded.
+/// - With the filtering converter, reverse: `reverseFilteringStartPosition` = s + 1. To continue a stream,
+///   pass `nextSourcePos` + 1. The renderer adds nothing here: a host that forgets the 1 loses a sample at
+///   every call.
+///
+/// Making a reader takes one lock for a short time, and so does the step into another segment. Neither waits
+/// for a source or allocates samples. Reading and stepping inside a segment take no lock. To have segments
+/// loaded before they are needed, make a render call with a count of 0.
+///
+/// All operations are thread safe. Material may be removed, and the cache destroyed, while readers exist:
+/// readers that wait are woken, and all find silence from their next segment on. The cache must still
+/// exist when a render call begins, because making a reader needs it.
 class MaterialCache final : public Aud::SampleCache {
 public:
-    /// Throws std::invalid_argument for an option out of range.
+    /// Starts the loader threads. Throws std::invalid_argument for an option out of range.
     explicit MaterialCache(const MaterialCacheOptions& options = {});
-    /// Waits for the reads in hand.
+    /// Removes all material. Waits for the reads that loader threads have begun.
     ~MaterialCache();
     MaterialCache(const MaterialCache&) = delete;
     MaterialCache& operator=(const MaterialCache&) = delete;
 
-    /// Throws std::invalid_argument if the cookie is taken, the source null or its length negative or beyond
-    /// 4294967295 segments.
+    /// Makes a strip known under a cookie. Reads nothing yet. Throws std::invalid_argument if the cookie is
+    /// taken, or if the source is null, has a negative length or makes more than 4294967295 segments.
     void add(const Cookie& cookie, std::shared_ptr<SampleSource> source);
-    /// Returns the final statistics. Throws UnknownMaterial.
+    /// Forgets a strip; the cookie may then be used again. Returns the final statistics. Throws
+    /// UnknownMaterial.
     MaterialStatistics remove(const Cookie& cookie);
 
-    /// Throws UnknownMaterial.
+    /// The statistics so far. Throws UnknownMaterial.
     MaterialStatistics statistics(const Cookie& cookie) const;
+    /// The memory and the reads so far, of all material together.
     MaterialCacheUsage usage() const;
 
 private:
     friend class Aud::SampleCache::ForwardIterator;
     friend class Aud::SampleCache::ReverseIterator;
 
+    /// Shared with the materials, which readers may keep alive for longer than the cache.
     std::shared_ptr<CacheCore> core_;
+    /// Declared last: the threads end before anything that they use.
     std::vector<std::jthread> loaders_;
 };
 

@@ -5,14 +5,20 @@
 
 #include <algorithm>
 
-// A reader holds its material through its current segment: one that starts outside stands on an empty segment
-// of its own until it enters, and one that has left never enters again.
+// The host's half of the readers: making them and walking their segments. Reading and stepping inside a
+// segment are compiled into the render functions.
+//
+// A reader keeps its material alive through its current segment. A reader that starts outside the material
+// stands on an empty segment of its own until it enters. A reader that has left the material never enters it
+// again.
 
 namespace Aud {
 namespace {
 
-using audlmd::Direction;
+using Render::Direction;
 
+/// hostMaterial is set when the reader is made, and is valid while the reader holds a segment of the
+/// material.
 audlmd::Material& materialBehind(void* hostMaterial) {
     return *static_cast<audlmd::Material*>(hostMaterial);
 }
@@ -28,6 +34,7 @@ SampleCache::ForwardIterator::ForwardIterator(const Cookie& cookie, long positio
     hostSegmentNumber = 0;
     audlmd::CacheCore& core = *static_cast<audlmd::MaterialCache&>(cache).core_;
     hostReach = core.reach(gearing, extra);
+    // More than that the budget could not hold.
     hostSegmentsAhead = std::min(extra, hostReach);
     hostHeldSegments.resize(hostSegmentsAhead);
 
@@ -49,6 +56,7 @@ SampleCache::ForwardIterator::~ForwardIterator() = default;
 
 void SampleCache::ForwardIterator::internal_inc_hitFirstSegment() {
     audlmd::Material& material = materialBehind(hostMaterial);
+    // Material without samples is entered too, but has no segment to stand on.
     if (materialLength == 0)
         return;
     const auto lock = material.core->lock();
@@ -85,6 +93,7 @@ SampleCache::ReverseIterator::ReverseIterator(const Cookie& cookie, long positio
     audlmd::Material& material = core.find(lock, cookie);
     hostMaterial = &material;
     materialLength = material.length;
+    // A reverse reader holds no segments ahead: the renderer gives it no number of them.
     const audlmd::LookAhead lookAhead{Direction::reverse, hostReach, {}};
     if (cachePosition >= 0 && cachePosition < materialLength) {
         hostSegmentNumber = static_cast<std::uint32_t>(cachePosition / material.segmentLength);

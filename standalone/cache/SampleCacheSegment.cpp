@@ -8,12 +8,14 @@
 namespace Aud {
 namespace {
 
-/// What an empty handle refers to, so that no operation has to test for one. Its own hold is never given up.
+/// The segment that all empty handles point to, so that no operation has to test for a null pointer. Made
+/// with one holder that never goes, so that nobody deletes it.
 constinit SampleCacheSegmentAccess::Body noSegment(eSegmentEmpty, 0);
 
 } // namespace
 
 void SampleCacheSegmentAccess::release(Body* body) noexcept {
+    // Acquire and release: the holder that deletes sees all that the others did to the segment.
     if (body->holders.fetch_sub(1, std::memory_order_acq_rel) == 1)
         delete static_cast<audlmd::CachedSegment*>(body);
 }
@@ -37,6 +39,7 @@ SampleCacheSegment::~SampleCacheSegment() {
 }
 
 eSegmentStatus SampleCacheSegment::status() const {
+    // Pairs with the cache's release: whoever sees a new status sees the fields written before it.
     return body_->status.load(std::memory_order_acquire);
 }
 

@@ -7,26 +7,30 @@
 
 namespace audlmd {
 
-/// Where the samples of one strip, a single channel, come from.
+/// Where the samples of one strip, a single channel, come from. Derive from this class to play from something
+/// other than sound files and memory.
 ///
-/// Loader threads of a cache call it, several at the same time.
+/// The loader threads of a cache call every operation, several of them at the same time. A source may be
+/// destroyed on any thread that lets go of its last segment, which may be a reader's.
 class SampleSource {
 public:
     virtual ~SampleSource() = default;
 
-    /// In samples; never changes.
+    /// In samples. Must never change.
     virtual std::int64_t length() const = 0;
 
-    /// Fills `samples` with those from `position` on. The range lies inside 0 to length(). Throws if it
-    /// cannot fill all of it; the text of a std::exception is kept for the user.
+    /// Fills `samples` with the samples from `position` on. The range always lies inside 0 to length().
+    /// Throws if the source cannot fill all of it. The cache keeps the text of a std::exception for the
+    /// user; the whole segment then renders as silence.
     virtual void read(std::int64_t position, std::span<float> samples) = 0;
 
-    /// What a read has to itself, such as an open file. Sources of one resource that is not null are read one
-    /// after another, in the order of the requests, while loader threads serve others.
+    /// The address of something that only one read can use at a time, such as an open file. Null, the
+    /// default, if a read needs nothing to itself. The cache reads sources with the same resource one after
+    /// another, while other loader threads serve other sources. Must never change.
     virtual const void* exclusiveResource() const { return nullptr; }
 };
 
-/// A block of memory.
+/// Samples in memory. Several threads may read at the same time.
 class MemorySource final : public SampleSource {
 public:
     explicit MemorySource(std::vector<float> samples) : samples_(std::move(samples)) {}

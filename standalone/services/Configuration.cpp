@@ -13,12 +13,12 @@
 namespace audlmd {
 namespace {
 
-/// Not through the standard streams: settings are read before their initialiser has run.
+/// Uses no standard stream, because settings are read before the streams are initialised.
 void report(const std::string& message) {
     std::fprintf(stderr, "audlmd: %s\n", message.c_str());
 }
 
-/// An empty variable counts as not set.
+/// The value of an environment variable. Nothing if the variable is empty or not set.
 std::optional<std::string> environment(const std::string& name) {
     const char* const value = std::getenv(name.c_str());
     if (value == nullptr || *value == '\0')
@@ -34,7 +34,7 @@ std::string_view trimmed(std::string_view text) {
     return text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
-/// Independent of the locale.
+/// Reads a finite number in any locale, with an optional plus sign. Nothing if the text is not one.
 std::optional<double> parseNumber(std::string_view text) {
     if (text.starts_with('+') && !text.starts_with("+-"))
         text.remove_prefix(1);
@@ -45,6 +45,7 @@ std::optional<double> parseNumber(std::string_view text) {
     return value;
 }
 
+/// Made at the first use. Never destroyed, because libraries may ask until the process ends.
 const Configuration& userConfiguration() {
     static const Immortal<Configuration> configuration([] {
         std::filesystem::path file = Configuration::userFile();
@@ -66,6 +67,7 @@ Configuration::Configuration(const std::filesystem::path& file) : file_(file) {
     int line = 0;
     for (std::string text; std::getline(stream, text);)
         readLine(text, ++line);
+    // A folder can be opened as a file, but not read.
     if (!stream.eof())
         report(file.string() + ": cannot be read; settings keep their defaults");
 }

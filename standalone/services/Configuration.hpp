@@ -9,43 +9,53 @@
 
 namespace audlmd {
 
-/// Numbers that the user sets, by key. In order of precedence:
+/// Numbers that the user sets, by key. The first of these that is there gives the number:
 ///
-/// 1. the environment variable "AUDLMD_" followed by the key, letter for letter, with every character other
-///    than a letter or digit as an underscore: AUDLMD_AudioPlaybackSpeedLimit=4;
-/// 2. the line "key = value" of the configuration file; of several with one key the last. Everything from a #
-///    on is a comment;
-/// 3. the default that the caller gives.
+/// 1. The environment variable that environmentName() returns, unless empty:
+/// AUDLMD_AudioPlaybackSpeedLimit=4.
+///    It is read at every call.
+/// 2. The line "key = value" of the configuration file, the last one if several have the key. The text from a
+///    # to the end of the line is a comment. The file is read once, when the configuration is made.
+/// 3. The default that the caller gives.
 ///
-/// The environment is read at every call, the file once. A value that is not a finite decimal number is
-/// reported once on standard error, with the place that it comes from, and the default stands for it. Thread
-/// safe, as long as no thread changes the environment.
+/// A number is a finite decimal number with a point, in any locale: 2.5, 25e-1. Anything else counts as the
+/// default, and is reported on standard error with the place where it stands: once for each place.
 ///
-/// config_double asks the one for userFile().
+/// Thread safe. The trap: no thread may change the environment meanwhile.
+///
+/// config_double, which the library calls, uses the configuration of userFile().
 class Configuration {
 public:
-    /// A file that is not there holds no settings. One that cannot be read, and a line that is not a setting,
-    /// are reported on standard error.
+    /// Reads the file. A file that is not there holds no settings. Reports on standard error, instead of
+    /// throwing, if the file cannot be read or a line is not a setting.
     explicit Configuration(const std::filesystem::path& file);
 
+    /// The number for a key, in the user's units.
     double number(const std::string& key, double defaultValue) const;
 
     /// The file that AUDLMD_CONFIG names, else audlmd.conf in XDG_CONFIG_HOME, else ~/.config/audlmd.conf.
+    /// Empty if none of these variables nor HOME is set.
     static std::filesystem::path userFile();
+    /// "AUDLMD_" and the key, in which every character but the letters A to Z, a to z and the digits is
+    /// replaced by an underscore.
     static std::string environmentName(std::string_view key);
 
 private:
     struct Setting {
         std::string value;
+        /// Counted from 1.
         int line = 0;
     };
 
     void readLine(std::string_view text, int line);
+    /// `place` is where the value comes from, for the report.
     double parsed(std::string_view value, const std::string& place, double defaultValue) const;
 
     std::filesystem::path file_;
     std::map<std::string, Setting, std::less<>> settings_;
+    /// Guards reported_; the settings never change.
     mutable std::mutex mutex_;
+    /// The places of the values that were reported.
     mutable std::set<std::string> reported_;
 };
 

@@ -4,13 +4,16 @@
 #include "ole/Orv/OrvModeMeta"
 #include "standalone/services/Immortal.hpp"
 
+#include <tuple>
+
 namespace Aud {
 namespace {
 
 template <class Out>
 using Table = typename Render::LoopModesDespatch::Types<Out>::Table;
 
-/// Made at compile time: there before the first static initialiser of any library.
+/// Made at compile time, so that a table is there before the first static initialiser of any library
+/// registers its functions. Never destroyed, because libraries look functions up until the process ends.
 template <class Out>
 constinit audlmd::Immortal<Table<Out>> table;
 
@@ -21,19 +24,18 @@ Table<Out>& LoopModesDespatcherInstance<Out>::get() {
     return table<Out>.object;
 }
 
-template struct LoopModesDespatcherInstance<SampleF32*>;
-template struct LoopModesDespatcherInstance<SampleS16*>;
-template struct LoopModesDespatcherInstance<SampleS24*>;
-template struct LoopModesDespatcherInstance<SampleS8*>;
-template struct LoopModesDespatcherInstance<SampleU8*>;
-template struct LoopModesDespatcherInstance<SampleS24In32*>;
-template struct LoopModesDespatcherInstance<SampleS32*>;
-template struct LoopModesDespatcherInstance<Render::Summing<SampleF32*>>;
-template struct LoopModesDespatcherInstance<Render::Summing<SampleS16*>>;
-template struct LoopModesDespatcherInstance<Render::Summing<SampleS24*>>;
-template struct LoopModesDespatcherInstance<Render::Summing<SampleS8*>>;
-template struct LoopModesDespatcherInstance<Render::Summing<SampleU8*>>;
-template struct LoopModesDespatcherInstance<Render::Summing<SampleS24In32*>>;
-template struct LoopModesDespatcherInstance<Render::Summing<SampleS32*>>;
+namespace {
 
+/// The addresses of the accessors of all output types in a list.
+template <class OutputTypes>
+struct Accessors;
+template <class... Out>
+struct Accessors<std::tuple<Out...>> {
+    static constexpr std::tuple all{&LoopModesDespatcherInstance<Out>::get...};
+};
+
+/// The compiler produces and exports an accessor for every address that is kept here.
+[[gnu::used]] constexpr auto accessors = Accessors<Render::OutputTypes>::all;
+
+} // namespace
 } // namespace Aud

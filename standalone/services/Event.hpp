@@ -9,13 +9,18 @@
 
 namespace audlmd {
 
-/// An event that really blocks: threads that wait sleep until another thread signals it. Once signalled, it
-/// stays so. Make it as EventPtr(new Event); the last holder destroys it.
+/// Something that happens once, such as the end of a loading. Threads that wait for it sleep until another
+/// thread signals it. An event that was signalled stays signalled: a wait that begins later returns at once.
+///
+/// Make an event as EventPtr(new Event): its last holder destroys it. Thread safe.
 class Event final : public iThreadEvent {
 public:
+    /// Returns whether the event is signalled. The time limit is in milliseconds; noTimeLimit waits for as
+    /// long as it takes.
     bool wait(std::uint32_t timeOutMilliseconds) override;
 
-    /// Wakes all who wait. Whoever signals must hold the event until this returns.
+    /// Wakes all threads that wait. The trap: the caller must hold the event until this returns, because a
+    /// thread that wakes may let go of the event at once.
     void signal();
 
 private:

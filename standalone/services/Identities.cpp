@@ -12,9 +12,10 @@ Cookie ce_handle::get_strip_cookie() const {
 namespace audlmd {
 namespace {
 
+/// 32 digits and 4 hyphens.
 constexpr std::size_t textLength = 36;
 
-/// Of the two digits of a byte; hyphens stand before bytes 4, 6, 8 and 10.
+/// Where the two digits of a byte stand in the text. Hyphens stand before bytes 4, 6, 8 and 10.
 constexpr std::size_t textPosition(std::size_t byte) {
     return 2 * byte + (byte >= 4) + (byte >= 6) + (byte >= 8) + (byte >= 10);
 }
@@ -23,7 +24,7 @@ constexpr bool isHyphenPosition(std::size_t position) {
     return position == 8 || position == 13 || position == 18 || position == 23;
 }
 
-/// -1 if it is none.
+/// -1 if the character is not a hexadecimal digit.
 constexpr int digitValue(char digit) {
     if (digit >= '0' && digit <= '9')
         return digit - '0';
@@ -44,6 +45,7 @@ Orv::UUID makeUuid() {
         for (std::size_t i = 0; i < 4; ++i)
             uuid.bytes[byte + i] = static_cast<std::uint8_t>(random >> (8 * i));
     }
+    // The version, 4, and the variant of RFC 4122, sections 4.1.3 and 4.1.1.
     uuid.bytes[6] = static_cast<std::uint8_t>(0x40 | (uuid.bytes[6] & 0x0F));
     uuid.bytes[8] = static_cast<std::uint8_t>(0x80 | (uuid.bytes[8] & 0x3F));
     return uuid;

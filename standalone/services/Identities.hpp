@@ -7,16 +7,18 @@
 
 namespace audlmd {
 
-/// A new identity: random, version 4 of RFC 4122.
+/// A new identity for a piece of material: random, version 4 of RFC 4122. Throws std::runtime_error if the
+/// system gives no random numbers.
 Orv::UUID makeUuid();
 
-/// Reads the 36 characters of RFC 4122, in letters of either case. Throws std::invalid_argument.
+/// Reads an identity in the form of RFC 4122: 36 characters, with letters of either case and nothing around
+/// them. Throws std::invalid_argument, with the text and the form that is expected.
 Orv::UUID parseUuid(std::string_view text);
 
-/// In lower-case letters: "f81d4fae-7dec-11d0-a765-00a0c91e6bf6".
+/// Writes the form that parseUuid reads, in lower-case letters: "f81d4fae-7dec-11d0-a765-00a0c91e6bf6".
 std::string toString(const Orv::UUID& uuid);
 
-/// For messages: the identity of the material, then the channel and the kind.
+/// Describes a strip in messages: the identity of the material, then the channel and the kind.
 std::string toString(const Cookie& cookie);
 
 } // namespace audlmd

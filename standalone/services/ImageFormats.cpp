@@ -11,9 +11,12 @@ namespace {
 
 struct Announcements {
     std::mutex mutex;
+    /// Holds no number with a count of 0.
     std::map<std::uint32_t, std::size_t> countByNumber;
 };
 
+/// Made at the first announcement, which is a static initialiser of some library. Never destroyed, because
+/// libraries withdraw their announcements while the process ends.
 Announcements& announcements() {
     static Immortal<Announcements> instance;
     return instance.object;

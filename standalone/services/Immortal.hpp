@@ -4,14 +4,16 @@
 
 namespace audlmd {
 
-/// Holds an object that is never destroyed: other libraries still use it while the process is taken down.
+/// Holds an object that is never destroyed. Use it for static objects of this host that other libraries need
+/// while the process ends, when destructors run in an order that nobody controls. A union does not call its
+/// member's destructor. The trap: what the object owns, such as open files, is left to the system.
 template <class T>
 union Immortal {
     template <class... Arguments>
     constexpr explicit Immortal(Arguments&&... arguments) : object(std::forward<Arguments>(arguments)...) {}
     Immortal(const Immortal&) = delete;
     Immortal& operator=(const Immortal&) = delete;
-    // A defaulted one would be deleted. NOLINTNEXTLINE(modernize-use-equals-default)
+    // Defaulted, the destructor would be deleted. NOLINTNEXTLINE(modernize-use-equals-default)
     constexpr ~Immortal() {}
 
     T object;

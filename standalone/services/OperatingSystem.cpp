@@ -19,20 +19,24 @@
 
 namespace {
 
+/// Counts with atomic operations on the object's own count.
 class ReferenceCounts final : public iReferenceCounts {
 public:
     void increment(std::int32_t& count) noexcept override {
         std::atomic_ref(count).fetch_add(1, std::memory_order_relaxed);
     }
-    /// Whoever finds 0 left sees all that the other holders did to the object.
+    /// The holder that finds 0 left destroys the object. Acquire and release order let that holder see all
+    /// that the others did to the object.
     std::int32_t decrement(std::int32_t& count) noexcept override {
         return std::atomic_ref(count).fetch_sub(1, std::memory_order_acq_rel) - 1;
     }
 };
 
+/// The C library's heap, which is the same for all libraries of a process.
 class Heap final : public iHeap {
 public:
     void* allocate(std::size_t bytes) override {
+        // malloc may return null for 0 bytes, which would look like a failure.
         void* const storage = std::malloc(bytes == 0 ? 1 : bytes);
         if (storage == nullptr)
             throw std::bad_alloc();
@@ -41,7 +45,8 @@ public:
     void release(void* storage) noexcept override { std::free(storage); }
 };
 
-/// The function that an address lies in, its offset there, and its library.
+/// Names the function that an address lies in, the offset there and the library: "f(int) + 0x1a in libx.so".
+/// Where the function has no name, the offset counts from the start of the library.
 std::string describeCall(const void* address) {
     std::ostringstream text;
     Dl_info place{};
@@ -65,11 +70,11 @@ std::string describeCall(const void* address) {
     return text.str();
 }
 
-/// Notes the thread, then the calls that led to the exception, innermost first.
+/// Notes the thread that an exception is made on, then the calls that led there, the innermost first.
 class ExceptionRecorder final : public iExceptionRecorder {
 public:
     void record(ExceptionNotes& notes) override {
-        // An exception that is on its way must not be replaced by one about the notes on it.
+        // A failure to take notes must not replace the exception that the notes are about.
         try {
             std::array<char, 16> threadName{};
             pthread_getname_np(pthread_self(), threadName.data(), threadName.size());
@@ -77,6 +82,7 @@ public:
             thread << "thread " << gettid() << " (" << threadName.data() << ")";
             notes.emplace_back(thread.str());
 
+            // The call of this function itself.
             constexpr int ownCalls = 1;
             std::array<void*, 24> calls{};
             const int depth = backtrace(calls.data(), static_cast<int>(std::size(calls)));
@@ -87,6 +93,7 @@ public:
     }
 };
 
+/// Hands out the three services.
 class OperatingSystem final : public iOperatingSystem {
 public:
     iReferenceCounts& referenceCounts() noexcept override { return referenceCounts_; }
@@ -99,8 +106,8 @@ private:
     ExceptionRecorder exceptionRecorder_;
 };
 
-/// Made at compile time and without a destructor: there for the first static initialiser and for the last
-/// clean-up of the process.
+/// Made at compile time, and without a destructor: usable from the first static initialiser to the last
+/// destructor of the process.
 constinit OperatingSystem operatingSystem;
 
 } // namespace

@@ -19,6 +19,7 @@ std::string whyNoSuchMode(unsigned long code) {
                std::to_string(static_cast<unsigned int>(value)) + ", at most " +
                std::to_string(static_cast<unsigned int>(largest)) + " is possible";
     };
+    // A code below the limit is invalid only if one of these three fields is.
     const ModeFields fields = decodeModeCode(code);
     if (fields.envelopeStage >= envelopeStages.size())
         return tooLarge("envelopeStage", "1 to 4", fields.envelopeStage, envelopeStages.size() - 1);

@@ -9,32 +9,34 @@
 
 namespace audlmd {
 
-/// A mode code that has no render function.
+/// A mode code that has no render function. The text is whyNoSuchMode(code).
 class NoSuchMode : public std::out_of_range {
 public:
     explicit NoSuchMode(unsigned long code);
 
+    /// The code that was asked for.
     unsigned long code() const noexcept { return code_; }
 
 private:
     unsigned long code_;
 };
 
-/// Why a code has no render function, in one line: which of its fields is out of range, or, for a valid code,
-/// that no library has registered it.
+/// Says in one line, for users, why a code has no render function: which of its fields is out of range, or,
+/// for a valid code, that no library has registered it.
 std::string whyNoSuchMode(unsigned long code);
 
+/// A function that renders one mode into one output type (one of Aud::Render::OutputTypes).
 template <class Out>
 using RenderFunction = typename Aud::Render::LoopModesDespatch::Types<Out>::ProcessSamples;
 
-/// The render function that is registered for a mode and an output type (one of Aud::Render::OutputTypes).
-/// Null if there is none, whatever the code. No library may be registering at the same time.
+/// The render function that a library has registered for a mode code. Null if there is none; any number may
+/// be asked for. The trap: no library may be loaded at the same time, because tables have no lock.
 template <class Out>
 RenderFunction<Out> findRenderFunction(unsigned long code) noexcept {
     return Aud::LoopModesDespatcherInstance<Out>::get().find(code);
 }
 
-/// The same. Throws NoSuchMode if there is none.
+/// The same as findRenderFunction, but throws NoSuchMode if there is none.
 template <class Out>
 RenderFunction<Out> renderFunction(unsigned long code) {
     const RenderFunction<Out> found = findRenderFunction<Out>(code);

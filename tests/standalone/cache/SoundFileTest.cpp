@@ -4,6 +4,7 @@
 
 #include <sndfile.hh>
 
+#include <array>
 #include <filesystem>
 #include <fstream>
 #include <thread>
@@ -61,7 +62,55 @@ TEST_F(SoundFiles, DecodeOnceForAllChannelsInEitherDirection) {
         });
     }
     threads.clear();
-    EXPECT_EQ(file->decodedStretches(), static_cast<unsigned int>((frames + 2047) / 2048));
+    EXPECT_EQ(file->decodedExcerpts(), static_cast<unsigned int>((frames + 2047) / 2048));
+}
+
+TEST_F(SoundFiles, KeepTheLast8MebibytesThatWereDecoded) {
+    SoundFile file(write("a.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT));
+    // 41 such excerpts of two channels take less than 8 MiB, 42 take more.
+    std::vector<float> samples(25000);
+    for (std::int64_t i = 0; i < 60; ++i)
+        file.read(0, 100 * i, samples);
+    for (std::int64_t i = 19; i < 60; ++i) {
+        file.read(1, 100 * i, samples);
+        ASSERT_EQ(samples.front(), sampleAt(100 * i, 1)) << i;
+    }
+    EXPECT_EQ(file.decodedExcerpts(), 60U);
+    file.read(1, 1800, samples);
+    EXPECT_EQ(file.decodedExcerpts(), 61U);
+}
+
+TEST_F(SoundFiles, ReuseAnExcerptOnlyWhereItHoldsAllFrames) {
+    // The first frame, how many, and how often the file is then decoded beside the frames 1000 to 1099.
+    const std::array<std::array<unsigned int, 3>, 6> rows{
+        {{1000, 100, 0}, {1001, 99, 0}, {1000, 99, 0}, {999, 100, 1}, {1001, 100, 1}, {1000, 101, 1}}};
+    const auto path = write("a.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT);
+    for (const auto& [position, count, decoded] : rows) {
+        SoundFile file(path);
+        std::vector<float> samples(100);
+        file.read(0, 1000, samples);
+        samples.resize(count);
+        file.read(1, position, samples);
+        EXPECT_EQ(file.decodedExcerpts(), 1 + decoded) << position << ", " << count;
+        EXPECT_EQ(samples.front(), sampleAt(position, 1)) << position << ", " << count;
+        EXPECT_EQ(samples.back(), sampleAt(position + count - 1, 1)) << position << ", " << count;
+    }
+}
+
+TEST_F(SoundFiles, ThatVanishAfterAFailureStillGiveWhatWasDecoded) {
+    const auto path = write("a.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_24);
+    std::filesystem::resize_file(path, std::filesystem::file_size(path) / 2);
+    SoundFile file(path);
+    std::vector<float> samples(1000);
+    file.read(0, 0, samples);
+    EXPECT_THROW(file.read(0, frames - 1000, samples), SoundFileError);
+    std::filesystem::rename(write("mono.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_24, 1), path);
+    EXPECT_THAT([&] { file.read(0, 1, samples); },
+                ThrowsMessage<SoundFileError>(HasSubstr("another file has taken its place")));
+    std::filesystem::remove(path);
+    EXPECT_THROW(file.read(0, 1, samples), SoundFileError);
+    file.read(1, 0, samples);
+    EXPECT_NEAR(samples.back(), sampleAt(999, 1), 1e-6);
 }
 
 TEST_F(SoundFiles, ThatCannotBeOpenedAreNamedWithTheReason) {

@@ -39,7 +39,7 @@ public:
         lock.unlock();
         const std::lock_guard passing(gate);
         if (position == failingPosition)
-            throw std::runtime_error("the tape is torn");
+            throw std::runtime_error(failure);
         samples_.read(position, samples);
     }
 
@@ -52,6 +52,7 @@ public:
 
     bool isExclusive = false;
     std::int64_t failingPosition = -1;
+    std::string failure;
     /// Reads are held up for as long as a test locks it.
     std::mutex gate;
 

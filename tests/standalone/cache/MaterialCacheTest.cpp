@@ -5,7 +5,7 @@ namespace {
 
 using testing::ElementsAre;
 
-TEST(Cache, LoadsAheadOfTheReaderInItsDirection) {
+TEST(MaterialCache, LoadsAheadOfTheReaderInItsDirection) {
     const auto readsOf = [](std::size_t count, std::int64_t position, const ReaderOptions& options = {}) {
         MaterialCache cache({.segmentLength = 10, .loaderThreads = 1, .segmentsAhead = 2});
         const auto source = addRamp(cache, 1000);
@@ -19,7 +19,27 @@ TEST(Cache, LoadsAheadOfTheReaderInItsDirection) {
     EXPECT_THAT(readsOf(2, 1200, {.reverse = true}), ElementsAre(990, 980));
 }
 
-TEST(Cache, ServesWhoWaitsFirstAndOthersWhileAResourceIsBusy) {
+TEST(MaterialCache, RequestsAheadForHalfItsBudgetAtMost) {
+    const auto loads = [](std::uint32_t segmentsAhead, const ReaderOptions& options) {
+        MaterialCache cache({.segmentLength = 10,
+                             .memoryBudget = 8 * 10 * sizeof(float),
+                             .loaderThreads = 1,
+                             .segmentsAhead = segmentsAhead});
+        addRamp(cache, 1000);
+        read(cache, 500, 0, options);
+        // Requested ahead too, hence loaded after all that the reader has requested.
+        const auto last = addRamp(cache, 10, 1);
+        read(cache, -1, 0, {.channel = 1});
+        last->awaitReads(1);
+        return cache.usage().segmentsLoaded - 1;
+    };
+    EXPECT_EQ(loads(3, {}), 1U + 3);
+    EXPECT_EQ(loads(40, {}), 1U + 4);
+    EXPECT_EQ(loads(1, {.extra = 40}), 1U + 4);
+    EXPECT_EQ(loads(1, {.gearing = -40.0}), 1U + 4);
+}
+
+TEST(MaterialCache, ServesWhoWaitsFirstAndOthersWhileAResourceIsBusy) {
     MaterialCache cache({.segmentLength = 10, .loaderThreads = 2, .segmentsAhead = 3});
     const auto busy = addRamp(cache, 1000);
     busy->isExclusive = true;
@@ -33,7 +53,7 @@ TEST(Cache, ServesWhoWaitsFirstAndOthersWhileAResourceIsBusy) {
     EXPECT_THAT(busy->awaitReads(9), ElementsAre(0, 500, 30, 10, 20, 510, 520, 530, 40));
 }
 
-TEST(Cache, FillsItsBudgetAndLoadsEachSegmentOnce) {
+TEST(MaterialCache, FillsItsBudgetAndLoadsEachSegmentOnce) {
     // Where it holds no segment at all, the one that is read is kept beyond it.
     for (const std::size_t segments : {8U, 0U}) {
         MaterialCache cache({.segmentLength = 100, .memoryBudget = segments * 100 * sizeof(float)});
@@ -46,7 +66,7 @@ TEST(Cache, FillsItsBudgetAndLoadsEachSegmentOnce) {
     }
 }
 
-TEST(Cache, DropsTheLeastRecentlyUsedSegment) {
+TEST(MaterialCache, DropsTheLeastRecentlyUsedSegment) {
     MaterialCache cache({.segmentLength = 10, .memoryBudget = 3 * 10 * sizeof(float), .segmentsAhead = 0});
     addRamp(cache, 100);
     std::vector<std::uint64_t> loads;
@@ -58,7 +78,7 @@ TEST(Cache, DropsTheLeastRecentlyUsedSegment) {
     EXPECT_THAT(loads, ElementsAre(1, 2, 3, 3, 4, 4, 4, 5));
 }
 
-TEST(Cache, NeverDropsWhatAReaderHolds) {
+TEST(MaterialCache, NeverDropsWhatAReaderHolds) {
     MaterialCache cache({.segmentLength = 10, .memoryBudget = 6 * 10 * sizeof(float), .segmentsAhead = 1});
     addRamp(cache, 2000);
     auto holder = forwardReader(cache, 0, {.wait = false, .extra = 2});
@@ -68,7 +88,7 @@ TEST(Cache, NeverDropsWhatAReaderHolds) {
     EXPECT_EQ(cache.statistics(cookieOf(0)).underrunSamples, 0U);
 }
 
-TEST(Cache, RefusesWhatItCannotHold) {
+TEST(MaterialCache, RefusesWhatItCannotHold) {
     EXPECT_THROW(MaterialCache({.segmentLength = 0}), std::invalid_argument);
     EXPECT_THROW(MaterialCache({.loaderThreads = 0}), std::invalid_argument);
     MaterialCache cache;

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <sndfile.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <span>
+#include <string>
+
+namespace audlmd {
+
+/// Reads frames of one sound file with libsndfile, from any position. Not thread safe: a SoundFile locks it.
+class FrameDecoder {
+public:
+    /// Opens the file and checks it. Throws SoundFileError, as SoundFile's constructor says.
+    explicit FrameDecoder(const std::filesystem::path& path);
+
+    const std::filesystem::path& path() const { return path_; }
+    /// What the file's header says. Never changes.
+    const SF_INFO& info() const { return info_; }
+
+    /// Fills `interleaved` with whole frames from frame `position` on. Throws SoundFileError. After a failure
+    /// libsndfile may not find its way again, so the next call opens the file anew.
+    void decode(std::int64_t position, std::span<float> interleaved);
+
+private:
+    struct Closer {
+        void operator()(SNDFILE* file) const { sf_close(file); }
+    };
+    using File = std::unique_ptr<SNDFILE, Closer>;
+
+    /// Throws SoundFileError.
+    File open(SF_INFO& info) const;
+    void reopen();
+    /// Makes frame `position` the next one. Throws SoundFileError.
+    void goTo(std::int64_t position);
+    /// Throws SoundFileError if the file ends too early.
+    void decodeNext(std::span<float> interleaved);
+
+    std::filesystem::path path_;
+    SF_INFO info_{};
+    /// Null after a failure.
+    File file_;
+    /// The frame that would be decoded next without seeking.
+    std::int64_t next_ = 0;
+};
+
+} // namespace audlmd

@@ -1,0 +1,89 @@
+#include "standalone/cache/SegmentLists.hpp"
+
+#include "standalone/cache/Material.hpp"
+
+#include <algorithm>
+
+namespace audlmd {
+
+SegmentLists::SegmentLists(std::size_t memoryBudget, unsigned int loaderThreads)
+    : memoryBudget_(memoryBudget) {
+    busyResources_.reserve(loaderThreads);
+}
+
+void SegmentLists::add(CachedSegment::Stage stage, List& node) noexcept {
+    CachedSegment& segment = *node.front();
+    segment.stage = stage;
+    segment.place = node.begin();
+    lists_[stage].splice(lists_[stage].end(), node);
+}
+
+void SegmentLists::want(CachedSegment::Stage stage, CachedSegment& segment) noexcept {
+    const bool becomesUrgent = segment.stage == CachedSegment::eAhead && stage == CachedSegment::eUrgent;
+    if (becomesUrgent)
+        moveTo(CachedSegment::eUrgent, segment);
+    else if (segment.stage == CachedSegment::eReady)
+        // To the end of the list: now the most recently used.
+        moveTo(CachedSegment::eReady, segment);
+}
+
+CachedSegment* SegmentLists::nextRequest() const {
+    for (const auto stage : {CachedSegment::eUrgent, CachedSegment::eAhead})
+        for (CachedSegment* const segment : lists_[stage]) {
+            const void* const resource = segment->material->source->exclusiveResource();
+            if (resource == nullptr || std::ranges::find(busyResources_, resource) == busyResources_.end())
+                return segment;
+        }
+    return nullptr;
+}
+
+bool SegmentLists::startLoading(CachedSegment& segment, List& taken) {
+    if (!makeRoom(segment.bytes(), taken) && segment.stage == CachedSegment::eAhead) {
+        take(segment, taken);
+        return false;
+    }
+    moveTo(CachedSegment::eLoading, segment);
+    usage_.residentBytes += segment.bytes();
+    usage_.peakBytes = std::max(usage_.peakBytes, usage_.residentBytes);
+    ++usage_.segmentsLoaded;
+    busyResources_.push_back(segment.material->source->exclusiveResource());
+    return true;
+}
+
+void SegmentLists::finishLoading(CachedSegment& segment, CachedSegment::Stage result) noexcept {
+    busyResources_.erase(std::ranges::find(busyResources_, segment.material->source->exclusiveResource()));
+    if (result == CachedSegment::eFailed)
+        usage_.residentBytes -= segment.bytes();
+    moveTo(result, segment);
+}
+
+void SegmentLists::take(CachedSegment& segment, List& taken) noexcept {
+    if (segment.stage == CachedSegment::eReady)
+        usage_.residentBytes -= segment.bytes();
+    else if (segment.stage != CachedSegment::eFailed)
+        // Nobody will load the segment: readers must not wait for it again.
+        segment.status.store(Aud::eSegmentEmpty, std::memory_order_release);
+    segment.material->segments.erase(segment.number);
+    taken.splice(taken.end(), lists_[segment.stage], segment.place);
+}
+
+void SegmentLists::moveTo(CachedSegment::Stage stage, CachedSegment& segment) noexcept {
+    lists_[stage].splice(lists_[stage].end(), lists_[segment.stage], segment.place);
+    segment.stage = stage;
+}
+
+bool SegmentLists::makeRoom(std::size_t bytes, List& taken) noexcept {
+    List& ready = lists_[CachedSegment::eReady];
+    const auto fits = [&] {
+        return usage_.residentBytes <= memoryBudget_ && bytes <= memoryBudget_ - usage_.residentBytes;
+    };
+    for (auto next = ready.begin(); next != ready.end() && !fits();) {
+        CachedSegment& segment = **next++;
+        // Under the lock a segment that only the cache holds cannot get another holder.
+        if (segment.holders.load(std::memory_order_acquire) == 1)
+            take(segment, taken);
+    }
+    return fits();
+}
+
+} // namespace audlmd
