@@ -1,8 +1,6 @@
 #include "loop_modes/Version.hpp"
 #include "ole/Orv/Exception.hpp"
-#include "tools/audlmd/ModesCommand.hpp"
-#include "tools/audlmd/RenderCommand.hpp"
-#include "tools/audlmd/plot/PlotCommand.hpp"
+#include "tools/audlmd/Subcommands.hpp"
 
 #include <CLI/CLI.hpp>
 
@@ -35,7 +33,7 @@ int run(int argc, char** argv) {
     app.failure_message(CLI::FailureMessage::simple);
     audlmd::command::addRenderCommand(app);
     audlmd::command::addModesCommand(app);
-    audlmd::plot::addPlotCommand(app);
+    audlmd::command::addPlotCommand(app);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

@@ -1,5 +1,6 @@
 #include "ole/Orv/Exception.hpp"
-#include "tools/audlmd/plot/Spectrogram.hpp"
+#include "tools/plot/Figure.hpp"
+#include "tools/plot/Spectrogram.hpp"
 #include "tools/sound/Page.hpp"
 
 #include <CLI/CLI.hpp>

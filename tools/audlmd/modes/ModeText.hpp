@@ -1,0 +1,32 @@
+#pragma once
+
+#include "loop_modes/ModeCode.hpp"
+#include "standalone/signal/StripPlayer.hpp"
+#include "tools/audlmd/files/OutputFormat.hpp"
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace audlmd::command {
+
+// Mode codes in words. `code` is a valid code everywhere.
+
+/// The layers of the code's chain, outermost first, down to the source. No layer names its namespace
+/// Aud::Render.
+std::vector<std::string> chainLayers(unsigned long code);
+
+/// The same as one nested type.
+std::string chainType(unsigned long code);
+
+/// The six fields of a code, one line each: bits, value and meaning.
+std::string describeFields(const Aud::Render::ModeFields& fields);
+
+/// The code's place in the order of registration, from 0.
+std::size_t registrationPlace(unsigned long code);
+
+/// What a player is about to do, in lines: the mode code with its fields and chain, the output type, the
+/// numbers in the record of the next render call, and the length of the output.
+std::string explain(const StripPlayer& player, FormatId format, bool summing);
+
+} // namespace audlmd::command
