@@ -12,8 +12,10 @@
 #include <string>
 #include <vector>
 
-namespace audlmd::sound {
+namespace audlmd::test {
 namespace {
+
+using namespace sound;
 
 /// How much worse than on the page a figure may be, in dB. The page's are rounded to a tenth.
 constexpr double margin = 0.25;
@@ -72,7 +74,9 @@ INSTANTIATE_TEST_SUITE_P(Sound, SoundOfConversion, testing::ValuesIn(measuredCon
                          });
 
 TEST(SineFit, FindsFrequencyLevelAndNoiseOfAKnownSine) {
-    std::mt19937 random(1);
+    constexpr unsigned int seed = 1;
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
     std::normal_distribution<double> noise(0.0, 1e-3);
     constexpr double frequency = 0.0712345;
     std::vector<float> signal(50000);
@@ -86,9 +90,9 @@ TEST(SineFit, FindsFrequencyLevelAndNoiseOfAKnownSine) {
     EXPECT_NEAR(fit.amplitude, 0.5, 1e-4);
     EXPECT_NEAR(fit.residual, 1e-3, 2e-5);
 
-    // A sine that is not where it should be counts as noise.
+    // A sine of another frequency counts as noise.
     EXPECT_GT(fitSineOfKnownFrequency(signal, frequency * 1.01).residual, 0.3);
 }
 
 } // namespace
-} // namespace audlmd::sound
+} // namespace audlmd::test
