@@ -4,7 +4,6 @@
 
 #include <cmath>
 #include <cstdint>
-#include <tuple>
 
 namespace audlmd::test {
 namespace {
@@ -15,6 +14,8 @@ using namespace plot;
 std::uint32_t colourAt(const Chart& chart, double x, double y) {
     cairo_surface_t* const image = cairo_image_surface_create(CAIRO_FORMAT_RGB24, 500, 400);
     cairo_t* const context = cairo_create(image);
+    Pen(context).colour(Palette::paper);
+    cairo_paint(context);
     paintChart(Pen(context), chart, {0.0, 0.0, 500.0, 400.0});
     // Less the margins.
     const Rectangle values{66.0, 8.0, chart.heatMap ? 332.0 : 416.0, 344.0};
@@ -33,14 +34,10 @@ TEST(Chart, LeadsALineThroughItsPointsAndOutOfTheAxis) {
     chart.series[0].width = 8.0;
     for (int n = 0; n <= 1000; ++n)
         chart.series[0].points.push_back({n / 1000.0, n < 500 ? 0.2 : n < 800 ? 0.7 : -INFINITY});
-    using Place = std::tuple<double, double, bool>;
-    for (const auto& [x, y, line] : {Place{0.25, 0.2, true},
-                                     {0.25, 0.7, false},
-                                     {0.65, 0.7, true},
-                                     {0.5, 0.45, true},
-                                     {0.8, 0.1, true},
-                                     {0.9, 0.2, false}})
-        EXPECT_EQ(colourAt(chart, x, y) == 0x0072B2, line) << x << ", " << y;
+    for (const Point& on : {Point{0.25, 0.2}, {0.5, 0.45}, {0.65, 0.7}, {0.8, 0.1}})
+        EXPECT_EQ(colourAt(chart, on.x, on.y), 0x0072B2U) << on.x << ", " << on.y;
+    for (const Point& beside : {Point{0.25, 0.65}, {0.9, 0.004}})
+        EXPECT_EQ(colourAt(chart, beside.x, beside.y), 0xFFFFFFU) << beside.x << ", " << beside.y;
 }
 
 TEST(Chart, PutsTheFirstRowOfAHeatMapAtTheFoot) {
