@@ -43,6 +43,15 @@ std::string minutes(double seconds, double step) {
     return text;
 }
 
+/// The smallest of 1, 2 and 5 times a power of ten that is at least `step`; `step` is above 0.
+double roundStep(double step) {
+    const double decade = std::pow(10.0, std::floor(std::log10(step)));
+    for (const double factor : {1.0, 2.0, 5.0})
+        if (step <= factor * decade * (1.0 + 1e-9))
+            return factor * decade;
+    return 10.0 * decade;
+}
+
 /// The first candidate that is at least `step`. Beyond the last candidate: a round multiple of the last one.
 double firstStepOf(std::initializer_list<double> candidates, double step) {
     for (const double candidate : candidates)
@@ -74,14 +83,6 @@ std::vector<Tick> logarithmicTicks(double from, double to) {
 }
 
 } // namespace
-
-double roundStep(double step) {
-    const double decade = std::pow(10.0, std::floor(std::log10(step)));
-    for (const double factor : {1.0, 2.0, 5.0})
-        if (step <= factor * decade * (1.0 + 1e-9))
-            return factor * decade;
-    return 10.0 * decade;
-}
 
 double Axis::position(double value) const {
     if (scale == Scale::logarithmic)

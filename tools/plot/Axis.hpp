@@ -38,7 +38,4 @@ struct Axis {
 /// An axis from 0 s to `seconds`.
 Axis timeAxis(double seconds);
 
-/// The smallest of 1, 2 and 5 times a power of ten that is at least `step`; `step` is above 0.
-double roundStep(double step);
-
 } // namespace audlmd::plot

@@ -74,9 +74,7 @@ INSTANTIATE_TEST_SUITE_P(Sound, SoundOfConversion, testing::ValuesIn(measuredCon
                          });
 
 TEST(SineFit, FindsFrequencyLevelAndNoiseOfAKnownSine) {
-    constexpr unsigned int seed = 1;
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    std::mt19937 random(seed);
+    std::mt19937 random(1);
     std::normal_distribution<double> noise(0.0, 1e-3);
     constexpr double frequency = 0.0712345;
     std::vector<float> signal(50000);

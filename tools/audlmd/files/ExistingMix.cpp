@@ -5,18 +5,11 @@
 #include "tools/audlmd/files/SampleLayouts.hpp"
 
 namespace audlmd::command {
-namespace {
-
-bool isHeaderless(const std::filesystem::path& path) {
-    return path.extension() == ".raw" || path.extension() == ".pcm";
-}
-
-} // namespace
 
 ExistingMix::ExistingMix(const std::filesystem::path& path, std::optional<FormatId> wanted,
                          OutputLayout layout)
     : path_(path), layout_(layout) {
-    if (isHeaderless(path))
+    if (findFileKind(path) == &rawFileKind())
         openHeaderless(wanted);
     else
         openWithHeader(wanted);
@@ -37,14 +30,15 @@ void ExistingMix::openHeaderless(std::optional<FormatId> wanted) {
     SF_INFO info{};
     info.channels = layout_.channels;
     info.samplerate = layout_.sampleRate;
-    info.format = rawContainer().type | *subtypeIn(rawContainer(), layout_.format);
+    info.format = rawFileKind().type | *subtypeIn(rawFileKind(), layout_.format);
     file_.reset(sf_open(path_.c_str(), SFM_READ, &info));
     if (file_ == nullptr)
         fail(sf_strerror(nullptr));
 }
 
 void ExistingMix::openWithHeader(std::optional<FormatId> wanted) {
-    static_cast<void>(SoundFile(path_)); // whose errors say more than libsndfile's
+    // Opened here only to throw: the messages of SoundFile say more than libsndfile's.
+    static_cast<void>(SoundFile(path_));
     SF_INFO info{};
     file_.reset(sf_open(path_.c_str(), SFM_READ, &info));
     if (file_ == nullptr)

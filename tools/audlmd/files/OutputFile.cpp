@@ -15,10 +15,10 @@
 namespace audlmd::command {
 namespace {
 
-/// Beyond this a wav is written as RF64, because its own lengths have 32 bits.
+/// A WAV with more bytes of samples is written as RF64: the lengths in a WAV header have 32 bits.
 constexpr std::uint64_t largestWavData = 0xFFFF0000;
 
-/// The number of the descriptor that a path names, if it names one.
+/// The number of the descriptor that a path names, or nothing for a path that names none.
 std::optional<int> inheritedDescriptor(const std::filesystem::path& path) {
     const std::string text = path.lexically_normal().string();
     if (text == "-" || text == "/dev/stdout")
@@ -43,16 +43,16 @@ OutputTarget::OutputTarget(const std::filesystem::path& given)
     if (std::filesystem::is_directory(status))
         throw CommandError("cannot write '" + path.string() + "': it is a folder");
     isStream = inherited || (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status));
-    container = findContainer(path);
-    if (container == nullptr)
-        container = isStream ? &rawContainer() : &containerOf(path);
+    kind = findFileKind(path);
+    if (kind == nullptr)
+        kind = isStream ? &rawFileKind() : &fileKindOf(path);
     if (!isStream && std::filesystem::is_symlink(std::filesystem::symlink_status(path, unknown)))
         path = std::filesystem::weakly_canonical(path);
 }
 
 OutputFile::OutputFile(const OutputTarget& target, const OutputLayout& layout)
     : target_(target), layout_(layout) {
-    requireHolds(*target_.container, layout_.format, layout_.dataBytes(), target_.path);
+    requireHolds(*target_.kind, layout_.format, layout_.dataBytes(), target_.path);
     openDescriptor();
     openSoundFile();
 }
@@ -78,23 +78,22 @@ void OutputFile::openSoundFile() {
     SF_INFO info{};
     info.channels = layout_.channels;
     info.samplerate = layout_.sampleRate;
-    int type = target_.container->type;
+    int type = target_.kind->type;
     if (type == SF_FORMAT_WAV && layout_.dataBytes() > largestWavData)
         type = SF_FORMAT_RF64;
-    info.format = type | *subtypeIn(*target_.container, layout_.format);
+    info.format = type | *subtypeIn(*target_.kind, layout_.format);
     file_.reset(sf_open_fd(descriptor_, SFM_WRITE, &info, SF_FALSE));
     if (file_ == nullptr)
-        fail("as a " + std::string(target_.container->name) + " file of " + std::to_string(info.channels) +
+        fail("as a " + std::string(target_.kind->name) + " file of " + std::to_string(info.channels) +
              " channel(s) at " + std::to_string(info.samplerate) + " Hz: " + sf_strerror(nullptr));
-    // It holds the time of writing, so that equal renders would differ.
+    // The chunk holds the time of writing: with it, equal renders would differ.
     sf_command(file_.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
 }
 
 void OutputFile::write(const std::byte* interleaved, std::size_t frames) {
     const auto bytes = static_cast<sf_count_t>(frames * layout_.frameBytes());
-    const bool whole = target_.container->littleEndian
-                           ? sf_write_raw(file_.get(), interleaved, bytes) == bytes
-                           : writeConverted(interleaved, frames);
+    const bool whole = target_.kind->littleEndian ? sf_write_raw(file_.get(), interleaved, bytes) == bytes
+                                                  : writeConverted(interleaved, frames);
     if (!whole)
         fail(sf_strerror(file_.get()));
 }
@@ -107,7 +106,7 @@ bool OutputFile::writeConverted(const std::byte* interleaved, std::size_t frames
         return sf_write_float(file_.get(), reinterpret_cast<const float*>(interleaved), items) == items;
     case FormatId::s16:
         return sf_write_short(file_.get(), reinterpret_cast<const short*>(interleaved), items) == items;
-    case FormatId::s24in32: // only in headerless data, which is little-endian
+    case FormatId::s24in32:
     case FormatId::s32:
         return sf_write_int(file_.get(), reinterpret_cast<const int*>(interleaved), items) == items;
     case FormatId::s24:
@@ -121,7 +120,7 @@ bool OutputFile::writeConverted(const std::byte* interleaved, std::size_t frames
 }
 
 void OutputFile::commit() {
-    // Not all errors of closing are told, so the file is read back.
+    // libsndfile does not report all errors of closing, so the file is read back.
     file_.reset();
     if (temporary_) {
         checkWhole();
@@ -132,7 +131,7 @@ void OutputFile::commit() {
 }
 
 void OutputFile::checkWhole() {
-    if (target_.container == &rawContainer()) {
+    if (target_.kind == &rawFileKind()) {
         struct stat written {};
         if (fstat(descriptor_, &written) != 0 ||
             static_cast<std::uint64_t>(written.st_size) != layout_.dataBytes())

@@ -8,6 +8,7 @@
 #include <iterator>
 #include <sstream>
 #include <string_view>
+#include <vector>
 
 namespace audlmd::command {
 namespace {
@@ -21,6 +22,7 @@ using Aud::Render::LevelStage;
 using Aud::Render::MiddleLevelKind;
 using Aud::Render::ModeFields;
 
+// The names of each field's values, in the order of the values.
 constexpr std::array<std::string_view, 2> directions{"backwards", "forwards"};
 constexpr std::array<std::string_view, 3> levels{"no outer level", "automated level", "fixed outer level"};
 constexpr std::array<std::string_view, 2> filters{"no filter", "five-band equaliser"};
@@ -32,9 +34,11 @@ constexpr std::array<std::string_view, 6> envelopes{"no envelope",
                                                     "ramp, then hold",
                                                     "hold, then ramp",
                                                     "ramp, hold, ramp"};
+/// The traits in the chain's type, for each EnvelopeKind.
 constexpr std::array<std::string_view, 6> envelopeTraits{"",         "SimpleRamp<2>", "SimpleRamp<3>",
                                                          "RampHold", "HoldRamp",      "RampHoldRamp"};
 
+/// A field of two bits may hold 3, which has no name.
 template <std::size_t Size>
 std::string_view nameIn(const std::array<std::string_view, Size>& names, auto field) {
     const auto value = static_cast<std::size_t>(field);
@@ -60,8 +64,7 @@ std::string_view levelLayer(const ModeFields& fields) {
                : "DynamicLevelControl::ReverseDynamicLevelApplyingIterator";
 }
 
-} // namespace
-
+/// The layers of a code's chain, outermost first, down to the source.
 std::vector<std::string> chainLayers(unsigned long code) {
     const ModeFields fields = Aud::Render::decodeModeCode(code);
     const Aud::Render::EnvelopeStage stage = Aud::Render::envelopeStages[fields.envelopeStage];
@@ -83,11 +86,13 @@ std::vector<std::string> chainLayers(unsigned long code) {
     return layers;
 }
 
+} // namespace
+
 std::string chainType(unsigned long code) {
     const std::vector<std::string> layers = chainLayers(code);
     std::string type = layers.back();
     for (auto layer = std::next(layers.rbegin()); layer != layers.rend(); ++layer) {
-        // An envelope's shape is a second template argument, after the inner layer.
+        // The text of an envelope holds its shape, which is the template argument after the inner layer.
         const std::size_t comma = layer->find(',');
         const std::string shape = comma == std::string::npos ? "" : layer->substr(comma);
         type.insert(0, layer->substr(0, comma) + '<');

@@ -6,17 +6,12 @@
 
 #include <cstddef>
 #include <string>
-#include <vector>
 
 namespace audlmd::command {
 
 // Mode codes in words. `code` is a valid code everywhere.
 
-/// The layers of the code's chain, outermost first, down to the source. No layer names its namespace
-/// Aud::Render.
-std::vector<std::string> chainLayers(unsigned long code);
-
-/// The same as one nested type.
+/// The code's chain as one nested type, outermost layer first, without the namespaces Aud and Aud::Render.
 std::string chainType(unsigned long code);
 
 /// The six fields of a code, one line each: bits, value and meaning.

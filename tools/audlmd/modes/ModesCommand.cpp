@@ -16,6 +16,7 @@
 namespace audlmd::command {
 namespace {
 
+/// Reads a code in decimal or hexadecimal, valid or not. Throws CommandError.
 unsigned long parseCode(std::string_view text, std::string_view /*option*/) {
     const bool hexadecimal = text.starts_with("0x") || text.starts_with("0X");
     const std::string_view digits = text.substr(hexadecimal ? 2 : 0);
@@ -27,6 +28,7 @@ unsigned long parseCode(std::string_view text, std::string_view /*option*/) {
     return code;
 }
 
+/// In how many of the fourteen despatch tables the code has a render function.
 std::size_t tablesHolding(unsigned long code) {
     std::size_t tables = 0;
     for (const OutputFormat& format : outputFormats)

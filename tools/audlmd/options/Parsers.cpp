@@ -30,12 +30,26 @@ std::vector<std::string_view> split(std::string_view text, char separator) {
     return parts;
 }
 
+/// A number, with a sign or without; "inf" and "nan" are numbers too.
+double parseNumber(std::string_view text, std::string_view option) {
+    std::string_view number = text;
+    if (number.starts_with('+') && !number.starts_with("+-"))
+        number.remove_prefix(1);
+    double value = 0.0;
+    const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), value);
+    if (error != std::errc() || end != number.data() + number.size())
+        fail(option, quoted(text) + " is not a number");
+    return value;
+}
+
+/// In hertz; "1.5k" is 1500.
 double parseFrequency(std::string_view text, std::string_view option) {
     if (!text.ends_with('k'))
         return parseNumber(text, option);
     return 1000.0 * parseNumber(text.substr(0, text.size() - 1), option);
 }
 
+/// How a kind of band is written.
 struct BandName {
     std::string_view name;
     BandKind kind;
@@ -51,17 +65,6 @@ constexpr std::array<BandName, 5> bandNames{{
 }};
 
 } // namespace
-
-double parseNumber(std::string_view text, std::string_view option) {
-    std::string_view number = text;
-    if (number.starts_with('+') && !number.starts_with("+-"))
-        number.remove_prefix(1);
-    double value = 0.0;
-    const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), value);
-    if (error != std::errc() || end != number.data() + number.size())
-        fail(option, quoted(text) + " is not a number");
-    return value;
-}
 
 float parseLevel(std::string_view text, std::string_view option) {
     const double decibels = parseNumber(text, option);

@@ -13,9 +13,6 @@ namespace audlmd::command {
 // Turn the text of an option into its value. All throw CommandError, naming `option`, for a text that they
 // cannot read. Where a value's range depends on the input, whoever knows the input checks the range.
 
-/// A number, with a sign or without; "inf" and "nan" are numbers too.
-double parseNumber(std::string_view text, std::string_view option);
-
 /// Reads decibels, at most +10, or "-inf" for silence. Returns the u-value of the mixer-style curve.
 float parseLevel(std::string_view text, std::string_view option);
 

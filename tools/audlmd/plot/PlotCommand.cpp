@@ -104,8 +104,10 @@ PictureKind pictureKindOf(const std::filesystem::path& path) {
                        "': the extension names the kind of picture to write; use .png or .svg");
 }
 
+/// Makes the figure of one kind of picture.
 using Draw = std::function<Figure(const PlotOptions&, const Watcher&)>;
 
+/// Runs one kind: draws with a progress bar, and puts the picture in place once it is whole.
 void drawToFile(const PlotOptions& options, const Draw& draw) {
     const PictureKind kind = pictureKindOf(options.output);
     std::optional<Progress> bar;
@@ -173,6 +175,7 @@ void addEqualiser(CLI::App& plot, const SharedOptions& options) {
     CLI::App* kind =
         addKind(plot, options, "eq", "The frequency response of equaliser bands",
                 [](const PlotOptions& o, const Watcher&) { return equaliserFigure(o.bands, o.rate); });
+    // Messages name the subcommand, because the bands have no option.
     const auto parseNamedBand = [](std::string_view text, std::string_view /*option*/) {
         return NamedBand{std::string(text), parseBand(text, "eq")};
     };

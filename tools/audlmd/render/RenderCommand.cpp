@@ -18,6 +18,7 @@
 namespace audlmd::command {
 namespace {
 
+/// Throws CommandError if the output would replace the file at `path`. `what` says what that file is for.
 void requireOther(const OutputTarget& target, const std::filesystem::path& path, const char* what) {
     std::error_code different;
     if (!target.isStream && std::filesystem::equivalent(target.path, path, different))
@@ -55,10 +56,10 @@ public:
     }
 
 private:
-    /// Where the report goes: standard output, but standard error where the samples may go to standard
-    /// output.
+    /// Where the report goes: standard output, or standard error if the samples go to a stream.
     FILE* report() const { return target_ && target_->isStream ? stderr : stdout; }
 
+    /// Before the input is read, so that a wrong output is refused at once.
     void openTarget() {
         target_.emplace(options_.output);
         requireOther(*target_, options_.input, "input");
@@ -86,12 +87,13 @@ private:
         }
     }
 
+    /// Settles the format and size of the output. Without --format, the existing mix or the kind of file
+    /// decides.
     void layOut() {
         layout_.channels = input_->channels();
         layout_.sampleRate = input_->sampleRate();
         layout_.frames = static_cast<std::int64_t>(players_.front()->outputLength());
-        layout_.format =
-            options_.format.value_or(target_ ? defaultFormatOf(*target_->container) : FormatId::f32);
+        layout_.format = options_.format.value_or(target_ ? defaultFormatOf(*target_->kind) : FormatId::f32);
         if (options_.mixInto) {
             existing_.emplace(*options_.mixInto, options_.format, layout_);
             layout_.format = existing_->format();

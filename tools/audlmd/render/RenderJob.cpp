@@ -10,13 +10,14 @@
 namespace audlmd::command {
 namespace {
 
-/// One is written while the others are rendered.
+/// One chunk is written while the others are rendered.
 constexpr std::size_t ringLength = 3;
 
-/// What all channels of a chunk take together, unless the block is larger: small enough to stay in the cache
-/// on the way to the file, large enough for threads to meet rarely.
+/// The bytes of all channels of a chunk; a block that is larger makes the chunk larger. So many bytes stay in
+/// the processor's cache until they are written, and the threads wait for each other rarely.
 constexpr std::size_t chunkBytes = 256 * 1024;
 
+/// The output type at an address.
 template <class Format>
 Aud::Render::Summing<Format*> outputAt(std::byte* at, std::type_identity<Aud::Render::Summing<Format*>>) {
     return Aud::Render::Summing<Format*>(reinterpret_cast<Format*>(at));
@@ -27,6 +28,7 @@ Format* outputAt(std::byte* at, std::type_identity<Format*>) {
     return reinterpret_cast<Format*>(at);
 }
 
+/// Renders the next frames of one channel to `at`, in blocks.
 template <class Out>
 void renderChannel(StripPlayer& player, std::byte* at, std::size_t frames, std::size_t block) {
     Out out = outputAt(at, std::type_identity<Out>());
@@ -36,7 +38,7 @@ void renderChannel(StripPlayer& player, std::byte* at, std::size_t frames, std::
     }
 }
 
-/// The chunk is a whole number of blocks, unless the whole output is shorter.
+/// Frames in a chunk: whole blocks, or the whole output if that is shorter.
 std::size_t chooseChunk(const OutputLayout& layout, std::size_t block) {
     const std::size_t blocks = std::max<std::size_t>(1, chunkBytes / layout.frameBytes() / block);
     return static_cast<std::size_t>(
