@@ -1,4 +1,4 @@
-// `audlmd plot`: what the pictures show, that each kind is drawn, and what is refused.
+// `audlmd plot`: the content of a spectrogram, the files of all kinds of pictures, and refusals.
 
 #include "tests/tools/audlmd/CommandFixture.hpp"
 #include "tools/audlmd/plot/Figures.hpp"

@@ -17,7 +17,7 @@ std::uint32_t colourAt(const Chart& chart, double x, double y) {
     Pen(context).colour(Palette::paper);
     cairo_paint(context);
     paintChart(Pen(context), chart, {0.0, 0.0, 500.0, 400.0});
-    // Less the margins.
+    // The area inside the margins.
     const Rectangle values{66.0, 8.0, chart.heatMap ? 332.0 : 416.0, 344.0};
     const auto column = static_cast<int>(values.left + x * values.width);
     const auto row = static_cast<int>(values.bottom() - y * values.height);

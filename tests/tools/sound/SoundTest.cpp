@@ -17,11 +17,11 @@ namespace {
 
 using namespace sound;
 
-/// How much worse than on the page a figure may be, in dB. The page's are rounded to a tenth.
+/// How much worse than on the page a figure may be, in dB. The page rounds to 0.1 dB.
 constexpr double margin = 0.25;
 constexpr double frequencyMargin = 1e-4;
 
-/// The cells of a conversion's row on the page that follow its head; none if the page has no such row.
+/// The cells of a conversion's row on the page, after rowHead(); none if the page has no such row.
 std::vector<std::string> cellsOnPage(const Conversion& conversion) {
     std::ifstream page(AUDLMD_SOUND_PAGE);
     const std::string head = rowHead(conversion);

@@ -19,10 +19,12 @@ void interleave(std::span<const std::byte* const> channels, std::size_t bytes, s
 void deinterleave(const std::byte* interleaved, std::size_t bytes, std::size_t frames,
                   std::span<std::byte* const> channels);
 
-/// Turns containers of s24, s8 or u8 into signed numbers in the high bits of an int. No other format.
+/// Turns containers of s24, s8 or u8 into signed numbers in the high bits of an int, one for each element of
+/// `samples`. Use this for no other format: the bytes of the others are exchanged as they are.
 void widen(FormatId format, const std::byte* containers, std::span<int> samples);
 
-/// The inverse, of the same formats. Bits below those of the format are cut off.
+/// The inverse, for the same formats. Bits below those of the format are cut off, not rounded. `containers`
+/// has room for one container for each sample.
 void narrow(FormatId format, std::span<const int> samples, std::byte* containers);
 
 } // namespace audlmd::command

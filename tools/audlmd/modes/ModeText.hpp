@@ -14,10 +14,11 @@ namespace audlmd::command {
 /// The code's chain as one nested type, outermost layer first, without the namespaces Aud and Aud::Render.
 std::string chainType(unsigned long code);
 
-/// The six fields of a code, one line each: bits, value and meaning.
+/// The six fields of a code, one line each: bits, name, value and meaning, as in
+///   bits 8-9  levelStage             2   fixed outer level
 std::string describeFields(const Aud::Render::ModeFields& fields);
 
-/// The code's place in the order of registration, from 0.
+/// The code's place in the order of registration, from 0. The command prints places counted from 1.
 std::size_t registrationPlace(unsigned long code);
 
 /// What a player is about to do, in lines: the mode code with its fields and chain, the output type, the
