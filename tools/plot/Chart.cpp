@@ -8,6 +8,7 @@
 namespace audlmd::plot {
 namespace {
 
+// All sizes are in points. The margins hold the labels of the axes and of the colour bar.
 constexpr double titleSize = 15.0;
 constexpr double labelSize = 13.0;
 constexpr double tickSize = 12.0;
@@ -44,6 +45,7 @@ double paintLegend(const Pen& pen, const std::vector<Series>& series, const Rect
     return y + legendRow / 2.0 + 4.0 - area.top;
 }
 
+/// Labels that would touch the one before are left out.
 void paintXAxis(const Pen& pen, const Axis& axis, const Rectangle& plot, bool grid) {
     const int count = std::max(2, static_cast<int>(plot.width / 75.0));
     double labelledTo = plot.left - 100.0;
@@ -66,6 +68,7 @@ void paintXAxis(const Pen& pen, const Axis& axis, const Rectangle& plot, bool gr
     pen.write(axis.title, plot.left + plot.width / 2.0, plot.bottom() + 30.0, {0.5, 0.0});
 }
 
+/// On an axis in decibels, the gridline of 0 dB is darker.
 void paintYAxis(const Pen& pen, const Axis& axis, const Rectangle& plot, bool grid) {
     const int count = std::max(2, static_cast<int>(plot.height / 32.0));
     pen.font(tickSize);
@@ -139,6 +142,7 @@ std::uint32_t pixel(const Colour& colour) {
     return channel(colour.red) << 16 | channel(colour.green) << 8 | channel(colour.blue);
 }
 
+/// Paints one pixel per cell, scaled up without smoothing.
 void paintHeatMap(const Pen& pen, const HeatMap& map, const Rectangle& plot) {
     using Surface = std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)>;
     const Surface image(cairo_image_surface_create(CAIRO_FORMAT_RGB24, static_cast<int>(map.columns),
@@ -168,6 +172,7 @@ void paintHeatMap(const Pen& pen, const HeatMap& map, const Rectangle& plot) {
     cairo_restore(context);
 }
 
+/// Paints the colours of a heat map beside the chart, with their levels.
 void paintColourBar(const Pen& pen, const Axis& scale, const Rectangle& plot) {
     const Rectangle bar{plot.right() + 16.0, plot.top, colourBarWidth, plot.height};
     constexpr int steps = 128;

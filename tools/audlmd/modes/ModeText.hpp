@@ -9,7 +9,8 @@
 
 namespace audlmd::command {
 
-// Mode codes in words. `code` is a valid code everywhere.
+// Mode codes in words, for the user. `code` is a valid code everywhere; only describeFields() takes any
+// fields, and says "not valid" of a field without a meaning.
 
 /// The code's chain as one nested type, outermost layer first, without the namespaces Aud and Aud::Render.
 std::string chainType(unsigned long code);
@@ -22,7 +23,8 @@ std::string describeFields(const Aud::Render::ModeFields& fields);
 std::size_t registrationPlace(unsigned long code);
 
 /// What a player is about to do, in lines: the mode code with its fields and chain, the output type, the
-/// numbers in the record of the next render call, and the length of the output.
+/// numbers in the record of the next render call, and the length of the output. `summing`: the samples are
+/// added to those in the output.
 std::string explain(const StripPlayer& player, FormatId format, bool summing);
 
 } // namespace audlmd::command
