@@ -79,7 +79,7 @@ std::vector<Point> gainOverTime(const StripSettings& settings, std::int64_t leng
     GainTrace trace(settings, length, length);
     const std::int64_t partLength = std::max<std::int64_t>(1, trace.length() / parts);
     std::vector<Point> points;
-    Extremes extremes;
+    Extremes extremes{};
     std::int64_t position = 0;
     for (auto samples = trace.next(); !samples.empty(); samples = trace.next()) {
         watcher(position, trace.length(), sampleRate);
