@@ -1,8 +1,6 @@
 #include "loop_modes/Version.hpp"
 #include "ole/Orv/Exception.hpp"
-#include "tools/audlmd/ModesCommand.hpp"
-#include "tools/audlmd/RenderCommand.hpp"
-#include "tools/audlmd/plot/PlotCommand.hpp"
+#include "tools/audlmd/Subcommands.hpp"
 
 #include <CLI/CLI.hpp>
 
@@ -14,15 +12,17 @@
 
 namespace {
 
+/// The exit status for a command line that cannot be understood. Other failures exit with EXIT_FAILURE.
 constexpr int usageError = 2;
 
+/// Prints one line of error and returns the exit status.
 int complain(std::string line, int status) {
     std::ranges::replace(line, '\n', ' ');
     std::fprintf(stderr, "audlmd: %s\n", line.c_str());
     return status;
 }
 
-/// The command and the subcommands that were understood.
+/// "audlmd" and the subcommands on the command line, for a hint at the right --help.
 std::string commandSoFar(const CLI::App& app) {
     const auto chosen = app.get_subcommands();
     return app.get_name() + (chosen.empty() ? "" : " " + commandSoFar(*chosen.front()));
@@ -35,7 +35,7 @@ int run(int argc, char** argv) {
     app.failure_message(CLI::FailureMessage::simple);
     audlmd::command::addRenderCommand(app);
     audlmd::command::addModesCommand(app);
-    audlmd::plot::addPlotCommand(app);
+    audlmd::command::addPlotCommand(app);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
@@ -44,7 +44,7 @@ int run(int argc, char** argv) {
         return complain(std::string(error.what()) + " (" + commandSoFar(app) + " --help tells more)",
                         usageError);
     }
-    // What was printed may still be on its way.
+    // The output may still be in a buffer, and writing it can fail.
     if (std::fflush(stdout) != 0)
         return complain("cannot write to standard output", EXIT_FAILURE);
     return EXIT_SUCCESS;

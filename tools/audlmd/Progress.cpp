@@ -9,9 +9,12 @@
 namespace audlmd::command {
 namespace {
 
+/// The time between two drawings of the bar.
 constexpr std::chrono::milliseconds redrawn{100};
+/// In characters.
 constexpr int barWidth = 40;
 
+/// How often the frames could have been played in the seconds.
 double timesRealTime(std::int64_t frames, int sampleRate, double seconds) {
     return static_cast<double>(frames) / sampleRate / std::max(seconds, 1e-6);
 }
@@ -23,6 +26,7 @@ Progress::Progress(std::int64_t total, int sampleRate)
 
 Progress::~Progress() {
     if (drawn_)
+        // Carriage return, then erase to the end of the line.
         std::fputs("\r\033[K", stderr);
 }
 

@@ -6,20 +6,21 @@
 
 namespace audlmd::command {
 
-/// A bar on standard error, redrawn a few times a second. Nothing at all where that is not a terminal.
+/// Draws a progress bar on standard error, at most ten times a second. Draws nothing if standard error is not
+/// a terminal.
 class Progress {
 public:
     /// `total` in frames, `sampleRate` in frames per second.
     Progress(std::int64_t total, int sampleRate);
-    /// Takes the bar away.
+    /// Erases the bar.
     ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    /// `done` frames are rendered and written.
+    /// Call this whenever more is done. `done` is the number of frames so far.
     void update(std::int64_t done);
 
-    /// Since the start, in seconds.
+    /// The time since construction, in seconds.
     double elapsed() const;
 
 private:
@@ -31,12 +32,15 @@ private:
     std::chrono::steady_clock::time_point next_ = started_;
 };
 
-/// The last line of a render: what was rendered, how fast, and what was missing.
+/// The last line of the report on a render: length, speed of rendering, and missing samples.
 struct RenderSummary {
     std::int64_t frames = 0;
     int channels = 0;
+    /// In frames per second.
     int sampleRate = 0;
+    /// How long rendering and writing took.
     double seconds = 0.0;
+    /// Of all channels together, see MaterialStatistics.
     std::uint64_t underrunSamples = 0;
     std::uint64_t underrunEpisodes = 0;
 

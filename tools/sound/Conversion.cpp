@@ -14,8 +14,10 @@
 namespace audlmd::sound {
 namespace {
 
+/// Of the sine; lengths are in samples.
 constexpr double toneAmplitude = 0.5;
 constexpr std::size_t toneLength = 144000;
+/// Left out at either end, where the converters start and stop.
 constexpr std::size_t unsteady = 12000;
 
 std::vector<float> sine(double hertz) {
@@ -26,6 +28,7 @@ std::vector<float> sine(double hertz) {
     return samples;
 }
 
+/// Relative to the sine that goes in.
 double decibelsOfTone(double rootMeanSquare) {
     return decibelsOfGain(rootMeanSquare * std::numbers::sqrt2 / toneAmplitude);
 }

@@ -7,40 +7,44 @@
 
 namespace audlmd::sound {
 
+/// Of all material and output here, in samples per second.
 inline constexpr double sampleRate = 48000.0;
 
-/// One way of playing at another speed.
+/// One way of playing material at another speed.
 struct Conversion {
     Converter converter = Converter::filtering;
+    /// In source samples per output sample.
     double speed = 1.0;
     bool reverse = false;
 };
 
+/// The output of a conversion.
 struct Converted {
     std::vector<float> samples;
-    /// Source samples per output sample, as played.
+    /// In source samples per output sample. Differs a little from the speed that was asked for.
     double speedInForce;
 };
 
-/// Plays all of the material through the library, into 32-bit float.
+/// Plays all of the material through the library, into 32-bit floats.
 Converted convert(std::vector<float> material, const Conversion& conversion);
 
-/// What a conversion makes of a sine. Levels are in dB relative to the sine that goes in.
+/// How good a sine is after a conversion. Levels are in dB relative to the sine before the conversion.
 struct ToneMeasurement {
-    /// Of the sine that comes out. Not set where it would lie above half the sample rate.
+    /// Of the sine in the output. Not set if the sine would lie at or above half the sample rate.
     std::optional<double> level;
-    /// Of all else together: noise, distortion, images and aliases.
+    /// Of everything else in the output: noise, distortion, images and aliases together.
     double restLevel = 0.0;
-    /// Of the frequency that comes out, relative to the one that should. Not set without a sine.
+    /// How far the frequency in the output is off, as a share of the right frequency. Not set without a sine.
     std::optional<double> frequencyError;
 
-    /// In dB. Only with a sine.
+    /// In dB. Call this only if `level` is set.
     double signalToNoise() const { return *level - restLevel; }
 };
 
-/// Plays a sine of so many hertz and half of full scale, and fits a sine to the steady part of the output:
-/// all but its first and last quarter of a second. The sine is fitted at the frequency that the speed in
-/// force gives; its error is that of a second fit with free frequency, against the speed that was asked for.
+/// Plays a sine of `hertz` at half of full scale, and fits a sine to the output without its first and last
+/// quarter of a second. Level and rest come from a fit at the frequency that the speed in force gives. The
+/// frequency error comes from a second fit, which also fits the frequency, compared with the speed that was
+/// asked for.
 ToneMeasurement measureTone(const Conversion& conversion, double hertz);
 
 } // namespace audlmd::sound

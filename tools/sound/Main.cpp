@@ -1,5 +1,6 @@
 #include "ole/Orv/Exception.hpp"
-#include "tools/audlmd/plot/Spectrogram.hpp"
+#include "tools/plot/Figure.hpp"
+#include "tools/plot/Spectrogram.hpp"
 #include "tools/sound/Page.hpp"
 
 #include <CLI/CLI.hpp>
@@ -35,7 +36,7 @@ void write(const fs::path& path, const std::string& content) {
     std::printf("wrote %s\n", path.c_str());
 }
 
-/// Puts the table between the two marks of the page.
+/// Replaces the text between the two marks of the page by the table.
 void updatePage(const fs::path& path, const std::string& table) {
     std::string page = read(path);
     const std::size_t begin = page.find(tableBegin);
@@ -47,7 +48,7 @@ void updatePage(const fs::path& path, const std::string& table) {
     write(path, page);
 }
 
-/// From 0 Hz to half the sample rate at half of full scale, evenly over six seconds.
+/// A sine at half of full scale. The frequency rises evenly from 0 Hz to half the sample rate in six seconds.
 std::vector<float> sweep() {
     constexpr double seconds = 6.0;
     std::vector<float> samples(static_cast<std::size_t>(seconds * sound::sampleRate));
@@ -61,7 +62,7 @@ std::vector<float> sweep() {
 
 plot::Chart sweepChart(const sound::Conversion& conversion) {
     const std::vector<float> samples = sound::convert(sweep(), conversion).samples;
-    // About a cell for a pixel, which keeps the files small.
+    // About one cell per pixel: more cells would only make the files larger.
     plot::Spectrogram spectrogram(std::ssize(samples), static_cast<int>(sound::sampleRate), 332, 267);
     spectrogram.add(samples);
     plot::Chart chart = spectrogram.chart(-120.0);

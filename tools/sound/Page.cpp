@@ -13,7 +13,7 @@ std::string formatted(const char* format, double value) {
     return text;
 }
 
-/// Rounded to a tenth; adding 0 turns a negative zero into a zero.
+/// Rounded to a tenth of a decibel. Adding 0 turns a negative zero into a zero.
 std::string decibels(double value) {
     return formatted("%.1f dB", std::round(10.0 * value) / 10.0 + 0.0);
 }

@@ -9,7 +9,8 @@
 namespace audlmd::sound {
 namespace {
 
-/// Sine, cosine, mean and, where the frequency is fitted, the derivative by the angle per sample.
+/// A value for each term of the fit: sine, cosine, mean and, if the frequency is fitted, the derivative by
+/// the angular frequency.
 template <std::size_t Size>
 using Values = std::array<double, Size>;
 
@@ -31,7 +32,8 @@ Values<Size> solve(std::array<Values<Size>, Size> matrix, Values<Size> right) {
     return right;
 }
 
-/// The least squares solution for the basis that `basisAt` gives for each sample.
+/// The factors of the terms that fit the signal with the least squares. `basisAt(i)` gives the terms at
+/// sample i.
 template <std::size_t Size, class BasisAt>
 Values<Size> leastSquares(std::span<const float> signal, BasisAt basisAt) {
     std::array<Values<Size>, Size> matrix{};
@@ -56,7 +58,7 @@ double timeOf(std::size_t i, std::size_t length) {
 } // namespace
 
 SineFit fitSineOfKnownFrequency(std::span<const float> signal, double frequency) {
-    // Radians per unit of time.
+    // In radians per unit of timeOf().
     const double speed = std::numbers::pi * frequency * static_cast<double>(signal.size());
     const auto basisAt = [&](std::size_t i) {
         const double angle = speed * timeOf(i, signal.size());
@@ -78,6 +80,7 @@ SineFit fitSine(std::span<const float> signal, double guess) {
     const auto length = static_cast<double>(signal.size());
     double speed = std::numbers::pi * guess * length;
     Values<3> found{};
+    // Gauss-Newton: each round fits a correction of the frequency. Eight rounds are more than enough.
     constexpr int iterations = 8;
     for (int iteration = 0; iteration < iterations; ++iteration) {
         const auto basisAt = [&](std::size_t i) {

@@ -4,22 +4,22 @@
 
 namespace audlmd::sound {
 
-/// A sine found in a signal, and what is left beside it.
+/// The sine that fits a signal best, and how much of the signal it leaves.
 struct SineFit {
     /// In cycles per sample.
     double frequency;
     double amplitude;
-    /// Root mean square of the signal less the sine and the mean.
+    /// Root mean square of what remains without the sine and the mean.
     double residual;
 };
 
-/// The sine of exactly that frequency, in cycles per sample, that leaves the least beside it: a linear fit of
-/// sine, cosine and mean (the three-parameter fit of IEEE Std 1057).
+/// Fits a sine of a known frequency, in cycles per sample: the least squares fit of sine, cosine and mean
+/// (the three-parameter fit of IEEE Std 1057).
 SineFit fitSineOfKnownFrequency(std::span<const float> signal, double frequency);
 
-/// As above, with the frequency fitted too, from a guess within about half a cycle over the whole signal (the
-/// four-parameter fit of IEEE Std 1057). The frequency is right to better than 1e-9 where the signal is a
-/// sine.
+/// Fits a sine and its frequency (the four-parameter fit of IEEE Std 1057). `guess` is in cycles per sample;
+/// over the whole signal it may be off by about half a cycle. If the signal is a sine, the frequency is right
+/// to 1e-9.
 SineFit fitSine(std::span<const float> signal, double guess);
 
 } // namespace audlmd::sound

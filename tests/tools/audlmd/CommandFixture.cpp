@@ -59,7 +59,7 @@ Outcome CommandFixture::run(const std::string& line, const Surroundings& surroun
         _exit(127);
     }
     if (surroundings.signal != 0) {
-        // The names of temporary files begin with a dot, which comes first.
+        // Temporary files have names with a dot in front, which sort first.
         for (int tries = 0; tries < 6000 && !files().begin()->first.starts_with("."); ++tries)
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
         kill(process, surroundings.signal);
@@ -91,7 +91,7 @@ void CommandFixture::expectRefused(const std::string& line, const std::string& p
 
 void writeSound(const Path& path, const Channels& channels, int sampleRate, int type) {
     SndfileHandle file(path.string(), SFM_WRITE, type, static_cast<int>(channels.size()), sampleRate);
-    // libsndfile scales floats to one step less than full scale, but takes doubles as they are told to be.
+    // Doubles are written without libsndfile's scaling, which would take 1.0 to one step below full scale.
     file.command(SFC_SET_NORM_DOUBLE, nullptr, SF_FALSE);
     const int subtype = type & SF_FORMAT_SUBMASK;
     const double scale = subtype == SF_FORMAT_PCM_16 ? 0x1p15 : subtype == SF_FORMAT_PCM_24 ? 0x1p23 : 1.0;

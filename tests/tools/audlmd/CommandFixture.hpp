@@ -21,29 +21,30 @@ struct Outcome {
     std::string errors;
 };
 
-/// What is out of the ordinary about a run.
+/// Unusual conditions of a run.
 struct Surroundings {
-    /// Files grow to no more than so many bytes, as on a full disk.
+    /// The most bytes that a file can have, as on a full disk. 0: no limit.
     std::size_t fileSizeLimit = 0;
-    /// Sent as soon as the run has begun a temporary file.
+    /// Sent to the command as soon as there is a temporary file. 0: none.
     int signal = 0;
 };
 
-/// A folder of its own for each test, and the command to run in it.
+/// Runs the command in a folder that each test has for itself.
 class CommandFixture : public testing::Test {
 protected:
     CommandFixture();
     ~CommandFixture() override;
 
     Path in(const std::string& name) const { return folder_ / "files" / name; }
-    /// What the folder holds: the bytes of the files by their names.
+    /// The bytes of all files in the folder, by name.
     std::map<std::string, std::string> files() const;
 
     /// Runs `audlmd` in the folder with the words of `line`, and waits for its end.
     Outcome run(const std::string& line, const Surroundings& surroundings = {}) const;
-    /// The same, and expects success without a word of error. Returns the output.
+    /// Runs `audlmd`, expects exit status 0 and nothing on standard error, and returns standard output.
     std::string output(const std::string& line) const;
-    /// The same, and expects a failure, one line of error that holds `part`, and every file as it was.
+    /// Runs `audlmd`, and expects a failure: one line of error that contains `part`, no output, and all files
+    /// unchanged.
     void expectRefused(const std::string& line, const std::string& part,
                        const Surroundings& surroundings = {}) const;
 
@@ -60,7 +61,7 @@ std::vector<float> interleaved(const Channels& channels);
 std::string readBytes(const Path& path);
 void writeBytes(const Path& path, const std::string& bytes);
 
-/// Samples on a grid of 2^-15 inside full scale, different in every channel; the same for the same seed.
+/// Noise below full scale in steps of 2^-15, different in every channel. Equal seeds give equal noise.
 Channels noise(std::size_t channels, std::size_t frames, unsigned int seed = 1);
 /// One channel of one second at 48 kHz.
 Channels sine(double frequency, double amplitude);

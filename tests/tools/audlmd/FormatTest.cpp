@@ -1,5 +1,4 @@
-// The bytes that `audlmd render` puts into files, against the formats' definitions written out here once
-// more.
+// The bytes that `audlmd render` writes, compared with a second implementation of the formats' definitions.
 
 #include "tests/tools/audlmd/CommandFixture.hpp"
 
@@ -15,9 +14,9 @@ namespace {
 struct Format {
     std::string name;
     std::size_t bytes;
-    /// Steps of the integer per unit; 0 for those that are converted otherwise.
+    /// The integer for 1.0; 0 for formats that stored() and loaded() treat by name.
     float scale;
-    /// How many of the kinds of sound file hold it.
+    /// How many of the seven kinds of sound file hold the format.
     int kinds;
 };
 
@@ -25,7 +24,7 @@ const std::vector<Format> formats{
     {"f32", 4, 0.0F, 6},       {"s8", 1, 128.0F, 4},          {"u8", 1, 0.0F, 4}, {"s16", 2, 32768.0F, 7},
     {"s24", 3, 8388608.0F, 7}, {"s24in32", 4, 8388608.0F, 0}, {"s32", 4, 0.0F, 6}};
 
-/// The container as an integer, for a float the number of its bits.
+/// The container as an integer; for f32, the bits of the float.
 std::int64_t stored(const Format& format, float x) {
     if (format.name == "f32")
         return std::bit_cast<std::int32_t>(std::clamp(x, -1.0F, 8388607.0F / 8388608.0F));
@@ -48,7 +47,7 @@ float loaded(const Format& format, std::int64_t value) {
     return static_cast<float>(value) / format.scale;
 }
 
-/// Full scale and beyond, the smallest steps, and whatever lies between.
+/// Levels at full scale and beyond, the smallest steps, and noise.
 Channels testSound() {
     Channels sound = noise(2, 20000);
     std::vector<float>& first = sound.front();
@@ -108,10 +107,10 @@ TEST_P(Formats, GoUnchangedIntoEveryContainerThatHoldsThem) {
         SndfileHandle file(in(name).string());
         std::vector<int> found(sound_.size());
         if (format.name == "f32")
-            // Bits as they are.
+            // The bits of the floats.
             file.read(reinterpret_cast<float*>(found.data()), static_cast<sf_count_t>(found.size()));
         else
-            // Integers in the high bits.
+            // libsndfile puts each sample into the high bits of an int.
             file.read(found.data(), static_cast<sf_count_t>(found.size()));
         std::vector<int> expected;
         for (const float sample : sound_) {
@@ -120,7 +119,7 @@ TEST_P(Formats, GoUnchangedIntoEveryContainerThatHoldsThem) {
                 static_cast<int>(static_cast<std::uint32_t>(value) << (32 - 8 * format.bytes)));
         }
         EXPECT_TRUE(found == expected) << name;
-        // The other way round: from the container into the sum.
+        // Reading the file as a mix must give back the same containers.
         output("render a.wav -o mix.raw --mix-into " + name);
         EXPECT_TRUE(readBytes(in("mix.raw")) == readBytes(in("twice.raw"))) << name;
     }

@@ -1,23 +1,21 @@
-// `audlmd plot`: what the pictures show, that each kind is drawn, and what is refused.
+// `audlmd plot`: the content of a spectrogram, the files of all kinds of pictures, and refusals.
 
 #include "tests/tools/audlmd/CommandFixture.hpp"
 #include "tools/audlmd/plot/Figures.hpp"
 
 #include <algorithm>
 
-namespace audlmd::plot {
+namespace audlmd::test {
 namespace {
 
-const Watcher unwatched = [](std::int64_t, std::int64_t, int) {};
-
-class Plot : public test::CommandFixture {};
+class Plot : public CommandFixture {};
 
 TEST_F(Plot, ShowsToneAndSilenceWhereTheyAreInASpectrogram) {
-    test::Channels tone{std::vector<float>(48000), test::sine(6000.0, 0.5)[0]};
+    Channels tone{std::vector<float>(48000), sine(6000.0, 0.5)[0]};
     std::fill_n(tone[1].begin(), 24000, 0.0F);
-    test::writeSound(in("tone.wav"), tone);
-    const Figure figure = spectrogramFigure(in("tone.wav"), 2, -120.0, unwatched);
-    const HeatMap& map = figure.charts.at(0).heatMap.value();
+    writeSound(in("tone.wav"), tone);
+    const plot::Figure figure = command::spectrogramFigure(in("tone.wav"), 2, -120.0, [](auto...) {});
+    const plot::HeatMap& map = figure.charts.at(0).heatMap.value();
     const auto level = [&](double time, double kilohertz) {
         const auto column = static_cast<std::size_t>(time * static_cast<double>(map.columns));
         const auto row = static_cast<std::size_t>(kilohertz / 24.0 * static_cast<double>(map.rows));
@@ -29,16 +27,16 @@ TEST_F(Plot, ShowsToneAndSilenceWhereTheyAreInASpectrogram) {
 }
 
 TEST_F(Plot, DrawsEveryKindAsPngAndSvg) {
-    test::writeBytes(in("ride.csv"), "0,-20\n2,0\n3,-inf\n");
-    test::writeSound(in("a.wav"), test::noise(2, 4800));
+    writeBytes(in("ride.csv"), "0,-20\n2,0\n3,-inf\n");
+    writeSound(in("a.wav"), noise(2, 4800));
     for (const std::string kind :
          {"curves", "envelope --fade-in 1s:power --fade-out 2:log --duration 5s --gain -3",
           "automation ride.csv --automation-reverse", "eq peak:1k:+3:0.7 highpass:30 --rate 44100",
           "spectrogram a.wav --channel 2"}) {
         EXPECT_EQ(output("plot " + kind + " -o a.png") + output("plot " + kind + " -o a.svg"), "");
-        const std::string png = test::readBytes(in("a.png"));
+        const std::string png = readBytes(in("a.png"));
         EXPECT_TRUE(png.starts_with("\x89PNG") && png.find("IEND") != std::string::npos) << kind;
-        const std::string svg = test::readBytes(in("a.svg"));
+        const std::string svg = readBytes(in("a.svg"));
         EXPECT_TRUE(svg.starts_with("<?xml") && svg.ends_with("</svg>\n")) << kind;
         std::filesystem::remove(in("a.png"));
         std::filesystem::remove(in("a.svg"));
@@ -46,9 +44,9 @@ TEST_F(Plot, DrawsEveryKindAsPngAndSvg) {
 }
 
 TEST_F(Plot, RefusesInOneLineAndLeavesThePictureThatWasThere) {
-    test::writeBytes(in("a.png"), "before");
-    test::writeBytes(in("ride.csv"), "0,-20\n2\n");
-    test::writeSound(in("a.wav"), test::noise(1, 100));
+    writeBytes(in("a.png"), "before");
+    writeBytes(in("ride.csv"), "0,-20\n2\n");
+    writeSound(in("a.wav"), noise(1, 100));
     expectRefused("plot curves", "--output is required (audlmd plot curves --help tells more)");
     expectRefused("plot curves -o a.gif", "use .png or .svg");
     expectRefused("plot curves -o nowhere/a.png", "nowhere/a.png");
@@ -62,4 +60,4 @@ TEST_F(Plot, RefusesInOneLineAndLeavesThePictureThatWasThere) {
 }
 
 } // namespace
-} // namespace audlmd::plot
+} // namespace audlmd::test

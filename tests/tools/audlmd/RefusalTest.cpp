@@ -1,4 +1,4 @@
-// What `audlmd render` refuses, and what it leaves behind: nothing, and whatever was there before.
+// `audlmd render` refuses in one line, and leaves every file as it was.
 
 #include "tests/tools/audlmd/CommandFixture.hpp"
 
@@ -8,7 +8,7 @@
 namespace audlmd::test {
 namespace {
 
-/// What is refused, and a part of the reason given.
+/// Arguments that are refused, each with a part of the message.
 using Refused = std::vector<std::pair<std::string, std::string>>;
 
 class Refusals : public CommandFixture {
@@ -63,7 +63,7 @@ TEST_F(Refusals, OfInputThatIsNoWholeSound) {
     writeSound(in("empty.wav"), {{}, {}});
     writeBytes(in("short.wav"), readBytes(in("a.wav")).substr(0, 100000));
     std::filesystem::create_directory(in("folder"));
-    // Damage that shows only on the way.
+    // The damage is found only while the file is rendered.
     writeSound(in("damaged.flac"), noise(2, 400000), 48000, SF_FORMAT_FLAC | SF_FORMAT_PCM_16);
     std::string damaged = readBytes(in("damaged.flac"));
     std::fill_n(damaged.begin() + static_cast<std::ptrdiff_t>(damaged.size() / 2), 40000, '\0');

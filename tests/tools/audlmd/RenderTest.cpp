@@ -1,4 +1,4 @@
-// What `audlmd render` writes, seen from outside: the samples of the files.
+// The samples in the files that `audlmd render` writes.
 
 #include "standalone/signal/GainLaws.hpp"
 #include "tests/tools/audlmd/CommandFixture.hpp"
@@ -57,7 +57,7 @@ TEST_F(Render, AppliesEveryLevelWhereItIsToBeHeard) {
     writeBytes(in("ride.csv"), "time,decibels\n# soft, then loud\n0, -20\n\n500ms,-20\n0:00.5,0\n");
     const std::map<std::size_t, double> faded{
         {0, 0.0}, {6000, 0.5}, {12000, 1.0}, {23999, 1.0}, {36000, std::sqrt(0.5)}, {47999, 0.0}};
-    // The gains at some samples.
+    // For each set of options, the gains at some samples.
     const std::map<std::string, std::map<std::size_t, double>> expected{
         {"--gain -6 --level +3", {{0, gainOfDecibels(-3.0)}, {47999, gainOfDecibels(-3.0)}}},
         {"--gain -inf", {{500, 0.0}}},

@@ -12,14 +12,16 @@
 #include <string>
 #include <vector>
 
-namespace audlmd::sound {
+namespace audlmd::test {
 namespace {
 
-/// How much worse than on the page a figure may be, in dB. The page's are rounded to a tenth.
+using namespace sound;
+
+/// How much worse than on the page a figure may be, in dB. The page rounds to 0.1 dB.
 constexpr double margin = 0.25;
 constexpr double frequencyMargin = 1e-4;
 
-/// The cells of a conversion's row on the page that follow its head; none if the page has no such row.
+/// The cells of a conversion's row on the page, after rowHead(); none if the page has no such row.
 std::vector<std::string> cellsOnPage(const Conversion& conversion) {
     std::ifstream page(AUDLMD_SOUND_PAGE);
     const std::string head = rowHead(conversion);
@@ -86,9 +88,9 @@ TEST(SineFit, FindsFrequencyLevelAndNoiseOfAKnownSine) {
     EXPECT_NEAR(fit.amplitude, 0.5, 1e-4);
     EXPECT_NEAR(fit.residual, 1e-3, 2e-5);
 
-    // A sine that is not where it should be counts as noise.
+    // A sine of another frequency counts as noise.
     EXPECT_GT(fitSineOfKnownFrequency(signal, frequency * 1.01).residual, 0.3);
 }
 
 } // namespace
-} // namespace audlmd::sound
+} // namespace audlmd::test

@@ -3,7 +3,10 @@
 
 #include <cmath>
 
-namespace audlmd::plot {
+namespace audlmd::command {
+
+using namespace plot;
+
 namespace {
 
 using namespace Aud::GainCurve;
@@ -48,4 +51,4 @@ Figure curvesFigure() {
     return figure;
 }
 
-} // namespace audlmd::plot
+} // namespace audlmd::command

@@ -1,20 +1,23 @@
 #include "tools/audlmd/plot/Figures.hpp"
-#include "tools/audlmd/plot/Fourier.hpp"
 #include "tools/audlmd/plot/GainTrace.hpp"
+#include "tools/plot/Fourier.hpp"
 
 #include <algorithm>
 #include <cmath>
 #include <iterator>
 #include <utility>
 
-namespace audlmd::plot {
+namespace audlmd::command {
+
+using namespace plot;
+
 namespace {
 
 constexpr double lowestFrequency = 20.0;
 constexpr std::size_t transformLength = 131072;
 
-/// In decibels over hertz, at frequencies of the transform next to evenly spaced ones on the
-/// logarithmic axis.
+/// The response in decibels over hertz. Each point is the transform's bin at or below one of the frequencies
+/// that are evenly spaced on the logarithmic axis.
 std::vector<Point> impulseResponse(std::vector<EqualiserBand> bands, int sampleRate,
                                    double highestFrequency) {
     StripSettings settings;
@@ -33,7 +36,7 @@ std::vector<Point> impulseResponse(std::vector<EqualiserBand> bands, int sampleR
     for (int i = 0; i <= steps; ++i) {
         const double wanted =
             lowestFrequency * std::pow(highestFrequency / lowestFrequency, static_cast<double>(i) / steps);
-        // The outermost points may lie just outside the chart.
+        // The last point takes the bin above, so that the line reaches the edge of the chart.
         const auto bin =
             static_cast<std::size_t>(i < steps ? wanted / binWidth : std::ceil(wanted / binWidth));
         points.push_back({static_cast<double>(bin) * binWidth,
@@ -70,4 +73,4 @@ Figure equaliserFigure(const std::vector<NamedBand>& bands, int sampleRate) {
     return figure;
 }
 
-} // namespace audlmd::plot
+} // namespace audlmd::command

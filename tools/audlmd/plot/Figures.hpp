@@ -1,7 +1,7 @@
 #pragma once
 
 #include "standalone/signal/StripPlayer.hpp"
-#include "tools/audlmd/plot/Chart.hpp"
+#include "tools/plot/Figure.hpp"
 
 #include <cstdint>
 #include <filesystem>
@@ -9,35 +9,38 @@
 #include <string>
 #include <vector>
 
-/// The pictures of `audlmd plot`. What they show is what the library makes of the settings: it is rendered,
-/// not computed beside it. Settings that a player refuses throw std::invalid_argument.
-namespace audlmd::plot {
+namespace audlmd::command {
 
-/// Is told how far a long figure has come.
+// The pictures of `audlmd plot`. Gains and levels are rendered by the library, not computed beside it.
+// Settings that a player refuses throw std::invalid_argument.
+
+/// Is called again and again while a long figure is made, with the number of samples done and of all samples.
 using Watcher = std::function<void(std::int64_t doneSamples, std::int64_t allSamples, int sampleRate)>;
 
 /// The three gain curves over the u-values of a fader, as linear gain and in decibels.
-Figure curvesFigure();
+plot::Figure curvesFigure();
 
-/// The gain over time of fades and levels on a range of `length` samples, linear and in decibels.
-Figure envelopeFigure(const StripSettings& settings, std::int64_t length, int sampleRate,
-                      const Watcher& watcher);
+/// The gain over time of fades and levels, linear and in decibels. The range has `length` samples.
+plot::Figure envelopeFigure(const StripSettings& settings, std::int64_t length, int sampleRate,
+                            const Watcher& watcher);
 
-/// The level over time of the settings' automation, from 0 to `length` samples, with its nodes.
-Figure automationFigure(const StripSettings& settings, std::int64_t length, int sampleRate,
-                        const Watcher& watcher);
+/// The level over time of the settings' automation, from 0 to `length` samples, with the nodes.
+plot::Figure automationFigure(const StripSettings& settings, std::int64_t length, int sampleRate,
+                              const Watcher& watcher);
 
+/// A band, and the text that stands for the band in the legend.
 struct NamedBand {
     std::string name;
     EqualiserBand band;
 };
 
-/// The frequency responses of bands and of their sum, from impulses at this sample rate.
-Figure equaliserFigure(const std::vector<NamedBand>& bands, int sampleRate);
+/// The frequency response of each band and of all bands together, as the spectra of responses to an impulse.
+plot::Figure equaliserFigure(const std::vector<NamedBand>& bands, int sampleRate);
 
-/// One channel of a sound file, counted from 1, down to a level of `floor` dB re full scale. Throws
-/// command::CommandError and SoundFileError.
-Figure spectrogramFigure(const std::filesystem::path& path, int channel, double floor,
-                         const Watcher& watcher);
+/// The spectrogram of one channel of a sound file. `channel` counts from 1; `floor` is the level of the
+/// darkest colour, in dB re full scale. Throws CommandError for an empty file and an unknown channel, and
+/// SoundFileError.
+plot::Figure spectrogramFigure(const std::filesystem::path& path, int channel, double floor,
+                               const Watcher& watcher);
 
-} // namespace audlmd::plot
+} // namespace audlmd::command

@@ -5,15 +5,17 @@
 #include <algorithm>
 #include <utility>
 
-namespace audlmd::plot {
+namespace audlmd::command {
+
+using namespace plot;
+
 namespace {
 
-/// Levels below are drawn as leaving the chart.
+/// The charts end at this level, in dB.
 constexpr double lowestLevel = -72.0;
 
-Axis timeAxis(std::int64_t length, int sampleRate) {
-    const double seconds = static_cast<double>(length) / sampleRate;
-    return {seconds > 120.0 ? "Time (min:s)" : "Time (s)", 0.0, seconds, Scale::time};
+double seconds(std::int64_t samples, int sampleRate) {
+    return static_cast<double>(samples) / sampleRate;
 }
 
 } // namespace
@@ -25,7 +27,7 @@ Figure envelopeFigure(const StripSettings& settings, std::int64_t length, int sa
         {.name = "Gain", .width = 2.5, .points = gainOverTime(settings, length, sampleRate, watcher)});
     const auto& points = linear.series[0].points;
     const double highest = std::ranges::max_element(points, {}, &Point::y)->y;
-    linear.x = timeAxis(length, sampleRate);
+    linear.x = timeAxis(seconds(length, sampleRate));
     linear.y = {"Gain (linear)", 0.0, 1.1 * std::max(1.0, highest), Scale::linear};
 
     Chart decibels;
@@ -49,7 +51,7 @@ Figure automationFigure(const StripSettings& settings, std::int64_t length, int 
             walk.direction == DynamicLevelDirection::forwards ? node.position : length - 1 - node.position;
         const auto gain = static_cast<double>(
             Aud::GainCurve::Curve<Aud::GainCurve::eMixerStyleLog>::mapUValueToMagnitude(node.uValue));
-        nodes.points.push_back({static_cast<double>(delivered) / sampleRate, decibelsOfGain(gain)});
+        nodes.points.push_back({seconds(delivered, sampleRate), decibelsOfGain(gain)});
     }
 
     Chart chart;
@@ -57,7 +59,7 @@ Figure automationFigure(const StripSettings& settings, std::int64_t length, int 
                             .width = 2.5,
                             .points = inDecibels(gainOverTime(settings, length, sampleRate, watcher))});
     chart.series.push_back(std::move(nodes));
-    chart.x = timeAxis(length, sampleRate);
+    chart.x = timeAxis(seconds(length, sampleRate));
     chart.y = decibelAxis(chart.series, lowestLevel);
     Figure figure;
     figure.title = "Automation";
@@ -65,4 +67,4 @@ Figure automationFigure(const StripSettings& settings, std::int64_t length, int 
     return figure;
 }
 
-} // namespace audlmd::plot
+} // namespace audlmd::command

@@ -7,13 +7,16 @@
 #include <memory>
 #include <utility>
 
-namespace audlmd::plot {
+namespace audlmd::command {
+
+using namespace plot;
+
 namespace {
 
-/// The sample that stands for 1.0. A power of two changes no digit, and this one leaves room for gains up to
-/// 60 dB below the level at which the library clips.
+/// The material's sample for 1.0, so that gains up to 60 dB do not clip. A power of two changes no digit.
 constexpr float unit = 0x1p-10F;
 
+/// Ones, then zeros.
 class StepSource final : public SampleSource {
 public:
     StepSource(std::int64_t length, std::int64_t ones) : length_(length), ones_(ones) {}
@@ -31,7 +34,7 @@ private:
     std::int64_t ones_;
 };
 
-/// The lowest and the highest point of a stretch.
+/// The lowest and the highest point of a part of the time.
 struct Extremes {
     Point lowest;
     Point highest;
@@ -69,21 +72,21 @@ std::span<const float> GainTrace::next() {
 
 std::vector<Point> gainOverTime(const StripSettings& settings, std::int64_t length, int sampleRate,
                                 const Watcher& watcher) {
-    constexpr std::int64_t stretches = 1500;
+    constexpr std::int64_t parts = 1500;
     GainTrace trace(settings, length, length);
-    const std::int64_t stretchLength = std::max<std::int64_t>(1, trace.length() / stretches);
+    const std::int64_t partLength = std::max<std::int64_t>(1, trace.length() / parts);
     std::vector<Point> points;
-    Extremes extremes;
+    Extremes extremes{};
     std::int64_t position = 0;
     for (auto samples = trace.next(); !samples.empty(); samples = trace.next()) {
         watcher(position, trace.length(), sampleRate);
         for (const float sample : samples) {
             const Point point{static_cast<double>(position) / sampleRate, static_cast<double>(sample)};
-            if (position % stretchLength == 0)
+            if (position % partLength == 0)
                 extremes = {point, point};
             extremes.add(point);
             ++position;
-            if (position % stretchLength == 0 || position == trace.length())
+            if (position % partLength == 0 || position == trace.length())
                 extremes.appendTo(points);
         }
     }
@@ -105,9 +108,9 @@ Axis decibelAxis(const std::vector<Series>& series, double lowest) {
             from = std::min(from, point.y);
             to = std::max(to, point.y);
         }
-    // A little more than needed, so that a line at the highest level is not drawn on the frame.
+    // A quarter of a step more than needed, so that a line at the highest level is not drawn on the frame.
     return {"Gain (dB)", std::max(lowest, step * std::floor(from / step - 0.25)),
             step * std::ceil(to / step + 0.25), Scale::decibels};
 }
 
-} // namespace audlmd::plot
+} // namespace audlmd::command

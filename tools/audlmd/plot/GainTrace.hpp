@@ -9,18 +9,20 @@
 #include <span>
 #include <vector>
 
-namespace audlmd::plot {
+namespace audlmd::command {
 
-/// What a strip makes of a material of `length` samples that is 1.0 at its first `ones` samples and 0.0 after
-/// them, rendered by the library: its gain over time for a constant, its impulse response for a single one.
-/// The settings' cookie and range are set here. The player's exceptions pass.
+/// Renders a strip over a material of `length` samples: 1.0 in the first `ones` samples, 0.0 after them. With
+/// ones throughout, the output is the gain over time; with a single one, the output is the impulse response.
 class GainTrace {
 public:
+    /// Cookie and range of the settings are set here. Throws std::invalid_argument for settings that a player
+    /// refuses.
     GainTrace(StripSettings settings, std::int64_t length, std::int64_t ones);
 
+    /// Of the output, in samples.
     std::int64_t length() const { return static_cast<std::int64_t>(player_->outputLength()); }
 
-    /// The next samples, fewer at the end, none after it.
+    /// The next samples: 65536, fewer at the end, none after the end. The next call overwrites them.
     std::span<const float> next();
 
 private:
@@ -29,15 +31,15 @@ private:
     std::vector<float> block_;
 };
 
-/// The gain of the settings over so many samples, as a line over seconds with at most a few thousand points:
-/// of every stretch of time its lowest and its highest gain.
-std::vector<Point> gainOverTime(const StripSettings& settings, std::int64_t length, int sampleRate,
-                                const Watcher& watcher);
+/// The gain of the settings over `length` samples, as points over seconds. The time is cut into about 1500
+/// parts; of each part the points show the lowest and the highest gain.
+std::vector<plot::Point> gainOverTime(const StripSettings& settings, std::int64_t length, int sampleRate,
+                                      const Watcher& watcher);
 
 /// The same line in decibels.
-std::vector<Point> inDecibels(std::vector<Point> gains);
+std::vector<plot::Point> inDecibels(std::vector<plot::Point> gains);
 
 /// An axis for levels that reaches around all points, in whole multiples of 6 dB, but not below `lowest`.
-Axis decibelAxis(const std::vector<Series>& series, double lowest);
+plot::Axis decibelAxis(const std::vector<plot::Series>& series, double lowest);
 
-} // namespace audlmd::plot
+} // namespace audlmd::command

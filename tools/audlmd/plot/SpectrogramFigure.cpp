@@ -1,23 +1,24 @@
 #include "standalone/cache/SoundFile.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/plot/Figures.hpp"
-#include "tools/audlmd/plot/Spectrogram.hpp"
+#include "tools/plot/Spectrogram.hpp"
 
 #include <algorithm>
 #include <string>
 #include <vector>
 
-namespace audlmd::plot {
+namespace audlmd::command {
+
+using namespace plot;
 
 Figure spectrogramFigure(const std::filesystem::path& path, int channel, double floor,
                          const Watcher& watcher) {
     SoundFile file(path);
     if (file.frames() == 0)
-        throw command::CommandError("'" + path.string() + "' holds no samples, so there is nothing to draw");
+        throw CommandError("'" + path.string() + "' holds no samples, so there is nothing to draw");
     if (channel < 1 || channel > file.channels())
-        throw command::CommandError("--channel " + std::to_string(channel) + ": '" + path.string() +
-                                    "' has " + std::to_string(file.channels()) +
-                                    " channel(s), counted from 1");
+        throw CommandError("--channel " + std::to_string(channel) + ": '" + path.string() + "' has " +
+                           std::to_string(file.channels()) + " channel(s), counted from 1");
 
     Spectrogram spectrogram(file.frames(), file.sampleRate());
     std::vector<float> samples(65536);
@@ -38,4 +39,4 @@ Figure spectrogramFigure(const std::filesystem::path& path, int channel, double 
     return figure;
 }
 
-} // namespace audlmd::plot
+} // namespace audlmd::command

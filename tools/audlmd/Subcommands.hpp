@@ -1,0 +1,22 @@
+#pragma once
+
+namespace CLI {
+class App;
+}
+
+namespace audlmd::command {
+
+// Each function adds one subcommand with its options and help. The subcommand runs at the end of
+// CLI::App::parse(), and what it throws passes through there: CommandError, the exceptions of the stand-alone
+// host and those of the library.
+
+/// `render`: renders a sound file through the library into another one.
+void addRenderCommand(CLI::App& app);
+
+/// `modes`: lists the mode codes with their chains, or decodes one.
+void addModesCommand(CLI::App& app);
+
+/// `plot`: draws gain curves, envelopes, automation, the response of an equaliser, or a spectrogram.
+void addPlotCommand(CLI::App& app);
+
+} // namespace audlmd::command

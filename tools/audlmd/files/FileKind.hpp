@@ -1,0 +1,56 @@
+#pragma once
+
+#include "tools/audlmd/files/OutputFormat.hpp"
+
+#include <sndfile.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace audlmd::command {
+
+/// A kind of audio file that keeps every bit of its samples. The extension of a name chooses the kind.
+struct FileKind {
+    std::string_view name;
+    /// Lower case, without the point. A kind with one extension leaves the other one empty.
+    std::string_view extension;
+    std::string_view otherExtension;
+    /// libsndfile's SF_FORMAT_ number of the kind, with the byte order for writing.
+    int type;
+    /// Whether the file holds samples in the renderer's byte order, so that they are written without
+    /// conversion.
+    bool littleEndian;
+    /// The most sample data that the header can state, in bytes. 0: no limit.
+    std::uint64_t maxDataBytes;
+};
+
+/// The kind that the extension of `path` names, in any case of letters, or null.
+const FileKind* findFileKind(const std::filesystem::path& path);
+
+/// The kind that the extension of `path` names. Throws CommandError, naming the known extensions, for any
+/// other.
+const FileKind& fileKindOf(const std::filesystem::path& path);
+
+/// Samples without a header, little-endian.
+const FileKind& rawFileKind();
+
+/// libsndfile's SF_FORMAT_ number of the format in files of the kind, or nothing where the kind does not hold
+/// the format.
+std::optional<int> subtypeIn(const FileKind& kind, FormatId format);
+
+/// The format of the samples in a file that libsndfile describes as `type`, or nothing where the library has
+/// no such format.
+std::optional<FormatId> formatOf(int type);
+
+/// The format that loses least of a 32-bit float: f32, or s24 where the kind does not hold f32.
+FormatId defaultFormatOf(const FileKind& kind);
+
+/// Throws CommandError, naming the kinds that would do, unless the kind holds the format and so many bytes of
+/// samples. `path` is for the message.
+void requireHolds(const FileKind& kind, FormatId format, std::uint64_t dataBytes,
+                  const std::filesystem::path& path);
+
+} // namespace audlmd::command

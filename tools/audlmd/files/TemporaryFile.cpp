@@ -1,0 +1,120 @@
+#include "tools/audlmd/files/TemporaryFile.hpp"
+
+#include "tools/audlmd/CommandError.hpp"
+
+#include <climits>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <string>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+#include <utility>
+
+namespace audlmd::command {
+namespace {
+
+constexpr std::array endingSignals{SIGINT, SIGTERM, SIGHUP};
+
+/// The path of the file that the signal handler removes; empty if there is none.
+char removedOnSignal[PATH_MAX] = "";
+
+extern "C" void removeAndEnd(int signal) {
+    if (removedOnSignal[0] != '\0')
+        unlink(removedOnSignal);
+    std::signal(signal, SIG_DFL);
+    std::raise(signal); // delivered when this handler returns
+}
+
+void handleEndingSignals() {
+    struct sigaction action {};
+    action.sa_handler = &removeAndEnd;
+    for (const int signal : endingSignals) {
+        struct sigaction before {};
+        sigaction(signal, nullptr, &before);
+        // A signal that is ignored from the start, as under nohup, stays ignored.
+        if (before.sa_handler != SIG_IGN)
+            sigaction(signal, &action, nullptr);
+    }
+}
+
+[[noreturn]] void failedToWrite(const std::filesystem::path& path, int error) {
+    throw CommandError("cannot write '" + path.string() + "': " + std::generic_category().message(error));
+}
+
+/// The permissions of the target, or those of any new file if there is no target.
+mode_t permissionsFor(const std::filesystem::path& target) {
+    struct stat existing {};
+    if (stat(target.c_str(), &existing) == 0)
+        return existing.st_mode & 07777;
+    const mode_t mask = umask(0);
+    umask(mask);
+    return 0666 & ~mask;
+}
+
+} // namespace
+
+EndingSignalsBlocked::EndingSignalsBlocked() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int signal : endingSignals)
+        sigaddset(&signals, signal);
+    pthread_sigmask(SIG_BLOCK, &signals, &before_);
+}
+
+EndingSignalsBlocked::~EndingSignalsBlocked() {
+    pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+}
+
+TemporaryFile::TemporaryFile(const std::filesystem::path& target) : target_(target) {
+    // Renaming replaces a file that may not be written, so the permission is checked here.
+    if (std::filesystem::exists(target) && access(target.c_str(), W_OK) != 0)
+        failedToWrite(target, errno);
+
+    handleEndingSignals();
+    std::string name = (target.parent_path() / ".audlmd-XXXXXX").string();
+    if (name.size() >= sizeof removedOnSignal)
+        failedToWrite(target, ENAMETOOLONG);
+    const EndingSignalsBlocked blocked;
+    descriptor_ = mkostemp(name.data(), O_CLOEXEC);
+    if (descriptor_ < 0)
+        failedToWrite(target, errno);
+    path_ = name;
+    std::memcpy(removedOnSignal, name.c_str(), name.size() + 1);
+}
+
+TemporaryFile::~TemporaryFile() {
+    const EndingSignalsBlocked blocked;
+    if (descriptor_ >= 0)
+        close(descriptor_);
+    if (!path_.empty())
+        unlink(path_.c_str());
+    removedOnSignal[0] = '\0';
+}
+
+void TemporaryFile::write(std::string_view content) {
+    while (!content.empty()) {
+        const ssize_t count = ::write(descriptor_, content.data(), content.size());
+        if (count < 0 && errno != EINTR)
+            failedToWrite(target_, errno);
+        content.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    }
+}
+
+void TemporaryFile::commit() {
+    if (fchmod(descriptor_, permissionsFor(target_)) != 0 || fsync(descriptor_) != 0)
+        failedToWrite(target_, errno);
+    if (close(std::exchange(descriptor_, -1)) != 0)
+        failedToWrite(target_, errno);
+    const EndingSignalsBlocked blocked;
+    if (rename(path_.c_str(), target_.c_str()) != 0)
+        failedToWrite(target_, errno);
+    path_.clear();
+    removedOnSignal[0] = '\0';
+}
+
+} // namespace audlmd::command

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <csignal>
+#include <filesystem>
+#include <string_view>
+
+namespace audlmd::command {
+
+/// Blocks SIGINT, SIGTERM and SIGHUP in this thread until destroyed. Threads that are started meanwhile
+/// inherit the block and keep it: start all threads so, and the handlers always run in the thread that makes
+/// and moves the temporary file.
+class EndingSignalsBlocked {
+public:
+    EndingSignalsBlocked();
+    ~EndingSignalsBlocked();
+    EndingSignalsBlocked(const EndingSignalsBlocked&) = delete;
+    EndingSignalsBlocked& operator=(const EndingSignalsBlocked&) = delete;
+
+private:
+    sigset_t before_{};
+};
+
+/// A new file that is going to replace another one in the same folder. A file that is not committed is
+/// removed by the destructor, and by SIGINT, SIGTERM and SIGHUP. There may be one TemporaryFile at a time in
+/// a process.
+class TemporaryFile {
+public:
+    /// Throws CommandError where `target`, or its folder, cannot be written.
+    explicit TemporaryFile(const std::filesystem::path& target);
+    ~TemporaryFile();
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+    /// Appends the content. Throws CommandError.
+    void write(std::string_view content);
+
+    /// Open for reading and writing.
+    int descriptor() const { return descriptor_; }
+
+    /// Waits until the content is on the storage device, then puts the file in the target's place with the
+    /// target's permissions. Throws CommandError on failure; the target is then as it was.
+    void commit();
+
+private:
+    std::filesystem::path target_;
+    std::filesystem::path path_;
+    int descriptor_ = -1;
+};
+
+} // namespace audlmd::command

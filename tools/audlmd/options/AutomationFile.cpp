@@ -1,0 +1,68 @@
+#include "tools/audlmd/options/AutomationFile.hpp"
+
+#include "tools/audlmd/CommandError.hpp"
+#include "tools/audlmd/options/Parsers.hpp"
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <fstream>
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+namespace audlmd::command {
+namespace {
+
+std::string_view trimmed(std::string_view text) {
+    constexpr std::string_view space = " \t\r";
+    text.remove_prefix(std::min(text.find_first_not_of(space), text.size()));
+    return text.substr(0, text.find_last_not_of(space) + 1);
+}
+
+} // namespace
+
+std::vector<AutomationPoint> readAutomationFile(const std::filesystem::path& path) {
+    std::ifstream file(path);
+    if (!file)
+        throw CommandError("cannot read '" + path.string() + "': " + std::generic_category().message(errno));
+    std::vector<AutomationPoint> points;
+    bool headings = true;
+    std::string text;
+    for (int number = 1; std::getline(file, text); ++number) {
+        const std::string_view line = trimmed(std::string_view(text).substr(0, text.find('#')));
+        if (line.empty())
+            continue;
+        const bool first = std::exchange(headings, false);
+        if (first && line.find_first_of("0123456789") == std::string_view::npos)
+            continue;
+        const std::string place = path.string() + " line " + std::to_string(number);
+        const std::size_t comma = line.find(',');
+        if (comma == std::string_view::npos)
+            throw CommandError(place + ": should be a time, a comma and decibels");
+        points.push_back({TimeValue::parse(trimmed(line.substr(0, comma)), place),
+                          parseLevel(trimmed(line.substr(comma + 1)), place)});
+    }
+    if (file.bad() || points.empty())
+        throw CommandError("'" + path.string() +
+                           "' holds no automation; write lines of a time, a comma and decibels");
+    return points;
+}
+
+std::vector<LevelNode> levelNodes(const std::vector<AutomationPoint>& points, int sampleRate, double speed) {
+    std::vector<LevelNode> nodes;
+    nodes.reserve(points.size());
+    for (const AutomationPoint& point : points) {
+        const double position = std::round(static_cast<double>(point.time.samples(sampleRate)) * speed);
+        if (!(position < 0x1p62))
+            throw CommandError("the automation's time " + point.time.text() + " is too late to be counted");
+        nodes.push_back({static_cast<std::int64_t>(position), point.uValue});
+        if (nodes.size() > 1 && nodes.back().position < nodes[nodes.size() - 2].position)
+            throw CommandError("the automation's time " + point.time.text() +
+                               " comes after a later one; write the times in order");
+    }
+    return nodes;
+}
+
+} // namespace audlmd::command

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "standalone/signal/Equaliser.hpp"
+#include "standalone/signal/Fade.hpp"
+#include "standalone/signal/StripPlayer.hpp"
+#include "tools/audlmd/options/Time.hpp"
+
+#include <string>
+#include <string_view>
+
+namespace audlmd::command {
+
+// Turn the text of an option into its value. All throw CommandError, naming `option`, for a text that they
+// cannot read. Where a value's range depends on the input, whoever knows the input checks the range.
+
+/// Reads decibels, at most +10, or "-inf" for silence. Returns the u-value of the mixer-style curve.
+float parseLevel(std::string_view text, std::string_view option);
+
+/// How long a fade is, as heard, and how its gain runs.
+struct FadeValue {
+    TimeValue length;
+    FadeCurve curve = FadeCurve::linear;
+};
+
+/// `TIME` or `TIME:curve`, the curve one of linear, log and power.
+FadeValue parseFade(std::string_view text, std::string_view option);
+
+/// `kind:frequency[:gain][:q]`: peak, lowshelf and highshelf with a gain, highpass and lowpass without. A
+/// frequency may be written as 1.5k. The equaliser checks the ranges of the numbers.
+EqualiserBand parseBand(std::string_view text, std::string_view option);
+
+/// A speed within the limits of a strip, and the text for messages.
+struct SpeedValue {
+    /// In source samples per output sample.
+    double factor = 1.0;
+    std::string text;
+};
+
+/// Throws std::invalid_argument too, for a number beyond slowestSpeed or fastestSpeed.
+SpeedValue parseSpeed(std::string_view text, std::string_view option);
+
+/// "filtering" or "linear".
+Converter parseConverter(std::string_view text, std::string_view option);
+
+} // namespace audlmd::command

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "standalone/cache/SoundFile.hpp"
+#include "standalone/signal/StripPlayer.hpp"
+#include "tools/audlmd/options/Parsers.hpp"
+
+#include <filesystem>
+#include <optional>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+
+namespace audlmd::command {
+
+/// The options that say which range of an input is played, and how. They are read without the input:
+/// settingsFor() resolves what depends on the input's sample rate and length.
+struct StripOptions {
+    bool reverse = false;
+    /// In the input.
+    std::optional<TimeValue> from;
+    std::optional<TimeValue> to;
+    std::optional<TimeValue> duration;
+
+    std::vector<EqualiserBand> equaliser;
+    std::optional<FadeValue> fadeIn;
+    std::optional<FadeValue> fadeOut;
+    /// U-values of the middle level and of the outer level.
+    std::optional<float> gain;
+    std::optional<float> level;
+    std::optional<std::filesystem::path> automation;
+    bool automationReverse = false;
+    std::optional<SpeedValue> speed;
+    std::optional<Converter> converter;
+
+    /// Declare the options of the groups "Range" and "Sound". This object must outlive the app.
+    void declareRange(CLI::App& app);
+    void declareSound(CLI::App& app);
+
+    /// Throws CommandError for options that cannot stand together, or alone. Call this before settingsFor().
+    void requireCompatible() const;
+
+    /// The settings of a player of any channel of the input; the caller sets the cookie. Reads the automation
+    /// file. Throws CommandError.
+    StripSettings settingsFor(const SoundFile& input) const;
+};
+
+} // namespace audlmd::command
