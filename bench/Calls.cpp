@@ -1,14 +1,13 @@
 #include "bench/Commands.hpp"
 #include "bench/Report.hpp"
 #include "bench/Request.hpp"
-#include "bench/calls/HandMadeChain.hpp"
-#include "bench/floor/Floor.hpp"
+#include "bench/Yardsticks.hpp"
 #include "ole/Aud/SampleFormats.hpp"
 #include "ole/Orv/OrvModeMeta"
 
 #include <array>
 
-namespace Bench {
+namespace audlmd::bench {
 namespace {
 
 /// A call is too short to be timed alone.
@@ -68,4 +67,4 @@ int measureCalls(const Selection& selection) {
     return 0;
 }
 
-} // namespace Bench
+} // namespace audlmd::bench

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace Bench {
+namespace audlmd::bench {
 
 /// What to measure, and how often.
 struct Selection {
@@ -30,4 +30,4 @@ int measureModes(const Selection& selection);
 /// by hand (and, for the 64 samples, the floor of the mode).
 int measureCalls(const Selection& selection);
 
-} // namespace Bench
+} // namespace audlmd::bench

@@ -12,8 +12,8 @@ namespace {
 
 std::map<std::string, std::size_t> outputTypeIndices() {
     std::map<std::string, std::size_t> indices;
-    for (std::size_t i = 0; i < Test::outputTypeCount; ++i)
-        indices[Test::outputTypeNames[i]] = i;
+    for (std::size_t i = 0; i < audlmd::model::outputTypeCount; ++i)
+        indices[audlmd::model::outputTypeNames[i]] = i;
     return indices;
 }
 
@@ -24,7 +24,7 @@ int main(int argc, char** argv) {
     CLI::App app{"Measures the render functions of libaudlmd, each beside its floor: the host calls that it "
                  "must make."};
     app.require_subcommand(1);
-    Bench::Selection selection;
+    audlmd::bench::Selection selection;
     const auto addOptions = [&selection](CLI::App& command) {
         command.add_option("--code", selection.codes, "mode codes (all)")
             ->check(CLI::Validator(
@@ -60,10 +60,11 @@ int main(int argc, char** argv) {
     if (selection.codes.empty())
         selection.codes.assign(Aud::Render::registrationOrder.begin(), Aud::Render::registrationOrder.end());
     if (selection.outputTypes.empty())
-        for (std::size_t i = 0; i < Test::outputTypeCount; ++i)
+        for (std::size_t i = 0; i < audlmd::model::outputTypeCount; ++i)
             selection.outputTypes.push_back(i);
     try {
-        return modes->parsed() ? Bench::measureModes(selection) : Bench::measureCalls(selection);
+        return modes->parsed() ? audlmd::bench::measureModes(selection)
+                               : audlmd::bench::measureCalls(selection);
     } catch (const std::exception& failure) {
         std::fprintf(stderr, "audlmd-bench: %s\n", failure.what());
         return 1;

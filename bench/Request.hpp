@@ -4,10 +4,13 @@
 #include "loop_modes/IteratorCreationParams.hpp"
 #include "loop_modes/ModeCode.hpp"
 
+#include <cstddef>
 #include <cstdint>
+#include <optional>
+#include <string>
 #include <vector>
 
-namespace Bench {
+namespace audlmd::bench {
 
 /// A tone, in several segments.
 std::vector<float> testMaterial();
@@ -44,4 +47,9 @@ private:
     Aud::Render::IteratorCreationParams params_;
 };
 
-} // namespace Bench
+/// Renders such a request through the despatch table and through the model, twice in a row, and says where
+/// the two differ; nothing if they do not.
+std::optional<std::string> differenceFromModel(unsigned int code, std::size_t outputType, Cache& cache,
+                                               double speed);
+
+} // namespace audlmd::bench

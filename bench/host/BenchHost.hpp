@@ -8,7 +8,7 @@
 /// The smallest host that really is one, to measure the library with: every operation that the render
 /// functions call is a function of another library that does the least work it can do and still be right.
 /// Whatever it leaves out would make the library look better than it is.
-namespace Bench {
+namespace audlmd::bench {
 
 /// A cache whose segments are all ready. Its material is read whatever the cookie.
 class Cache : public Aud::SampleCache {
@@ -33,4 +33,4 @@ private:
 /// Samples that a source iterator asked for inside the material and did not get, in this process.
 std::uint64_t underruns();
 
-} // namespace Bench
+} // namespace audlmd::bench

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "loop_modes/IteratorCreationParams.hpp"
+#include "tests/scripted_host/ScriptedHost.hpp"
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace audlmd::test {
+
+/// One render call: what the host puts into its record, which of its operations throws, and during which one
+/// it changes what the call has taken already.
+struct Request {
+    std::int64_t startPosition = 0;
+    std::int64_t forwardFilteringStartPosition = 0;
+    std::int64_t reverseFilteringStartPosition = 0;
+    bool flag = false;
+    std::uint32_t forwardArgument = 0;
+    Aud::SubSamplePos subSampleStart{0, 0};
+    Aud::SubSamplePos subSampleStep{0, 0};
+    float speed = 1.0F;
+    std::uint32_t envelope[10] = {};
+    float outerLevelUValue = 0.0F;
+    unsigned int count = 0;
+    std::size_t throwAt = ScriptedHost::never;
+    std::size_t interfereAt = ScriptedHost::never;
+};
+
+/// A run of render calls for one source, all of it from `seed`.
+struct RandomCase {
+    RandomCase(std::uint64_t seed, unsigned int code, std::size_t outputType);
+
+    std::uint64_t seed;
+    unsigned int code;
+    std::size_t outputType;
+    unsigned int curveTables;
+    double speedLimit;
+    ScriptedHost host;
+    Aud::Render::PerSourceRecord record;
+    std::vector<Request> requests;
+    /// What is in the output buffer before the first call.
+    std::vector<std::uint8_t> buffer;
+};
+
+} // namespace audlmd::test
