@@ -78,8 +78,7 @@ public:
         host_.levelSegments = {{100, 0.5F, 0.001F, 0}};
         host_.cache = &cache_;
         host_.gearing = &gearing_;
-        host_.firstBand = &record_.equaliser;
-        host_.sourceBlock = record_.srcState.sourceBlock;
+        host_.record = &record_;
         record_.dynamicLevel = {.samplesToNextNode = 50, .uValueStep = 0.001F, .stationary = 0};
         static constexpr std::uint32_t tags[12] = {0, 0, 0, 0, 0, 0, 4, 5, 6, 4, 5, 6};
         record_.envelope.type = tags[model::Digits(code).middle];

@@ -5,7 +5,7 @@
 #include "loop_modes/RenderFunctionBody.hpp"
 #include "model/OutputTypes.hpp"
 #include "ole/Orv/OrvModeMeta"
-#include "tests/loop_modes/sweep/CaseRunner.hpp"
+#include "tests/loop_modes/sweep/Sweep.hpp"
 
 #include <gtest/gtest.h>
 

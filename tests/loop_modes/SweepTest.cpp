@@ -1,8 +1,9 @@
 // All 12,096 render functions against the model, through the tables that loading the library fills.
 
+#include "tests/loop_modes/sweep/Sweep.hpp"
+
 #include "model/Model.hpp"
 #include "model/OutputTypes.hpp"
-#include "tests/loop_modes/sweep/CaseRunner.hpp"
 
 #include <gtest/gtest.h>
 

@@ -8,6 +8,7 @@
 #include "tests/scripted_host/ScriptedHost.hpp"
 
 #include <array>
+#include <memory>
 #include <new>
 
 namespace model = audlmd::model;
@@ -66,8 +67,7 @@ private:
         ::operator delete(storage);
     }
     void record(ExceptionNotes& notes) override {
-        if (ScriptedHost::current != nullptr) // There is none while the library is being loaded.
-        {
+        if (ScriptedHost::current != nullptr) { // There is none while the library is being loaded.
             host().recordException();
             host().require(notes.size() == 0);
         }
@@ -89,7 +89,7 @@ std::int64_t audlmd::test::heapBlocksInUse() {
 
 Cookie ce_handle::get_strip_cookie() const {
     host().stripCookie();
-    return this == host().strip ? stripCookie_ : Cookie();
+    return this == &host().record->strip ? stripCookie_ : Cookie();
 }
 
 namespace Aud {
@@ -236,12 +236,10 @@ void SampleCache::ReverseIterator::internal_incrementAudioUnderrunCounter() cons
 }
 
 float Filter::Biquad::processSample(float x) {
-    const auto* first = static_cast<const Biquad*>(host().firstBand);
-    return host().filter(static_cast<unsigned int>(this - first), x);
+    return host().filter(static_cast<unsigned int>(this - &host().record->equaliser.band(0)), x);
 }
 float Filter::Biquad::getLastProcessSampleResult() {
-    const auto* first = static_cast<const Biquad*>(host().firstBand);
-    return host().lastResult(static_cast<unsigned int>(this - first));
+    return host().lastResult(static_cast<unsigned int>(this - &host().record->equaliser.band(0)));
 }
 
 namespace DynamicLevelControl {
@@ -259,7 +257,7 @@ void load(DynamicLevelApplyingIteratorState& state, const model::LevelSegment& s
 DynamicLevelApplyingIteratorBase::DynamicLevelApplyingIteratorBase(DynamicLevelApplyingIteratorState& state)
     : state_(state) {
     host().bindLevel();
-    host().require(&state == host().levelState);
+    host().require(&state == &host().record->dynamicLevel);
 }
 void DynamicLevelApplyingIteratorBase::moveToNextNodeForwards() {
     load(state_, host().nextLevel(true));

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/Identity.hpp"
+#include "loop_modes/IteratorCreationParams.hpp"
 #include "model/Host.hpp"
 
 #include <array>
@@ -9,7 +9,6 @@
 #include <cstdint>
 #include <functional>
 #include <limits>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -55,11 +54,10 @@ struct BandState {
     float result = 0.0F;
 };
 
-/// An opened resampler, libresample's or a made-up one.
+/// An opened resampler.
 struct ScriptedResampler {
-    std::shared_ptr<void> real;
-    std::uint32_t random = 0;
-    float memory = 0.0F;
+    std::uint32_t random;
+    float memory;
 };
 
 /// A host as a plain value: what every operation answers, and the log of all of them. The operations that the
@@ -81,7 +79,6 @@ struct ScriptedHost final : model::Host {
     std::vector<model::LevelSegment> levelSegments;
     std::array<BandState, 5> bands;
     bool keepsEvents = false;
-    bool usesRealResampler = false;
     bool logging = true;
     /// The first operation that may throw, counted from here, does.
     std::size_t throwAt = never;
@@ -89,14 +86,10 @@ struct ScriptedHost final : model::Host {
     std::size_t interfereAt = never;
     std::function<void()> interfere;
 
-    // The objects of the request, by which the scripted host knows that it was handed the right ones.
-    const void* cache = nullptr;
-    const void* gearing = nullptr;
-    const void* strip = nullptr;
-    const void* levelState = nullptr;
-    const void* firstBand = nullptr;
-    const float* sourceBlock = nullptr;
-    const float* outSample = nullptr;
+    // The objects of the request, by which the host knows that it was handed the right ones.
+    Aud::Render::PerSourceRecord* record = nullptr;
+    const Aud::SampleCache* cache = nullptr;
+    const Orv::OutputGearing* gearing = nullptr;
 
     // What happened.
     std::vector<Call> log;

@@ -3,14 +3,12 @@
 #include "tests/ole/Aud/StageTest.hpp"
 
 namespace audlmd::test {
-namespace {
 
 using namespace Aud::DynamicLevelControl;
 using DynamicLevelApplyingIterators = StageTest;
 
 TEST_F(DynamicLevelApplyingIterators, FetchANodeWhenItIsReachedAndStayWhereTheLevelIsStationary) {
-    DynamicLevelApplyingIteratorState state;
-    host.levelState = &state;
+    DynamicLevelApplyingIteratorState& state = record.dynamicLevel;
     host.levelSegments = {{5, 0.0035F, 1.0F, 1}};
     for (bool forwards : {true, false}) {
         state = {.samplesToNextNode = 2, .uValue = 0.0015F, .uValueStep = 0.001F, .stationary = 0};
@@ -23,5 +21,4 @@ TEST_F(DynamicLevelApplyingIterators, FetchANodeWhenItIsReachedAndStayWhereTheLe
     }
 }
 
-} // namespace
 } // namespace audlmd::test

@@ -3,7 +3,6 @@
 #include "tests/ole/Aud/StageTest.hpp"
 
 namespace audlmd::test {
-namespace {
 
 using FixedLevelApplyingIterator = StageTest;
 
@@ -14,5 +13,4 @@ TEST_F(FixedLevelApplyingIterator, TakesItsGainOnceThroughTheMixerStyleCurve) {
     EXPECT_EQ(take(level, 2), (Samples{150, 200}));
 }
 
-} // namespace
 } // namespace audlmd::test

@@ -3,7 +3,6 @@
 #include "tests/ole/Aud/StageTest.hpp"
 
 namespace audlmd::test {
-namespace {
 
 using LinearSRCIterator = StageTest;
 
@@ -27,5 +26,4 @@ TEST_F(LinearSRCIterator, InterpolatesAndLagsByOneSampleOnWholePositions) {
     }
 }
 
-} // namespace
 } // namespace audlmd::test

@@ -3,21 +3,17 @@
 #include "tests/ole/Aud/StageTest.hpp"
 
 namespace audlmd::test {
-namespace {
 
 using MultiBandBiquadApplyingIterator = StageTest;
 
 TEST_F(MultiBandBiquadApplyingIterator, IsOneSampleAheadOfTheReadAndRunsTheBandsInOrder) {
-    Aud::Filter::MultiBandBiquad<5U> bands;
-    host.firstBand = &bands;
     for (unsigned int band = 0; band < 5; ++band)
         host.bands[band] = {.gain = static_cast<float>(band + 1), .memory = static_cast<float>(band)};
     host.bands[4].result = 7.0F;
-    Aud::Render::MultiBandBiquadApplyingIterator<Tens> equaliser(Tens(), &bands);
+    Aud::Render::MultiBandBiquadApplyingIterator<Tens> equaliser(Tens(), &record.equaliser);
     EXPECT_EQ(*equaliser, 7.0F); // What the render call before left.
     ++equaliser;
     EXPECT_EQ(*equaliser, ((((20.0F * 2 + 1) * 3 + 2) * 4 + 3) * 5) + 4);
 }
 
-} // namespace
 } // namespace audlmd::test

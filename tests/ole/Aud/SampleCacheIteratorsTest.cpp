@@ -3,10 +3,6 @@
 #include "tests/ole/Aud/StageTest.hpp"
 
 namespace audlmd::test {
-namespace {
-
-using Forward = Aud::SampleCache::ForwardIterator;
-using Reverse = Aud::SampleCache::ReverseIterator;
 
 /// Material of six samples, 1 to 6, in two segments of three.
 class SampleCacheIterators : public StageTest {
@@ -15,15 +11,6 @@ protected:
         host.materialSamples = 6;
         host.segments = {{0, 3}, {3, 3}};
         host.material = samples;
-        host.cache = &cache;
-        host.gearing = &gearing;
-    }
-
-    Forward forwardFrom(long position, bool wait = false) {
-        return {ScriptedHost::cookie, position, wait, cache, 0, !wait, gearing};
-    }
-    Reverse reverseFrom(long position) {
-        return {ScriptedHost::cookie, position, false, cache, true, gearing};
     }
 
     struct : Aud::SampleCache {
@@ -33,44 +20,30 @@ protected:
 };
 
 TEST_F(SampleCacheIterators, ReadTheMaterialBetweenSilence) {
-    Forward forward = forwardFrom(-1);
+    Aud::SampleCache::ForwardIterator forward({}, -1, false, cache, 0, true, gearing);
     EXPECT_EQ(take(forward, 8), (Samples{0, 1, 2, 3, 4, 5, 6, 0}));
-    Reverse reverse = reverseFrom(6);
+    Aud::SampleCache::ReverseIterator reverse({}, 6, false, cache, true, gearing);
     EXPECT_EQ(take(reverse, 8), (Samples{0, 6, 5, 4, 3, 2, 1, 0}));
     EXPECT_EQ(host.underruns, 0U);
 }
 
-TEST_F(SampleCacheIterators, WaitForARequestOrCountTheSampleAsMissing) {
-    for (bool wait : {false, true}) {
-        host.segments[0].statuses = {2};
-        Forward forward = forwardFrom(1, wait);
-        EXPECT_EQ(*forward, wait ? 2.0F : 0.0F);
-        EXPECT_EQ(host.underruns, 1U);
-    }
-}
-
 TEST_F(SampleCacheIterators, StayForwardsOnASegmentOfUnknownLength) {
     host.segments[0].statuses = {7};
-    Forward forward = forwardFrom(0);
+    Aud::SampleCache::ForwardIterator forward({}, 0, false, cache, 0, true, gearing);
     EXPECT_EQ(take(forward, 6), Samples(6));
     EXPECT_EQ(host.count("move forward"), 0U);
     EXPECT_EQ(host.underruns, 6U);
 }
 
-/// The host may place an iterator before its segment; from there no step leads to another one.
-TEST_F(SampleCacheIterators, MoveInReverseFromIndexMinusOneExactly) {
+/// A host may place an iterator before its segment. From there no step leads to another segment.
+TEST_F(SampleCacheIterators, MoveInReverseWhereTheIndexBecomesMinusOneExactly) {
     host.segments = {{3, 3}};
-    const struct {
-        long position;
-        std::size_t moves;
-    } cases[] = {{4, 0}, {3, 1}, {2, 0}, {1, 0}}; // At the indices 1, 0, -1 and -2.
-    for (const auto& [position, moves] : cases) {
+    for (const auto& [position, moves] : {std::pair{4, 0U}, {3, 1U}, {2, 0U}, {1, 0U}}) {
         host.log.clear();
-        Reverse reverse = reverseFrom(position);
+        Aud::SampleCache::ReverseIterator reverse({}, position, false, cache, true, gearing);
         ++reverse;
-        EXPECT_EQ(host.count("move reverse"), moves) << "from position " << position;
+        EXPECT_EQ(host.count("move reverse"), moves) << "from the index " << position - 3;
     }
 }
 
-} // namespace
 } // namespace audlmd::test

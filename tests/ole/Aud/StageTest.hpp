@@ -27,6 +27,7 @@ class StageTest : public testing::Test {
 protected:
     StageTest() {
         ScriptedHost::current = &host;
+        host.record = &record;
         useCurveTables(0);
     }
     ~StageTest() override { ScriptedHost::current = nullptr; }
@@ -41,6 +42,7 @@ protected:
     }
 
     ScriptedHost host;
+    Aud::Render::PerSourceRecord record;
 };
 
 using Samples = std::vector<float>;

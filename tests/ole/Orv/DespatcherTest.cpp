@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 namespace audlmd::test {
-namespace {
 
 TEST(Despatcher, GrowsToTheLargestCodeAndKeepsTheFirstFunction) {
     using Table = Orv::ModeMetaHelpers2::Despatcher<void (*)(int&), struct Tag>;
@@ -22,5 +21,4 @@ TEST(Despatcher, GrowsToTheLargestCodeAndKeepsTheFirstFunction) {
     EXPECT_EQ(table.find(7), second);
 }
 
-} // namespace
 } // namespace audlmd::test

@@ -43,4 +43,13 @@ struct RandomCase {
     std::vector<std::uint8_t> buffer;
 };
 
+/// Renders random cases through the functions in the despatch table and through the model, `seeds` of them
+/// for each code, and compares samples, output position, host state, failures and the order of all host
+/// operations after every call. Expects no difference. The environment variable AUDLMD_CASE names one case to
+/// run alone: seed:code:output type.
+void expectNoDifference(const std::vector<unsigned int>& codes, std::size_t outputType, unsigned int seeds);
+
+/// Lets every host operation of a short case fail in turn, in output types that change from code to code.
+void expectNoDifferenceWhateverFails(const std::vector<unsigned int>& codes);
+
 } // namespace audlmd::test
