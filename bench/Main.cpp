@@ -17,6 +17,26 @@ std::map<std::string, std::size_t> outputTypeIndices() {
     return indices;
 }
 
+/// What both commands take.
+void addOptions(CLI::App& command, audlmd::bench::Selection& selection) {
+    command.add_option("--code", selection.codes, "mode codes (all)")
+        ->check(CLI::Validator(
+            [](const std::string& text) {
+                unsigned long code = 0;
+                const bool valid =
+                    CLI::detail::lexical_cast(text, code) && Aud::Render::isValidModeCode(code);
+                return valid ? std::string() : text + " is not a valid mode code";
+            },
+            "CODE"));
+    command.add_option("--rounds", selection.rounds, "times to go through everything")
+        ->capture_default_str()
+        ->check(CLI::PositiveNumber);
+    command.add_option("--repetitions", selection.repetitions, "times in a row for each function")
+        ->capture_default_str()
+        ->check(CLI::PositiveNumber);
+    command.add_option("--json", selection.json, "file for the figures as JSON (- for standard output)");
+}
+
 } // namespace
 
 // NOLINTNEXTLINE(bugprone-exception-escape): options that clash are a fault of this program
@@ -25,26 +45,8 @@ int main(int argc, char** argv) {
                  "must make."};
     app.require_subcommand(1);
     audlmd::bench::Selection selection;
-    const auto addOptions = [&selection](CLI::App& command) {
-        command.add_option("--code", selection.codes, "mode codes (all)")
-            ->check(CLI::Validator(
-                [](const std::string& text) {
-                    unsigned long code = 0;
-                    const bool valid =
-                        CLI::detail::lexical_cast(text, code) && Aud::Render::isValidModeCode(code);
-                    return valid ? std::string() : text + " is not a valid mode code";
-                },
-                "CODE"));
-        command.add_option("--rounds", selection.rounds, "times to go through everything")
-            ->capture_default_str()
-            ->check(CLI::PositiveNumber);
-        command.add_option("--repetitions", selection.repetitions, "times in a row for each function")
-            ->capture_default_str()
-            ->check(CLI::PositiveNumber);
-        command.add_option("--json", selection.json, "file for the figures as JSON (- for standard output)");
-    };
     CLI::App* const modes = app.add_subcommand("modes", "nanoseconds per output sample");
-    addOptions(*modes);
+    addOptions(*modes, selection);
     modes->add_option("--output", selection.outputTypes, "output types (all)")
         ->transform(CLI::CheckedTransformer(outputTypeIndices(), CLI::ignore_case));
     modes->add_option("--speed", selection.speeds, "speeds of modes with a conversion")
@@ -54,7 +56,7 @@ int main(int argc, char** argv) {
         ->capture_default_str()
         ->check(CLI::Range(16U, 4096U));
     CLI::App* const calls = app.add_subcommand("calls", "nanoseconds per call of 0 and of 64 samples");
-    addOptions(*calls);
+    addOptions(*calls, selection);
     CLI11_PARSE(app, argc, argv);
 
     if (selection.codes.empty())

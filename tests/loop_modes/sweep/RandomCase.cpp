@@ -166,6 +166,17 @@ Request randomRequest(Dice& dice, unsigned int code, const ScriptedHost& host) {
     return request;
 }
 
+void randomRecord(Dice& dice, Aud::Render::PerSourceRecord& record) {
+    record.strip = ce_handle(ScriptedHost::cookie);
+    record.dynamicLevel.samplesToNextNode = dice.pick({0U, 1U, 2U, 9U, 100000U});
+    record.dynamicLevel.uValue = randomUValue(dice);
+    record.dynamicLevel.uValueStep = randomStep(dice);
+    record.dynamicLevel.stationary = dice.pick<std::uint8_t>({0, 0, 0, 1, 255});
+    record.srcState.outSample = dice.uniform(-1.0F, 1.0F);
+    record.srcState.readIndex = dice.roll(64);
+    record.srcState.nextSourcePos = 4711;
+}
+
 } // namespace
 
 RandomCase::RandomCase(std::uint64_t seedOfAll, unsigned int modeCode, std::size_t output)
@@ -181,15 +192,7 @@ RandomCase::RandomCase(std::uint64_t seedOfAll, unsigned int modeCode, std::size
     for (BandState& band : host.bands)
         band = {dice.uniform(-1.0F, 1.0F), dice.uniform(-1.0F, 1.0F), dice.uniform(-1.0F, 1.0F)};
 
-    record.strip = ce_handle(ScriptedHost::cookie);
-    record.dynamicLevel.samplesToNextNode = dice.pick({0U, 1U, 2U, 9U, 100000U});
-    record.dynamicLevel.uValue = randomUValue(dice);
-    record.dynamicLevel.uValueStep = randomStep(dice);
-    record.dynamicLevel.stationary = dice.pick<std::uint8_t>({0, 0, 0, 1, 255});
-    record.srcState.outSample = dice.uniform(-1.0F, 1.0F);
-    record.srcState.readIndex = dice.roll(64);
-    record.srcState.nextSourcePos = 4711;
-
+    randomRecord(dice, record);
     std::size_t total = 0;
     for (std::uint32_t calls = dice.roll(4) + 1; calls > 0; --calls) {
         Request request = randomRequest(dice, code, host);
