@@ -10,7 +10,7 @@
 namespace audlmd::bench {
 namespace {
 
-/// A call is too short to be timed alone.
+/// Calls that are timed together, because one is too short.
 constexpr unsigned int callsAtOnce = 1000;
 constexpr unsigned int longCall = 64;
 
@@ -21,7 +21,7 @@ unsigned int countLayers(const Aud::Render::ModeFields& fields) {
            (stage.middleLevel != Aud::Render::MiddleLevelKind::absent ? 1 : 0);
 }
 
-/// What a call costs besides its samples does not depend on the output type.
+/// One output type is enough: the cost of a call besides its samples is the same in all of them.
 using Out = Aud::SampleF32*;
 
 /// The figures of one mode, for calls of `count` samples.

@@ -41,7 +41,7 @@ struct Copies<Source, 0> {
 template <class Source, std::size_t Layers>
 [[gnu::noinline]] void build(const IteratorCreationParams& params) {
     const Copies<Source, Layers> chain = Copies<Source, Layers>::make(params);
-    // As if it were used.
+    // Keeps the compiler from leaving the chain out.
     asm volatile("" : : "g"(&chain) : "memory");
 }
 

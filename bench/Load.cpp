@@ -1,6 +1,6 @@
 // audlmd-bench-load LIBRARY: loads the library and prints how long it took, in nanoseconds, and how many
-// render functions it registered. Once per process, because a process loads a library for the first time only
-// once.
+// render functions it registered. A process measures one load, because later loads find the
+// library in memory.
 
 #include "bench/Report.hpp"
 #include "host/DespatchTables.hpp"

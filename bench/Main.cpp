@@ -17,7 +17,7 @@ std::map<std::string, std::size_t> outputTypeIndices() {
     return indices;
 }
 
-/// What both commands take.
+/// The options of both commands.
 void addOptions(CLI::App& command, audlmd::bench::Selection& selection) {
     command.add_option("--code", selection.codes, "mode codes (all)")
         ->check(CLI::Validator(

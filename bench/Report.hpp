@@ -9,7 +9,7 @@
 
 namespace audlmd::bench {
 
-/// How long one thing took, over all of its repetitions.
+/// The durations of one piece of work, over all of its repetitions, in nanoseconds.
 class Timing {
 public:
     template <class Work>
@@ -31,7 +31,8 @@ private:
     std::vector<double> nanoseconds_;
 };
 
-/// The figures of one thing beside those of its yardstick, both divided by `unit`.
+/// The least and the median duration beside those of the yardstick, all divided by `unit`: the samples or
+/// calls of one repetition.
 inline nlohmann::json figures(const Timing& timing, const Timing& yardstick, double unit) {
     return {{"minimum", timing.minimum() / unit},
             {"median", timing.median() / unit},

@@ -15,13 +15,13 @@ namespace audlmd::bench {
 /// A tone, in several segments.
 std::vector<float> testMaterial();
 
-/// A render request that keeps every stage of a mode at work: a fade that runs through its phases, a level on
-/// its way to a node, an equaliser that rings, and a source that stays inside the material. Rendering it
-/// again starts at the same place; host state runs on.
+/// A render request that keeps every stage of a mode at work: a fade that runs through its phases, an
+/// automation on its way to a node, an equaliser that rings, and a source that stays inside the material. A
+/// second render of the request starts at the same place, but the state in the record runs on.
 class Request {
 public:
-    /// `sourceSamples`: what a call will read, over which the fade runs. `speed` is in source samples per
-    /// output sample, and 1 where the mode has no conversion.
+    /// The fade runs over `sourceSamples`, the samples that one call reads. `speed` is in source samples per
+    /// output sample; a mode without conversion ignores it.
     Request(unsigned int code, Cache& cache, unsigned int sourceSamples, double speed);
     Request(const Request&) = delete;
     Request& operator=(const Request&) = delete;

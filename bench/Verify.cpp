@@ -11,7 +11,7 @@
 namespace audlmd::bench {
 namespace {
 
-/// The host that the model asks: answers as the host of the benchmarks does, and counts nothing.
+/// Answers the model as the host of the benchmarks answers the library. Records nothing.
 class ModelHost final : public model::Host {
 public:
     ModelHost(const Cache& cache, Aud::Filter::MultiBandBiquad<5U>& equaliser)
@@ -78,7 +78,7 @@ std::optional<std::string> differenceFromModel(unsigned int code, std::size_t ou
     constexpr std::size_t largestContainer = 4;
     std::array<std::uint8_t, 2 * samplesPerCall * largestContainer> rendered{};
     std::array<std::uint8_t, rendered.size()> expected{};
-    // What summing reads.
+    // The summing output types add to these bytes.
     for (std::size_t i = 0; i < rendered.size(); ++i)
         rendered[i] = expected[i] = static_cast<std::uint8_t>(i * 37 % 64);
 

@@ -2,9 +2,9 @@
 
 #include "bench/Request.hpp"
 
-/// What the render functions are measured beside. Both lie in a library of their own, as the render functions
-/// do: calls out of a program are slower, because it lies too far from the libraries for the processor's
-/// branch prediction.
+/// The render functions are measured beside these. They lie in a library of their own, as the render
+/// functions do: a call out of a program is slower, because a program lies too far from the libraries for the
+/// processor's branch prediction.
 namespace audlmd::bench {
 
 /// The floor of a mode: makes the host calls that the contract demands for `count` output samples, in the

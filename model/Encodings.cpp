@@ -14,7 +14,7 @@ struct Clip {
     std::int64_t lowerValue;
 };
 
-/// Clips, upper limit first; `scaled` is what is truncated otherwise.
+/// Clips `x`, upper limit first, and truncates `scaled` towards 0 where nothing was clipped.
 std::int64_t integerOf(float x, const Clip& clip, double scaled) {
     if (x > clip.upper)
         return clip.upperValue;
@@ -48,7 +48,7 @@ void store(Format format, float x, std::uint8_t* container) {
         constexpr float upper = 0.99999988079071044921875F;
         bits = std::bit_cast<std::uint32_t>(x > upper ? upper : x < -1.0F ? -1.0F : x);
     } else {
-        // A NaN stores what silence does.
+        // A NaN stores the same as silence, which for u8 is the offset.
         const float silence = format == Format::u8 ? 1.0F : 0.0F;
         bits = static_cast<std::uint32_t>(storedInteger(format, x != x ? silence : x));
     }

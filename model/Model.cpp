@@ -14,12 +14,15 @@ namespace {
 using Aud::Render::IteratorCreationParams;
 using Aud::Render::PerSourceRecord;
 
-enum class Kind { source, pass, equaliser, simpleRamp, rampHold, holdRamp, rampHoldRamp, fixed, dynamic };
+/// What a layer does. The order matters: the four shapes from simpleRamp to rampHoldRamp stand together.
+enum class Kind { pass, equaliser, simpleRamp, rampHold, holdRamp, rampHoldRamp, fixed, dynamic };
 
 /// The layers that a middle digit names, inner to outer: simple ramps by their curve, (r)amp-hold,
 /// (h)old-ramp, (t)wo ramps, (f)ixed level, (n)othing.
 constexpr const char* middleLayers[12] = {"n", "f", "2", "3", "2f", "3f", "r", "h", "t", "rf", "hf", "tf"};
 
+/// The gain at a u-value, by the contract's curve numbers: 1 linear, 2 mixer-style, 3 constant power. A
+/// u-value above the limit reads as the limit, a negative one as 0. The node is found by a true division.
 float gainOf(std::uint32_t curve, float u) {
     if (curve == 1 || u != u)
         return u;
@@ -27,6 +30,7 @@ float gainOf(std::uint32_t curve, float u) {
     const Aud::GainCurve::CurveNode* const nodes =
         mixer ? Aud::GainCurve::MixerStyleLog1_Private::UVal2Mag_CurveNodes
               : Aud::GainCurve::ConstantPower1_Private::UVal2Mag_CurveNodes;
+    // By their bits: 1.5 and 1.0, 0.001 and 0.01 in single precision.
     const float limit = std::bit_cast<float>(mixer ? 0x3FC00000U : 0x3F800000U);
     const float spacing = std::bit_cast<float>(mixer ? 0x3A83126FU : 0x3C23D70AU);
     const int lastNode = mixer ? 1501 : 100;
@@ -43,7 +47,8 @@ float gainOf(std::uint32_t curve, float u) {
     return (u - nodes[node].uValue) * nodes[node].slope + nodes[node].magnitude;
 }
 
-/// One layer over the source, with the state of whatever kind it is.
+/// One layer over the source, with the state of every kind: curves and steps of the first and the last ramp,
+/// and the samples left in the first ramp and in the hold.
 struct Layer {
     Kind kind = Kind::pass;
     std::uint32_t firstCurve = 0, lastCurve = 0;
@@ -51,9 +56,11 @@ struct Layer {
     std::uint32_t ramping = 0, holding = 0;
 };
 
+/// The chain of one render call, inner to outer: the source, the layers in a list, and at most one converter.
 class Chain {
 public:
-    /// Takes every value before the first operation of the host, which may change them.
+    /// Takes every value of the request before the first operation of the host, because the host may change
+    /// its record then.
     Chain(unsigned int code, const IteratorCreationParams& params, Host& host)
         : digits_(code), record_(*params.source), outerLevelUValue_(record_.outerLevelUValue), host_(host) {
         std::memcpy(envelope_, &record_.envelope, sizeof envelope_);
@@ -75,6 +82,8 @@ public:
             convert();
     }
 
+    /// The current sample. The linear converter weighs its right neighbour by 2^-30 per fraction, although a
+    /// sample has 2^30 - 1 fractions; its left term is in double precision.
     float read() {
         if (digits_.conversion == 2)
             return record_.srcState.outSample;
@@ -86,6 +95,7 @@ public:
                                   static_cast<double>(right));
     }
 
+    /// Moves on by one output sample.
     void step() {
         if (digits_.conversion == 2)
             resampleOne();
@@ -95,7 +105,7 @@ public:
             stepLayer(layers_.size());
     }
 
-    /// The end of a render call, however it ends.
+    /// Ends the render call, also where an exception ends it.
     void finish() {
         if (digits_.conversion != 2)
             return;
@@ -106,9 +116,13 @@ public:
 private:
     static constexpr std::int32_t one = 1073741823;
 
+    // The envelope as the contract counts its ten words: 0 elapsed, 1 start, 2 level, 3 type, 4 and on the
+    // shape's.
     std::uint32_t word(std::size_t i) const { return envelope_[i]; }
     float number(std::size_t i) const { return std::bit_cast<float>(envelope_[i]); }
 
+    /// The start position is another field with the filtering converter. Without that converter, a reverse
+    /// source starts one sample further on.
     SourceRequest sourceRequest(const IteratorCreationParams& params) const {
         const bool forward = digits_.direction == 1;
         const bool flag = *params.requestFlag;
@@ -135,7 +149,7 @@ private:
         }
     }
 
-    /// A layer copies the one below, whose copy of the source then goes.
+    /// Puts a layer on top: it copies the source, and the copy that the layer below held is destroyed.
     void add(const Layer& layer) {
         auto copy = std::make_unique<Source>(*source_);
         source_ = std::move(copy);
@@ -176,6 +190,8 @@ private:
         add(level);
     }
 
+    /// Adds a stored shape, whose parameters must have the type `tag`, and places it where `elapsed` samples
+    /// are past. `line` is the line number of the exception.
     void addShape(Kind kind, std::uint32_t tag, int line) {
         if (word(3) != tag)
             fail("Mismatched EnvelopePrameters type!", line);
@@ -241,6 +257,7 @@ private:
         }
     }
 
+    /// Steps the `count` innermost layers. The automation moves before the layers below it, all others after.
     void stepLayer(std::size_t count) {
         if (count == 0)
             return source_->step();
@@ -264,6 +281,8 @@ private:
         }
     }
 
+    /// Moves the automation by one sample. The sample that reaches a node is stepped too; the node replaces
+    /// the result.
     void stepLevel() {
         auto& level = record_.dynamicLevel;
         if (level.stationary != 0)
@@ -283,6 +302,7 @@ private:
         return offset.sample > 0 || (offset.sample == 0 && offset.fraction > 0);
     }
 
+    /// Reads two samples; the converter stands on the first. A start offset of 0 or less has no effect.
     void startLinear() {
         left_ = readLayer(layers_.size());
         stepLayer(layers_.size());
@@ -291,6 +311,8 @@ private:
             advance(offset_.sample, offset_.fraction);
     }
 
+    /// Moves the linear converter. Its right neighbour is read when the position passes it, not when the
+    /// position reaches it: hence the lag of one sample on whole positions.
     void advance(std::int64_t samples, std::int32_t fractions) {
         sample_ += samples;
         fraction_ += fractions;
@@ -306,12 +328,15 @@ private:
         }
     }
 
+    /// Bounds the factor, output samples per source sample. A NaN passes.
     static double bound(double factor) {
         const double least = 1.0 / cfgAudioPlaybackSpeedLimit;
         const double atMost = 1024.0 < factor ? 1024.0 : factor;
         return least > atMost ? least : atMost;
     }
 
+    /// Opens the resampler and skips the start offset only where the record says that none is open: every
+    /// byte but 0 says that one is.
     void startFiltering() {
         auto& state = record_.srcState;
         if (state.opened == 0) {
@@ -327,6 +352,7 @@ private:
         state.factor = bound(1.0 / static_cast<double>(speed_));
     }
 
+    /// Reads a whole block of source samples ahead.
     void refill() {
         for (float& sample : record_.srcState.sourceBlock) {
             sample = readLayer(layers_.size());
@@ -335,6 +361,7 @@ private:
         record_.srcState.readIndex = 0;
     }
 
+    /// Asks the resampler for one output sample. Where it gives none, the one before stands.
     void resampleOne() {
         auto& state = record_.srcState;
         const std::uint32_t left = 64 - state.readIndex;
@@ -360,7 +387,7 @@ private:
     std::unique_ptr<Source> source_;
     std::vector<Layer> layers_;
 
-    // The linear converter.
+    // The linear converter: its two neighbours, its position, and the position of the right neighbour.
     float left_ = 0.0F, right_ = 0.0F;
     std::int64_t sample_ = 0, rightSample_ = 1;
     std::int32_t fraction_ = 0;

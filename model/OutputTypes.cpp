@@ -12,7 +12,7 @@ namespace {
 
 using Aud::Render::IteratorCreationParams;
 
-/// How an output type is made from a position in the buffer, and where it then stands.
+/// Makes an output type from a position in the buffer, and asks the output type for its position.
 template <class Out>
 struct OutputAt;
 

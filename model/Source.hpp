@@ -13,7 +13,7 @@ constexpr Integer wrap(Integer value, std::int64_t addend) {
     return static_cast<Integer>(static_cast<std::uint64_t>(value) + static_cast<std::uint64_t>(addend));
 }
 
-/// A segment handle, whose copies the host counts.
+/// A handle to a segment. The host is told of every handle that is made, copied, assigned and destroyed.
 class Segment {
 public:
     /// The host makes handles inside its own iterator, the library only empty ones.
@@ -34,7 +34,7 @@ public:
     ~Segment() { host_->destroySegment(number_); }
 
     int number() const { return number_; }
-    /// The host's own change.
+    /// The host itself lets the handle refer to another segment, which is no operation of the library.
     void rebind(int number) { number_ = number; }
 
 private:
@@ -42,7 +42,8 @@ private:
     int number_;
 };
 
-/// One copy of the host's source iterator: how the library reads and steps it.
+/// One copy of the host's source iterator, with what the library does to read it and to step it. Outside the
+/// material it reads silence.
 struct Source {
     Source(Host& theHost, const SourceRequest& request)
         : host(theHost), forward(request.forward), position(request.position), length(host.materialLength()),
@@ -56,6 +57,8 @@ struct Source {
     Source& operator=(const Source&) = delete;
     ~Source() { host.destroySource(forward); }
 
+    /// The current sample. The status is asked for twice, before and after the wait; a sample that is missing
+    /// inside the material is 0 and counts as an underrun.
     float read() const {
         const int segment = current.number();
         if (host.status(segment) == 2 && waits)
@@ -67,6 +70,7 @@ struct Source {
         return 0.0F;
     }
 
+    /// Moves on by one source sample, forwards or backwards. Positions may wrap.
     void step() {
         const std::int64_t old = position;
         position = wrap(old, forward ? 1 : -1);
@@ -86,6 +90,7 @@ struct Source {
     std::vector<Segment> held;
 
 private:
+    /// The event is given back also when the wait throws.
     void waitFor(int segment) const {
         struct Event {
             Event(Host& theHost, int number) : host(theHost) { host.requestEvent(number); }
@@ -104,6 +109,8 @@ private:
 
     void leave() { current = Segment(host, -1, Segment::Maker::library); }
 
+    /// Entering the material is tested before leaving it: even a material of length 0 is entered at position
+    /// 0. On a segment of unknown length (status 7) the iterator stays.
     void stepForward() {
         if (position < 0 || position > length)
             return;
@@ -118,6 +125,7 @@ private:
             moveTo(host.moveForward(place.segment));
     }
 
+    /// Asks for neither the status nor the length. Only the index -1 exactly moves to the segment before.
     void stepReverse(std::int64_t old) {
         if (position < -1 || position >= length)
             return;

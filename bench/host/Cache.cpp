@@ -154,8 +154,4 @@ const Aud::SampleCacheSegment& Cache::segmentAt(std::int64_t position) const {
     return segments_[static_cast<std::size_t>(position / segmentLength)];
 }
 
-std::uint64_t underruns() {
-    return Aud::underrunCount;
-}
-
 } // namespace audlmd::bench

@@ -20,7 +20,7 @@ CurveNode constantPowerNodes[Aud::GainCurve::ConstantPower1_Private::nodeCount];
 
 namespace {
 
-/// The random ones have random numbers in every field, so that a wrong node shows.
+/// Odd tables have random numbers in every field, so that a wrong node shows.
 CurveNode makeNode(unsigned int table, std::size_t index, float u, std::mt19937& random) {
     std::uniform_real_distribution<float> any(-2.0F, 2.0F);
     if (table % 2 == 1)

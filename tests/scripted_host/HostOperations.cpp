@@ -153,14 +153,14 @@ ThreadEventPtr SampleCacheSegment::getRequestCompletedEvent() const {
 
 namespace {
 
-// What the host's own members of the iterators hold.
+// The values of the members of the iterators that only the host uses.
 constexpr std::uint8_t ownFlags = 0xA5;
 constexpr std::uint32_t ownReach = 0x12345678;
 
 /// Where the iterator that is being made stands.
 model::Place made;
 
-/// The first thing in a constructor, so that the members after it are the host's own work.
+/// Begins a constructor of an iterator. The handles that its members make are the host's own work.
 const Cookie& begin(const model::SourceRequest& request, const Cookie& cookie, const SampleCache& cache,
                     const Orv::OutputGearing& gearing) {
     made = host().makeSource(request);
@@ -169,7 +169,7 @@ const Cookie& begin(const model::SourceRequest& request, const Cookie& cookie, c
     return cookie;
 }
 
-/// Makes the place that the host answers current.
+/// Moves an iterator to a place.
 template <class Number>
 void moveTo(const model::Place& place, SampleCacheSegment& segment, std::int32_t& index, Number& number) {
     Access::rebind(segment, place.segment);

@@ -18,7 +18,8 @@
 namespace audlmd::test {
 
 /// One operation in the order in which the library made them. The operation "with" says more about the one
-/// before, "CORRUPTED" that the library handed something else on than it got.
+/// before. The operation "CORRUPTED" says that the library did not hand on exactly what the host had handed
+/// out.
 struct Call {
     std::string_view operation;
     std::uint64_t argument;
@@ -26,12 +27,12 @@ struct Call {
     friend bool operator==(const Call&, const Call&) = default;
 };
 
-/// What a scripted operation throws.
+/// Thrown by a scripted operation, by its number in the call.
 struct HostFailure {
     std::size_t call;
 };
 
-/// All NaNs are one: their signs and payloads are nobody's contract.
+/// Bits to compare. All NaNs are made equal, because no contract covers their signs and payloads.
 inline std::uint32_t bitsOf(float x) {
     return x != x ? 0x7FC00000U : std::bit_cast<std::uint32_t>(x);
 }
@@ -74,15 +75,15 @@ struct ScriptedHost final : model::Host {
     std::vector<ScriptedSegment> segments;
     const float* material = nullptr;
     int emptyStatus = 0;
-    /// Of iterators that are made outside the material.
+    /// The place of iterators that are made outside the material.
     model::Place outside;
     std::vector<model::LevelSegment> levelSegments;
     std::array<BandState, 5> bands;
     bool keepsEvents = false;
     bool logging = true;
-    /// The first operation that may throw, counted from here, does.
+    /// Throws in the first operation that may throw and has at least this number in the call.
     std::size_t throwAt = never;
-    /// What the host does during that operation besides, to its own record.
+    /// During the operation with this number the host also calls `interfere`, which changes its record.
     std::size_t interfereAt = never;
     std::function<void()> interfere;
 
@@ -106,10 +107,11 @@ struct ScriptedHost final : model::Host {
     /// How often the log holds an operation.
     std::size_t count(std::string_view operation) const;
 
+    /// Logs an operation that may throw, and interferes and throws where the scenario says so.
     void call(std::string_view operation, std::uint64_t argument);
-    /// An operation that does not throw, or more about the one before.
+    /// Logs an operation that never throws, or "with".
     void note(std::string_view operation, std::uint64_t argument);
-    /// Notes that something was corrupted unless it is right.
+    /// Logs "CORRUPTED" unless `right`.
     void require(bool right);
 
     void stripCookie() override { call("strip cookie", 0); }

@@ -37,7 +37,7 @@ struct Side {
     }
     Side(const Side&) = delete;
 
-    /// What the mode does not read stays null.
+    /// Pointers that the mode does not read stay null.
     IteratorCreationParams paramsOf(const Request& wanted, unsigned int code) {
         request = wanted;
         host.startCall(request.throwAt, request.interfereAt);
@@ -67,7 +67,7 @@ struct Side {
         return params;
     }
 
-    /// Everything of the request that a call takes before it makes the first layer.
+    /// Changes every value that a render call takes before its first host operation.
     void changeWhatIsTaken() {
         std::memset(&record.envelope, 0x3F, sizeof record.envelope);
         record.outerLevelUValue = 0.1F;
@@ -106,7 +106,7 @@ struct Side {
     std::string failure;
 };
 
-/// What left the call, in words.
+/// The exception that left the call, in words; empty if there was none.
 template <class Render>
 std::string failureOf(Render render) {
     std::ostringstream words;

@@ -61,7 +61,7 @@ std::uint32_t randomLength(Dice& dice) {
     return dice.oneIn(6) ? dice.pick({100000U, (1U << 24) + 1, 0xFFFFFFFFU}) : dice.roll(24);
 }
 
-/// Mostly what suits the mode; elapsed at and around each boundary of the phases.
+/// Mostly an envelope of the mode's shape. The elapsed samples lie at and around each boundary of the phases.
 void randomEnvelope(Dice& dice, unsigned int code, std::uint32_t (&words)[10]) {
     static constexpr std::uint32_t tags[12] = {0, 0, 0, 0, 0, 0, 4, 5, 6, 4, 5, 6};
     const auto curve = [&dice] {

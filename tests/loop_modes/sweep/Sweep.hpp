@@ -9,8 +9,8 @@
 
 namespace audlmd::test {
 
-/// One render call: what the host puts into its record, which of its operations throws, and during which one
-/// it changes what the call has taken already.
+/// One render call: the values that the host puts into its record, the number of the operation that throws,
+/// and the number of the operation during which the host changes these values.
 struct Request {
     std::int64_t startPosition = 0;
     std::int64_t forwardFilteringStartPosition = 0;
@@ -27,7 +27,7 @@ struct Request {
     std::size_t interfereAt = ScriptedHost::never;
 };
 
-/// A run of render calls for one source, all of it from `seed`.
+/// A few render calls in a row for one source. Every value follows from `seed`.
 struct RandomCase {
     RandomCase(std::uint64_t seed, unsigned int code, std::size_t outputType);
 
@@ -39,7 +39,7 @@ struct RandomCase {
     ScriptedHost host;
     Aud::Render::PerSourceRecord record;
     std::vector<Request> requests;
-    /// What is in the output buffer before the first call.
+    /// The output buffer before the first call.
     std::vector<std::uint8_t> buffer;
 };
 

@@ -79,7 +79,7 @@ const Expected expected<S24>{model::Format::s24,
      {0x1p-24F, 0}, {0.0F, 0}, {nan, 0}},
     {{-8388608, 1.0F, 0}, {8388607, 0.1F, 8388607}}};
 
-// The fourth byte of a container is ignored, and put right.
+// Loading ignores the fourth byte of a container; storing extends the sign into it.
 template <>
 const Expected expected<S24In32>{model::Format::s24in32,
     {{1.0F, 8388607}, {-1.0F, -8388608}, {-1.1F, -8388608}, {-0x1p-23F, -1}, {0.0F, 0}, {nan, 0}},

@@ -33,7 +33,7 @@ TEST(SubSamplePos, AddsAsTheConstructorNormalises) {
     SubSamplePos twice(0, 536870912);
     twice += SubSamplePos(0, 536870912);
     EXPECT_EQ(twice, SubSamplePos(1, 1));
-    // What a host put together by hand is normalised too.
+    // The sum of positions that a host made by hand, without normalising, is normalised too.
     for (int first : {0, 1, one - 1, one, -1, -one, 2147483647, -2147483647})
         for (int second : {0, 1, one - 1, -1, -one, 536870912}) {
             SubSamplePos position(7, 0);
