@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-namespace Bench {
+namespace audlmd::bench {
 
-/// What to measure, and how often.
+/// The functions that a command measures, and how often.
 struct Selection {
     /// All valid codes where empty.
     std::vector<unsigned int> codes;
@@ -15,19 +15,19 @@ struct Selection {
     /// In source samples per output sample, for the modes with a conversion.
     std::vector<double> speeds{1.0};
     unsigned int samples = 2048;
-    /// Times that everything is gone through; within one, each function is repeated next to its floor.
+    /// Each round measures everything; in a round, each function takes `repetitions` turns with its floor.
     unsigned int rounds = 3;
     unsigned int repetitions = 5;
-    /// Where the figures go as JSON. Empty: nowhere; "-": to standard output, and no table.
+    /// The file for the figures as JSON. Empty: no file; "-": standard output, instead of the table.
     std::string json;
 };
 
-/// Nanoseconds per output sample of render functions, each beside its floor. Returns the exit status: not 0
-/// where a function's output differs from the model's, and then nothing is measured.
+/// Nanoseconds per output sample of render functions, each beside its floor. Returns the exit status, which
+/// is 1 where a function's output differs from the model's; nothing is measured then.
 int measureModes(const Selection& selection);
 
 /// Nanoseconds per call of 0 and of 64 samples, in the modes without conversion, beside the same chain built
 /// by hand (and, for the 64 samples, the floor of the mode).
 int measureCalls(const Selection& selection);
 
-} // namespace Bench
+} // namespace audlmd::bench

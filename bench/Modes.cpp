@@ -1,16 +1,14 @@
 #include "bench/Commands.hpp"
 #include "bench/Report.hpp"
 #include "bench/Request.hpp"
-#include "bench/floor/Floor.hpp"
-#include "bench/verify/Verify.hpp"
+#include "bench/Yardsticks.hpp"
 #include "model/OutputTypes.hpp"
-#include "model/RenderThroughTable.hpp"
 
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
 
-namespace Bench {
+namespace audlmd::bench {
 namespace {
 
 struct Measured {
@@ -40,7 +38,7 @@ void measure(Measured& it, Cache& cache, const Selection& selection, std::vector
     for (unsigned int i = 0; i < selection.repetitions; ++i) {
         std::uint8_t* position = buffer.data();
         it.render.repeat([&] {
-            Test::renderThroughTable(it.outputType, it.code, request.params(), position, selection.samples);
+            model::renderThroughTable(it.outputType, it.code, request.params(), position, selection.samples);
         });
         it.floor.repeat([&] { floor.run(selection.samples); });
     }
@@ -58,7 +56,7 @@ int measureModes(const Selection& selection) {
         if (difference) {
             std::fprintf(stderr,
                          "audlmd-bench: mode %u to %s differs from the model in %s; nothing is measured\n",
-                         it.code, Test::outputTypeNames[it.outputType], difference->c_str());
+                         it.code, model::outputTypeNames[it.outputType], difference->c_str());
             return 1;
         }
     }
@@ -75,7 +73,7 @@ int measureModes(const Selection& selection) {
     for (const Measured& it : all) {
         nlohmann::json row = figures(it.render, it.floor, selection.samples);
         row.update({{"code", it.code},
-                    {"output", Test::outputTypeNames[it.outputType]},
+                    {"output", model::outputTypeNames[it.outputType]},
                     {"speed", it.speed},
                     {"count", selection.samples}});
         rows.push_back(row);
@@ -84,4 +82,4 @@ int measureModes(const Selection& selection) {
     return 0;
 }
 
-} // namespace Bench
+} // namespace audlmd::bench

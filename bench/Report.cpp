@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <unistd.h>
 
-namespace Bench {
+namespace audlmd::bench {
 
 void showProgress(const std::string& what, std::size_t done, std::size_t all) {
     static const bool onTerminal = isatty(STDERR_FILENO) != 0;
@@ -35,4 +35,4 @@ void report(const nlohmann::json& rows, const std::string& jsonFile) {
         throw std::runtime_error("cannot write " + jsonFile);
 }
 
-} // namespace Bench
+} // namespace audlmd::bench

@@ -7,7 +7,7 @@
 #include <cmath>
 #include <cstddef>
 
-namespace Bench {
+namespace audlmd::bench {
 namespace {
 
 using namespace Aud::Render;
@@ -80,4 +80,4 @@ Request::~Request() {
         resample_close(record_.srcState.handle);
 }
 
-} // namespace Bench
+} // namespace audlmd::bench

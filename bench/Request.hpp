@@ -4,21 +4,24 @@
 #include "loop_modes/IteratorCreationParams.hpp"
 #include "loop_modes/ModeCode.hpp"
 
+#include <cstddef>
 #include <cstdint>
+#include <optional>
+#include <string>
 #include <vector>
 
-namespace Bench {
+namespace audlmd::bench {
 
 /// A tone, in several segments.
 std::vector<float> testMaterial();
 
-/// A render request that keeps every stage of a mode at work: a fade that runs through its phases, a level on
-/// its way to a node, an equaliser that rings, and a source that stays inside the material. Rendering it
-/// again starts at the same place; host state runs on.
+/// A render request that keeps every stage of a mode at work: a fade that runs through its phases, an
+/// automation on its way to a node, an equaliser that rings, and a source that stays inside the material. A
+/// second render of the request starts at the same place, but the state in the record runs on.
 class Request {
 public:
-    /// `sourceSamples`: what a call will read, over which the fade runs. `speed` is in source samples per
-    /// output sample, and 1 where the mode has no conversion.
+    /// The fade runs over `sourceSamples`, the samples that one call reads. `speed` is in source samples per
+    /// output sample; a mode without conversion ignores it.
     Request(unsigned int code, Cache& cache, unsigned int sourceSamples, double speed);
     Request(const Request&) = delete;
     Request& operator=(const Request&) = delete;
@@ -44,4 +47,9 @@ private:
     Aud::Render::IteratorCreationParams params_;
 };
 
-} // namespace Bench
+/// Renders such a request through the despatch table and through the model, twice in a row, and says where
+/// the two differ; nothing if they do not.
+std::optional<std::string> differenceFromModel(unsigned int code, std::size_t outputType, Cache& cache,
+                                               double speed);
+
+} // namespace audlmd::bench

@@ -1,29 +1,28 @@
 #include "model/Model.hpp"
 
 #include "host/GainCurveNodes.hpp"
-#include "model/ModelModes.hpp"
-#include "model/StoredSample.hpp"
+#include "model/Source.hpp"
 #include "ole/Aud/SpeedLimit.hpp"
 
+#include <bit>
 #include <cstring>
+#include <memory>
 
-namespace Test {
+namespace audlmd::model {
 namespace {
 
 using Aud::Render::IteratorCreationParams;
 using Aud::Render::PerSourceRecord;
 
-enum class Kind { source, pass, equaliser, simpleRamp, rampHold, holdRamp, rampHoldRamp, fixed, dynamic };
+/// What a layer does. The order matters: the four shapes from simpleRamp to rampHoldRamp stand together.
+enum class Kind { pass, equaliser, simpleRamp, rampHold, holdRamp, rampHoldRamp, fixed, dynamic };
 
 /// The layers that a middle digit names, inner to outer: simple ramps by their curve, (r)amp-hold,
 /// (h)old-ramp, (t)wo ramps, (f)ixed level, (n)othing.
 constexpr const char* middleLayers[12] = {"n", "f", "2", "3", "2f", "3f", "r", "h", "t", "rf", "hf", "tf"};
 
-template <class Integer>
-Integer wrap(Integer value, std::int64_t addend) {
-    return static_cast<Integer>(static_cast<std::uint64_t>(value) + static_cast<std::uint64_t>(addend));
-}
-
+/// The gain at a u-value, by the contract's curve numbers: 1 linear, 2 mixer-style, 3 constant power. A
+/// u-value above the limit reads as the limit, a negative one as 0. The node is found by a true division.
 float gainOf(std::uint32_t curve, float u) {
     if (curve == 1 || u != u)
         return u;
@@ -31,6 +30,7 @@ float gainOf(std::uint32_t curve, float u) {
     const Aud::GainCurve::CurveNode* const nodes =
         mixer ? Aud::GainCurve::MixerStyleLog1_Private::UVal2Mag_CurveNodes
               : Aud::GainCurve::ConstantPower1_Private::UVal2Mag_CurveNodes;
+    // By their bits: 1.5 and 1.0, 0.001 and 0.01 in single precision.
     const float limit = std::bit_cast<float>(mixer ? 0x3FC00000U : 0x3F800000U);
     const float spacing = std::bit_cast<float>(mixer ? 0x3A83126FU : 0x3C23D70AU);
     const int lastNode = mixer ? 1501 : 100;
@@ -47,127 +47,8 @@ float gainOf(std::uint32_t curve, float u) {
     return (u - nodes[node].uValue) * nodes[node].slope + nodes[node].magnitude;
 }
 
-/// A segment handle, whose copies the host counts.
-class Segment {
-public:
-    Segment(Script& script, int number) : script_(&script), number_(number) { script_->makeSegment(); }
-    Segment(const Segment& other) : script_(other.script_), number_(other.number_) {
-        script_->copySegment(number_);
-    }
-    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): the host counts one to itself too
-    Segment& operator=(const Segment& other) {
-        script_->assignSegment(number_, other.number_);
-        number_ = other.number_;
-        return *this;
-    }
-    ~Segment() { script_->destroySegment(number_); }
-
-    int number() const { return number_; }
-    /// The host's own change.
-    void rebind(int number) { number_ = number; }
-
-private:
-    Script* script_;
-    int number_;
-};
-
-/// One copy of the host's iterator.
-struct Source {
-    Source(Script& host, const IteratorCreationParams& params, bool readsForward, std::int64_t start)
-        : script(host), forward(readsForward), position(start), length(host.materialLength),
-          place(host.makeIterator(forward, start,
-                                  Script::rightObjects |
-                                      (forward ? std::uint64_t{*params.forwardArgument} << 32 : 0) |
-                                      (*params.requestFlag ? 2U : 1U))),
-          current((host.beginHostWork(), host), place.segment), waits(*params.requestFlag) {
-        for (std::uint32_t i = 0; forward && i < *params.forwardArgument; ++i)
-            held.emplace_back(host, static_cast<int>(i));
-        host.endHostWork();
-    }
-    Source(const Source&) = default;
-    Source& operator=(const Source&) = delete;
-    ~Source() { script.note(forward ? Op::destroyForward : Op::destroyReverse, 0); }
-
-    float read() const {
-        const int segment = current.number();
-        if (script.status(segment) == 2 && waits)
-            waitFor(segment);
-        if (script.status(segment) == 1)
-            return script.samples(segment)[place.index];
-        if (0 <= position && position < length)
-            script.underrun();
-        return 0.0F;
-    }
-
-    void step() {
-        const std::int64_t old = position;
-        position = wrap(old, forward ? 1 : -1);
-        if (forward)
-            stepForward();
-        else
-            stepReverse(old);
-    }
-
-    Script& script;
-    bool forward;
-    std::int64_t position;
-    std::int64_t length;
-    Place place;
-    Segment current;
-    bool waits;
-    std::vector<Segment> held;
-
-private:
-    void waitFor(int segment) const {
-        struct Event {
-            explicit Event(Script& host, int number) : script(host) { script.requestEvent(number); }
-            Event(const Event&) = delete;
-            Event& operator=(const Event&) = delete;
-            ~Event() {
-                script.note(Op::releaseEvent, script.keepsEvents ? 1 : 0);
-                if (!script.keepsEvents)
-                    script.note(Op::destroyEvent, 0);
-            }
-            Script& script;
-        } event(script, segment);
-        script.wait(segment, 0xFFFFFFFF);
-    }
-
-    void moveTo(Place there) {
-        place = there;
-        current.rebind(there.segment);
-    }
-
-    void leave() { current = Segment(script, -1); }
-
-    void stepForward() {
-        if (position < 0 || position > length)
-            return;
-        if (position == 0)
-            return moveTo(script.hitFirst());
-        if (position == length)
-            return leave();
-        place.index = wrap(place.index, 1);
-        if (script.status(current.number()) == 7)
-            return;
-        if (place.index >= script.length(current.number()))
-            moveTo(script.moveForward(place.segment));
-    }
-
-    void stepReverse(std::int64_t old) {
-        if (position < -1 || position >= length)
-            return;
-        if (old == length)
-            return moveTo(script.hitLast());
-        if (position == -1)
-            return leave();
-        place.index = wrap(place.index, -1);
-        if (place.index == -1)
-            moveTo(script.moveReverse(place.segment));
-    }
-};
-
-/// One layer over the source, with the state of whatever kind it is.
+/// One layer over the source, with the state of every kind: curves and steps of the first and the last ramp,
+/// and the samples left in the first ramp and in the hold.
 struct Layer {
     Kind kind = Kind::pass;
     std::uint32_t firstCurve = 0, lastCurve = 0;
@@ -175,36 +56,34 @@ struct Layer {
     std::uint32_t ramping = 0, holding = 0;
 };
 
+/// The chain of one render call, inner to outer: the source, the layers in a list, and at most one converter.
 class Chain {
 public:
-    Chain(unsigned int code, const IteratorCreationParams& params, Script& script)
-        : digits_(code), record_(*params.source), script_(script) {
+    /// Takes every value of the request before the first operation of the host, because the host may change
+    /// its record then.
+    Chain(unsigned int code, const IteratorCreationParams& params, Host& host)
+        : digits_(code), record_(*params.source), outerLevelUValue_(record_.outerLevelUValue), host_(host) {
         std::memcpy(envelope_, &record_.envelope, sizeof envelope_);
-        script_.call(Op::stripCookie, 0);
-        const bool forward = digits_.direction == 1;
-        const std::int64_t start = digits_.conversion == 2 ? (forward ? *params.forwardFilteringStartPosition
-                                                                      : *params.reverseFilteringStartPosition)
-                                                           : wrap(*params.startPosition, forward ? 0 : 1);
-        source_ = std::make_unique<Source>(script_, params, forward, start);
+        const SourceRequest request = sourceRequest(params);
+        if (digits_.conversion != 0)
+            offset_ = *params.subSampleStart;
+        if (digits_.conversion == 1)
+            subSampleStep_ = *params.subSampleStep;
+        if (digits_.conversion == 2)
+            speed_ = *params.speed;
+
+        host_.stripCookie();
+        source_ = std::make_unique<Source>(host_, request);
         add({digits_.filter == 1 ? Kind::equaliser : Kind::pass});
         for (const char* layer = middleLayers[digits_.middle]; *layer != '\0'; ++layer)
             addMiddle(*layer);
         addOuter();
-        if (digits_.conversion == 0)
-            return;
-        const std::unique_ptr<Source> before = std::move(source_);
-        source_ = std::make_unique<Source>(*before);
-        try {
-            if (digits_.conversion == 1)
-                startLinear(*params.subSampleStart, *params.subSampleStep);
-            else
-                startFiltering(*params.subSampleStart, *params.speed);
-        } catch (...) {
-            source_.reset(); // The converter's copy goes before the one that it was copied from.
-            throw;
-        }
+        if (digits_.conversion != 0)
+            convert();
     }
 
+    /// The current sample. The linear converter weighs its right neighbour by 2^-30 per fraction, although a
+    /// sample has 2^30 - 1 fractions; its left term is in double precision.
     float read() {
         if (digits_.conversion == 2)
             return record_.srcState.outSample;
@@ -216,16 +95,17 @@ public:
                                   static_cast<double>(right));
     }
 
+    /// Moves on by one output sample.
     void step() {
         if (digits_.conversion == 2)
             resampleOne();
         else if (digits_.conversion == 1)
-            advance(stepSample_, stepFraction_);
+            advance(subSampleStep_.sample, subSampleStep_.fraction);
         else
             stepLayer(layers_.size());
     }
 
-    /// The end of a render call, however it ends.
+    /// Ends the render call, also where an exception ends it.
     void finish() {
         if (digits_.conversion != 2)
             return;
@@ -236,10 +116,40 @@ public:
 private:
     static constexpr std::int32_t one = 1073741823;
 
+    // The envelope as the contract counts its ten words: 0 elapsed, 1 start, 2 level, 3 type, 4 and on the
+    // shape's.
     std::uint32_t word(std::size_t i) const { return envelope_[i]; }
     float number(std::size_t i) const { return std::bit_cast<float>(envelope_[i]); }
 
-    /// A layer copies the one below, whose copy of the source then goes.
+    /// The start position is another field with the filtering converter. Without that converter, a reverse
+    /// source starts one sample further on.
+    SourceRequest sourceRequest(const IteratorCreationParams& params) const {
+        const bool forward = digits_.direction == 1;
+        const bool flag = *params.requestFlag;
+        SourceRequest request{forward, 0, flag, !flag, forward ? *params.forwardArgument : 0};
+        if (digits_.conversion != 2)
+            request.position = wrap(*params.startPosition, forward ? 0 : 1);
+        else
+            request.position =
+                forward ? *params.forwardFilteringStartPosition : *params.reverseFilteringStartPosition;
+        return request;
+    }
+
+    void convert() {
+        const std::unique_ptr<Source> before = std::move(source_);
+        source_ = std::make_unique<Source>(*before);
+        try {
+            if (digits_.conversion == 1)
+                startLinear();
+            else
+                startFiltering();
+        } catch (...) {
+            source_.reset(); // The converter's copy goes before the one that it was copied from.
+            throw;
+        }
+    }
+
+    /// Puts a layer on top: it copies the source, and the copy that the layer below held is destroyed.
     void add(const Layer& layer) {
         auto copy = std::make_unique<Source>(*source_);
         source_ = std::move(copy);
@@ -247,8 +157,8 @@ private:
     }
 
     [[noreturn]] void fail(const char* message, int line) {
-        script_.note(Op::recordException, 0);
-        throw ModelRuntimeError{message, line};
+        host_.recordException();
+        throw RuntimeError{message, line};
     }
 
     void addMiddle(char layer) {
@@ -280,6 +190,8 @@ private:
         add(level);
     }
 
+    /// Adds a stored shape, whose parameters must have the type `tag`, and places it where `elapsed` samples
+    /// are past. `line` is the line number of the exception.
     void addShape(Kind kind, std::uint32_t tag, int line) {
         if (word(3) != tag)
             fail("Mismatched EnvelopePrameters type!", line);
@@ -316,8 +228,8 @@ private:
         if (digits_.level == 0)
             return add({Kind::pass});
         if (digits_.level == 2)
-            return addFixed(record_.outerLevelUValue);
-        script_.call(Op::bindLevel, 1);
+            return addFixed(outerLevelUValue_);
+        host_.bindLevel();
         add({Kind::dynamic});
     }
 
@@ -327,7 +239,7 @@ private:
             return source_->read();
         const Layer& layer = layers_[count - 1];
         if (layer.kind == Kind::equaliser)
-            return script_.biquadResult(4);
+            return host_.lastResult(4);
         const float x = readLayer(count - 1);
         switch (layer.kind) {
         case Kind::simpleRamp:
@@ -345,6 +257,7 @@ private:
         }
     }
 
+    /// Steps the `count` innermost layers. The automation moves before the layers below it, all others after.
     void stepLayer(std::size_t count) {
         if (count == 0)
             return source_->step();
@@ -355,7 +268,7 @@ private:
         if (layer.kind == Kind::equaliser) {
             float x = source_->read();
             for (unsigned int band = 0; band < 5; ++band)
-                x = script_.biquad(band, x);
+                x = host_.filter(band, x);
         } else if (layer.kind >= Kind::simpleRamp && layer.kind <= Kind::rampHoldRamp) {
             if (layer.ramping != 0) {
                 layer.uValue += layer.step;
@@ -368,6 +281,8 @@ private:
         }
     }
 
+    /// Moves the automation by one sample. The sample that reaches a node is stepped too; the node replaces
+    /// the result.
     void stepLevel() {
         auto& level = record_.dynamicLevel;
         if (level.stationary != 0)
@@ -376,7 +291,7 @@ private:
         level.uValue += level.uValueStep;
         if (level.samplesToNextNode != 0)
             return;
-        const LevelSegment next = script_.nextLevel(digits_.levelDirection == 1);
+        const LevelSegment next = host_.nextLevel(digits_.levelDirection == 1);
         level.samplesToNextNode = next.samples;
         level.uValue = next.uValue;
         level.uValueStep = next.uValueStep;
@@ -387,16 +302,17 @@ private:
         return offset.sample > 0 || (offset.sample == 0 && offset.fraction > 0);
     }
 
-    void startLinear(const Aud::SubSamplePos& start, const Aud::SubSamplePos& step) {
+    /// Reads two samples; the converter stands on the first. A start offset of 0 or less has no effect.
+    void startLinear() {
         left_ = readLayer(layers_.size());
         stepLayer(layers_.size());
         right_ = readLayer(layers_.size());
-        if (isPositive(start))
-            advance(start.sample, start.fraction);
-        stepSample_ = step.sample;
-        stepFraction_ = step.fraction;
+        if (isPositive(offset_))
+            advance(offset_.sample, offset_.fraction);
     }
 
+    /// Moves the linear converter. Its right neighbour is read when the position passes it, not when the
+    /// position reaches it: hence the lag of one sample on whole positions.
     void advance(std::int64_t samples, std::int32_t fractions) {
         sample_ += samples;
         fraction_ += fractions;
@@ -412,27 +328,31 @@ private:
         }
     }
 
+    /// Bounds the factor, output samples per source sample. A NaN passes.
     static double bound(double factor) {
         const double least = 1.0 / cfgAudioPlaybackSpeedLimit;
         const double atMost = 1024.0 < factor ? 1024.0 : factor;
         return least > atMost ? least : atMost;
     }
 
-    void startFiltering(const Aud::SubSamplePos& start, float speed) {
+    /// Opens the resampler and skips the start offset only where the record says that none is open: every
+    /// byte but 0 says that one is.
+    void startFiltering() {
         auto& state = record_.srcState;
         if (state.opened == 0) {
-            state.handle = script_.openResampler(0, 1.0 / cfgAudioPlaybackSpeedLimit, 1024.0);
+            state.handle = host_.openResampler(0, 1.0 / cfgAudioPlaybackSpeedLimit, 1024.0);
             refill();
             state.opened = 1;
-            if (isPositive(start)) {
+            if (isPositive(offset_)) {
                 state.factor =
-                    bound(1.0 / (static_cast<double>(start.sample) + start.fraction / 1073741823.0));
+                    bound(1.0 / (static_cast<double>(offset_.sample) + offset_.fraction / 1073741823.0));
                 resampleOne();
             }
         }
-        state.factor = bound(1.0 / static_cast<double>(speed));
+        state.factor = bound(1.0 / static_cast<double>(speed_));
     }
 
+    /// Reads a whole block of source samples ahead.
     void refill() {
         for (float& sample : record_.srcState.sourceBlock) {
             sample = readLayer(layers_.size());
@@ -441,13 +361,13 @@ private:
         record_.srcState.readIndex = 0;
     }
 
+    /// Asks the resampler for one output sample. Where it gives none, the one before stands.
     void resampleOne() {
         auto& state = record_.srcState;
         const std::uint32_t left = 64 - state.readIndex;
         int used = 0;
-        script_.resample(state.handle, state.factor, &state.sourceBlock[state.readIndex],
-                         static_cast<int>(left), &used, &state.outSample,
-                         std::uint64_t{state.readIndex} << 32 | std::uint64_t{left} << 8 | 1);
+        host_.resample(state.handle, state.factor, &state.sourceBlock[state.readIndex],
+                       static_cast<int>(left), &used, &state.outSample);
         const std::uint32_t n = state.readIndex + static_cast<std::uint32_t>(used);
         if (n > 63)
             refill();
@@ -457,25 +377,30 @@ private:
 
     Digits digits_;
     PerSourceRecord& record_;
-    Script& script_;
+    // The values of the request.
     std::uint32_t envelope_[10] = {};
+    float outerLevelUValue_;
+    Aud::SubSamplePos offset_{0, 0}, subSampleStep_{0, 0};
+    float speed_ = 0.0F;
+
+    Host& host_;
     std::unique_ptr<Source> source_;
     std::vector<Layer> layers_;
 
-    // The linear converter.
+    // The linear converter: its two neighbours, its position, and the position of the right neighbour.
     float left_ = 0.0F, right_ = 0.0F;
-    std::int64_t sample_ = 0, rightSample_ = 1, stepSample_ = 0;
-    std::int32_t fraction_ = 0, stepFraction_ = 0;
+    std::int64_t sample_ = 0, rightSample_ = 1;
+    std::int32_t fraction_ = 0;
 };
 
 } // namespace
 
-void modelRender(unsigned int code, std::size_t outputType, const IteratorCreationParams& params,
-                 Script& script, std::uint8_t*& position, unsigned int count) {
-    Chain chain(code, params, script);
+void render(unsigned int code, std::size_t outputType, const IteratorCreationParams& params, Host& host,
+            std::uint8_t*& position, unsigned int count) {
+    Chain chain(code, params, host);
     try {
         for (unsigned int i = 0; i < count; ++i) {
-            modelDeliver(outputType, chain.read(), position);
+            deliver(outputType, chain.read(), position);
             position += containerBytes[outputType % 7];
             chain.step();
         }
@@ -486,4 +411,4 @@ void modelRender(unsigned int code, std::size_t outputType, const IteratorCreati
     chain.finish();
 }
 
-} // namespace Test
+} // namespace audlmd::model

@@ -5,12 +5,12 @@
 #include <cstdint>
 #include <vector>
 
-/// The smallest host that really is one, to measure the library with: every operation that the render
-/// functions call is a function of another library that does the least work it can do and still be right.
-/// Whatever it leaves out would make the library look better than it is.
-namespace Bench {
+/// The smallest complete host, for measuring the library: every operation of the render functions is a call
+/// into another library, does the least work that is still right, and leaves nothing out. A host that did
+/// less would make the ratios to the floor worse than any real host sees.
+namespace audlmd::bench {
 
-/// A cache whose segments are all ready. Its material is read whatever the cookie.
+/// A cache with one material and segments that are all ready. Every cookie reads that material.
 class Cache : public Aud::SampleCache {
 public:
     static constexpr std::int32_t segmentLength = 65536;
@@ -22,7 +22,7 @@ public:
 
     std::int64_t length() const { return static_cast<std::int64_t>(material_.size()); }
     const std::vector<float>& material() const { return material_; }
-    /// The segment that holds the sample at `position`, an empty one outside the material.
+    /// The segment that holds the sample at `position`. Outside the material, an empty handle.
     const Aud::SampleCacheSegment& segmentAt(std::int64_t position) const;
 
 private:
@@ -30,7 +30,4 @@ private:
     std::vector<Aud::SampleCacheSegment> segments_;
 };
 
-/// Samples that a source iterator asked for inside the material and did not get, in this process.
-std::uint64_t underruns();
-
-} // namespace Bench
+} // namespace audlmd::bench

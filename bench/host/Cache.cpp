@@ -79,8 +79,8 @@ namespace {
 
 std::atomic<std::uint64_t> underrunCount = 0;
 
-const Bench::Cache& benchCache(void* hostMaterial) {
-    return *static_cast<const Bench::Cache*>(hostMaterial);
+const audlmd::bench::Cache& benchCache(void* hostMaterial) {
+    return *static_cast<const audlmd::bench::Cache*>(hostMaterial);
 }
 
 } // namespace
@@ -88,9 +88,10 @@ const Bench::Cache& benchCache(void* hostMaterial) {
 SampleCache::ForwardIterator::ForwardIterator(const Cookie& cookie, long position, bool flag,
                                               SampleCache& cache, unsigned int extra, bool,
                                               const Orv::OutputGearing&)
-    : identity(cookie), segmentIndex(static_cast<std::int32_t>(position % Bench::Cache::segmentLength)),
-      cachePosition(position), materialLength(static_cast<Bench::Cache&>(cache).length()),
-      currentSegment(static_cast<Bench::Cache&>(cache).segmentAt(position)), hostMaterial(&cache),
+    : identity(cookie),
+      segmentIndex(static_cast<std::int32_t>(position % audlmd::bench::Cache::segmentLength)),
+      cachePosition(position), materialLength(static_cast<audlmd::bench::Cache&>(cache).length()),
+      currentSegment(static_cast<audlmd::bench::Cache&>(cache).segmentAt(position)), hostMaterial(&cache),
       waitForSegment(flag), hostSegmentsAhead(extra), hostFlags(0), hostSegmentNumber(0), hostReach(0) {}
 
 SampleCache::ForwardIterator::~ForwardIterator() = default;
@@ -111,9 +112,10 @@ void SampleCache::ForwardIterator::internal_incrementAudioUnderrunCounter() cons
 
 SampleCache::ReverseIterator::ReverseIterator(const Cookie& cookie, long position, bool flag,
                                               SampleCache& cache, bool, const Orv::OutputGearing&)
-    : identity(cookie), segmentIndex(static_cast<std::int32_t>(position % Bench::Cache::segmentLength)),
-      cachePosition(position), materialLength(static_cast<Bench::Cache&>(cache).length()),
-      currentSegment(static_cast<Bench::Cache&>(cache).segmentAt(position)), hostMaterial(&cache),
+    : identity(cookie),
+      segmentIndex(static_cast<std::int32_t>(position % audlmd::bench::Cache::segmentLength)),
+      cachePosition(position), materialLength(static_cast<audlmd::bench::Cache&>(cache).length()),
+      currentSegment(static_cast<audlmd::bench::Cache&>(cache).segmentAt(position)), hostMaterial(&cache),
       waitForSegment(flag), hostFlags(0), hostSegmentNumber(0), hostReach(0) {}
 
 SampleCache::ReverseIterator::~ReverseIterator() = default;
@@ -124,7 +126,7 @@ void SampleCache::ReverseIterator::internal_inc_hitLastSegment() {
 
 void SampleCache::ReverseIterator::internal_inc_moveToNextSegment() {
     currentSegment = benchCache(hostMaterial).segmentAt(cachePosition);
-    segmentIndex = static_cast<std::int32_t>(cachePosition % Bench::Cache::segmentLength);
+    segmentIndex = static_cast<std::int32_t>(cachePosition % audlmd::bench::Cache::segmentLength);
 }
 
 void SampleCache::ReverseIterator::internal_incrementAudioUnderrunCounter() const {
@@ -133,7 +135,7 @@ void SampleCache::ReverseIterator::internal_incrementAudioUnderrunCounter() cons
 
 } // namespace Aud
 
-namespace Bench {
+namespace audlmd::bench {
 
 Cache::Cache(std::vector<float> material) : material_(std::move(material)) {
     for (std::size_t first = 0; first < material_.size(); first += segmentLength) {
@@ -152,8 +154,4 @@ const Aud::SampleCacheSegment& Cache::segmentAt(std::int64_t position) const {
     return segments_[static_cast<std::size_t>(position / segmentLength)];
 }
 
-std::uint64_t underruns() {
-    return Aud::underrunCount;
-}
-
-} // namespace Bench
+} // namespace audlmd::bench

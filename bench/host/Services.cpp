@@ -4,7 +4,7 @@
 #include "host/Identity.hpp"
 #include "host/LoadServices.hpp"
 #include "host/OperatingSystem.hpp"
-#include "loop_modes/OutputTypes.hpp"
+#include "model/OutputTypes.hpp"
 #include "ole/Orv/OrvModeMeta"
 
 #include <new>
@@ -62,7 +62,7 @@ template <class... Outs>
 auto emitTables(std::tuple<Outs...>*) {
     return std::tuple{&LoopModesDespatcherInstance<Outs>::get...};
 }
-[[gnu::used]] const auto tables = emitTables(static_cast<Render::OutputTypes*>(nullptr));
+[[gnu::used]] const auto tables = emitTables(static_cast<audlmd::model::OutputTypes*>(nullptr));
 
 } // namespace
 

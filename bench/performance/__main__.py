@@ -1,0 +1,63 @@
+"""performance BUILD PAGE [SECTION...]: measures, and writes figures and pictures into the page.
+
+Sections: modes calls load size instructions jobs build; all of them where none is named. The figures are kept in
+BUILD/bench/performance.json, so that the page can be made again from old and new ones.
+"""
+
+import json
+import pathlib
+import re
+import sys
+
+import measure
+from jobs import measure_jobs
+from pictures import draw_families, draw_jobs, draw_modes
+from tables import family_table, goal_table, job_table, machine_line
+
+
+def with_pictures(content, **pictures):
+    return content + "".join(f"\n\n![{text}](images/performance-{name}.svg)" for name, text in pictures.items())
+
+
+def write_page(figures, page):
+    text = page.read_text()
+    for name, content in {
+            "machine": machine_line(figures),
+            "goals": with_pictures(goal_table(figures), modes="Nanoseconds per output sample of every render function",
+                                           families="Time per output sample as a multiple of the floor"),
+            "families": family_table(figures),
+            "jobs": with_pictures(job_table(figures), jobs="CPU seconds of whole jobs")}.items():
+        pattern = re.compile(rf"(<!-- {name}: written by scripts/performance -->\n).*?(\n?<!-- end -->)", re.S)
+        assert pattern.search(text), f"{page} has no place for {name}"
+        text = pattern.sub(lambda match, c=content: match[1] + c + "\n" + match[2].lstrip(), text)
+    page.write_text(text)
+    images = page.parent / "images"
+    draw_modes(figures["modes"]["all"], images / "performance-modes.svg")
+    draw_families(figures["modes"]["families"], images / "performance-families.svg")
+    draw_jobs(figures["jobs"], images / "performance-jobs.svg")
+
+
+SECTIONS = {"modes": measure.measure_modes, "calls": measure.measure_calls, "load": measure.measure_load,
+            "size": measure.measure_size, "instructions": measure.measure_instructions, "jobs": measure_jobs,
+            "build": measure.measure_build}
+
+
+def main():
+    build, page = pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(sys.argv[2])
+    store = build / "bench/performance.json"
+    figures = json.loads(store.read_text()) if store.exists() else {}
+    chosen = sys.argv[3:] or list(SECTIONS)
+    if unknown := set(chosen) - set(SECTIONS):
+        sys.exit(f"performance: no such section: {', '.join(sorted(unknown))}; there are {', '.join(SECTIONS)}")
+    for section in chosen:
+        print(f"performance: {section}", file=sys.stderr, flush=True)
+        figures[section] = SECTIONS[section](build)
+        figures["machine"] = measure.machine()
+        store.write_text(json.dumps(figures))
+    missing = [section for section in SECTIONS if section not in figures]
+    if missing:
+        sys.exit(f"performance: not measured yet, so that the page is left as it is: {', '.join(missing)}")
+    write_page(figures, page)
+
+
+main()

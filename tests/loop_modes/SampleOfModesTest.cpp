@@ -1,0 +1,57 @@
+// One mode in 25, compiled here, so that sanitizers see the stages without the whole library being built.
+
+#include "loop_modes/OutputTypes.hpp"
+#include "loop_modes/RegistrationOrder.hpp"
+#include "loop_modes/RenderFunctionBody.hpp"
+#include "model/OutputTypes.hpp"
+#include "ole/Orv/OrvModeMeta"
+#include "tests/loop_modes/sweep/Sweep.hpp"
+
+#include <gtest/gtest.h>
+
+#include <utility>
+
+namespace audlmd::test {
+namespace {
+
+using model::outputTypeCount;
+using model::OutputTypes;
+
+constexpr std::size_t stride = 25;
+constexpr std::size_t modeCount = (Aud::Render::validModeCount + stride - 1) / stride;
+
+constexpr unsigned long codeAt(std::size_t place) {
+    return Aud::Render::registrationOrder[place * stride];
+}
+
+template <unsigned long Code, std::size_t... OutputType>
+void registerMode(std::index_sequence<OutputType...>) {
+    using Mode = Loki::Int2Type<static_cast<int>(Code)>;
+    (Aud::LoopModesDespatcherInstance<std::tuple_element_t<OutputType, OutputTypes>>::get().registerFunction(
+         Code, &Aud::Render::LoopModesDespatch::TypedFunctor<
+                   std::tuple_element_t<OutputType, OutputTypes>>::template Functor<Mode>::ProcessSamples),
+     ...);
+}
+
+template <std::size_t... Place>
+std::vector<unsigned int> registerModes(std::index_sequence<Place...>) {
+    (registerMode<codeAt(Place)>(std::make_index_sequence<outputTypeCount>()), ...);
+    return {static_cast<unsigned int>(codeAt(Place))...};
+}
+
+const std::vector<unsigned int>& sampleOfModes() {
+    static const std::vector<unsigned int> codes = registerModes(std::make_index_sequence<modeCount>());
+    return codes;
+}
+
+TEST(SampleOfModes, RendersAsTheModelDoes) {
+    for (std::size_t outputType = 0; outputType < outputTypeCount; ++outputType)
+        expectNoDifference(sampleOfModes(), outputType, 5);
+}
+
+TEST(SampleOfModes, SurvivesAFailureOfAnyHostOperation) {
+    expectNoDifferenceWhateverFails(sampleOfModes());
+}
+
+} // namespace
+} // namespace audlmd::test
