@@ -37,13 +37,14 @@ struct MaterialStatistics {
     /// Samples inside the material that were rendered as silence because their segment was not ready. A
     /// sample that is read twice counts twice.
     std::uint64_t underrunSamples = 0;
-    /// Underrun episodes: runs of neighbouring samples that were missed, in the direction of the reader. An
-    /// episode goes on where the next render call continues from the one before. Two readers that miss
-    /// samples of one material at the same time interrupt each other's episodes.
+    /// How often underruns began. Neighbouring samples that a reader missed one after another are one
+    /// episode, which goes on where the next render call continues from the one before. The trap: two readers
+    /// that miss samples of one material at the same time interrupt each other's episodes.
     std::uint64_t underrunEpisodes = 0;
     /// Segments that the source could not deliver.
     std::uint64_t failedSegments = 0;
-    /// The text of the exception that the source threw for the first of them. Empty if none failed.
+    /// The text of the exception that the source threw for the first of them. Empty if none failed,
+    /// or if the exception had no text.
     std::string firstFailure;
 };
 
@@ -75,10 +76,9 @@ public:
 /// The renderer makes the reader with these values from the record, whose meaning is the host's choice. This
 /// cache has chosen:
 ///
-/// - `flag` (the record's `requestFlag`): true to wait, as for a file. A read then blocks until the segment
-/// is
-///   loaded. False not to wait, as for a loudspeaker: a sample that is not there yet is silence and counts as
-///   an underrun. Both request the same segments.
+/// - `flag` (the record's `requestFlag`): true to wait, as for a file. A read then blocks until its segment
+///   is loaded. False not to wait, as for a loudspeaker: a sample that is not there yet is silence and counts
+///   as an underrun. Both request the same segments.
 /// - `notFlag`: the negation of `flag`. This cache ignores it.
 /// - `extra` (the record's `forwardArgument`; forward readers only): how many segments beyond its own the
 ///   reader holds, so that the budget cannot drop them before the reader arrives. The reader requests at

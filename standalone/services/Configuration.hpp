@@ -11,9 +11,8 @@ namespace audlmd {
 
 /// Numbers that the user sets, by key. The first of these that is there gives the number:
 ///
-/// 1. The environment variable that environmentName() returns, unless empty:
-/// AUDLMD_AudioPlaybackSpeedLimit=4.
-///    It is read at every call.
+/// 1. The environment variable that environmentName() returns, read at every call. An empty variable does not
+///    count. Example: AUDLMD_AudioPlaybackSpeedLimit=4.
 /// 2. The line "key = value" of the configuration file, the last one if several have the key. The text from a
 ///    # to the end of the line is a comment. The file is read once, when the configuration is made.
 /// 3. The default that the caller gives.
