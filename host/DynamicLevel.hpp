@@ -8,7 +8,7 @@ namespace Aud::DynamicLevelControl {
 
 /// Where a level stands on its way along the nodes. It outlives render calls, which advance it in place.
 struct DynamicLevelApplyingIteratorState {
-    HostStorage::LevelWalk host;
+    HostStorage::LevelWalk host{};
 
     /// Samples to deliver before the next node is reached. A host never leaves 0 here while the level moves:
     /// the renderer would count through all 2^32 values before it asks for a node again.
