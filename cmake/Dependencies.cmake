@@ -12,4 +12,5 @@ endfunction()
 
 audlmd_find_library(Resample resample libresample.h)
 audlmd_find_library(SndFile sndfile sndfile.h)
+audlmd_find_library(Soxr soxr soxr.h)
 find_package(Threads REQUIRED)
