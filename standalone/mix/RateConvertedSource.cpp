@@ -57,9 +57,7 @@ RateConvertedSource::RateConvertedSource(std::shared_ptr<SampleSource> source, i
     const std::int64_t common = std::gcd(inRate, outRate);
     inPeriod_ = inRate / common;
     outPeriod_ = outRate / common;
-    // In two parts, so that the product stays small.
-    const std::int64_t inLength = source_->length();
-    length_ = inLength / inPeriod_ * outPeriod_ + dividedUp(inLength % inPeriod_ * outPeriod_, inPeriod_);
+    length_ = dividedUp(source_->length() * outPeriod_, inPeriod_);
     periodsPerBlock_ = std::max<std::int64_t>(1, blockLength / outPeriod_);
     margin_ = std::max(filterReach, dividedUp(filterReach * inPeriod_, outPeriod_));
 }
