@@ -14,7 +14,8 @@ namespace {
 constexpr int lowestRate = 1000;
 constexpr int highestRate = 384000;
 constexpr std::int64_t blockLength = 32768;
-constexpr std::size_t mostKeptBlocks = 3;
+/// The blocks of two neighbouring segments of the cache, which are loaded in either order.
+constexpr std::size_t mostKeptBlocks = 5;
 /// In samples of the lower rate. Measured: half of it gives the same samples.
 constexpr std::int64_t filterReach = 500;
 

@@ -21,7 +21,8 @@ namespace audlmd {
 /// The output is cut into fixed blocks. Each block starts where a sample of the input and a sample of the
 /// output fall on the same time, and is converted afresh from the input samples that its filters reach. So
 /// the bytes of a read depend on its position only: reading forwards, backwards or at random gives the same
-/// samples. The last three blocks are kept, each of about 32,768 samples or of one period of the two rates.
+/// samples. The five blocks used last are kept, each of about 32,768 samples or of one period of the two
+/// rates.
 ///
 /// Thread safe. A NaN or an infinity in the input spoils up to a block. The last bit of a sample can differ
 /// between processors with AVX and those without.

@@ -153,11 +153,14 @@ TEST(RateConvertedSource, ConvertsABlockOnceAndTriesAFailedOneAgain) {
     for (std::int64_t segment = 0; segment < 10; ++segment)
         EXPECT_NEAR(read(*source, segment * 65536, 65536)[40000], 0.25F, 1e-6F);
     EXPECT_EQ(inner->reads, 655360 / 32640 + 1);
+    for (std::int64_t segment = 19; segment >= 10; --segment)
+        read(*source, segment * 65536, 65536);
+    EXPECT_EQ(inner->reads, 2 * (655360 / 32640 + 1));
 }
 
 TEST(RateConvertedSource, RefusesRatesOutOfRangeByName) {
     for (const auto& [inRate, outRate] : {std::pair{0, 48000}, {44100, -1}, {999, 48000}, {48000, 384001}})
-        EXPECT_THAT(([inRate = inRate, outRate = outRate] { convertedTo(nullptr, inRate, outRate); }),
+        EXPECT_THAT(([inRate = inRate, outRate = outRate] { converted(noise(1), inRate, outRate); }),
                     testing::ThrowsMessage<std::invalid_argument>(
                         testing::StartsWith("cannot convert from " + std::to_string(inRate) + " Hz to " +
                                             std::to_string(outRate) + " Hz: ")));
