@@ -1,5 +1,5 @@
 # Libraries that bring no CMake package become imported targets here. Not through pkg-config: Debian's file of
-# libresample hands on the flags that the package was built with, and users of an installed tree need neither library.
+# libresample hands on the flags that the package was built with, and users of an installed tree need none of them.
 function(audlmd_find_library target library header)
     find_library(${target}_LIBRARY ${library} REQUIRED)
     find_path(${target}_INCLUDE_DIR ${header} REQUIRED)

@@ -37,8 +37,8 @@ std::invalid_argument refusal(int inRate, int outRate, const std::string& reason
 }
 
 /// Designs the filters once, to learn of an error before the first read. On processors without AVX libsoxr
-/// also creates tables then that all converters share, and takes no lock for that.
-void tryConverter(int inRate, int outRate) {
+/// also makes the tables then that all its resamplers share, and takes no lock for the first of them.
+void tryRates(int inRate, int outRate) {
     static std::mutex designing;
     const std::lock_guard lock(designing);
     soxr_error_t error = nullptr;
@@ -54,7 +54,7 @@ RateConvertedSource::RateConvertedSource(std::shared_ptr<SampleSource> source, i
     : source_(std::move(source)), inRate_(inRate), outRate_(outRate) {
     if (std::min(inRate, outRate) < lowestRate || std::max(inRate, outRate) > highestRate)
         throw refusal(inRate, outRate, "both rates must be from 1000 to 384000 Hz");
-    tryConverter(inRate, outRate);
+    tryRates(inRate, outRate);
     const std::int64_t common = std::gcd(inRate, outRate);
     inPeriod_ = inRate / common;
     outPeriod_ = outRate / common;
@@ -117,7 +117,7 @@ std::vector<float> RateConvertedSource::convert(std::int64_t index) const {
                                             output.data(), output.size(), &done, nullptr, &spec, nullptr);
     if (error != nullptr || done != output.size())
         throw std::runtime_error(
-            "the conversion from " + std::to_string(inRate_) + " Hz to " + std::to_string(outRate_) +
+            "the rate conversion from " + std::to_string(inRate_) + " Hz to " + std::to_string(outRate_) +
             " Hz failed: " + (error != nullptr ? error : "libsoxr gave too few samples"));
     output.erase(output.begin(), output.begin() + runUp);
     return output;

@@ -12,11 +12,11 @@
 
 namespace audlmd {
 
-/// A source whose sample rate is converted while the cache loads it, by libsoxr at very high quality. Use it
-/// for material whose rate differs from the output's.
+/// Rate conversion: a source at another sample rate than its input's, converted by libsoxr at very high
+/// quality while the cache loads it. Use it for material whose rate differs from the output's.
 ///
 /// Output sample n stands for the input time n x inRate / outRate exactly, with a linear phase and no delay.
-/// Frequencies up to 91 % of half the lower of the two rates pass unchanged.
+/// Levels keep to 0.01 dB up to 91 % of half the lower rate; above half the lower rate nothing is left.
 ///
 /// The output is cut into fixed blocks. Each block starts where a sample of the input and a sample of the
 /// output fall on the same time, and is converted afresh from the input samples that its filters reach. So
