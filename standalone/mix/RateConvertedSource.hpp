@@ -24,8 +24,9 @@ namespace audlmd {
 /// samples. The five blocks used last are kept, each of about 32,768 samples or of one period of the two
 /// rates.
 ///
-/// Thread safe. A NaN or an infinity in the input spoils up to a block. The last bit of a sample can differ
-/// between processors with AVX and those without.
+/// Thread safe. The cache converts channels of one exclusive resource, such as a file, one after another. A
+/// NaN or an infinity in the input spoils up to a block. The last bit of a sample can differ between
+/// processors with AVX and those without.
 class RateConvertedSource final : public SampleSource {
 public:
     /// Rates are in hertz. Throws std::invalid_argument, with a sentence that names both rates, unless each
@@ -43,7 +44,7 @@ public:
 
 private:
     struct Block {
-        std::int64_t index;
+        std::int64_t index = 0;
         /// Held while the block is converted: whoever needs the same block waits.
         std::mutex mutex;
         std::vector<float> samples;

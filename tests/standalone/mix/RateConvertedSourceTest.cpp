@@ -60,8 +60,12 @@ TEST(RateConvertedSource, GivesTheSamplesOfASingleRunInAnyOrderToAnyThread) {
 
         const auto readBackwardsInParts = [&](unsigned int seed) {
             std::mt19937 random(seed);
-            for (std::int64_t position = source->length() - 1; position >= 0; position -= random() % 40000) {
-                const std::vector<float> part = read(*source, position, random() % 70000);
+            const auto randomBelow = [&](unsigned int end) {
+                return static_cast<std::int64_t>(random() % end);
+            };
+            for (std::int64_t position = source->length() - 1; position >= 0;
+                 position -= randomBelow(40000)) {
+                const std::vector<float> part = read(*source, position, randomBelow(70000));
                 EXPECT_TRUE(std::equal(part.begin(), part.end(), whole.begin() + position)) << position;
             }
         };
