@@ -1,5 +1,5 @@
 # Libraries that bring no CMake package become imported targets here. Not through pkg-config: Debian's file of
-# libresample hands on the flags that the package was built with, and users of an installed tree need neither library.
+# libresample hands on the flags that the package was built with, and users of an installed tree need none of them.
 function(audlmd_find_library target library header)
     find_library(${target}_LIBRARY ${library} REQUIRED)
     find_path(${target}_INCLUDE_DIR ${header} REQUIRED)
@@ -12,4 +12,5 @@ endfunction()
 
 audlmd_find_library(Resample resample libresample.h)
 audlmd_find_library(SndFile sndfile sndfile.h)
+audlmd_find_library(Soxr soxr soxr.h)
 find_package(Threads REQUIRED)

@@ -47,6 +47,12 @@ Orv::Image::FormatUID::FormatUID(std::uint32_t number) : number_(number) {}
 // NOLINTNEXTLINE(modernize-use-equals-default): its place in the library makes it anything but trivial
 Orv::Image::FormatUID::~FormatUID() {}
 
+void HostStorage::Biquad::setCoefficients(const Coefficients& coefficients) {
+    b0_ = coefficients.b0;
+    b1b2_ = {coefficients.b1, coefficients.b2};
+    a1a2_ = {coefficients.a1, coefficients.a2};
+}
+
 namespace Aud {
 
 template <class Out>
@@ -67,12 +73,6 @@ auto emitTables(std::tuple<Outs...>*) {
 } // namespace
 
 namespace Filter {
-
-void Biquad::setCoefficients(const Coefficients& coefficients) {
-    b0_ = coefficients.b0;
-    b1b2_ = {coefficients.b1, coefficients.b2};
-    a1a2_ = {coefficients.a1, coefficients.a2};
-}
 
 float Biquad::processSample(float x) {
     const double in = x;
