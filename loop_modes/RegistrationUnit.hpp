@@ -1,7 +1,6 @@
 #pragma once
 
 #include "loop_modes/IteratorCreationParams.hpp"
-#include "loop_modes/OutputTypes.hpp"
 #include "loop_modes/RegistrationOrder.hpp"
 #include "loop_modes/RenderFunction.hpp"
 #include "loop_modes/UnitPrelude.hpp"

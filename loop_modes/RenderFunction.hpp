@@ -2,6 +2,9 @@
 
 #include "host/DespatchTables.hpp"
 
+/// The version of this library: four numbers, separated by dots.
+const char* audLMDDllVersionStr();
+
 namespace Aud::Render {
 
 struct IteratorCreationParams;
@@ -14,7 +17,7 @@ struct TypedFunctor {
     template <class ModeCode>
     struct Functor;
 
-    /// The render function of one mode. Defined in loop_modes/RenderFunctionBody.hpp, which only the units
+    /// The render function of one mode. Defined in loop_modes/RenderFunctionGroup.hpp, which only the units
     /// that instantiate it include, so that naming a render function does not compile it again.
     template <int N>
     struct Functor<Loki::Int2Type<N>> {

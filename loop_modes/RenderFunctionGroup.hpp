@@ -1,13 +1,31 @@
 #pragma once
 
-#include "loop_modes/OutputTypes.hpp"
 #include "loop_modes/RegistrationOrder.hpp"
-#include "loop_modes/RenderFunctionBody.hpp"
+#include "loop_modes/RenderFunction.hpp"
+#include "loop_modes/SourceIteratorMaker.hpp"
 
 #include <cstddef>
 #include <utility>
 
 namespace Aud::Render::LoopModesDespatch {
+
+template <class Out>
+template <int N>
+[[gnu::used, gnu::noinline]] void
+TypedFunctor<Out>::Functor<Loki::Int2Type<N>>::ProcessSamples(IteratorCreationParams& params, Out& out,
+                                                              unsigned int count) {
+    if constexpr (isTwinOfEvenCode(N)) {
+        // A jump, in a function with an address of its own.
+        Functor<Loki::Int2Type<N - 1>>::ProcessSamples(params, out, count);
+    } else {
+        Chain<N> made = SourceIteratorMaker<N>::makeIterator(params);
+        Chain<N>& chain = *Instructions::inRegister(&made);
+        for (; count != 0; --count) {
+            deliver(*chain, out);
+            ++chain;
+        }
+    }
+}
 
 /// All render functions and makers of the modes with one envelope stage: the work of one compile unit. An
 /// even code and its twin are always in one group.

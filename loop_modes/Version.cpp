@@ -1,4 +1,4 @@
-#include "loop_modes/Version.hpp"
+#include "loop_modes/RenderFunction.hpp"
 
 const char* audLMDDllVersionStr() {
     return AUDLMD_VERSION;

@@ -1,6 +1,6 @@
 #include "host/DespatchTables.hpp"
 
-#include "loop_modes/OutputTypes.hpp"
+#include "loop_modes/RegistrationOrder.hpp"
 #include "ole/Orv/OrvModeMeta"
 #include "standalone/services/Immortal.hpp"
 

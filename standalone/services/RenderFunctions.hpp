@@ -1,7 +1,7 @@
 #pragma once
 
 #include "host/DespatchTables.hpp"
-#include "loop_modes/OutputTypes.hpp"
+#include "loop_modes/RegistrationOrder.hpp"
 #include "ole/Orv/OrvModeMeta"
 
 #include <stdexcept>

@@ -1,8 +1,7 @@
 // One mode in 25, compiled here, so that sanitizers see the stages without the whole library being built.
 
-#include "loop_modes/OutputTypes.hpp"
 #include "loop_modes/RegistrationOrder.hpp"
-#include "loop_modes/RenderFunctionBody.hpp"
+#include "loop_modes/RenderFunctionGroup.hpp"
 #include "model/OutputTypes.hpp"
 #include "ole/Orv/OrvModeMeta"
 #include "tests/loop_modes/sweep/Sweep.hpp"

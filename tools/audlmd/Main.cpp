@@ -1,4 +1,4 @@
-#include "loop_modes/Version.hpp"
+#include "loop_modes/RenderFunction.hpp"
 #include "ole/Orv/Exception.hpp"
 #include "tools/audlmd/Subcommands.hpp"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "loop_modes/OutputTypes.hpp"
+#include "loop_modes/RegistrationOrder.hpp"
 
 #include <array>
 #include <cstddef>
