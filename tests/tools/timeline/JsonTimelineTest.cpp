@@ -36,7 +36,9 @@ private:
     double real(double low, double high) { return std::uniform_real_distribution<>(low, high)(random_); }
 
     TimelineStrip strip(const Timeline& timeline) {
-        TimelineStrip strip{.name = "s", .media = "/m" + std::to_string(below(9)) + ".wav"};
+        TimelineStrip strip;
+        strip.name = "s";
+        strip.media = "/m" + std::to_string(below(9)) + ".wav";
         strip.at = whole();
         strip.length = whole();
         strip.skip = whole();
@@ -94,8 +96,9 @@ void expectEqual(const TimelineStrip& a, const TimelineStrip& b) {
         }
     }
     ASSERT_EQ(a.routing.has_value(), b.routing.has_value());
-    if (a.routing)
+    if (a.routing) {
         EXPECT_EQ(a.routing->rows, b.routing->rows);
+    }
 }
 
 TEST(JsonTimeline, IsReadAsItWasWritten) {
