@@ -43,10 +43,10 @@ TEST(OtioReader, ReadsAFileAsItIsWritten) {
 
 TEST(OtioReader, RoundsTheExactSumOfDurationsOnce) {
     std::vector<Json> children;
-    for (int i = 0; i < 9999; ++i)
+    for (int i = 0; i < 1999; ++i)
         children.push_back(clip("", 0, 1, {{"source_range", range(0, 1, i % 2 == 0 ? 29.97 : 59.94)}}));
     const std::vector<TimelineStrip> strips = stripsOf(children);
-    for (const std::size_t i : {1U, 2U, 3U, 5001U, 9998U}) {
+    for (const std::size_t i : {1U, 2U, 3U, 1001U, 1998U}) {
         const auto exact = static_cast<double>((i + 1) / 2) * 1601.6 + static_cast<double>(i / 2) * 800.8;
         EXPECT_EQ(strips.at(i).at, std::llround(exact)) << i;
         EXPECT_EQ(strips.at(i).at, strips.at(i - 1).at + strips.at(i - 1).length) << i;
