@@ -51,6 +51,8 @@ void setRange(const ClipPlacement& placement, TimelineStrip& strip) {
     strip.length = placement.samples(placement.end) - strip.at;
     const Rational speed = Rational(1) / magnitude(placement.inside.scale());
     const std::int64_t count = (Rational(strip.length) * speed).roundedUp();
+    if (count > std::int64_t{1} << 60)
+        placement.where.fail("plays more samples than any file can have");
     const std::int64_t first =
         placement.samples(placement.inside.contentAt(placement.begin) - placement.clip.mediaStart);
     StripSettings& settings = strip.settings;

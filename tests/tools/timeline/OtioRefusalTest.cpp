@@ -36,6 +36,7 @@ TEST(OtioRefusal, IsOneLineThatNamesTrackAndClip) {
              {{clip("x", 0, 5, {{"source_range", nullptr}, {"media_references", nullptr}})}, "how long"},
              {{clip("x", 0, 5, {{"effects", {warp(1e8)}}})}, "the speed must be"},
              {{clip("x", 0, 5, {{"effects", {warp(1e300)}}})}, "no speed that can be played"},
+             {{clip("x", 0, 2e10, {{"effects", {warp(1e5)}}})}, "more samples than any file"},
              {{clip("x", 0, 5), transition(6, 0)}, "fades are longer than the clip by 0.040 s"},
              {{clip("x", 0, 5, own({{"gain", 61}}))}, "\"gain\" must be decibels up to 60"},
              {{clip("x", 0, 5, own({{"gian", 1}}))}, "\"gian\" is not known"},
@@ -48,10 +49,16 @@ TEST(OtioRefusal, IsOneLineThatNamesTrackAndClip) {
         EXPECT_TRUE(line.starts_with("track 'A1', clip 'x': ")) << line;
         EXPECT_NE(line.find(c.expected), std::string::npos) << line;
     }
+}
+
+TEST(OtioRefusal, IsPrintableAndShort) {
     const Json named = clip("two\nlines\033[2J" + std::string(500, 'x'), 0, -1);
     const std::string line = refusalOf({named});
     EXPECT_EQ(line.find_first_of("\n\033"), std::string::npos);
     EXPECT_LT(line.size(), 200U);
+}
+
+TEST(OtioRefusal, NamesTransitionsThatCannotBePlayed) {
     EXPECT_NE(refusalOf({clip("a", 0, 5), transition(1, 1), track({})}).find("beside a nested"),
               std::string::npos);
     EXPECT_NE(refusalOf({transition(1, 1), transition(1, 1)}).find("follow one another"), std::string::npos);
