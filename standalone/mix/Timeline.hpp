@@ -32,6 +32,10 @@ struct TimelineStrip {
     /// Output samples that the strip lasts. Where the range gives fewer, the rest is silent; more are cut
     /// off.
     std::int64_t length = 0;
+    /// Output samples of the settings' range that are left out before `at`, as by StripPlayer::seek(). Fades
+    /// and automation stay where the whole range has them: this is how a strip is cut in the middle of a
+    /// fade.
+    std::int64_t skip = 0;
     /// Range, direction, speed, fades, equaliser and automation. Samples are the material's at the timeline's
     /// sample rate. Cookie, sample rate, levels and waiting are set by the mixer.
     StripSettings settings;

@@ -1,0 +1,147 @@
+#include "tests/tools/timeline/TimelineFixture.hpp"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <random>
+
+namespace audlmd::timeline::test {
+namespace {
+
+class RandomTimeline {
+public:
+    explicit RandomTimeline(unsigned int seed) : random_(seed) {}
+
+    Timeline make() {
+        Timeline timeline;
+        timeline.name = "n\u00e4me \"" + std::to_string(below(1000));
+        timeline.sampleRate = 44'100 + static_cast<int>(below(3)) * 1950;
+        timeline.channels = below(4) + 1;
+        timeline.length = whole();
+        timeline.timeReference = whole();
+        for (std::uint64_t i = below(4); i > 0; --i) {
+            TimelineTrack& track = timeline.tracks.emplace_back();
+            track.name = "t" + std::to_string(i);
+            for (std::uint64_t k = below(5); k > 0; --k)
+                track.strips.push_back(strip(timeline));
+        }
+        timeline.markers = {{"m", whole()}, {"", 0}};
+        timeline.notes = {{"there", "that"}};
+        return timeline;
+    }
+
+private:
+    std::uint64_t below(std::uint64_t limit) { return random_() % limit; }
+    std::int64_t whole() { return static_cast<std::int64_t>(below(std::uint64_t{1} << 40)); }
+    double real(double low, double high) { return std::uniform_real_distribution<>(low, high)(random_); }
+
+    TimelineStrip strip(const Timeline& timeline) {
+        TimelineStrip strip;
+        strip.name = "s";
+        strip.media = "/m" + std::to_string(below(9)) + ".wav";
+        strip.at = whole();
+        strip.length = whole();
+        strip.skip = whole();
+        strip.gainDb = below(5) == 0 ? -std::numeric_limits<double>::infinity() : real(-90, 60);
+        StripSettings& settings = strip.settings;
+        settings.sampleRate = timeline.sampleRate;
+        settings.from = whole() - (1LL << 39);
+        settings.to = settings.from + whole() + 20;
+        settings.reverse = below(2) == 1;
+        settings.converter = static_cast<Converter>(below(3));
+        settings.speed = settings.converter == Converter::none ? 1.0 : real(0.1, 4);
+        settings.fade = {below(10), below(10), FadeCurve::log, FadeCurve::power};
+        for (std::uint64_t i = below(6); i > 0; --i)
+            settings.equaliser.push_back(
+                {static_cast<BandKind>(below(5)), real(20, 20'000), real(-20, 20), real(0.1, 9)});
+        if (below(2) == 1) {
+            const auto u = [&] { return below(4) == 0 ? 0.0F : static_cast<float>(real(1e-6, 1.5)); };
+            settings.automation = AutomationWalk{Automation({{-9, u()}, {0, 1.5F}, {70, u()}, {70, u()}}),
+                                                 static_cast<DynamicLevelDirection>(below(2))};
+        }
+        if (below(2) == 1)
+            strip.routing =
+                Routing{std::vector(timeline.channels, std::vector{0.1F, static_cast<float>(real(-2, 2))})};
+        return strip;
+    }
+
+    std::mt19937_64 random_;
+};
+
+TEST(JsonTimeline, IsReadAsItWasWritten) {
+    for (int i = 0; i < 100; ++i) {
+        const unsigned int seed = std::random_device{}();
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        const Json written = writeJson(RandomTimeline(seed).make());
+        EXPECT_EQ(writeJson(readTimeline(written.dump(2), ReadOptions{})), written);
+    }
+}
+
+TEST(JsonTimeline, KeepsEveryKey) {
+    const Json written =
+        Json::parse(R"({"audlmd": 1, "name": "n", "sampleRate": 44100, "channels": 1, "length": 9,
+        "timeReference": 8, "markers": [{"name": "m", "at": 3}], "notes": [{"where": "w", "text": "t"}],
+        "tracks": [{"name": "A", "strips": [{"name": "s", "media": "/m", "at": 1, "length": 2, "skip": 4,
+            "from": -5, "to": 60, "reverse": true, "speed": 0.5, "converter": "linear", "gain": "-inf",
+            "fadeIn": {"length": 7, "curve": "log"}, "fadeOut": {"length": 6, "curve": "power"},
+            "equaliser": [{"kind": "lowshelf", "frequency": 100.5, "gain": -1.5, "q": 2.5}],
+            "automation": {"points": [[-1, "-inf"], [2, "-inf"]], "reverse": true},
+            "routing": [[0.5, -0.25]]}]}]})");
+    const Timeline read = readJson(written, options());
+    EXPECT_EQ(writeJson(read), written);
+    const TimelineStrip& strip = read.tracks.at(0).strips.at(0);
+    EXPECT_EQ(strip.settings.fade.fadeOutSamples, 6U);
+    EXPECT_EQ(strip.settings.fade.fadeOutCurve, FadeCurve::power);
+    EXPECT_EQ(strip.settings.automation.value().direction, DynamicLevelDirection::reverse);
+    EXPECT_EQ(strip.settings.sampleRate, 44'100.0);
+    EXPECT_EQ(strip.settings.from, -5);
+    EXPECT_TRUE(strip.settings.reverse);
+}
+
+TEST(JsonTimeline, FillsInWhatIsLeftOut) {
+    ReadOptions how = options();
+    how.media = [](const std::string&) { return MediaFacts{44'100, 44'100, 0}; };
+    const Timeline read = readTimeline(R"({"audlmd": 1, "tracks": [{"strips": [
+        {"media": "x.wav", "at": "1.5s", "speed": 2, "skip": 1000, "fadeIn": {"length": "0.25s"}}]}]})",
+                                       how);
+    const TimelineStrip& strip = read.tracks.at(0).strips.at(0);
+    EXPECT_EQ(strip.media, "/media/x.wav");
+    EXPECT_EQ(strip.at, 72'000);
+    EXPECT_EQ(strip.settings.to, 48'000);
+    EXPECT_EQ(strip.length, 23'000);
+    EXPECT_EQ(strip.settings.converter, Converter::filtering);
+    EXPECT_EQ(strip.settings.fade.fadeInSamples, 12'000U);
+    EXPECT_EQ(read.length, 95'000);
+}
+
+TEST(JsonTimeline, RefusesNamingStripAndKey) {
+    for (const auto& [strip, expected] : std::vector<std::pair<std::string, std::string>>{
+             {R"("too": 9)", "\"too\" is not known"},
+             {R"("at": -1)", "\"at\" must be"},
+             {R"("at": "1.5")", "\"at\" must be"},
+             {R"("at": 18446744073709551615)", "\"at\" must be"},
+             {R"("from": 20)", "\"to\" lies before"},
+             {R"("to": null)", "\"to\" is missing"},
+             {R"("speed": 0)", "\"speed\" must be"},
+             {R"("speed": 2, "converter": "none")", "needs a converter"},
+             {R"("converter": "best")", "none, linear, filtering"},
+             {R"("fadeIn": {"length": 11})", "fade"},
+             {R"("fadeIn": {"curve": "s"})", "\"curve\" must be one of linear, log, power"},
+             {R"("gain": "loud")", "\"gain\""},
+             {R"("automation": {"points": []})", "at least one node"},
+             {R"("automation": {"points": [[0, 11]]})", "\"points\""},
+             {R"("automation": {"points": [[5, 0], [4, 0]]})", "before the node"},
+             {R"("equaliser": [{}, {}, {}, {}, {}, {}])", "five is the most"},
+             {R"("routing": [[1], [1, 1]])", "\"routing\""}}) {
+        const std::string line =
+            refusal(R"({"audlmd": 1, "tracks": [{"name": "A", "strips": [{"name": "x", "to": 10, )" + strip +
+                    "}]}]}");
+        EXPECT_TRUE(line.starts_with("track 'A', clip 'x': ")) << line;
+        EXPECT_NE(line.find(expected), std::string::npos) << line;
+    }
+    EXPECT_NE(refusal(R"({"audlmd": 2})").find("must be 1"), std::string::npos);
+    EXPECT_NE(refusal(R"({"audlmd": 1, "sampelRate": 2})").find("\"sampelRate\""), std::string::npos);
+}
+
+} // namespace
+} // namespace audlmd::timeline::test

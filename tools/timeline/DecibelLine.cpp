@@ -1,0 +1,64 @@
+#include "tools/timeline/DecibelLine.hpp"
+
+#include "standalone/signal/GainLaws.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+namespace audlmd::timeline {
+namespace {
+
+/// Below the promised 0.1 dB, because three points of a piece stand for all of them.
+constexpr double tolerance = 0.08;
+
+double uValueOf(double decibels) {
+    return decibels <= silentDecibels ? 0.0 : mixerStyleUValueOfDecibels(decibels);
+}
+
+bool isStraight(double fromDecibels, double toDecibels) {
+    const double from = mixerStyleUValueOfDecibels(fromDecibels);
+    const double to = mixerStyleUValueOfDecibels(toDecibels);
+    for (const double part : {0.25, 0.5, 0.75}) {
+        const double reached = decibelsOfGain(mixerStyleGain(from + part * (to - from)));
+        if (std::abs(reached - (fromDecibels + part * (toDecibels - fromDecibels))) > tolerance)
+            return false;
+    }
+    return true;
+}
+
+void append(std::vector<LevelNode>& nodes, std::int64_t position, double uValue) {
+    const auto u = static_cast<float>(uValue);
+    if (nodes.empty() || nodes.back().position != position || nodes.back().uValue != u)
+        nodes.push_back({position, u});
+}
+
+/// Appends the nodes after `from`, up to and including `to`.
+void appendLine(std::vector<LevelNode>& nodes, const DecibelKey& from, const DecibelKey& to) {
+    if (to.position - from.position > 1 && !isStraight(from.decibels, to.decibels)) {
+        const std::int64_t half = (to.position - from.position) / 2;
+        const double part = static_cast<double>(half) / static_cast<double>(to.position - from.position);
+        const DecibelKey middle{from.position + half, from.decibels + part * (to.decibels - from.decibels)};
+        appendLine(nodes, from, middle);
+        appendLine(nodes, middle, to);
+        return;
+    }
+    append(nodes, to.position, mixerStyleUValueOfDecibels(to.decibels));
+}
+
+} // namespace
+
+std::vector<LevelNode> nodesAlong(std::span<const DecibelKey> keys) {
+    std::vector<LevelNode> nodes;
+    for (std::size_t i = 0; i < keys.size(); ++i) {
+        if (i > 0 && std::max(keys[i - 1].decibels, keys[i].decibels) > silentDecibels) {
+            const DecibelKey from{keys[i - 1].position, std::max(keys[i - 1].decibels, silentDecibels)};
+            const DecibelKey to{keys[i].position, std::max(keys[i].decibels, silentDecibels)};
+            append(nodes, from.position, mixerStyleUValueOfDecibels(from.decibels));
+            appendLine(nodes, from, to);
+        }
+        append(nodes, keys[i].position, uValueOf(keys[i].decibels));
+    }
+    return nodes;
+}
+
+} // namespace audlmd::timeline

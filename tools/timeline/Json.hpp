@@ -1,0 +1,79 @@
+#pragma once
+
+#include "tools/timeline/TimelineError.hpp"
+#include "tools/timeline/Words.hpp"
+
+#include <nlohmann/json.hpp>
+
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+
+namespace audlmd::timeline {
+
+using Json = nlohmann::json;
+
+/// Reads JSON. Throws TimelineError, with line and column, for a text that is not JSON, that holds NaN or
+/// infinity, or that is nested more than 512 levels deep.
+Json parseJson(std::string_view text);
+
+/// The member of an object. Null where `value` is no object, where the member is missing and where it is
+/// null.
+const Json* member(const Json& value, const std::string& key);
+
+/// The member as text. `otherwise` where there is no such text.
+std::string textIn(const Json& value, const std::string& key, const std::string& otherwise = {});
+
+/// Reads the members of an object, each with its type and limits, and refuses members that nobody asked for.
+/// Every TimelineError names the place and the key.
+class Fields {
+public:
+    /// Throws TimelineError unless `object` is an object. The object must outlive the reader.
+    Fields(const Json& object, Where where);
+
+    /// Null for a member that is missing or null.
+    const Json* find(const std::string& key);
+    /// Null where the member is missing.
+    const Json* list(const std::string& key);
+    std::string text(const std::string& key, const std::string& otherwise);
+    bool flag(const std::string& key, bool otherwise);
+    double number(const std::string& key, double otherwise, double lowest, double highest);
+    std::int64_t whole(const std::string& key, std::int64_t otherwise, std::int64_t lowest,
+                       std::int64_t highest);
+    /// A number up to `highest`, or "-inf".
+    double decibels(const std::string& key, double otherwise, double highest);
+
+    template <class Value, std::size_t count>
+    std::optional<Value> word(const std::string& key, const Words<Value, count>& words) {
+        const Json* found = find(key);
+        if (found == nullptr)
+            return std::nullopt;
+        std::string known;
+        for (const auto& [name, value] : words) {
+            if (found->is_string() && found->get_ref<const std::string&>() == name)
+                return value;
+            known += (known.empty() ? "" : ", ") + std::string(name);
+        }
+        fail(key, "must be one of " + known);
+    }
+
+    /// Throws TimelineError if the object has a member that was not asked for.
+    void finish() const;
+
+    [[noreturn]] void fail(const std::string& key, const std::string& sentence) const;
+    const Where& where() const { return where_; }
+
+private:
+    const Json& object_;
+    Where where_;
+    std::set<std::string, std::less<>> known_;
+};
+
+/// A number, or "-inf". Nothing for anything else, and above `highest`.
+std::optional<double> decibelsOf(const Json& value, double highest);
+
+} // namespace audlmd::timeline

@@ -1,0 +1,198 @@
+#include "tools/timeline/OtioPlacement.hpp"
+
+#include "standalone/signal/GainLaws.hpp"
+#include "standalone/signal/Speed.hpp"
+#include "tools/timeline/DecibelLine.hpp"
+#include "tools/timeline/JsonParts.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <iomanip>
+#include <sstream>
+#include <stdexcept>
+
+namespace audlmd::timeline {
+
+Frame Frame::into(const OtioItem& item, const Rational& start) const {
+    const Rational end = start + item.range.duration;
+    Frame inside(*this);
+    inside.scale_ = scale_ / item.sound.speed * Rational(item.sound.reverse ? -1 : 1);
+    inside.origin_ = at(item.sound.reverse ? end : start) - inside.scale_ * item.range.start;
+    if (item.trimmed || item.sound.reverse || item.sound.speed != Rational(1)) {
+        const auto [first, last] = std::minmax({at(start), at(end)});
+        inside.windowBegin_ = std::max(windowBegin_, first);
+        inside.windowEnd_ = std::min(windowEnd_, last);
+    }
+    return inside;
+}
+
+namespace {
+
+/// One clip on its way to a strip.
+struct ClipPlacement {
+    const OtioItem& clip;
+    const Frame& around;
+    const Frame& inside;
+    const Where& where;
+    const OtioContext& context;
+    /// Output seconds.
+    Rational begin;
+    Rational end;
+    /// Source samples per second of the time around the clip.
+    Rational sourceRate;
+
+    std::int64_t samples(const Rational& seconds) const {
+        return (seconds * Rational(context.options.sampleRate)).rounded();
+    }
+};
+
+void setRange(const ClipPlacement& placement, TimelineStrip& strip) {
+    strip.at = placement.samples(placement.begin);
+    strip.length = placement.samples(placement.end) - strip.at;
+    const Rational speed = Rational(1) / magnitude(placement.inside.scale());
+    const std::int64_t count = (Rational(strip.length) * speed).roundedUp();
+    if (count > std::int64_t{1} << 60)
+        placement.where.fail("plays more samples than any file can have");
+    const std::int64_t first =
+        placement.samples(placement.inside.contentAt(placement.begin) - placement.clip.mediaStart);
+    StripSettings& settings = strip.settings;
+    settings.reverse = placement.inside.reversed();
+    settings.from = settings.reverse ? first - count : first;
+    settings.to = settings.from + count;
+    settings.speed = speed.value();
+}
+
+void setConverter(const ClipPlacement& placement, StripSettings& settings) {
+    try {
+        requireSpeed(settings.speed);
+    } catch (const std::invalid_argument& error) {
+        placement.where.fail(error.what());
+    }
+    settings.converter = placement.clip.sound.converter.value_or(Converter::filtering);
+    if (settings.speed == 1.0) {
+        settings.converter = Converter::none;
+    } else if (settings.converter == Converter::none) {
+        placement.where.fail("the converter \"none\" plays at speed 1 only");
+    } else if (settings.converter == Converter::filtering &&
+               filteringSpeedInForce(settings.speed) != settings.speed) {
+        settings.converter = Converter::linear;
+        placement.context.note(placement.where, "the speed is beyond the limits of the filtering converter; "
+                                                "the linear one is used");
+    }
+}
+
+std::string inSeconds(std::int64_t samples, int sampleRate) {
+    std::ostringstream text;
+    text << std::fixed << std::setprecision(3) << static_cast<double>(samples) / sampleRate << " s";
+    return text.str();
+}
+
+void setFades(const ClipPlacement& placement, const Transitions& transitions, StripSettings& settings) {
+    const ItemSound& sound = placement.clip.sound;
+    const auto length = [&](const std::optional<Rational>& transition, const std::optional<Rational>& fade) {
+        const Rational seconds = transition.value_or(fade.value_or(Rational()));
+        return static_cast<std::uint64_t>((seconds * placement.sourceRate).rounded());
+    };
+    FadePlan& plan = settings.fade;
+    plan.fadeInSamples = length(transitions.fadeIn, sound.fadeIn);
+    plan.fadeOutSamples = length(transitions.fadeOut, sound.fadeOut);
+    plan.fadeInCurve = transitions.fadeIn ? transitions.fadeInCurve : sound.fadeInCurve;
+    plan.fadeOutCurve = transitions.fadeOut ? transitions.fadeOutCurve : sound.fadeOutCurve;
+    if (placement.around.reversed()) {
+        std::swap(plan.fadeInSamples, plan.fadeOutSamples);
+        std::swap(plan.fadeInCurve, plan.fadeOutCurve);
+    }
+    if ((transitions.fadeIn && sound.fadeIn) || (transitions.fadeOut && sound.fadeOut))
+        placement.context.note(placement.where, "a transition takes the place of the clip's own fade");
+
+    const auto range = static_cast<std::uint64_t>(settings.to - settings.from);
+    const std::uint64_t sum = plan.fadeInSamples + plan.fadeOutSamples;
+    // Rounding alone makes up to four samples.
+    if (sum > range + 4)
+        placement.where.fail(
+            "the fades are longer than the clip by " +
+            inSeconds(static_cast<std::int64_t>(sum - range), placement.context.options.sampleRate));
+    std::uint64_t& longer =
+        plan.fadeInSamples > plan.fadeOutSamples ? plan.fadeInSamples : plan.fadeOutSamples;
+    longer -= sum > range ? sum - range : 0;
+}
+
+void setLevels(const ClipPlacement& placement, const Rational& start, double gainDb, TimelineStrip& strip) {
+    const ItemSound& sound = placement.clip.sound;
+    strip.gainDb = sound.gainDb + gainDb;
+    std::vector<DecibelKey> keys;
+    double loudest = silentDecibels;
+    for (const TimedDecibels& key : sound.keys) {
+        const Rational output = placement.around.at(start + key.time);
+        const Rational played = (output - placement.begin) / magnitude(placement.inside.scale());
+        keys.push_back({placement.samples(played), key.decibels});
+        loudest = std::max(loudest, key.decibels);
+    }
+    if (placement.around.reversed())
+        std::reverse(keys.begin(), keys.end());
+    // An automation ends at +10 dB; the fixed gain carries what is above.
+    const double above = std::max(0.0, loudest - faderTopDecibels);
+    for (DecibelKey& key : keys)
+        key.decibels -= above;
+    if (!keys.empty())
+        strip.settings.automation = AutomationWalk{Automation(nodesAlong(keys))};
+    strip.gainDb += above;
+    if (strip.gainDb > highestGainDb)
+        placement.where.fail("all gains together are more than +60 dB");
+}
+
+void noteMissingMaterial(const ClipPlacement& placement, const StripSettings& settings) {
+    // A frame's rounding is no fault of the timeline.
+    constexpr std::int64_t tolerance = 2;
+    const int sampleRate = placement.context.options.sampleRate;
+    if (settings.from < -tolerance)
+        placement.context.note(placement.where, "reads " + inSeconds(-settings.from, sampleRate) +
+                                                    " before the start of its file; silence there");
+    if (!placement.clip.mediaDuration)
+        return;
+    const std::int64_t beyond = settings.to - placement.samples(*placement.clip.mediaDuration);
+    if (beyond > tolerance)
+        placement.context.note(placement.where, "reads " + inSeconds(beyond, sampleRate) +
+                                                    " beyond the end of its file; silence there");
+}
+
+/// Leaves the part inside the window, with fades and automation as they are.
+bool cutToWindow(const ClipPlacement& placement, TimelineStrip& strip) {
+    const std::int64_t begin = std::max(strip.at, placement.samples(placement.around.windowBegin()));
+    const std::int64_t end =
+        std::min(strip.at + strip.length, placement.samples(placement.around.windowEnd()));
+    strip.skip = begin - strip.at;
+    strip.at = begin;
+    strip.length = end - begin;
+    return end > begin;
+}
+
+} // namespace
+
+std::optional<TimelineStrip> placeClip(const OtioItem& clip, const Rational& start, const Frame& around,
+                                       const Transitions& transitions, double gainDb, const Where& where,
+                                       const OtioContext& context) {
+    const Frame inside = around.into(clip, start);
+    const auto [begin, end] = std::minmax(
+        {around.at(start - transitions.before), around.at(start + clip.range.duration + transitions.after)});
+    const Rational rate(context.options.sampleRate);
+    const ClipPlacement placement{clip,    around, inside, where,
+                                  context, begin,  end,    magnitude(around.scale() / inside.scale()) * rate};
+    TimelineStrip strip;
+    strip.name = clip.name;
+    strip.media = clip.media;
+    strip.routing = clip.sound.routing;
+    setRange(placement, strip);
+    setConverter(placement, strip.settings);
+    setFades(placement, transitions, strip.settings);
+    setLevels(placement, start, gainDb, strip);
+    strip.settings.sampleRate = context.options.sampleRate;
+    strip.settings.equaliser = clip.sound.equaliser;
+    requireBands(strip.settings.equaliser, strip.settings.sampleRate, where);
+    if (!cutToWindow(placement, strip))
+        return std::nullopt;
+    noteMissingMaterial(placement, strip.settings);
+    return strip;
+}
+
+} // namespace audlmd::timeline

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "tools/timeline/OtioItem.hpp"
+
+#include <optional>
+
+namespace audlmd::timeline {
+
+/// How the time inside an item becomes output time: straight, and exact. A negative scale plays backwards.
+class Frame {
+public:
+    /// Of the whole timeline: output time is the time inside, from 0 on.
+    Frame() = default;
+
+    /// The frame of the content of an item that starts at `start` of this frame's time. The item's range and
+    /// speed count. Where the item trims its content, nothing outside of it sounds.
+    Frame into(const OtioItem& item, const Rational& start) const;
+
+    /// Of the content, in output seconds.
+    Rational at(const Rational& content) const { return origin_ + scale_ * content; }
+    /// The content's time at an output time.
+    Rational contentAt(const Rational& output) const { return (output - origin_) / scale_; }
+
+    const Rational& scale() const { return scale_; }
+    bool reversed() const { return scale_ < Rational(); }
+    /// What sounds, in output seconds.
+    const Rational& windowBegin() const { return windowBegin_; }
+    const Rational& windowEnd() const { return windowEnd_; }
+
+private:
+    Rational origin_;
+    Rational scale_{1};
+    Rational windowBegin_;
+    Rational windowEnd_{std::int64_t{4'000'000'000}};
+};
+
+/// What transitions make of an item's ends, in seconds of the time around the item.
+struct Transitions {
+    /// The item starts so much earlier and ends so much later.
+    Rational before;
+    Rational after;
+    /// Set where there is a transition: its whole length, and its curve.
+    std::optional<Rational> fadeIn;
+    std::optional<Rational> fadeOut;
+    FadeCurve fadeInCurve = FadeCurve::power;
+    FadeCurve fadeOutCurve = FadeCurve::power;
+};
+
+/// Where and how a clip sounds that starts at `start` of the time around it. Nothing where it lies outside of
+/// the frame's window. `gainDb` is that of all compositions around the clip. Throws TimelineError for speeds,
+/// gains, equalisers and fades that a strip cannot have.
+std::optional<TimelineStrip> placeClip(const OtioItem& clip, const Rational& start, const Frame& around,
+                                       const Transitions& transitions, double gainDb, const Where& where,
+                                       const OtioContext& context);
+
+} // namespace audlmd::timeline

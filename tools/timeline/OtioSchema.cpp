@@ -1,0 +1,87 @@
+#include "tools/timeline/OtioSchema.hpp"
+
+#include "tools/timeline/FrameRate.hpp"
+
+#include <algorithm>
+#include <array>
+#include <stdexcept>
+#include <string_view>
+
+namespace audlmd::timeline {
+namespace {
+
+/// The schemas that the reader knows, and the newest version of each.
+constexpr std::array<std::pair<std::string_view, char>, 19> newestVersions{{
+    {"Timeline", '1'},
+    {"Stack", '1'},
+    {"Track", '1'},
+    {"Sequence", '1'},
+    {"Clip", '2'},
+    {"Gap", '1'},
+    {"Filler", '1'},
+    {"Transition", '1'},
+    {"RationalTime", '1'},
+    {"TimeRange", '1'},
+    {"ExternalReference", '1'},
+    {"MissingReference", '1'},
+    {"GeneratorReference", '1'},
+    {"ImageSequenceReference", '1'},
+    {"LinearTimeWarp", '1'},
+    {"FreezeFrame", '1'},
+    {"TimeEffect", '1'},
+    {"Effect", '1'},
+    {"Marker", '2'},
+}};
+
+double numberIn(const Json& time, const char* key, const Where& where, const std::string& what) {
+    const Json* number = member(time, key);
+    if (number == nullptr || !number->is_number())
+        where.fail(what + " has no number \"" + key + "\"");
+    return number->get<double>();
+}
+
+} // namespace
+
+std::string schemaOf(const Json& value, const Where& where) {
+    const std::string schema = textIn(value, "OTIO_SCHEMA");
+    const std::size_t dot = schema.rfind('.');
+    const std::string name = schema.substr(0, dot);
+    const auto* known = std::find_if(newestVersions.begin(), newestVersions.end(),
+                                     [&](const auto& entry) { return entry.first == name; });
+    if (known == newestVersions.end())
+        return name;
+    const std::string version = dot == std::string::npos ? "" : schema.substr(dot + 1);
+    if (version.size() != 1 || version[0] < '1' || version[0] > known->second)
+        where.fail("schema " + printable(schema) + " is not known; versions 1 to " + known->second + " of " +
+                   name + " are");
+    return name;
+}
+
+OtioTime timeIn(const Json& parent, const std::string& key, const Where& where, const std::string& what) {
+    const Json* time = member(parent, key);
+    if (time == nullptr)
+        where.fail(what + " is missing");
+    schemaOf(*time, where);
+    const double count = numberIn(*time, "value", where, what);
+    const double rate = numberIn(*time, "rate", where, what);
+    if (count < 0.0)
+        where.fail(what + " is negative");
+    try {
+        const Rational exact = exactRate(rate);
+        return {secondsOf(count, exact), exact};
+    } catch (const std::overflow_error& error) {
+        where.fail(what + ": " + error.what());
+    }
+}
+
+std::optional<OtioRange> rangeIn(const Json& parent, const std::string& key, const Where& where) {
+    const Json* range = member(parent, key);
+    if (range == nullptr)
+        return std::nullopt;
+    schemaOf(*range, where);
+    const OtioTime start = timeIn(*range, "start_time", where, "the start of " + key);
+    const OtioTime duration = timeIn(*range, "duration", where, "the duration of " + key);
+    return OtioRange{{start.seconds, duration.seconds}, duration.rate};
+}
+
+} // namespace audlmd::timeline

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "tools/timeline/OtioItem.hpp"
+
+namespace audlmd::timeline {
+
+/// Reads an item's time warps, and what exporters and we ourselves write about levels, fades and the
+/// equaliser into its effects and its metadata. `frameRate` is that of the item. Effects that are not played
+/// become notes. Throws TimelineError for a change of speed over time, and for a block "audlmd" with
+/// mistakes.
+void readSound(const Json& item, const Rational& frameRate, const Where& where, const OtioContext& context,
+               ItemSound& sound);
+
+/// Reads the parameters that exporters keep in the metadata of an effect, under any namespace: a list
+/// "Parameters" of objects with a "Parameter ID", a "Parameter Value" and "Key Frames".
+///
+///     volume    decibels, and key frames: {"12": {"Value": -6.0}}, in frames from the start of the item
+///     faderIn   frames
+///     faderOut  frames
+///
+/// Other parameters become notes. Effects and namespaces that are not "Enabled" count for nothing.
+void readExportedParameters(const Json& effect, const Rational& frameRate, const Where& where,
+                            const OtioContext& context, ItemSound& sound);
+
+/// Reads the block "audlmd" in an item's metadata, if there is one. What the block names replaces what
+/// effects say, except for gains, which add up.
+void readOwnBlock(const Json& item, const Where& where, const OtioContext& context, ItemSound& sound);
+
+/// The word "curve" in the metadata, under any namespace: linear, log or power. `otherwise` where there is
+/// none.
+FadeCurve curveIn(const Json& item, FadeCurve otherwise);
+
+} // namespace audlmd::timeline

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <compare>
+#include <cstdint>
+
+namespace audlmd::timeline {
+
+/// A fraction in lowest terms, of 128-bit integers: seconds, speeds and frame rates without rounding.
+///
+/// Operators throw std::overflow_error where a result does not fit. That takes times of many unrelated rates.
+class Rational {
+public:
+    __extension__ using Integer = __int128;
+
+    constexpr Rational() = default;
+    // A whole number stands wherever a fraction does. NOLINTNEXTLINE(google-explicit-constructor)
+    constexpr Rational(std::int64_t whole) : numerator_(whole) {}
+    /// Throws std::overflow_error for a denominator of 0.
+    Rational(Integer numerator, Integer denominator);
+
+    /// The fraction with the smallest denominator whose relative distance to `number` is below 1e-14: 0.1 is
+    /// 1/10. Throws std::overflow_error unless the number is finite and its magnitude 0, or between 1e-9 and
+    /// 1e15.
+    static Rational nearest(double number);
+
+    friend Rational operator+(const Rational& a, const Rational& b);
+    friend Rational operator-(const Rational& a, const Rational& b);
+    friend Rational operator*(const Rational& a, const Rational& b);
+    friend Rational operator/(const Rational& a, const Rational& b);
+    friend bool operator==(const Rational& a, const Rational& b) = default;
+    friend std::strong_ordering operator<=>(const Rational& a, const Rational& b);
+    Rational operator-() const { return Rational() - *this; }
+
+    /// The nearest whole number, of two equally near ones the greater.
+    std::int64_t rounded() const;
+    /// The next whole number that is not smaller.
+    std::int64_t roundedUp() const;
+    double value() const;
+
+private:
+    std::int64_t roundedDown() const;
+
+    Integer numerator_ = 0;
+    Integer denominator_ = 1;
+};
+
+Rational magnitude(const Rational& number);
+
+} // namespace audlmd::timeline

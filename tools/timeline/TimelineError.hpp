@@ -1,0 +1,31 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace audlmd::timeline {
+
+/// A timeline that cannot be read. The text is one line for the user, which names the track and the clip
+/// where there are any.
+class TimelineError : public std::runtime_error {
+public:
+    explicit TimelineError(const std::string& line) : std::runtime_error(line) {}
+};
+
+/// A name or a path for one line of a terminal: control characters become question marks, and texts of more
+/// than 80 characters are shortened.
+std::string printable(std::string_view text);
+
+/// The place in a timeline that a message is about. Empty names are left out.
+struct Where {
+    std::string track;
+    std::string clip;
+
+    /// "track 'A1', clip 'door'", or "timeline" where both names are empty.
+    std::string text() const;
+    /// Throws TimelineError: the place, a colon, the sentence.
+    [[noreturn]] void fail(const std::string& sentence) const;
+};
+
+} // namespace audlmd::timeline

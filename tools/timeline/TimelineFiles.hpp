@@ -1,0 +1,30 @@
+#pragma once
+
+#include "standalone/mix/Timeline.hpp"
+#include "tools/timeline/Json.hpp"
+#include "tools/timeline/ReadOptions.hpp"
+
+#include <string>
+#include <string_view>
+
+namespace audlmd::timeline {
+
+/// Reads OpenTimelineIO or our own JSON: an object with an OTIO_SCHEMA, or with the key "audlmd". Throws
+/// TimelineError, one line for the user.
+Timeline readTimeline(std::string_view text, const ReadOptions& options);
+
+/// Reads OpenTimelineIO, see docs/timelines.md for what becomes of each part. What is not played as written
+/// becomes a note. Throws TimelineError, which names track and clip.
+Timeline readOtio(const Json& root, const ReadOptions& options);
+
+/// Reads our own JSON, see docs/timeline.schema.json. Throws TimelineError, which names track, strip and key.
+Timeline readJson(const Json& root, const ReadOptions& options);
+
+/// Our own JSON, all times in samples. readJson() makes the same timeline of it. What the mixer sets (cookie,
+/// levels, waiting) is left out.
+Json writeJson(const Timeline& timeline);
+
+/// What sounds when, as text for a terminal: a table of strips, then markers, then notes.
+std::string list(const Timeline& timeline);
+
+} // namespace audlmd::timeline
