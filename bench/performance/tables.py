@@ -40,7 +40,7 @@ def goal_table(figures):
     size = figures["size"]
     add(".text; stripped library", "7.0 MB; 11.8 MB", f"{size['text'] / 1e6:.2f} MB; {size['stripped'] / 1e6:.2f} MB", "",
         size["text"] <= 7.0e6 and size["stripped"] <= 11.8e6)
-    add("own-symbol lookups at load; dynamic relocations", "0; 120", f"{size['ownLookups']}; {size['relocations']}",
+    add("own-symbol lookups at load; dynamic relocations", "1; 120", f"{size['ownLookups']}; {size['relocations']}",
         f"{size['exported']:,} symbols exported, {size['imported']} imported",
         size["ownLookups"] == 0 and size["relocations"] <= 120)
     units = figures["build"]

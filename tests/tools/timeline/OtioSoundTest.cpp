@@ -5,7 +5,7 @@
 
 #include <cmath>
 
-namespace audlmd::timeline::test {
+namespace audlmd::test {
 namespace {
 
 constexpr std::int64_t frame = 1920;
@@ -78,4 +78,4 @@ TEST(OtioSound, ReadsOurOwnBlock) {
 }
 
 } // namespace
-} // namespace audlmd::timeline::test
+} // namespace audlmd::test

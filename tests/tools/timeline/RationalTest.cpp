@@ -4,8 +4,10 @@
 
 #include <stdexcept>
 
-namespace audlmd::timeline::test {
+namespace audlmd::test {
 namespace {
+
+using namespace timeline;
 
 TEST(FrameRate, MeansTheExactRateBehindARoundedNumber) {
     struct Case {
@@ -51,4 +53,4 @@ TEST(Rational, RoundsOnceAndNeverWraps) {
 }
 
 } // namespace
-} // namespace audlmd::timeline::test
+} // namespace audlmd::test

@@ -2,7 +2,7 @@
 
 #include <stdexcept>
 
-namespace audlmd::timeline::test {
+namespace audlmd::test {
 
 Json time(double value, double rate) {
     return {{"OTIO_SCHEMA", "RationalTime.1"}, {"rate", rate}, {"value", value}};
@@ -83,4 +83,4 @@ std::string refusal(const std::string& text, const ReadOptions& how) {
     }
 }
 
-} // namespace audlmd::timeline::test
+} // namespace audlmd::test

@@ -6,7 +6,9 @@
 #include <string>
 #include <vector>
 
-namespace audlmd::timeline::test {
+namespace audlmd::test {
+
+using namespace timeline;
 
 // Authors OpenTimelineIO. Times are frames at 25 per second, which are 1,920 samples each, unless said
 // otherwise.
@@ -31,4 +33,4 @@ std::vector<TimelineStrip> stripsOf(const std::vector<Json>& children,
 /// The line that the reader refuses a text with. Empty: the text was read.
 std::string refusal(const std::string& text, const ReadOptions& how = options());
 
-} // namespace audlmd::timeline::test
+} // namespace audlmd::test
