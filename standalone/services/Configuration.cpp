@@ -26,6 +26,7 @@ std::optional<std::string> environment(const std::string& name) {
     return value;
 }
 
+/// Files that were written on other systems end their lines with a carriage return, which counts as a blank.
 std::string_view trimmed(std::string_view text) {
     constexpr std::string_view blanks = " \t\r";
     const std::size_t first = text.find_first_not_of(blanks);
@@ -35,6 +36,7 @@ std::string_view trimmed(std::string_view text) {
 }
 
 /// Reads a finite number in any locale, with an optional plus sign. Nothing if the text is not one.
+/// std::from_chars knows no plus sign and no locale, which is why the sign is taken off here.
 std::optional<double> parseNumber(std::string_view text) {
     if (text.starts_with('+') && !text.starts_with("+-"))
         text.remove_prefix(1);
@@ -99,6 +101,7 @@ double Configuration::parsed(std::string_view value, const std::string& place, d
     if (const std::optional<double> result = parseNumber(trimmed(value)))
         return *result;
     const std::lock_guard lock(mutex_);
+    // The same number may be asked for many times; one report for each place is enough.
     if (reported_.insert(place).second)
         report(place + ": '" + std::string(value) + "' is not a number; the default is used");
     return defaultValue;
@@ -118,6 +121,7 @@ std::filesystem::path Configuration::userFile() {
 std::string Configuration::environmentName(std::string_view key) {
     std::string name("AUDLMD_");
     for (const char c : key) {
+        // Written out, because std::isalnum depends on the locale.
         const bool kept = (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
         name += kept ? c : '_';
     }
@@ -126,6 +130,7 @@ std::string Configuration::environmentName(std::string_view key) {
 
 } // namespace audlmd
 
+/// The library calls this from its static initialisers, before main() has begun.
 double config_double(const char* key, double defaultValue) {
     return audlmd::userConfiguration().number(key, defaultValue);
 }

@@ -19,6 +19,8 @@ constinit audlmd::Immortal<Table<Out>> table;
 
 } // namespace
 
+/// The one table of an output type in the process: libraries register here while they are loaded, and players
+/// look up here.
 template <class Out>
 Table<Out>& LoopModesDespatcherInstance<Out>::get() {
     return table<Out>.object;

@@ -47,6 +47,7 @@ FormatUID::FormatUID(std::uint32_t number) : number_(number) {
 FormatUID::~FormatUID() {
     const std::lock_guard lock(audlmd::announcements().mutex);
     const auto found = audlmd::announcements().countByNumber.find(number_);
+    // The constructor of this object has made the entry, so the entry is there.
     if (--found->second == 0)
         audlmd::announcements().countByNumber.erase(found);
 }

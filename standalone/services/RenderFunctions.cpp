@@ -14,6 +14,7 @@ std::string whyNoSuchMode(unsigned long code) {
         return mode + " is valid, but no library that registers a render function for it is loaded";
     if (code >= modeCodeLimit)
         return invalid + "the largest is " + std::to_string(largestModeCode);
+    // Names the bits too, because users meet mode codes as one number.
     const auto tooLarge = [&](const char* field, const char* bits, auto value, auto largest) {
         return invalid + field + " (bits " + bits + ") is " +
                std::to_string(static_cast<unsigned int>(value)) + ", at most " +
