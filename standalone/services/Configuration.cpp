@@ -18,7 +18,8 @@ void report(const std::string& message) {
     std::fprintf(stderr, "audlmd: %s\n", message.c_str());
 }
 
-/// The value of an environment variable. Nothing if the variable is empty or not set.
+/// The value of an environment variable. Nothing if the variable is empty or not set. Copied, because the
+/// text of getenv() may be overwritten by the next call.
 std::optional<std::string> environment(const std::string& name) {
     const char* const value = std::getenv(name.c_str());
     if (value == nullptr || *value == '\0')
@@ -52,6 +53,7 @@ const Configuration& userConfiguration() {
     static const Immortal<Configuration> configuration([] {
         std::filesystem::path file = Configuration::userFile();
         std::error_code error;
+        // A file that the user names must be there; one in the usual folder may be missing.
         if (environment("AUDLMD_CONFIG") && !std::filesystem::exists(file, error))
             report(file.string() + ": AUDLMD_CONFIG names this file, but it is not there");
         return file;
@@ -78,6 +80,7 @@ void Configuration::readLine(std::string_view text, int line) {
     const std::string_view setting = trimmed(text.substr(0, text.find('#')));
     if (setting.empty())
         return;
+    // The first sign counts, so that a value may hold further ones.
     const std::size_t sign = setting.find('=');
     const std::string key(trimmed(setting.substr(0, sign)));
     if (sign == std::string_view::npos || key.empty())
@@ -88,6 +91,7 @@ void Configuration::readLine(std::string_view text, int line) {
 
 double Configuration::number(const std::string& key, double defaultValue) const {
     const std::string variable = environmentName(key);
+    // The environment comes first, so that one run can differ from the file.
     if (const std::optional<std::string> value = environment(variable))
         return parsed(*value, "environment variable " + variable, defaultValue);
     const auto setting = settings_.find(key);

@@ -36,7 +36,9 @@ struct Accessors<std::tuple<Out...>> {
     static constexpr std::tuple all{&LoopModesDespatcherInstance<Out>::get...};
 };
 
-/// The compiler produces and exports an accessor for every address that is kept here.
+/// The compiler produces and exports an accessor for every address that is kept here. Without the addresses
+/// an accessor that this file never calls would not exist, and libraries that register functions could not be
+/// loaded.
 [[gnu::used]] constexpr auto accessors = Accessors<Render::OutputTypes>::all;
 
 } // namespace

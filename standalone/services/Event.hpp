@@ -27,6 +27,7 @@ public:
 private:
     std::mutex mutex_;
     std::condition_variable changed_;
+    /// Never becomes false again.
     bool signalled_ = false;
 };
 

@@ -55,6 +55,7 @@ Orv::UUID makeUuid() {
 }
 
 Orv::UUID parseUuid(std::string_view text) {
+    // The form is checked in full before a byte is read, so the loop below needs no checks.
     bool wellFormed = text.size() == textLength;
     for (std::size_t i = 0; wellFormed && i < textLength; ++i)
         wellFormed = isHyphenPosition(i) ? text[i] == '-' : digitValue(text[i]) >= 0;
@@ -72,6 +73,7 @@ Orv::UUID parseUuid(std::string_view text) {
 
 std::string toString(const Orv::UUID& uuid) {
     constexpr std::string_view digits = "0123456789abcdef";
+    // The digits overwrite all but the four hyphens.
     std::string text(textLength, '-');
     for (std::size_t byte = 0; byte < uuid.bytes.size(); ++byte) {
         text[textPosition(byte)] = digits[uuid.bytes[byte] >> 4];

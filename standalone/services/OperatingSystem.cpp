@@ -74,7 +74,8 @@ std::string describeCall(const void* address) {
     return text.str();
 }
 
-/// Notes the thread that an exception is made on, then the calls that led there, the innermost first.
+/// Notes the thread that an exception is made on, then the calls that led there, the innermost first. The
+/// notes are texts that are made at once, because a library may be unloaded before anybody reads them.
 class ExceptionRecorder final : public iExceptionRecorder {
 public:
     void record(ExceptionNotes& notes) override {

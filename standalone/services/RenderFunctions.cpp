@@ -6,6 +6,7 @@ namespace audlmd {
 
 NoSuchMode::NoSuchMode(unsigned long code) : std::out_of_range(whyNoSuchMode(code)), code_(code) {}
 
+/// The whole code is checked first and the single fields last, so every check may rely on the checks before.
 std::string whyNoSuchMode(unsigned long code) {
     using namespace Aud::Render;
     const std::string mode = "mode code " + std::to_string(code);

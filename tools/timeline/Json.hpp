@@ -76,6 +76,7 @@ public:
 
     /// Throws TimelineError: the place, the key in quotes, the sentence.
     [[noreturn]] void fail(const std::string& key, const std::string& sentence) const;
+    /// The place for readers of objects inside this one.
     const Where& where() const { return where_; }
 
 private:

@@ -21,7 +21,7 @@ void deinterleave(const std::byte* interleaved, std::size_t bytes, std::size_t f
 
 /// Turns containers of s24, s8 or u8 into signed numbers in the high bits of an int, one for each element of
 /// `samples`. Use this for no other format: the bytes of the others are exchanged as they are. `containers`
-/// has one container for each of them. No bit is lost: narrow() gives the same bytes back.
+/// has one container for each element. No bit is lost: narrow() gives the same bytes back.
 void widen(FormatId format, const std::byte* containers, std::span<int> samples);
 
 /// The inverse, for the same formats. Bits below those of the format are cut off, not rounded. `containers`

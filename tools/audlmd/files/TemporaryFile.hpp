@@ -22,7 +22,7 @@ private:
 
 /// A new file that is going to replace another one in the same folder. A file that is not committed is
 /// removed by the destructor, and by SIGINT, SIGTERM and SIGHUP. There may be one TemporaryFile at a time in
-/// a process. The same folder, because a file can be renamed only within one file system.
+/// a process. The folder is the target's, because a file can be renamed only within one file system.
 class TemporaryFile {
 public:
     /// Throws CommandError where `target`, or its folder, cannot be written.

@@ -13,7 +13,7 @@ constexpr const char* timeSyntax =
     "seconds (12.5 or 3s), milliseconds (250ms), samples (480000smp) or timecode (1:02.5, 1:00:02.5)";
 
 /// The whole text as a number without sign, exponent or surrounding space. The characters are checked first,
-/// because std::from_chars reads signs, "inf" and "nan" too.
+/// because std::from_chars reads a minus sign, "inf" and "nan" too.
 template <class Number>
 std::optional<Number> wholeNumber(std::string_view text) {
     if (text.empty() || text.find_first_not_of("0123456789.") != std::string_view::npos)
