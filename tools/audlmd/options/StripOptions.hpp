@@ -15,8 +15,7 @@ class App;
 namespace audlmd::command {
 
 /// The options that say which range of an input is played, and how. They are read without the input:
-/// settingsFor() resolves what depends on the input's sample rate and length. Several commands share them, so
-/// that a strip sounds the same wherever it is described.
+/// settingsFor() resolves what depends on the input's sample rate and length.
 struct StripOptions {
     bool reverse = false;
     /// In the input.
