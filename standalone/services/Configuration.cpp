@@ -18,7 +18,8 @@ void report(const std::string& message) {
     std::fprintf(stderr, "audlmd: %s\n", message.c_str());
 }
 
-/// The value of an environment variable. Nothing if the variable is empty or not set.
+/// The value of an environment variable. Nothing if the variable is empty or not set. Copied, because the
+/// text of getenv() may be overwritten by the next call.
 std::optional<std::string> environment(const std::string& name) {
     const char* const value = std::getenv(name.c_str());
     if (value == nullptr || *value == '\0')
@@ -26,6 +27,7 @@ std::optional<std::string> environment(const std::string& name) {
     return value;
 }
 
+/// Files that were written on other systems end their lines with a carriage return, which counts as a blank.
 std::string_view trimmed(std::string_view text) {
     constexpr std::string_view blanks = " \t\r";
     const std::size_t first = text.find_first_not_of(blanks);
@@ -35,6 +37,7 @@ std::string_view trimmed(std::string_view text) {
 }
 
 /// Reads a finite number in any locale, with an optional plus sign. Nothing if the text is not one.
+/// std::from_chars knows no plus sign and no locale, which is why the sign is taken off here.
 std::optional<double> parseNumber(std::string_view text) {
     if (text.starts_with('+') && !text.starts_with("+-"))
         text.remove_prefix(1);
@@ -50,6 +53,7 @@ const Configuration& userConfiguration() {
     static const Immortal<Configuration> configuration([] {
         std::filesystem::path file = Configuration::userFile();
         std::error_code error;
+        // A file that the user names must be there; one in the usual folder may be missing.
         if (environment("AUDLMD_CONFIG") && !std::filesystem::exists(file, error))
             report(file.string() + ": AUDLMD_CONFIG names this file, but it is not there");
         return file;
@@ -76,6 +80,7 @@ void Configuration::readLine(std::string_view text, int line) {
     const std::string_view setting = trimmed(text.substr(0, text.find('#')));
     if (setting.empty())
         return;
+    // The first sign counts, so that a value may hold further ones.
     const std::size_t sign = setting.find('=');
     const std::string key(trimmed(setting.substr(0, sign)));
     if (sign == std::string_view::npos || key.empty())
@@ -86,6 +91,7 @@ void Configuration::readLine(std::string_view text, int line) {
 
 double Configuration::number(const std::string& key, double defaultValue) const {
     const std::string variable = environmentName(key);
+    // The environment comes first, so that one run can differ from the file.
     if (const std::optional<std::string> value = environment(variable))
         return parsed(*value, "environment variable " + variable, defaultValue);
     const auto setting = settings_.find(key);
@@ -99,6 +105,7 @@ double Configuration::parsed(std::string_view value, const std::string& place, d
     if (const std::optional<double> result = parseNumber(trimmed(value)))
         return *result;
     const std::lock_guard lock(mutex_);
+    // The same number may be asked for many times; one report for each place is enough.
     if (reported_.insert(place).second)
         report(place + ": '" + std::string(value) + "' is not a number; the default is used");
     return defaultValue;
@@ -118,6 +125,7 @@ std::filesystem::path Configuration::userFile() {
 std::string Configuration::environmentName(std::string_view key) {
     std::string name("AUDLMD_");
     for (const char c : key) {
+        // Written out, because std::isalnum depends on the locale.
         const bool kept = (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
         name += kept ? c : '_';
     }
@@ -126,6 +134,7 @@ std::string Configuration::environmentName(std::string_view key) {
 
 } // namespace audlmd
 
+/// The library calls this from its static initialisers, before main() has begun.
 double config_double(const char* key, double defaultValue) {
     return audlmd::userConfiguration().number(key, defaultValue);
 }

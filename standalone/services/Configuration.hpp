@@ -26,17 +26,19 @@ namespace audlmd {
 class Configuration {
 public:
     /// Reads the file. A file that is not there holds no settings. Reports on standard error, instead of
-    /// throwing, if the file cannot be read or a line is not a setting.
+    /// throwing, if the file cannot be read or a line is not a setting. An empty path is allowed, and means
+    /// no file.
     explicit Configuration(const std::filesystem::path& file);
 
-    /// The number for a key, in the user's units.
+    /// The number for a key, in the user's units. Returns the default for a key that nobody has set. Trap: a
+    /// number that is out of range for its purpose is returned as written; the caller limits the number.
     double number(const std::string& key, double defaultValue) const;
 
     /// The file that AUDLMD_CONFIG names, else audlmd.conf in XDG_CONFIG_HOME, else ~/.config/audlmd.conf.
-    /// Empty if none of these variables nor HOME is set.
+    /// Empty if none of these variables nor HOME is set. The file need not exist.
     static std::filesystem::path userFile();
     /// "AUDLMD_" and the key, in which every character but the letters A to Z, a to z and the digits is
-    /// replaced by an underscore.
+    /// replaced by an underscore. Trap: keys that differ only in such characters share a variable.
     static std::string environmentName(std::string_view key);
 
 private:
@@ -46,6 +48,8 @@ private:
         int line = 0;
     };
 
+    /// Stores the setting of one line. The number is read later, when somebody asks, so that a mistake in an
+    /// unused key disturbs nobody.
     void readLine(std::string_view text, int line);
     /// `place` is where the value comes from, for the report.
     double parsed(std::string_view value, const std::string& place, double defaultValue) const;

@@ -19,6 +19,8 @@ constinit audlmd::Immortal<Table<Out>> table;
 
 } // namespace
 
+/// The one table of an output type in the process: libraries register here while they are loaded, and players
+/// look up here.
 template <class Out>
 Table<Out>& LoopModesDespatcherInstance<Out>::get() {
     return table<Out>.object;
@@ -34,7 +36,9 @@ struct Accessors<std::tuple<Out...>> {
     static constexpr std::tuple all{&LoopModesDespatcherInstance<Out>::get...};
 };
 
-/// The compiler produces and exports an accessor for every address that is kept here.
+/// The compiler produces and exports an accessor for every address that is kept here. Without the addresses
+/// an accessor that this file never calls would not exist, and libraries that register functions could not be
+/// loaded.
 [[gnu::used]] constexpr auto accessors = Accessors<Render::OutputTypes>::all;
 
 } // namespace

@@ -5,6 +5,7 @@
 #include <random>
 #include <stdexcept>
 
+/// The library asks the strip in a record for its material by this function, once for each render call.
 Cookie ce_handle::get_strip_cookie() const {
     return stripCookie_;
 }
@@ -15,7 +16,8 @@ namespace {
 /// 32 digits and 4 hyphens.
 constexpr std::size_t textLength = 36;
 
-/// Where the two digits of a byte stand in the text. Hyphens stand before bytes 4, 6, 8 and 10.
+/// Where the two digits of a byte stand in the text. Hyphens stand before bytes 4, 6, 8 and 10. Each
+/// comparison that holds adds one hyphen to what stands before.
 constexpr std::size_t textPosition(std::size_t byte) {
     return 2 * byte + (byte >= 4) + (byte >= 6) + (byte >= 8) + (byte >= 10);
 }
@@ -41,6 +43,7 @@ Orv::UUID makeUuid() {
     std::random_device device;
     Orv::UUID uuid;
     for (std::size_t byte = 0; byte < uuid.bytes.size(); byte += 4) {
+        // One call of the device gives 32 bits, which are 4 of the 16 bytes.
         const std::uint32_t random = device();
         for (std::size_t i = 0; i < 4; ++i)
             uuid.bytes[byte + i] = static_cast<std::uint8_t>(random >> (8 * i));
@@ -52,6 +55,7 @@ Orv::UUID makeUuid() {
 }
 
 Orv::UUID parseUuid(std::string_view text) {
+    // The form is checked in full before a byte is read, so the loop below needs no checks.
     bool wellFormed = text.size() == textLength;
     for (std::size_t i = 0; wellFormed && i < textLength; ++i)
         wellFormed = isHyphenPosition(i) ? text[i] == '-' : digitValue(text[i]) >= 0;
@@ -69,6 +73,7 @@ Orv::UUID parseUuid(std::string_view text) {
 
 std::string toString(const Orv::UUID& uuid) {
     constexpr std::string_view digits = "0123456789abcdef";
+    // The digits overwrite all but the four hyphens.
     std::string text(textLength, '-');
     for (std::size_t byte = 0; byte < uuid.bytes.size(); ++byte) {
         text[textPosition(byte)] = digits[uuid.bytes[byte] >> 4];

@@ -9,6 +9,7 @@
 namespace audlmd {
 namespace {
 
+/// Guarded by one lock, because libraries may be loaded and unloaded on different threads.
 struct Announcements {
     std::mutex mutex;
     /// Holds no number with a count of 0.
@@ -39,6 +40,8 @@ std::size_t announcedImageFormats() {
 
 namespace Orv::Image {
 
+/// The constructor announces and the destructor withdraws, so an announcement lasts as long as the static
+/// object of the library.
 FormatUID::FormatUID(std::uint32_t number) : number_(number) {
     const std::lock_guard lock(audlmd::announcements().mutex);
     ++audlmd::announcements().countByNumber[number];
@@ -47,6 +50,7 @@ FormatUID::FormatUID(std::uint32_t number) : number_(number) {
 FormatUID::~FormatUID() {
     const std::lock_guard lock(audlmd::announcements().mutex);
     const auto found = audlmd::announcements().countByNumber.find(number_);
+    // The constructor of this object has made the entry, so the entry is there.
     if (--found->second == 0)
         audlmd::announcements().countByNumber.erase(found);
 }

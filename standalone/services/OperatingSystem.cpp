@@ -22,6 +22,7 @@ namespace {
 /// Counts with atomic operations on the object's own count.
 class ReferenceCounts final : public iReferenceCounts {
 public:
+    /// Relaxed order is enough, because whoever adds a holder already holds the object.
     void increment(std::int32_t& count) noexcept override {
         std::atomic_ref(count).fetch_add(1, std::memory_order_relaxed);
     }
@@ -32,7 +33,8 @@ public:
     }
 };
 
-/// The C library's heap, which is the same for all libraries of a process.
+/// The C library's heap, which is the same for all libraries of a process. Storage that one library allocates
+/// may therefore be released by another.
 class Heap final : public iHeap {
 public:
     void* allocate(std::size_t bytes) override {
@@ -46,7 +48,8 @@ public:
 };
 
 /// Names the function that an address lies in, the offset there and the library: "f(int) + 0x1a in libx.so".
-/// Where the function has no name, the offset counts from the start of the library.
+/// Where the function has no name, the offset counts from the start of the library. dladdr knows exported
+/// names only, so a static function appears as an offset in its library.
 std::string describeCall(const void* address) {
     std::ostringstream text;
     Dl_info place{};
@@ -62,6 +65,7 @@ std::string describeCall(const void* address) {
         int status = 0;
         const std::unique_ptr<char, void (*)(void*)> demangled(
             abi::__cxa_demangle(place.dli_sname, nullptr, nullptr, &status), &std::free);
+        // The name of a C function cannot be demangled, and is written as it is.
         text << (status == 0 ? demangled.get() : place.dli_sname) << " + 0x" << offsetFrom(place.dli_saddr)
              << " in " << place.dli_fname;
     } else {
@@ -70,12 +74,15 @@ std::string describeCall(const void* address) {
     return text.str();
 }
 
-/// Notes the thread that an exception is made on, then the calls that led there, the innermost first.
+/// Notes the thread that an exception is made on, then the calls that led there, the innermost first. The
+/// notes are texts that are made at once, because a library may be unloaded before anybody reads them.
 class ExceptionRecorder final : public iExceptionRecorder {
 public:
     void record(ExceptionNotes& notes) override {
         // A failure to take notes must not replace the exception that the notes are about.
         try {
+            // The kernel keeps 15 characters and the closing 0. The number is the one that debuggers and top
+            // -H show.
             std::array<char, 16> threadName{};
             pthread_getname_np(pthread_self(), threadName.data(), threadName.size());
             std::ostringstream thread;
@@ -93,7 +100,7 @@ public:
     }
 };
 
-/// Hands out the three services.
+/// Hands out the three services. The services have no state, so any thread may use them at any time.
 class OperatingSystem final : public iOperatingSystem {
 public:
     iReferenceCounts& referenceCounts() noexcept override { return referenceCounts_; }
@@ -112,6 +119,7 @@ constinit OperatingSystem operatingSystem;
 
 } // namespace
 
+/// The library reaches the process through this one function.
 iOperatingSystem& OS() noexcept {
     return operatingSystem;
 }

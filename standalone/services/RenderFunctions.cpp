@@ -6,6 +6,7 @@ namespace audlmd {
 
 NoSuchMode::NoSuchMode(unsigned long code) : std::out_of_range(whyNoSuchMode(code)), code_(code) {}
 
+/// The whole code is checked first and the single fields last, so every check may rely on the checks before.
 std::string whyNoSuchMode(unsigned long code) {
     using namespace Aud::Render;
     const std::string mode = "mode code " + std::to_string(code);
@@ -14,6 +15,7 @@ std::string whyNoSuchMode(unsigned long code) {
         return mode + " is valid, but no library that registers a render function for it is loaded";
     if (code >= modeCodeLimit)
         return invalid + "the largest is " + std::to_string(largestModeCode);
+    // Names the bits too, because users meet mode codes as one number.
     const auto tooLarge = [&](const char* field, const char* bits, auto value, auto largest) {
         return invalid + field + " (bits " + bits + ") is " +
                std::to_string(static_cast<unsigned int>(value)) + ", at most " +

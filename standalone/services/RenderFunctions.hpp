@@ -9,7 +9,8 @@
 
 namespace audlmd {
 
-/// A mode code that has no render function. The text is whyNoSuchMode(code).
+/// A mode code that has no render function. The text is whyNoSuchMode(code). Catch this to tell a user which
+/// code is wrong or which library is missing.
 class NoSuchMode : public std::out_of_range {
 public:
     explicit NoSuchMode(unsigned long code);
@@ -30,13 +31,15 @@ template <class Out>
 using RenderFunction = typename Aud::Render::LoopModesDespatch::Types<Out>::ProcessSamples;
 
 /// The render function that a library has registered for a mode code. Null if there is none; any number may
-/// be asked for. The trap: no library may be loaded at the same time, because tables have no lock.
+/// be asked for. The trap: no library may be loaded at the same time, because tables have no lock. Use this
+/// where a missing mode is no failure, such as in a list of modes.
 template <class Out>
 RenderFunction<Out> findRenderFunction(unsigned long code) noexcept {
     return Aud::LoopModesDespatcherInstance<Out>::get().find(code);
 }
 
-/// The same as findRenderFunction, but throws NoSuchMode if there is none.
+/// The same as findRenderFunction, but throws NoSuchMode if there is none. Use this to render: the result is
+/// never null, and may be kept as long as the library is loaded.
 template <class Out>
 RenderFunction<Out> renderFunction(unsigned long code) {
     const RenderFunction<Out> found = findRenderFunction<Out>(code);

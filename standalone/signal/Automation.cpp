@@ -11,6 +11,7 @@ namespace audlmd {
 Automation::Automation(std::vector<LevelNode> nodes) : nodes_(std::move(nodes)) {
     if (nodes_.empty())
         throw std::invalid_argument("an automation needs at least one node");
+    // The state of a walk counts nodes in 32 bits.
     if (nodes_.size() > std::numeric_limits<std::uint32_t>::max())
         throw std::invalid_argument("an automation has at most 4294967295 nodes");
     for (std::size_t i = 0; i < nodes_.size(); ++i) {
@@ -23,6 +24,7 @@ Automation::Automation(std::vector<LevelNode> nodes) : nodes_(std::move(nodes)) 
     }
 }
 
+/// The product is exact: a u-value of at most 1.5 on the grid needs no more than the 24 bits of a float.
 float Automation::uValueAt(std::int64_t position) const {
     return static_cast<float>(levelAt(nodes_, position)) * automationGrid;
 }

@@ -14,12 +14,14 @@ namespace {
 using Aud::DynamicLevelControl::DynamicLevelApplyingIteratorState;
 using Nodes = std::span<const LevelNode>;
 
+/// The u-value of a node in whole steps of the grid, limited to the travel of the fader.
 std::int64_t onGrid(const LevelNode& node) {
     // A NaN is silent.
     const float u = node.uValue > 0.0F ? std::min(node.uValue, static_cast<float>(faderTop)) : 0.0F;
     return std::lround(u / automationGrid);
 }
 
+/// Counted without a sign, because two nodes may lie further apart than the largest signed number.
 std::uint64_t distance(std::int64_t from, std::int64_t to) {
     return static_cast<std::uint64_t>(to) - static_cast<std::uint64_t>(from);
 }
@@ -43,7 +45,8 @@ GridRamp rampTo(Nodes nodes, std::size_t node) {
     return {onGrid(from), onGrid(to), distance(from.position, to.position)};
 }
 
-/// The level at a position. `beyond` is the first node beyond the position.
+/// The level at a position. `beyond` is the first node beyond the position. Nodes at the position itself
+/// count as passed, so the last of several nodes at one position gives the level there.
 std::int64_t levelBefore(Nodes nodes, std::int64_t position, std::size_t beyond) {
     if (beyond == 0)
         return onGrid(nodes.front());
@@ -60,7 +63,8 @@ struct Run {
     std::int64_t slope;
 };
 
-/// The run from a position towards later ones. Nodes that all have this level make one run.
+/// The run from a position towards later ones. Nodes that all have this level make one run. A level that no
+/// later node leaves stays for good, which spares the renderer every further call.
 Run runForwards(Nodes nodes, std::int64_t position, std::int64_t level, std::size_t beyond) {
     std::size_t other = beyond;
     while (other < nodes.size() && onGrid(nodes[other]) == level)
@@ -74,7 +78,8 @@ Run runForwards(Nodes nodes, std::int64_t position, std::int64_t level, std::siz
     return {piece.end - offset, piece.slope};
 }
 
-/// The run from a position towards earlier ones. At a jump the run is one sample long.
+/// The run from a position towards earlier ones. At a jump the run is one sample long. The level one sample
+/// earlier tells whether the walk stands on a plateau, on a ramp or at a jump.
 Run runBackwards(Nodes nodes, std::int64_t position, std::int64_t level, std::size_t beyond) {
     const std::size_t above = firstBeyond(nodes, position - 1, beyond);
     const std::int64_t next = levelBefore(nodes, position - 1, above);
@@ -87,6 +92,7 @@ Run runBackwards(Nodes nodes, std::int64_t position, std::int64_t level, std::si
         return {distance(nodes[other].position, position), 0};
     if (above > 0) {
         const std::uint64_t offset = distance(nodes[above - 1].position, position);
+        // The walk leaves the position downwards, so the piece is the one that holds the sample before.
         const GridRamp::Piece piece = rampTo(nodes, above).pieceAt(offset - 1);
         if (piece.valueAt(offset) == level)
             return {offset - piece.begin, -piece.slope};
@@ -117,6 +123,7 @@ void loadNextPiece(DynamicLevelApplyingIteratorState& state, DynamicLevelDirecti
     // The state counts in 32 bits. The next call continues a longer run.
     const std::uint64_t samples =
         std::min<std::uint64_t>(run.samples, std::numeric_limits<std::uint32_t>::max());
+    // The hint for the next search, which then ends after one or two comparisons.
     state.host.nearNode = static_cast<std::uint32_t>(beyond);
     state.uValue = static_cast<float>(level) * automationGrid;
     state.uValueStep = static_cast<float>(run.slope) * automationGrid;
@@ -130,6 +137,8 @@ void loadNextPiece(DynamicLevelApplyingIteratorState& state, DynamicLevelDirecti
 
 namespace Aud::DynamicLevelControl {
 
+// The renderer calls the two functions below once per piece. All that is searched or divided happens there,
+// so that a sample costs one addition.
 DynamicLevelApplyingIteratorBase::DynamicLevelApplyingIteratorBase(DynamicLevelApplyingIteratorState& state)
     : state_(state) {}
 

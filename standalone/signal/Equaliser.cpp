@@ -11,6 +11,7 @@ namespace {
 
 using Coefficients = Aud::Filter::Biquad::Coefficients;
 
+/// Throws std::invalid_argument with the words joined to one sentence; numbers have six digits there.
 template <class... Words>
 [[noreturn]] void refuse(const Words&... words) {
     std::ostringstream sentence;
@@ -18,6 +19,7 @@ template <class... Words>
     throw std::invalid_argument(sentence.str());
 }
 
+/// The comparisons are written so that a NaN fails them.
 void validate(const EqualiserBand& band, double sampleRate) {
     if (!(std::isfinite(sampleRate) && sampleRate > 0.0))
         refuse("an equaliser needs a sample rate above 0 Hz, not ", sampleRate);
@@ -47,6 +49,7 @@ Coefficients sectionOf(const EqualiserBand& band, double sampleRate) {
     const double a = std::pow(10.0, band.gainDb / 40.0);
     const double slope = 2.0 * std::sqrt(a) * alpha;
 
+    // The sections of the renderer have no a0, so the other five are divided by a0 here.
     const auto normalised = [](double b0, double b1, double b2, double a0, double a1, double a2) {
         return Coefficients{b0 / a0, b1 / a0, b2 / a0, a1 / a0, a2 / a0};
     };
@@ -73,6 +76,7 @@ Coefficients sectionOf(const EqualiserBand& band, double sampleRate) {
 double responseDb(const Coefficients& section, double frequency, double sampleRate) {
     // A delay of one sample.
     const std::complex<double> z1 = std::polar(1.0, -2.0 * std::numbers::pi * frequency / sampleRate);
+    // Both polynomials in z^-1, by Horner's scheme.
     const auto numerator = section.b0 + z1 * (section.b1 + z1 * section.b2);
     const auto denominator = 1.0 + z1 * (section.a1 + z1 * section.a2);
     return decibels(std::abs(numerator / denominator));
@@ -91,6 +95,7 @@ void setBands(Aud::Filter::MultiBandBiquad<5U>& equaliser, std::span<const Equal
         refuse("an equaliser has at most ", equaliserBandCount, " bands, not ", bands.size());
     for (unsigned int number = 0; number < equaliserBandCount; ++number) {
         Aud::Filter::Biquad& section = equaliser.band(number);
+        // The default coefficients pass samples through.
         section.setCoefficients(number < bands.size() ? sectionOf(bands[number], sampleRate)
                                                       : Coefficients{});
         section.reset();

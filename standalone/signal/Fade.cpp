@@ -23,10 +23,13 @@ constexpr std::int64_t forever = std::numeric_limits<std::int64_t>::max() / 4;
 /// The longest hold of one placement: fits into the envelope's 32-bit lengths, and is aligned.
 constexpr std::int64_t longestHold = std::int64_t{1} << 31;
 
+/// Exact, because the grid has 24 bits like the mantissa of a float.
 float asUValue(std::int64_t value) {
     return static_cast<float>(value) / static_cast<float>(gridUnity);
 }
 
+/// Limits a length to the 32 bits of an envelope. The limit is never reached in sound: a placement ends after
+/// longestHold at the latest.
 std::uint32_t asLength(std::int64_t samples) {
     return static_cast<std::uint32_t>(
         std::clamp(samples, std::int64_t{0}, std::int64_t{std::numeric_limits<std::uint32_t>::max()}));
@@ -46,7 +49,8 @@ float rendererGain(FadeCurve curve, float uValue) {
     return Curve<eLinear>::mapUValueToMagnitude(uValue);
 }
 
-/// The simple ramps have no linear form.
+/// The simple ramps have no linear form, so a linear fade over the whole range is a ramp-hold or hold-ramp
+/// with an empty hold.
 EnvelopeKind kindOf(const FadePlan& plan, std::uint64_t rangeLength) {
     const auto alone = [rangeLength](std::uint64_t samples, FadeCurve curve, EnvelopeKind withHold) {
         if (samples != rangeLength || curve == FadeCurve::linear)
@@ -82,6 +86,7 @@ FadeEnvelope::FadeEnvelope(const FadePlan& plan, std::uint64_t rangeLength, std:
     : plan_(plan), fadeInEnd_(static_cast<std::int64_t>(plan.fadeInSamples)), fadeOutBegin_(forever),
       length_(static_cast<std::int64_t>(rangeLength)), alignment_(alignment), origin_(origin),
       kind_(kindOf(plan, rangeLength)) {
+    // Subtracted, because the sum of two lengths could overflow.
     if (plan.fadeInSamples > rangeLength || plan.fadeOutSamples > rangeLength - plan.fadeInSamples)
         throw std::invalid_argument("a fade-in of " + std::to_string(plan.fadeInSamples) +
                                     " samples and a fade-out of " + std::to_string(plan.fadeOutSamples) +
@@ -97,6 +102,7 @@ std::int64_t FadeEnvelope::alignedDown(std::int64_t sample) const {
     return past < 0 ? sample - alignment_ - past : sample - past;
 }
 
+/// An aligned sample gives itself.
 std::int64_t FadeEnvelope::alignedUp(std::int64_t sample) const {
     return alignedDown(sample + alignment_ - 1);
 }
@@ -127,6 +133,7 @@ FadeEnvelope::Placement FadeEnvelope::at(std::int64_t sample) const {
     return placement;
 }
 
+/// Asks for each fade only inside its own samples, because a ramp has no pieces outside of its length.
 FadeEnvelope::Pieces FadeEnvelope::piecesAt(std::int64_t sample) const {
     Pieces pieces{{gridUnity, 0, fadeInEnd_}, {gridUnity, 0, forever}};
     if (sample < fadeInEnd_)
@@ -152,6 +159,8 @@ std::int64_t FadeEnvelope::placementEnd(std::int64_t sample, const Pieces& piece
     return std::min(end, alignedUp(std::max(sample, fadeInEnd_)) + longestHold);
 }
 
+/// Writes the pieces as the renderer counts: a ramp from its own sample on, the hold after the ramp. The
+/// lengths are those of the whole fades; the placement ends where a slope changes.
 Aud::Render::EnvelopeParameters FadeEnvelope::parametersOf(std::int64_t sample, const Pieces& pieces) const {
     const auto& [fadeIn, fadeOut] = pieces;
     Aud::Render::EnvelopeParameters parameters{};
@@ -201,6 +210,7 @@ double FadeEnvelope::uValueAt(std::int64_t sample) const {
            static_cast<double>(plan_.fadeOutSamples);
 }
 
+/// The hold between two fades has the curve of the fade-out, as in fullLevelEnd().
 double FadeEnvelope::gainAt(std::int64_t sample) const {
     return gainOf(sample < fadeInEnd_ ? plan_.fadeInCurve : plan_.fadeOutCurve, uValueAt(sample));
 }

@@ -11,7 +11,8 @@ namespace audlmd {
 /// The gain over the course of a fade. The u-value runs straight from 0 to 1 in a fade-in, and back in a
 /// fade-out; the curve makes a gain of the u-value.
 enum class FadeCurve : std::uint32_t {
-    /// The gain is the u-value.
+    /// The gain is the u-value. Use this curve between two takes of the same sound, whose gains must add up
+    /// to 1.
     linear = Aud::GainCurve::eLinear,
     /// The mixer-style fader law, see mixerStyleGain(). Use this curve for a fade that sounds even.
     log = Aud::GainCurve::eMixerStyleLog,
@@ -19,7 +20,8 @@ enum class FadeCurve : std::uint32_t {
     power = Aud::GainCurve::eConstantPower,
 };
 
-/// The exact law of a curve, for u-values from 0 to 1. The renderer interpolates in a table of this law.
+/// The exact law of a curve, for u-values from 0 to 1. The renderer interpolates in a table of this law. Use
+/// the law for drawings and tests.
 double gainOf(FadeCurve curve, double uValue);
 
 /// The fades of a range. Lengths are in source samples, in the order of delivery: a fade-in is at the start
@@ -64,18 +66,20 @@ public:
 
     /// The kind of envelope that fits: ramp-hold for a fade-in, hold-ramp for a fade-out, ramp-hold-ramp for
     /// both, none without a fade. One fade over the whole range is a simple ramp, except with the linear
-    /// curve.
+    /// curve. The kind is the same for every alignment, so a mode can be chosen before the converter.
     Aud::Render::EnvelopeKind kind() const { return kind_; }
 
-    /// The placement for a sample. The u-value of the middle level is 1.
+    /// The placement for a sample. The u-value of the middle level is 1. A placement starts in the middle of
+    /// a fade as the renderer would have arrived there.
     Placement at(std::int64_t sample) const;
 
     /// The end of the full level at a sample, on an aligned sample: up to there the envelope multiplies by
     /// exactly 1, and can be left out. `sample` if the envelope does not. Beyond the longest range if the
-    /// level stays full.
+    /// level stays full. Use this to choose the cheaper mode code for as long as the level is full.
     std::int64_t fullLevelEnd(std::int64_t sample) const;
 
-    /// The u-value on the straight line of the plan, and the gain by the law of the curve.
+    /// The u-value on the straight line of the plan, and the gain by the law of the curve. These two are the
+    /// ideal; the renderer comes as close as the class comment says.
     double uValueAt(std::int64_t sample) const;
     double gainAt(std::int64_t sample) const;
 
@@ -99,7 +103,9 @@ private:
     Aud::Render::EnvelopeParameters parametersOf(std::int64_t alignedSample, const Pieces& pieces) const;
     /// A piece of the ramp between two samples, which rises to full level or falls to silence.
     Piece pieceOf(std::int64_t begin, std::int64_t end, bool rising, std::int64_t sample) const;
+    /// Beyond the range a fade-out stays silent, and a range without a fade-out is never over.
     bool isOver(std::int64_t sample) const { return sample >= length_ && sample >= fadeOutBegin_; }
+    /// The nearest aligned sample at or before `sample`, and the nearest at or after.
     std::int64_t alignedDown(std::int64_t sample) const;
     std::int64_t alignedUp(std::int64_t sample) const;
 

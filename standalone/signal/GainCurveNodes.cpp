@@ -21,7 +21,8 @@ constexpr double squareRoot(double x) {
     }
 }
 
-/// e^x for x of 0 or more: a power of 2, times the Taylor series of what is left.
+/// e^x for x of 0 or more: a power of 2, times the Taylor series of what is left. After 18 terms the rest of
+/// the series is below 1e-20, far below the rounding of a double.
 constexpr double exponential(double x) {
     double power = 1.0;
     for (; x > std::numbers::ln2; x -= std::numbers::ln2)
@@ -33,7 +34,7 @@ constexpr double exponential(double x) {
     return power * sum;
 }
 
-/// The Taylor series, for x up to pi/2.
+/// The Taylor series, for x up to pi/2. The first term that is left out is below 2e-23.
 constexpr double sine(double x) {
     double sum = x;
     double term = x;

@@ -12,6 +12,8 @@ double limited(double value, double top) {
     return value > 0.0 ? std::min(value, top) : 0.0;
 }
 
+/// Three square roots, which every processor rounds correctly. The result of std::pow may differ from one C
+/// library to another.
 double eighthRoot(double x) {
     return std::sqrt(std::sqrt(std::sqrt(x)));
 }
@@ -36,10 +38,12 @@ double decibelsOfGain(double gain) {
     return 20.0 * std::log10(gain);
 }
 
+/// expm1 keeps the digits near silence that exp(x) - 1 would cancel.
 double mixerStyleGain(double uValue) {
     return std::expm1(faderLawExponent * eighthRoot(limited(uValue, faderTop))) / unityTerm();
 }
 
+/// log1p undoes the expm1 of mixerStyleGain(), and keeps the same digits.
 double mixerStyleUValue(double gain) {
     // A gain of 4 lies above the top, so that the u-value alone decides where the top is.
     const double u = eighthPower(std::log1p(limited(gain, 4.0) * unityTerm()) / faderLawExponent);

@@ -5,6 +5,7 @@
 
 namespace audlmd {
 
+/// The end is taken as given, so that no rounding of a long ramp can miss the end.
 std::int64_t GridRamp::valueOnLine(std::uint64_t offset) const {
     if (offset == length)
         return last;
@@ -13,6 +14,7 @@ std::int64_t GridRamp::valueOnLine(std::uint64_t offset) const {
 }
 
 GridRamp::Piece GridRamp::pieceAt(std::uint64_t offset) const {
+    // The first interval may have begun before the ramp, and the last may end behind the ramp: both are cut.
     const std::uint64_t into = (start + offset) % interval;
     const std::uint64_t begin = offset - std::min(into, offset);
     const std::uint64_t end = offset + std::min(interval - into, length - offset);
@@ -20,7 +22,8 @@ GridRamp::Piece GridRamp::pieceAt(std::uint64_t offset) const {
     const std::int64_t value = valueOnLine(begin);
     const std::int64_t rise = valueOnLine(end) - value;
     const auto run = static_cast<std::int64_t>(end - begin);
-    // The run has samples, because the offset is less than `length`.
+    // The run has samples, because the offset is less than `length`. rise = slope x run + steeperSamples. The
+    // remainder is made 0 or more, so that the division rounds down for falling ramps, too.
     // NOLINTNEXTLINE(clang-analyzer-core.DivideZero)
     const std::int64_t steeperSamples = (rise % run + run) % run;
     const std::int64_t slope = (rise - steeperSamples) / run;

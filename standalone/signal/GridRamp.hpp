@@ -24,6 +24,7 @@ struct GridRamp {
     /// a change, the interval ends beside the line, by up to half an alignment; the next interval begins on
     /// the line.
     std::uint64_t alignment = 1;
+    /// Use a start other than 0 where intervals must fall on a grid that the caller shares between ramps.
     std::uint64_t start = 0;
 
     /// A piece, from offset `begin` up to `end`.
@@ -41,7 +42,8 @@ struct GridRamp {
         }
     };
 
-    /// The piece that holds an offset. The offset must be less than `length`.
+    /// The piece that holds an offset. The offset must be less than `length`. Takes constant time. Pieces of
+    /// one ramp meet without a gap: the `end` of one is the `begin` of the next.
     Piece pieceAt(std::uint64_t offset) const;
 
 private:

@@ -61,6 +61,7 @@ std::string_view curveName(std::uint32_t curve) {
 void addSource(List& list, const IteratorCreationParams& params, const ModeFields& fields) {
     const bool forward = fields.direction == Direction::forward;
     if (fields.srcStage != ConversionStage::filtering)
+        // The filtering converter has start positions of its own, one for each direction.
         list.add("startPosition", *params.startPosition);
     else if (forward)
         list.add("forwardFilteringStartPosition", *params.forwardFilteringStartPosition);
@@ -72,6 +73,7 @@ void addSource(List& list, const IteratorCreationParams& params, const ModeField
     list.add("gearing", params.gearing->sourceSamplesPerOutputSample);
 }
 
+/// The bands in the order of the cascade, in the names of the transfer function.
 void addEqualiser(List& list, std::span<const Aud::Filter::Biquad::Coefficients> sections) {
     for (std::size_t i = 0; i < sections.size(); ++i) {
         const auto& [b0, b1, b2, a1, a2] = sections[i];
@@ -105,6 +107,7 @@ void addEnvelope(List& list, EnvelopeKind kind, const EnvelopeParameters& envelo
     list.add("envelope.step", ramp.step);
 }
 
+/// A fixed level is one u-value; a dynamic one is where the walk along the nodes stands.
 void addOuterLevel(List& list, const PerSourceRecord& record, LevelStage stage) {
     if (stage == LevelStage::fixed)
         list.addLevel("outerLevelUValue", record.outerLevelUValue);
@@ -153,6 +156,7 @@ std::vector<RecordNumber> recordNumbers(const IteratorCreationParams& params, un
     if (stage.middleLevel == MiddleLevelKind::fixed)
         list.addLevel("envelope.levelUValue", record.envelope.levelUValue);
     addOuterLevel(list, record, fields.levelStage);
+    // The converter is the outermost layer, and so the last.
     if (fields.srcStage == ConversionStage::linear) {
         list.addPosition("subSampleStart", *params.subSampleStart);
         list.addPosition("subSampleStep", *params.subSampleStep);

@@ -39,6 +39,7 @@ void requireSpeed(double speed) {
 SubSamplePos subSamplePosOf(double sourceSamples) {
     if (!(std::abs(sourceSamples) <= 0x1p53))
         throw std::invalid_argument("a position in source samples must be a number up to 2^53");
+    // Rounding may give a fraction of one whole sample; the constructor of the position carries that over.
     const double whole = std::floor(sourceSamples);
     const double fraction = std::round((sourceSamples - whole) * static_cast<double>(perSample));
     return {static_cast<long>(whole), static_cast<int>(fraction)};
@@ -57,10 +58,12 @@ SubSamplePos advanced(const SubSamplePos& start, const SubSamplePos& step, std::
 std::uint64_t positionsUpTo(const SubSamplePos& last, const SubSamplePos& start, const SubSamplePos& step) {
     constexpr Fractions most = std::numeric_limits<std::int64_t>::max();
     const Fractions distance = fractionsOf(last) - fractionsOf(start);
+    // One more than the steps that fit, because the start itself is a position.
     return distance < 0 ? 0 : static_cast<std::uint64_t>(std::min(distance / fractionsOf(step) + 1, most));
 }
 
 double filteringSpeedInForce(double speed) {
+    // The library limits factors, which are inverse speeds, to 1024.
     constexpr double slowest = 1.0 / 1024.0;
     if (speed < slowest)
         return slowest;

@@ -16,23 +16,26 @@ void requireSpeed(double speed);
 
 /// The position nearest to a number of source samples; ties go away from zero. A negative number gives the
 /// arithmetically equal position: a negative whole part, and a fraction of 0 or more. Throws
-/// std::invalid_argument unless the number has a magnitude of at most 2^53.
+/// std::invalid_argument unless the number has a magnitude of at most 2^53. A speed is turned into a step by
+/// the same function: the step is the position after one output sample.
 Aud::SubSamplePos subSamplePosOf(double sourceSamples);
 /// The inverse, to the nearest double.
 double sourceSamplesOf(const Aud::SubSamplePos& position);
 
 /// start + count x step, exactly. Start and step must not be negative, and the sum must fit into a position.
+/// Use this for the position of an output sample far away, where repeated addition would take too long.
 Aud::SubSamplePos advanced(const Aud::SubSamplePos& start, const Aud::SubSamplePos& step,
                            std::uint64_t count);
 
-/// The number of positions start, start + step, start + 2 step ... that are at most `last`, limited to 2^63
-/// - 1. No argument may be negative, and the step must be positive.
+/// The number of positions start, start + step, start + 2 step ... that are at most `last`, limited to 2^63 -
+/// 1. No argument may be negative, and the step must be positive. Use this to find how many output samples a
+/// range of source samples is good for.
 std::uint64_t positionsUpTo(const Aud::SubSamplePos& last, const Aud::SubSamplePos& start,
                             const Aud::SubSamplePos& step);
 
 /// The speed at which the filtering converter plays when asked for `speed`: at least 1/1024, at most
-/// cfgAudioPlaybackSpeedLimit. Without the library there is no upper
-/// limit.
+/// cfgAudioPlaybackSpeedLimit. Without the library there is no upper limit. Trap: the caller must tell the
+/// user where the result differs from the speed that was asked for.
 double filteringSpeedInForce(double speed);
 
 } // namespace audlmd

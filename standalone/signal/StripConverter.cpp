@@ -55,6 +55,8 @@ public:
     FilteringStripConverter(const FilteringStripConverter&) = delete;
     FilteringStripConverter& operator=(const FilteringStripConverter&) = delete;
 
+    /// The record holds the only handle to the resampler, so the resampler is closed before the state is
+    /// cleared.
     void restart() override {
         if (state_.handle != nullptr)
             resample_close(state_.handle);
@@ -95,10 +97,12 @@ private:
 
 } // namespace
 
+/// Without blocks every sample may change the slope: alignment 1.
 FadeEnvelope StripConverter::envelopeFrom(std::uint64_t) const {
     return {plan_.settings.fade, static_cast<std::uint64_t>(plan_.rangeLength)};
 }
 
+/// Without a converter output samples are source samples, which these two functions rely on.
 CallStart StripConverter::startOfCall(std::uint64_t output) const {
     return {static_cast<std::int64_t>(output), Aud::zeroSubSamplePos};
 }

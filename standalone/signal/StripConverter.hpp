@@ -8,7 +8,7 @@
 
 namespace audlmd {
 
-/// The most output samples of one render call.
+/// The most output samples of one render call. A render function counts in 32 bits.
 inline constexpr std::uint64_t longestCall = std::uint64_t{1} << 30;
 
 /// Where the chain of a render call starts.
@@ -34,10 +34,12 @@ public:
     /// Forgets the calls so far. Called before the first call, after a jump and after an exception.
     virtual void restart() {}
 
-    /// The fades as the calls from an output sample on can follow them. Ask after restart().
+    /// The fades as the calls from an output sample on can follow them. Ask after restart(). A converter that
+    /// reads ahead in blocks can follow a change of slope between its blocks only.
     virtual FadeEnvelope envelopeFrom(std::uint64_t output) const;
 
-    /// Of the call whose first output sample is `output`.
+    /// Of the call whose first output sample is `output`. Depends on the output sample alone, or, with an
+    /// open resampler, on what the calls so far have read.
     virtual CallStart startOfCall(std::uint64_t output) const;
 
     /// How many output samples a call that starts with `output` can render before the envelope must be placed

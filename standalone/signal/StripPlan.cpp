@@ -70,6 +70,7 @@ void StripPlan::chooseModes() {
     // The alignment of the fades, which depends on the converter, has no influence on the kind.
     fields.envelopeStage = envelopeStageOf(envelope.kind(), middleLevel);
     modeCode = encodeModeCode(fields);
+    // The second code differs from the first in this one field.
     fields.envelopeStage = envelopeStageOf(EnvelopeKind::none, middleLevel);
     fullLevelModeCode = encodeModeCode(fields);
 }
@@ -87,6 +88,8 @@ void StripPlan::chooseSpeed() {
         speedInForce = sourceSamplesOf(step);
         break;
     case Converter::filtering:
+        // The library reads the speed in single precision and limits that number. The output length follows
+        // from the speed before the rounding, limited in the same way.
         speed = static_cast<float>(asked);
         speedInForce = filteringSpeedInForce(static_cast<double>(speed));
         asked = filteringSpeedInForce(asked);
@@ -102,6 +105,7 @@ bool StripPlan::speedIsLimited() const {
     return settings.converter == Converter::filtering && speedInForce != static_cast<double>(speed);
 }
 
+/// In reverse the range is read from its last sample, which lies one before `to`.
 std::int64_t StripPlan::materialPosition(std::int64_t sample) const {
     return settings.reverse ? settings.to - 1 - sample : settings.from + sample;
 }

@@ -26,13 +26,15 @@ struct StripPlan {
     std::int64_t materialPosition(std::int64_t sample) const;
     /// The inverse of materialPosition().
     std::int64_t sampleAt(std::int64_t materialPosition) const;
-    /// The position of a sample on the automation. Needs settings.automation.
+    /// The position of a sample on the automation. Needs settings.automation. Independent of the direction in
+    /// which the material is read.
     std::int64_t automationPosition(std::int64_t sample) const;
 
     StripSettings settings;
     /// In source samples.
     std::int64_t rangeLength;
-    /// The range divided by the speed asked for, rounded up.
+    /// The range divided by the speed asked for, rounded up. Two speeds that round to the same step may
+    /// differ here, because the speed that was asked for counts.
     std::uint64_t outputLength = 0;
 
     /// Names the stages that the settings need, and no others.

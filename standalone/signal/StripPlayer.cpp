@@ -48,6 +48,8 @@ std::uint64_t StripPlayer::renderThrough(const RenderFunctionCall& render, std::
         while (position_ != end)
             renderOnce(render, end - position_);
     } catch (...) {
+        // The record may be half changed, and what the chain has read ahead is lost: a fresh start is the
+        // only state that is known.
         restartAt(begin);
         throw;
     }
@@ -98,6 +100,8 @@ Aud::Render::IteratorCreationParams StripPlayer::fill(Aud::Render::PerSourceReco
     record.outerLevelUValue = settings.outerLevel.value_or(1.0F);
     if (!carriesOn_)
         record.equaliser = plan_.equaliser;
+    // The state of a walk that carries on is left alone: the library has moved the state along with the
+    // samples.
     if (settings.automation && !(carriesOn_ && converter_->levelCarriesOn()))
         settings.automation->automation.place(record.dynamicLevel, plan_.automationPosition(call.firstSample),
                                               settings.automation->direction);

@@ -59,6 +59,7 @@ public:
     ///
     /// Throws NoSuchMode if no library has registered the mode, UnknownMaterial, and what a wait throws.
     /// After an exception the player has jumped back, as by seek(), to where the call that failed began.
+    /// Blocks of any size give the same bytes; larger ones cost less.
     std::uint64_t render(std::span<float> samples);
     std::uint64_t render(std::span<std::int16_t> samples);
     std::uint64_t render(std::span<std::int32_t> samples);
@@ -76,7 +77,8 @@ public:
     ///
     /// Levels, fades and the linear converter then give what they would have given without the jump. The
     /// equaliser and the filtering converter start afresh from silence. The filtering converter starts at the
-    /// nearest whole source sample.
+    /// nearest whole source sample. Use a seek to cut a strip in the middle of a fade or automation, which
+    /// keep their course. Costs a new placement, and with the filtering converter a new resampler.
     void seek(std::uint64_t outputPosition);
 
 private:
@@ -92,17 +94,22 @@ private:
         std::int64_t firstSample;
         /// Of firstSample in the material.
         std::int64_t position;
+        /// One sample after `position`, for reverse readers, which take the end of what they read.
         std::int64_t afterPosition;
         Aud::SubSamplePos offset;
         Aud::Render::EnvelopeParameters envelope;
     };
 
+    /// Makes as many calls as `count` samples need. Jumps back to the start after an exception.
     std::uint64_t renderThrough(const RenderFunctionCall& render, std::uint64_t count);
     /// Makes the next call, which delivers up to `count` output samples.
     void renderOnce(const RenderFunctionCall& render, std::uint64_t count);
+    /// Works out the next call without changing the player: as many samples as the envelope and the converter
+    /// allow, up to `count`.
     Call nextCall(std::uint64_t count) const;
     /// Fills the record for a call. Returns the request, which points to the record, the call and the player.
     Aud::Render::IteratorCreationParams fill(Aud::Render::PerSourceRecord& record, const Call& call) const;
+    /// Gives the equaliser the first sample of a call that carries nothing on.
     void primeEqualiser(const Call& call);
     /// Forgets all that carries on from call to call.
     void restartAt(std::uint64_t outputPosition);
@@ -110,7 +117,9 @@ private:
     const StripPlan plan_;
     Aud::SampleCache& cache_;
     Aud::Render::PerSourceRecord record_;
+    /// Refers to plan_ and record_, so both are declared before, and destroyed after.
     std::unique_ptr<StripConverter> converter_;
+    /// Made anew after every jump, because the alignment counts from where the filtering converter starts.
     FadeEnvelope fade_;
     std::uint64_t position_ = 0;
     /// Whether the record holds the state that the call before has left.

@@ -40,8 +40,10 @@ struct StripSettings {
     std::vector<EqualiserBand> equaliser;
     /// Of the material, in hertz. Only the equaliser needs the sample rate.
     double sampleRate = 48000.0;
+    /// In source samples: multiply lengths as heard by the speed.
     FadePlan fade;
-    /// U-values of the mixer-style curve, see mixerStyleUValueOfDecibels().
+    /// U-values of the mixer-style curve, see mixerStyleUValueOfDecibels(). Not set: the stage is left out of
+    /// the chain.
     std::optional<float> middleLevel;
     std::optional<float> outerLevel;
     /// Takes the place of the outer level in the chain: set one of the two at most.
@@ -53,7 +55,7 @@ struct StripSettings {
     double speed = 1.0;
 
     /// Waits for samples that are not loaded yet. Without waiting such samples are silent, and counted as
-    /// underruns.
+    /// underruns. Set this for files; clear this where a late sample is worse than a missing one.
     bool wait = true;
     /// Handed to the cache's forward reader, see MaterialCache.
     std::uint32_t forwardArgument = 0;

@@ -11,10 +11,13 @@ namespace {
 /// Below the promised 0.1 dB, because three points of a piece stand for all of them.
 constexpr double tolerance = 0.08;
 
+/// Below the silent level the fader law still has a gain, so silence is written as u-value 0.
 double uValueOf(double decibels) {
     return decibels <= silentDecibels ? 0.0 : mixerStyleUValueOfDecibels(decibels);
 }
 
+/// Whether one piece, straight in u-value, stays close enough to the line in decibels. The two differ most
+/// near the middle, so three points are enough.
 bool isStraight(double fromDecibels, double toDecibels) {
     const double from = mixerStyleUValueOfDecibels(fromDecibels);
     const double to = mixerStyleUValueOfDecibels(toDecibels);
@@ -26,13 +29,15 @@ bool isStraight(double fromDecibels, double toDecibels) {
     return true;
 }
 
+/// Leaves out a node that repeats the one before, which neighbouring lines share.
 void append(std::vector<LevelNode>& nodes, std::int64_t position, double uValue) {
     const auto u = static_cast<float>(uValue);
     if (nodes.empty() || nodes.back().position != position || nodes.back().uValue != u)
         nodes.push_back({position, u});
 }
 
-/// Appends the nodes after `from`, up to and including `to`.
+/// Appends the nodes after `from`, up to and including `to`. Halves the line until each half is straight
+/// enough. The recursion ends at neighbouring samples at the latest.
 void appendLine(std::vector<LevelNode>& nodes, const DecibelKey& from, const DecibelKey& to) {
     if (to.position - from.position > 1 && !isStraight(from.decibels, to.decibels)) {
         const std::int64_t half = (to.position - from.position) / 2;
@@ -50,6 +55,7 @@ void appendLine(std::vector<LevelNode>& nodes, const DecibelKey& from, const Dec
 std::vector<LevelNode> nodesAlong(std::span<const DecibelKey> keys) {
     std::vector<LevelNode> nodes;
     for (std::size_t i = 0; i < keys.size(); ++i) {
+        // Between two silent keys there is no line: both stand at u-value 0.
         if (i > 0 && std::max(keys[i - 1].decibels, keys[i].decibels) > silentDecibels) {
             const DecibelKey from{keys[i - 1].position, std::max(keys[i - 1].decibels, silentDecibels)};
             const DecibelKey to{keys[i].position, std::max(keys[i].decibels, silentDecibels)};

@@ -19,7 +19,8 @@ inline constexpr double silentDecibels = -100.0;
 
 /// Nodes whose level differs by less than 0.1 dB from straight lines in decibels between the keys. An
 /// automation runs straight in u-value, and the fader law bends, so that a line takes several nodes: about
-/// one for 4 dB. Keys are in order of position, and at most +10 dB.
+/// one for 4 dB. Keys are in order of position, and at most +10 dB. Two nodes at one position are a jump. No
+/// keys give no nodes.
 std::vector<LevelNode> nodesAlong(std::span<const DecibelKey> keys);
 
 } // namespace audlmd::timeline

@@ -6,9 +6,11 @@
 namespace audlmd::timeline {
 namespace {
 
+/// Far more levels than nested stacks and tracks need, see deepestNesting.
 constexpr int deepest = 512;
 
-/// The letters around a byte of the text.
+/// The letters around a byte of the text. Finds the whole word where the parser has stopped in the middle of
+/// one.
 std::string_view lettersAround(std::string_view text, std::size_t byte) {
     const auto isLetter = [&](std::size_t i) {
         return std::isalpha(static_cast<unsigned char>(text[i])) != 0;
@@ -22,6 +24,7 @@ std::string_view lettersAround(std::string_view text, std::size_t byte) {
     return text.substr(begin, end - begin);
 }
 
+/// `byte` is counted from 1, as the parser reports places. Columns are bytes.
 std::string lineAndColumn(std::string_view text, std::size_t byte) {
     const std::string_view before = text.substr(0, std::min(byte == 0 ? 0 : byte - 1, text.size()));
     const std::size_t lineStart = before.rfind('\n') + 1; // 0 where there is no line before
@@ -29,6 +32,8 @@ std::string lineAndColumn(std::string_view text, std::size_t byte) {
            std::to_string(before.size() - lineStart + 1);
 }
 
+/// Some programs write numbers that JSON does not have; the message names them, because "not JSON" would not
+/// help their users.
 [[noreturn]] void refuseText(std::string_view text, std::size_t byte) {
     const std::string place = lineAndColumn(text, byte);
     const std::string_view word = lettersAround(text, byte);
@@ -84,6 +89,7 @@ Fields::Fields(const Json& object, Where where) : object_(object), where_(std::m
 }
 
 const Json* Fields::find(const std::string& key) {
+    // Noted even where the member is missing: the key is one that somebody asked for.
     known_.insert(key);
     return member(object_, key);
 }
@@ -127,6 +133,7 @@ std::int64_t Fields::whole(const std::string& key, std::int64_t otherwise, std::
     const Json* found = find(key);
     if (found == nullptr)
         return otherwise;
+    // Integers above the signed range are stored without a sign, and would wrap when read with one.
     const bool fits = found->is_number_integer() &&
                       !(found->is_number_unsigned() &&
                         found->get<std::uint64_t>() > std::numeric_limits<std::int64_t>::max()) &&

@@ -8,6 +8,7 @@
 namespace audlmd::timeline {
 namespace {
 
+/// A text is read by whoever calls the reader, so that files and the command line share one form.
 EqualiserBand bandIn(const Json& value, const Fields& parent, const ReadOptions& options) {
     if (value.is_string()) {
         if (!options.band)
@@ -20,6 +21,7 @@ EqualiserBand bandIn(const Json& value, const Fields& parent, const ReadOptions&
     }
     if (!value.is_object())
         parent.fail("equaliser", "must be a list of bands");
+    // Wide limits: only the equaliser knows which numbers it can have.
     constexpr double most = 1e9;
     Fields fields(value, parent.where());
     EqualiserBand band;

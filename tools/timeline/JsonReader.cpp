@@ -41,6 +41,7 @@ std::optional<std::int64_t> timeOf(const Json& value, int sampleRate) {
     return std::llround(samples);
 }
 
+/// `otherwise` and `lowest` are samples.
 std::int64_t timeIn(Fields& fields, const std::string& key, std::int64_t otherwise, int sampleRate,
                     std::int64_t lowest = 0) {
     const Json* found = fields.find(key);
@@ -54,6 +55,7 @@ std::int64_t timeIn(Fields& fields, const std::string& key, std::int64_t otherwi
     return *time;
 }
 
+/// Leaves `samples` and `curve` as they are where there is no fade.
 void readFade(Fields& parent, const std::string& key, int sampleRate, std::uint64_t& samples,
               FadeCurve& curve) {
     const Json* found = parent.find(key);
@@ -65,6 +67,7 @@ void readFade(Fields& parent, const std::string& key, int sampleRate, std::uint6
     fields.finish();
 }
 
+/// A level may exceed +10 dB by 1e-6 dB, the rounding of a level that writeJson() has written.
 std::optional<AutomationWalk> automationIn(Fields& parent, int sampleRate) {
     const Json* found = parent.find("automation");
     if (found == nullptr)
@@ -91,7 +94,8 @@ std::optional<AutomationWalk> automationIn(Fields& parent, int sampleRate) {
     }
 }
 
-/// From "from" to "to", or to the end of the file.
+/// From "from" to "to", or to the end of the file. The length of a file counts in the file's own rate and is
+/// converted to the timeline's. The file is asked only where "to" is missing.
 void readRange(Fields& fields, const FileContext& file, TimelineStrip& strip) {
     StripSettings& settings = strip.settings;
     settings.from = timeIn(fields, "from", 0, file.sampleRate, -latest);
@@ -107,6 +111,7 @@ void readRange(Fields& fields, const FileContext& file, TimelineStrip& strip) {
         fields.fail("to", "lies before \"from\"");
 }
 
+/// Without "length" a strip lasts as long as its range gives samples, after the part that is skipped.
 void readPlace(Fields& fields, const FileContext& file, TimelineStrip& strip) {
     const StripSettings& settings = strip.settings;
     strip.at = timeIn(fields, "at", 0, file.sampleRate);
@@ -128,6 +133,7 @@ void requirePlayable(const StripSettings& settings, const Where& where) {
     requireBands(settings.equaliser, settings.sampleRate, where);
 }
 
+/// The name is read first, so that every message about the strip can show it.
 TimelineStrip readStrip(const Json& value, Where where, const FileContext& file) {
     if (const std::string name = textIn(value, "name"); !name.empty())
         where.clip = name;
@@ -155,6 +161,7 @@ TimelineStrip readStrip(const Json& value, Where where, const FileContext& file)
     return strip;
 }
 
+/// `number` names a track without a name in messages.
 TimelineTrack readTrack(const Json& value, const std::string& number, const FileContext& file) {
     const Where where{textIn(value, "name", number), {}};
     Fields fields(value, where);

@@ -25,6 +25,7 @@ Json equaliser(const std::vector<EqualiserBand>& bands) {
     return list;
 }
 
+/// A level is written in decibels, as a user reads levels; reading turns them into u-values again.
 Json automation(const AutomationWalk& walk) {
     Json points = Json::array();
     for (const LevelNode& node : walk.automation.nodes())
@@ -33,6 +34,7 @@ Json automation(const AutomationWalk& walk) {
     return {{"points", points}, {"reverse", walk.direction == DynamicLevelDirection::reverse}};
 }
 
+/// Defaults are written out, so that a reader of the file need not know them.
 Json stripOf(const TimelineStrip& strip) {
     const StripSettings& settings = strip.settings;
     Json value{{"name", strip.name},

@@ -15,7 +15,7 @@ using Row = std::array<std::string, columnCount>;
 constexpr std::array<const char*, columnCount> headings{"track",     "clip", "output", "source",    "speed",
                                                         "direction", "gain", "fades",  "equaliser", "file"};
 
-/// In columns of a terminal, as far as one character takes one.
+/// In columns of a terminal, as far as one character takes one. Counts the first bytes of UTF-8 characters.
 std::size_t widthOf(const std::string& text) {
     return static_cast<std::size_t>(std::count_if(
         text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; }));
@@ -58,6 +58,7 @@ std::string fades(const StripSettings& settings, int sampleRate) {
     return in.empty() || out.empty() ? in + out : in + ", " + out;
 }
 
+/// In the form of the command line's option for bands. Pass filters have no gain.
 std::string equaliser(const std::vector<EqualiserBand>& bands) {
     std::string text;
     for (const EqualiserBand& band : bands) {
@@ -68,6 +69,7 @@ std::string equaliser(const std::vector<EqualiserBand>& bands) {
     return text;
 }
 
+/// The source shows what is heard of the material, not the whole range of the strip.
 Row rowOf(const std::string& track, const TimelineStrip& strip, int sampleRate) {
     const StripSettings& settings = strip.settings;
     // A strip that begins later in its range reads correspondingly less of it.
@@ -88,6 +90,7 @@ Row rowOf(const std::string& track, const TimelineStrip& strip, int sampleRate) 
             printable(strip.media)};
 }
 
+/// Each column is as wide as its widest text, with two blanks between columns and none at the end of a line.
 std::string table(const std::vector<Row>& rows) {
     std::array<std::size_t, columnCount> widths{};
     for (const Row& row : rows)

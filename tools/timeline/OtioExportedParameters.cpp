@@ -20,6 +20,7 @@ Rational secondsIn(const Json& value, const std::string& name, const Rational& f
     }
 }
 
+/// Limited to +60 dB, like every gain of a strip.
 double volumeIn(const Json* value, const Where& where) {
     const std::optional<double> decibels = value == nullptr ? std::nullopt : decibelsOf(*value, 60.0);
     if (!decibels)
@@ -27,6 +28,8 @@ double volumeIn(const Json* value, const Where& where) {
     return *decibels;
 }
 
+/// The frame numbers are keys of an object, and thus sorted as texts: "10" before "9". Sorting by time puts
+/// them in order.
 std::vector<TimedDecibels> keyFramesIn(const Json& frames, const Rational& frameRate, const Where& where) {
     std::vector<TimedDecibels> keys;
     for (const auto& [frame, key] : frames.items()) {
@@ -42,6 +45,7 @@ std::vector<TimedDecibels> keyFramesIn(const Json& frames, const Rational& frame
     return keys;
 }
 
+/// A volume that moves replaces the fixed value, which exporters write beside the key frames.
 void readParameter(const Json& parameter, const Rational& frameRate, const Where& where,
                    const OtioContext& context, ItemSound& sound) {
     const std::string name = textIn(parameter, "Parameter ID");
@@ -60,6 +64,7 @@ void readParameter(const Json& parameter, const Rational& frameRate, const Where
         context.note(where, "the parameter '" + printable(name) + "' of an effect is not played");
 }
 
+/// A block without the word is on.
 bool isOff(const Json& block) {
     const Json* enabled = member(block, "Enabled");
     return enabled != nullptr && *enabled == false;

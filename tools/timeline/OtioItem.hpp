@@ -12,7 +12,7 @@
 
 namespace audlmd::timeline {
 
-/// In seconds.
+/// A range of time, in seconds. The end is start + duration, and excluded.
 struct Range {
     Rational start;
     Rational duration;
@@ -29,7 +29,7 @@ struct ItemSound {
     /// Of all time warps together: content seconds per second of the item.
     Rational speed{1};
     bool reverse = false;
-    /// Why the item is silent. Empty: it sounds.
+    /// Why the item is silent. Empty: it sounds. A silent clip keeps its place.
     std::string silence;
 
     double gainDb = 0.0;
@@ -45,9 +45,11 @@ struct ItemSound {
     std::optional<Routing> routing;
 };
 
+/// What an item is. A gap lasts but does not sound; a transition lasts no time of its own.
 enum class ItemKind { clip, gap, stack, track, transition };
 
-/// A clip, gap, track, stack or transition of an OpenTimelineIO file, with exact times.
+/// A clip, gap, track, stack or transition of an OpenTimelineIO file, with exact times. Filled by
+/// parseItem(), which knows nothing of the output; placeClip() turns clips into strips.
 struct OtioItem {
     ItemKind kind = ItemKind::gap;
     std::string name;
@@ -81,6 +83,8 @@ struct OtioContext {
     const ReadOptions& options;
     std::vector<TimelineNote>& notes;
 
+    /// Notes something that is not played as written. Use an error instead where the result would be wrong
+    /// without anybody seeing why.
     void note(const Where& where, std::string text) const {
         notes.push_back({where.text(), std::move(text)});
     }
@@ -89,7 +93,9 @@ struct OtioContext {
 /// Compositions may hold one another so deeply.
 inline constexpr int deepestNesting = 64;
 
-/// Turns the JSON of a stack or track, and of all below, into items. Throws TimelineError.
+/// Turns the JSON of a stack or track, and of all below, into items. Throws TimelineError. `depth` is 0 for
+/// the stack of the whole timeline, and grows by 1 for each level. Items that are not played keep their
+/// duration, so that the later ones stay in place.
 OtioItem parseItem(const Json& value, const Where& where, int depth, const OtioContext& context);
 
 } // namespace audlmd::timeline

@@ -10,6 +10,7 @@
 namespace audlmd::timeline {
 namespace {
 
+/// After RFC 3986, section 2.1. A percent sign without two digits stays as it is.
 std::string percentDecoded(std::string_view text) {
     std::string decoded;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -27,13 +28,16 @@ std::string percentDecoded(std::string_view text) {
     return decoded;
 }
 
-/// Clip.1 has one reference, Clip.2 several with a key for the active one.
+/// Clip.1 has one reference, Clip.2 several with a key for the active one. The key of a Clip.2 is
+/// DEFAULT_MEDIA where the clip names none.
 const Json* activeReference(const Json& clip) {
     if (const Json* references = member(clip, "media_references"))
         return member(*references, textIn(clip, "active_media_reference_key", "DEFAULT_MEDIA"));
     return member(clip, "media_reference");
 }
 
+/// A file that knows when it was recorded starts at that time, so that a clip's source_range in timecode
+/// still fits.
 std::optional<OtioRange> rangeOfFile(const std::string& media, const Where& where,
                                      const ReadOptions& options) {
     const std::optional<MediaFacts> facts = options.media ? options.media(media) : std::nullopt;

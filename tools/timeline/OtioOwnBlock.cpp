@@ -8,12 +8,14 @@
 namespace audlmd::timeline {
 namespace {
 
+/// Our own times are seconds, so the rate is 1 frame per second.
 std::optional<Rational> secondsIn(Fields& fields, const std::string& key) {
     if (fields.find(key) == nullptr)
         return std::nullopt;
     return secondsOf(fields.number(key, 0.0, 0.0, longestSeconds), Rational(1));
 }
 
+/// Times may be negative: a transition can make the clip start earlier. Nodes at the same time make a jump.
 std::vector<TimedDecibels> automationIn(Fields& fields) {
     std::vector<TimedDecibels> keys;
     const Json* list = fields.list("automation");
@@ -40,6 +42,7 @@ void readOwnBlock(const Json& item, const Where& where, const OtioContext& conte
     if (block == nullptr)
         return;
     Fields fields(*block, {where.track, where.clip});
+    // Gains of effects are already in the sum, and stay there.
     sound.gainDb += fields.decibels("gain", 0.0, highestGainDb);
     sound.gainDb += fields.decibels("level", 0.0, faderTopDecibels);
     if (const std::optional<Rational> fadeIn = secondsIn(fields, "fadeIn"))

@@ -24,6 +24,8 @@ Rational readClipRange(const Json& value, const Where& where, const OtioContext&
     return shown ? shown->rate : available->rate;
 }
 
+/// Children of a track follow one another, those of a stack start together. A transition overlaps its
+/// neighbours and adds nothing.
 Rational contentDuration(const OtioItem& item) {
     Rational duration;
     for (const OtioItem& child : item.children) {
@@ -35,6 +37,7 @@ Rational contentDuration(const OtioItem& item) {
     return duration;
 }
 
+/// A child without a name gets its number, counted from 1, so that every message names a place.
 void parseChildren(const Json& value, const Where& where, int depth, const OtioContext& context,
                    OtioItem& item) {
     const Json* children = member(value, "children");
@@ -54,6 +57,7 @@ void parseChildren(const Json& value, const Where& where, int depth, const OtioC
     }
 }
 
+/// Children are read first, because the duration follows from them where the file gives none.
 void parseComposition(const Json& value, const Where& where, int depth, const OtioContext& context,
                       OtioItem& item) {
     if (depth > deepestNesting)
@@ -66,12 +70,14 @@ void parseComposition(const Json& value, const Where& where, int depth, const Ot
     readSound(value, range ? range->rate : Rational(24), where, context, item.sound);
 }
 
+/// The curve of both sides is kept in fadeInCurve.
 void parseTransition(const Json& value, const Where& where, OtioItem& item) {
     item.inOffset = timeIn(value, "in_offset", where, "the in_offset of a transition").seconds;
     item.outOffset = timeIn(value, "out_offset", where, "the out_offset of a transition").seconds;
     item.sound.fadeInCurve = curveIn(value, FadeCurve::power);
 }
 
+/// A marker changes nothing of the sound, so a broken one becomes a note.
 void parseMarkers(const Json& value, const Where& where, const OtioContext& context, OtioItem& item) {
     const Json* markers = member(value, "markers");
     if (markers == nullptr || !markers->is_array())
@@ -88,6 +94,7 @@ void parseMarkers(const Json& value, const Where& where, const OtioContext& cont
     }
 }
 
+/// "Filler" and "Sequence" are the old names of Gap and Track.
 ItemKind kindOf(const std::string& schema, const Where& where) {
     if (schema == "Clip")
         return ItemKind::clip;
@@ -104,6 +111,7 @@ ItemKind kindOf(const std::string& schema, const Where& where) {
     where.fail("schema " + printable(schema) + " is not known in this place");
 }
 
+/// Sums of times can overflow anywhere below, see parseItem().
 void parseContent(const Json& value, const Where& where, int depth, const OtioContext& context,
                   OtioItem& item) {
     switch (item.kind) {

@@ -17,6 +17,7 @@ Frame Frame::into(const OtioItem& item, const Rational& start) const {
     const Rational end = start + item.range.duration;
     Frame inside(*this);
     inside.scale_ = scale_ / item.sound.speed * Rational(item.sound.reverse ? -1 : 1);
+    // The content starts where the item starts; played backwards, the content starts where the item ends.
     inside.origin_ = at(item.sound.reverse ? end : start) - inside.scale_ * item.range.start;
     if (item.trimmed || item.sound.reverse || item.sound.speed != Rational(1)) {
         const auto [first, last] = std::minmax({at(start), at(end)});
@@ -46,6 +47,8 @@ struct ClipPlacement {
     }
 };
 
+/// Rounds the two ends on the output, and derives the range from them, so that the strip has exactly as much
+/// source as the output needs.
 void setRange(const ClipPlacement& placement, TimelineStrip& strip) {
     strip.at = placement.samples(placement.begin);
     strip.length = placement.samples(placement.end) - strip.at;
@@ -62,6 +65,8 @@ void setRange(const ClipPlacement& placement, TimelineStrip& strip) {
     settings.speed = speed.value();
 }
 
+/// The speed must be known here, see setRange(). Speed 1 takes no converter, whatever the file asks for: the
+/// samples then stay as they are.
 void setConverter(const ClipPlacement& placement, StripSettings& settings) {
     try {
         requireSpeed(settings.speed);
@@ -87,6 +92,8 @@ std::string inSeconds(std::int64_t samples, int sampleRate) {
     return text.str();
 }
 
+/// Fades belong to the start and the end of the clip in the time around the clip. Where that time runs
+/// backwards, the two change places.
 void setFades(const ClipPlacement& placement, const Transitions& transitions, StripSettings& settings) {
     const ItemSound& sound = placement.clip.sound;
     const auto length = [&](const std::optional<Rational>& transition, const std::optional<Rational>& fade) {
@@ -114,9 +121,12 @@ void setFades(const ClipPlacement& placement, const Transitions& transitions, St
             inSeconds(static_cast<std::int64_t>(sum - range), placement.context.options.sampleRate));
     std::uint64_t& longer =
         plan.fadeInSamples > plan.fadeOutSamples ? plan.fadeInSamples : plan.fadeOutSamples;
+    // The longer fade loses what rounding has added, because the ear notices that least.
     longer -= sum > range ? sum - range : 0;
 }
 
+/// Key times count from where the item starts, not from where a transition lets the clip start. On the
+/// automation the positions are source samples of the strip.
 void setLevels(const ClipPlacement& placement, const Rational& start, double gainDb, TimelineStrip& strip) {
     const ItemSound& sound = placement.clip.sound;
     strip.gainDb = sound.gainDb + gainDb;
@@ -141,6 +151,8 @@ void setLevels(const ClipPlacement& placement, const Rational& start, double gai
         placement.where.fail("all gains together are more than +60 dB");
 }
 
+/// Silence beyond a file is played as asked, so the message is a note and no error. The user may have lost
+/// part of a recording.
 void noteMissingMaterial(const ClipPlacement& placement, const StripSettings& settings) {
     // A frame's rounding is no fault of the timeline.
     constexpr std::int64_t tolerance = 2;
@@ -156,7 +168,8 @@ void noteMissingMaterial(const ClipPlacement& placement, const StripSettings& se
                                                     " beyond the end of its file; silence there");
 }
 
-/// Leaves the part inside the window, with fades and automation as they are.
+/// Leaves the part inside the window, with fades and automation as they are. Returns false where nothing is
+/// left.
 bool cutToWindow(const ClipPlacement& placement, TimelineStrip& strip) {
     const std::int64_t begin = std::max(strip.at, placement.samples(placement.around.windowBegin()));
     const std::int64_t end =
@@ -172,6 +185,7 @@ bool cutToWindow(const ClipPlacement& placement, TimelineStrip& strip) {
 std::optional<TimelineStrip> placeClip(const OtioItem& clip, const Rational& start, const Frame& around,
                                        const Transitions& transitions, double gainDb, const Where& where,
                                        const OtioContext& context) {
+    // The frame is that of the clip without transitions, which lengthen the clip but do not move the content.
     const Frame inside = around.into(clip, start);
     const auto [begin, end] = std::minmax(
         {around.at(start - transitions.before), around.at(start + clip.range.duration + transitions.after)});

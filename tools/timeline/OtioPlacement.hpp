@@ -7,6 +7,8 @@
 namespace audlmd::timeline {
 
 /// How the time inside an item becomes output time: straight, and exact. A negative scale plays backwards.
+/// output = origin + scale x content. Frames are nested from the whole timeline down to the content of a
+/// clip; fractions keep the place exact at any depth.
 class Frame {
 public:
     /// Of the whole timeline: output time is the time inside, from 0 on.
@@ -21,9 +23,10 @@ public:
     /// The content's time at an output time.
     Rational contentAt(const Rational& output) const { return (output - origin_) / scale_; }
 
+    /// Output seconds per content second: the inverse of the speed, negative where time runs backwards.
     const Rational& scale() const { return scale_; }
     bool reversed() const { return scale_ < Rational(); }
-    /// What sounds, in output seconds.
+    /// What sounds, in output seconds. A trimmed composition cuts its children here.
     const Rational& windowBegin() const { return windowBegin_; }
     const Rational& windowEnd() const { return windowEnd_; }
 
@@ -34,7 +37,8 @@ private:
     Rational windowEnd_{std::int64_t{4'000'000'000}};
 };
 
-/// What transitions make of an item's ends, in seconds of the time around the item.
+/// What transitions make of an item's ends, in seconds of the time around the item. The overlap makes a
+/// crossfade of two clips, each of which fades over the whole transition.
 struct Transitions {
     /// The item starts so much earlier and ends so much later.
     Rational before;
@@ -48,7 +52,8 @@ struct Transitions {
 
 /// Where and how a clip sounds that starts at `start` of the time around it. Nothing where it lies outside of
 /// the frame's window. `gainDb` is that of all compositions around the clip. Throws TimelineError for speeds,
-/// gains, equalisers and fades that a strip cannot have.
+/// gains, equalisers and fades that a strip cannot have. The times of a clip are rounded to samples here, and
+/// only here: neighbours whose ends meet exactly round to the same sample.
 std::optional<TimelineStrip> placeClip(const OtioItem& clip, const Rational& start, const Frame& around,
                                        const Transitions& transitions, double gainDb, const Where& where,
                                        const OtioContext& context);

@@ -9,11 +9,14 @@
 namespace audlmd::timeline {
 namespace {
 
-/// Walks the items and fills the rows of a timeline.
+/// Walks the items and fills the rows of a timeline. Goes from the outside to the inside and hands each item
+/// the frame of the time around it. A row is a child of the outermost stack; what is nested below sounds in
+/// that row.
 class Walk {
 public:
     Walk(Timeline& timeline, const OtioContext& context) : timeline_(timeline), context_(context) {}
 
+    /// Strips of a row are sorted last, because a composition that plays backwards places them from the end.
     void placeAll(const OtioItem& root) {
         const Frame whole;
         const Frame inside = whole.into(root, Rational());
@@ -38,6 +41,7 @@ private:
         return (seconds * Rational(context_.options.sampleRate)).rounded();
     }
 
+    /// Overflows are caught at each item, so that the message names the innermost place.
     void place(const OtioItem& item, const Rational& start, const Frame& around,
                const Transitions& transitions, double gainDb, const Where& where) {
         const std::string& reason = item.skipped.empty() ? item.sound.silence : item.skipped;
@@ -60,6 +64,7 @@ private:
         }
     }
 
+    /// In a track each child starts where the one before ends; in a stack all start at 0.
     void placeChildren(const OtioItem& parent, const Frame& inside, double gainDb, const Where& where) {
         Rational time;
         for (std::size_t i = 0; i < parent.children.size(); ++i) {
@@ -76,6 +81,8 @@ private:
         }
     }
 
+    /// A transition lengthens the clips beside the cut, and a nested composition has no material beyond its
+    /// ends.
     static void requireNeighbours(const OtioItem& parent, std::size_t i, const Where& where) {
         if (parent.kind == ItemKind::stack)
             where.fail("a transition must stand in a track");
@@ -92,6 +99,8 @@ private:
         }
     }
 
+    /// The clip after a cut starts earlier, the clip before a cut ends later; the fade lasts as long as both
+    /// together.
     static Transitions transitionsOf(const OtioItem& track, std::size_t i) {
         Transitions found;
         const auto at = [&](std::size_t index) {
@@ -120,6 +129,7 @@ private:
         }
     }
 
+    /// A composition has no strip of its own that could carry a fade or an equaliser.
     void noteUnplayed(const OtioItem& item, const Where& where) const {
         const ItemSound& sound = item.sound;
         if (sound.fadeIn || sound.fadeOut || !sound.keys.empty() || !sound.equaliser.empty() ||
@@ -128,6 +138,8 @@ private:
                                  "equaliser, converter and routing on its clips");
     }
 
+    /// A trimmed stack lasts as long as its range; any other lasts until the last strip, which a transition
+    /// may have lengthened.
     void setLength(const OtioItem& root) {
         timeline_.length = samples(root.range.duration);
         if (root.trimmed)
@@ -171,6 +183,7 @@ Timeline readOtio(const Json& root, const ReadOptions& options) {
     return timeline;
 }
 
+/// The content decides, because the extension of a file says nothing certain.
 Timeline readTimeline(std::string_view text, const ReadOptions& options) {
     const Json root = parseJson(text);
     if (member(root, "OTIO_SCHEMA") != nullptr)

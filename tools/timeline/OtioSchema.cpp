@@ -33,6 +33,7 @@ constexpr std::array<std::pair<std::string_view, char>, 19> newestVersions{{
     {"Marker", '2'},
 }};
 
+/// `what` names the time in messages.
 double numberIn(const Json& time, const char* key, const Where& where, const std::string& what) {
     const Json* number = member(time, key);
     if (number == nullptr || !number->is_number())
@@ -44,6 +45,8 @@ double numberIn(const Json& time, const char* key, const Where& where, const std
 
 std::string schemaOf(const Json& value, const Where& where) {
     const std::string schema = textIn(value, "OTIO_SCHEMA");
+    // "Clip.2" is schema Clip in version 2. A text without a point has no version, which no known schema
+    // allows.
     const std::size_t dot = schema.rfind('.');
     const std::string name = schema.substr(0, dot);
     const auto* known = std::find_if(newestVersions.begin(), newestVersions.end(),

@@ -8,6 +8,7 @@
 namespace audlmd::timeline {
 namespace {
 
+/// The magnitude of the factor is a speed, the sign a direction. Two reversals cancel.
 void readTimeWarp(const Json& effect, const Where& where, ItemSound& sound) {
     const Json* scalar = member(effect, "time_scalar");
     if (scalar == nullptr || !scalar->is_number())
@@ -50,6 +51,7 @@ void readEffect(const Json& effect, const Rational& frameRate, const Where& wher
                                 ") is not known and not played");
 }
 
+/// Exporters write the word with a capital or without; only the letters of ASCII are lowered, in any locale.
 FadeCurve curveNamed(std::string name, FadeCurve otherwise) {
     std::transform(name.begin(), name.end(), name.begin(),
                    [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
@@ -66,6 +68,7 @@ void readSound(const Json& item, const Rational& frameRate, const Where& where, 
     if (const Json* effects = member(item, "effects"); effects != nullptr && effects->is_array())
         for (const Json& effect : *effects)
             readEffect(effect, frameRate, where, context, sound);
+    // After the effects, because our own block has the last word.
     readOwnBlock(item, where, context, sound);
 }
 

@@ -7,7 +7,7 @@ namespace audlmd::timeline {
 /// Reads an item's time warps, and what exporters and we ourselves write about levels, fades and the
 /// equaliser into its effects and its metadata. `frameRate` is that of the item. Effects that are not played
 /// become notes. Throws TimelineError for a change of speed over time, and for a block "audlmd" with
-/// mistakes.
+/// mistakes. Several time warps multiply, gains add up; of several fades or automations the last one counts.
 void readSound(const Json& item, const Rational& frameRate, const Where& where, const OtioContext& context,
                ItemSound& sound);
 
@@ -23,11 +23,12 @@ void readExportedParameters(const Json& effect, const Rational& frameRate, const
                             const OtioContext& context, ItemSound& sound);
 
 /// Reads the block "audlmd" in an item's metadata, if there is one. What the block names replaces what
-/// effects say, except for gains, which add up.
+/// effects say, except for gains, which add up. Trap: a key that is not known is an error here, unlike in
+/// blocks of others.
 void readOwnBlock(const Json& item, const Where& where, const OtioContext& context, ItemSound& sound);
 
 /// The word "curve" in the metadata, under any namespace: linear, log or power. `otherwise` where there is
-/// none.
+/// none. Letters of either case count; a word that names no curve gives `otherwise`, too.
 FadeCurve curveIn(const Json& item, FadeCurve otherwise);
 
 } // namespace audlmd::timeline

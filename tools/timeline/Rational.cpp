@@ -14,6 +14,8 @@ using Integer = Rational::Integer;
     throw std::overflow_error("its times do not fit together: too large, or of too many unrelated rates");
 }
 
+/// Products and sums of integers go through these two functions, because an overflow of 128 bits reports no
+/// error of its own.
 Integer product(Integer a, Integer b) {
     Integer result = 0;
     if (__builtin_mul_overflow(a, b, &result))
@@ -28,6 +30,7 @@ Integer sum(Integer a, Integer b) {
     return result;
 }
 
+/// Euclid's algorithm, in 128 bits only as long as the numbers need them.
 Integer commonDivisor(Integer a, Integer b) {
     constexpr Integer most = std::numeric_limits<std::int64_t>::max();
     while (b > most || b < -most) {
@@ -61,7 +64,8 @@ Rational Rational::nearest(double number) {
         return {};
     if (!(size >= 1e-9 && size <= 1e15))
         overflow();
-    // The convergents of the continued fraction.
+    // The convergents of the continued fraction. Each turn takes the whole part off and inverts the rest; the
+    // fractions come closer by turns from below and above.
     long double rest = size;
     Integer numerator = 1;
     Integer denominator = 0;
@@ -87,6 +91,7 @@ Rational Rational::nearest(double number) {
 
 Rational operator+(const Rational& a, const Rational& b) {
     const Integer divisor = commonDivisor(a.denominator_, b.denominator_);
+    // Over the least common denominator instead of the product, so that sums of equal rates do not grow.
     const Integer ofA = b.denominator_ / divisor;
     const Integer ofB = a.denominator_ / divisor;
     return {sum(product(a.numerator_, ofA), product(b.numerator_, ofB)), product(a.denominator_, ofA)};
@@ -97,6 +102,8 @@ Rational operator-(const Rational& a, const Rational& b) {
 }
 
 Rational operator*(const Rational& a, const Rational& b) {
+    // Common divisors are taken out before multiplying, so that a product that fits does not overflow on the
+    // way.
     const Rational crossed(a.numerator_, b.denominator_);
     const Rational other(b.numerator_, a.denominator_);
     return {product(crossed.numerator_, other.numerator_), product(crossed.denominator_, other.denominator_)};
@@ -106,6 +113,7 @@ Rational operator/(const Rational& a, const Rational& b) {
     return a * Rational(b.denominator_, b.numerator_);
 }
 
+/// The sign of the exact difference decides.
 std::strong_ordering operator<=>(const Rational& a, const Rational& b) {
     const Integer difference = (a - b).numerator_;
     if (difference == 0)
@@ -113,6 +121,7 @@ std::strong_ordering operator<=>(const Rational& a, const Rational& b) {
     return difference < 0 ? std::strong_ordering::less : std::strong_ordering::greater;
 }
 
+/// Integer division cuts towards 0, so a negative fraction is lowered by one more.
 std::int64_t Rational::roundedDown() const {
     Integer whole = numerator_ / denominator_;
     if (whole * denominator_ > numerator_)
@@ -122,6 +131,8 @@ std::int64_t Rational::roundedDown() const {
     return static_cast<std::int64_t>(whole);
 }
 
+/// Half a sample is added and the sum rounded down, so that negative times round like positive ones and
+/// neighbours still meet.
 std::int64_t Rational::rounded() const {
     return (*this + Rational(1, 2)).roundedDown();
 }

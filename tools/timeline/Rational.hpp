@@ -12,6 +12,7 @@ class Rational {
 public:
     __extension__ using Integer = __int128;
 
+    /// Zero.
     constexpr Rational() = default;
     // A whole number stands wherever a fraction does. NOLINTNEXTLINE(google-explicit-constructor)
     constexpr Rational(std::int64_t whole) : numerator_(whole) {}
@@ -20,7 +21,8 @@ public:
 
     /// The fraction with the smallest denominator whose relative distance to `number` is below 1e-14: 0.1 is
     /// 1/10. Throws std::overflow_error unless the number is finite and its magnitude 0, or between 1e-9 and
-    /// 1e15.
+    /// 1e15. Use this for numbers that a person or a program wrote in decimals and meant as a simple
+    /// fraction.
     static Rational nearest(double number);
 
     friend Rational operator+(const Rational& a, const Rational& b);
@@ -35,6 +37,7 @@ public:
     std::int64_t rounded() const;
     /// The next whole number that is not smaller.
     std::int64_t roundedUp() const;
+    /// The nearest double; exact only where the denominator is a power of two.
     double value() const;
 
 private:
@@ -44,6 +47,7 @@ private:
     Integer denominator_ = 1;
 };
 
+/// The number without its sign.
 Rational magnitude(const Rational& number);
 
 } // namespace audlmd::timeline

@@ -21,7 +21,8 @@ struct MediaFacts {
     std::int64_t timeReference = 0;
 };
 
-/// What a reader must know that the timeline's file does not say.
+/// What a reader must know that the timeline's file does not say. The readers open no files: what a file says
+/// comes through these functions.
 struct ReadOptions {
     /// Of the output, in samples per second. JSON of our own may name another one.
     int sampleRate = 48000;
@@ -29,7 +30,8 @@ struct ReadOptions {
     std::size_t channels = 2;
     /// Relative paths of media start here: the folder of the timeline's file.
     std::filesystem::path folder;
-    /// Tells about a medium whose length the timeline does not name. Nothing: the medium is not there.
+    /// Tells about a medium whose length the timeline does not name. Nothing: the medium is not there. Called
+    /// once for each clip that needs it; whoever opens files may keep the answers.
     std::function<std::optional<MediaFacts>(const std::string& media)> media;
     /// Reads a band of the equaliser that is written as text, `kind:frequency:gain:q`. Any std::exception
     /// that it throws becomes a TimelineError that names the clip. Not set: such texts are refused.

@@ -8,6 +8,8 @@ std::string printable(std::string_view text) {
     std::size_t characters = 0;
     for (const char c : text) {
         const auto byte = static_cast<unsigned char>(c);
+        // In UTF-8 all bytes of a character but the first begin with the bits 10, so a character is never cut
+        // in two.
         const bool continuesCharacter = (byte & 0xC0U) == 0x80U;
         if (!continuesCharacter && ++characters > longest)
             return shown + "...";

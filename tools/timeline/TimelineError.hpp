@@ -14,10 +14,11 @@ public:
 };
 
 /// A name or a path for one line of a terminal: control characters become question marks, and texts of more
-/// than 80 characters are shortened.
+/// than 80 characters are shortened. Use this for every text of a file that goes into a message.
 std::string printable(std::string_view text);
 
-/// The place in a timeline that a message is about. Empty names are left out.
+/// The place in a timeline that a message is about. Empty names are left out. Passed down while a timeline is
+/// read, so that every error can name its place.
 struct Where {
     std::string track;
     std::string clip;

@@ -10,7 +10,8 @@
 namespace audlmd::timeline {
 
 /// Reads OpenTimelineIO or our own JSON: an object with an OTIO_SCHEMA, or with the key "audlmd". Throws
-/// TimelineError, one line for the user.
+/// TimelineError, one line for the user. The timeline needs no files to be there, except where it does not
+/// say how long a medium is.
 Timeline readTimeline(std::string_view text, const ReadOptions& options);
 
 /// Reads OpenTimelineIO, see docs/timelines.md for what becomes of each part. What is not played as written
@@ -21,10 +22,11 @@ Timeline readOtio(const Json& root, const ReadOptions& options);
 Timeline readJson(const Json& root, const ReadOptions& options);
 
 /// Our own JSON, all times in samples. readJson() makes the same timeline of it. What the mixer sets (cookie,
-/// levels, waiting) is left out.
+/// levels, waiting) is left out. Use this to convert a timeline, or to see what became of one.
 Json writeJson(const Timeline& timeline);
 
-/// What sounds when, as text for a terminal: a table of strips, then markers, then notes.
+/// What sounds when, as text for a terminal: a table of strips, then markers, then notes. Names are shortened
+/// as by printable(). Trap: made for people, the columns may change.
 std::string list(const Timeline& timeline);
 
 } // namespace audlmd::timeline

@@ -12,6 +12,7 @@ namespace audlmd::timeline {
 
 // How the values of enumerations are written in files and in the list.
 
+/// Pairs of a word and its value. One table serves reading and writing, so both know the same words.
 template <class Value, std::size_t count>
 using Words = std::array<std::pair<std::string_view, Value>, count>;
 

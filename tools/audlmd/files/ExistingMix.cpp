@@ -15,6 +15,8 @@ ExistingMix::ExistingMix(const std::filesystem::path& path, std::optional<Format
         openWithHeader(wanted);
 }
 
+/// A file without a header is checked by its size alone: samples of another format or rate cannot be told
+/// from the right ones.
 void ExistingMix::openHeaderless(std::optional<FormatId> wanted) {
     if (!wanted)
         fail("headerless samples do not tell their format; name it with --format");
@@ -51,11 +53,13 @@ void ExistingMix::openWithHeader(std::optional<FormatId> wanted) {
         fail("its samples are " + std::string(outputFormat(*found).name) + ", but --format asks for " +
              std::string(outputFormat(*wanted).name));
     layout_.format = *found;
+    // All three must agree, because the renderer adds sample by sample and converts nothing.
     requireSame("rate", info.samplerate, layout_.sampleRate, "Hz");
     requireSame("channel count", info.channels, layout_.channels, "channels");
     requireSame("length", info.frames, layout_.frames, "frames");
 }
 
+/// libsndfile hands 16 and 32 bits and floats over unchanged, and 8 and 24 bits in the high bits of an int.
 void ExistingMix::read(std::byte* interleaved, std::size_t frames) {
     const std::size_t count = frames * static_cast<std::size_t>(layout_.channels);
     const auto items = static_cast<sf_count_t>(count);

@@ -25,6 +25,7 @@ constexpr std::array fileKinds{
     FileKind{"RAW", "raw", "pcm", SF_FORMAT_RAW | SF_ENDIAN_LITTLE, true, 0},
 };
 
+/// Without the point; empty for a name without an extension.
 std::string lowerCaseExtension(const std::filesystem::path& path) {
     std::string extension = path.extension().string();
     if (!extension.empty())
@@ -34,7 +35,7 @@ std::string lowerCaseExtension(const std::filesystem::path& path) {
     return extension;
 }
 
-/// The extensions of the wanted kinds, for a message.
+/// The extensions of the wanted kinds, for a message. Names the first extension of each kind.
 template <class Wanted>
 std::string joinExtensions(Wanted wanted) {
     std::string list;

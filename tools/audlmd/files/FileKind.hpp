@@ -27,29 +27,32 @@ struct FileKind {
     std::uint64_t maxDataBytes;
 };
 
-/// The kind that the extension of `path` names, in any case of letters, or null.
+/// The kind that the extension of `path` names, in any case of letters, or null. Use this where a name
+/// without a known extension is allowed.
 const FileKind* findFileKind(const std::filesystem::path& path);
 
 /// The kind that the extension of `path` names. Throws CommandError, naming the known extensions, for any
 /// other.
 const FileKind& fileKindOf(const std::filesystem::path& path);
 
-/// Samples without a header, little-endian.
+/// Samples without a header, little-endian. Use this for streams, whose headers could not be completed at the
+/// end.
 const FileKind& rawFileKind();
 
 /// libsndfile's SF_FORMAT_ number of the format in files of the kind, or nothing where the kind does not hold
-/// the format.
+/// the format. Trap: s24in32 stands in headerless files only.
 std::optional<int> subtypeIn(const FileKind& kind, FormatId format);
 
 /// The format of the samples in a file that libsndfile describes as `type`, or nothing where the library has
-/// no such format.
+/// no such format. Only the bits of SF_FORMAT_SUBMASK are looked at.
 std::optional<FormatId> formatOf(int type);
 
 /// The format that loses least of a 32-bit float: f32, or s24 where the kind does not hold f32.
 FormatId defaultFormatOf(const FileKind& kind);
 
 /// Throws CommandError, naming the kinds that would do, unless the kind holds the format and so many bytes of
-/// samples. `path` is for the message.
+/// samples. `path` is for the message. Call this before rendering, so that a long render does not fail at its
+/// end.
 void requireHolds(const FileKind& kind, FormatId format, std::uint64_t dataBytes,
                   const std::filesystem::path& path);
 

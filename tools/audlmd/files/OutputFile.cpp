@@ -45,8 +45,10 @@ OutputTarget::OutputTarget(const std::filesystem::path& given)
     isStream = inherited || (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status));
     kind = findFileKind(path);
     if (kind == nullptr)
+        // A stream without an extension has no header; a file without one is a mistake of the user.
         kind = isStream ? &rawFileKind() : &fileKindOf(path);
     if (!isStream && std::filesystem::is_symlink(std::filesystem::symlink_status(path, unknown)))
+        // Renaming onto a link would replace the link, so the file behind the link is the target.
         path = std::filesystem::weakly_canonical(path);
 }
 
@@ -57,6 +59,7 @@ OutputFile::OutputFile(const OutputTarget& target, const OutputLayout& layout)
     openSoundFile();
 }
 
+/// The sound file is closed first, because closing still writes to the descriptor.
 OutputFile::~OutputFile() {
     file_.reset();
     if (target_.isStream && descriptor_ >= 0)
@@ -90,6 +93,8 @@ void OutputFile::openSoundFile() {
     sf_command(file_.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
 }
 
+/// A file in the byte order of the machine takes the bytes as they are, which is faster and cannot change a
+/// bit.
 void OutputFile::write(const std::byte* interleaved, std::size_t frames) {
     const auto bytes = static_cast<sf_count_t>(frames * layout_.frameBytes());
     const bool whole = target_.kind->littleEndian ? sf_write_raw(file_.get(), interleaved, bytes) == bytes
@@ -130,6 +135,7 @@ void OutputFile::commit() {
     }
 }
 
+/// The size or the last frame is enough: a disk that is full cuts a file at the end.
 void OutputFile::checkWhole() {
     if (target_.kind == &rawFileKind()) {
         struct stat written {};

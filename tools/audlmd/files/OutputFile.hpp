@@ -21,7 +21,8 @@ struct CloseSoundFile {
 };
 using SoundFileHandle = std::unique_ptr<SNDFILE, CloseSoundFile>;
 
-/// The content of a sound file: its sample format and its size.
+/// The content of a sound file: its sample format and its size. Known before the first sample, because the
+/// header of some kinds states the length.
 struct OutputLayout {
     FormatId format = FormatId::f32;
     int channels = 1;
@@ -51,7 +52,9 @@ struct OutputTarget {
 };
 
 /// Writes a sound file. The samples go to a temporary file, which takes the target's name in commit();
-/// without commit(), the target stays as it was. All failures are CommandErrors that name the file.
+/// without commit(), the target stays as it was. All failures are CommandErrors that name the file. A reader
+/// of the target thus sees the old file or the whole new one. A stream has no such protection: samples go out
+/// as they come.
 class OutputFile {
 public:
     /// Opens the temporary file, or the stream.
@@ -68,7 +71,10 @@ public:
     void commit();
 
 private:
+    /// Opens the temporary file or the stream; an inherited descriptor is duplicated, so that closing leaves
+    /// the original open.
     void openDescriptor();
+    /// Lets libsndfile write the header through the descriptor.
     void openSoundFile();
     /// Fails unless the file reads back to the last frame.
     void checkWhole();

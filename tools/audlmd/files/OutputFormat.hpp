@@ -23,6 +23,7 @@ constexpr std::size_t outputTypeIndex(FormatId id, bool summing) {
     return static_cast<std::size_t>(id) + (summing ? formatCount : 0);
 }
 
+/// What users and files know of a sample format. The order of the table is that of FormatId.
 struct OutputFormat {
     FormatId id;
     std::string_view name;
@@ -51,6 +52,7 @@ void withOutputType(std::size_t wanted, Visitor&& visitor, std::index_sequence<I
 
 } // namespace detail
 
+/// One entry for each plain type. A summing type has the same containers.
 inline constexpr std::array<OutputFormat, formatCount> outputFormats{{
     detail::entry<FormatId::f32, Aud::SampleF32>("f32"),
     detail::entry<FormatId::s16, Aud::SampleS16>("s16"),
@@ -66,16 +68,19 @@ constexpr const OutputFormat& outputFormat(FormatId id) {
 }
 
 /// The format of that name. Throws CommandError, naming `option` and the known names, for any other text.
+/// Names are written as in the table above, in lower case.
 FormatId parseFormat(std::string_view text, std::string_view option);
 
-/// Calls `visitor` with a std::type_identity of the output type.
+/// Calls `visitor` with a std::type_identity of the output type. Use this to get from a format that the user
+/// names to the template of a render function. Trap: the visitor is compiled for all fourteen types.
 template <class Visitor>
 void withOutputType(FormatId id, bool summing, Visitor&& visitor) {
     detail::withOutputType(outputTypeIndex(id, summing), visitor,
                            std::make_index_sequence<Aud::Render::outputTypeCount>());
 }
 
-/// The output type as the library's source code writes it.
+/// The output type as the library's source code writes it. For people who look for the function in the
+/// library.
 std::string outputTypeName(FormatId id, bool summing);
 
 } // namespace audlmd::command

@@ -27,7 +27,9 @@ Copy copyOf(std::size_t bytes) {
     return copies[bytes - 1];
 }
 
-/// Calls `copyChannel` with the channel, the tile's first frame and its number of frames.
+/// Calls `copyChannel` with the channel, the tile's first frame and its number of frames. Channels are the
+/// inner loop, so that the lines of the interleaved side are used by all channels while they are in the
+/// cache.
 template <class CopyChannel>
 void forEachTile(std::size_t channels, std::size_t frames, CopyChannel copyChannel) {
     for (std::size_t first = 0; first < frames; first += tileFrames)
@@ -49,6 +51,7 @@ void widenBytes(const std::byte* from, std::span<int> samples, std::uint32_t fli
     }
 }
 
+/// The inverse of widenBytes(), with the same `flipped`.
 template <std::size_t Bytes>
 void narrowToBytes(std::span<const int> samples, std::byte* to, std::uint32_t flipped) {
     for (const int sample : samples) {

@@ -11,7 +11,7 @@ namespace audlmd::command {
 // side, and libsndfile exchanges 8 and 24 bits as ints. These functions change one layout into the other.
 
 /// Puts the samples of the channels side by side. A container has `bytes` bytes; `interleaved` has room for
-/// `frames` containers of every channel.
+/// `frames` containers of every channel. Copies bytes and changes no sample. The buffers must not overlap.
 void interleave(std::span<const std::byte* const> channels, std::size_t bytes, std::size_t frames,
                 std::byte* interleaved);
 
@@ -20,7 +20,8 @@ void deinterleave(const std::byte* interleaved, std::size_t bytes, std::size_t f
                   std::span<std::byte* const> channels);
 
 /// Turns containers of s24, s8 or u8 into signed numbers in the high bits of an int, one for each element of
-/// `samples`. Use this for no other format: the bytes of the others are exchanged as they are.
+/// `samples`. Use this for no other format: the bytes of the others are exchanged as they are. `containers`
+/// has one container for each element. No bit is lost: narrow() gives the same bytes back.
 void widen(FormatId format, const std::byte* containers, std::span<int> samples);
 
 /// The inverse, for the same formats. Bits below those of the format are cut off, not rounded. `containers`

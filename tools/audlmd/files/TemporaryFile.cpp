@@ -23,6 +23,8 @@ constexpr std::array endingSignals{SIGINT, SIGTERM, SIGHUP};
 /// The path of the file that the signal handler removes; empty if there is none.
 char removedOnSignal[PATH_MAX] = "";
 
+/// Uses only what is safe in a signal handler: unlink, signal and raise. The second signal has the default
+/// action, so the shell sees how the process ended.
 extern "C" void removeAndEnd(int signal) {
     if (removedOnSignal[0] != '\0')
         unlink(removedOnSignal);
@@ -46,7 +48,8 @@ void handleEndingSignals() {
     throw CommandError("cannot write '" + path.string() + "': " + std::generic_category().message(error));
 }
 
-/// The permissions of the target, or those of any new file if there is no target.
+/// The permissions of the target, or those of any new file if there is no target. The mask of the process can
+/// only be read by setting it, so the mask is set back at once.
 mode_t permissionsFor(const std::filesystem::path& target) {
     struct stat existing {};
     if (stat(target.c_str(), &existing) == 0)
@@ -88,6 +91,7 @@ TemporaryFile::TemporaryFile(const std::filesystem::path& target) : target_(targ
 }
 
 TemporaryFile::~TemporaryFile() {
+    // A signal after unlink() would remove a file of the same name that another program has made since.
     const EndingSignalsBlocked blocked;
     if (descriptor_ >= 0)
         close(descriptor_);
@@ -99,6 +103,7 @@ TemporaryFile::~TemporaryFile() {
 void TemporaryFile::write(std::string_view content) {
     while (!content.empty()) {
         const ssize_t count = ::write(descriptor_, content.data(), content.size());
+        // A call may be interrupted, or write a part only: the rest follows in the next turn.
         if (count < 0 && errno != EINTR)
             failedToWrite(target_, errno);
         content.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
@@ -106,6 +111,7 @@ void TemporaryFile::write(std::string_view content) {
 }
 
 void TemporaryFile::commit() {
+    // On the device before the name is: after a power failure the name must not lead to an empty file.
     if (fchmod(descriptor_, permissionsFor(target_)) != 0 || fsync(descriptor_) != 0)
         failedToWrite(target_, errno);
     if (close(std::exchange(descriptor_, -1)) != 0)

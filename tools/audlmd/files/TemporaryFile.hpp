@@ -22,7 +22,7 @@ private:
 
 /// A new file that is going to replace another one in the same folder. A file that is not committed is
 /// removed by the destructor, and by SIGINT, SIGTERM and SIGHUP. There may be one TemporaryFile at a time in
-/// a process.
+/// a process. The folder is the target's, because a file can be renamed only within one file system.
 class TemporaryFile {
 public:
     /// Throws CommandError where `target`, or its folder, cannot be written.
@@ -34,11 +34,12 @@ public:
     /// Appends the content. Throws CommandError.
     void write(std::string_view content);
 
-    /// Open for reading and writing.
+    /// Open for reading and writing. Owned by this object: do not close the descriptor.
     int descriptor() const { return descriptor_; }
 
     /// Waits until the content is on the storage device, then puts the file in the target's place with the
-    /// target's permissions. Throws CommandError on failure; the target is then as it was.
+    /// target's permissions. Throws CommandError on failure; the target is then as it was. Call this once, at
+    /// the end; nothing can be written afterwards.
     void commit();
 
 private:

@@ -15,6 +15,7 @@
 namespace audlmd::command {
 namespace {
 
+/// Carriage returns count as space, so files of other systems read alike.
 std::string_view trimmed(std::string_view text) {
     constexpr std::string_view space = " \t\r";
     text.remove_prefix(std::min(text.find_first_not_of(space), text.size()));
@@ -34,6 +35,7 @@ std::vector<AutomationPoint> readAutomationFile(const std::filesystem::path& pat
         const std::string_view line = trimmed(std::string_view(text).substr(0, text.find('#')));
         if (line.empty())
             continue;
+        // Only the first line that says something may be a line of headings.
         const bool first = std::exchange(headings, false);
         if (first && line.find_first_of("0123456789") == std::string_view::npos)
             continue;
@@ -54,6 +56,8 @@ std::vector<LevelNode> levelNodes(const std::vector<AutomationPoint>& points, in
     std::vector<LevelNode> nodes;
     nodes.reserve(points.size());
     for (const AutomationPoint& point : points) {
+        // Times are heard, positions are source samples: at twice the speed a time lies twice as far into the
+        // range.
         const double position = std::round(static_cast<double>(point.time.samples(sampleRate)) * speed);
         if (!(position < 0x1p62))
             throw CommandError("the automation's time " + point.time.text() + " is too late to be counted");

@@ -18,12 +18,13 @@ struct AutomationPoint {
 
 /// Reads lines of `time,decibels`. Skips empty lines, comments (from a # to the end of the line) and a first
 /// line of headings, which holds no digit. Throws CommandError for any other line, naming the file and the
-/// line's number, and for a file without points.
+/// line's number, and for a file without points. The times are resolved later, by levelNodes(), when the
+/// sample rate is known.
 std::vector<AutomationPoint> readAutomationFile(const std::filesystem::path& path);
 
 /// The points as nodes of an automation, whose positions are source samples. `sampleRate` is in samples per
 /// second, `speed` in source samples per output sample. Throws CommandError for times out of order, and for
-/// positions from 2^62 on.
+/// positions from 2^62 on. Equal times are allowed and make a jump.
 std::vector<LevelNode> levelNodes(const std::vector<AutomationPoint>& points, int sampleRate, double speed);
 
 } // namespace audlmd::command

@@ -24,7 +24,7 @@ CLI::Option* addParsed(CLI::App& app, const std::string& name, std::optional<Val
     return app.add_option_function<std::string>(name, read, description);
 }
 
-/// The same for an option with several values.
+/// The same for an option with several values. The values are appended in the order of the command line.
 template <class Value, class Parse>
 CLI::Option* addParsed(CLI::App& app, const std::string& name, std::vector<Value>& values, Parse parse,
                        const std::string& description) {

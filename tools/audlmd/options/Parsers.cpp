@@ -21,6 +21,7 @@ std::string quoted(std::string_view text) {
     return "'" + std::string(text) + "'";
 }
 
+/// Gives one part more than there are separators; parts may be empty.
 std::vector<std::string_view> split(std::string_view text, char separator) {
     std::vector<std::string_view> parts;
     for (std::size_t end = 0; (end = text.find(separator)) != std::string_view::npos;
@@ -73,6 +74,7 @@ float parseLevel(std::string_view text, std::string_view option) {
     return static_cast<float>(mixerStyleUValueOfDecibels(decibels));
 }
 
+/// The curve is taken off the end first, because a timecode holds colons, too.
 FadeValue parseFade(std::string_view text, std::string_view option) {
     constexpr std::array<std::pair<std::string_view, FadeCurve>, 3> curves{
         {{":linear", FadeCurve::linear}, {":log", FadeCurve::log}, {":power", FadeCurve::power}}};
@@ -85,6 +87,8 @@ FadeValue parseFade(std::string_view text, std::string_view option) {
             break;
         }
     }
+    // A colon with no digit behind it starts a word that is no curve; with digits the colon belongs to a
+    // timecode.
     if (const std::size_t colon = length.rfind(':');
         colon != std::string_view::npos &&
         length.find_first_of("0123456789", colon) == std::string_view::npos)
@@ -97,6 +101,7 @@ EqualiserBand parseBand(std::string_view text, std::string_view option) {
     for (const BandName& known : bandNames) {
         if (parts[0] != known.name)
             continue;
+        // Kind and frequency, and the gain where the kind has one. The Q may follow.
         const std::size_t required = known.hasGain ? 3 : 2;
         if (parts.size() < required || parts.size() > required + 1)
             fail(option, quoted(text) + " should be " + std::string(known.name) +

@@ -13,7 +13,8 @@ namespace audlmd::command {
 // Turn the text of an option into its value. All throw CommandError, naming `option`, for a text that they
 // cannot read. Where a value's range depends on the input, whoever knows the input checks the range.
 
-/// Reads decibels, at most +10, or "-inf" for silence. Returns the u-value of the mixer-style curve.
+/// Reads decibels, at most +10, or "-inf" for silence. Returns the u-value of the mixer-style curve. Use this
+/// for levels, not for the gain of an equaliser band, which is a plain number of decibels.
 float parseLevel(std::string_view text, std::string_view option);
 
 /// How long a fade is, as heard, and how its gain runs.
@@ -22,11 +23,12 @@ struct FadeValue {
     FadeCurve curve = FadeCurve::linear;
 };
 
-/// `TIME` or `TIME:curve`, the curve one of linear, log and power.
+/// `TIME` or `TIME:curve`, the curve one of linear, log and power. Without a curve the fade is linear.
 FadeValue parseFade(std::string_view text, std::string_view option);
 
 /// `kind:frequency[:gain][:q]`: peak, lowshelf and highshelf with a gain, highpass and lowpass without. A
-/// frequency may be written as 1.5k. The equaliser checks the ranges of the numbers.
+/// frequency may be written as 1.5k. The equaliser checks the ranges of the numbers. Frequencies are in
+/// hertz, gains in decibels; q is 1/sqrt(2) where it is left out.
 EqualiserBand parseBand(std::string_view text, std::string_view option);
 
 /// A speed within the limits of a strip, and the text for messages.
@@ -39,7 +41,7 @@ struct SpeedValue {
 /// Throws std::invalid_argument too, for a number beyond slowestSpeed or fastestSpeed.
 SpeedValue parseSpeed(std::string_view text, std::string_view option);
 
-/// "filtering" or "linear".
+/// "filtering" or "linear". "none" is not a word here: a strip without a speed has no converter.
 Converter parseConverter(std::string_view text, std::string_view option);
 
 } // namespace audlmd::command

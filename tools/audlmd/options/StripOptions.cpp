@@ -56,6 +56,7 @@ void StripOptions::declareSound(CLI::App& app) {
         ->group("Sound");
 }
 
+/// Checks what no parser of one option can see. Every message says what to use instead, or why.
 void StripOptions::requireCompatible() const {
     if (to && duration)
         throw CommandError("--to and --duration cannot stand together: each says where the range ends");

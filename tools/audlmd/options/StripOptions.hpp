@@ -23,15 +23,18 @@ struct StripOptions {
     std::optional<TimeValue> to;
     std::optional<TimeValue> duration;
 
+    /// In the order of the command line, which is the order of the cascade.
     std::vector<EqualiserBand> equaliser;
     std::optional<FadeValue> fadeIn;
     std::optional<FadeValue> fadeOut;
     /// U-values of the middle level and of the outer level.
     std::optional<float> gain;
     std::optional<float> level;
+    /// A CSV file, see readAutomationFile(). Takes the place of `level`.
     std::optional<std::filesystem::path> automation;
     bool automationReverse = false;
     std::optional<SpeedValue> speed;
+    /// Not set: the filtering converter where there is a speed, else none.
     std::optional<Converter> converter;
 
     /// Declare the options of the groups "Range" and "Sound". This object must outlive the app.
@@ -42,7 +45,8 @@ struct StripOptions {
     void requireCompatible() const;
 
     /// The settings of a player of any channel of the input; the caller sets the cookie. Reads the automation
-    /// file. Throws CommandError.
+    /// file. Throws CommandError. Times of the range are rounded at the input's rate; fades and automation
+    /// become source samples.
     StripSettings settingsFor(const SoundFile& input) const;
 };
 

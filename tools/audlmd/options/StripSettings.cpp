@@ -20,6 +20,7 @@ struct Rates {
     double speed;
 };
 
+/// The end of the input itself is allowed, since the end of a range is exclusive.
 void requireInside(const SoundFile& input, const char* what, std::int64_t sample) {
     if (sample > input.frames())
         throw CommandError(std::string(what) + " is at sample " + std::to_string(sample) + ", outside '" +
@@ -27,6 +28,7 @@ void requireInside(const SoundFile& input, const char* what, std::int64_t sample
                            std::to_string(input.frames()));
 }
 
+/// An empty range is refused here, in samples, because two different times may round to the same sample.
 void resolveRange(const StripOptions& options, const SoundFile& input, StripSettings& settings) {
     const std::int64_t frames = input.frames();
     settings.from = options.from ? options.from->samples(input.sampleRate()) : 0;
@@ -67,6 +69,7 @@ void fitIntoRange(FadePlan& fade, std::uint64_t range, double speed) {
     longer -= total - range;
 }
 
+/// Only with a speed can rounding make two fades too long; without one, fades that do not fit are the user's.
 void resolveFades(const StripOptions& options, const Rates& rates, StripSettings& settings) {
     FadePlan& fade = settings.fade;
     if (options.fadeIn) {
@@ -94,6 +97,7 @@ StripSettings StripOptions::settingsFor(const SoundFile& input) const {
         settings.converter = converter.value_or(Converter::filtering);
     }
     resolveRange(*this, input, settings);
+    // Lengths as heard depend on the speed in force, which the filtering converter may have limited.
     const Rates rates{input.sampleRate(), settings.converter == Converter::filtering
                                               ? filteringSpeedInForce(settings.speed)
                                               : settings.speed};

@@ -12,7 +12,8 @@ namespace {
 constexpr const char* timeSyntax =
     "seconds (12.5 or 3s), milliseconds (250ms), samples (480000smp) or timecode (1:02.5, 1:00:02.5)";
 
-/// The whole text as a number without sign, exponent or surrounding space.
+/// The whole text as a number without sign, exponent or surrounding space. The characters are checked first,
+/// because std::from_chars reads a minus sign, "inf" and "nan" too.
 template <class Number>
 std::optional<Number> wholeNumber(std::string_view text) {
     if (text.empty() || text.find_first_not_of("0123456789.") != std::string_view::npos)
@@ -24,6 +25,7 @@ std::optional<Number> wholeNumber(std::string_view text) {
     return value;
 }
 
+/// Removes a unit from the end of a text, and tells whether the unit was there.
 bool takeSuffix(std::string_view& text, std::string_view suffix) {
     if (!text.ends_with(suffix))
         return false;
@@ -57,6 +59,7 @@ TimeValue TimeValue::parse(std::string_view text, std::string_view option) {
     value.option_ = option;
     std::optional<double> seconds;
     std::string_view number = text;
+    // "ms" comes before "s", which would leave an m behind.
     if (takeSuffix(number, "smp")) {
         if (const std::optional<std::int64_t> count = wholeNumber<std::int64_t>(number)) {
             value.samples_ = *count;
