@@ -59,7 +59,7 @@ public:
     ///
     /// Throws NoSuchMode if no library has registered the mode, UnknownMaterial, and what a wait throws.
     /// After an exception the player has jumped back, as by seek(), to where the call that failed began.
-    /// Blocks of any size give the same bytes; larger ones cost less.
+    /// Blocks of any size give the same bytes.
     std::uint64_t render(std::span<float> samples);
     std::uint64_t render(std::span<std::int16_t> samples);
     std::uint64_t render(std::span<std::int32_t> samples);

@@ -93,7 +93,7 @@ void OutputFile::openSoundFile() {
     sf_command(file_.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
 }
 
-/// A file in the byte order of the machine takes the bytes as they are, which is faster and cannot change a
+/// A file in the byte order of the machine takes the bytes as they are, which cannot change a
 /// bit.
 void OutputFile::write(const std::byte* interleaved, std::size_t frames) {
     const auto bytes = static_cast<sf_count_t>(frames * layout_.frameBytes());
