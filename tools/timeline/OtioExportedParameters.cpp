@@ -1,5 +1,5 @@
-#include "tools/timeline/FrameRate.hpp"
 #include "tools/timeline/OtioSound.hpp"
+#include "tools/timeline/Rational.hpp"
 
 #include <algorithm>
 #include <charconv>

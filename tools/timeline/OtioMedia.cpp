@@ -1,7 +1,7 @@
 #include "tools/timeline/OtioMedia.hpp"
 
-#include "tools/timeline/FrameRate.hpp"
 #include "tools/timeline/JsonParts.hpp"
+#include "tools/timeline/Rational.hpp"
 
 #include <charconv>
 #include <stdexcept>

@@ -1,7 +1,7 @@
 #include "standalone/signal/GainLaws.hpp"
-#include "tools/timeline/FrameRate.hpp"
 #include "tools/timeline/JsonParts.hpp"
 #include "tools/timeline/OtioSound.hpp"
+#include "tools/timeline/Rational.hpp"
 
 #include <cmath>
 

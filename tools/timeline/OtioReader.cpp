@@ -1,6 +1,6 @@
-#include "tools/timeline/FrameRate.hpp"
 #include "tools/timeline/OtioPlacement.hpp"
 #include "tools/timeline/OtioSchema.hpp"
+#include "tools/timeline/Rational.hpp"
 #include "tools/timeline/TimelineFiles.hpp"
 
 #include <algorithm>

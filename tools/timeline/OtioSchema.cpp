@@ -1,6 +1,6 @@
 #include "tools/timeline/OtioSchema.hpp"
 
-#include "tools/timeline/FrameRate.hpp"
+#include "tools/timeline/Rational.hpp"
 
 #include <algorithm>
 #include <array>

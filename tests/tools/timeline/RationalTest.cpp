@@ -1,4 +1,4 @@
-#include "tools/timeline/FrameRate.hpp"
+#include "tools/timeline/Rational.hpp"
 
 #include <gtest/gtest.h>
 
