@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <numbers>
 
 namespace audlmd::test {
 namespace {
@@ -131,6 +132,21 @@ TEST_F(Render, ExplainsWhatItDoesWithoutDoingIt) {
     EXPECT_NE(output("render a.wav --fade-in 0.1 --explain").find("without the envelope: mode code 1024\n"),
               std::string::npos);
     EXPECT_EQ(files().size(), 1U);
+}
+
+TEST_F(Render, ConvertsTheRateAndKeepsPitchAndLength) {
+    writeSound(in("a.wav"), sine(1000.0, 0.5));
+    output("render a.wav -o b.wav --rate 44100 --from 0.25 --duration 0.5");
+    const std::vector<float> converted = readSound(in("b.wav")).at(0);
+    ASSERT_EQ(converted.size(), 22050U);
+    for (std::size_t n = 0; n < converted.size(); ++n) {
+        const double time = 0.25 + static_cast<double>(n) / 44100.0;
+        ASSERT_NEAR(converted[n], 0.5 * std::sin(2.0 * std::numbers::pi * 1000.0 * time), 2e-6) << n;
+    }
+    output("render a.wav -o c.wav --rate 44100 --from 0.25 --duration 0.5 --reverse --block 37");
+    std::vector<float> reversed = readSound(in("c.wav")).at(0);
+    std::ranges::reverse(reversed);
+    EXPECT_EQ(reversed, converted);
 }
 
 } // namespace

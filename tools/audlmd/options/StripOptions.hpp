@@ -1,9 +1,9 @@
 #pragma once
 
-#include "standalone/cache/SoundFile.hpp"
 #include "standalone/signal/StripPlayer.hpp"
 #include "tools/audlmd/options/Parsers.hpp"
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <vector>
@@ -13,6 +13,16 @@ class App;
 }
 
 namespace audlmd::command {
+
+/// The input as a player reads it: after the conversion of its sample rate, where there is one.
+struct StripInput {
+    /// For messages.
+    std::filesystem::path path;
+    /// At `sampleRate`.
+    std::int64_t frames = 0;
+    /// Of the output, in samples per second.
+    int sampleRate = 48000;
+};
 
 /// The options that say which range of an input is played, and how. They are read without the input:
 /// settingsFor() resolves what depends on the input's sample rate and length.
@@ -45,9 +55,9 @@ struct StripOptions {
     void requireCompatible() const;
 
     /// The settings of a player of any channel of the input; the caller sets the cookie. Reads the automation
-    /// file. Throws CommandError. Times of the range are rounded at the input's rate; fades and automation
+    /// file. Throws CommandError. Times are rounded to samples at input.sampleRate; fades and automation
     /// become source samples.
-    StripSettings settingsFor(const SoundFile& input) const;
+    StripSettings settingsFor(const StripInput& input) const;
 };
 
 } // namespace audlmd::command

@@ -21,26 +21,25 @@ struct Rates {
 };
 
 /// The end of the input itself is allowed, since the end of a range is exclusive.
-void requireInside(const SoundFile& input, const char* what, std::int64_t sample) {
-    if (sample > input.frames())
+void requireInside(const StripInput& input, const char* what, std::int64_t sample) {
+    if (sample > input.frames)
         throw CommandError(std::string(what) + " is at sample " + std::to_string(sample) + ", outside '" +
-                           input.path().string() + "', which ends at sample " +
-                           std::to_string(input.frames()));
+                           input.path.string() + "', which ends at sample " + std::to_string(input.frames));
 }
 
 /// An empty range is refused here, in samples, because two different times may round to the same sample.
-void resolveRange(const StripOptions& options, const SoundFile& input, StripSettings& settings) {
-    const std::int64_t frames = input.frames();
-    settings.from = options.from ? options.from->samples(input.sampleRate()) : 0;
+void resolveRange(const StripOptions& options, const StripInput& input, StripSettings& settings) {
+    const std::int64_t frames = input.frames;
+    settings.from = options.from ? options.from->samples(input.sampleRate) : 0;
     requireInside(input, "--from", settings.from);
     if (options.duration) {
-        const std::int64_t length = options.duration->samples(input.sampleRate());
+        const std::int64_t length = options.duration->samples(input.sampleRate);
         // The length alone is checked first, so that the sum cannot overflow.
         requireInside(input, "the end of --duration",
                       std::max(length, length <= frames ? settings.from + length : 0));
         settings.to = settings.from + length;
     } else {
-        settings.to = options.to ? options.to->samples(input.sampleRate()) : frames;
+        settings.to = options.to ? options.to->samples(input.sampleRate) : frames;
         requireInside(input, "--to", settings.to);
     }
     if (settings.from >= settings.to)
@@ -86,9 +85,9 @@ void resolveFades(const StripOptions& options, const Rates& rates, StripSettings
 
 } // namespace
 
-StripSettings StripOptions::settingsFor(const SoundFile& input) const {
+StripSettings StripOptions::settingsFor(const StripInput& input) const {
     StripSettings settings;
-    settings.sampleRate = input.sampleRate();
+    settings.sampleRate = input.sampleRate;
     settings.equaliser = equaliser;
     settings.middleLevel = gain;
     settings.outerLevel = level;
@@ -98,9 +97,9 @@ StripSettings StripOptions::settingsFor(const SoundFile& input) const {
     }
     resolveRange(*this, input, settings);
     // Lengths as heard depend on the speed in force, which the filtering converter may have limited.
-    const Rates rates{input.sampleRate(), settings.converter == Converter::filtering
-                                              ? filteringSpeedInForce(settings.speed)
-                                              : settings.speed};
+    const Rates rates{input.sampleRate, settings.converter == Converter::filtering
+                                            ? filteringSpeedInForce(settings.speed)
+                                            : settings.speed};
     resolveFades(*this, rates, settings);
     if (automation)
         settings.automation = AutomationWalk{

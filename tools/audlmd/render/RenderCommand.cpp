@@ -1,5 +1,6 @@
 #include "standalone/cache/MaterialCache.hpp"
 #include "standalone/cache/SoundFile.hpp"
+#include "standalone/mix/RateConvertedSource.hpp"
 #include "standalone/services/Identities.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Progress.hpp"
@@ -73,16 +74,23 @@ private:
             throw CommandError("'" + options_.input.string() + "' holds no samples");
     }
 
+    int outputRate() const { return options_.rate.value_or(input_->sampleRate()); }
+
     void makePlayers() {
-        StripSettings settings = options_.strip.settingsFor(*input_);
+        std::vector<std::shared_ptr<SampleSource>> channels;
+        for (int channel = 0; channel < input_->channels(); ++channel)
+            channels.push_back(convertedTo(std::make_shared<SoundFileSource>(input_, channel),
+                                           input_->sampleRate(), outputRate()));
+        StripSettings settings = options_.strip.settingsFor(
+            {.path = input_->path(), .frames = channels.front()->length(), .sampleRate = outputRate()});
         // The threads that the cache starts leave the signals to this thread.
         const EndingSignalsBlocked blocked;
         cache_ = std::make_unique<MaterialCache>(cacheOptions(input_->channels()));
         const Orv::UUID material = makeUuid();
-        for (int channel = 0; channel < input_->channels(); ++channel) {
+        for (std::size_t channel = 0; channel < channels.size(); ++channel) {
             settings.cookie = Cookie{material, static_cast<std::uint16_t>(channel), 0};
             cookies_.push_back(settings.cookie);
-            cache_->add(settings.cookie, std::make_shared<SoundFileSource>(input_, channel));
+            cache_->add(settings.cookie, channels[channel]);
             players_.push_back(std::make_unique<StripPlayer>(*cache_, settings));
         }
     }
@@ -91,7 +99,7 @@ private:
     /// decides.
     void layOut() {
         layout_.channels = input_->channels();
-        layout_.sampleRate = input_->sampleRate();
+        layout_.sampleRate = outputRate();
         layout_.frames = static_cast<std::int64_t>(players_.front()->outputLength());
         layout_.format = options_.format.value_or(target_ ? defaultFormatOf(*target_->kind) : FormatId::f32);
         if (options_.mixInto) {

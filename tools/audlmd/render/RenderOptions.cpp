@@ -14,6 +14,9 @@ timecode (1:02.5, 1:00:02.5).
 BANDS of --eq are written peak:FREQUENCY:GAIN[:Q], lowshelf:FREQUENCY:GAIN[:Q], highshelf:FREQUENCY:GAIN[:Q],
 highpass:FREQUENCY[:Q] or lowpass:FREQUENCY[:Q], in hertz (1k is 1000) and decibels. Without Q it is 0.707.
 
+RATES With --rate the input is converted to the output's rate while it is read, at very high quality and with
+its pitch and length as they are; then everything counts samples of the output's rate, smp too.
+
 MIXES The file of --mix-into has the render's rate, channels and length, and its format where one is given. A
 .raw or .pcm file does not tell its format: give it with --format.
 
@@ -34,6 +37,7 @@ EXAMPLES
   audlmd render song.wav -o eq.wav --eq lowshelf:120:-2 --eq peak:1k:+3:0.7 --eq highpass:30
   audlmd render song.wav -o ride.wav --automation ride.csv      (lines like 0,-20 and 1:02.5,0)
   audlmd render song.wav -o fast.wav --speed 1.5
+  audlmd render song.wav -o cd.wav --rate 44100 --format s16
   audlmd render song.wav --fade-in 2s --explain)";
 
 void declareOutput(CLI::App& app, RenderOptions& options) {
@@ -42,6 +46,10 @@ void declareOutput(CLI::App& app, RenderOptions& options) {
         ->group("Output");
     addParsed(app, "--format", options.format, &parseFormat, "f32, s8, u8, s16, s24, s24in32 or s32")
         ->option_text("FORMAT")
+        ->group("Output");
+    app.add_option("--rate", options.rate, "Samples per second of the output (default: the input's)")
+        ->option_text("HZ")
+        ->check(CLI::Range(1000, 384000))
         ->group("Output");
     app.add_option("--mix-into", options.mixInto,
                    "Add to the samples of this file, which is only read, and write the sum to OUTPUT")

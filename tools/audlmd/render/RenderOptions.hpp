@@ -21,6 +21,8 @@ struct RenderOptions {
     std::optional<FormatId> format;
     std::optional<std::filesystem::path> mixInto;
     StripOptions strip;
+    /// Of the output, in samples per second. Not set: the input's.
+    std::optional<int> rate;
 
     /// Samples per render call.
     std::size_t block = 4096;
