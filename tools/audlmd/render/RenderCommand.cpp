@@ -78,6 +78,7 @@ private:
 
     void makePlayers() {
         std::vector<std::shared_ptr<SampleSource>> channels;
+        channels.reserve(static_cast<std::size_t>(input_->channels()));
         for (int channel = 0; channel < input_->channels(); ++channel)
             channels.push_back(convertedTo(std::make_shared<SoundFileSource>(input_, channel),
                                            input_->sampleRate(), outputRate()));
