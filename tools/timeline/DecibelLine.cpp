@@ -3,6 +3,7 @@
 #include "standalone/signal/GainLaws.hpp"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace audlmd::timeline {
@@ -21,12 +22,10 @@ double uValueOf(double decibels) {
 bool isStraight(double fromDecibels, double toDecibels) {
     const double from = mixerStyleUValueOfDecibels(fromDecibels);
     const double to = mixerStyleUValueOfDecibels(toDecibels);
-    for (const double part : {0.25, 0.5, 0.75}) {
+    return std::ranges::all_of(std::array{0.25, 0.5, 0.75}, [&](double part) {
         const double reached = decibelsOfGain(mixerStyleGain(from + part * (to - from)));
-        if (std::abs(reached - (fromDecibels + part * (toDecibels - fromDecibels))) > tolerance)
-            return false;
-    }
-    return true;
+        return std::abs(reached - (fromDecibels + part * (toDecibels - fromDecibels))) <= tolerance;
+    });
 }
 
 /// Leaves out a node that repeats the one before, which neighbouring lines share.

@@ -81,7 +81,7 @@ std::optional<OtioRange> readMedia(const Json& clip, const Where& where, const O
     std::optional<OtioRange> available;
     if (reference != nullptr)
         available = rangeIn(*reference, "available_range", where);
-    if (schema == "ExternalReference") {
+    if (reference != nullptr && schema == "ExternalReference") {
         item.media = pathOfUrl(textIn(*reference, "target_url"), context.options);
         if (item.media.empty())
             item.sound.silence = "its media reference has no target_url";

@@ -48,7 +48,7 @@ std::string schemaOf(const Json& value, const Where& where) {
     // "Clip.2" is schema Clip in version 2. A text without a point has no version, which no known schema
     // allows.
     const std::size_t dot = schema.rfind('.');
-    const std::string name = schema.substr(0, dot);
+    std::string name = schema.substr(0, dot);
     const auto* known = std::find_if(newestVersions.begin(), newestVersions.end(),
                                      [&](const auto& entry) { return entry.first == name; });
     if (known == newestVersions.end())
