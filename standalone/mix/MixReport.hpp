@@ -1,0 +1,65 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace audlmd {
+
+/// Output samples from `from` to `to`; sample `to` is excluded.
+struct OutputSpan {
+    std::int64_t from = 0;
+    std::int64_t to = 0;
+
+    friend bool operator==(const OutputSpan&, const OutputSpan&) = default;
+};
+
+/// Samples beyond full scale: above 1.0 or below -1.0. The output clips them when it is stored.
+struct Overload {
+    std::uint64_t samples = 0;
+    /// The magnitude of the largest sample, also where none is beyond full scale. 1.0 is full scale.
+    float peak = 0.0F;
+    /// The output sample that was the first, in the order of rendering. 0 where `samples` is 0.
+    std::int64_t firstAt = 0;
+    /// Where, to within a block of the mixer. Neighbouring spans are joined where there are many.
+    std::vector<OutputSpan> spans;
+};
+
+/// What went wrong with one strip.
+struct StripReport {
+    /// The places in the timeline, from 0.
+    std::size_t track = 0;
+    std::size_t strip = 0;
+    /// Why the strip, or a part of it, is silent: the text of the first error of its material. Empty: no
+    /// error.
+    std::string failure;
+    /// Source samples that were rendered as silence because they were not there in time, of all channels
+    /// together; and how often that began. See MaterialStatistics.
+    std::uint64_t underrunSamples = 0;
+    std::uint64_t underrunEpisodes = 0;
+    /// Where the strip was silent though it should have sounded, as Overload::spans.
+    std::vector<OutputSpan> silent;
+    /// Of the strip alone, before it is summed with others, in its loudest output channel.
+    Overload overload;
+};
+
+/// The strip that took most time to render.
+struct SlowestStrip {
+    std::size_t track = 0;
+    std::size_t strip = 0;
+    /// Of the processor.
+    double seconds = 0.0;
+};
+
+/// What a mixer has to tell about all that it has rendered so far. A stretch that is rendered twice counts
+/// twice.
+struct MixReport {
+    /// The strips with something to tell, in the order of the timeline.
+    std::vector<StripReport> strips;
+    /// One for each channel of the output.
+    std::vector<Overload> channels;
+    SlowestStrip slowest;
+};
+
+} // namespace audlmd
