@@ -13,7 +13,7 @@ install(DIRECTORY host ole loop_modes DESTINATION ${includeDir}
 # Of the stand-alone host, what a program needs; the other headers are its own.
 foreach(header
         cache/MaterialCache cache/SampleSource cache/SoundFile
-        mix/Media mix/MixReport mix/RateConvertedSource mix/ScaledSource mix/Timeline
+        mix/Media mix/MixReport mix/Mixer mix/RateConvertedSource mix/ScaledSource mix/Timeline
         services/Configuration services/Event services/Identities services/ImageFormats services/RenderFunctions
         signal/Automation signal/Equaliser signal/Fade signal/GainLaws
         signal/RecordNumbers signal/Speed signal/StripPlan signal/StripPlayer signal/StripSettings)

@@ -1,0 +1,103 @@
+#include "standalone/mix/StripChannel.hpp"
+
+#include "ole/Aud/SampleCacheIterators.hpp"
+#include "standalone/mix/BusLoops.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <ctime>
+#include <utility>
+
+namespace audlmd {
+namespace {
+
+/// Of each kind, and for each channel of a strip: a timeline may have thousands of strips.
+constexpr std::size_t mostSpans = 64;
+
+/// Of this thread, in seconds.
+double processorTime() {
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+float largestMagnitude(const std::vector<float>& gains) {
+    float largest = 0.0F;
+    for (const float gain : gains)
+        largest = std::max(largest, std::fabs(gain));
+    return largest;
+}
+
+} // namespace
+
+StripChannel::CachedMaterial::CachedMaterial(MaterialCache& sampleCache, const Cookie& itsCookie,
+                                             std::shared_ptr<SampleSource> source)
+    : cache(sampleCache), cookie(itsCookie) {
+    cache.add(cookie, std::move(source));
+}
+
+StripChannel::CachedMaterial::~CachedMaterial() {
+    cache.remove(cookie);
+}
+
+StripChannel::StripChannel(MaterialCache& cache, const StripSettings& settings,
+                           std::shared_ptr<SampleSource> source, std::vector<float> gains,
+                           std::uint64_t start, std::size_t block)
+    : material_(cache, settings.cookie, std::move(source)), player_(cache, settings),
+      gains_(std::move(gains)), loudestGain_(largestMagnitude(gains_)), start_(start), block_(block),
+      silent_(mostSpans), overload_(mostSpans) {
+    player_.seek(start);
+}
+
+/// A reader requests segments when it is made.
+void StripChannel::load(std::uint64_t position) const {
+    const StripPlan& plan = player_.plan();
+    const StripSettings& settings = plan.settings;
+    const std::int64_t sample =
+        plan.materialPosition(static_cast<std::int64_t>(static_cast<double>(position) * plan.speedInForce));
+    constexpr bool wait = false;
+    if (settings.reverse)
+        Aud::SampleCache::ReverseIterator(settings.cookie, sample + 1, wait, material_.cache, !wait,
+                                          plan.gearing);
+    else
+        Aud::SampleCache::ForwardIterator(settings.cookie, sample, wait, material_.cache,
+                                          settings.forwardArgument, !wait, plan.gearing);
+}
+
+void StripChannel::render(std::uint64_t position, std::size_t count, std::int64_t at) {
+    const double before = processorTime();
+    moveTo(position);
+    const std::span<float> samples = std::span(block_).first(count);
+    player_.render(samples);
+    rendered_ = count;
+    overload_.measure(samples, loudestGain_, at);
+
+    const std::uint64_t missing = statistics_.underrunSamples;
+    statistics_ = material_.cache.statistics(material_.cookie);
+    if (statistics_.underrunSamples != missing)
+        silent_.add({.from = at, .to = at + static_cast<std::int64_t>(count)});
+    seconds_ += processorTime() - before;
+}
+
+/// The equaliser and the filtering converter carry state from the first sample that is heard. So samples
+/// that were left out are played, and not heard.
+void StripChannel::moveTo(std::uint64_t position) {
+    const StripSettings& settings = player_.plan().settings;
+    if (settings.equaliser.empty() && settings.converter != Converter::filtering) {
+        if (player_.position() != position)
+            player_.seek(position);
+        return;
+    }
+    if (player_.position() > position)
+        player_.seek(start_);
+    while (player_.position() != position)
+        player_.render(std::span(block_).first(
+            std::min(block_.size(), static_cast<std::size_t>(position - player_.position()))));
+}
+
+void StripChannel::addTo(std::size_t outputChannel, std::span<float> bus) const {
+    if (const float gain = gains_[outputChannel]; gain != 0.0F)
+        audlmd::addTo(bus, std::span(block_).first(rendered_), gain);
+}
+
+} // namespace audlmd

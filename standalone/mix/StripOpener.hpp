@@ -1,0 +1,68 @@
+#pragma once
+
+#include "standalone/mix/OpenStrip.hpp"
+
+#include <condition_variable>
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <stop_token>
+#include <string>
+#include <thread>
+#include <unordered_map>
+#include <vector>
+
+namespace audlmd {
+
+/// Opens and closes strips on a thread of its own, so that a mixer that renders does not wait for files.
+/// Strips are numbers.
+class StripOpener {
+public:
+    /// Opens a strip; called on the thread. Where it throws, the text of the exception is kept.
+    using Open = std::function<std::unique_ptr<OpenStrip>(std::size_t strip)>;
+
+    struct Opened {
+        /// Null where opening failed.
+        std::unique_ptr<OpenStrip> strip;
+        std::string failure;
+    };
+
+    /// Starts the thread.
+    explicit StripOpener(Open open);
+    /// Closes all strips.
+    ~StripOpener();
+    StripOpener(const StripOpener&) = delete;
+    StripOpener& operator=(const StripOpener&) = delete;
+
+    // For one thread, which renders.
+
+    /// Requests a strip that is not open. Strips are opened in the order of the requests.
+    void open(std::size_t strip);
+    /// What became of a request: null while the strip is not open yet. Valid until close().
+    Opened* find(std::size_t strip);
+    /// The same, but waits until the strip is open.
+    Opened& wait(std::size_t strip);
+    /// Withdraws the request, or closes the strip.
+    void close(std::size_t strip);
+
+private:
+    void serve(const std::stop_token& stop);
+    Opened openNow(std::size_t strip) const;
+    void finish(std::size_t strip, std::unique_ptr<Opened> opened);
+
+    Open open_;
+    std::mutex mutex_;
+    std::condition_variable_any requested_;
+    std::condition_variable opened_;
+    // The members from here on are guarded by the mutex.
+    std::deque<std::size_t> requests_;
+    /// Null while the strip is not open yet.
+    std::unordered_map<std::size_t, std::unique_ptr<Opened>> strips_;
+    std::vector<std::unique_ptr<Opened>> closed_;
+    /// Declared last: the thread ends before anything that it uses.
+    std::jthread thread_;
+};
+
+} // namespace audlmd

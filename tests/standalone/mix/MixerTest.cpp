@@ -1,0 +1,239 @@
+#include "standalone/cache/MaterialCache.hpp"
+#include "standalone/signal/GainLaws.hpp"
+#include "tests/standalone/mix/TestTimeline.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <limits>
+#include <random>
+
+namespace audlmd::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+constexpr std::size_t soundLength = 30000;
+
+/// As a player alone plays a strip that needs no headroom.
+std::vector<float> playedAlone(const TimelineStrip& strip, std::vector<float> samples) {
+    MaterialCache cache;
+    StripSettings settings = strip.settings;
+    if (strip.gainDb != 0.0)
+        settings.middleLevel = static_cast<float>(mixerStyleUValueOfDecibels(strip.gainDb));
+    cache.add(settings.cookie, std::make_shared<MemorySource>(std::move(samples)));
+    StripPlayer player(cache, settings);
+    player.seek(static_cast<std::uint64_t>(strip.skip));
+    std::vector<float> played(static_cast<std::size_t>(strip.length));
+    player.render(played);
+    return played;
+}
+
+/// One strip of every kind, overlapping.
+std::vector<TimelineStrip> everyKindOfStrip() {
+    std::vector<TimelineStrip> strips;
+    const auto add = [&](std::int64_t at) -> TimelineStrip& {
+        return strips.emplace_back(stripOf("sound", at, 20000));
+    };
+    add(-3000);
+    add(1000).settings.reverse = true;
+    StripSettings& fast = add(5000).settings;
+    fast.converter = Converter::filtering;
+    fast.speed = 1.3;
+    StripSettings& slow = add(7000).settings;
+    slow.converter = Converter::linear;
+    slow.speed = 0.7;
+    slow.reverse = true;
+    TimelineStrip& equalised = add(9000);
+    equalised.settings.equaliser = {{.kind = BandKind::lowShelf, .frequency = 200.0, .gainDb = 5.0},
+                                    {.kind = BandKind::peak, .frequency = 3000.0, .gainDb = -7.0}};
+    equalised.gainDb = -3.5;
+    TimelineStrip& faded = add(11000);
+    faded.settings.fade = {.fadeInSamples = 4000, .fadeOutSamples = 9000, .fadeInCurve = FadeCurve::power};
+    faded.skip = 1234;
+    faded.length = 17000;
+    TimelineStrip& automated = add(13000);
+    automated.settings.automation =
+        AutomationWalk{.automation = Automation({{.position = 0, .uValue = 1.0F},
+                                                 {.position = 9000, .uValue = 0.2F},
+                                                 {.position = 15000, .uValue = 1.2F}})};
+    automated.gainDb = -4.0;
+    return strips;
+}
+
+TEST(Mixer, PlaysAStripAsAPlayerPlaysItAlone) {
+    const std::vector<float> sound = soundNumber(1, soundLength);
+    TestMedia media;
+    media.add("sound", {sound});
+    for (const TimelineStrip& strip : everyKindOfStrip()) {
+        Mixer mixer(timelineOf({strip}), media.opener());
+        const std::vector<float> mix = mixed(mixer, strip.at - 10, soundLength).front();
+        std::vector<float> expected(10);
+        const std::vector<float> alone = playedAlone(strip, sound);
+        expected.insert(expected.end(), alone.begin(), alone.end());
+        expected.resize(soundLength);
+        EXPECT_EQ(mix, expected) << "the strip at " << strip.at;
+    }
+}
+
+TEST(Mixer, GivesTheSameSamplesForAnyStretchesBlocksAndThreads) {
+    TestMedia media;
+    media.add("sound", {soundNumber(1, soundLength), soundNumber(2, soundLength)});
+    const Timeline timeline = timelineOf(everyKindOfStrip(), 2);
+    Mixer wholeMixer(timeline, media.opener(), {.threads = 1});
+    const Channels whole = mixed(wholeMixer, 0, 45000);
+
+    std::mt19937 random(7);
+    for (const auto& [threads, block] : {std::pair{1UL, 1000UL}, {3UL, 77UL}, {2UL, 65536UL}}) {
+        Mixer mixer(timeline, media.opener(), {.threads = threads, .block = block, .openAhead = 0.01});
+        for (int stretch = 0; stretch < 12; ++stretch) {
+            const std::size_t length = 1 + random() % 6000;
+            const std::size_t position = random() % (45000 - length);
+            for (const std::size_t repeat : {0UL, 1UL}) {
+                if (position + (repeat + 1) * length > 45000)
+                    continue;
+                const std::size_t from = position + repeat * length;
+                const Channels part = mixed(mixer, static_cast<std::int64_t>(from), length);
+                for (std::size_t channel = 0; channel < 2; ++channel)
+                    ASSERT_TRUE(std::equal(part[channel].begin(), part[channel].end(),
+                                           whole[channel].begin() + static_cast<std::ptrdiff_t>(from)))
+                        << length << " samples from " << from << " in blocks of " << block;
+            }
+        }
+    }
+}
+
+TEST(Mixer, SumsWithoutClippingAndReportsWhatTheOutputWillClip) {
+    TestMedia media;
+    media.add("loud", {{0.8F, 0.8F, -0.8F, 0.5F}});
+    media.add("minus", {{-0.8F, 0.8F, -0.8F, 0.5F}});
+    media.add("hot", {{40.0F, 0.0F, 0.0F, 0.0F}});
+    Timeline timeline = timelineOf(
+        {stripOf("loud", 0, 4), stripOf("loud", 0, 4), stripOf("minus", 0, 4), stripOf("hot", 6, 1)});
+    Mixer mixer(timeline, media.opener());
+    EXPECT_THAT(mixed(mixer, 0, 8).front(), ElementsAre(0.8F + 0.8F - 0.8F, 0.8F + 0.8F + 0.8F,
+                                                        -0.8F - 0.8F - 0.8F, 1.5F, 0.0F, 0.0F, 40.0F, 0.0F));
+    const MixReport report = mixer.report();
+    EXPECT_EQ(report.channels.front().samples, 4U);
+    EXPECT_EQ(report.channels.front().firstAt, 1);
+    EXPECT_EQ(report.channels.front().peak, 40.0F);
+    ASSERT_EQ(report.strips.size(), 1U);
+    EXPECT_EQ(report.strips.front().strip, 3U);
+    EXPECT_EQ(report.strips.front().overload.samples, 1U);
+    EXPECT_THAT(report.strips.front().overload.spans, ElementsAre(OutputSpan{.from = 6, .to = 7}));
+}
+
+TEST(Mixer, ReachesGainsBeyondOneLevelStage) {
+    TestMedia media;
+    media.add("quiet", {std::vector<float>(10, 0x1p-12F)});
+    for (const double decibels : {-std::numeric_limits<double>::infinity(), -20.0, 10.0, 10.1, 33.3, 60.0}) {
+        TimelineStrip strip = stripOf("quiet", 0, 10);
+        strip.gainDb = decibels;
+        Mixer mixer(timelineOf({strip}), media.opener());
+        const double expected = 0x1p-12 * gainOfDecibels(decibels);
+        EXPECT_NEAR(mixed(mixer, 0, 10).front()[5], expected, expected * 2e-5) << decibels << " dB";
+    }
+}
+
+TEST(Mixer, RoutesChannels) {
+    TestMedia media;
+    media.add("mono", {{0.25F}});
+    media.add("stereo", {{0.5F}, {0.125F}});
+    TimelineStrip crossed = stripOf("stereo", 0, 1);
+    crossed.routing = Routing{{{0.0F, 1.0F}, {1.0F, 0.0F}, {2.0F, -4.0F}}};
+    Mixer mixer(timelineOf({stripOf("mono", 0, 1), crossed}, 3), media.opener());
+    EXPECT_EQ(mixed(mixer, 0, 1), (Channels{{0.375F}, {0.75F}, {0.5F}}));
+}
+
+TEST(Mixer, ReportsWhatIsMissingAndPlaysTheRest) {
+    class Broken final : public SampleSource {
+    public:
+        std::int64_t length() const override { return 100; }
+        void read(std::int64_t, std::span<float>) override { throw std::runtime_error("bad sector"); }
+    };
+    TestMedia media;
+    media.add("there", {{0.5F}});
+    const OpenMedia open = [there = media.opener()](const std::string& name) {
+        return name == "broken" ? Media{.channels = {std::make_shared<Broken>()}} : there(name);
+    };
+    TimelineStrip unroutable = stripOf("there", 0, 1);
+    unroutable.routing = Routing{{{1.0F, 1.0F}}};
+    Timeline timeline = timelineOf({stripOf("there", 0, 1), stripOf("gone", 2, 3), stripOf("broken", 5, 10)});
+    timeline.tracks.push_back({.name = "second", .strips = {unroutable}});
+    Mixer mixer(timeline, open);
+    EXPECT_EQ(mixed(mixer, 0, 20).front().front(), 0.5F);
+    const MixReport report = mixer.report();
+    ASSERT_EQ(report.strips.size(), 3U);
+    EXPECT_EQ(report.strips[0].failure, "no medium 'gone'");
+    EXPECT_THAT(report.strips[0].silent, ElementsAre(OutputSpan{.from = 2, .to = 5}));
+    EXPECT_EQ(report.strips[1].failure, "bad sector");
+    EXPECT_EQ(report.strips[1].underrunSamples, 10U);
+    EXPECT_THAT(report.strips[1].silent, ElementsAre(OutputSpan{.from = 5, .to = 15}));
+    EXPECT_EQ(report.strips[2].track, 1U);
+    EXPECT_THAT(report.strips[2].failure, HasSubstr("routing"));
+}
+
+TEST(Mixer, CountsWhatIsLateWhereItMustNotWait) {
+    std::atomic<bool> mayOpen{false};
+    TestMedia media;
+    media.add("sound", {soundNumber(1, soundLength)});
+    const OpenMedia open = [&, opener = media.opener()](const std::string& name) {
+        mayOpen.wait(false);
+        return opener(name);
+    };
+    Mixer mixer(timelineOf({stripOf("sound", 0, 20000)}), open, {.wait = false});
+    EXPECT_EQ(mixed(mixer, 0, 1000).front(), std::vector<float>(1000));
+    const MixReport report = mixer.report();
+    ASSERT_EQ(report.strips.size(), 1U);
+    EXPECT_EQ(report.strips.front().underrunSamples, 1000U);
+    EXPECT_EQ(report.strips.front().underrunEpisodes, 1U);
+    EXPECT_THAT(report.strips.front().silent, ElementsAre(OutputSpan{.from = 0, .to = 1000}));
+    mayOpen = true;
+    mayOpen.notify_all();
+}
+
+TEST(Mixer, OpensOnlyTheStripsAroundAStretch) {
+    std::atomic<int> opened{0};
+    TestMedia media;
+    media.add("sound", {soundNumber(1, soundLength)});
+    const OpenMedia open = [&, opener = media.opener()](const std::string& name) {
+        ++opened;
+        return opener(name);
+    };
+    std::vector<TimelineStrip> strips;
+    for (int strip = 0; strip < 10000; ++strip)
+        strips.push_back(stripOf("sound", strip * 48000, 24000));
+    Mixer mixer(timelineOf(strips), open, {.openAhead = 1.0});
+    mixed(mixer, 5000 * 48000, 10);
+    mixed(mixer, 9000 * 48000, 10);
+    mixed(mixer, 100 * 48000, 2 * 48000);
+    EXPECT_LE(opened, 9);
+    EXPECT_GE(opened, 3);
+}
+
+TEST(Mixer, RefusesTimelinesThatCannotBePlayed) {
+    const auto refusal = [](const TimelineStrip& strip) -> std::string {
+        try {
+            Mixer(timelineOf({strip}), [](const std::string&) { return Media{}; });
+        } catch (const std::invalid_argument& error) {
+            return error.what();
+        }
+        return "";
+    };
+    TimelineStrip strip = stripOf("sound", 0, 10);
+    EXPECT_EQ(refusal(strip), "");
+    strip.gainDb = 61.0;
+    EXPECT_THAT(refusal(strip), testing::StartsWith("track 'track', strip 'strip of sound': the gain"));
+    strip.gainDb = std::numeric_limits<double>::quiet_NaN();
+    EXPECT_THAT(refusal(strip), HasSubstr("the gain"));
+    strip = stripOf("sound", std::numeric_limits<std::int64_t>::max(), 10);
+    EXPECT_THAT(refusal(strip), HasSubstr("out of range"));
+    strip = stripOf("sound", 0, 10);
+    strip.settings.speed = 2.0;
+    EXPECT_THAT(refusal(strip), HasSubstr("converter"));
+}
+
+} // namespace
+} // namespace audlmd::test
