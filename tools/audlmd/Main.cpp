@@ -36,7 +36,7 @@ int run(int argc, char** argv) {
     audlmd::command::addRenderCommand(app);
     audlmd::command::addModesCommand(app);
     audlmd::command::addPlotCommand(app);
-    audlmd::command::addTimelineCommand(app);
+    audlmd::command::addMixCommand(app);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

@@ -19,7 +19,7 @@ void addModesCommand(CLI::App& app);
 /// `plot`: draws gain curves, envelopes, automation, the response of an equaliser, or a spectrogram.
 void addPlotCommand(CLI::App& app);
 
-/// `timeline`: lists what sounds when in a timeline, as a table or as JSON.
-void addTimelineCommand(CLI::App& app);
+/// `mix`: mixes a timeline into a sound file, or lists what sounds when in it.
+void addMixCommand(CLI::App& app);
 
 } // namespace audlmd::command

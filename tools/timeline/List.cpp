@@ -21,18 +21,6 @@ std::size_t widthOf(const std::string& text) {
         text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; }));
 }
 
-/// h:mm:ss.mmm
-std::string clock(std::int64_t samples, int sampleRate) {
-    const double seconds = static_cast<double>(samples) / sampleRate;
-    const std::int64_t milliseconds = std::llround(std::abs(seconds) * 1000.0);
-    std::array<char, 48> text{};
-    std::snprintf(
-        text.data(), text.size(), "%s%lld:%02lld:%02lld.%03lld", samples < 0 ? "-" : "",
-        static_cast<long long>(milliseconds / 3'600'000), static_cast<long long>(milliseconds / 60'000 % 60),
-        static_cast<long long>(milliseconds / 1000 % 60), static_cast<long long>(milliseconds % 1000));
-    return text.data();
-}
-
 std::string span(std::int64_t begin, std::int64_t end, int sampleRate) {
     return clock(begin, sampleRate) + " - " + clock(end, sampleRate);
 }
@@ -107,6 +95,17 @@ std::string table(const std::vector<Row>& rows) {
 }
 
 } // namespace
+
+std::string clock(std::int64_t samples, int sampleRate) {
+    const double seconds = static_cast<double>(samples) / sampleRate;
+    const std::int64_t milliseconds = std::llround(std::abs(seconds) * 1000.0);
+    std::array<char, 48> text{};
+    std::snprintf(
+        text.data(), text.size(), "%s%lld:%02lld:%02lld.%03lld", samples < 0 ? "-" : "",
+        static_cast<long long>(milliseconds / 3'600'000), static_cast<long long>(milliseconds / 60'000 % 60),
+        static_cast<long long>(milliseconds / 1000 % 60), static_cast<long long>(milliseconds % 1000));
+    return text.data();
+}
 
 std::string list(const Timeline& timeline) {
     std::vector<Row> rows(1);

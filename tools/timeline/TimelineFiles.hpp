@@ -4,6 +4,7 @@
 #include "tools/timeline/Json.hpp"
 #include "tools/timeline/ReadOptions.hpp"
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -28,5 +29,8 @@ Json writeJson(const Timeline& timeline);
 /// What sounds when, as text for a terminal: a table of strips, then markers, then notes. Names are shortened
 /// as by printable(). Trap: made for people, the columns may change.
 std::string list(const Timeline& timeline);
+
+/// A time for people: h:mm:ss.mmm.
+std::string clock(std::int64_t samples, int sampleRate);
 
 } // namespace audlmd::timeline

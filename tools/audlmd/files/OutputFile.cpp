@@ -91,6 +91,20 @@ void OutputFile::openSoundFile() {
              " channel(s) at " + std::to_string(info.samplerate) + " Hz: " + sf_strerror(nullptr));
     // The chunk holds the time of writing: with it, equal renders would differ.
     sf_command(file_.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
+    if (layout_.timeReference > 0 && (type == SF_FORMAT_WAV || type == SF_FORMAT_RF64))
+        setTimeReference();
+}
+
+/// A chunk of the Broadcast Wave Format (EBU Tech 3285). Date and time of writing stay empty: with them,
+/// equal renders would differ.
+void OutputFile::setTimeReference() {
+    SF_BROADCAST_INFO broadcast{};
+    const auto reference = static_cast<std::uint64_t>(layout_.timeReference);
+    broadcast.time_reference_low = static_cast<std::uint32_t>(reference);
+    broadcast.time_reference_high = static_cast<std::uint32_t>(reference >> 32);
+    broadcast.version = 1;
+    if (sf_command(file_.get(), SFC_SET_BROADCAST_INFO, &broadcast, sizeof broadcast) != SF_TRUE)
+        fail(sf_strerror(file_.get()));
 }
 
 /// A file in the byte order of the machine takes the bytes as they are, which cannot change a

@@ -29,6 +29,9 @@ struct OutputLayout {
     /// In frames per second.
     int sampleRate = 48000;
     std::int64_t frames = 0;
+    /// The time of the first frame on the user's clock, in frames. Kept by .wav and .rf64 files, where it is
+    /// not 0.
+    std::int64_t timeReference = 0;
 
     std::size_t frameBytes() const { return static_cast<std::size_t>(channels) * outputFormat(format).bytes; }
     std::uint64_t dataBytes() const { return static_cast<std::uint64_t>(frames) * frameBytes(); }
@@ -76,6 +79,8 @@ private:
     void openDescriptor();
     /// Lets libsndfile write the header through the descriptor.
     void openSoundFile();
+    /// Lets libsndfile write the time reference.
+    void setTimeReference();
     /// Fails unless the file reads back to the last frame.
     void checkWhole();
     /// Lets libsndfile change the byte order. Returns whether all frames were written.

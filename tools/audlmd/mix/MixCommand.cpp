@@ -1,0 +1,215 @@
+#include "tools/audlmd/CommandError.hpp"
+#include "tools/audlmd/Progress.hpp"
+#include "tools/audlmd/Subcommands.hpp"
+#include "tools/audlmd/mix/MediaFinder.hpp"
+#include "tools/audlmd/mix/MixJob.hpp"
+#include "tools/audlmd/mix/MixOptions.hpp"
+#include "tools/audlmd/mix/MixReportText.hpp"
+#include "tools/audlmd/options/Parsers.hpp"
+#include "tools/timeline/TimelineFiles.hpp"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <sys/resource.h>
+#include <system_error>
+#include <utility>
+
+namespace audlmd::command {
+namespace {
+
+std::string readText(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    std::string text(std::istreambuf_iterator<char>(file), {});
+    // A folder opens, and fails only when it is read.
+    if (!file.is_open() || file.bad() || std::filesystem::is_directory(path))
+        throw CommandError(
+            "cannot read '" + path.string() +
+            "': " + std::generic_category().message(std::filesystem::is_directory(path) ? EISDIR : errno));
+    return text;
+}
+
+/// Every strip that sounds holds its file open.
+void allowManyOpenFiles() {
+    rlimit files{};
+    if (getrlimit(RLIMIT_NOFILE, &files) == 0) {
+        files.rlim_cur = files.rlim_max;
+        setrlimit(RLIMIT_NOFILE, &files);
+    }
+}
+
+/// Throws CommandError where an option asks for something else than the timeline says.
+template <class Number>
+void requireSame(const char* option, std::optional<Number> asked, Number told) {
+    if (asked && *asked != told)
+        throw CommandError(std::string(option) + ": the timeline itself says " + std::to_string(told) +
+                           ", and its times depend on that; leave the option out");
+}
+
+void writeFile(const std::filesystem::path& path, const std::string& content) {
+    TemporaryFile file(path);
+    file.write(content);
+    file.commit();
+}
+
+/// One mix, from the options to the last line of the report.
+class Mix {
+public:
+    explicit Mix(const MixOptions& options) : options_(options), media_(options.media) {
+        options.requireCompatible();
+    }
+
+    void run() {
+        if (!options_.output.empty())
+            target_.emplace(options_.output);
+        readTimeline();
+        checkMedia();
+        if (options_.list)
+            list();
+        if (target_)
+            mix();
+    }
+
+private:
+    /// Where the report goes: standard output, or standard error if the samples go to a stream.
+    FILE* report() const { return target_ && target_->isStream ? stderr : stdout; }
+
+    void readTimeline() {
+        const timeline::ReadOptions how{
+            .sampleRate = options_.rate.value_or(48000),
+            .channels = options_.channels.value_or(2),
+            .folder = std::filesystem::absolute(options_.timeline).parent_path(),
+            .media = [this](const std::string& media) { return media_.factsOf(media); },
+            .band = [](std::string_view text) { return parseBand(text, "equaliser"); }};
+        timeline_ = timeline::readTimeline(readText(options_.timeline), how);
+        requireSame("--rate", options_.rate, timeline_.sampleRate);
+        requireSame("--channels", options_.channels, timeline_.channels);
+        requireOther(options_.timeline, "the timeline");
+        if (target_)
+            span_ = options_.spanOf(timeline_);
+    }
+
+    /// Throws CommandError if one of the files to write is an input. `what` says what the input is.
+    void requireOther(const std::filesystem::path& input, const std::string& what) const {
+        for (const std::filesystem::path& output : {options_.output, options_.report, options_.picture}) {
+            std::error_code different;
+            if (!output.empty() && std::filesystem::equivalent(output, input, different))
+                throw CommandError("'" + output.string() + "' is " + what + "; name another file to write");
+        }
+    }
+
+    /// Looks at every medium once, before anything is written.
+    void checkMedia() {
+        std::set<std::string> seen;
+        for (const TimelineTrack& track : timeline_.tracks)
+            for (const TimelineStrip& strip : track.strips)
+                if (isWanted(strip) && seen.insert(strip.media).second)
+                    checkMedium(strip.media, timeline::Where{track.name, strip.name}.text());
+    }
+
+    bool isWanted(const TimelineStrip& strip) const {
+        return !target_ || (strip.at < span_.to && strip.at + strip.length > span_.from);
+    }
+
+    void checkMedium(const std::string& medium, const std::string& where) {
+        media_.requireNoVideo(medium, where);
+        if (const std::optional<std::filesystem::path> path = media_.find(medium))
+            requireOther(*path, "a medium of the timeline");
+        else if (!options_.strict)
+            timeline_.notes.push_back({where, "the medium '" + timeline::printable(medium) + "' is missing"});
+        if (options_.strict)
+            try {
+                media_.open(medium);
+            } catch (const std::exception& error) {
+                throw CommandError(where + ": " + error.what());
+            }
+    }
+
+    void list() const {
+        const std::string shown =
+            options_.as == "json" ? timeline::writeJson(timeline_).dump(2) + "\n" : timeline::list(timeline_);
+        std::fputs(shown.c_str(), report());
+    }
+
+    void mix() {
+        // Without the signals, a closed pipe and a file that grows too large are errors of writing.
+        std::signal(SIGPIPE, SIG_IGN);
+        std::signal(SIGXFSZ, SIG_IGN);
+        allowManyOpenFiles();
+        std::optional<Mixer> mixer;
+        {
+            // The threads that the mixer starts leave the signals to this thread.
+            const EndingSignalsBlocked blocked;
+            mixer.emplace(
+                timeline_, [this](const std::string& medium) { return media_.open(medium); },
+                MixerOptions{.threads = options_.threads, .block = options_.block});
+        }
+        const double seconds = writeOutput(*mixer);
+        tell(mixer->report(), {.span = span_, .seconds = seconds});
+    }
+
+    /// Returns how long that took, in seconds.
+    double writeOutput(Mixer& mixer) const {
+        OutputLayout layout{.channels = static_cast<int>(timeline_.channels),
+                            .sampleRate = timeline_.sampleRate,
+                            .frames = span_.to - span_.from,
+                            .timeReference = timeline_.timeReference + span_.from};
+        layout.format = options_.format.value_or(defaultFormatOf(*target_->kind));
+        OutputFile output(*target_, layout);
+        Progress progress(layout.frames, layout.sampleRate);
+        MixJob(mixer, span_, layout).run(output, [&](std::int64_t done) {
+            progress.update(done);
+            if (options_.strict)
+                requireNoFailure(mixer.report());
+        });
+        output.commit();
+        return progress.elapsed();
+    }
+
+    void requireNoFailure(const MixReport& report) const {
+        for (const StripReport& strip : report.strips)
+            if (!strip.failure.empty())
+                throw CommandError(timeline::Where{timeline_.tracks[strip.track].name,
+                                                   timeline_.tracks[strip.track].strips[strip.strip].name}
+                                       .text() +
+                                   ": " + strip.failure);
+    }
+
+    void tell(const MixReport& told, const MixRun& run) const {
+        if (!options_.report.empty())
+            writeFile(options_.report, reportJson(told, timeline_, run));
+        std::fputs(reportText(told, timeline_, run).c_str(), report());
+        const auto failed = std::ranges::count_if(
+            told.strips, [](const StripReport& strip) { return !strip.failure.empty(); });
+        if (failed != 0)
+            throw CommandError(std::to_string(failed) + (failed == 1 ? " clip is" : " clips are") +
+                               " silent, see above; '" + target_->path.string() + "' is written");
+    }
+
+    const MixOptions& options_;
+    MediaFinder media_;
+    std::optional<OutputTarget> target_;
+    Timeline timeline_;
+    OutputSpan span_;
+};
+
+} // namespace
+
+void addMixCommand(CLI::App& app) {
+    CLI::App* mix = app.add_subcommand("mix", "Mix a timeline into a sound file, or show what sounds when");
+    const auto options = std::make_shared<MixOptions>();
+    options->declare(*mix);
+    mix->callback([options] { Mix(*options).run(); });
+}
+
+} // namespace audlmd::command

@@ -1,0 +1,152 @@
+#include "tools/audlmd/mix/MixOptions.hpp"
+
+#include "tools/audlmd/CommandError.hpp"
+#include "tools/audlmd/options/ParsedOption.hpp"
+
+#include <charconv>
+
+namespace audlmd::command {
+namespace {
+
+constexpr std::int64_t mostSlices = 1'000'000;
+
+constexpr const char* mixHelp =
+    R"(TIMELINES are OpenTimelineIO JSON (.otio), or the short JSON of our own that --list --as json writes.
+--list shows what sounds when, and in notes what is not played as it was written.
+
+MEDIA are found where the timeline says, else by file name below the folders of --media. A clip whose medium
+is missing is silent; the output is written, and the exit status is 1. With --strict nothing is written. Of a
+video file the sound must be extracted first: the error says how.
+
+TIMES of --from and --to are the output's: seconds (12.5 or 3s), milliseconds (250ms), samples (480000smp) or a
+timecode (1:02.5, 1:00:02.5). --slice 2/4 mixes the second of four equal parts of that; the parts, joined, are
+the whole byte for byte.
+
+LEVELS are summed without limits and clipped once, where the samples are stored; the report tells how many
+samples, and when. One channel goes to both sides at full level: other programs lower it by 3 dB.
+
+EXAMPLES
+  audlmd mix film.otio --list
+  audlmd mix film.otio -o film.wav --format s24
+  audlmd mix film.otio -o film.wav --media /archive/sound --report film.json --picture film.png
+  audlmd mix film.otio --list --as json > film.json      (edit it, and mix it)
+  audlmd mix film.json -o reel2.wav --from 20:00 --to 40:00
+  audlmd mix film.json -o part3.wav --slice 3/8)";
+
+std::optional<std::int64_t> wholeNumber(std::string_view text) {
+    std::int64_t value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size())
+        return std::nullopt;
+    return value;
+}
+
+void declareOutput(CLI::App& mix, MixOptions& options) {
+    mix.add_option("-o,--output", options.output, "The file to write")
+        ->option_text("OUTPUT")
+        ->group("Output");
+    addParsed(mix, "--format", options.format, &parseFormat, "f32, s8, u8, s16, s24, s24in32 or s32")
+        ->option_text("FORMAT")
+        ->group("Output");
+    mix.add_option("--rate", options.rate, "Samples per second (default: the timeline's, else 48000)")
+        ->option_text("HZ")
+        ->check(CLI::Range(1000, 384000))
+        ->group("Output");
+    mix.add_option("--channels", options.channels, "Channels (default: the timeline's, else 2)")
+        ->option_text("N")
+        ->check(CLI::Range(1, 64))
+        ->group("Output");
+    mix.add_option("--block", options.block, "Samples per render call (default 4096); changes no sample")
+        ->option_text("N")
+        ->check(CLI::Range(1, 65536))
+        ->group("Output");
+    mix.add_option("--threads", options.threads, "Rendered side by side (default: one per processor)")
+        ->option_text("N")
+        ->check(CLI::Range(1, 1024))
+        ->group("Output");
+}
+
+void declarePart(CLI::App& mix, MixOptions& options) {
+    addParsed(mix, "--from", options.from, &TimeValue::parse, "Where to begin (default: the start)")
+        ->option_text("TIME")
+        ->group("Part");
+    addParsed(mix, "--to", options.to, &TimeValue::parse, "Where to end (default: the end)")
+        ->option_text("TIME")
+        ->group("Part");
+    addParsed(mix, "--slice", options.slice, &parseSlice, "The K-th of N equal parts")
+        ->option_text("K/N")
+        ->group("Part");
+}
+
+void declareReports(CLI::App& mix, MixOptions& options) {
+    mix.add_flag("--list", options.list, "Show what sounds when")->group("Reports");
+    mix.add_option("--as", options.as, "The list as text (a table, the default) or json")
+        ->check(CLI::IsMember({"text", "json"}))
+        ->group("Reports");
+    mix.add_option("--report", options.report, "Write what was silent, late or clipped, as JSON")
+        ->option_text("FILE.json")
+        ->group("Reports");
+    mix.add_option("--picture", options.picture, "Draw the timeline, with what went wrong in red")
+        ->option_text("FILE")
+        ->group("Reports");
+}
+
+} // namespace
+
+Slice parseSlice(std::string_view text, std::string_view option) {
+    const std::size_t bar = text.find('/');
+    const std::optional<std::int64_t> number = wholeNumber(text.substr(0, bar));
+    const std::optional<std::int64_t> count =
+        bar == std::string_view::npos ? std::nullopt : wholeNumber(text.substr(bar + 1));
+    if (!number || !count || *number < 1 || *number > *count || *count > mostSlices)
+        throw CommandError(std::string(option) + ": '" + std::string(text) +
+                           "' is not K/N, such as 2/4 for the second of four parts");
+    return {.number = *number, .count = *count};
+}
+
+void MixOptions::declare(CLI::App& mix) {
+    mix.add_option("TIMELINE", timeline, "OpenTimelineIO JSON, or JSON of our own")->required();
+    declareOutput(mix, *this);
+    declarePart(mix, *this);
+    mix.add_option("--media", media, "Look for missing media below this folder; may be repeated")
+        ->option_text("DIR")
+        ->check(CLI::ExistingDirectory)
+        ->allow_extra_args(false)
+        ->group("Media");
+    mix.add_flag("--strict", strict, "Write nothing where media are missing")->group("Media");
+    declareReports(mix, *this);
+    mix.footer(mixHelp);
+}
+
+void MixOptions::requireCompatible() const {
+    if (output.empty() && !list && picture.empty())
+        throw CommandError("name the file to write with -o, or use --list or --picture alone");
+    if (output.empty() && !report.empty())
+        throw CommandError("--report tells about a mix: name the file to write with -o");
+    if (as == "json" && !list)
+        throw CommandError("--as json is for --list");
+}
+
+OutputSpan MixOptions::spanOf(const Timeline& timelineToMix) const {
+    const std::int64_t length = timelineToMix.length;
+    OutputSpan span{.from = from ? from->samples(timelineToMix.sampleRate) : 0,
+                    .to = to ? to->samples(timelineToMix.sampleRate) : length};
+    for (const std::int64_t time : {span.from, span.to})
+        if (time > length)
+            throw CommandError("sample " + std::to_string(time) +
+                               " lies outside the timeline, which ends at sample " + std::to_string(length));
+    if (slice) {
+        // A part at a time, because the product of a length and a number may overflow.
+        const std::int64_t whole = span.to - span.from;
+        const auto border = [&](std::int64_t number) {
+            return span.from + whole / slice->count * number + whole % slice->count * number / slice->count;
+        };
+        span = {.from = border(slice->number - 1), .to = border(slice->number)};
+    }
+    if (span.from >= span.to)
+        throw CommandError("there is nothing to mix from sample " + std::to_string(span.from) +
+                           " to sample " + std::to_string(span.to));
+    return span;
+}
+
+} // namespace audlmd::command

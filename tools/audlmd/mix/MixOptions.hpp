@@ -1,0 +1,76 @@
+#pragma once
+
+#include "standalone/mix/MixReport.hpp"
+#include "standalone/mix/Timeline.hpp"
+#include "tools/audlmd/files/OutputFormat.hpp"
+#include "tools/audlmd/options/Time.hpp"
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+
+namespace audlmd::command {
+
+/// One of several parts of equal length, to within a sample.
+struct Slice {
+    /// From 1 to `count`.
+    std::int64_t number = 1;
+    std::int64_t count = 1;
+};
+
+/// Reads K/N. Throws CommandError, naming `option`, unless K is from 1 to N and N at most a million.
+Slice parseSlice(std::string_view text, std::string_view option);
+
+/// The options of `mix`.
+struct MixOptions {
+    std::filesystem::path timeline;
+    /// Empty: nothing is mixed.
+    std::filesystem::path output;
+    std::optional<FormatId> format;
+    /// In samples per second. Not set: what the timeline says, else 48000.
+    std::optional<int> rate;
+    /// Not set: what the timeline says, else 2.
+    std::optional<std::size_t> channels;
+
+    /// Folders in which missing media are looked for.
+    std::vector<std::filesystem::path> media;
+    /// Whether missing media end the command before anything is written.
+    bool strict = false;
+
+    /// In the output.
+    std::optional<TimeValue> from;
+    std::optional<TimeValue> to;
+    std::optional<Slice> slice;
+
+    bool list = false;
+    /// Of the list: text or json.
+    std::string as = "text";
+    /// A JSON file. Empty: none.
+    std::filesystem::path report;
+    /// A .png or .svg file. Empty: none.
+    std::filesystem::path picture;
+
+    /// See MixerOptions.
+    std::size_t block = 4096;
+    std::size_t threads = 0;
+
+    /// Declares all options with their help. This object must outlive the app.
+    void declare(CLI::App& mix);
+
+    /// Throws CommandError for options that cannot stand together, or alone.
+    void requireCompatible() const;
+
+    /// The part of the output to mix. Throws CommandError for a part without samples, or outside the
+    /// timeline.
+    OutputSpan spanOf(const Timeline& timeline) const;
+};
+
+} // namespace audlmd::command

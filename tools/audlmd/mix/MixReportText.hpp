@@ -1,0 +1,23 @@
+#pragma once
+
+#include "standalone/mix/MixReport.hpp"
+#include "standalone/mix/Timeline.hpp"
+
+#include <string>
+
+namespace audlmd::command {
+
+/// What was mixed, and how long that took.
+struct MixRun {
+    OutputSpan span;
+    /// Of wall-clock time.
+    double seconds = 0.0;
+};
+
+/// The report for a terminal: lines, of which each kind of problem takes a dozen at most.
+std::string reportText(const MixReport& report, const Timeline& timeline, const MixRun& run);
+
+/// The whole report as JSON. Times are output samples of the timeline, levels are decibels over full scale.
+std::string reportJson(const MixReport& report, const Timeline& timeline, const MixRun& run);
+
+} // namespace audlmd::command
