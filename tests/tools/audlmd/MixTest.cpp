@@ -1,9 +1,30 @@
 #include "tests/tools/audlmd/CommandFixture.hpp"
 
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+
+#include <string>
+
 namespace audlmd::test {
 namespace {
 
-class MixCommand : public CommandFixture {};
+using testing::HasSubstr;
+
+class MixCommand : public CommandFixture {
+protected:
+    /// A timeline of our own JSON with one track.
+    void writeTimeline(const std::string& strips, const std::string& more = "") const {
+        writeBytes(in("film.json"), R"({"audlmd": 1, "sampleRate": 48000, "channels": 2, )" + more +
+                                        R"("tracks": [{"name": "A1", "strips": [)" + strips + "]}]}");
+    }
+
+    /// The command must fail, but leave the file. Returns its errors.
+    std::string errorsOfMix(const std::string& line) const {
+        const Outcome outcome = run(line);
+        EXPECT_EQ(outcome.status, 1) << line;
+        return outcome.output + outcome.errors;
+    }
+};
 
 TEST_F(MixCommand, ListsAnOtioFileAndItsOwnJsonAlike) {
     writeSound(in("a.wav"), noise(1, 96'000));
@@ -12,16 +33,128 @@ TEST_F(MixCommand, ListsAnOtioFileAndItsOwnJsonAlike) {
         "children": [{"OTIO_SCHEMA": "Clip.1", "name": "door", "media_reference":
             {"OTIO_SCHEMA": "ExternalReference.1", "target_url": "a.wav"}}]}]}})");
     const std::string table = output("mix film.otio --list");
-    EXPECT_NE(table.find("door  0:00:00.000 - 0:00:02.000"), std::string::npos) << table;
+    EXPECT_THAT(table, HasSubstr("door  0:00:00.000 - 0:00:02.000"));
     writeBytes(in("film.json"), output("mix film.otio --list --as json"));
     EXPECT_EQ(output("mix film.json --list"), table);
 }
 
-TEST_F(MixCommand, RefusesWhatIsNoTimeline) {
+TEST_F(MixCommand, WritesWhatRenderWritesForOneClip) {
+    writeSound(in("a.wav"), noise(2, 50'000));
+    writeTimeline(R"({"media": "a.wav", "at": 0, "from": 1000, "to": 50000, "reverse": true, "gain": -6,
+                      "speed": 1.1, "converter": "filtering", "fadeIn": {"length": 11000, "curve": "log"}})");
+    for (const std::string format : {"f32", "s16", "s24", "u8"}) {
+        output("mix film.json -o mix.wav --format " + format);
+        output("render a.wav -o render.wav --from 1000smp --reverse --gain -6 --speed 1.1 --fade-in "
+               "10000smp:log "
+               "--format " +
+               format);
+        EXPECT_EQ(readBytes(in("mix.wav")), readBytes(in("render.wav"))) << format;
+    }
+}
+
+TEST_F(MixCommand, CutsSlicesAndPartsThatJoinToTheWhole) {
+    writeSound(in("a.wav"), noise(2, 60'000));
+    writeSound(in("b.wav"), noise(1, 60'000, 2), 44100);
+    writeTimeline(R"({"media": "a.wav", "at": 0, "from": 0, "to": 50000, "fadeOut": {"length": 9000}},
+        {"media": "a.wav", "at": 20000, "from": 0, "to": 50000, "reverse": true, "speed": 1.3},
+        {"media": "b.wav", "at": 30000, "from": 0, "to": 60000, "speed": 0.9, "converter": "linear"},
+        {"media": "a.wav", "at": 35000, "from": 0, "to": 50000,
+         "equaliser": [{"kind": "peak", "frequency": 500, "gain": 9}],
+         "automation": {"points": [[0, 0], [20000, -20], [40000, 3]]}})");
+    output("mix film.json -o whole.raw --format s24");
+    const std::string whole = readBytes(in("whole.raw"));
+    for (const int count : {1, 2, 3, 7}) {
+        std::string joined;
+        for (int slice = 1; slice <= count; ++slice) {
+            output("mix film.json -o part.raw --format s24 --block 1000 --threads 3 --slice " +
+                   std::to_string(slice) + "/" + std::to_string(count));
+            joined += readBytes(in("part.raw"));
+        }
+        EXPECT_TRUE(joined == whole) << count << " slices";
+    }
+    output("mix film.json -o part.raw --format s24 --from 40000smp --to 1s --slice 2/2");
+    constexpr std::size_t frame = 6;
+    EXPECT_TRUE(readBytes(in("part.raw")) == whole.substr(44000 * frame, 4000 * frame));
+}
+
+TEST_F(MixCommand, SaysWhichMediaAreMissingAndFindsThemAgain) {
+    writeSound(in("a.wav"), noise(1, 48'000));
+    writeTimeline(R"({"name": "here", "media": "a.wav", "from": 0, "to": 48000},
+                     {"name": "moved", "media": "old/reel2/b.wav", "at": 48000, "from": 0, "to": 48000})");
+    expectRefused("mix film.json -o mix.wav --strict", "track 'A1', clip 'moved': ");
+    EXPECT_THAT(errorsOfMix("mix film.json -o mix.wav --report r.json"), HasSubstr("clip 'moved'"));
+    EXPECT_EQ(readSound(in("mix.wav"))[0].size(), 96'000U);
+    const auto report = nlohmann::json::parse(readBytes(in("r.json")));
+    EXPECT_EQ(report["clips"][0]["clip"], "moved");
+    EXPECT_EQ(report["clips"][0]["silent"], nlohmann::json::parse("[[48000, 96000]]"));
+
+    for (const std::string folder : {"archive/reel1", "archive/reel2"}) {
+        std::filesystem::create_directories(in(folder));
+        writeSound(in(folder + "/b.wav"), noise(1, 48'000, folder.back() == '2' ? 5 : 6));
+    }
+    output("mix film.json -o mix.wav --strict --media archive");
+    EXPECT_EQ(readSound(in("mix.wav"))[0][48'000], noise(1, 1, 5)[0][0]);
+}
+
+TEST_F(MixCommand, RefusesVideoAndFindsItsExtractedSound) {
+    writeBytes(in("it's.mov"), std::string("\0\0\0\x14"
+                                           "ftypqt  ",
+                                           12) +
+                                   std::string(100, 'x'));
+    writeTimeline(R"({"name": "shot", "media": "it's.mov", "from": 0, "to": 100})");
+    expectRefused("mix film.json -o mix.wav", "clip 'shot'");
+    expectRefused("mix film.json -o mix.wav", "ffmpeg -i '");
+    expectRefused("mix film.json -o mix.wav", "/it'\\''s.wav'");
+    writeSound(in("it's.wav"), noise(1, 100));
+    output("mix film.json -o mix.wav --strict");
+    EXPECT_EQ(readSound(in("mix.wav"))[1], noise(1, 100)[0]);
+}
+
+TEST_F(MixCommand, ReportsClippingAndKeepsTheTimeReference) {
+    writeSound(in("a.wav"), {std::vector<float>(100, 0.75F)});
+    writeTimeline(R"({"media": "a.wav", "at": 100, "from": 0, "to": 100, "gain": 10})",
+                  R"("timeReference": 5000000000, )");
+    const std::string told = output("mix film.json -o mix.wav --from 50smp --report r.json");
+    EXPECT_THAT(told, HasSubstr("clipped: channel 2: 100 samples, by up to 7.50 dB, first at 0:00:00.002"));
+    const auto report = nlohmann::json::parse(readBytes(in("r.json")));
+    EXPECT_EQ(report["channels"][0]["first"], 100);
+    SF_INFO info{};
+    SNDFILE* const file = sf_open(in("mix.wav").c_str(), SFM_READ, &info);
+    SF_BROADCAST_INFO broadcast{};
+    EXPECT_EQ(sf_command(file, SFC_GET_BROADCAST_INFO, &broadcast, sizeof broadcast), SF_TRUE);
+    sf_close(file);
+    EXPECT_EQ((std::uint64_t{broadcast.time_reference_high} << 32) + broadcast.time_reference_low,
+              5'000'000'050U);
+}
+
+TEST_F(MixCommand, RefusesWhatCannotBeMixed) {
+    writeSound(in("a.wav"), noise(1, 100));
+    writeTimeline(R"({"media": "a.wav", "from": 0, "to": 100})");
     writeBytes(in("text.otio"), "tracks: 2");
-    expectRefused("mix text.otio --list", "JSON");
-    expectRefused("mix none.otio --list", "No such file");
-    expectRefused("mix . --list", "Is a directory");
+    writeBytes(in("empty.json"), R"({"audlmd": 1, "tracks": []})");
+    const std::vector<std::pair<std::string, std::string>> refusals{
+        {"text.otio --list", "JSON"},
+        {"none.otio --list", "No such file"},
+        {". --list", "Is a directory"},
+        {"film.json", "-o"},
+        {"film.json --list --report r.json", "--report"},
+        {"film.json -o mix.wav --as json", "--as json"},
+        {"film.json -o mix.wav --rate 44100", "the timeline itself says 48000"},
+        {"film.json -o mix.wav --channels 1", "the timeline itself says 2"},
+        {"film.json -o mix.wav --slice 3/2", "K/N"},
+        {"film.json -o mix.wav --slice 0/2", "K/N"},
+        {"film.json -o mix.wav --slice 1", "K/N"},
+        {"film.json -o mix.wav --slice 1/1000", "nothing to mix"},
+        {"film.json -o mix.wav --from 1s", "outside the timeline"},
+        {"film.json -o mix.wav --from 50smp --to 50smp", "nothing to mix"},
+        {"film.json -o mix.wav --media nowhere", "nowhere"},
+        {"film.json -o a.wav", "a medium of the timeline"},
+        {"film.json -o mix.wav --report film.json", "is the timeline"},
+        {"film.json -o mix.flac --format f32", "flac"},
+        {"empty.json -o mix.wav", "nothing to mix"},
+    };
+    for (const auto& [line, part] : refusals)
+        expectRefused("mix " + line, part);
 }
 
 } // namespace
