@@ -19,6 +19,8 @@ struct Excerpt {
     /// Of the first frame.
     std::int64_t position;
     std::vector<float> samples;
+    /// How many samples were read from it, of all channels together.
+    std::size_t read = 0;
 };
 
 } // namespace
@@ -43,7 +45,8 @@ public:
         // No other channel will ask for the frames: they need not be kept.
         if (channels_ == 1)
             return decode(position, samples);
-        const Excerpt& excerpt = find(position, samples.size());
+        Excerpt& excerpt = find(position, samples.size());
+        excerpt.read += samples.size();
         const float* from = excerpt.samples.data() + static_cast<std::size_t>(channel) +
                             static_cast<std::size_t>(position - excerpt.position) * channels_;
         for (float& sample : samples) {
@@ -54,7 +57,7 @@ public:
 
 private:
     /// A kept excerpt that holds all the frames, else one decoded for them.
-    const Excerpt& find(std::int64_t position, std::size_t frames) {
+    Excerpt& find(std::int64_t position, std::size_t frames) {
         const auto holdsAll = [&](const Excerpt& excerpt) {
             const auto kept = static_cast<std::int64_t>(excerpt.samples.size() / channels_);
             return excerpt.position <= position &&
@@ -64,20 +67,29 @@ private:
         return found != kept_.end() ? *found : decodeExcerpt(position, frames);
     }
 
-    /// Displaces the oldest excerpts to make room, and reuses the memory of the last one displaced. The two
-    /// newest are kept however long they are, for two readers that stand at a border between segments.
-    const Excerpt& decodeExcerpt(std::int64_t position, std::size_t frames) {
+    /// Displaces an excerpt that all channels have read, whose memory is still in the processor's caches;
+    /// else the oldest ones, to make room. Reuses the memory of the last one displaced. The two newest are
+    /// kept however long they are, for two readers that stand at a border between segments.
+    Excerpt& decodeExcerpt(std::int64_t position, std::size_t frames) {
         Excerpt excerpt{};
-        while (kept_.size() >= 2 && keptSamples_ + frames * channels_ > mostKeptSamples) {
-            excerpt = std::move(kept_.front());
-            kept_.pop_front();
-            keptSamples_ -= excerpt.samples.size();
-        }
+        const auto wasRead = [](const Excerpt& kept) { return kept.read >= kept.samples.size(); };
+        if (const auto done = std::find_if(kept_.begin(), kept_.end(), wasRead); done != kept_.end())
+            excerpt = take(done);
+        while (kept_.size() >= 2 && keptSamples_ + frames * channels_ > mostKeptSamples)
+            excerpt = take(kept_.begin());
+        excerpt.read = 0;
         excerpt.position = position;
         excerpt.samples.resize(frames * channels_);
         decode(position, excerpt.samples);
         keptSamples_ += excerpt.samples.size();
         return kept_.emplace_back(std::move(excerpt));
+    }
+
+    Excerpt take(std::deque<Excerpt>::iterator place) {
+        Excerpt taken = std::move(*place);
+        keptSamples_ -= taken.samples.size();
+        kept_.erase(place);
+        return taken;
     }
 
     void decode(std::int64_t position, std::span<float> interleaved) {

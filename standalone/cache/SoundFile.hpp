@@ -19,9 +19,10 @@ public:
 /// An open sound file in any format of libsndfile, shared by the sources of its channels.
 ///
 /// A file stores the samples of all channels together, while a cache reads each channel on its own. So the
-/// file keeps the excerpts that it decoded last, and the other channels find their samples there without
-/// decoding again. Up to 8 MiB of decoded samples are kept, or two excerpts if those are larger. The trap:
-/// where the readers of two channels are further apart than that, each of them has the file decoded anew.
+/// file keeps what it has decoded until all channels have read it, and the other channels find their samples
+/// there without decoding again. Up to 8 MiB of decoded samples are kept, or two excerpts if those are
+/// larger. The trap: where the readers of two channels are further apart than that, each of them has the file
+/// decoded anew.
 ///
 /// Thread safe. Reads wait for each other.
 class SoundFile {
