@@ -1,6 +1,6 @@
 """performance BUILD PAGE [SECTION...]: measures, and writes figures and pictures into the page.
 
-Sections: modes calls load size instructions jobs build; all of them where none is named. The figures are kept in
+Sections: modes calls load size instructions jobs mix build; all of them where none is named. The figures are kept in
 BUILD/bench/performance.json, so that the page can be made again from old and new ones.
 """
 
@@ -11,6 +11,7 @@ import sys
 
 import measure
 from jobs import measure_jobs
+from mix import measure_mix
 from pictures import draw_families, draw_jobs, draw_modes
 from tables import family_table, goal_table, job_table, machine_line
 
@@ -39,7 +40,7 @@ def write_page(figures, page):
 
 SECTIONS = {"modes": measure.measure_modes, "calls": measure.measure_calls, "load": measure.measure_load,
             "size": measure.measure_size, "instructions": measure.measure_instructions, "jobs": measure_jobs,
-            "build": measure.measure_build}
+            "mix": measure_mix, "build": measure.measure_build}
 
 
 def main():
