@@ -27,7 +27,8 @@ constexpr double lowestRow = 20.0;
 
 } // namespace
 
-TimelineLayout::TimelineLayout(const TimelineSketch& sketch, double top) : sketch_(&sketch), top_(top) {
+TimelineLayout::TimelineLayout(const TimelineSketch& sketch, double top)
+    : length_(static_cast<double>(sketch.columns.length)), top_(top) {
     const auto count = static_cast<double>(std::max<std::size_t>(sketch.tracks.size(), 1));
     laneHeight_ = std::clamp(comfortableHeight / count - laneGap, lowestLane, highestLane);
     const double markers = sketch.markers.empty() ? 0.0 : markerRows * markerRow + markerTick;
@@ -77,7 +78,7 @@ Rectangle TimelineLayout::output() const {
 }
 
 double TimelineLayout::x(double sample) const {
-    return trackNameWidth + lanesWidth * sample / static_cast<double>(sketch_->columns.length);
+    return trackNameWidth + lanesWidth * sample / length_;
 }
 
 Rectangle TimelineLayout::part(const Rectangle& area, const OutputSpan& span) const {

@@ -10,7 +10,7 @@ namespace audlmd::command {
 /// The width of a picture, and of the part with the lanes. In points.
 inline constexpr double pictureWidth = 1200.0;
 inline constexpr double trackNameWidth = 120.0;
-inline constexpr double rightMargin = 20.0;
+inline constexpr double rightMargin = 30.0;
 inline constexpr double lanesWidth = pictureWidth - trackNameWidth - rightMargin;
 
 /// Rows for the names of markers, which may stand close together.
@@ -44,7 +44,8 @@ public:
     plot::Rectangle part(const plot::Rectangle& area, const OutputSpan& span) const;
 
 private:
-    const TimelineSketch* sketch_;
+    /// Of the picture's time, in output samples.
+    double length_;
     double top_;
     double laneHeight_;
     double lanesTop_;

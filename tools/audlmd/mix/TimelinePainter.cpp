@@ -134,12 +134,16 @@ void paintTracks(const Pen& pen, const TimelineSketch& sketch, const TimelineLay
         for (const StripSketch& strip : lane.strips)
             paintStrip(pen, layout, strip, layout.box(track, strip));
     }
-    if (sketch.tracksLeftOut > 0) {
-        pen.font(textSize);
-        pen.colour(Palette::text);
-        pen.write(std::to_string(sketch.tracksLeftOut) + " more tracks are not drawn", layout.leftOut().left,
-                  layout.leftOut().top + 8.0, {0.0, 0.5});
-    }
+    if (sketch.tracksLeftOut == 0)
+        return;
+    // On paper, because the lines of time and markers run through.
+    pen.colour(Palette::paper);
+    const Rectangle line = layout.leftOut();
+    pen.fill(line);
+    pen.font(textSize);
+    pen.colour(Palette::text);
+    pen.write("Tracks that are not drawn: " + std::to_string(sketch.tracksLeftOut), line.left + 4.0,
+              line.top + line.height / 2.0, {0.0, 0.5});
 }
 
 /// One row for each channel of the output.
