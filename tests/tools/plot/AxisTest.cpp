@@ -38,6 +38,7 @@ TEST(Axis, PutsRoundTicksInsideItsRange) {
                 found += (found.empty() ? "" : " ") + tick.label;
         EXPECT_EQ(found, labels);
     }
+    EXPECT_EQ(plot::clockText(3599.9996, 0.001), "1:00:00.000");
 }
 
 } // namespace
