@@ -118,7 +118,7 @@ std::string clockText(double seconds, double step) {
     const double unit = std::pow(10.0, -decimalsFor(step));
     const double rounded = std::round(seconds / unit) * unit;
     const double hours = std::floor(rounded / 3600.0 + 1e-9);
-    const std::string rest = minutes(rounded - hours * 3600.0, step);
+    std::string rest = minutes(rounded - hours * 3600.0, step);
     if (hours == 0.0)
         return rest;
     char text[64];

@@ -73,7 +73,7 @@ public:
         cairo_rectangle(context_, area.left, area.top, area.width, area.height);
         cairo_fill(context_);
     }
-    /// Lines from below to above, `spacing` apart, in an area that is filled with nothing else.
+    /// Slanted lines over an area, `spacing` apart from left to right.
     void hatch(const Rectangle& area, double spacing, double width) const;
     void outline(const Rectangle& area, double width) const {
         cairo_rectangle(context_, area.left, area.top, area.width, area.height);
