@@ -70,6 +70,12 @@ double stepOf(Scale scale, bool clock, double step) {
     return roundStep(step);
 }
 
+std::string labelOf(Scale scale, bool inMinutes, double value, double step) {
+    if (scale == Scale::clock)
+        return clockText(value, step);
+    return inMinutes ? minutes(value, step) : decimal(value, step);
+}
+
 std::vector<Tick> logarithmicTicks(double from, double to) {
     std::vector<Tick> ticks;
     for (double decade = std::pow(10.0, std::floor(std::log10(from))); decade <= to; decade *= 10.0)
@@ -97,14 +103,28 @@ Axis timeAxis(double seconds) {
 std::vector<Tick> Axis::ticks(int count) const {
     if (scale == Scale::logarithmic)
         return logarithmicTicks(from, to);
-    const bool clock = scale == Scale::time && to > longestInSeconds;
-    const double step = stepOf(scale, clock, (to - from) / count);
+    const bool inMinutes = scale == Scale::time && to > longestInSeconds;
+    const double step = stepOf(scale, inMinutes || scale == Scale::clock, (to - from) / count);
     std::vector<Tick> ticks;
     const double first = std::ceil(from / step - 1e-9);
     const double last = std::floor(to / step + 1e-9);
     for (double index = first; index <= last; index += 1.0)
-        ticks.push_back({index * step, clock ? minutes(index * step, step) : decimal(index * step, step)});
+        ticks.push_back({index * step, labelOf(scale, inMinutes, index * step, step)});
     return ticks;
+}
+
+std::string clockText(double seconds, double step) {
+    // Rounded first, so that no minute has 60 seconds.
+    const double unit = std::pow(10.0, -decimalsFor(step));
+    const double rounded = std::round(seconds / unit) * unit;
+    const double hours = std::floor(rounded / 3600.0 + 1e-9);
+    std::string rest = minutes(rounded - hours * 3600.0, step);
+    if (hours == 0.0)
+        return rest;
+    char text[64];
+    // The minutes take two digits after an hour.
+    std::snprintf(text, sizeof text, "%.0f:%s%s", hours, rest[1] == ':' ? "0" : "", rest.c_str());
+    return text;
 }
 
 } // namespace audlmd::plot

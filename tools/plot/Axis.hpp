@@ -13,6 +13,8 @@ enum class Scale {
     time,
     /// Linear, in steps that are round in decibels: 3, 6, 12 and 20.
     decibels,
+    /// Linear in seconds. Labels are clock texts on axes of any length, see clockText().
+    clock,
 };
 
 /// A gridline and the text beside it. A line without a text has an empty label.
@@ -37,5 +39,9 @@ struct Axis {
 
 /// An axis from 0 s to `seconds`.
 Axis timeAxis(double seconds);
+
+/// A time as m:ss, from one hour on as h:mm:ss, with the fewest decimals that distinguish times `step`
+/// seconds apart. `seconds` is not negative.
+std::string clockText(double seconds, double step);
 
 } // namespace audlmd::plot

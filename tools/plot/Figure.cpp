@@ -27,21 +27,23 @@ double widthOf(const Figure& figure) {
 }
 
 double heightOf(const Figure& figure) {
-    const std::size_t rows = (figure.charts.size() + figure.columns - 1) / figure.columns;
+    const std::size_t rows =
+        figure.drawing ? 1 : (figure.charts.size() + figure.columns - 1) / figure.columns;
     return headHeight(figure) + static_cast<double>(rows) * figure.chartHeight;
 }
 
 void paintHead(const Pen& pen, const Figure& figure) {
     pen.colour(Palette::text);
+    const double width = widthOf(figure) - 2.0 * margin;
     double top = margin;
     if (!figure.title.empty()) {
         pen.font(18.0, true);
-        pen.write(figure.title, margin, top + titleHeight / 2.0, {0.0, 0.5});
+        pen.write(pen.fitted(figure.title, width), margin, top + titleHeight / 2.0, {0.0, 0.5});
         top += titleHeight;
     }
     if (!figure.subtitle.empty()) {
         pen.font(12.0);
-        pen.write(figure.subtitle, margin, top + subtitleHeight / 2.0, {0.0, 0.5});
+        pen.write(pen.fitted(figure.subtitle, width), margin, top + subtitleHeight / 2.0, {0.0, 0.5});
     }
 }
 
@@ -58,6 +60,8 @@ void paintFigure(const Figure& figure, const Surface& surface, double scale) {
     pen.colour(Palette::paper);
     cairo_paint(context.get());
     paintHead(pen, figure);
+    if (figure.drawing)
+        figure.drawing(pen, {0.0, headHeight(figure), figure.chartWidth, figure.chartHeight});
     for (std::size_t index = 0; index < figure.charts.size(); ++index) {
         const auto column = static_cast<double>(index % figure.columns);
         const std::size_t wholeRows = index / figure.columns;

@@ -3,6 +3,7 @@
 #include "tools/plot/Chart.hpp"
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,8 @@ struct Figure {
     /// Small letters below the title: what the picture was made from.
     std::string subtitle;
     std::vector<Chart> charts;
+    /// Draws what is no chart. Takes the place of the charts, with the size of one; must not throw.
+    std::function<void(const Pen&, const Rectangle& area)> drawing;
     /// Charts in a row.
     std::size_t columns = 1;
     double chartWidth = 860.0;

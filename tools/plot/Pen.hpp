@@ -5,6 +5,7 @@
 #include <cairo.h>
 
 #include <string>
+#include <string_view>
 
 namespace audlmd::plot {
 
@@ -32,8 +33,9 @@ class Pen {
 public:
     explicit Pen(cairo_t* context) : context_(context) {}
 
-    void colour(const Colour& colour) const {
-        cairo_set_source_rgb(context_, colour.red, colour.green, colour.blue);
+    /// Use an opacity below 1 where areas must show what lies under them.
+    void colour(const Colour& colour, double opacity = 1.0) const {
+        cairo_set_source_rgba(context_, colour.red, colour.green, colour.blue, opacity);
     }
     void font(double size, bool bold = false) const {
         cairo_select_font_face(context_, "sans-serif", CAIRO_FONT_SLANT_NORMAL,
@@ -41,19 +43,14 @@ public:
         cairo_set_font_size(context_, size);
     }
     /// In the font that is set.
-    double widthOf(const std::string& text) const {
-        cairo_text_extents_t extents;
-        cairo_text_extents(context_, text.c_str(), &extents);
-        return extents.x_advance;
-    }
-    /// The vertical alignment uses the height of capitals, so that texts on one line share a baseline.
-    void write(const std::string& text, double x, double y, Alignment alignment) const {
-        cairo_text_extents_t capitals;
-        cairo_text_extents(context_, "H", &capitals);
-        cairo_move_to(context_, x - alignment.horizontal * widthOf(text),
-                      y + (1.0 - alignment.vertical) * capitals.height);
-        cairo_show_text(context_, text.c_str());
-    }
+    double widthOf(const std::string& text) const;
+    /// The text where it is no wider than `width`. Otherwise as many of its first characters as fit, with an
+    /// ellipsis; nothing where not even one character fits. For any bytes, and in little time for absurdly
+    /// long texts.
+    std::string fitted(std::string_view text, double width) const;
+    /// The vertical alignment uses the height of capitals, so that texts on one line share a baseline. Bytes
+    /// that are no UTF-8 become replacement characters.
+    void write(const std::string& text, double x, double y, Alignment alignment) const;
     /// Writes from below to above, centred on the point.
     void writeUpwards(const std::string& text, double x, double y) const {
         cairo_save(context_);
@@ -76,6 +73,8 @@ public:
         cairo_rectangle(context_, area.left, area.top, area.width, area.height);
         cairo_fill(context_);
     }
+    /// Slanted lines over an area, `spacing` apart from left to right.
+    void hatch(const Rectangle& area, double spacing, double width) const;
     void outline(const Rectangle& area, double width) const {
         cairo_rectangle(context_, area.left, area.top, area.width, area.height);
         stroke(width, false);

@@ -26,6 +26,11 @@ TEST(Axis, PutsRoundTicksInsideItsRange) {
                            {{"", 0.0, 120.0, Scale::time}, 4, "0 50 100"},
                            {{"", 0.0, 150.0, Scale::time}, 5, "0:00 0:30 1:00 1:30 2:00 2:30"},
                            {{"", 0.0, 20000.0, Scale::time}, 4, "0:00 120:00 240:00"},
+                           {{"", 0.0, 2.2, Scale::clock}, 4, "0:00 0:01 0:02"},
+                           {{"", 59.4, 60.6, Scale::clock}, 3, "0:59.5 1:00.0 1:00.5"},
+                           {{"", 0.0, 10800.0, Scale::clock}, 4, "0:00 1:00:00 2:00:00 3:00:00"},
+                           {{"", 3500.0, 36900.0, Scale::clock}, 2, "5:00:00 10:00:00"},
+                           {{"", 3480.0, 3720.0, Scale::clock}, 4, "58:00 59:00 1:00:00 1:01:00 1:02:00"},
                            {{"", 20.0, 2000.0, Scale::logarithmic}, 1, "20 50 100 200 500 1k 2k"}}) {
         std::string found;
         for (const plot::Tick& tick : axis.ticks(count))
@@ -33,6 +38,7 @@ TEST(Axis, PutsRoundTicksInsideItsRange) {
                 found += (found.empty() ? "" : " ") + tick.label;
         EXPECT_EQ(found, labels);
     }
+    EXPECT_EQ(plot::clockText(3599.9996, 0.001), "1:00:00.000");
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include "tools/audlmd/mix/MixJob.hpp"
 #include "tools/audlmd/mix/MixOptions.hpp"
 #include "tools/audlmd/mix/MixReportText.hpp"
+#include "tools/audlmd/mix/TimelineFigure.hpp"
 #include "tools/audlmd/options/Parsers.hpp"
 #include "tools/timeline/TimelineFiles.hpp"
 
@@ -76,8 +77,12 @@ public:
         checkMedia();
         if (options_.list)
             list();
+        MixReport mixed;
         if (target_)
-            mix();
+            mixed = mix();
+        if (!options_.picture.empty())
+            draw(mixed);
+        requireSound(mixed);
     }
 
 private:
@@ -141,7 +146,7 @@ private:
         std::fputs(shown.c_str(), report());
     }
 
-    void mix() {
+    MixReport mix() {
         // Without the signals, a closed pipe and a file that grows too large are errors of writing.
         std::signal(SIGPIPE, SIG_IGN);
         std::signal(SIGXFSZ, SIG_IGN);
@@ -155,7 +160,9 @@ private:
                 MixerOptions{.threads = options_.threads, .block = options_.block});
         }
         const double seconds = writeOutput(*mixer);
-        tell(mixer->report(), {.span = span_, .seconds = seconds});
+        const MixReport mixed = mixer->report();
+        tell(mixed, {.span = span_, .seconds = seconds});
+        return mixed;
     }
 
     /// Returns how long that took, in seconds.
@@ -189,8 +196,23 @@ private:
         if (!options_.report.empty())
             writeFile(options_.report, reportJson(told, timeline_, run));
         std::fputs(reportText(told, timeline_, run).c_str(), report());
+    }
+
+    void draw(const MixReport& mixed) {
+        const PictureKind kind = pictureKindOf(options_.picture);
+        Progress bar(timeline_.length, timeline_.sampleRate);
+        const plot::Figure figure =
+            drawTimeline(timeline_, mixed, [this](const std::string& medium) { return media_.open(medium); },
+                         [&](double share) {
+                             bar.update(static_cast<std::int64_t>(share * static_cast<double>(timeline_.length)));
+                         });
+        writeFile(options_.picture, plot::drawFigure(figure, kind));
+    }
+
+    /// The mix is written by then. Who runs it must still learn that something is missing in it.
+    void requireSound(const MixReport& mixed) const {
         const auto failed = std::ranges::count_if(
-            told.strips, [](const StripReport& strip) { return !strip.failure.empty(); });
+            mixed.strips, [](const StripReport& strip) { return !strip.failure.empty(); });
         if (failed != 0)
             throw CommandError(std::to_string(failed) + (failed == 1 ? " clip is" : " clips are") +
                                " silent, see above; '" + target_->path.string() + "' is written");

@@ -1,0 +1,60 @@
+#include "tools/audlmd/mix/TimelineFigure.hpp"
+
+#include "tools/audlmd/mix/StripPeaks.hpp"
+#include "tools/audlmd/mix/TimelinePainter.hpp"
+
+#include <memory>
+#include <string>
+
+namespace audlmd::command {
+
+using namespace plot;
+
+namespace {
+
+/// Of a PNG.
+constexpr double finePixels = 2.0;
+/// Larger pictures of more lanes would take more than 130 MB of memory.
+constexpr std::size_t mostLanesInFinePixels = 150;
+
+std::string counted(std::size_t count, const char* thing) {
+    return std::to_string(count) + " " + thing + (count == 1 ? "" : "s");
+}
+
+std::string clockOf(std::int64_t samples, int sampleRate) {
+    return clockText(static_cast<double>(samples) / sampleRate, 0.001);
+}
+
+std::string subtitleOf(const Timeline& timeline) {
+    std::size_t strips = 0;
+    for (const TimelineTrack& track : timeline.tracks)
+        strips += track.strips.size();
+    std::string text = counted(strips, "strip") + " on " + counted(timeline.tracks.size(), "track") + ", " +
+                       clockOf(timeline.length, timeline.sampleRate) + " at " +
+                       std::to_string(timeline.sampleRate) + " Hz, " + counted(timeline.channels, "channel");
+    if (timeline.timeReference > 0)
+        text += "; time 0 is " + clockOf(timeline.timeReference, timeline.sampleRate) +
+                " on the timeline's clock";
+    return text;
+}
+
+} // namespace
+
+Figure drawTimeline(const Timeline& timeline, const MixReport& report, const OpenMedia& openMedia,
+                    const std::function<void(double share)>& progress) {
+    const auto sketch = std::make_shared<TimelineSketch>(
+        sketchTimeline(timeline, report, static_cast<std::size_t>(finePixels * lanesWidth)));
+    readPeaks(*sketch, openMedia, progress);
+    Figure figure;
+    figure.title = timeline.name.empty() ? "Timeline" : timeline.name;
+    figure.subtitle = subtitleOf(timeline);
+    figure.chartWidth = pictureWidth;
+    figure.chartHeight = TimelineLayout(*sketch, 0.0).height();
+    figure.pixelsPerPoint = sketch->tracks.size() <= mostLanesInFinePixels ? finePixels : 1.0;
+    figure.drawing = [sketch](const Pen& pen, const Rectangle& area) {
+        paintTimeline(pen, *sketch, TimelineLayout(*sketch, area.top));
+    };
+    return figure;
+}
+
+} // namespace audlmd::command

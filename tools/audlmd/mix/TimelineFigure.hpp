@@ -1,0 +1,24 @@
+#pragma once
+
+#include "standalone/mix/Media.hpp"
+#include "standalone/mix/MixReport.hpp"
+#include "standalone/mix/Timeline.hpp"
+#include "tools/plot/Figure.hpp"
+
+#include <functional>
+
+namespace audlmd::command {
+
+/// The picture of a mixed timeline: a lane for each track, each strip with its waveform as it is played, its
+/// fades and levels; what went wrong is red. Time 0 is the first output sample.
+///
+/// Reads the material that sounds once, in blocks, with one medium open at a time. A medium that does not
+/// open is drawn as missing. `progress` is told the share that is done, from 0 to 1; its exceptions end the
+/// work and are passed on.
+///
+/// A picture has lanes for 700 tracks, and says how many more there are. Up to 150 tracks a point is two
+/// pixels, beyond that one.
+plot::Figure drawTimeline(const Timeline& timeline, const MixReport& report, const OpenMedia& openMedia,
+                          const std::function<void(double share)>& progress);
+
+} // namespace audlmd::command
