@@ -27,6 +27,9 @@ inline constexpr Colour orange = fromHex(0xE69F00);
 inline constexpr Colour skyBlue = fromHex(0x56B4E9);
 inline constexpr Colour black = fromHex(0x000000);
 
+/// For what went wrong. Darker than every other colour but black, so that it also stands out in grey.
+inline constexpr Colour alarm = fromHex(0xC00000);
+
 /// For lines of equal rank, in this order.
 inline constexpr std::array<Colour, 6> lines{blue, vermillion, green, purple, orange, skyBlue};
 

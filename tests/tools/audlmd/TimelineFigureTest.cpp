@@ -1,9 +1,9 @@
 // The picture of a timeline: by what the sketch holds, by where boxes lie, and by pixels.
 
-#include "tools/audlmd/mix/TimelineFigure.hpp"
+#include "tools/audlmd/mix/picture/TimelineFigure.hpp"
 
-#include "tools/audlmd/mix/StripPeaks.hpp"
-#include "tools/audlmd/mix/TimelineLayout.hpp"
+#include "tools/audlmd/mix/picture/StripPeaks.hpp"
+#include "tools/audlmd/mix/picture/TimelineLayout.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,11 +1,12 @@
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Progress.hpp"
 #include "tools/audlmd/Subcommands.hpp"
+#include "tools/audlmd/files/PictureFile.hpp"
 #include "tools/audlmd/mix/MediaFinder.hpp"
 #include "tools/audlmd/mix/MixJob.hpp"
 #include "tools/audlmd/mix/MixOptions.hpp"
 #include "tools/audlmd/mix/MixReportText.hpp"
-#include "tools/audlmd/mix/TimelineFigure.hpp"
+#include "tools/audlmd/mix/picture/TimelineFigure.hpp"
 #include "tools/audlmd/options/Parsers.hpp"
 #include "tools/timeline/TimelineFiles.hpp"
 
@@ -73,6 +74,8 @@ public:
     void run() {
         if (!options_.output.empty())
             target_.emplace(options_.output);
+        if (!options_.picture.empty())
+            pictureKindOf(options_.picture); // Throws for a name that could not be written.
         readTimeline();
         checkMedia();
         if (options_.list)
@@ -199,14 +202,13 @@ private:
     }
 
     void draw(const MixReport& mixed) {
-        const PictureKind kind = pictureKindOf(options_.picture);
         Progress bar(timeline_.length, timeline_.sampleRate);
-        const plot::Figure figure =
-            drawTimeline(timeline_, mixed, [this](const std::string& medium) { return media_.open(medium); },
-                         [&](double share) {
-                             bar.update(static_cast<std::int64_t>(share * static_cast<double>(timeline_.length)));
-                         });
-        writeFile(options_.picture, plot::drawFigure(figure, kind));
+        const plot::Figure figure = drawTimeline(
+            timeline_, mixed, [this](const std::string& medium) { return media_.open(medium); },
+            [&](double share) {
+                bar.update(static_cast<std::int64_t>(share * static_cast<double>(timeline_.length)));
+            });
+        writePicture(figure, options_.picture);
     }
 
     /// The mix is written by then. Who runs it must still learn that something is missing in it.

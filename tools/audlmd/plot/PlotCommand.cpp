@@ -1,7 +1,7 @@
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Progress.hpp"
 #include "tools/audlmd/Subcommands.hpp"
-#include "tools/audlmd/files/TemporaryFile.hpp"
+#include "tools/audlmd/files/PictureFile.hpp"
 #include "tools/audlmd/options/AutomationFile.hpp"
 #include "tools/audlmd/options/ParsedOption.hpp"
 #include "tools/audlmd/options/Parsers.hpp"
@@ -10,7 +10,6 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <csignal>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -94,34 +93,19 @@ Figure drawAutomation(const PlotOptions& options, const Watcher& watcher) {
     return figure;
 }
 
-/// The kind of picture that the extension names.
-PictureKind pictureKindOf(const std::filesystem::path& path) {
-    if (path.extension() == ".png")
-        return PictureKind::png;
-    if (path.extension() == ".svg")
-        return PictureKind::svg;
-    throw CommandError("'" + path.string() +
-                       "': the extension names the kind of picture to write; use .png or .svg");
-}
-
 /// Makes the figure of one kind of picture.
 using Draw = std::function<Figure(const PlotOptions&, const Watcher&)>;
 
 /// Runs one kind: draws with a progress bar, and puts the picture in place once it is whole.
 void drawToFile(const PlotOptions& options, const Draw& draw) {
-    const PictureKind kind = pictureKindOf(options.output);
+    pictureKindOf(options.output); // Throws for a name that could not be written.
     std::optional<Progress> bar;
     const Figure figure = draw(options, [&](std::int64_t done, std::int64_t all, int sampleRate) {
         if (!bar)
             bar.emplace(all, sampleRate);
         bar->update(done);
     });
-    const std::string content = drawFigure(figure, kind);
-    // Without the signal, a file that grows too large is an error of writing.
-    std::signal(SIGXFSZ, SIG_IGN);
-    TemporaryFile file(options.output);
-    file.write(content);
-    file.commit();
+    writePicture(figure, options.output);
 }
 
 using SharedOptions = std::shared_ptr<PlotOptions>;

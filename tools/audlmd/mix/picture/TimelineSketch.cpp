@@ -1,4 +1,4 @@
-#include "tools/audlmd/mix/TimelineSketch.hpp"
+#include "tools/audlmd/mix/picture/TimelineSketch.hpp"
 
 #include "standalone/signal/GainLaws.hpp"
 #include "standalone/signal/StripPlan.hpp"

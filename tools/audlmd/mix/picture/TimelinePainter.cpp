@@ -1,4 +1,4 @@
-#include "tools/audlmd/mix/TimelinePainter.hpp"
+#include "tools/audlmd/mix/picture/TimelinePainter.hpp"
 
 #include "standalone/signal/GainLaws.hpp"
 #include "tools/plot/Axis.hpp"

@@ -1,7 +1,7 @@
-#include "tools/audlmd/mix/TimelineFigure.hpp"
+#include "tools/audlmd/mix/picture/TimelineFigure.hpp"
 
-#include "tools/audlmd/mix/StripPeaks.hpp"
-#include "tools/audlmd/mix/TimelinePainter.hpp"
+#include "tools/audlmd/mix/picture/StripPeaks.hpp"
+#include "tools/audlmd/mix/picture/TimelinePainter.hpp"
 
 #include <memory>
 #include <string>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "standalone/mix/Media.hpp"
-#include "tools/audlmd/mix/TimelineSketch.hpp"
+#include "tools/audlmd/mix/picture/TimelineSketch.hpp"
 
 #include <functional>
 

@@ -1,4 +1,4 @@
-#include "tools/audlmd/mix/StripPeaks.hpp"
+#include "tools/audlmd/mix/picture/StripPeaks.hpp"
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "tools/audlmd/mix/TimelineLayout.hpp"
+#include "tools/audlmd/mix/picture/TimelineLayout.hpp"
 
 #include <algorithm>
 

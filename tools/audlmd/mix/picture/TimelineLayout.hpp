@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tools/audlmd/mix/TimelineSketch.hpp"
+#include "tools/audlmd/mix/picture/TimelineSketch.hpp"
 #include "tools/plot/Pen.hpp"
 
 #include <cstddef>

@@ -1,5 +1,5 @@
 #include "standalone/signal/GainLaws.hpp"
-#include "tools/audlmd/mix/TimelinePainter.hpp"
+#include "tools/audlmd/mix/picture/TimelinePainter.hpp"
 
 #include <algorithm>
 

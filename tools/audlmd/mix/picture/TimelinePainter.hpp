@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tools/audlmd/mix/TimelineLayout.hpp"
+#include "tools/audlmd/mix/picture/TimelineLayout.hpp"
 #include "tools/plot/Pen.hpp"
 
 namespace audlmd::command {
@@ -11,7 +11,7 @@ inline constexpr plot::Colour wave = plot::Palette::skyBlue;
 inline constexpr plot::Colour fade = plot::Palette::black;
 inline constexpr plot::Colour level = plot::Palette::purple;
 inline constexpr plot::Colour marker = plot::Palette::green;
-inline constexpr plot::Colour trouble = plot::Palette::vermillion;
+inline constexpr plot::Colour trouble = plot::Palette::alarm;
 } // namespace PictureColours
 
 /// Draws a strip into its box: waveform, lines of fade and level, trouble, name and note.
