@@ -12,14 +12,14 @@ namespace {
 using Aud::Render::Summing;
 
 template <class Format>
-void deliverPack(const float* in, Format* out) {
+[[gnu::always_inline]] inline void deliverPack(const float* in, Format* out) {
     PackedEncoding<Format>::store(Packed::load(in), out);
 }
 
 /// Adds in single precision. Where a sample is a NaN, the sum is that NaN and not the one in the buffer: the
 /// render functions do so, and an addition of two NaNs would leave the choice to the compiler.
 template <class Format>
-void addPack(const float* in, Format* out) {
+[[gnu::always_inline]] inline void addPack(const float* in, Format* out) {
     const auto sum = [](__m128 x, __m128 there) {
         return _mm_add_ps(x, _mm_and_ps(there, _mm_cmpord_ps(x, x)));
     };

@@ -18,7 +18,7 @@ bool isSelected(unsigned long code) {
            (envelope == EnvelopeKind::none || envelope == EnvelopeKind::rampHold) &&
            fields.levelStage == LevelStage::dynamic &&
            fields.dynamicLevelDirection == DynamicLevelDirection::reverse &&
-           fields.srcStage != ConversionStage::filtering;
+           fields.srcStage != ConversionStage::linear;
 }
 
 TEST(SomeInlinedModes, AreThoseThatWereSelected) {
@@ -38,8 +38,13 @@ TEST(SomeInlinedModes, RenderWhatIsBuiltInAndRefuseTheRest) {
         return samples;
     };
     EXPECT_THAT(render(settings), testing::ElementsAre(0.25F, -3.0F, 0.5F, 1e30F, 0.0F));
+    settings.fade.fadeInSamples = 2;
+    EXPECT_THAT(render(settings), testing::ElementsAre(0.0F, -1.5F, 0.5F, 1e30F, 0.0F));
+    settings.converter = Converter::filtering;
+    EXPECT_NE(render(settings)[3], 0.0F);
     settings.converter = Converter::linear;
-    EXPECT_THAT(render(settings), testing::ElementsAre(0.25F, -3.0F, 0.5F, 1e30F, 0.0F));
+    EXPECT_THROW(render(settings), NoSuchMode);
+    settings.converter = Converter::none;
     settings.reverse = true;
     EXPECT_THROW(render(settings), NoSuchMode);
 }

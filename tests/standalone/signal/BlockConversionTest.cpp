@@ -38,6 +38,13 @@ P startOf(const Summing<P>& out) {
     return out.position();
 }
 
+/// Not inlined, so that the sample is in a register and the container in memory, as in a render function. Of
+/// two NaNs the sum is then the sample's.
+template <class Out>
+[[gnu::noinline]] void deliverOne(float x, Out& out) {
+    Aud::Render::deliver(x, out);
+}
+
 template <class Out>
 class BlockConversion : public testing::Test {
 protected:
@@ -63,7 +70,14 @@ template <class... Out>
 struct Listed<std::tuple<Out...>> {
     using Types = testing::Types<Out...>;
 };
-TYPED_TEST_SUITE(BlockConversion, Listed<Aud::Render::OutputTypes>::Types);
+struct OutputTypeNames {
+    template <class Out>
+    static std::string GetName(int number) {
+        constexpr const char* names[] = {"F32", "S16", "S24", "S8", "U8", "S24In32", "S32"};
+        return (number < 7 ? "" : "Sum") + std::string(names[number % 7]);
+    }
+};
+TYPED_TEST_SUITE(BlockConversion, Listed<Aud::Render::OutputTypes>::Types, OutputTypeNames);
 
 TYPED_TEST(BlockConversion, DeliversTheBytesOfSingleSamples) {
     const std::vector<float> floats = everyKindOfFloat();
@@ -71,7 +85,7 @@ TYPED_TEST(BlockConversion, DeliversTheBytesOfSingleSamples) {
     auto converted = expected;
     TypeParam oneByOne(expected.data());
     for (const float x : floats)
-        Aud::Render::deliver(x, oneByOne);
+        deliverOne(x, oneByOne);
     TypeParam block(converted.data());
     convertBlock(floats.data(), floats.size(), block);
     for (std::size_t i = 0; i < floats.size(); ++i)
@@ -88,7 +102,7 @@ TYPED_TEST(BlockConversion, TouchesNothingBeyondTheBlock) {
         auto converted = before;
         TypeParam oneByOne(expected.data() + 1);
         for (std::size_t i = 0; i < count; ++i)
-            Aud::Render::deliver(floats[i], oneByOne);
+            deliverOne(floats[i], oneByOne);
         TypeParam block(converted.data() + 1);
         convertBlock(floats.data(), count, block);
         for (std::size_t i = 0; i < before.size(); ++i)
