@@ -9,8 +9,18 @@
 /// in libaudlmd_host.so therefore stays the only one of the program, and no weak symbol can take its place.
 #define AUDLMD_HOST_OPERATION [[gnu::gnu_inline, gnu::always_inline]] inline
 
+// clang++ asks for an `extern`, which the language does not allow on a member function.
+#ifdef __clang__
+#pragma clang diagnostic push
+#pragma clang diagnostic ignored "-Wgnu-inline-cpp-without-extern"
+#endif
+
 #include "standalone/cache/SampleCacheSegment.ipp"
 #include "standalone/signal/Biquad.ipp"
 #include "standalone/signal/DynamicLevel.ipp"
+
+#ifdef __clang__
+#pragma clang diagnostic pop
+#endif
 
 #undef AUDLMD_HOST_OPERATION

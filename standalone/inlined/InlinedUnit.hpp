@@ -6,6 +6,7 @@
 #include "standalone/inlined/ModeSelection.hpp"
 #include "standalone/signal/Unclipped.hpp"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <utility>
@@ -24,20 +25,27 @@ class InlinedUnit {
                !Aud::Render::isTwinOfEvenCode(code);
     }
 
-    template <unsigned long Code>
-    static void emitMode() {
-        if constexpr (isMember(Code))
-            static_cast<void>(&Aud::Render::LoopModesDespatch::TypedFunctor<Unclipped>::Functor<
-                              Loki::Int2Type<static_cast<int>(Code)>>::ProcessSamples);
-    }
+    static constexpr std::size_t size = static_cast<std::size_t>(std::count_if(
+        Aud::Render::registrationOrder.begin(), Aud::Render::registrationOrder.end(), isMember));
 
-    template <std::size_t... Place>
-    static void emitAll(std::index_sequence<Place...>) {
-        (emitMode<Aud::Render::registrationOrder[Place]>(), ...);
+    static constexpr std::array<int, size> codes = [] {
+        std::array<int, size> members{};
+        std::size_t next = 0;
+        for (const unsigned long code : Aud::Render::registrationOrder)
+            if (isMember(code))
+                members[next++] = static_cast<int>(code);
+        return members;
+    }();
+
+    template <std::size_t... Member>
+    static void emitAll(std::index_sequence<Member...>) {
+        (static_cast<void>(&Aud::Render::LoopModesDespatch::TypedFunctor<Unclipped>::Functor<
+                           Loki::Int2Type<codes[Member]>>::ProcessSamples),
+         ...);
     }
 
 public:
-    static void emit() { emitAll(std::make_index_sequence<Aud::Render::validModeCount>()); }
+    static void emit() { emitAll(std::make_index_sequence<size>()); }
 };
 
 } // namespace audlmd
