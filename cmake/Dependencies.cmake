@@ -4,7 +4,8 @@ function(audlmd_find_library target library header)
     find_library(${target}_LIBRARY ${library} REQUIRED)
     find_path(${target}_INCLUDE_DIR ${header} REQUIRED)
     mark_as_advanced(${target}_LIBRARY ${target}_INCLUDE_DIR)
-    add_library(${target}::${target} UNKNOWN IMPORTED)
+    # Global, because audlmd_add_inlined is called in other folders.
+    add_library(${target}::${target} UNKNOWN IMPORTED GLOBAL)
     set_target_properties(${target}::${target} PROPERTIES
         IMPORTED_LOCATION ${${target}_LIBRARY}
         INTERFACE_INCLUDE_DIRECTORIES ${${target}_INCLUDE_DIR})

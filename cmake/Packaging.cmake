@@ -15,8 +15,9 @@ foreach(header
         cache/MaterialCache cache/SampleSource cache/SoundFile
         mix/Media mix/MixReport mix/Mixer mix/RateConvertedSource mix/ScaledSource mix/Timeline
         services/Configuration services/Event services/Identities services/ImageFormats services/RenderFunctions
-        signal/Automation signal/Equaliser signal/Fade signal/GainLaws
-        signal/RecordNumbers signal/Speed signal/StripPlan signal/StripPlayer signal/StripSettings)
+        signal/Automation signal/BlockConversion signal/Equaliser signal/Fade signal/GainLaws
+        signal/RecordNumbers signal/Speed signal/StripPlan signal/StripPlayer signal/StripSettings
+        signal/Unclipped)
     cmake_path(GET header PARENT_PATH folder)
     install(FILES standalone/${header}.hpp DESTINATION ${includeDir}/standalone/${folder})
 endforeach()

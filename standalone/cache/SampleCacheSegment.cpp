@@ -3,6 +3,9 @@
 #include "ole/Orv/Ptr.hpp"
 #include "standalone/cache/CachedSegment.hpp"
 
+#define AUDLMD_HOST_OPERATION
+#include "standalone/cache/SampleCacheSegment.ipp"
+
 #include <utility>
 
 namespace Aud {
@@ -24,31 +27,10 @@ SampleCacheSegment::SampleCacheSegment() : body_(&noSegment) {
     SampleCacheSegmentAccess::hold(body_);
 }
 
-SampleCacheSegment::SampleCacheSegment(const SampleCacheSegment& other) : body_(other.body_) {
-    SampleCacheSegmentAccess::hold(body_);
-}
-
 SampleCacheSegment& SampleCacheSegment::operator=(const SampleCacheSegment& other) {
     SampleCacheSegment copy(other);
     std::swap(body_, copy.body_);
     return *this;
-}
-
-SampleCacheSegment::~SampleCacheSegment() {
-    SampleCacheSegmentAccess::release(body_);
-}
-
-eSegmentStatus SampleCacheSegment::status() const {
-    // Pairs with the cache's release: whoever sees a new status sees the fields written before it.
-    return body_->status.load(std::memory_order_acquire);
-}
-
-const float* SampleCacheSegment::pSamples() const {
-    return body_->samples;
-}
-
-std::int32_t SampleCacheSegment::length() const {
-    return body_->length;
 }
 
 ThreadEventPtr SampleCacheSegment::getRequestCompletedEvent() const {

@@ -12,7 +12,8 @@ std::string whyNoSuchMode(unsigned long code) {
     const std::string mode = "mode code " + std::to_string(code);
     const std::string invalid = mode + " names no mode: ";
     if (isValidModeCode(code))
-        return mode + " is valid, but no library that registers a render function for it is loaded";
+        return mode + " is valid, but no library that registers a render function for it is loaded, and none "
+                      "is built in";
     if (code >= modeCodeLimit)
         return invalid + "the largest is " + std::to_string(largestModeCode);
     // Names the bits too, because users meet mode codes as one number.

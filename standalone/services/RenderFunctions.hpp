@@ -23,12 +23,16 @@ private:
 };
 
 /// Says in one line, for users, why a code has no render function: which of its fields is out of range, or,
-/// for a valid code, that no library has registered it.
+/// for a valid code, that nothing that was loaded or built in renders it.
 std::string whyNoSuchMode(unsigned long code);
 
-/// A function that renders one mode into one output type (one of Aud::Render::OutputTypes).
+/// A function that renders one mode into one output type: one of Aud::Render::OutputTypes, or Unclipped.
 template <class Out>
 using RenderFunction = typename Aud::Render::LoopModesDespatch::Types<Out>::ProcessSamples;
+
+/// Finds the render function for a mode code. Returns null if there is none.
+template <class Out>
+using RenderFunctionLookUp = RenderFunction<Out> (*)(unsigned long code) noexcept;
 
 /// The render function that a library has registered for a mode code. Null if there is none; any number may
 /// be asked for. The trap: no library may be loaded at the same time, because tables have no lock. Use this
@@ -38,11 +42,12 @@ RenderFunction<Out> findRenderFunction(unsigned long code) noexcept {
     return Aud::LoopModesDespatcherInstance<Out>::get().find(code);
 }
 
-/// The same as findRenderFunction, but throws NoSuchMode if there is none. Use this to render: the result is
-/// never null, and may be kept as long as the library is loaded.
+/// The same, but throws NoSuchMode if there is none. Use this to render: the result is never null, and may be
+/// kept as long as the library is loaded.
 template <class Out>
-RenderFunction<Out> renderFunction(unsigned long code) {
-    const RenderFunction<Out> found = findRenderFunction<Out>(code);
+RenderFunction<Out> renderFunction(unsigned long code,
+                                   RenderFunctionLookUp<Out> lookUp = &findRenderFunction<Out>) {
+    const RenderFunction<Out> found = lookUp(code);
     if (found == nullptr)
         throw NoSuchMode(code);
     return found;

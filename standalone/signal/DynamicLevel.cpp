@@ -1,4 +1,5 @@
-#include "host/DynamicLevel.hpp"
+#define AUDLMD_HOST_OPERATION
+#include "standalone/signal/DynamicLevel.ipp"
 
 #include "standalone/signal/Automation.hpp"
 #include "standalone/signal/GainLaws.hpp"
@@ -139,9 +140,6 @@ namespace Aud::DynamicLevelControl {
 
 // The renderer calls the two functions below once per piece. All that is searched or divided happens there,
 // so that a sample costs one addition.
-DynamicLevelApplyingIteratorBase::DynamicLevelApplyingIteratorBase(DynamicLevelApplyingIteratorState& state)
-    : state_(state) {}
-
 void DynamicLevelApplyingIteratorBase::moveToNextNodeForwards() {
     audlmd::loadNextPiece(state_, audlmd::DynamicLevelDirection::forwards);
 }

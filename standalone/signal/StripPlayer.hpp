@@ -57,20 +57,27 @@ public:
     /// Renders the next samples into a buffer, in the format f32, s16 or s32, and returns how many: as many
     /// as the buffer holds, fewer at the end of the strip, 0 after the end.
     ///
-    /// Throws NoSuchMode if no library has registered the mode, UnknownMaterial, and what a wait throws.
-    /// After an exception the player has jumped back, as by seek(), to where the call that failed began.
-    /// Blocks of any size give the same bytes.
+    /// Throws NoSuchMode if there is no render function for the mode, UnknownMaterial, and what a wait
+    /// throws. After an exception the player has jumped back, as by seek(), to where the call that failed
+    /// began. Blocks of any size give the same bytes.
     std::uint64_t render(std::span<float> samples);
     std::uint64_t render(std::span<std::int16_t> samples);
     std::uint64_t render(std::span<std::int32_t> samples);
 
     /// The same for any of Aud::Render::OutputTypes: for other formats, and for adding to what the buffer
     /// holds. Renders up to `count` samples, and moves `out` on by as many.
+    ///
+    /// `lookUp` finds the render function of a mode code. Pass &inlinedRenderFunction, with `out` of type
+    /// Unclipped, to render through functions that are compiled into the program. The trap: a fade needs two
+    /// modes, so ask beforehand whether there are functions for modeCode() and for fullLevelModeCode().
     template <class Out>
-    std::uint64_t render(Out& out, std::uint64_t count) {
-        return renderThrough([&out](unsigned long code, Aud::Render::IteratorCreationParams& params,
-                                    unsigned int n) { renderFunction<Out>(code)(params, out, n); },
-                             count);
+    std::uint64_t render(Out& out, std::uint64_t count,
+                         RenderFunctionLookUp<Out> lookUp = &findRenderFunction<Out>) {
+        return renderThrough(
+            [&out, lookUp](unsigned long code, Aud::Render::IteratorCreationParams& params, unsigned int n) {
+                renderFunction<Out>(code, lookUp)(params, out, n);
+            },
+            count);
     }
 
     /// Jumps to an output sample, up to outputLength(). Throws std::out_of_range.

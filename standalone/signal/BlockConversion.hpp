@@ -1,0 +1,17 @@
+#pragma once
+
+#include <cstddef>
+
+namespace audlmd {
+
+/// Delivers `count` unclipped samples through one of Aud::Render::OutputTypes, many at a time, and moves
+/// `out` on by as many. The bytes are those that Aud::Render::deliver() writes one by one, for every float:
+/// clipped, scaled and truncated, or added to what is there.
+///
+/// Use this once, on what leaves the program: the output of an inlined render function, or a mix. Blocks of
+/// any size give the same bytes. `in` and the buffer behind `out` may be the same for 32-bit floats that are
+/// not summed; no other overlap is allowed.
+template <class Out>
+void convertBlock(const float* in, std::size_t count, Out& out);
+
+} // namespace audlmd
