@@ -223,7 +223,8 @@ std::unique_ptr<OpenStrip> Mixer::Impl::openStrip(std::size_t strip) {
     const OpenStrip::Output output{.channels = timeline.channels,
                                    .sampleRate = timeline.sampleRate,
                                    .block = options_.block,
-                                   .wait = options_.wait};
+                                   .wait = options_.wait,
+                                   .inlined = options_.inlined};
     return std::make_unique<OpenStrip>(opened, mediaFor(opened.media), cache_, output,
                                        position_.load(std::memory_order_relaxed));
 }

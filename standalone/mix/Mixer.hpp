@@ -3,6 +3,8 @@
 #include "standalone/mix/Media.hpp"
 #include "standalone/mix/MixReport.hpp"
 #include "standalone/mix/Timeline.hpp"
+#include "standalone/services/RenderFunctions.hpp"
+#include "standalone/signal/Unclipped.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -12,7 +14,7 @@
 
 namespace audlmd {
 
-/// How a mixer works. None of it changes a sample of what is rendered, except `wait`.
+/// How a mixer works. Nothing here changes a sample, except `wait`.
 struct MixerOptions {
     /// The most threads that render at the same time. 0: as many as there are processors.
     std::size_t threads = 0;
@@ -23,6 +25,9 @@ struct MixerOptions {
     /// Waits for strips and samples that are not there yet. Without waiting they are silent, and counted in
     /// the report. Set this for files; clear this where a late sample is worse than a missing one.
     bool wait = true;
+    /// Finds the render functions that are compiled into the program: &inlinedRenderFunction of
+    /// standalone/inlined/. Null: those of the loaded library are used, which takes more time.
+    RenderFunctionLookUp<Unclipped> inlined = nullptr;
     /// The memory for samples of material, in bytes. Not set: enough for the strips that sound at one time,
     /// at most 256 MiB.
     std::optional<std::size_t> memoryBudget = std::nullopt;
@@ -43,7 +48,8 @@ struct MixerOptions {
 /// Strips that lie outside a stretch cost nothing. Strips are opened and closed by a thread of the mixer.
 /// Memory grows with the number of strips that sound at one time.
 ///
-/// Use a mixer from one thread at a time. A library must have registered its render functions.
+/// Use a mixer from one thread at a time. The render functions must be compiled in, or registered by a loaded
+/// library.
 class Mixer {
 public:
     /// Opens nothing yet. Throws std::invalid_argument, naming track and strip, for a strip that cannot be
@@ -59,8 +65,8 @@ public:
     /// Renders the output from sample `position` on, which may lie anywhere: a buffer for each channel of the
     /// timeline, all of one length. Beyond the strips, and before 0, is silence.
     ///
-    /// To go on where the last stretch ended is cheapest. Throws NoSuchMode if no library has registered a
-    /// mode. What fails in a strip makes that strip silent and is reported.
+    /// To go on where the last stretch ended is cheapest. Throws NoSuchMode if a mode has no render function.
+    /// What fails in a strip makes that strip silent and is reported.
     void render(std::int64_t position, std::span<const std::span<float>> channels);
 
     /// What went wrong so far.

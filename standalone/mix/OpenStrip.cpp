@@ -109,6 +109,7 @@ OpenStrip::OpenStrip(const TimelineStrip& strip, std::shared_ptr<const PreparedM
         channels_.push_back(
             std::make_unique<StripChannel>(cache, settings, (*media_)[channel], std::move(gains),
                                            static_cast<std::uint64_t>(strip.skip), output.block));
+        channels_.back()->useInlined(output.inlined);
         channels_.back()->load(static_cast<std::uint64_t>(strip.skip + left));
     }
 }

@@ -34,6 +34,8 @@ public:
         std::size_t block = 4096;
         /// See StripSettings::wait.
         bool wait = true;
+        /// See MixerOptions::inlined.
+        RenderFunctionLookUp<Unclipped> inlined = nullptr;
     };
 
     /// Has the cache load what is heard from output sample `first` on. Throws std::invalid_argument for a

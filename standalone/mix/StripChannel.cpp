@@ -68,7 +68,7 @@ void StripChannel::render(std::uint64_t position, std::size_t count, std::int64_
     const double before = processorTime();
     moveTo(position);
     const std::span<float> samples = std::span(block_).first(count);
-    player_.render(samples);
+    renderNext(samples);
     rendered_ = count;
     overload_.measure(samples, loudestGain_, at);
 
@@ -91,8 +91,17 @@ void StripChannel::moveTo(std::uint64_t position) {
     if (player_.position() > position)
         player_.seek(start_);
     while (player_.position() != position)
-        player_.render(std::span(block_).first(
+        renderNext(std::span(block_).first(
             std::min(block_.size(), static_cast<std::size_t>(position - player_.position()))));
+}
+
+void StripChannel::renderNext(std::span<float> samples) {
+    if (inlined_ == nullptr) {
+        player_.render(samples);
+        return;
+    }
+    Unclipped out{samples.data()};
+    player_.render(out, samples.size(), inlined_);
 }
 
 void StripChannel::addTo(std::size_t outputChannel, std::span<float> bus) const {

@@ -4,6 +4,7 @@
 #include "standalone/mix/OverloadMeter.hpp"
 #include "standalone/mix/SpanList.hpp"
 #include "standalone/signal/StripPlayer.hpp"
+#include "standalone/signal/Unclipped.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -21,6 +22,9 @@ public:
     /// that are rendered at a time. The cache must outlive this object. Throws what StripPlayer throws.
     StripChannel(MaterialCache& cache, const StripSettings& settings, std::shared_ptr<SampleSource> source,
                  std::vector<float> gains, std::uint64_t start, std::size_t block);
+
+    /// Renders through functions compiled into the program, see MixerOptions::inlined.
+    void useInlined(RenderFunctionLookUp<Unclipped> inlined) { inlined_ = inlined; }
 
     /// Has the cache load what the player reads from one of its samples on.
     void load(std::uint64_t position) const;
@@ -51,6 +55,8 @@ private:
     };
 
     void moveTo(std::uint64_t position);
+    /// Renders the player's next samples.
+    void renderNext(std::span<float> samples);
 
     CachedMaterial material_;
     StripPlayer player_;
@@ -58,6 +64,8 @@ private:
     /// The largest magnitude of the gains.
     float loudestGain_;
     std::uint64_t start_;
+    /// Null: through the despatch tables.
+    RenderFunctionLookUp<Unclipped> inlined_ = nullptr;
     std::vector<float> block_;
     std::size_t rendered_ = 0;
 

@@ -1,3 +1,4 @@
+#include "standalone/inlined/InlinedRenderFunctions.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Progress.hpp"
 #include "tools/audlmd/Subcommands.hpp"
@@ -160,7 +161,9 @@ private:
             const EndingSignalsBlocked blocked;
             mixer.emplace(
                 timeline_, [this](const std::string& medium) { return media_.open(medium); },
-                MixerOptions{.threads = options_.threads, .block = options_.block});
+                MixerOptions{.threads = options_.threads,
+                             .block = options_.block,
+                             .inlined = options_.throughTables ? nullptr : &inlinedRenderFunction});
         }
         const double seconds = writeOutput(*mixer);
         const MixReport mixed = mixer->report();

@@ -1,6 +1,6 @@
 #include "tools/audlmd/mix/MixJob.hpp"
 
-#include "ole/Aud/SampleEncoding.hpp"
+#include "standalone/signal/BlockConversion.hpp"
 #include "tools/audlmd/files/SampleLayouts.hpp"
 
 #include <algorithm>
@@ -13,12 +13,10 @@ namespace {
 /// Frames. Long enough that starting a thread for each chunk does not count.
 constexpr std::size_t chunkFrames = 32768;
 
-/// As the render functions store a sample.
 template <class Format>
 void store(std::span<const float> samples, std::byte* containers) {
     auto* out = reinterpret_cast<Format*>(containers);
-    for (const float sample : samples)
-        Aud::SampleEncoding<Format>::store(sample, *out++);
+    convertBlock(samples.data(), samples.size(), out);
 }
 
 template <class Format>

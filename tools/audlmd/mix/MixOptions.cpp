@@ -64,6 +64,9 @@ void declareOutput(CLI::App& mix, MixOptions& options) {
         ->option_text("N")
         ->check(CLI::Range(1, 1024))
         ->group("Output");
+    mix.add_flag("--through-tables", options.throughTables,
+                 "Render through the loaded library, as a host does; changes no sample")
+        ->group("Output");
 }
 
 void declarePart(CLI::App& mix, MixOptions& options) {

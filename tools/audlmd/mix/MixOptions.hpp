@@ -61,6 +61,8 @@ struct MixOptions {
     /// See MixerOptions.
     std::size_t block = 4096;
     std::size_t threads = 0;
+    /// Whether the functions of the loaded library render, and not those compiled into the command.
+    bool throughTables = false;
 
     /// Declares all options with their help. This object must outlive the app.
     void declare(CLI::App& mix);

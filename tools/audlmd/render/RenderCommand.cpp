@@ -125,7 +125,8 @@ private:
         OutputFile output(*target_, layout_);
         const std::size_t threads =
             options_.threads != 0 ? options_.threads : std::max(1U, std::thread::hardware_concurrency());
-        RenderJob job(players_, layout_, existing_ ? &*existing_ : nullptr, {options_.block, threads});
+        RenderJob job(players_, layout_, existing_ ? &*existing_ : nullptr, {options_.block, threads},
+                      options_.throughTables ? RenderJob::Through::tables : RenderJob::Through::inlined);
         RenderSummary summary{layout_.frames, layout_.channels, layout_.sampleRate, 0.0, 0, 0};
         {
             Progress progress(layout_.frames, layout_.sampleRate);

@@ -1,5 +1,7 @@
 #include "tools/audlmd/render/RenderJob.hpp"
 
+#include "standalone/inlined/InlinedRenderFunctions.hpp"
+#include "standalone/signal/BlockConversion.hpp"
 #include "tools/audlmd/files/SampleLayouts.hpp"
 
 #include <algorithm>
@@ -30,7 +32,20 @@ Format* outputAt(std::byte* at, std::type_identity<Format*>) {
 
 /// Renders the next frames of one channel to `at`, in blocks.
 template <class Out>
-void renderChannel(StripPlayer& player, std::byte* at, std::size_t frames, std::size_t block) {
+void renderInlined(StripPlayer& player, std::byte* at, std::size_t frames, std::size_t block) {
+    Out out = outputAt(at, std::type_identity<Out>());
+    std::vector<float> samples(std::min(frames, block));
+    for (std::size_t count = 0; frames != 0; frames -= count) {
+        count = std::min(frames, block);
+        Unclipped unclipped{samples.data()};
+        player.render(unclipped, count, &inlinedRenderFunction);
+        convertBlock(samples.data(), count, out);
+    }
+}
+
+/// The same, and the library converts each sample.
+template <class Out>
+void renderThroughTables(StripPlayer& player, std::byte* at, std::size_t frames, std::size_t block) {
     Out out = outputAt(at, std::type_identity<Out>());
     for (std::size_t count = 0; frames != 0; frames -= count) {
         count = std::min(frames, block);
@@ -48,7 +63,7 @@ std::size_t chooseChunk(const OutputLayout& layout, std::size_t block) {
 } // namespace
 
 RenderJob::RenderJob(std::vector<std::unique_ptr<StripPlayer>>& players, const OutputLayout& layout,
-                     ExistingMix* existing, Sizes sizes)
+                     ExistingMix* existing, Sizes sizes, Through through)
     : players_(players), layout_(layout), existing_(existing), sizes_(sizes),
       chunkFrames_(chooseChunk(layout, sizes.block)),
       chunks_((static_cast<std::size_t>(layout.frames) + chunkFrames_ - 1) / chunkFrames_),
@@ -56,8 +71,9 @@ RenderJob::RenderJob(std::vector<std::unique_ptr<StripPlayer>>& players, const O
     for (Chunk& chunk : ring_)
         chunk.channels.assign(players.size(),
                               std::vector<std::byte>(chunkFrames_ * outputFormat(layout.format).bytes));
-    withOutputType(layout.format, existing != nullptr,
-                   [this]<class Out>(std::type_identity<Out>) { renderChannel_ = &renderChannel<Out>; });
+    withOutputType(layout.format, existing != nullptr, [&]<class Out>(std::type_identity<Out>) {
+        renderChannel_ = through == Through::inlined ? &renderInlined<Out> : &renderThroughTables<Out>;
+    });
 }
 
 void RenderJob::run(OutputFile& output, const std::function<void(std::int64_t)>& written) {

@@ -26,11 +26,13 @@ public:
         /// The most worker threads. There are never more than channels.
         std::size_t threads;
     };
+    /// Which functions render: those compiled into the command, or those of the loaded library.
+    enum class Through { inlined, tables };
 
     /// `players` has one player for each channel, all of the same length. `existing` is null unless the
     /// render is mixed into a file. All arguments by reference or pointer must outlive the job.
     RenderJob(std::vector<std::unique_ptr<StripPlayer>>& players, const OutputLayout& layout,
-              ExistingMix* existing, Sizes sizes);
+              ExistingMix* existing, Sizes sizes, Through through);
 
     /// Calls `written` after every chunk with the number of frames written so far; an exception from
     /// `written` ends the job. Throws what a player, the existing mix or the output throws, when all threads

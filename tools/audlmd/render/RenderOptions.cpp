@@ -64,6 +64,9 @@ void declareOutput(CLI::App& app, RenderOptions& options) {
         ->option_text("N")
         ->check(CLI::Range(1, 1024))
         ->group("Output");
+    app.add_flag("--through-tables", options.throughTables,
+                 "Render through the loaded library, as a host does; changes no sample")
+        ->group("Output");
     app.add_flag("--explain", options.explain, "Print mode code, fields, chain, output type and record")
         ->group("Output");
 }

@@ -29,6 +29,8 @@ struct RenderOptions {
     /// At most so many channels are rendered side by side. 0: as many as there are processors.
     std::size_t threads = 0;
     bool explain = false;
+    /// Whether the functions of the loaded library render, and not those compiled into the command.
+    bool throughTables = false;
 
     /// Declares all options with their help. This object must outlive the app.
     void declare(CLI::App& render);
