@@ -1,6 +1,7 @@
 #include "model/StripModel.hpp"
 
 #include "standalone/signal/GainLaws.hpp"
+#include "standalone/signal/Speed.hpp"
 
 #include <libresample.h>
 #include <soxr.h>
@@ -8,10 +9,10 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdlib>
 #include <memory>
 #include <numbers>
 #include <stdexcept>
+#include <utility>
 
 namespace audlmd::model {
 namespace {
@@ -21,7 +22,7 @@ using Samples = std::vector<double>;
 /// The limit of the filtering converter where no setting says otherwise, in source samples per output sample.
 constexpr double fastestFiltering = 6.0;
 
-/// The last number of a list of nodes at or before a position decides together with the first one behind.
+/// On the straight line from the last node at or before the position to the first node behind the position.
 double uValueAt(std::span<const LevelNode> nodes, std::int64_t position) {
     const auto next = std::ranges::upper_bound(nodes, position, {}, &LevelNode::position);
     if (next == nodes.begin())
@@ -63,40 +64,41 @@ double levelAt(const StripSettings& settings, std::int64_t sample) {
     return gain;
 }
 
-/// A band as a direct form I in double precision. The section is the analogue prototype of the cookbook (see
-/// audlmd::sectionOf), with s replaced by (1 - 1/z) / (1 + 1/z) over the tangent of half the frequency.
+/// A polynomial in s, or in 1/z: the highest power of s first, the lowest power of 1/z first.
+using Polynomial = std::array<double, 3>;
+
+/// The analogue prototype of a band, after the cookbook that audlmd::sectionOf() names. The frequency is 1.
+std::pair<Polynomial, Polynomial> prototypeOf(const EqualiserBand& band) {
+    const double a = std::pow(10.0, band.gainDb / 40.0);
+    const double width = 1.0 / band.q;
+    const double shelf = std::sqrt(a) * width;
+    switch (band.kind) {
+    case BandKind::lowShelf:
+        return {{a, a * shelf, a * a}, {a, shelf, 1.0}};
+    case BandKind::highShelf:
+        return {{a * a, a * shelf, a}, {1.0, shelf, a}};
+    case BandKind::highPass:
+        return {{1.0, 0.0, 0.0}, {1.0, width, 1.0}};
+    case BandKind::lowPass:
+        return {{0.0, 0.0, 1.0}, {1.0, width, 1.0}};
+    default:
+        return {{1.0, width * a, 1.0}, {1.0, width / a, 1.0}};
+    }
+}
+
+/// A band as a direct form I in double precision.
 class Band {
 public:
+    /// s becomes (1 - 1/z) / (1 + 1/z) over the tangent of half the frequency.
     Band(const EqualiserBand& band, double sampleRate) {
         const double k = 1.0 / std::tan(std::numbers::pi * band.frequency / sampleRate);
-        const auto inZ = [k](double s2, double s1, double s0) {
-            return std::array{s2 * k * k + s1 * k + s0, 2.0 * (s0 - s2 * k * k), s2 * k * k - s1 * k + s0};
+        const auto inZ = [k](const Polynomial& s) {
+            const double square = s[0] * k * k;
+            return Polynomial{square + s[1] * k + s[2], 2.0 * (s[2] - square), square - s[1] * k + s[2]};
         };
-        const double a = std::pow(10.0, band.gainDb / 40.0);
-        const double width = 1.0 / band.q;
-        const double shelf = std::sqrt(a) * width;
-        switch (band.kind) {
-        case BandKind::lowShelf:
-            zeros_ = inZ(a, a * shelf, a * a);
-            poles_ = inZ(a, shelf, 1.0);
-            break;
-        case BandKind::peak:
-            zeros_ = inZ(1.0, width * a, 1.0);
-            poles_ = inZ(1.0, width / a, 1.0);
-            break;
-        case BandKind::highShelf:
-            zeros_ = inZ(a * a, a * shelf, a);
-            poles_ = inZ(1.0, shelf, a);
-            break;
-        case BandKind::highPass:
-            zeros_ = inZ(1.0, 0.0, 0.0);
-            poles_ = inZ(1.0, width, 1.0);
-            break;
-        case BandKind::lowPass:
-            zeros_ = inZ(0.0, 0.0, 1.0);
-            poles_ = inZ(1.0, width, 1.0);
-            break;
-        }
+        const auto [zeros, poles] = prototypeOf(band);
+        zeros_ = inZ(zeros);
+        poles_ = inZ(poles);
     }
 
     double filter(double x) {
@@ -109,8 +111,8 @@ public:
     }
 
 private:
-    std::array<double, 3> zeros_{};
-    std::array<double, 3> poles_{};
+    Polynomial zeros_{};
+    Polynomial poles_{};
     std::array<double, 2> x_{};
     std::array<double, 2> y_{};
 };
@@ -150,18 +152,10 @@ Samples playedByLines(double speed, std::int64_t skip, std::int64_t count, const
     return output;
 }
 
-/// A position in samples, as the converter reads an offset.
-double inSamples(std::int64_t units) {
-    constexpr std::int64_t unitsPerSample = Aud::SubSamplePos::fractionsPerSample;
-    return static_cast<double>(units / unitsPerSample) +
-           static_cast<double>(units % unitsPerSample) / double{unitsPerSample};
-}
-
-/// The resampler starts from silence, at the whole sample that is nearest to the first output. It is asked as
-/// the converter's contract says: for one output at a time, from blocks of 64 samples, and first at the
-/// factor of an offset of one step. libresample takes its filter from a table without interpolation, so that
-/// times which differ in the last bit can differ in the output by 7e-4 of full scale; another way of asking
-/// gives such times.
+/// The resampler starts from silence, at the whole sample that is nearest to the first output. The calls are
+/// those of the converter's contract: one output at a time, from blocks of 64 samples, and the first call at
+/// the factor of an offset of one step. Other calls would round times otherwise; libresample does not
+/// interpolate its table of the filter, so that the last bit of a time can be worth 7e-4 of full scale.
 template <class Deliver>
 Samples playedByFilter(double speed, std::int64_t skip, std::int64_t count, const Deliver& deliver) {
     constexpr int block = 64;
@@ -173,7 +167,7 @@ Samples playedByFilter(double speed, std::int64_t skip, std::int64_t count, cons
     std::vector<float> input(exact.begin(), exact.end());
     const std::unique_ptr<void, void (*)(void*)> resampler(resample_open(0, 1.0 / fastestFiltering, 1024.0),
                                                            resample_close);
-    double factor = 1.0 / inSamples(std::llround(speedInForce * Aud::SubSamplePos::fractionsPerSample));
+    double factor = 1.0 / sourceSamplesOf(subSamplePosOf(speedInForce));
     int taken = 0;
     float sample = 0.0F;
     Samples output;
@@ -208,7 +202,7 @@ Samples atRate(const std::vector<float>& channel, int inRate, int outRate) {
     return output;
 }
 
-/// The outputs from `skip` on, so many.
+/// So many outputs, from number `skip` on.
 Samples played(const StripSettings& settings, const Samples& material, int sampleRate, std::int64_t skip,
                std::int64_t count) {
     const auto deliver = [&](std::int64_t first, std::int64_t most) {
