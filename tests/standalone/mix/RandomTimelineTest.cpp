@@ -54,7 +54,7 @@ struct RandomTimeline {
     void addMedium(const std::string& name, int channels, float peak, int sampleRate) {
         model::Medium& medium = media[name] = {.channels = {}, .sampleRate = sampleRate};
         for (int channel = 0; channel < channels; ++channel) {
-            medium.channels.push_back(soundNumber(static_cast<int>(media.size()) * 4 + channel, 9000));
+            medium.channels.push_back(soundNumber(static_cast<int>(media.size()) * 4 + channel, 20000));
             for (float& sample : medium.channels.back())
                 sample = std::round(sample * 2048.0F) / 2048.0F * peak;
         }
@@ -67,7 +67,7 @@ struct RandomTimeline {
         strip.at = whole(-3000, 10000);
         strip.length = whole(0, 8000);
         strip.skip = oneIn(2) ? whole(0, 3000) : 0;
-        strip.settings.from = whole(-2000, 8000);
+        strip.settings.from = whole(-2000, 19000);
         strip.settings.to = strip.settings.from + whole(1, 7000);
         strip.settings.reverse = oneIn(3);
         if (medium.channels.size() > timeline.channels || oneIn(2)) {
