@@ -80,9 +80,10 @@ public:
     std::uint64_t mostOutputs(std::uint64_t output, std::int64_t end) const override {
         if (state_.opened == 0)
             return 0;
-        // The least number of output samples that a block is good for; one more may fit into some blocks.
+        // The least number of output samples that a block is good for; more may fit into some blocks. The
+        // resampler may end a block up to one source sample early.
         const auto perBlock =
-            static_cast<std::uint64_t>(FilteringSRCState::blockLength / plan_.speedInForce - 1e-6);
+            static_cast<std::uint64_t>((FilteringSRCState::blockLength - 1) / plan_.speedInForce);
         const auto samples = static_cast<std::uint64_t>(end - startOfCall(output).sample);
         return perBlock * std::min(samples / FilteringSRCState::blockLength, longestCall);
     }

@@ -125,6 +125,19 @@ TEST(Mixer, SumsWithoutClippingAndReportsWhatTheOutputWillClip) {
     EXPECT_THAT(report.strips.front().overload.spans, ElementsAre(OutputSpan{.from = 6, .to = 7}));
 }
 
+TEST(Mixer, SumsInTheOrderOfTheTimelineInSinglePrecision) {
+    TestMedia media;
+    media.add("full scale", {{1.0F}});
+    media.add("half a bit", {{0x1p-24F}});
+    Timeline timeline = timelineOf({stripOf("full scale", 0, 1), stripOf("half a bit", 0, 1)});
+    timeline.tracks.push_back({.name = "second", .strips = {stripOf("half a bit", 0, 1)}});
+    Mixer mixer(timeline, media.opener());
+    EXPECT_EQ(mixed(mixer, 0, 1).front().front(), 1.0F);
+    std::swap(timeline.tracks.front().strips.front().media, timeline.tracks.back().strips.front().media);
+    Mixer halvesFirst(timeline, media.opener());
+    EXPECT_EQ(mixed(halvesFirst, 0, 1).front().front(), 1.0F + 0x1p-23F);
+}
+
 TEST(Mixer, ReachesGainsBeyondOneLevelStage) {
     TestMedia media;
     media.add("quiet", {std::vector<float>(10, 0x1p-12F)});

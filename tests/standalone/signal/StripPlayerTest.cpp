@@ -59,6 +59,23 @@ TEST(StripPlayer, RendersTheSameBytesInBlocksOfAnySize) {
     EXPECT_EQ(modes.size(), 576U) << "all chains there are";
 }
 
+TEST(StripPlayer, FollowsAFadeWhereTheResamplerEndsABlockOneSampleEarly) {
+    TestStrip strip(noise(6753));
+    StripSettings settings = strip.settings();
+    settings.converter = Converter::filtering;
+    settings.speed = 0.564503186793885;
+    settings.fade.fadeInSamples = 4072;
+    StripPlayer player(strip.cache(), settings);
+    player.seek(1359);
+    const std::vector<float> whole = TestStrip::render(player);
+    player.seek(1359);
+    std::vector<float> inParts(1927);
+    player.render(inParts);
+    const std::vector<float> rest = TestStrip::render(player, 256);
+    inParts.insert(inParts.end(), rest.begin(), rest.end());
+    EXPECT_EQ(inParts, whole);
+}
+
 /// The gain of all levels at a source sample, from the laws.
 double gainAt(const StripSettings& settings, std::int64_t sample) {
     const std::int64_t length = settings.to - settings.from;
