@@ -60,7 +60,9 @@ public:
     /// blocks.
     ///
     /// Throws std::invalid_argument if the fades overlap or are longer than the range. A fade may begin and
-    /// end between aligned samples; the u-value may then be up to 4e-6 off until the next aligned sample.
+    /// end between aligned samples; the u-value may then be up to 4e-6 off until the next aligned sample. The
+    /// trap: a linear fade-out that ends between them runs on below silence up to there. A converter that
+    /// reads beyond the end of the range hears that in its last few outputs, and louder the shorter the fade.
     FadeEnvelope(const FadePlan& plan, std::uint64_t rangeLength, std::uint32_t alignment = 1,
                  std::int64_t origin = 0);
 

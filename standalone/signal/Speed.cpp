@@ -5,8 +5,10 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numeric>
 #include <sstream>
 #include <stdexcept>
+#include <utility>
 
 // Weak, so that a program that uses only the cache or the curves of this library need not load the renderer.
 // NOLINTNEXTLINE(readability-redundant-declaration)
@@ -23,6 +25,20 @@ constexpr std::int64_t perSample = SubSamplePos::fractionsPerSample;
 /// A position as one whole number. 128 bits hold any position, and any sum that fits into one.
 Fractions fractionsOf(const SubSamplePos& position) {
     return static_cast<Fractions>(position.sample) * perSample + position.fraction;
+}
+
+/// Of a number, modulo a modulus without a common factor (the extended Euclidean algorithm).
+std::int64_t inverse(std::int64_t number, std::int64_t modulus) {
+    std::int64_t remainder = modulus;
+    std::int64_t nextRemainder = number % modulus;
+    std::int64_t factor = 0;
+    std::int64_t nextFactor = 1;
+    while (nextRemainder != 0) {
+        const std::int64_t quotient = remainder / nextRemainder;
+        remainder = std::exchange(nextRemainder, remainder - quotient * nextRemainder);
+        factor = std::exchange(nextFactor, factor - quotient * nextFactor);
+    }
+    return factor < 0 ? factor + modulus : factor;
 }
 
 } // namespace
@@ -60,6 +76,18 @@ std::uint64_t positionsUpTo(const SubSamplePos& last, const SubSamplePos& start,
     const Fractions distance = fractionsOf(last) - fractionsOf(start);
     // One more than the steps that fit, because the start itself is a position.
     return distance < 0 ? 0 : static_cast<std::uint64_t>(std::min(distance / fractionsOf(step) + 1, most));
+}
+
+/// Solves start + n step = 0 modulo the fractions of a sample, for the least n.
+std::uint64_t stepsToWholePosition(const SubSamplePos& start, const SubSamplePos& step) {
+    const std::int64_t common = std::gcd(std::int64_t{step.fraction}, perSample);
+    if (start.fraction % common != 0)
+        return 0;
+    const std::int64_t period = perSample / common;
+    // All three factors are below 2^30.
+    const std::int64_t steps =
+        (period - start.fraction / common) % period * inverse(step.fraction / common, period) % period;
+    return static_cast<std::uint64_t>(steps == 0 ? period : steps);
 }
 
 double filteringSpeedInForce(double speed) {

@@ -33,6 +33,10 @@ Aud::SubSamplePos advanced(const Aud::SubSamplePos& start, const Aud::SubSampleP
 std::uint64_t positionsUpTo(const Aud::SubSamplePos& last, const Aud::SubSamplePos& start,
                             const Aud::SubSamplePos& step);
 
+/// The number of steps from `start` to the next position without a fraction; at least 1, or 0 where there is
+/// no such position. Neither argument may be negative.
+std::uint64_t stepsToWholePosition(const Aud::SubSamplePos& start, const Aud::SubSamplePos& step);
+
 /// The speed at which the filtering converter plays when asked for `speed`: at least 1/1024, at most
 /// cfgAudioPlaybackSpeedLimit. Without the library there is no upper limit. Trap: the caller must tell the
 /// user where the result differs from the speed that was asked for.

@@ -22,26 +22,36 @@ public:
     /// The chain starts on the left neighbour of the position, and the offset leads to the position.
     CallStart startOfCall(std::uint64_t output) const override {
         const SubSamplePos position = readPosition(output);
-        const std::int64_t left = position.fraction > 0 ? position.sample : position.sample - 1;
+        const std::int64_t left = speedIsWhole() ? position.sample - 1 : position.sample;
         return {left, SubSamplePos(position.sample - left, position.fraction)};
     }
 
-    /// A placement with alignment 1 is still valid at `end`, and so is a position there.
+    /// A placement with alignment 1 is still valid at `end`, and so is a position there. With a speed that is
+    /// not whole, a call ends before an output on a whole position.
     std::uint64_t mostOutputs(std::uint64_t output, std::int64_t end) const override {
-        return positionsUpTo(SubSamplePos(end, 0), readPosition(output), plan_.step);
+        const SubSamplePos position = readPosition(output);
+        const std::uint64_t most = positionsUpTo(SubSamplePos(end, 0), position, plan_.step);
+        const std::uint64_t lagsAt = speedIsWhole() ? 0 : stepsToWholePosition(position, plan_.step);
+        return lagsAt == 0 ? most : std::min(most, lagsAt);
     }
 
     bool levelCarriesOn() const override { return false; }
 
-    void afterCall(Aud::Render::PerSourceRecord& record) override { stepBack(record.equaliser); }
+    /// The next call reads the left neighbour again, unless the call starts on the sample that was read last.
+    void afterCall(Aud::Render::PerSourceRecord& record, std::uint64_t next) override {
+        if (speedIsWhole() || readPosition(next).fraction != 0)
+            stepBack(record.equaliser);
+    }
 
 private:
-    /// On a whole position other than the first the converter lags by one sample. Whole speeds therefore
-    /// start at position 1, where the converter yields the first sample, exactly. Other speeds start the
-    /// least fraction beyond 0.
+    bool speedIsWhole() const { return plan_.step.fraction == 0; }
+
+    /// On a whole position other than a call's first the converter lags by one sample. Whole speeds, which
+    /// meet no other positions, therefore start at position 1, where the converter yields the first sample,
+    /// exactly. Other speeds start the least fraction beyond 0. Because steps are rounded to fractions, they
+    /// may still meet a whole position: at speed 0.75 with the fifth output.
     SubSamplePos readPosition(std::uint64_t output) const {
-        const SubSamplePos start = plan_.step.fraction == 0 ? SubSamplePos(1, 0) : SubSamplePos(0, 1);
-        return advanced(start, plan_.step, output);
+        return advanced(speedIsWhole() ? SubSamplePos(1, 0) : SubSamplePos(0, 1), plan_.step, output);
     }
 };
 

@@ -50,8 +50,8 @@ public:
     /// placed for every call.
     virtual bool levelCarriesOn() const { return true; }
 
-    /// Takes from the record what the next call must not find there.
-    virtual void afterCall(Aud::Render::PerSourceRecord&) {}
+    /// Takes from the record what the next call, which starts with output sample `next`, must not find there.
+    virtual void afterCall(Aud::Render::PerSourceRecord&, std::uint64_t /*next*/) {}
 
 protected:
     const StripPlan& plan_;

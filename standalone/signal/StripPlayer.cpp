@@ -63,8 +63,8 @@ void StripPlayer::renderOnce(const RenderFunctionCall& render, std::uint64_t cou
     if (!carriesOn_ && !plan_.settings.equaliser.empty())
         primeEqualiser(call);
     render(call.modeCode, params, call.count);
-    converter_->afterCall(record_);
     position_ += call.count;
+    converter_->afterCall(record_, position_);
     carriesOn_ = true;
 }
 

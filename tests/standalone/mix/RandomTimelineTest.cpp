@@ -1,4 +1,5 @@
 #include "model/StripModel.hpp"
+#include "standalone/inlined/InlinedRenderFunctions.hpp"
 #include "standalone/signal/GainLaws.hpp"
 #include "tests/standalone/mix/TestTimeline.hpp"
 
@@ -90,9 +91,8 @@ struct RandomTimeline {
             strip.gainDb = oneIn(8) ? -std::numeric_limits<double>::infinity() : real(-40.0, 60.0);
         settings.converter =
             pick({Converter::none, Converter::none, Converter::linear, Converter::filtering});
-        // Not 0.75 or 0.7: one position of the linear converter falls on a whole sample there, and lags.
         if (settings.converter != Converter::none)
-            settings.speed = oneIn(3) ? pick({0.5, 1.0, 1.5, 2.0, 4.0}) : std::exp(real(-1.5, 1.7));
+            settings.speed = oneIn(3) ? pick({0.5, 0.7, 0.75, 1.0, 1.4, 2.0, 2.75, 4.0}) : std::exp(real(-1.5, 1.7));
         for (std::int64_t bands = oneIn(3) ? whole(1, 5) : 0; bands > 0; --bands)
             settings.equaliser.push_back({static_cast<BandKind>(whole(0, 4)), std::exp(real(4.0, 9.8)),
                                           real(-12.0, 12.0), real(0.4, 3.0)});
@@ -190,7 +190,8 @@ Expected expectedOf(const RandomTimeline& random) {
 void expectSameBitsInStretches(RandomTimeline& random, const Channels& whole) {
     const MixerOptions options{.threads = static_cast<std::size_t>(random.whole(1, 4)),
                                .block = random.pick<std::size_t>({13, 256, 1000, 4096, 65536}),
-                               .openAhead = 0.01};
+                               .openAhead = 0.01,
+                               .inlined = random.oneIn(2) ? &inlinedRenderFunction : nullptr};
     Mixer mixer(random.timeline, random.opened.opener(), options);
     std::size_t from = 0;
     for (int stretch = 0; stretch < 8; ++stretch) {

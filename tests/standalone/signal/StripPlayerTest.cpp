@@ -59,6 +59,22 @@ TEST(StripPlayer, RendersTheSameBytesInBlocksOfAnySize) {
     EXPECT_EQ(modes.size(), 576U) << "all chains there are";
 }
 
+TEST(StripPlayer, IsNeverASampleLateWithTheLinearConverter) {
+    std::vector<float> line(5000);
+    for (std::size_t i = 0; i < line.size(); ++i)
+        line[i] = static_cast<float>(i) / 8192.0F;
+    TestStrip strip(line);
+    StripSettings settings = strip.settings();
+    settings.converter = Converter::linear;
+    for (const double speed : {0.4, 0.5, 0.7, 0.75, 1.0, 1.1, 1.4, 1.7, 1.75, 2.0, 2.75, 3.75, 5.75}) {
+        settings.speed = speed;
+        const std::vector<float> played = strip.render(settings);
+        for (std::size_t i = 0; static_cast<double>(i) * speed < 4990.0; ++i)
+            ASSERT_NEAR(static_cast<double>(played[i]) * 8192.0, static_cast<double>(i) * speed, 1e-3)
+                << "output " << i << " at speed " << speed;
+    }
+}
+
 TEST(StripPlayer, FollowsAFadeWhereTheResamplerEndsABlockOneSampleEarly) {
     TestStrip strip(noise(6753));
     StripSettings settings = strip.settings();
