@@ -22,7 +22,8 @@ hum = [{"name": f"hum {at} s", "media": f"{samples}/ambi_haunted_hum.flac", "at"
         "equaliser": ["lowshelf:200:+3", "highshelf:6k:-4"],
         "automation": {"points": [[0, -12], ["4s", 0], ["5s", -9], ["9s", -3]]}} for at in range(10, 550, 45)]
 # A cymbal that only the third of four slices plays.
-cymbal = [{"name": "swell", "media": "late.flac", "at": "375s", "to": "1.8s", "gain": -9, "speed": 0.4, "reverse": True}]
+cymbal = [{"name": "swell", "media": "late.flac", "at": "375s", "to": "1.8s", "gain": -9, "speed": 0.4,
+           "reverse": True}]
 
 tracks = {"guitar": guitar, "tabla": tabla, "hum": hum, "cymbal": cymbal}
 json.dump({"audlmd": 1, "name": "film", "sampleRate": 44100, "channels": 2, "length": "600s",

@@ -83,8 +83,9 @@ pidsOfSlurm() { grep -lsxzF "SLURM_CONF=$work/slurm.conf" /proc/[0-9]*/environ |
 watchJobs() {
     local now shown='' since=$SECONDS
     while :; do
+        now=$(squeue --array --noheader --states=all --jobs="$jobs" --format='%j %K %T' | sort -k 2) ||
+            fail "slurmctld does not answer"
         requireDaemons
-        now=$(squeue --array --noheader --states=all --jobs="$jobs" --format='%j %K %T' | sort -k 2)
         if [ "$now" != "$shown" ]; then
             printf '%4d s  ' $((SECONDS - since))
             sed 's/ N\/A//' <<<"$now" | tr '[:upper:]' '[:lower:]' | paste -sd, | sed 's/,/, /g'
