@@ -107,6 +107,14 @@ std::string clock(std::int64_t samples, int sampleRate) {
     return text.data();
 }
 
+Where whereIs(const Timeline& timeline, std::size_t track, std::size_t strip) {
+    const auto named = [](const std::string& name, std::size_t number) {
+        return name.empty() ? "#" + std::to_string(number + 1) : name;
+    };
+    return {.track = named(timeline.tracks[track].name, track),
+            .clip = named(timeline.tracks[track].strips[strip].name, strip)};
+}
+
 std::string list(const Timeline& timeline) {
     std::vector<Row> rows(1);
     std::copy(headings.begin(), headings.end(), rows[0].begin());

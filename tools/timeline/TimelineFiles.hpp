@@ -3,7 +3,9 @@
 #include "standalone/mix/Timeline.hpp"
 #include "tools/timeline/Json.hpp"
 #include "tools/timeline/ReadOptions.hpp"
+#include "tools/timeline/TimelineError.hpp"
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -29,6 +31,10 @@ Json writeJson(const Timeline& timeline);
 /// What sounds when, as text for a terminal: a table of strips, then markers, then notes. Names are shortened
 /// as by printable(). Trap: made for people, the columns may change.
 std::string list(const Timeline& timeline);
+
+/// The place of a strip, for messages. Tracks and strips are counted from 0; those without a name are shown
+/// as #1, #2 and so on.
+Where whereIs(const Timeline& timeline, std::size_t track, std::size_t strip);
 
 /// A time for people: h:mm:ss.mmm.
 std::string clock(std::int64_t samples, int sampleRate);

@@ -96,6 +96,16 @@ TEST_F(MixCommand, SaysWhichMediaAreMissingAndFindsThemAgain) {
     EXPECT_EQ(readSound(in("mix.wav"))[0][48'000], noise(1, 1, 5)[0][0]);
 }
 
+TEST_F(MixCommand, StaysStrictWhileThousandsOfClipsComeAndGo) {
+    writeSound(in("a.wav"), noise(1, 200));
+    std::string strips;
+    for (int strip = 0; strip < 20'000; ++strip)
+        strips += (strip == 0 ? "" : ",") +
+                  (R"({"media": "a.wav", "from": 0, "to": 200, "at": )" + std::to_string(strip * 400) + "}");
+    writeTimeline(strips);
+    EXPECT_THAT(output("mix film.json -o mix.wav --strict"), HasSubstr("mixed 7999800 samples"));
+}
+
 TEST_F(MixCommand, RefusesVideoAndFindsItsExtractedSound) {
     writeBytes(in("it's.mov"), std::string("\0\0\0\x14"
                                            "ftypqt  ",

@@ -120,10 +120,11 @@ private:
     /// Looks at every medium once, before anything is written.
     void checkMedia() {
         std::set<std::string> seen;
-        for (const TimelineTrack& track : timeline_.tracks)
-            for (const TimelineStrip& strip : track.strips)
-                if (isWanted(strip) && seen.insert(strip.media).second)
-                    checkMedium(strip.media, timeline::Where{track.name, strip.name}.text());
+        for (std::size_t track = 0; track < timeline_.tracks.size(); ++track)
+            for (std::size_t i = 0; i < timeline_.tracks[track].strips.size(); ++i)
+                if (const TimelineStrip& strip = timeline_.tracks[track].strips[i];
+                    isWanted(strip) && seen.insert(strip.media).second)
+                    checkMedium(strip.media, timeline::whereIs(timeline_, track, i).text());
     }
 
     bool isWanted(const TimelineStrip& strip) const {
@@ -192,10 +193,8 @@ private:
     void requireNoFailure(const MixReport& report) const {
         for (const StripReport& strip : report.strips)
             if (!strip.failure.empty())
-                throw CommandError(timeline::Where{timeline_.tracks[strip.track].name,
-                                                   timeline_.tracks[strip.track].strips[strip.strip].name}
-                                       .text() +
-                                   ": " + strip.failure);
+                throw CommandError(timeline::whereIs(timeline_, strip.track, strip.strip).text() + ": " +
+                                   strip.failure);
     }
 
     void tell(const MixReport& told, const MixRun& run) const {

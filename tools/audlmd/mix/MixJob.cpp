@@ -49,9 +49,10 @@ void MixJob::run(OutputFile& output, const std::function<void(std::int64_t)>& wr
             next = std::async(std::launch::async, [this, chunk] { mix(chunk + 1); });
         }
         write(chunk, output);
-        written(static_cast<std::int64_t>(chunk * chunkFrames + framesIn(chunk)));
         if (next.valid())
             next.get();
+        // Here no thread uses the mixer, so that `written` may ask for a report.
+        written(static_cast<std::int64_t>(chunk * chunkFrames + framesIn(chunk)));
     }
 }
 

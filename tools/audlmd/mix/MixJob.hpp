@@ -18,8 +18,8 @@ public:
     /// The layout has the timeline's channels and the part's frames. The mixer must outlive the job.
     MixJob(Mixer& mixer, OutputSpan span, const OutputLayout& layout);
 
-    /// Calls `written` after every chunk with the number of frames written so far; an exception from
-    /// `written` ends the job. Throws what the mixer or the output throws.
+    /// Calls `written` after every chunk with the number of frames written so far; `written` may use the
+    /// mixer, and an exception from it ends the job. Throws what the mixer or the output throws.
     void run(OutputFile& output, const std::function<void(std::int64_t)>& written);
 
 private:

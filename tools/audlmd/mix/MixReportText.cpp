@@ -13,7 +13,6 @@ namespace audlmd::command {
 namespace {
 
 using timeline::Json;
-using timeline::printable;
 
 constexpr std::size_t mostLines = 12;
 
@@ -22,8 +21,7 @@ const TimelineStrip& stripOf(const Timeline& timeline, std::size_t track, std::s
 }
 
 std::string nameOf(const Timeline& timeline, std::size_t track, std::size_t strip) {
-    return "track '" + printable(timeline.tracks[track].name) + "', clip '" +
-           printable(stripOf(timeline, track, strip).name) + "'";
+    return timeline::whereIs(timeline, track, strip).text();
 }
 
 std::string clockAt(const Timeline& timeline, std::int64_t sample) {
