@@ -1,7 +1,7 @@
 // Render functions compiled into the program beside those of the tables, and conversions by the block beside
 // conversions by the sample. The two of a pair are measured in turns; the least time of each counts.
 
-#include "loop_modes/RegistrationOrder.hpp"
+#include "model/OutputTypes.hpp"
 #include "standalone/cache/MaterialCache.hpp"
 #include "standalone/inlined/InlinedRenderFunctions.hpp"
 #include "standalone/signal/BlockConversion.hpp"
@@ -40,10 +40,6 @@ MaterialCache& cache() {
         (cache.add(Cookie{}, std::make_shared<MemorySource>(material())), true);
     return cache;
 }
-
-constexpr const char* outputTypeNames[] = {"F32",     "S16",   "S24",        "S8",     "U8",
-                                           "S24In32", "S32",   "SumF32",     "SumS16", "SumS24",
-                                           "SumS8",   "SumU8", "SumS24In32", "SumS32"};
 
 struct Job {
     const char* name;
@@ -115,7 +111,7 @@ void playInlined(benchmark::State& state, const StripSettings& settings) {
     });
 }
 
-/// Of Aud::Render::OutputTypes.
+/// Of model::OutputTypes.
 template <class Out>
 Out startOf(std::vector<unsigned char>& bytes) {
     if constexpr (std::is_pointer_v<Out>)
@@ -150,7 +146,7 @@ void registerConversion(const std::string& name) {
 
 template <class... Out>
 void registerConversions(std::tuple<Out...>*) {
-    const char* const* name = outputTypeNames;
+    const char* const* name = model::outputTypeNames;
     (registerConversion<Out>(*name++), ...);
 }
 
@@ -195,7 +191,7 @@ int main(int argc, char** argv) {
                                      job.settings);
         benchmark::RegisterBenchmark((std::string(job.name) + "/inlined").c_str(), playInlined, job.settings);
     }
-    registerConversions(static_cast<Aud::Render::OutputTypes*>(nullptr));
+    registerConversions(static_cast<audlmd::model::OutputTypes*>(nullptr));
     std::string interleaved = "--benchmark_enable_random_interleaving=true";
     std::string repetitions = "--benchmark_repetitions=9";
     std::string shortRuns = "--benchmark_min_time=0.03";
