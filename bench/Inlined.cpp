@@ -8,12 +8,14 @@
 #include "standalone/signal/StripPlayer.hpp"
 
 #include <algorithm>
+#include <array>
 #include <benchmark/benchmark.h>
 #include <cstdio>
 #include <map>
 #include <memory>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace audlmd::bench {
@@ -46,7 +48,7 @@ struct Job {
     StripSettings settings;
 };
 
-std::vector<Job> jobs() {
+std::vector<Job> allJobs() {
     StripSettings plain;
     plain.to = materialLength;
     std::vector<Job> all;
@@ -80,6 +82,11 @@ std::vector<Job> jobs() {
     });
     add("filtering", [&](StripSettings& s) { convert(s, Converter::filtering); });
     return all;
+}
+
+const std::vector<Job>& jobs() {
+    static const std::vector<Job> jobs = allJobs();
+    return jobs;
 }
 
 /// Renders block after block, from the start again where a block would not fit.
@@ -121,7 +128,7 @@ Out startOf(std::vector<unsigned char>& bytes) {
 }
 
 template <class Out, class Convert>
-void convertEach(benchmark::State& state, Convert convert) {
+void convertBlocks(benchmark::State& state, Convert convert) {
     std::vector<unsigned char> bytes(4 * block, 0x31);
     for ([[maybe_unused]] auto turn : state) {
         Out out = startOf<Out>(bytes);
@@ -132,25 +139,38 @@ void convertEach(benchmark::State& state, Convert convert) {
 }
 
 template <class Out>
-void registerConversion(const std::string& name) {
-    benchmark::RegisterBenchmark((name + "/single").c_str(), [](benchmark::State& state) {
-        convertEach<Out>(state, [](Out& out) {
-            for (std::size_t i = 0; i < block; ++i)
-                Aud::Render::deliver(material()[i], out);
-        });
-    });
-    benchmark::RegisterBenchmark((name + "/block").c_str(), [](benchmark::State& state) {
-        convertEach<Out>(state, [](Out& out) { convertBlock(material().data(), block, out); });
+void convertBySample(benchmark::State& state) {
+    convertBlocks<Out>(state, [](Out& out) {
+        for (std::size_t i = 0; i < block; ++i)
+            Aud::Render::deliver(material()[i], out);
     });
 }
 
+template <class Out>
+void convertByBlock(benchmark::State& state) {
+    convertBlocks<Out>(state, [](Out& out) { convertBlock(material().data(), block, out); });
+}
+
+/// One pair of functions for each output type.
 template <class... Out>
-void registerConversions(std::tuple<Out...>*) {
-    const char* const* name = model::outputTypeNames;
-    (registerConversion<Out>(*name++), ...);
+constexpr auto conversionsOf(std::tuple<Out...>*) {
+    using Pair = std::array<void (*)(benchmark::State&), 2>;
+    return std::array{Pair{&convertBySample<Out>, &convertByBlock<Out>}...};
 }
+constexpr auto conversions = conversionsOf(static_cast<model::OutputTypes*>(nullptr));
 
-/// Prints the least time per sample of each pair, and the second's as a part of the first's.
+/// The arguments of both are the number of the pair, and 0 or 1 for its first or second half.
+void plays(benchmark::State& state) {
+    const StripSettings& settings = jobs()[static_cast<std::size_t>(state.range(0))].settings;
+    state.range(1) == 0 ? playThroughTables(state, settings) : playInlined(state, settings);
+}
+void converts(benchmark::State& state) {
+    conversions[static_cast<std::size_t>(state.range(0))][static_cast<std::size_t>(state.range(1))](state);
+}
+BENCHMARK(plays)->ArgsProduct({benchmark::CreateDenseRange(0, 6, 1), {0, 1}});
+BENCHMARK(converts)->ArgsProduct({benchmark::CreateDenseRange(0, 13, 1), {0, 1}});
+
+/// Prints the least time per sample of both halves of each pair, and the second as a part of the first.
 class PairReporter final : public benchmark::BenchmarkReporter {
 public:
     bool ReportContext(const Context&) override { return true; }
@@ -158,40 +178,32 @@ public:
         for (const Run& run : runs) {
             if (run.run_type != Run::RT_Iteration)
                 continue;
+            const std::string& numbers = run.run_name.args;
+            std::array<double, 2>& pair = pairs_[{run.run_name.function_name, std::stoul(numbers)}];
+            double& least = pair[numbers.back() == '0' ? 0 : 1];
             const double nanoseconds = 1e9 / run.counters.at("items_per_second");
-            const auto place = leastTimes_.try_emplace(run.run_name.function_name, nanoseconds).first;
-            place->second = std::min(place->second, nanoseconds);
+            least = least == 0.0 ? nanoseconds : std::min(least, nanoseconds);
         }
     }
     void Finalize() override {
-        for (const auto& [second, after] : leastTimes_) {
-            const std::string what = second.substr(0, second.find('/') + 1);
-            for (const auto& [first, before] : leastTimes_)
-                if (first.starts_with(what) && isPair(first.substr(what.size()), second.substr(what.size())))
-                    std::printf("%-20s %7.2f ns  %-20s %7.2f ns  %.2f\n", first.c_str(), before,
-                                second.c_str(), after, after / before);
+        for (const auto& [name, pair] : pairs_) {
+            const bool isPlay = name.first == "plays";
+            const auto [first, second] = pair;
+            std::printf("%-14s %s %6.2f ns  %s %6.2f ns  %.2f\n",
+                        isPlay ? jobs()[name.second].name : model::outputTypeNames[name.second],
+                        isPlay ? "tables" : "by sample", first, isPlay ? "inlined" : "by block", second,
+                        second / first);
         }
     }
 
 private:
-    static bool isPair(const std::string& first, const std::string& second) {
-        return (first == "tables" && second == "inlined") || (first == "single" && second == "block");
-    }
-
-    std::map<std::string, double> leastTimes_;
+    std::map<std::pair<std::string, std::size_t>, std::array<double, 2>> pairs_;
 };
 
 } // namespace
 } // namespace audlmd::bench
 
 int main(int argc, char** argv) {
-    using namespace audlmd::bench;
-    for (const Job& job : jobs()) {
-        benchmark::RegisterBenchmark((std::string(job.name) + "/tables").c_str(), playThroughTables,
-                                     job.settings);
-        benchmark::RegisterBenchmark((std::string(job.name) + "/inlined").c_str(), playInlined, job.settings);
-    }
-    registerConversions(static_cast<audlmd::model::OutputTypes*>(nullptr));
     std::string interleaved = "--benchmark_enable_random_interleaving=true";
     std::string repetitions = "--benchmark_repetitions=9";
     std::string shortRuns = "--benchmark_min_time=0.03";
@@ -202,7 +214,7 @@ int main(int argc, char** argv) {
     benchmark::Initialize(&count, arguments.data());
     if (benchmark::ReportUnrecognizedArguments(count, arguments.data()))
         return 1;
-    PairReporter reporter;
+    audlmd::bench::PairReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     return 0;
 }

@@ -57,8 +57,10 @@ void expectTheBytesOfSingleSamples(const std::vector<float>& floats) {
     for (std::size_t i = 0; i < expected.size(); ++i)
         ASSERT_EQ(std::memcmp(&expected[i], &converted[i], sizeof(Format)), 0)
             << "container " << i << " of " << expected.size() << " in " << __PRETTY_FUNCTION__;
-    const Out end(&converted.back());
-    EXPECT_EQ(std::memcmp(&block, &end, sizeof end), 0) << "the position has moved";
+    // The position has moved, so that the next sample goes to the last container.
+    deliverOne(0.25F, single);
+    deliverOne(0.25F, block);
+    EXPECT_EQ(std::memcmp(&expected.back(), &converted.back(), sizeof(Format)), 0);
 }
 
 template <class... Out>
