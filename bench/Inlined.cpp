@@ -1,19 +1,21 @@
 // Render functions compiled into the program beside those of the tables, and conversions by the block beside
 // conversions by the sample. The two of a pair are measured in turns; the least time of each counts.
 
-#include "loop_modes/RegistrationOrder.hpp"
+#include "model/OutputTypes.hpp"
 #include "standalone/cache/MaterialCache.hpp"
 #include "standalone/inlined/InlinedRenderFunctions.hpp"
 #include "standalone/signal/BlockConversion.hpp"
 #include "standalone/signal/StripPlayer.hpp"
 
 #include <algorithm>
+#include <array>
 #include <benchmark/benchmark.h>
 #include <cstdio>
 #include <map>
 #include <memory>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace audlmd::bench {
@@ -41,16 +43,12 @@ MaterialCache& cache() {
     return cache;
 }
 
-constexpr const char* outputTypeNames[] = {"F32",     "S16",   "S24",        "S8",     "U8",
-                                           "S24In32", "S32",   "SumF32",     "SumS16", "SumS24",
-                                           "SumS8",   "SumU8", "SumS24In32", "SumS32"};
-
 struct Job {
     const char* name;
     StripSettings settings;
 };
 
-std::vector<Job> jobs() {
+std::vector<Job> allJobs() {
     StripSettings plain;
     plain.to = materialLength;
     std::vector<Job> all;
@@ -86,6 +84,11 @@ std::vector<Job> jobs() {
     return all;
 }
 
+const std::vector<Job>& jobs() {
+    static const std::vector<Job> jobs = allJobs();
+    return jobs;
+}
+
 /// Renders block after block, from the start again where a block would not fit.
 template <class Render>
 void play(benchmark::State& state, const StripSettings& settings, Render render) {
@@ -115,7 +118,7 @@ void playInlined(benchmark::State& state, const StripSettings& settings) {
     });
 }
 
-/// Of Aud::Render::OutputTypes.
+/// Of model::OutputTypes.
 template <class Out>
 Out startOf(std::vector<unsigned char>& bytes) {
     if constexpr (std::is_pointer_v<Out>)
@@ -125,7 +128,7 @@ Out startOf(std::vector<unsigned char>& bytes) {
 }
 
 template <class Out, class Convert>
-void convertEach(benchmark::State& state, Convert convert) {
+void convertBlocks(benchmark::State& state, Convert convert) {
     std::vector<unsigned char> bytes(4 * block, 0x31);
     for ([[maybe_unused]] auto turn : state) {
         Out out = startOf<Out>(bytes);
@@ -136,25 +139,38 @@ void convertEach(benchmark::State& state, Convert convert) {
 }
 
 template <class Out>
-void registerConversion(const std::string& name) {
-    benchmark::RegisterBenchmark((name + "/single").c_str(), [](benchmark::State& state) {
-        convertEach<Out>(state, [](Out& out) {
-            for (std::size_t i = 0; i < block; ++i)
-                Aud::Render::deliver(material()[i], out);
-        });
-    });
-    benchmark::RegisterBenchmark((name + "/block").c_str(), [](benchmark::State& state) {
-        convertEach<Out>(state, [](Out& out) { convertBlock(material().data(), block, out); });
+void convertBySample(benchmark::State& state) {
+    convertBlocks<Out>(state, [](Out& out) {
+        for (std::size_t i = 0; i < block; ++i)
+            Aud::Render::deliver(material()[i], out);
     });
 }
 
+template <class Out>
+void convertByBlock(benchmark::State& state) {
+    convertBlocks<Out>(state, [](Out& out) { convertBlock(material().data(), block, out); });
+}
+
+/// One pair of functions for each output type.
 template <class... Out>
-void registerConversions(std::tuple<Out...>*) {
-    const char* const* name = outputTypeNames;
-    (registerConversion<Out>(*name++), ...);
+constexpr auto conversionsOf(std::tuple<Out...>*) {
+    using Pair = std::array<void (*)(benchmark::State&), 2>;
+    return std::array{Pair{&convertBySample<Out>, &convertByBlock<Out>}...};
 }
+constexpr auto conversions = conversionsOf(static_cast<model::OutputTypes*>(nullptr));
 
-/// Prints the least time per sample of each pair, and the second's as a part of the first's.
+/// The arguments of both are the number of the pair, and 0 or 1 for its first or second half.
+void plays(benchmark::State& state) {
+    const StripSettings& settings = jobs()[static_cast<std::size_t>(state.range(0))].settings;
+    state.range(1) == 0 ? playThroughTables(state, settings) : playInlined(state, settings);
+}
+void converts(benchmark::State& state) {
+    conversions[static_cast<std::size_t>(state.range(0))][static_cast<std::size_t>(state.range(1))](state);
+}
+BENCHMARK(plays)->ArgsProduct({benchmark::CreateDenseRange(0, 6, 1), {0, 1}});
+BENCHMARK(converts)->ArgsProduct({benchmark::CreateDenseRange(0, 13, 1), {0, 1}});
+
+/// Prints the least time per sample of both halves of each pair, and the second as a part of the first.
 class PairReporter final : public benchmark::BenchmarkReporter {
 public:
     bool ReportContext(const Context&) override { return true; }
@@ -162,40 +178,32 @@ public:
         for (const Run& run : runs) {
             if (run.run_type != Run::RT_Iteration)
                 continue;
+            const std::string& numbers = run.run_name.args;
+            std::array<double, 2>& pair = pairs_[{run.run_name.function_name, std::stoul(numbers)}];
+            double& least = pair[numbers.back() == '0' ? 0 : 1];
             const double nanoseconds = 1e9 / run.counters.at("items_per_second");
-            const auto place = leastTimes_.try_emplace(run.run_name.function_name, nanoseconds).first;
-            place->second = std::min(place->second, nanoseconds);
+            least = least == 0.0 ? nanoseconds : std::min(least, nanoseconds);
         }
     }
     void Finalize() override {
-        for (const auto& [second, after] : leastTimes_) {
-            const std::string what = second.substr(0, second.find('/') + 1);
-            for (const auto& [first, before] : leastTimes_)
-                if (first.starts_with(what) && isPair(first.substr(what.size()), second.substr(what.size())))
-                    std::printf("%-20s %7.2f ns  %-20s %7.2f ns  %.2f\n", first.c_str(), before,
-                                second.c_str(), after, after / before);
+        for (const auto& [name, pair] : pairs_) {
+            const bool isPlay = name.first == "plays";
+            const auto [first, second] = pair;
+            std::printf("%-14s %s %6.2f ns  %s %6.2f ns  %.2f\n",
+                        isPlay ? jobs()[name.second].name : model::outputTypeNames[name.second],
+                        isPlay ? "tables" : "by sample", first, isPlay ? "inlined" : "by block", second,
+                        second / first);
         }
     }
 
 private:
-    static bool isPair(const std::string& first, const std::string& second) {
-        return (first == "tables" && second == "inlined") || (first == "single" && second == "block");
-    }
-
-    std::map<std::string, double> leastTimes_;
+    std::map<std::pair<std::string, std::size_t>, std::array<double, 2>> pairs_;
 };
 
 } // namespace
 } // namespace audlmd::bench
 
 int main(int argc, char** argv) {
-    using namespace audlmd::bench;
-    for (const Job& job : jobs()) {
-        benchmark::RegisterBenchmark((std::string(job.name) + "/tables").c_str(), playThroughTables,
-                                     job.settings);
-        benchmark::RegisterBenchmark((std::string(job.name) + "/inlined").c_str(), playInlined, job.settings);
-    }
-    registerConversions(static_cast<Aud::Render::OutputTypes*>(nullptr));
     std::string interleaved = "--benchmark_enable_random_interleaving=true";
     std::string repetitions = "--benchmark_repetitions=9";
     std::string shortRuns = "--benchmark_min_time=0.03";
@@ -206,7 +214,7 @@ int main(int argc, char** argv) {
     benchmark::Initialize(&count, arguments.data());
     if (benchmark::ReportUnrecognizedArguments(count, arguments.data()))
         return 1;
-    PairReporter reporter;
+    audlmd::bench::PairReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     return 0;
 }

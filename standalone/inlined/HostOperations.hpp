@@ -1,7 +1,7 @@
 #pragma once
 
 /// The bodies of the stand-alone host's operations that a render function calls per sample, for units that
-/// compile render functions into a program. Include this header before any of ole/Aud.
+/// compile render functions into a program.
 ///
 /// A body stands once, in an .ipp file. The host's own .cpp file includes the .ipp with an empty
 /// AUDLMD_HOST_OPERATION and so defines the operation that libaudlmd_host.so exports and libaudlmd.so calls.
@@ -17,7 +17,6 @@
 
 #include "standalone/cache/SampleCacheSegment.ipp"
 #include "standalone/signal/Biquad.ipp"
-#include "standalone/signal/DynamicLevel.ipp"
 
 #ifdef __clang__
 #pragma clang diagnostic pop

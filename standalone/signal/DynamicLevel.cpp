@@ -1,5 +1,4 @@
-#define AUDLMD_HOST_OPERATION
-#include "standalone/signal/DynamicLevel.ipp"
+#include "host/DynamicLevel.hpp"
 
 #include "standalone/signal/Automation.hpp"
 #include "standalone/signal/GainLaws.hpp"
@@ -140,6 +139,9 @@ namespace Aud::DynamicLevelControl {
 
 // The renderer calls the two functions below once per piece. All that is searched or divided happens there,
 // so that a sample costs one addition.
+DynamicLevelApplyingIteratorBase::DynamicLevelApplyingIteratorBase(DynamicLevelApplyingIteratorState& state)
+    : state_(state) {}
+
 void DynamicLevelApplyingIteratorBase::moveToNextNodeForwards() {
     audlmd::loadNextPiece(state_, audlmd::DynamicLevelDirection::forwards);
 }
