@@ -38,17 +38,22 @@ TEST_F(MixCommand, ListsAnOtioFileAndItsOwnJsonAlike) {
     EXPECT_EQ(output("mix film.json --list"), table);
 }
 
-TEST_F(MixCommand, WritesWhatRenderWritesForOneClip) {
+TEST_F(MixCommand, WritesWhatRenderWritesForOneClipThroughEitherFunctions) {
     writeSound(in("a.wav"), noise(2, 50'000));
     writeTimeline(R"({"media": "a.wav", "at": 0, "from": 1000, "to": 50000, "reverse": true, "gain": -6,
                       "speed": 1.1, "converter": "filtering", "fadeIn": {"length": 11000, "curve": "log"}})");
     for (const std::string format : {"f32", "s16", "s24", "u8"}) {
-        output("mix film.json -o mix.wav --format " + format);
-        output("render a.wav -o render.wav --from 1000smp --reverse --gain -6 --speed 1.1 --fade-in "
-               "10000smp:log "
-               "--format " +
-               format);
-        EXPECT_EQ(readBytes(in("mix.wav")), readBytes(in("render.wav"))) << format;
+        const std::string render =
+            "render a.wav --from 1000smp --reverse --gain -6 --speed 1.1 --fade-in 10000smp:log --format " +
+            format;
+        output(render + " -o render.wav");
+        const std::string bytes = readBytes(in("render.wav"));
+        output(render + " -o render.wav --through-tables");
+        EXPECT_TRUE(readBytes(in("render.wav")) == bytes) << format;
+        for (const std::string through : {"", " --through-tables"}) {
+            output("mix film.json -o mix.wav --format " + format + through);
+            EXPECT_TRUE(readBytes(in("mix.wav")) == bytes) << format << through;
+        }
     }
 }
 
