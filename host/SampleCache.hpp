@@ -22,6 +22,7 @@ namespace Aud {
 
 namespace Render {
 struct SampleReader;
+struct ReadySpan;
 }
 
 /// The host's store of samples, cut into segments that the host loads on its own threads.
@@ -60,6 +61,7 @@ public:
 
 private:
     friend struct Render::SampleReader;
+    friend struct Render::ReadySpan;
 
     /// Makes the segment that holds sample 0 current, with segmentIndex on that sample.
     void internal_inc_hitFirstSegment();
@@ -103,6 +105,7 @@ public:
 
 private:
     friend struct Render::SampleReader;
+    friend struct Render::ReadySpan;
 
     /// Makes the segment that holds the last sample current, with segmentIndex on that sample.
     void internal_inc_hitLastSegment();

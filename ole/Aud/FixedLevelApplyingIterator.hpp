@@ -25,6 +25,7 @@ public:
     }
 
     const Inner& inner() const { return inner_; }
+    float gain() const { return gain_; }
 
 private:
     Inner inner_;

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "loop_modes/RegistrationOrder.hpp"
-#include "loop_modes/RenderFunctionGroup.hpp"
 #include "standalone/inlined/HostOperations.hpp"
 #include "standalone/inlined/ModeSelection.hpp"
+#include "standalone/inlined/UnclippedLoop.hpp"
 #include "standalone/signal/Unclipped.hpp"
 
 #include <algorithm>

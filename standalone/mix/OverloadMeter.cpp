@@ -1,6 +1,6 @@
 #include "standalone/mix/OverloadMeter.hpp"
 
-#include "standalone/mix/BusLoops.hpp"
+#include "standalone/signal/BlockLoops.hpp"
 
 #include <algorithm>
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "standalone/cache/SampleSource.hpp"
+#include "standalone/signal/BlockLoops.hpp"
 
 #include <cmath>
 #include <memory>
@@ -19,8 +20,7 @@ public:
     std::int64_t length() const override { return source_->length(); }
     void read(std::int64_t position, std::span<float> samples) override {
         source_->read(position, samples);
-        for (float& sample : samples)
-            sample *= factor_;
+        multiply(samples, factor_);
     }
     const void* exclusiveResource() const override { return source_->exclusiveResource(); }
 

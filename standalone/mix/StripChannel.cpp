@@ -1,7 +1,7 @@
 #include "standalone/mix/StripChannel.hpp"
 
 #include "ole/Aud/SampleCacheIterators.hpp"
-#include "standalone/mix/BusLoops.hpp"
+#include "standalone/signal/BlockLoops.hpp"
 
 #include <algorithm>
 #include <cmath>

@@ -5,10 +5,16 @@
 
 namespace audlmd {
 
-// The loops over samples that a mixer adds to those of the library.
+// Loops over blocks of samples, outside the chains of the library.
 
 /// Adds `gain` times the input to the bus, sample by sample. Both have one length.
 void addTo(std::span<float> bus, std::span<const float> input, float gain);
+
+/// Multiplies all samples by a gain, in place.
+void multiply(std::span<float> samples, float gain);
+
+/// Fills `samples` from the one at `last` backwards: last[0], last[-1] and so on.
+void copyReversed(const float* last, std::span<float> samples);
 
 /// The largest magnitude. A NaN counts as 0.
 float peakOf(std::span<const float> samples);
