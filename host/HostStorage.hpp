@@ -2,6 +2,10 @@
 
 #include <cstdint>
 
+namespace audlmd {
+class BlockEqualiser;
+}
+
 /// What the stand-alone host keeps inside the classes and records of the contract. The renderer never reads
 /// it.
 ///
@@ -34,6 +38,8 @@ public:
     }
 
 protected:
+    friend class audlmd::BlockEqualiser;
+
     /// Two numbers that are used side by side. They are aligned, because a pair that crosses a cache line
     /// makes the filter wait for its own store and take twice the time.
     struct alignas(16) Pair {

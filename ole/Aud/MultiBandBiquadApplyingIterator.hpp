@@ -43,6 +43,7 @@ public:
     }
 
     const Source& inner() const { return source_; }
+    Filter::MultiBandBiquad<5U>& equaliser() const { return *equaliser_; }
 
 private:
     Source source_;

@@ -2,43 +2,70 @@
 
 #include "ole/Aud/Aud__RenderIterators"
 #include "standalone/inlined/ReadySpan.hpp"
+#include "standalone/signal/BlockEqualiser.hpp"
 #include "standalone/signal/BlockLoops.hpp"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <span>
+#include <type_traits>
 
 namespace audlmd {
 
-/// Chains whose every sample is a sample of the source times fixed gains. They are rendered by the span, not
-/// by the sample. The others are false here.
+/// Whether a chain is rendered by the span of samples that its source has ready, not by the sample: chains of
+/// the equaliser and fixed gains.
 template <class Layer>
-inline constexpr bool hasOnlyFixedGains = false;
+inline constexpr bool isRenderedBySpan = false;
 template <>
-inline constexpr bool hasOnlyFixedGains<Aud::SampleCache::ForwardIterator> = true;
+inline constexpr bool isRenderedBySpan<Aud::SampleCache::ForwardIterator> = true;
 template <>
-inline constexpr bool hasOnlyFixedGains<Aud::SampleCache::ReverseIterator> = true;
+inline constexpr bool isRenderedBySpan<Aud::SampleCache::ReverseIterator> = true;
 template <class Inner>
-inline constexpr bool hasOnlyFixedGains<Aud::Render::NullIterator<Inner>> = hasOnlyFixedGains<Inner>;
+inline constexpr bool isRenderedBySpan<Aud::Render::NullIterator<Inner>> = isRenderedBySpan<Inner>;
 template <class Inner>
-inline constexpr bool hasOnlyFixedGains<Aud::Render::FixedLevelApplyingIterator<Inner>> =
-    hasOnlyFixedGains<Inner>;
+inline constexpr bool isRenderedBySpan<Aud::Render::MultiBandBiquadApplyingIterator<Inner>> = true;
+template <class Inner>
+inline constexpr bool isRenderedBySpan<Aud::Render::FixedLevelApplyingIterator<Inner>> =
+    isRenderedBySpan<Inner>;
 
-/// Multiplies samples by the gains of a chain, one after another from the inside out, as the chain does.
+/// Samples in the order in which a source reads them.
+struct SourceSamples {
+    const float* first;
+    bool forward;
+
+    SourceSamples(const Aud::SampleCache::ForwardIterator&, const float* samples)
+        : first(samples), forward(true) {}
+    SourceSamples(const Aud::SampleCache::ReverseIterator&, const float* samples)
+        : first(samples), forward(false) {}
+
+    const float* at(std::size_t place) const { return forward ? first + place : first - place; }
+
+    void copyTo(std::span<float> out, std::size_t from) const {
+        if (forward)
+            std::copy_n(at(from), out.size(), out.begin());
+        else
+            copyReversed(at(from), out);
+    }
+};
+
+/// Renders `out` as the layer would sample by sample, from the inside out. There is one sample more behind
+/// those that are rendered. Does not step the source.
 template <class Layer>
-void applyGains(const Layer& layer, std::span<float> samples) {
-    if constexpr (requires { layer.inner(); })
-        applyGains(layer.inner(), samples);
-    if constexpr (requires { layer.gain(); })
-        multiply(samples, layer.gain());
-}
-
-inline void copySpan(const Aud::SampleCache::ForwardIterator&, const float* samples, std::span<float> out) {
-    std::copy_n(samples, out.size(), out.begin());
-}
-
-inline void copySpan(const Aud::SampleCache::ReverseIterator&, const float* samples, std::span<float> out) {
-    copyReversed(samples, out);
+void renderBlock(const Layer& layer, const SourceSamples& samples, std::span<float> out) {
+    if constexpr (requires { layer.equaliser(); }) {
+        // The equaliser is one sample ahead.
+        out.front() = layer.equaliser().getLastProcessSampleResult();
+        samples.copyTo(out.subspan(1), 1);
+        filterBlock(layer.equaliser(), out.subspan(1));
+        layer.equaliser().processSample(*samples.at(out.size()));
+    } else if constexpr (requires { layer.inner(); }) {
+        renderBlock(layer.inner(), samples, out);
+        if constexpr (requires { layer.gain(); })
+            multiply(out, layer.gain());
+    } else {
+        samples.copyTo(out, 0);
+    }
 }
 
 /// Renders up to `out.size()` samples that the source has ready, and steps the chain as often. Returns how
@@ -52,8 +79,7 @@ std::size_t renderSpan(Chain& chain, std::span<float> out) {
     const auto count = static_cast<std::size_t>(std::clamp<std::int64_t>(span.length, 0, std::ssize(out)));
     if (count == 0)
         return 0;
-    copySpan(source, span.samples, out.first(count));
-    applyGains(chain, out.first(count));
+    renderBlock(chain, {source, span.samples}, out.first(count));
     Aud::Render::ReadySpan::advance(source, static_cast<std::int64_t>(count));
     return count;
 }

@@ -8,15 +8,15 @@
 
 namespace Aud::Render::LoopModesDespatch {
 
-/// Where a chain only multiplies, takes what the source has ready in one go; and sample by sample what is
-/// left: all of it in the other chains.
+/// Where a chain filters and multiplies only, takes what the source has ready in one go; and sample by sample
+/// what is left: all of it in the other chains.
 template <int N>
 [[gnu::used, gnu::noinline]] void TypedFunctor<audlmd::Unclipped>::Functor<Loki::Int2Type<N>>::ProcessSamples(
     IteratorCreationParams& params, audlmd::Unclipped& out, unsigned int count) {
     Chain<N> made = SourceIteratorMaker<N>::makeIterator(params);
     Chain<N>& chain = *Instructions::inRegister(&made);
     for (; count != 0; --count) {
-        if constexpr (audlmd::hasOnlyFixedGains<Chain<N>>) {
+        if constexpr (audlmd::isRenderedBySpan<Chain<N>>) {
             const std::size_t rendered = audlmd::renderSpan(chain, {out.position, count});
             out.position += rendered;
             count -= static_cast<unsigned int>(rendered);

@@ -38,6 +38,20 @@ TEST_F(MixCommand, ListsAnOtioFileAndItsOwnJsonAlike) {
     EXPECT_EQ(output("mix film.json --list"), table);
 }
 
+TEST_F(MixCommand, TakesRateAndChannelsFromTheCommandLineWhereTheTimelineHasNone) {
+    writeSound(in("a.wav"), noise(1, 48'000));
+    writeBytes(in("film.otio"),
+               R"({"OTIO_SCHEMA": "Timeline.1", "tracks": {"OTIO_SCHEMA": "Stack.1", "children": [
+        {"OTIO_SCHEMA": "Track.1", "kind": "Audio", "children": [{"OTIO_SCHEMA": "Clip.1", "media_reference":
+            {"OTIO_SCHEMA": "ExternalReference.1", "target_url": "a.wav"}}]}]}})");
+    output("mix film.otio -o mix.wav --rate 44100 --channels 1 --picture mix.svg");
+    output("render a.wav -o render.wav --rate 44100");
+    EXPECT_TRUE(readBytes(in("mix.wav")) == readBytes(in("render.wav")));
+    EXPECT_THAT(readBytes(in("mix.svg")), HasSubstr("</svg>"));
+    EXPECT_EQ(output("mix film.otio --picture alone.svg"), "");
+    EXPECT_THAT(readBytes(in("alone.svg")), HasSubstr("</svg>"));
+}
+
 TEST_F(MixCommand, WritesWhatRenderWritesForOneClipThroughEitherFunctions) {
     writeSound(in("a.wav"), noise(2, 50'000));
     writeTimeline(R"({"media": "a.wav", "at": 0, "from": 1000, "to": 50000, "reverse": true, "gain": -6,
@@ -154,6 +168,7 @@ TEST_F(MixCommand, RefusesWhatCannotBeMixed) {
         {"film.json", "-o"},
         {"film.json --list --report r.json", "--report"},
         {"film.json -o mix.wav --as json", "--as json"},
+        {"film.json -o mix.wav --picture mix.jpg", ".png or .svg"},
         {"film.json -o mix.wav --rate 44100", "the timeline itself says 48000"},
         {"film.json -o mix.wav --channels 1", "the timeline itself says 2"},
         {"film.json -o mix.wav --slice 3/2", "K/N"},
