@@ -44,7 +44,8 @@ def words_of_fields(build):
 
 
 def measure_inlined(build):
-    chains = {int(code): chain for code, _, chain in map(str.split, run([build / "audlmd", "modes"]).splitlines())}
+    listed = (line.split(maxsplit=2) for line in run([build / "audlmd", "modes"]).splitlines())
+    chains = {int(code): chain for code, _, chain in listed}
     return {"machine": machine(), **measure_pairs(build), "modes": measure_every_mode(build), "chains": chains,
             "words": words_of_fields(build)}
 
