@@ -16,12 +16,13 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <exception>
 #include <memory>
-#include <string>
-#include <utility>
+#include <tuple>
+#include <type_traits>
 #include <vector>
 
 namespace audlmd::bench {
@@ -136,6 +137,7 @@ int measureEveryMode(const Options& options) {
     const Aud::SampleCacheSegment segment = Aud::SampleCacheSegmentAccess::share(body);
 
     std::vector<Measured> modes;
+    modes.reserve(Aud::Render::validModeCount);
     for (const unsigned long code : Aud::Render::registrationOrder)
         modes.push_back({static_cast<unsigned int>(code), {}, {}, {}});
     std::ranges::sort(modes, {}, &Measured::code);

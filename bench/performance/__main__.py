@@ -78,7 +78,8 @@ def main():
             if not without_figures:
                 write(figures, page)
     if missing:
-        sys.exit(f"performance: not measured yet, so that the library's part of the page is left as it is: {', '.join(missing)}")
+        sys.exit("performance: not measured yet, so that the library's part of the page is left as it is: "
+                 + ", ".join(missing))
 
 
 main()
