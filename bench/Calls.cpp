@@ -32,7 +32,7 @@ nlohmann::json measureMode(unsigned int code, unsigned int count, Cache& cache, 
         handMadeChain(fields.direction == Aud::Render::Direction::forward, countLayers(fields));
     std::array<Aud::SampleF32, longCall> buffer{};
     Request request(code, cache, callsAtOnce * longCall, 1.0);
-    Floor floor(request);
+    Floor floor(request, cache.segmentAt(request.start()));
     Timing calls;
     Timing byHand;
     for (unsigned int i = 0; i < repetitions; ++i) {

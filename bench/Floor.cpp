@@ -43,9 +43,8 @@ constexpr decltype(&makeSourceCalls<false, false>) sourceCalls[2][2] = {
 
 } // namespace
 
-Floor::Floor(Request& request)
-    : fields_(request.fields()), speed_(request.speed()),
-      segment_(request.cache().segmentAt(*request.params().startPosition)),
+Floor::Floor(Request& request, const SampleCacheSegment& segment)
+    : fields_(request.fields()), speed_(request.speed()), segment_(segment),
       equaliser_(request.record().equaliser) {
     if (fields_.srcStage != Aud::Render::ConversionStage::filtering)
         return;

@@ -71,16 +71,16 @@ std::vector<Job> allJobs() {
     };
     add("plain", [](StripSettings&) {});
     add("reverse", [](StripSettings& s) { s.reverse = true; });
-    add("fadeAndLevel", fadeAndLevel);
-    add("linear", [&](StripSettings& s) { convert(s, Converter::linear); });
-    add("fiveBands", fiveBands);
-    add("allWithLinear", [&](StripSettings& s) {
+    add("fade and level", fadeAndLevel);
+    add("linear, speed 1.1", [&](StripSettings& s) { convert(s, Converter::linear); });
+    add("five bands", fiveBands);
+    add("fade, two levels, five bands, linear", [&](StripSettings& s) {
         fadeAndLevel(s);
         fiveBands(s);
         s.middleLevel = 0.9F;
         convert(s, Converter::linear);
     });
-    add("filtering", [&](StripSettings& s) { convert(s, Converter::filtering); });
+    add("filtering, speed 1.1", [&](StripSettings& s) { convert(s, Converter::filtering); });
     return all;
 }
 
@@ -189,7 +189,7 @@ public:
         for (const auto& [name, pair] : pairs_) {
             const bool isPlay = name.first == "plays";
             const auto [first, second] = pair;
-            std::printf("%-14s %s %6.2f ns  %s %6.2f ns  %.2f\n",
+            std::printf("%-36s %s %6.2f ns  %s %6.2f ns  %.2f\n",
                         isPlay ? jobs()[name.second].name : model::outputTypeNames[name.second],
                         isPlay ? "tables" : "by sample", first, isPlay ? "inlined" : "by block", second,
                         second / first);

@@ -34,7 +34,7 @@ std::vector<Measured> expand(const Selection& selection) {
 
 void measure(Measured& it, Cache& cache, const Selection& selection, std::vector<std::uint8_t>& buffer) {
     Request request(it.code, cache, static_cast<unsigned int>(selection.samples * it.speed), it.speed);
-    Floor floor(request);
+    Floor floor(request, cache.segmentAt(request.start()));
     for (unsigned int i = 0; i < selection.repetitions; ++i) {
         std::uint8_t* position = buffer.data();
         it.render.repeat([&] {

@@ -49,7 +49,7 @@ std::vector<float> testMaterial() {
     return material;
 }
 
-Request::Request(unsigned int code, Cache& cache, unsigned int sourceSamples, double speed)
+Request::Request(unsigned int code, Aud::SampleCache& cache, unsigned int sourceSamples, double speed)
     : fields_(decodeModeCode(code)), speed_(fields_.srcStage == ConversionStage::none ? 1.0 : speed),
       // In the middle of a segment, so that calls in either direction stay inside it.
       start_(Cache::segmentLength / 2), subSampleStep_(subSampleStep(speed_)),

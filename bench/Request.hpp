@@ -16,20 +16,23 @@ namespace audlmd::bench {
 std::vector<float> testMaterial();
 
 /// A render request that keeps every stage of a mode at work: a fade that runs through its phases, an
-/// automation on its way to a node, an equaliser that rings, and a source that stays inside the material. A
-/// second render of the request starts at the same place, but the state in the record runs on.
+/// automation on its way to a node, an equaliser that rings, and a source that stays inside a segment. A
+/// second render of the request starts at the same place, but the state in the record runs on: after 48,000
+/// samples the automation has arrived.
 class Request {
 public:
-    /// The fade runs over `sourceSamples`, the samples that one call reads. `speed` is in source samples per
-    /// output sample; a mode without conversion ignores it.
-    Request(unsigned int code, Cache& cache, unsigned int sourceSamples, double speed);
+    /// Any host's cache will do, with segments of Cache::segmentLength and testMaterial() under the default
+    /// cookie. The fade runs over `sourceSamples`, the samples that one call reads. `speed` is in source
+    /// samples per output sample; a mode without conversion ignores it.
+    Request(unsigned int code, Aud::SampleCache& cache, unsigned int sourceSamples, double speed);
     Request(const Request&) = delete;
     Request& operator=(const Request&) = delete;
     ~Request();
 
     const Aud::Render::ModeFields& fields() const { return fields_; }
     double speed() const { return speed_; }
-    Cache& cache() const { return static_cast<Cache&>(*params_.cache); }
+    /// The first sample, of calls in either direction.
+    std::int64_t start() const { return start_; }
     Aud::Render::IteratorCreationParams& params() { return params_; }
     Aud::Render::PerSourceRecord& record() { return record_; }
 

@@ -15,7 +15,8 @@ namespace audlmd::bench {
 /// reads `speed` source samples per output sample. The filtering one calls the resampler as the library does.
 class Floor {
 public:
-    explicit Floor(Request& request);
+    /// `segment` is ready, and outlives the floor.
+    Floor(Request& request, const Aud::SampleCacheSegment& segment);
     Floor(const Floor&) = delete;
     Floor& operator=(const Floor&) = delete;
     ~Floor();

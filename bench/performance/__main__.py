@@ -1,7 +1,9 @@
 """performance BUILD PAGE [SECTION...]: measures, and writes figures and pictures into the page.
 
-Sections: modes calls load size instructions jobs mix build; all of them where none is named. The figures are kept in
-BUILD/bench/performance.json, so that the page can be made again from old and new ones.
+Sections: modes calls load size instructions jobs mix build inlined; all of them where none is named. The figures are
+kept in BUILD/bench/performance.json, so that the page can be made again from old and new ones. What needs a section
+without figures there stays as it is in the page. All sections but `inlined` describe one machine and are written
+together; `inlined` names its own machine.
 """
 
 import json
@@ -10,7 +12,9 @@ import re
 import sys
 
 import measure
+from inlined import inlined_tables, measure_inlined
 from jobs import measure_jobs
+from lookup import lookup_page
 from mix import measure_mix
 from pictures import draw_families, draw_jobs, draw_modes
 from tables import family_table, goal_table, job_table, machine_line
@@ -20,27 +24,37 @@ def with_pictures(content, **pictures):
     return content + "".join(f"\n\n![{text}](images/performance-{name}.svg)" for name, text in pictures.items())
 
 
-def write_page(figures, page):
+def write_blocks(page, blocks):
     text = page.read_text()
-    for name, content in {
-            "machine": machine_line(figures),
-            "goals": with_pictures(goal_table(figures), modes="Nanoseconds per output sample of every render function",
-                                           families="Time per output sample as a multiple of the floor"),
-            "families": family_table(figures),
-            "jobs": with_pictures(job_table(figures), jobs="CPU seconds of whole jobs")}.items():
+    for name, content in blocks.items():
         pattern = re.compile(rf"(<!-- {name}: written by scripts/performance -->\n).*?(\n?<!-- end -->)", re.S)
         assert pattern.search(text), f"{page} has no place for {name}"
         text = pattern.sub(lambda match, c=content: match[1] + c + "\n" + match[2].lstrip(), text)
     page.write_text(text)
+
+
+def write_library(figures, page):
+    write_blocks(page, {
+        "machine": machine_line(figures),
+        "goals": with_pictures(goal_table(figures), modes="Nanoseconds per output sample of every render function",
+                               families="Time per output sample as a multiple of the floor"),
+        "families": family_table(figures),
+        "jobs": with_pictures(job_table(figures), jobs="CPU seconds of whole jobs")})
     images = page.parent / "images"
     draw_modes(figures["modes"]["all"], images / "performance-modes.svg")
     draw_families(figures["modes"]["families"], images / "performance-families.svg")
     draw_jobs(figures["jobs"], images / "performance-jobs.svg")
 
 
-SECTIONS = {"modes": measure.measure_modes, "calls": measure.measure_calls, "load": measure.measure_load,
-            "size": measure.measure_size, "instructions": measure.measure_instructions, "jobs": measure_jobs,
-            "mix": measure_mix, "build": measure.measure_build}
+def write_inlined(figures, page):
+    write_blocks(page, {"inlined": inlined_tables(figures["inlined"])})
+    (page.parent / "performance-modes.html").write_text(lookup_page(figures["inlined"]))
+
+
+LIBRARY_SECTIONS = {"modes": measure.measure_modes, "calls": measure.measure_calls, "load": measure.measure_load,
+                    "size": measure.measure_size, "instructions": measure.measure_instructions, "jobs": measure_jobs,
+                    "mix": measure_mix, "build": measure.measure_build}
+SECTIONS = {**LIBRARY_SECTIONS, "inlined": measure_inlined}
 
 
 def main():
@@ -53,12 +67,19 @@ def main():
     for section in chosen:
         print(f"performance: {section}", file=sys.stderr, flush=True)
         figures[section] = SECTIONS[section](build)
-        figures["machine"] = measure.machine()
+        if section in LIBRARY_SECTIONS:
+            figures["machine"] = measure.machine()
         store.write_text(json.dumps(figures))
-    missing = [section for section in SECTIONS if section not in figures]
+    missing = []
+    for sections, write in ((LIBRARY_SECTIONS, write_library), (["inlined"], write_inlined)):
+        if not set(sections).isdisjoint(chosen):
+            without_figures = [section for section in sections if section not in figures]
+            missing += without_figures
+            if not without_figures:
+                write(figures, page)
     if missing:
-        sys.exit(f"performance: not measured yet, so that the page is left as it is: {', '.join(missing)}")
-    write_page(figures, page)
+        sys.exit("performance: not measured yet, so that the library's part of the page is left as it is: "
+                 + ", ".join(missing))
 
 
 main()
