@@ -167,7 +167,7 @@ private:
                              .inlined = options_.throughTables ? nullptr : &inlinedRenderFunction});
         }
         const double seconds = writeOutput(*mixer);
-        const MixReport mixed = mixer->report();
+        MixReport mixed = mixer->report();
         tell(mixed, {.span = span_, .seconds = seconds});
         return mixed;
     }

@@ -95,25 +95,27 @@ std::string reportText(const MixReport& report, const Timeline& timeline, const 
     std::vector<std::string> silent;
     std::vector<std::string> late;
     std::vector<std::string> loud;
+    std::vector<std::string> clipped;
     for (const StripReport& strip : report.strips) {
-        const std::string name = nameOf(timeline, strip.track, strip.strip);
-        const std::string first =
-            strip.silent.empty() ? "" : ", first at " + clockAt(timeline, strip.silent.front().from);
+        std::ostringstream place;
+        place << nameOf(timeline, strip.track, strip.strip);
+        if (!strip.silent.empty())
+            place << ", first at " << clockAt(timeline, strip.silent.front().from);
         if (!strip.failure.empty())
-            silent.push_back("silent: " + name + first + ": " + strip.failure);
+            silent.push_back("silent: " + place.str() + ": " + strip.failure);
         else if (strip.underrunSamples != 0)
-            late.push_back("late: " + name + ": " + std::to_string(strip.underrunSamples) + " samples in " +
-                           std::to_string(strip.underrunEpisodes) + " episodes" + first);
+            late.push_back("late: " + place.str() + ": " + std::to_string(strip.underrunSamples) +
+                           " samples, " + std::to_string(strip.underrunEpisodes) + " times");
         if (strip.overload.samples != 0)
-            loud.push_back("beyond full scale by itself: " + name + ": " +
-                           overload(strip.overload, timeline));
+            loud.push_back("beyond full scale by itself: " + nameOf(timeline, strip.track, strip.strip) +
+                           ": " + overload(strip.overload, timeline));
     }
-    std::string text = shortened(silent) + shortened(late) + shortened(loud);
     for (std::size_t channel = 0; channel < report.channels.size(); ++channel)
         if (report.channels[channel].samples != 0)
-            text += "clipped: channel " + std::to_string(channel + 1) + ": " +
-                    overload(report.channels[channel], timeline) + "\n";
-    return text + summary(report, timeline, run);
+            clipped.push_back("clipped: channel " + std::to_string(channel + 1) + ": " +
+                              overload(report.channels[channel], timeline));
+    return shortened(silent) + shortened(late) + shortened(loud) + shortened(clipped) +
+           summary(report, timeline, run);
 }
 
 std::string reportJson(const MixReport& report, const Timeline& timeline, const MixRun& run) {
