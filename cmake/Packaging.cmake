@@ -15,7 +15,7 @@ foreach(header
         cache/MaterialCache cache/SampleSource cache/SoundFile
         mix/Media mix/MixReport mix/Mixer mix/RateConvertedSource mix/ScaledSource mix/Timeline
         services/Configuration services/Event services/Identities services/ImageFormats services/RenderFunctions
-        signal/Automation signal/BlockConversion signal/Equaliser signal/Fade signal/GainLaws
+        signal/Automation signal/BlockLoops signal/BlockConversion signal/Equaliser signal/Fade signal/GainLaws
         signal/RecordNumbers signal/Speed signal/StripPlan signal/StripPlayer signal/StripSettings
         signal/Unclipped)
     cmake_path(GET header PARENT_PATH folder)
