@@ -1,6 +1,7 @@
 #include "standalone/play/LiveContent.hpp"
 
 #include "ole/Aud/SampleCacheIterators.hpp"
+#include "standalone/mix/ScaledSource.hpp"
 #include "standalone/services/Identities.hpp"
 #include "standalone/signal/Speed.hpp"
 
@@ -45,17 +46,19 @@ StripSettings settingsAt(const StripSettings& strip, double speed) {
     return settings;
 }
 
-LiveContent::LiveContent(std::vector<std::shared_ptr<SampleSource>> channels, StripSettings strip,
-                         const MaterialCacheOptions& cache)
-    : strip_(std::move(strip)), segmentLength_(cache.segmentLength), cache_(cache), late_(mostSpans) {
+LiveContent::LiveContent(const std::vector<std::shared_ptr<SampleSource>>& channels, StripSettings strip,
+                         const MaterialCacheOptions& cache, int headroom)
+    : strip_(std::move(strip)), segmentLength_(cache.segmentLength),
+      headroomGain_(std::ldexp(1.0F, headroom)), cache_(cache), late_(mostSpans) {
     if (channels.empty())
         throw std::invalid_argument("there is no channel to play");
     strip_.wait = false;
     strip_.cookie = Cookie{makeUuid(), 0, 0};
     const StripPlan checked(strip_);
-    for (std::shared_ptr<SampleSource>& channel : channels) {
+    for (const std::shared_ptr<SampleSource>& channel : channels) {
         cookies_.push_back(strip_.cookie);
-        cache_.add(strip_.cookie, std::move(channel));
+        cache_.add(strip_.cookie,
+                   headroom == 0 ? channel : std::make_shared<ScaledSource>(channel, -headroom));
         ++strip_.cookie.channel;
     }
 }
@@ -81,8 +84,11 @@ LiveContent::Voice::Voice(LiveContent& content, double position, double speed)
 std::size_t LiveContent::Voice::render(std::span<const std::span<float>> channels) {
     const double from = position();
     std::size_t rendered = 0;
-    for (std::size_t channel = 0; channel < players_.size(); ++channel)
+    for (std::size_t channel = 0; channel < players_.size(); ++channel) {
         rendered = static_cast<std::size_t>(players_[channel]->render(channels[channel]));
+        for (float& sample : channels[channel].first(rendered))
+            sample *= content_.headroomGain_;
+    }
     content_.note(from, position());
     return rendered;
 }

@@ -26,9 +26,11 @@ StripSettings settingsAt(const StripSettings& strip, double speed);
 /// Readers do not wait: samples that are late are silent, and counted. Use from one thread at a time.
 class LiveContent {
 public:
-    /// Cookie and waiting of the settings are ignored. Throws what StripPlan throws.
-    LiveContent(std::vector<std::shared_ptr<SampleSource>> channels, StripSettings strip,
-                const MaterialCacheOptions& cache);
+    /// Cookie and waiting of the settings are ignored. The sound is scaled by 2^-headroom before it reaches
+    /// the library, which clips at full scale, and by 2^headroom behind: 20 leaves 120 dB. Throws what
+    /// StripPlan throws.
+    LiveContent(const std::vector<std::shared_ptr<SampleSource>>& channels, StripSettings strip,
+                const MaterialCacheOptions& cache, int headroom = 0);
 
     std::size_t channels() const { return cookies_.size(); }
     std::int64_t length() const { return strip_.to - strip_.from; }
@@ -40,6 +42,7 @@ public:
         /// the end of the sound.
         std::size_t render(std::span<const std::span<float>> channels);
 
+        bool isAtEnd() const { return players_.front()->position() == players_.front()->outputLength(); }
         /// Where the next frame lies, and how far each frame moves on.
         double position() const;
         double step() const { return speed_ < 0.0 ? -sourceStep() : sourceStep(); }
@@ -75,6 +78,7 @@ private:
 
     StripSettings strip_;
     std::int32_t segmentLength_;
+    float headroomGain_;
     mutable MaterialCache cache_;
     std::vector<Cookie> cookies_;
     std::uint64_t lateSamples_ = 0;

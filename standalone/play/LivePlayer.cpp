@@ -62,10 +62,11 @@ LiveRenderer::Sizes sizesFor(const LiveOptions& options, int sampleRate) {
 struct LivePlayer::Impl {
     using Lock = std::unique_lock<std::mutex>;
 
-    Impl(std::vector<std::shared_ptr<SampleSource>> channels, StripSettings strip, int rate,
+    Impl(const std::vector<std::shared_ptr<SampleSource>>& channels, StripSettings strip, int rate,
          std::shared_ptr<MixedTimeline> mixed, const LiveOptions& options)
         : settings(std::move(strip)), sampleRate(rate), timeline(std::move(mixed)),
-          sizes(sizesFor(options, rate)), content(std::move(channels), settings, options.cache),
+          sizes(sizesFor(options, rate)),
+          content(channels, settings, options.cache, timeline != nullptr ? MixedTimeline::headroom : 0),
           ring(2 * sizes.blocksAhead + 2, sizes.blockFrames * content.channels()),
           output(ring, content.channels(), sizes.fadeFrames), renderer(content, ring, sizes),
           thread([this](const std::stop_token& stop) {

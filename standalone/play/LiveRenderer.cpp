@@ -34,7 +34,7 @@ void LiveRenderer::begin(const LiveOrder& order, double position) {
     origin_ = std::llround(position);
     writtenBefore_ = ring_.pushed();
     // The callback fades in where a generation starts.
-    sinceSeam_ = sizes_.fadeFrames;
+    fade_ = sizes_.fadeFrames;
     loopIsRequested_ = false;
 }
 
@@ -43,13 +43,11 @@ bool LiveRenderer::renderBlock(const LiveOrder& order) {
     LiveBlock* const block = ring_.writable();
     if (block == nullptr || waiting >= sizes_.blocksAhead)
         return false;
-    std::size_t toSeam = farAway;
-    if (order.loop && !order.stopAt) {
-        loop(*order.loop, order.speed);
-        toSeam = framesTo(order.speed < 0.0 ? order.loop->from : order.loop->to);
-    }
+    const bool loops = order.loop && !order.stopAt;
+    const std::size_t toSeam = loops ? loop(*order.loop, order.speed) : farAway;
     const std::size_t toStop = order.stopAt ? framesTo(*order.stopAt) : farAway;
-    const std::size_t wanted = std::min({sizes_.blockFrames, toSeam, toStop});
+    // A voice that is behind the loop's end already fades out first.
+    const std::size_t wanted = std::min({sizes_.blockFrames, toSeam == 0 ? fade_ : toSeam, toStop});
     std::vector<std::span<float>> channels;
     for (std::vector<float>& buffer : buffers_)
         channels.push_back(std::span(buffer).first(wanted));
@@ -58,7 +56,7 @@ bool LiveRenderer::renderBlock(const LiveOrder& order) {
     block->position = voice_->position();
     block->step = voice_->step();
     block->frames = voice_->render(channels);
-    block->isLast = block->frames < wanted || wanted == toStop;
+    block->isLast = wanted == toStop || (voice_->isAtEnd() && !loops);
     interleave(*block, toSeam);
     if (block->isLast)
         voice_.reset();
@@ -66,17 +64,20 @@ bool LiveRenderer::renderBlock(const LiveOrder& order) {
     return true;
 }
 
-void LiveRenderer::loop(const LoopRange& range, double speed) {
+std::size_t LiveRenderer::loop(const LoopRange& range, double speed) {
     const auto [end, start] = speed < 0.0 ? std::pair{range.from, range.to} : std::pair{range.to, range.from};
     const std::size_t left = framesTo(end);
-    if (left == 0) {
+    if ((left == 0 && fade_ == 0) || voice_->isAtEnd()) {
         voice_ = content_.start(static_cast<double>(start), speed);
-        sinceSeam_ = 0;
+        fade_ = 0;
         loopIsRequested_ = false;
-    } else if (!loopIsRequested_ && static_cast<double>(left) < loopAhead * sizes_.sampleRate) {
+        return framesTo(end);
+    }
+    if (!loopIsRequested_ && static_cast<double>(left) < loopAhead * sizes_.sampleRate) {
         content_.load(static_cast<double>(start), speed);
         loopIsRequested_ = true;
     }
+    return left;
 }
 
 std::size_t LiveRenderer::framesTo(std::int64_t position) const {
@@ -85,14 +86,17 @@ std::size_t LiveRenderer::framesTo(std::int64_t position) const {
 }
 
 void LiveRenderer::interleave(LiveBlock& block, std::size_t framesToSeam) {
-    const std::size_t fade = sizes_.fadeFrames;
+    const auto full = sizes_.fadeFrames;
     float* out = block.samples.data();
     for (std::size_t frame = 0; frame < block.frames; ++frame) {
-        const std::size_t distance = std::min({framesToSeam - frame, sinceSeam_, fade});
-        sinceSeam_ = std::min(sinceSeam_ + 1, fade);
-        const float gain = static_cast<float>(distance) / static_cast<float>(fade);
+        const float gain = static_cast<float>(fade_) / static_cast<float>(full);
         for (const std::vector<float>& buffer : buffers_)
             *out++ = buffer[frame] * gain;
+        const std::size_t left = framesToSeam - std::min(frame, framesToSeam);
+        if (left <= fade_)
+            --fade_;
+        else
+            fade_ += fade_ == full ? 0 : 1;
     }
 }
 

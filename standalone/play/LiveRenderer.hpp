@@ -53,8 +53,9 @@ public:
 private:
     void begin(const LiveOrder& order, double position);
     bool renderBlock(const LiveOrder& order);
-    /// Jumps to the other end of the loop where the voice has reached the end.
-    void loop(const LoopRange& range, double speed);
+    /// Jumps to the start of the loop where the voice has reached the end and is silent. Returns how many
+    /// frames are left up to the end.
+    std::size_t loop(const LoopRange& range, double speed);
     /// Frames from the next one to a position; 0 where the voice is there, or beyond.
     std::size_t framesTo(std::int64_t position) const;
     void interleave(LiveBlock& block, std::size_t framesToSeam);
@@ -67,8 +68,8 @@ private:
     std::uint64_t writtenBefore_ = 0;
     std::int64_t origin_ = 0;
     std::unique_ptr<LiveContent::Voice> voice_;
-    /// Frames since the voice has jumped in a loop, up to the length of a fade.
-    std::size_t sinceSeam_ = 0;
+    /// Of the fades around the end of a loop: from 0, silent, to the length of a fade, full level.
+    std::size_t fade_ = 0;
     bool loopIsRequested_ = false;
     std::vector<std::vector<float>> buffers_;
 };

@@ -17,6 +17,9 @@ namespace audlmd {
 /// until all channels have read them.
 class MixedTimeline {
 public:
+    /// For whoever plays the sources: a sum may be beyond full scale. See LiveContent.
+    static constexpr int headroom = 20;
+
     /// Throws what Mixer throws.
     MixedTimeline(Timeline timeline, OpenMedia open, std::size_t threads);
 

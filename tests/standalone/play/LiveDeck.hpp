@@ -34,9 +34,14 @@ public:
     static constexpr LiveRenderer::Sizes sizes{
         .blockFrames = 50, .blocksAhead = 8, .fadeFrames = fadeFrames, .sampleRate = 48000};
 
-    explicit LiveDeck(std::vector<std::shared_ptr<SampleSource>> channels, StripSettings strip)
-        : content(std::move(channels), std::move(strip), {.segmentLength = 4099}),
-          output(ring, content.channels(), fadeFrames) {}
+    LiveDeck(const std::vector<std::shared_ptr<SampleSource>>& channels, StripSettings strip,
+             int headroom = 0)
+        : content(channels, std::move(strip), {.segmentLength = 4099}, headroom),
+          output(ring, content.channels(), fadeFrames) {
+        // The deck is faster than time, so all is loaded before.
+        for (std::int64_t at = 0; at < content.length(); at += 4099)
+            content.awaitLoaded(static_cast<double>(at), 1.0);
+    }
 
     void play(double speed) {
         order.plays = true;

@@ -80,7 +80,8 @@ TEST(LiveDeck, DeliversTheBytesOfAStripPlayerAtAnySteadySpeed) {
                                heard.begin() + LiveDeck::fadeFrames));
         EXPECT_EQ(heard.back(), 0.0F);
         EXPECT_TRUE(deck.output.hasEnded(deck.order.generation));
-        EXPECT_EQ(deck.output.position(), speed < 0.0 ? 0.0 : static_cast<double>(soundLength));
+        EXPECT_NEAR(deck.output.position(), speed < 0.0 ? 0.0 : static_cast<double>(soundLength),
+                    alone.speed - 0.5);
         EXPECT_EQ(deck.output.starvedFrames(), 0U);
         EXPECT_EQ(deck.content.totals().underrunSamples, 0U);
     }
@@ -99,7 +100,7 @@ TEST(LiveDeck, DeliversTheBytesOfAMixerForwardsAndBackwards) {
     const Channels expected = mixed(mixer, 0, 36000);
     const auto live = std::make_shared<MixedTimeline>(timeline, media.opener(), 2);
     for (const double speed : {1.0, -1.0}) {
-        LiveDeck deck(MixedTimeline::sources(live), wholeStrip(36000));
+        LiveDeck deck(MixedTimeline::sources(live), wholeStrip(36000), MixedTimeline::headroom);
         deck.seek(speed < 0.0 ? 36000 : 0);
         deck.play(speed);
         const std::vector<float> heard = deck.pull(36000);
@@ -140,8 +141,9 @@ TEST(LiveDeck, NeverClicks) {
                 deck.output.setGain(below(2) == 0 ? 0.5F : 1.0F);
                 break;
             case 3:
-                deck.order.loop =
-                    LoopRange{.from = 150000, .to = 153000 + static_cast<std::int64_t>(below(9000))};
+                deck.order.loop.reset();
+                if (below(2) == 0)
+                    deck.order.loop = {.from = 150000, .to = 153000 + static_cast<std::int64_t>(below(9000))};
                 break;
             default:
                 deck.play(speed = speeds[below(8)]);
@@ -152,8 +154,9 @@ TEST(LiveDeck, NeverClicks) {
             const double limit = 1.2 * steady * std::max(std::fabs(before), std::fabs(speed));
             ASSERT_LE(largestStep(heard, last), limit) << "seed " << seed << ", change " << change;
             last = heard.back();
-            // What the fade-out of this change still plays counts for the next one.
-            before = renders ? speed : std::max(std::fabs(before), std::fabs(speed));
+            // The fade-out of this change may still be heard at the next one.
+            const bool isOver = renders && heard.size() > 2 * LiveDeck::fadeFrames;
+            before = isOver ? speed : std::max(std::fabs(before), std::fabs(speed));
         }
     }
 }
