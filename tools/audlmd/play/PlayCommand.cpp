@@ -60,7 +60,7 @@ struct Obey {
     }
 };
 
-void followKeys(LivePlayer& player) {
+void followKeys(LivePlayer& player, const SoundDevices::Stream& stream) {
     std::puts(TransportKeys::help);
     const KeyTerminal terminal;
     TransportKeys keys(player.length(), player.sampleRate());
@@ -71,13 +71,15 @@ void followKeys(LivePlayer& player) {
                  keys.press(key, {player.isPlaying(), player.speed(), player.position()}))
                 std::visit(Obey{player, quits}, command);
         terminal.show(statusLine(statusOf(player)));
+        stream.requireActive();
     }
 }
 
-void playToTheEnd(LivePlayer& player) {
+void playToTheEnd(LivePlayer& player, const SoundDevices::Stream& stream) {
     auto next = std::chrono::steady_clock::now() + reported;
     while (player.isPlaying()) {
         std::this_thread::sleep_for(redrawn);
+        stream.requireActive();
         if (std::chrono::steady_clock::now() < next)
             continue;
         next += reported;
@@ -145,9 +147,12 @@ void play(const PlayOptions& options) {
                                           [&](std::span<float> frames) { player->fill(frames); });
         player->play();
         if (KeyTerminal::isThere())
-            followKeys(*player);
+            followKeys(*player, stream);
         else
-            playToTheEnd(*player);
+            playToTheEnd(*player, stream);
+        // Time to fade out.
+        player->stop();
+        std::this_thread::sleep_for(redrawn);
     }
     tell(*player, options);
 }

@@ -155,4 +155,9 @@ SoundDevices::Stream::~Stream() {
     Pa_CloseStream(stream_);
 }
 
+void SoundDevices::Stream::requireActive() const {
+    if (Pa_IsStreamActive(stream_) != 1)
+        throw CommandError("the sound device has stopped; is it still connected?");
+}
+
 } // namespace audlmd::command

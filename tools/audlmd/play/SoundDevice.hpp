@@ -51,6 +51,9 @@ public:
         Stream(const Stream&) = delete;
         Stream& operator=(const Stream&) = delete;
 
+        /// Throws CommandError where the device asks for no more frames, as when it was unplugged.
+        void requireActive() const;
+
         struct Callback;
 
     private:
