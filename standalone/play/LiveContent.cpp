@@ -4,6 +4,7 @@
 #include "standalone/mix/ScaledSource.hpp"
 #include "standalone/services/Identities.hpp"
 #include "standalone/signal/Speed.hpp"
+#include "standalone/signal/StripPlayer.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -63,40 +64,53 @@ LiveContent::LiveContent(const std::vector<std::shared_ptr<SampleSource>>& chann
     }
 }
 
-std::unique_ptr<LiveContent::Voice> LiveContent::start(double position, double speed) {
-    return std::unique_ptr<Voice>(new Voice(*this, position, speed));
-}
-
-LiveContent::Voice::Voice(LiveContent& content, double position, double speed)
-    : content_(content), speed_(speed) {
-    StripSettings settings = settingsAt(content.strip_, speed);
-    for (const Cookie& cookie : content.cookies_) {
-        settings.cookie = cookie;
-        players_.push_back(std::make_unique<StripPlayer>(content.cache_, settings));
+/// A player for each channel, all at the same output sample.
+class LiveContent::Voice final : public LiveVoice {
+public:
+    Voice(LiveContent& content, double position, double speed) : content_(content), speed_(speed) {
+        StripSettings settings = settingsAt(content.strip_, speed);
+        for (const Cookie& cookie : content.cookies_) {
+            settings.cookie = cookie;
+            players_.push_back(std::make_unique<StripPlayer>(content.cache_, settings));
+        }
+        const auto length = static_cast<double>(content.length());
+        const double played = std::clamp(speed < 0.0 ? length - position : position, 0.0, length);
+        const auto output = static_cast<std::uint64_t>(std::llround(played / sourceStep()));
+        for (const std::unique_ptr<StripPlayer>& player : players_)
+            player->seek(std::min(output, player->outputLength()));
     }
-    const auto length = static_cast<double>(content.length());
-    const double played = std::clamp(speed < 0.0 ? length - position : position, 0.0, length);
-    const auto output = static_cast<std::uint64_t>(std::llround(played / sourceStep()));
-    for (const std::unique_ptr<StripPlayer>& player : players_)
-        player->seek(std::min(output, player->outputLength()));
-}
 
-std::size_t LiveContent::Voice::render(std::span<const std::span<float>> channels) {
-    const double from = position();
-    std::size_t rendered = 0;
-    for (std::size_t channel = 0; channel < players_.size(); ++channel) {
-        rendered = static_cast<std::size_t>(players_[channel]->render(channels[channel]));
-        for (float& sample : channels[channel].first(rendered))
-            sample *= content_.headroomGain_;
+    std::size_t render(std::span<const std::span<float>> channels) override {
+        const double from = position();
+        std::size_t rendered = 0;
+        for (std::size_t channel = 0; channel < players_.size(); ++channel) {
+            rendered = static_cast<std::size_t>(players_[channel]->render(channels[channel]));
+            for (float& sample : channels[channel].first(rendered))
+                sample *= content_.headroomGain_;
+        }
+        content_.note(from, position());
+        return rendered;
     }
-    content_.note(from, position());
-    return rendered;
-}
 
-double LiveContent::Voice::position() const {
-    const auto length = static_cast<double>(content_.length());
-    const double played = std::min(static_cast<double>(players_.front()->position()) * sourceStep(), length);
-    return speed_ < 0.0 ? length - played : played;
+    bool isAtEnd() const override { return players_.front()->position() == players_.front()->outputLength(); }
+    double position() const override {
+        const auto length = static_cast<double>(content_.length());
+        const double played =
+            std::min(static_cast<double>(players_.front()->position()) * sourceStep(), length);
+        return speed_ < 0.0 ? length - played : played;
+    }
+    double step() const override { return speed_ < 0.0 ? -sourceStep() : sourceStep(); }
+
+private:
+    double sourceStep() const { return players_.front()->speedInForce(); }
+
+    LiveContent& content_;
+    double speed_;
+    std::vector<std::unique_ptr<StripPlayer>> players_;
+};
+
+std::unique_ptr<LiveVoice> LiveContent::start(double position, double speed) {
+    return std::make_unique<Voice>(*this, position, speed);
 }
 
 void LiveContent::load(double position, double speed) const {

@@ -3,7 +3,8 @@
 #include "standalone/cache/MaterialCache.hpp"
 #include "standalone/mix/MixReport.hpp"
 #include "standalone/mix/SpanList.hpp"
-#include "standalone/signal/StripPlayer.hpp"
+#include "standalone/play/LiveVoice.hpp"
+#include "standalone/signal/StripSettings.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -35,31 +36,9 @@ public:
     std::size_t channels() const { return cookies_.size(); }
     std::int64_t length() const { return strip_.to - strip_.from; }
 
-    /// The sound from one position on, at one speed.
-    class Voice {
-    public:
-        /// Renders the next frames: a buffer for each channel, all of one length. Returns how many: fewer at
-        /// the end of the sound.
-        std::size_t render(std::span<const std::span<float>> channels);
-
-        bool isAtEnd() const { return players_.front()->position() == players_.front()->outputLength(); }
-        /// Where the next frame lies, and how far each frame moves on.
-        double position() const;
-        double step() const { return speed_ < 0.0 ? -sourceStep() : sourceStep(); }
-
-    private:
-        friend class LiveContent;
-        Voice(LiveContent& content, double position, double speed);
-        double sourceStep() const { return players_.front()->speedInForce(); }
-
-        LiveContent& content_;
-        double speed_;
-        std::vector<std::unique_ptr<StripPlayer>> players_;
-    };
-
     /// Starts at the output sample that is nearest to the position; requests nothing yet. Throws what
     /// settingsAt() throws.
-    std::unique_ptr<Voice> start(double position, double speed);
+    std::unique_ptr<LiveVoice> start(double position, double speed);
 
     /// Has the cache load what is heard from a position on, in the direction of the speed.
     void load(double position, double speed) const;
@@ -72,6 +51,8 @@ public:
     StripReport report() const;
 
 private:
+    class Voice;
+
     void request(double position, double speed, bool wait) const;
     /// Counts what a voice has missed between two positions.
     void note(double from, double to);

@@ -63,12 +63,12 @@ struct LivePlayer::Impl {
     using Lock = std::unique_lock<std::mutex>;
 
     Impl(const std::vector<std::shared_ptr<SampleSource>>& channels, StripSettings strip, int rate,
-         std::shared_ptr<MixedTimeline> mixed, const LiveOptions& options)
-        : settings(std::move(strip)), sampleRate(rate), timeline(std::move(mixed)),
+         std::shared_ptr<MixedTimeline> mixed, std::unique_ptr<LiveMix> live, const LiveOptions& options)
+        : settings(std::move(strip)), sampleRate(rate), timeline(std::move(mixed)), mix(std::move(live)),
           sizes(sizesFor(options, rate)),
           content(channels, settings, options.cache, timeline != nullptr ? MixedTimeline::headroom : 0),
           ring(2 * sizes.blocksAhead + 2, sizes.blockFrames * content.channels()),
-          output(ring, content.channels(), sizes.fadeFrames), renderer(content, ring, sizes),
+          output(ring, content.channels(), sizes.fadeFrames), renderer(content, mix.get(), ring, sizes),
           thread([this](const std::stop_token& stop) {
               // For debuggers and system monitors; at most 15 characters.
               pthread_setname_np(pthread_self(), "audlmd-live");
@@ -89,7 +89,9 @@ struct LivePlayer::Impl {
 
     const StripSettings settings;
     const int sampleRate;
+    /// Both null where a material is played.
     const std::shared_ptr<MixedTimeline> timeline;
+    const std::unique_ptr<LiveMix> mix;
     const LiveRenderer::Sizes sizes;
     LiveContent content;
     BlockRing ring;
@@ -144,19 +146,21 @@ void LivePlayer::Impl::follow(const LiveOrder& next) {
         renderer.giveUp();
     }
     const StripReport late = content.totals();
-    lateSamples.store(late.underrunSamples, std::memory_order_relaxed);
-    lateEpisodes.store(late.underrunEpisodes, std::memory_order_relaxed);
+    lateSamples.store(late.underrunSamples + (mix ? mix->lateSamples() : 0), std::memory_order_relaxed);
+    lateEpisodes.store(late.underrunEpisodes + (mix ? mix->lateEpisodes() : 0), std::memory_order_relaxed);
 }
 
 LivePlayer::LivePlayer(const Media& media, StripSettings settings, const LiveOptions& options)
     : impl_(std::make_unique<Impl>(media.channels, rangeOf(media, std::move(settings)), media.sampleRate,
-                                   nullptr, options)) {}
+                                   nullptr, nullptr, options)) {}
 
 LivePlayer::LivePlayer(Timeline timeline, OpenMedia open, const LiveOptions& options) {
     const StripSettings whole = wholeOf(timeline);
     const int rate = timeline.sampleRate;
+    auto live = std::make_unique<LiveMix>(timeline, open, options.mixThreads);
     auto mixed = std::make_shared<MixedTimeline>(std::move(timeline), std::move(open), options.mixThreads);
-    impl_ = std::make_unique<Impl>(MixedTimeline::sources(mixed), whole, rate, mixed, options);
+    impl_ =
+        std::make_unique<Impl>(MixedTimeline::sources(mixed), whole, rate, mixed, std::move(live), options);
 }
 
 LivePlayer::~LivePlayer() = default;
@@ -285,14 +289,16 @@ std::uint64_t LivePlayer::starvedEpisodes() const {
 
 LiveReport LivePlayer::report() const {
     LiveReport report;
-    {
-        const std::lock_guard busy(impl_->rendering);
-        report.late = impl_->content.report();
-        if (!impl_->failure.empty())
-            report.late.failure = impl_->failure;
-    }
+    // The mixer behind the cache waits for its files, so its strips are never late. It knows what failed.
     if (impl_->timeline != nullptr)
         report.strips = impl_->timeline->report().strips;
+    const std::lock_guard busy(impl_->rendering);
+    report.late = impl_->content.report();
+    if (!impl_->failure.empty())
+        report.late.failure = impl_->failure;
+    if (impl_->mix != nullptr)
+        for (StripReport& strip : impl_->mix->report())
+            report.strips.push_back(std::move(strip));
     return report;
 }
 

@@ -42,7 +42,8 @@ struct LiveReport {
     /// silence; some of that may have been dropped before it was heard. `failure` is the first error of the
     /// material, or what ended the rendering.
     StripReport late;
-    /// Of a timeline: the strips that failed, see MixReport.
+    /// Of a timeline: the strips that failed or were late, see MixReport. A strip may be there twice: as the
+    /// cache has played it, and as a mixer has.
     std::vector<StripReport> strips;
 };
 
@@ -66,8 +67,12 @@ public:
     /// ignored. An empty range stands for all of the media. Stands at position 0 and does not play yet.
     /// Throws std::invalid_argument for options out of range and for what StripPlan refuses.
     LivePlayer(const Media& media, StripSettings settings, const LiveOptions& options = {});
-    /// Plays a timeline, which must not be empty. Strips that fail are silent, and reported. Throws what
-    /// Mixer throws.
+    /// Plays a timeline, which must not be empty. Strips that fail are silent, and reported. `open` is called
+    /// by two threads at the same time. Throws what Mixer throws.
+    ///
+    /// At speed 1 a mixer that does not wait takes over after a second or so: then a slow disk silences the
+    /// strips that lie on the disk, and the report names them. Before, at other speeds, and while strips
+    /// sound that carry state, late samples are those of the whole mix.
     LivePlayer(Timeline timeline, OpenMedia open, const LiveOptions& options = {});
     /// Waits for reads that have begun. The callback must not run any more.
     ~LivePlayer();

@@ -13,8 +13,8 @@ constexpr std::size_t farAway = std::numeric_limits<std::size_t>::max();
 
 } // namespace
 
-LiveRenderer::LiveRenderer(LiveContent& content, BlockRing& ring, const Sizes& sizes)
-    : content_(content), ring_(ring), sizes_(sizes),
+LiveRenderer::LiveRenderer(LiveContent& content, LiveMix* mix, BlockRing& ring, const Sizes& sizes)
+    : content_(content), mix_(mix), ring_(ring), sizes_(sizes),
       buffers_(content.channels(), std::vector<float>(sizes.blockFrames)) {}
 
 void LiveRenderer::follow(const LiveOrder& order, double position) {
@@ -30,12 +30,17 @@ void LiveRenderer::begin(const LiveOrder& order, double position) {
     if (!order.plays)
         return;
     content_.awaitLoaded(position, order.speed);
-    voice_ = content_.start(position, order.speed);
+    voice_ = start(position, order.speed);
     origin_ = std::llround(position);
     writtenBefore_ = ring_.pushed();
     // The callback fades in where a generation starts.
     fade_ = sizes_.fadeFrames;
     loopIsRequested_ = false;
+}
+
+std::unique_ptr<LiveVoice> LiveRenderer::start(double position, double speed) {
+    std::unique_ptr<LiveVoice> voice = content_.start(position, speed);
+    return mix_ != nullptr && speed == 1.0 ? mix_->play(std::move(voice)) : std::move(voice);
 }
 
 bool LiveRenderer::renderBlock(const LiveOrder& order) {
@@ -65,16 +70,16 @@ bool LiveRenderer::renderBlock(const LiveOrder& order) {
 }
 
 std::size_t LiveRenderer::loop(const LoopRange& range, double speed) {
-    const auto [end, start] = speed < 0.0 ? std::pair{range.from, range.to} : std::pair{range.to, range.from};
+    const auto [end, begin] = speed < 0.0 ? std::pair{range.from, range.to} : std::pair{range.to, range.from};
     const std::size_t left = framesTo(end);
     if ((left == 0 && fade_ == 0) || voice_->isAtEnd()) {
-        voice_ = content_.start(static_cast<double>(start), speed);
+        voice_ = start(static_cast<double>(begin), speed);
         fade_ = 0;
         loopIsRequested_ = false;
         return framesTo(end);
     }
     if (!loopIsRequested_ && static_cast<double>(left) < loopAhead * sizes_.sampleRate) {
-        content_.load(static_cast<double>(start), speed);
+        content_.load(static_cast<double>(begin), speed);
         loopIsRequested_ = true;
     }
     return left;

@@ -2,6 +2,7 @@
 
 #include "standalone/play/BlockRing.hpp"
 #include "standalone/play/LiveContent.hpp"
+#include "standalone/play/LiveMix.hpp"
 #include "standalone/play/LivePlayer.hpp"
 
 #include <cstddef>
@@ -38,7 +39,8 @@ public:
         int sampleRate;
     };
 
-    LiveRenderer(LiveContent& content, BlockRing& ring, const Sizes& sizes);
+    /// `mix` is null unless the content is that of a timeline: then voices at speed 1 are handed to the mix.
+    LiveRenderer(LiveContent& content, LiveMix* mix, BlockRing& ring, const Sizes& sizes);
 
     /// Fills the ring. For an order of a new generation, starts at `position` first, and waits until the
     /// first samples are loaded. Throws what render functions throw.
@@ -52,6 +54,7 @@ public:
 
 private:
     void begin(const LiveOrder& order, double position);
+    std::unique_ptr<LiveVoice> start(double position, double speed);
     bool renderBlock(const LiveOrder& order);
     /// Jumps to the start of the loop where the voice has reached the end and is silent. Returns how many
     /// frames are left up to the end.
@@ -61,13 +64,14 @@ private:
     void interleave(LiveBlock& block, std::size_t framesToSeam);
 
     LiveContent& content_;
+    LiveMix* mix_;
     BlockRing& ring_;
     const Sizes sizes_;
     std::uint64_t generation_ = 0;
     /// How many blocks were written before the generation.
     std::uint64_t writtenBefore_ = 0;
     std::int64_t origin_ = 0;
-    std::unique_ptr<LiveContent::Voice> voice_;
+    std::unique_ptr<LiveVoice> voice_;
     /// Of the fades around the end of a loop: from 0, silent, to the length of a fade, full level.
     std::size_t fade_ = 0;
     bool loopIsRequested_ = false;

@@ -35,9 +35,9 @@ public:
         .blockFrames = 50, .blocksAhead = 8, .fadeFrames = fadeFrames, .sampleRate = 48000};
 
     LiveDeck(const std::vector<std::shared_ptr<SampleSource>>& channels, StripSettings strip,
-             int headroom = 0)
+             int headroom = 0, LiveMix* mix = nullptr)
         : content(channels, std::move(strip), {.segmentLength = 4099}, headroom),
-          output(ring, content.channels(), fadeFrames) {
+          output(ring, content.channels(), fadeFrames), renderer(content, mix, ring, sizes) {
         // The deck is faster than time, so all is loaded before.
         for (std::int64_t at = 0; at < content.length(); at += 4099)
             content.awaitLoaded(static_cast<double>(at), 1.0);
@@ -73,7 +73,7 @@ public:
     LiveContent content;
     BlockRing ring{2 * sizes.blocksAhead + 2, 2 * sizes.blockFrames};
     LiveOutput output;
-    LiveRenderer renderer{content, ring, sizes};
+    LiveRenderer renderer;
     LiveOrder order;
 
 private:

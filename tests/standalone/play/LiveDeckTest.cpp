@@ -6,7 +6,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <mutex>
 #include <random>
+#include <thread>
 
 namespace audlmd::test {
 namespace {
@@ -115,6 +118,80 @@ TEST(LiveDeck, DeliversTheBytesOfAMixerForwardsAndBackwards) {
     }
     ASSERT_EQ(live->report().strips.size(), 1U);
     EXPECT_EQ(live->report().strips.front().failure, "no medium 'gone'");
+}
+
+/// Reads wait while the gate is locked.
+class GatedSource final : public SampleSource {
+public:
+    explicit GatedSource(std::mutex& gate) : gate_(gate) {}
+    std::int64_t length() const override { return 48000; }
+    void read(std::int64_t, std::span<float> samples) override {
+        const std::lock_guard passing(gate_);
+        std::ranges::fill(samples, 0.25F);
+    }
+    /// As of a file: one loader thread alone waits.
+    const void* exclusiveResource() const override { return this; }
+
+private:
+    std::mutex& gate_;
+};
+
+/// In real time from 0.3 seconds on, so that the mixer is ready.
+std::vector<float> pullSteadily(LiveDeck& deck, std::size_t frames) {
+    std::vector<float> heard = deck.pull(14400);
+    while (heard.size() < frames) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        const std::vector<float> more = deck.pull(std::min<std::size_t>(960, frames - heard.size()));
+        heard.insert(heard.end(), more.begin(), more.end());
+    }
+    return heard;
+}
+
+TEST(LiveMix, TakesOverWithoutASeamAndNamesLateStrips) {
+    constexpr std::size_t length = 150000;
+    TestMedia media;
+    media.add("sound", {soundNumber(1, length)});
+    TimelineStrip carrying = stripOf("sound", 1000, 69000);
+    carrying.settings.converter = Converter::filtering;
+    carrying.settings.speed = 0.5;
+    Timeline timeline = timelineOf({stripOf("sound", 0, length), carrying, stripOf("gated", 100000, 20000)});
+    timeline.length = length;
+    std::mutex gate;
+    const OpenMedia open = [&, opener = media.opener()](const std::string& name) {
+        return name == "gated" ? Media{.channels = {std::make_shared<GatedSource>(gate)}} : opener(name);
+    };
+    for (const bool isLate : {false, true}) {
+        const auto mix = std::make_shared<MixedTimeline>(timeline, open, 1);
+        LiveMix live(timeline, open, 1);
+        // The strip that carries state is over at 70000.
+        EXPECT_EQ(live.placeFrom(60000), 70000);
+        EXPECT_EQ(live.placeFrom(1000), 1000);
+        EXPECT_EQ(live.placeFrom(length), std::nullopt);
+        LiveDeck deck(MixedTimeline::sources(mix), wholeStrip(length), MixedTimeline::headroom, &live);
+        std::unique_lock closed(gate, std::defer_lock);
+        if (isLate)
+            closed.lock();
+        deck.play(1.0);
+        const std::vector<float> heard = pullSteadily(deck, length);
+        EXPECT_EQ(live.takeovers(), 1U);
+        Timeline expected = timeline;
+        if (isLate) {
+            expected.tracks[0].strips.pop_back();
+            closed.unlock();
+        }
+        Mixer alone(expected, open);
+        EXPECT_TRUE(std::equal(heard.begin() + LiveDeck::fadeFrames, heard.end(),
+                               mixed(alone, 0, length).front().begin() + LiveDeck::fadeFrames));
+        EXPECT_EQ(deck.content.totals().underrunSamples, 0U);
+        EXPECT_EQ(live.lateSamples(), isLate ? 20000U : 0U);
+        const std::vector<StripReport> late = live.report();
+        const auto named = std::ranges::find(late, 20000U, &StripReport::underrunSamples);
+        ASSERT_EQ(named != late.end(), isLate);
+        if (isLate) {
+            EXPECT_EQ(named->strip, 2U);
+            EXPECT_EQ(named->silent, (std::vector{OutputSpan{.from = 100000, .to = 120000}}));
+        }
+    }
 }
 
 TEST(LiveDeck, NeverClicks) {
