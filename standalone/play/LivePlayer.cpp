@@ -38,23 +38,6 @@ StripSettings wholeOf(const Timeline& timeline) {
     return settings;
 }
 
-std::size_t framesIn(double seconds, int sampleRate) {
-    return static_cast<std::size_t>(std::max(1LL, std::llround(seconds * sampleRate)));
-}
-
-LiveRenderer::Sizes sizesFor(const LiveOptions& options, int sampleRate) {
-    if (!(options.latency >= 0.005 && options.latency <= 2.0))
-        throw std::invalid_argument("the latency must be from 0.005 to 2 seconds");
-    if (!(options.fade >= 0.001 && options.fade <= 0.1))
-        throw std::invalid_argument("a fade must be from 0.001 to 0.1 seconds");
-    const std::size_t latency = framesIn(options.latency, sampleRate);
-    const std::size_t block = std::clamp<std::size_t>(latency / 8, 16, 4096);
-    return {.blockFrames = block,
-            .blocksAhead = std::max<std::size_t>(2, latency / block),
-            .fadeFrames = framesIn(options.fade, sampleRate),
-            .sampleRate = sampleRate};
-}
-
 } // namespace
 
 /// Orders go from the program to the render thread under a mutex. The callback learns of them by the
@@ -65,7 +48,7 @@ struct LivePlayer::Impl {
     Impl(const std::vector<std::shared_ptr<SampleSource>>& channels, StripSettings strip, int rate,
          std::shared_ptr<MixedTimeline> mixed, std::unique_ptr<LiveMix> live, const LiveOptions& options)
         : settings(std::move(strip)), sampleRate(rate), timeline(std::move(mixed)), mix(std::move(live)),
-          sizes(sizesFor(options, rate)),
+          sizes(LiveRenderer::sizesFor(options, rate)),
           content(channels, settings, options.cache, timeline != nullptr ? MixedTimeline::headroom : 0),
           ring(2 * sizes.blocksAhead + 2, sizes.blockFrames * content.channels()),
           output(ring, content.channels(), sizes.fadeFrames), renderer(content, mix.get(), ring, sizes),
@@ -237,7 +220,7 @@ void LivePlayer::jog(std::int64_t samples) {
 }
 
 void LivePlayer::setLoop(std::optional<LoopRange> range) {
-    const auto shortest = static_cast<std::int64_t>(framesIn(shortestLoop, sampleRate()));
+    const auto shortest = std::llround(shortestLoop * sampleRate());
     if (range && (range->from < 0 || range->to > length() || range->to - range->from < shortest))
         throw std::invalid_argument("a loop lies inside the sound and lasts at least 0.05 seconds");
     const Impl::Lock lock(impl_->mutex);

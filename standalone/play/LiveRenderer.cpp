@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <stdexcept>
+#include <utility>
 
 namespace audlmd {
 namespace {
@@ -11,7 +13,24 @@ namespace {
 constexpr double loopAhead = 2.0;
 constexpr std::size_t farAway = std::numeric_limits<std::size_t>::max();
 
+std::size_t framesIn(double seconds, int sampleRate) {
+    return static_cast<std::size_t>(std::max(1LL, std::llround(seconds * sampleRate)));
+}
+
 } // namespace
+
+LiveRenderer::Sizes LiveRenderer::sizesFor(const LiveOptions& options, int sampleRate) {
+    if (!(options.latency >= 0.005 && options.latency <= 2.0))
+        throw std::invalid_argument("the latency must be from 0.005 to 2 seconds");
+    if (!(options.fade >= 0.001 && options.fade <= 0.1))
+        throw std::invalid_argument("a fade must be from 0.001 to 0.1 seconds");
+    const std::size_t latency = framesIn(options.latency, sampleRate);
+    const std::size_t block = std::clamp<std::size_t>(latency / 8, 16, 4096);
+    return {.blockFrames = block,
+            .blocksAhead = std::max<std::size_t>(2, latency / block),
+            .fadeFrames = framesIn(options.fade, sampleRate),
+            .sampleRate = sampleRate};
+}
 
 LiveRenderer::LiveRenderer(LiveContent& content, LiveMix* mix, BlockRing& ring, const Sizes& sizes)
     : content_(content), mix_(mix), ring_(ring), sizes_(sizes),

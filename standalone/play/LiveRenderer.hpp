@@ -38,6 +38,8 @@ public:
         std::size_t fadeFrames;
         int sampleRate;
     };
+    /// Throws std::invalid_argument for options out of range.
+    static Sizes sizesFor(const LiveOptions& options, int sampleRate);
 
     /// `mix` is null unless the content is that of a timeline: then voices at speed 1 are handed to the mix.
     LiveRenderer(LiveContent& content, LiveMix* mix, BlockRing& ring, const Sizes& sizes);

@@ -108,15 +108,19 @@ DeviceFormat formatFor(const SoundDevices& devices, int device, PlayInput& input
                        " Hz; choose another --rate or --device (--list-devices shows what there is)");
 }
 
-void tell(LivePlayer& player, const PlayOptions& options) {
+/// Throws CommandError where a part of the sound has failed.
+void tell(LivePlayer& player, const PlayInput& input) {
     std::printf("%s\n", underrunText(statusOf(player)).c_str());
     const LiveReport report = player.report();
+    for (const StripReport& strip : report.strips)
+        if (strip.underrunSamples != 0)
+            std::printf("late: %s, %llu samples\n", input.nameOf(strip).c_str(),
+                        static_cast<unsigned long long>(strip.underrunSamples));
     if (!report.late.failure.empty())
         throw CommandError(report.late.failure);
-    const auto failed =
-        std::ranges::find_if(report.strips, [](const StripReport& strip) { return !strip.failure.empty(); });
-    if (failed != report.strips.end())
-        throw CommandError("a clip of '" + options.input.string() + "' is silent: " + failed->failure);
+    for (const StripReport& strip : report.strips)
+        if (!strip.failure.empty())
+            throw CommandError(input.nameOf(strip) + ": " + strip.failure);
 }
 
 void play(const PlayOptions& options) {
@@ -154,7 +158,7 @@ void play(const PlayOptions& options) {
         player->stop();
         std::this_thread::sleep_for(redrawn);
     }
-    tell(*player, options);
+    tell(*player, input);
 }
 
 } // namespace

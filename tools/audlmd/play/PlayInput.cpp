@@ -3,6 +3,7 @@
 #include "standalone/mix/RateConvertedSource.hpp"
 #include "standalone/play/LiveContent.hpp"
 #include "tools/audlmd/CommandError.hpp"
+#include "tools/timeline/TimelineError.hpp"
 #include "tools/timeline/TimelineFiles.hpp"
 
 #include <cerrno>
@@ -83,6 +84,11 @@ void PlayInput::doubleChannel() {
         timeline_.channels = 2;
     else
         media_.channels.push_back(media_.channels.front());
+}
+
+std::string PlayInput::nameOf(const StripReport& strip) const {
+    const TimelineTrack& track = timeline_.tracks[strip.track];
+    return timeline::Where{track.name, track.strips[strip.strip].name}.text();
 }
 
 std::unique_ptr<LivePlayer> PlayInput::makePlayer(const LiveOptions& live) const {

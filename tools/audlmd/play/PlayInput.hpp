@@ -4,8 +4,8 @@
 #include "tools/audlmd/mix/MediaFinder.hpp"
 #include "tools/audlmd/play/PlayOptions.hpp"
 
-#include <functional>
 #include <memory>
+#include <string>
 
 namespace audlmd::command {
 
@@ -19,6 +19,9 @@ public:
     int sampleRate() const;
     /// Plays the one channel of the input on two, for devices that have no single one.
     void doubleChannel();
+
+    /// Names a strip of the timeline.
+    std::string nameOf(const StripReport& strip) const;
 
     /// Throws what LivePlayer throws.
     std::unique_ptr<LivePlayer> makePlayer(const LiveOptions& live) const;
