@@ -63,9 +63,9 @@ public:
     std::uint64_t popped() const { return read_.load(std::memory_order_acquire); }
 
 private:
-    std::vector<LiveBlock> blocks_;
-    /// On cache lines of their own, because each thread writes one of them all the time.
+    /// Each number on a cache line of its own, because two threads write them all the time.
     alignas(64) std::atomic<std::uint64_t> written_{0};
+    std::vector<LiveBlock> blocks_;
     alignas(64) std::atomic<std::uint64_t> read_{0};
 };
 

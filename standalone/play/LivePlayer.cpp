@@ -42,6 +42,7 @@ StripSettings wholeOf(const Timeline& timeline) {
 
 /// Orders go from the program to the render thread under a mutex. The callback learns of them by the
 /// generation alone.
+// In the order in which the members are made. NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding)
 struct LivePlayer::Impl {
     using Lock = std::unique_lock<std::mutex>;
 
@@ -68,7 +69,7 @@ struct LivePlayer::Impl {
     void change(const Lock&);
 
     void serve(const std::stop_token& stop);
-    void follow(const LiveOrder& order);
+    void follow(const LiveOrder& next);
 
     const StripSettings settings;
     const int sampleRate;

@@ -127,7 +127,7 @@ public:
     LiveReport report() const;
 
 private:
-    class Impl;
+    struct Impl;
     std::unique_ptr<Impl> impl_;
 };
 

@@ -6,10 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <mutex>
 #include <random>
-#include <thread>
 
 namespace audlmd::test {
 namespace {
@@ -46,6 +43,27 @@ float largestStep(const std::vector<float>& samples, float before) {
     return largest;
 }
 
+/// Played live at a speed of the transport, a strip must sound like `alone`.
+void expectBytes(const StripSettings& strip, double speed, std::int64_t from, const StripSettings& alone) {
+    SCOPED_TRACE(testing::Message() << "speed " << speed << " from " << from);
+    const std::int64_t start = speed < 0.0 ? static_cast<std::int64_t>(soundLength) - from : from;
+    const std::vector<float> expected =
+        playedAlone(alone, static_cast<std::uint64_t>(static_cast<double>(start) / alone.speed));
+    LiveDeck deck(twoChannels(), strip);
+    deck.seek(from);
+    deck.play(speed);
+    // The last sample fades out.
+    const std::vector<float> heard = channelOf(deck.pull(expected.size() + 2 * LiveDeck::fadeFrames), 0);
+    EXPECT_TRUE(std::equal(expected.begin() + LiveDeck::fadeFrames, expected.end(),
+                           heard.begin() + LiveDeck::fadeFrames));
+    EXPECT_EQ(heard.back(), 0.0F);
+    EXPECT_TRUE(deck.output.hasEnded(deck.order.generation));
+    EXPECT_NEAR(deck.output.position(), speed < 0.0 ? 0.0 : static_cast<double>(soundLength),
+                alone.speed - 0.5);
+    EXPECT_EQ(deck.output.starvedFrames(), 0U);
+    EXPECT_EQ(deck.content.totals().underrunSamples, 0U);
+}
+
 TEST(LiveDeck, DeliversTheBytesOfAStripPlayerAtAnySteadySpeed) {
     struct Case {
         double speed;
@@ -55,13 +73,12 @@ TEST(LiveDeck, DeliversTheBytesOfAStripPlayerAtAnySteadySpeed) {
         Converter converter;
     };
     const Case cases[] = {
-        {1.0, 0, false, 1.0, Converter::none},           {1.0, 7777, false, 1.0, Converter::none},
-        {-1.0, 30000, false, 1.0, Converter::none},      {-1.0, 20001, false, 1.0, Converter::none},
-        {1.0, 123, true, 1.0, Converter::none},          {1.1, 0, false, 1.0, Converter::filtering},
-        {-0.5, 30000, false, 1.0, Converter::filtering}, {8.0, 0, false, 1.0, Converter::linear},
-        {-1.0, 30000, false, 1.5, Converter::linear},    {2.0, 0, true, 1.25, Converter::filtering}};
+        {1.0, 0, false, 1.0, Converter::none},      {1.0, 7777, false, 1.0, Converter::none},
+        {-1.0, 20001, false, 1.0, Converter::none}, {1.0, 123, true, 1.0, Converter::none},
+        {1.1, 0, false, 1.0, Converter::filtering}, {-0.5, 30000, false, 1.0, Converter::filtering},
+        {8.0, 0, false, 1.0, Converter::linear},    {-1.0, 30000, false, 1.5, Converter::linear},
+        {2.0, 0, true, 1.25, Converter::filtering}};
     for (const auto& [speed, from, reverse, stripSpeed, converter] : cases) {
-        SCOPED_TRACE(testing::Message() << "speed " << speed << " from " << from);
         StripSettings strip = wholeStrip(soundLength);
         strip.reverse = reverse;
         strip.speed = stripSpeed;
@@ -70,35 +87,16 @@ TEST(LiveDeck, DeliversTheBytesOfAStripPlayerAtAnySteadySpeed) {
         alone.reverse = reverse != (speed < 0.0);
         alone.speed = std::fabs(speed) * stripSpeed;
         alone.converter = converter;
-        const std::int64_t start = speed < 0.0 ? static_cast<std::int64_t>(soundLength) - from : from;
-        std::vector<float> expected =
-            playedAlone(alone, static_cast<std::uint64_t>(static_cast<double>(start) / alone.speed));
-
-        LiveDeck deck(twoChannels(), strip);
-        deck.seek(from);
-        deck.play(speed);
-        // The last sample fades out.
-        std::vector<float> heard = channelOf(deck.pull(expected.size() + 2 * LiveDeck::fadeFrames), 0);
-        EXPECT_TRUE(std::equal(expected.begin() + LiveDeck::fadeFrames, expected.end(),
-                               heard.begin() + LiveDeck::fadeFrames));
-        EXPECT_EQ(heard.back(), 0.0F);
-        EXPECT_TRUE(deck.output.hasEnded(deck.order.generation));
-        EXPECT_NEAR(deck.output.position(), speed < 0.0 ? 0.0 : static_cast<double>(soundLength),
-                    alone.speed - 0.5);
-        EXPECT_EQ(deck.output.starvedFrames(), 0U);
-        EXPECT_EQ(deck.content.totals().underrunSamples, 0U);
+        expectBytes(strip, speed, from, alone);
     }
 }
 
 TEST(LiveDeck, DeliversTheBytesOfAMixerForwardsAndBackwards) {
     TestMedia media;
     media.add("sound", {soundNumber(1, soundLength), soundNumber(2, soundLength)});
-    const Timeline timeline = [] {
-        Timeline made =
-            timelineOf({stripOf("sound", 0, 20000), stripOf("sound", 9000, 30000), stripOf("gone", 0, 9)}, 2);
-        made.length = 36000;
-        return made;
-    }();
+    Timeline timeline =
+        timelineOf({stripOf("sound", 0, 20000), stripOf("sound", 9000, 30000), stripOf("gone", 0, 9)}, 2);
+    timeline.length = 36000;
     Mixer mixer(timeline, media.opener());
     const Channels expected = mixed(mixer, 0, 36000);
     const auto live = std::make_shared<MixedTimeline>(timeline, media.opener(), 2);
@@ -120,120 +118,49 @@ TEST(LiveDeck, DeliversTheBytesOfAMixerForwardsAndBackwards) {
     EXPECT_EQ(live->report().strips.front().failure, "no medium 'gone'");
 }
 
-/// Reads wait while the gate is locked.
-class GatedSource final : public SampleSource {
-public:
-    explicit GatedSource(std::mutex& gate) : gate_(gate) {}
-    std::int64_t length() const override { return 48000; }
-    void read(std::int64_t, std::span<float> samples) override {
-        const std::lock_guard passing(gate_);
-        std::ranges::fill(samples, 0.25F);
-    }
-    /// As of a file: one loader thread alone waits.
-    const void* exclusiveResource() const override { return this; }
-
-private:
-    std::mutex& gate_;
-};
-
-/// In real time from 0.3 seconds on, so that the mixer is ready.
-std::vector<float> pullSteadily(LiveDeck& deck, std::size_t frames) {
-    std::vector<float> heard = deck.pull(14400);
-    while (heard.size() < frames) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        const std::vector<float> more = deck.pull(std::min<std::size_t>(960, frames - heard.size()));
-        heard.insert(heard.end(), more.begin(), more.end());
-    }
-    return heard;
-}
-
-TEST(LiveMix, TakesOverWithoutASeamAndNamesLateStrips) {
-    constexpr std::size_t length = 150000;
-    TestMedia media;
-    media.add("sound", {soundNumber(1, length)});
-    TimelineStrip carrying = stripOf("sound", 1000, 69000);
-    carrying.settings.converter = Converter::filtering;
-    carrying.settings.speed = 0.5;
-    Timeline timeline = timelineOf({stripOf("sound", 0, length), carrying, stripOf("gated", 100000, 20000)});
-    timeline.length = length;
-    std::mutex gate;
-    const OpenMedia open = [&, opener = media.opener()](const std::string& name) {
-        return name == "gated" ? Media{.channels = {std::make_shared<GatedSource>(gate)}} : opener(name);
-    };
-    for (const bool isLate : {false, true}) {
-        const auto mix = std::make_shared<MixedTimeline>(timeline, open, 1);
-        LiveMix live(timeline, open, 1);
-        // The strip that carries state is over at 70000.
-        EXPECT_EQ(live.placeFrom(60000), 70000);
-        EXPECT_EQ(live.placeFrom(1000), 1000);
-        EXPECT_EQ(live.placeFrom(length), std::nullopt);
-        LiveDeck deck(MixedTimeline::sources(mix), wholeStrip(length), MixedTimeline::headroom, &live);
-        std::unique_lock closed(gate, std::defer_lock);
-        if (isLate)
-            closed.lock();
-        deck.play(1.0);
-        const std::vector<float> heard = pullSteadily(deck, length);
-        EXPECT_EQ(live.takeovers(), 1U);
-        Timeline expected = timeline;
-        if (isLate) {
-            expected.tracks[0].strips.pop_back();
-            closed.unlock();
-        }
-        Mixer alone(expected, open);
-        EXPECT_TRUE(std::equal(heard.begin() + LiveDeck::fadeFrames, heard.end(),
-                               mixed(alone, 0, length).front().begin() + LiveDeck::fadeFrames));
-        EXPECT_EQ(deck.content.totals().underrunSamples, 0U);
-        EXPECT_EQ(live.lateSamples(), isLate ? 20000U : 0U);
-        const std::vector<StripReport> late = live.report();
-        const auto named = std::ranges::find(late, 20000U, &StripReport::underrunSamples);
-        ASSERT_EQ(named != late.end(), isLate);
-        if (isLate) {
-            EXPECT_EQ(named->strip, 2U);
-            EXPECT_EQ(named->silent, (std::vector{OutputSpan{.from = 100000, .to = 120000}}));
-        }
+/// Does something to the transport that is heard as a seam. Returns the speed from then on.
+double disturb(LiveDeck& deck, std::mt19937& random, double speed) {
+    constexpr double speeds[] = {1.0, -1.0, 1.0, -1.0, 1.1, -2.0, 4.0, -8.0};
+    switch (random() % 6) {
+    case 0:
+        deck.stop();
+        return speed;
+    case 1:
+        deck.seek(static_cast<std::int64_t>(random() % 400000));
+        return speed;
+    case 2:
+        deck.output.setGain(random() % 2 == 0 ? 0.5F : 1.0F);
+        return speed;
+    case 3:
+        deck.order.loop.reset();
+        if (random() % 2 == 0)
+            deck.order.loop = {.from = 150000, .to = 153000 + static_cast<std::int64_t>(random() % 9000)};
+        return speed;
+    default:
+        speed = speeds[random() % 8];
+        deck.play(speed);
+        return speed;
     }
 }
 
 TEST(LiveDeck, NeverClicks) {
-    constexpr double hertz = 440.0;
-    const double steady = 0.5 * 2.0 * std::sin(std::numbers::pi * hertz / 48000.0);
+    const double steady = 0.5 * 2.0 * std::sin(std::numbers::pi * 440.0 / 48000.0);
     for (const unsigned int seed : {1U, 2U, 3U}) {
         std::mt19937 random(seed);
-        const auto below = [&](std::size_t limit) { return random() % limit; };
-        LiveDeck deck({sineSource(hertz, 400000)}, wholeStrip(400000));
+        LiveDeck deck({sineSource(440.0, 400000)}, wholeStrip(400000));
         double before = 1.0;
         float last = 0.0F;
         deck.seek(200000);
         for (int change = 0; change < 400; ++change) {
-            const double speeds[] = {1.0, -1.0, 1.0, -1.0, 1.1, -2.0, 4.0, -8.0};
-            double speed = before;
-            switch (below(6)) {
-            case 0:
-                deck.stop();
-                break;
-            case 1:
-                deck.seek(static_cast<std::int64_t>(below(400000)));
-                break;
-            case 2:
-                deck.output.setGain(below(2) == 0 ? 0.5F : 1.0F);
-                break;
-            case 3:
-                deck.order.loop.reset();
-                if (below(2) == 0)
-                    deck.order.loop = {.from = 150000, .to = 153000 + static_cast<std::int64_t>(below(9000))};
-                break;
-            default:
-                deck.play(speed = speeds[below(8)]);
-            }
+            const double speed = disturb(deck, random, before);
             // Now and then the device asks for frames while nothing is rendered.
-            const bool renders = below(4) != 0;
-            const std::vector<float> heard = deck.pull(1 + below(renders ? 2000 : 900), renders);
-            const double limit = 1.2 * steady * std::max(std::fabs(before), std::fabs(speed));
-            ASSERT_LE(largestStep(heard, last), limit) << "seed " << seed << ", change " << change;
+            const bool renders = random() % 4 != 0;
+            const std::vector<float> heard = deck.pull(1 + random() % (renders ? 2000 : 900), renders);
+            const double fastest = std::max(std::fabs(before), std::fabs(speed));
+            ASSERT_LE(largestStep(heard, last), 1.2 * steady * fastest) << "seed " << seed << ", " << change;
             last = heard.back();
             // The fade-out of this change may still be heard at the next one.
-            const bool isOver = renders && heard.size() > 2 * LiveDeck::fadeFrames;
-            before = isOver ? speed : std::max(std::fabs(before), std::fabs(speed));
+            before = renders && heard.size() > 2 * LiveDeck::fadeFrames ? speed : fastest;
         }
     }
 }
