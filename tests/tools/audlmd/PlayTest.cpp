@@ -120,50 +120,71 @@ TEST_F(PlayCommand, SaysWhatCannotBePlayed) {
     expectRefused("play a.wav", "no sound device");
 }
 
+/// The command on a terminal, which the test reads and types on.
+class TypedCommand {
+public:
+    explicit TypedCommand(const Path& sound) : process_(forkpty(&terminal_, nullptr, nullptr, nullptr)) {
+        if (process_ == 0) {
+            execl(AUDLMD_COMMAND, "audlmd", "play", sound.c_str(), nullptr);
+            _exit(127);
+        }
+    }
+    ~TypedCommand() { close(terminal_); }
+    TypedCommand(const TypedCommand&) = delete;
+    TypedCommand& operator=(const TypedCommand&) = delete;
+
+    void type(const std::string& keys) const {
+        EXPECT_EQ(write(terminal_, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
+    }
+    /// Reads until the text is on the screen.
+    void await(const std::string& text) const {
+        std::string screen;
+        std::vector<char> bytes(4096);
+        pollfd output{.fd = terminal_, .events = POLLIN, .revents = 0};
+        while (screen.find(text) == std::string::npos && poll(&output, 1, 5000) > 0) {
+            const ssize_t count = read(terminal_, bytes.data(), bytes.size());
+            if (count <= 0)
+                break;
+            screen.append(bytes.data(), static_cast<std::size_t>(count));
+        }
+        EXPECT_THAT(screen, HasSubstr(text));
+    }
+    tcflag_t modes() const {
+        termios terminal{};
+        tcgetattr(terminal_, &terminal);
+        return terminal.c_lflag;
+    }
+    void kill(int signal) const { ::kill(process_, signal); }
+    /// The exit status, or the signal that has ended the command.
+    int end() const {
+        int status = -1;
+        for (int tries = 0; tries < 500 && waitpid(process_, &status, WNOHANG) == 0; ++tries)
+            std::this_thread::sleep_for(10ms);
+        return WIFEXITED(status) ? WEXITSTATUS(status) : WTERMSIG(status);
+    }
+
+private:
+    int terminal_ = -1;
+    pid_t process_;
+};
+
 TEST_F(PlayCommand, ObeysKeysAndLeavesTheTerminalAsItWas) {
     writeSound(in("a.wav"), noise(2, 48'000 * 60));
     for (const int signal : {0, SIGTERM, SIGINT, SIGHUP}) {
-        int keyboard = -1;
-        const pid_t process = forkpty(&keyboard, nullptr, nullptr, nullptr);
-        if (process == 0) {
-            execl(AUDLMD_COMMAND, "audlmd", "play", in("a.wav").c_str(), nullptr);
-            _exit(127);
-        }
-        termios before{};
-        tcgetattr(keyboard, &before);
-        std::string screen;
-        const auto awaitScreen = [&](const std::string& text) {
-            pollfd output{.fd = keyboard, .events = POLLIN, .revents = 0};
-            std::vector<char> bytes(4096);
-            while (screen.find(text) == std::string::npos && poll(&output, 1, 5000) > 0) {
-                const ssize_t count = read(keyboard, bytes.data(), bytes.size());
-                screen.append(bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
-                if (count <= 0)
-                    break;
-            }
-            EXPECT_THAT(screen, HasSubstr(text));
-            screen.clear();
-        };
-        awaitScreen("> 0:00:00.3/0:01:00.0 +1x [");
-        termios during{};
-        tcgetattr(keyboard, &during);
-        EXPECT_EQ(during.c_lflag & (ICANON | ECHO), 0U);
-        EXPECT_EQ(write(keyboard, "l\033[C\033[C", 7), 7);
-        awaitScreen("> 0:00:03.");
-        EXPECT_EQ(write(keyboard, "k", 1), 1);
-        awaitScreen("| 0:00:0");
+        const TypedCommand command(in("a.wav"));
+        const tcflag_t before = command.modes();
+        command.await("> 0:00:00.3/0:01:00.0 +1x [");
+        EXPECT_EQ(command.modes() & (ICANON | ECHO), 0U);
+        command.type("l\033[C\033[C");
+        command.await("> 0:00:03.");
+        command.type("k");
+        command.await("| 0:00:0");
         if (signal == 0)
-            EXPECT_EQ(write(keyboard, "q", 1), 1);
+            command.type("q");
         else
-            kill(process, signal);
-        int status = 0;
-        termios after{};
-        for (int tries = 0; tries < 500 && waitpid(process, &status, WNOHANG) == 0; ++tries)
-            std::this_thread::sleep_for(10ms);
-        tcgetattr(keyboard, &after);
-        EXPECT_EQ(after.c_lflag, before.c_lflag) << signal;
-        EXPECT_EQ(WIFEXITED(status) ? WEXITSTATUS(status) : WTERMSIG(status), signal);
-        close(keyboard);
+            command.kill(signal);
+        EXPECT_EQ(command.end(), signal);
+        EXPECT_EQ(command.modes(), before) << signal;
     }
 }
 

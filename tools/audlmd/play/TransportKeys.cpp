@@ -18,10 +18,10 @@ constexpr std::array speeds{-8.0, -4.0, -2.0, -1.0, 1.0, 2.0, 4.0, 8.0};
 /// The next speed of the shuttle in a direction, so that a fast one steps down before it turns.
 double nextSpeed(double speed, double towards) {
     if (towards > 0.0) {
-        const auto above = std::ranges::upper_bound(speeds, speed);
+        const auto* const above = std::ranges::upper_bound(speeds, speed);
         return above == speeds.end() ? speeds.back() : *above;
     }
-    const auto notBelow = std::ranges::lower_bound(speeds, speed);
+    const auto* const notBelow = std::ranges::lower_bound(speeds, speed);
     return notBelow == speeds.begin() ? speeds.front() : *std::prev(notBelow);
 }
 
@@ -42,7 +42,7 @@ std::vector<Key> keysIn(std::string_view bytes) {
         }
         bytes.remove_prefix(2);
         // A sequence ends with its first letter or tilde.
-        const auto last = std::ranges::find_if(
+        const auto* const last = std::ranges::find_if(
             bytes, [](char byte) { return std::isalpha(static_cast<unsigned char>(byte)) || byte == '~'; });
         const auto length = static_cast<std::size_t>(last - bytes.begin()) + (last == bytes.end() ? 0 : 1);
         for (const auto& [sequence, key] : sequences)
