@@ -59,7 +59,7 @@ Media steadyMedia(std::size_t length) {
     return {.channels = {std::make_shared<MemorySource>(std::vector<float>(length, 0.5F))}};
 }
 
-/// Of a sanitizer's slowness the device may starve; the tests below ask for what does not depend on that.
+/// Under a sanitizer the device may starve, so the tests ask for nothing that depends on that.
 constexpr LiveOptions options{.latency = 0.1};
 
 TEST(LivePlayer, FollowsTheTransport) {
