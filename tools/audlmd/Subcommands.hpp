@@ -22,4 +22,7 @@ void addPlotCommand(CLI::App& app);
 /// `mix`: mixes a timeline into a sound file, or lists what sounds when in it.
 void addMixCommand(CLI::App& app);
 
+/// `play`: plays a sound file or a timeline on a sound device.
+void addPlayCommand(CLI::App& app);
+
 } // namespace audlmd::command

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace audlmd {
+
+/// Neighbouring frames on their way from the render thread to the audio callback.
+struct LiveBlock {
+    /// Counts the changes of the transport. The callback drops blocks from before the last change.
+    std::uint64_t generation = 0;
+    /// Where the generation was asked to start.
+    std::int64_t origin = 0;
+    /// Where the first frame lies in the sound that is played, and how far each frame moves on. In samples of
+    /// the sound; negative steps play backwards.
+    double position = 0.0;
+    double step = 1.0;
+    std::size_t frames = 0;
+    /// Whether nothing follows in this generation.
+    bool isLast = false;
+    /// Interleaved; room for the most frames of a block.
+    std::vector<float> samples;
+};
+
+/// A queue of blocks between one writing and one reading thread. Neither of them ever waits, locks or
+/// allocates: the blocks are made at construction, and filled and read in place.
+///
+/// Why that is safe: `written_` and `read_` only grow, and block n lies at n modulo the capacity. The writer
+/// touches block `written_` while written_ - read_ < capacity, the reader block `read_` while read_ <
+/// written_. The two numbers differ by less than the capacity then, so they name different places. The writer
+/// fills a block before the release of `written_` that makes the block readable, and the reader's acquire
+/// sees all of it. The reader is done with a block before the release of `read_` that makes the place
+/// writable, and the writer's acquire sees that. Each number has one writer, which may read it relaxed.
+class BlockRing {
+public:
+    BlockRing(std::size_t blocks, std::size_t samplesPerBlock) : blocks_(blocks) {
+        for (LiveBlock& block : blocks_)
+            block.samples.resize(samplesPerBlock);
+    }
+
+    /// The writer's: the block to fill next, or null while the ring is full.
+    LiveBlock* writable() {
+        const std::uint64_t next = written_.load(std::memory_order_relaxed);
+        if (next - read_.load(std::memory_order_acquire) == blocks_.size())
+            return nullptr;
+        return &blocks_[next % blocks_.size()];
+    }
+    /// The writer's: hands over the block of writable().
+    void push() { written_.store(written_.load(std::memory_order_relaxed) + 1, std::memory_order_release); }
+
+    /// The reader's: the oldest block, or null while the ring is empty.
+    const LiveBlock* readable() const {
+        const std::uint64_t next = read_.load(std::memory_order_relaxed);
+        return next == written_.load(std::memory_order_acquire) ? nullptr : &blocks_[next % blocks_.size()];
+    }
+    /// The reader's: gives back the block of readable().
+    void pop() { read_.store(read_.load(std::memory_order_relaxed) + 1, std::memory_order_release); }
+
+    /// How many blocks were handed over, and given back, so far. For any thread.
+    std::uint64_t pushed() const { return written_.load(std::memory_order_acquire); }
+    std::uint64_t popped() const { return read_.load(std::memory_order_acquire); }
+
+private:
+    /// Each number on a cache line of its own, because two threads write them all the time.
+    alignas(64) std::atomic<std::uint64_t> written_{0};
+    std::vector<LiveBlock> blocks_;
+    alignas(64) std::atomic<std::uint64_t> read_{0};
+};
+
+} // namespace audlmd

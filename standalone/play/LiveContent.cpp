@@ -1,0 +1,173 @@
+#include "standalone/play/LiveContent.hpp"
+
+#include "ole/Aud/SampleCacheIterators.hpp"
+#include "standalone/mix/ScaledSource.hpp"
+#include "standalone/services/Identities.hpp"
+#include "standalone/signal/Speed.hpp"
+#include "standalone/signal/StripPlayer.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <stdexcept>
+#include <utility>
+
+namespace audlmd {
+namespace {
+
+constexpr std::size_t mostSpans = 256;
+
+/// One segment for the first samples, and one for those that follow where the first are near its end.
+constexpr int segmentsAwaited = 2;
+
+void turnRound(StripSettings& settings) {
+    settings.reverse = !settings.reverse;
+    std::swap(settings.fade.fadeInSamples, settings.fade.fadeOutSamples);
+    std::swap(settings.fade.fadeInCurve, settings.fade.fadeOutCurve);
+    if (settings.automation)
+        settings.automation->direction = settings.automation->direction == DynamicLevelDirection::forwards
+                                             ? DynamicLevelDirection::reverse
+                                             : DynamicLevelDirection::forwards;
+}
+
+} // namespace
+
+StripSettings settingsAt(const StripSettings& strip, double speed) {
+    StripSettings settings = strip;
+    if (std::signbit(speed))
+        turnRound(settings);
+    const double factor = std::fabs(speed);
+    if (factor == 1.0)
+        return settings;
+    requireSpeed(factor);
+    settings.speed *= factor;
+    requireSpeed(settings.speed);
+    if (settings.converter != Converter::linear)
+        settings.converter = filteringSpeedInForce(settings.speed) == settings.speed ? Converter::filtering
+                                                                                     : Converter::linear;
+    return settings;
+}
+
+LiveContent::LiveContent(const std::vector<std::shared_ptr<SampleSource>>& channels, StripSettings strip,
+                         const MaterialCacheOptions& cache, int headroom)
+    : strip_(std::move(strip)), segmentLength_(cache.segmentLength),
+      headroomGain_(std::ldexp(1.0F, headroom)), cache_(cache), late_(mostSpans) {
+    if (channels.empty())
+        throw std::invalid_argument("there is no channel to play");
+    strip_.wait = false;
+    strip_.cookie = Cookie{makeUuid(), 0, 0};
+    const StripPlan checked(strip_);
+    for (const std::shared_ptr<SampleSource>& channel : channels) {
+        cookies_.push_back(strip_.cookie);
+        cache_.add(strip_.cookie,
+                   headroom == 0 ? channel : std::make_shared<ScaledSource>(channel, -headroom));
+        ++strip_.cookie.channel;
+    }
+}
+
+/// A player for each channel, all at the same output sample.
+class LiveContent::Voice final : public LiveVoice {
+public:
+    Voice(LiveContent& content, double position, double speed) : content_(content), speed_(speed) {
+        StripSettings settings = settingsAt(content.strip_, speed);
+        for (const Cookie& cookie : content.cookies_) {
+            settings.cookie = cookie;
+            players_.push_back(std::make_unique<StripPlayer>(content.cache_, settings));
+        }
+        const auto length = static_cast<double>(content.length());
+        const double played = std::clamp(speed < 0.0 ? length - position : position, 0.0, length);
+        const auto output = static_cast<std::uint64_t>(std::llround(played / sourceStep()));
+        for (const std::unique_ptr<StripPlayer>& player : players_)
+            player->seek(std::min(output, player->outputLength()));
+    }
+
+    std::size_t render(std::span<const std::span<float>> channels) override {
+        const double from = position();
+        std::size_t rendered = 0;
+        for (std::size_t channel = 0; channel < players_.size(); ++channel) {
+            rendered = static_cast<std::size_t>(players_[channel]->render(channels[channel]));
+            for (float& sample : channels[channel].first(rendered))
+                sample *= content_.headroomGain_;
+        }
+        content_.note(from, position());
+        return rendered;
+    }
+
+    bool isAtEnd() const override { return players_.front()->position() == players_.front()->outputLength(); }
+    double position() const override {
+        const auto length = static_cast<double>(content_.length());
+        const double played =
+            std::min(static_cast<double>(players_.front()->position()) * sourceStep(), length);
+        return speed_ < 0.0 ? length - played : played;
+    }
+    double step() const override { return speed_ < 0.0 ? -sourceStep() : sourceStep(); }
+
+private:
+    double sourceStep() const { return players_.front()->speedInForce(); }
+
+    LiveContent& content_;
+    double speed_;
+    std::vector<std::unique_ptr<StripPlayer>> players_;
+};
+
+std::unique_ptr<LiveVoice> LiveContent::start(double position, double speed) {
+    return std::make_unique<Voice>(*this, position, speed);
+}
+
+void LiveContent::load(double position, double speed) const {
+    request(position, speed, false);
+}
+
+void LiveContent::awaitLoaded(double position, double speed) const {
+    request(position, speed, false);
+    request(position, speed, true);
+}
+
+/// A reader requests segments when it is made, and waits where it reads.
+void LiveContent::request(double position, double speed, bool wait) const {
+    const StripPlan plan(settingsAt(strip_, speed));
+    const double played = speed < 0.0 ? static_cast<double>(length()) - position : position;
+    const bool reverse = plan.settings.reverse;
+    for (int segment = 0; segment < segmentsAwaited; ++segment) {
+        const std::int64_t sample = plan.materialPosition(std::llround(played)) +
+                                    (reverse ? -segment : segment) * std::int64_t{segmentLength_};
+        for (const Cookie& cookie : cookies_)
+            if (reverse) {
+                const Aud::SampleCache::ReverseIterator reader(cookie, sample + 1, wait, cache_, !wait,
+                                                               plan.gearing);
+                if (wait)
+                    static_cast<void>(*reader);
+            } else {
+                const Aud::SampleCache::ForwardIterator reader(cookie, sample, wait, cache_,
+                                                               strip_.forwardArgument, !wait, plan.gearing);
+                if (wait)
+                    static_cast<void>(*reader);
+            }
+    }
+}
+
+void LiveContent::note(double from, double to) {
+    const std::uint64_t before = std::exchange(lateSamples_, totals().underrunSamples);
+    if (lateSamples_ != before)
+        late_.add({.from = static_cast<std::int64_t>(std::floor(std::min(from, to))),
+                   .to = static_cast<std::int64_t>(std::ceil(std::max(from, to)))});
+}
+
+StripReport LiveContent::totals() const {
+    StripReport report;
+    for (const Cookie& cookie : cookies_) {
+        const MaterialStatistics statistics = cache_.statistics(cookie);
+        report.underrunSamples += statistics.underrunSamples;
+        report.underrunEpisodes += statistics.underrunEpisodes;
+        if (report.failure.empty() && statistics.failedSegments != 0)
+            report.failure = statistics.firstFailure.empty() ? "a read failed" : statistics.firstFailure;
+    }
+    return report;
+}
+
+StripReport LiveContent::report() const {
+    StripReport report = totals();
+    report.silent = late_.spans();
+    return report;
+}
+
+} // namespace audlmd

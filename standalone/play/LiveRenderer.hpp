@@ -1,0 +1,83 @@
+#pragma once
+
+#include "standalone/play/BlockRing.hpp"
+#include "standalone/play/LiveContent.hpp"
+#include "standalone/play/LiveMix.hpp"
+#include "standalone/play/LivePlayer.hpp"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <vector>
+
+namespace audlmd {
+
+/// What the transport is to do. Positions are those of LiveContent.
+struct LiveOrder {
+    /// Greater after every change that can be heard at once.
+    std::uint64_t generation = 0;
+    bool plays = false;
+    /// Of the transport: negative backwards.
+    double speed = 1.0;
+    /// Playing ends here. Not set: at the end of the sound.
+    std::optional<std::int64_t> stopAt;
+    std::optional<LoopRange> loop;
+};
+
+/// The half of a live player that the render thread runs: fills the ring, as far ahead as the latency allows.
+class LiveRenderer {
+public:
+    struct Sizes {
+        std::size_t blockFrames;
+        /// The most blocks of one generation that wait in the ring. The ring is larger, so that a new
+        /// generation need not wait until the callback has dropped the old one.
+        std::size_t blocksAhead;
+        /// Of the fades at both ends of a loop.
+        std::size_t fadeFrames;
+        int sampleRate;
+    };
+    /// Throws std::invalid_argument for options out of range.
+    static Sizes sizesFor(const LiveOptions& options, int sampleRate);
+
+    /// `mix` is null unless the content is that of a timeline: then voices at speed 1 are handed to the mix.
+    LiveRenderer(LiveContent& content, LiveMix* mix, BlockRing& ring, const Sizes& sizes);
+
+    /// Fills the ring. For an order of a new generation, starts at `position` first, and waits until the
+    /// first samples are loaded. Throws what render functions throw.
+    void follow(const LiveOrder& order, double position);
+    /// The generation that was followed last.
+    std::uint64_t generation() const { return generation_; }
+    /// Renders nothing more until the next generation. Use this after an exception.
+    void giveUp() { voice_.reset(); }
+    /// Whether there is nothing to render until the next generation.
+    bool isIdle() const { return voice_ == nullptr; }
+
+private:
+    void begin(const LiveOrder& order, double position);
+    std::unique_ptr<LiveVoice> start(double position, double speed);
+    bool renderBlock(const LiveOrder& order);
+    /// Jumps to the start of the loop where the voice has reached the end and is silent. Returns how many
+    /// frames are left up to the end.
+    std::size_t loop(const LoopRange& range, double speed);
+    /// Frames from the next one to a position; 0 where the voice is there, or beyond.
+    std::size_t framesTo(std::int64_t position) const;
+    void interleave(LiveBlock& block, std::size_t framesToSeam);
+
+    LiveContent& content_;
+    LiveMix* mix_;
+    BlockRing& ring_;
+    const Sizes sizes_;
+    std::uint64_t generation_ = 0;
+    /// How many blocks were written before the generation.
+    std::uint64_t writtenBefore_ = 0;
+    std::int64_t origin_ = 0;
+    std::unique_ptr<LiveVoice> voice_;
+    /// Of the fades around the end of a loop: from 0, silent, to the length of a fade, full level.
+    std::size_t fade_ = 0;
+    bool loopIsRequested_ = false;
+    std::vector<std::vector<float>> buffers_;
+};
+
+} // namespace audlmd

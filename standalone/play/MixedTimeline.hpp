@@ -1,0 +1,51 @@
+#pragma once
+
+#include "standalone/cache/SampleSource.hpp"
+#include "standalone/mix/Mixer.hpp"
+
+#include <cstddef>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+namespace audlmd {
+
+/// A timeline as a material: a source for each channel of the output, which a cache can load forwards,
+/// backwards and at any speed. The samples are those of a Mixer that waits for its files.
+///
+/// A cache reads each channel on its own, while a mixer renders all channels together. So excerpts are kept
+/// until all channels have read them.
+class MixedTimeline {
+public:
+    /// For whoever plays the sources: a sum may be beyond full scale. See LiveContent.
+    static constexpr int headroom = 20;
+
+    /// Throws what Mixer throws.
+    MixedTimeline(Timeline timeline, OpenMedia open, std::size_t threads);
+
+    /// The sources share this object. What fails in a strip makes that strip silent.
+    static std::vector<std::shared_ptr<SampleSource>> sources(const std::shared_ptr<MixedTimeline>& timeline);
+
+    const Timeline& timeline() const { return mixer_.timeline(); }
+    /// See Mixer::report(). Waits for a segment that is being rendered.
+    MixReport report() const;
+
+private:
+    class Source;
+    struct Excerpt {
+        std::int64_t position = 0;
+        std::vector<std::vector<float>> channels;
+        /// How many channels have read the excerpt.
+        std::size_t readers = 0;
+    };
+
+    void read(std::size_t channel, std::int64_t position, std::span<float> samples);
+    Excerpt& excerptAt(std::int64_t position, std::size_t frames);
+
+    mutable std::mutex mutex_;
+    Mixer mixer_;
+    /// The oldest comes first.
+    std::vector<Excerpt> kept_;
+};
+
+} // namespace audlmd

@@ -1,0 +1,282 @@
+#include "tests/tools/audlmd/CommandFixture.hpp"
+#include "tools/audlmd/play/StatusLine.hpp"
+#include "tools/audlmd/play/TransportKeys.hpp"
+
+#include <gmock/gmock.h>
+
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <poll.h>
+#include <pty.h>
+#include <sstream>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <thread>
+#include <unistd.h>
+
+namespace audlmd::test {
+namespace {
+
+using namespace std::chrono_literals;
+using namespace command;
+using testing::HasSubstr;
+
+/// With a sound device that hands all that it plays to the test, at the pace of a sound card.
+class PlayCommand : public CommandFixture {
+protected:
+    static constexpr std::size_t frameBytes = 2 * sizeof(float);
+
+    PlayCommand() {
+        // In a folder, because the fixture reads all files.
+        std::filesystem::create_directory(in("sound"));
+        writeBytes(in("asoundrc"), "pcm.!default { type file slave.pcm { type null } file \"" +
+                                       in("sound/device").string() + "\" format raw }\n");
+        setenv("ALSA_CONFIG_PATH", in("asoundrc").c_str(), 1);
+        mkfifo(in("sound/device").c_str(), 0600);
+        device_ = open(in("sound/device").c_str(), O_RDONLY | O_NONBLOCK);
+        // A full pipe holds the command up, where a sound card would.
+        fcntl(device_, F_SETPIPE_SZ, 4096);
+        listener_ = std::jthread([this](const std::stop_token& stop) { listen(stop); });
+    }
+    ~PlayCommand() override {
+        listener_ = {};
+        close(device_);
+        unsetenv("ALSA_CONFIG_PATH");
+    }
+
+    /// What the device has played, interleaved.
+    std::vector<float> heard(const std::string& line) {
+        heard_.clear();
+        const Outcome outcome = run("play " + line);
+        EXPECT_EQ(outcome.status, 0) << outcome.errors;
+        EXPECT_EQ(outcome.errors, "");
+        EXPECT_EQ(outcome.output, "late: 0 samples in 0 episodes; starved: 0 frames in 0 episodes\n");
+        std::this_thread::sleep_for(100ms);
+        std::vector<float> samples(heard_.size() / sizeof(float));
+        std::memcpy(samples.data(), heard_.data(), samples.size() * sizeof(float));
+        return samples;
+    }
+
+private:
+    void listen(const std::stop_token& stop) {
+        std::vector<char> bytes(4096);
+        for (auto next = std::chrono::steady_clock::now(); !stop.stop_requested();) {
+            const ssize_t count = read(device_, bytes.data(), bytes.size());
+            if (count > 0)
+                heard_.append(bytes.data(), static_cast<std::size_t>(count));
+            next += std::chrono::microseconds(std::max<ssize_t>(count, 0) / static_cast<ssize_t>(frameBytes) *
+                                              1'000'000 / 48000);
+            next = std::max(next, std::chrono::steady_clock::now() + 1ms);
+            std::this_thread::sleep_until(next);
+        }
+    }
+
+    int device_ = -1;
+    std::string heard_;
+    std::jthread listener_;
+};
+
+/// Whether the sound is a part of what was heard, but for the fade at its start.
+bool holds(const std::vector<float>& heard, const std::vector<float>& sound) {
+    const auto faded = static_cast<std::ptrdiff_t>(2 * 240);
+    return sound.size() > 4800 &&
+           std::search(heard.begin(), heard.end(), sound.begin() + faded, sound.end()) != heard.end();
+}
+
+TEST_F(PlayCommand, PlaysTheSamplesOfRenderAndMix) {
+    writeSound(in("a.wav"), noise(2, 40'000));
+    for (const std::string options :
+         {"", "--from 0.3", "--reverse", "--speed 1.1", "--speed 0.8 --reverse",
+          "--speed 1.5 --converter linear --reverse",
+          "--eq peak:1k:3 --gain -3 --fade-in 0.2 --fade-out 0.1:log --reverse"}) {
+        output("render a.wav -o a.raw --format f32 " + options);
+        const std::string bytes = readBytes(in("a.raw"));
+        std::vector<float> rendered(bytes.size() / sizeof(float));
+        std::memcpy(rendered.data(), bytes.data(), bytes.size());
+        EXPECT_TRUE(holds(heard("a.wav " + options), rendered)) << options;
+    }
+    writeBytes(in("film.json"), R"({"audlmd": 1, "sampleRate": 48000, "channels": 2, "tracks": [{"name": "A1",
+        "strips": [{"media": "a.wav", "at": 0, "from": 0, "to": 30000, "gain": -6},
+                   {"media": "a.wav", "at": 9000, "from": 0, "to": 30000, "reverse": true, "gain": -6}]}]})");
+    output("mix film.json -o mix.wav --format f32");
+    EXPECT_TRUE(holds(heard("film.json"), interleaved(readSound(in("mix.wav")))));
+}
+
+TEST_F(PlayCommand, SaysWhatCannotBePlayed) {
+    writeSound(in("a.wav"), noise(1, 4800));
+    writeBytes(in("film.json"), R"({"audlmd": 1, "tracks": []})");
+    EXPECT_THAT(output("play --list-devices"), testing::StartsWith("* default  (ALSA, "));
+    expectRefused("play", "name a sound file");
+    expectRefused("play gone.wav", "gone.wav");
+    expectRefused("play film.json", "nothing to play");
+    expectRefused("play film.json --gain 3", "its own levels");
+    expectRefused("play a.wav --media .", "goes with a timeline");
+    expectRefused("play a.wav --device piano", "'piano'; --list-devices");
+    writeBytes(in("asoundrc"), "pcm.unusable.word 1\n");
+    expectRefused("play a.wav", "no sound device");
+}
+
+/// The command on a terminal, which the test reads and types on.
+class TypedCommand {
+public:
+    explicit TypedCommand(const Path& sound) : process_(forkpty(&terminal_, nullptr, nullptr, nullptr)) {
+        if (process_ == 0) {
+            execl(AUDLMD_COMMAND, "audlmd", "play", sound.c_str(), nullptr);
+            _exit(127);
+        }
+    }
+    ~TypedCommand() { close(terminal_); }
+    TypedCommand(const TypedCommand&) = delete;
+    TypedCommand& operator=(const TypedCommand&) = delete;
+
+    void type(const std::string& keys) const {
+        EXPECT_EQ(write(terminal_, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
+    }
+    /// Reads until the text is on the screen.
+    void await(const std::string& text) const {
+        std::string screen;
+        std::vector<char> bytes(4096);
+        pollfd output{.fd = terminal_, .events = POLLIN, .revents = 0};
+        while (screen.find(text) == std::string::npos && poll(&output, 1, 5000) > 0) {
+            const ssize_t count = read(terminal_, bytes.data(), bytes.size());
+            if (count <= 0)
+                break;
+            screen.append(bytes.data(), static_cast<std::size_t>(count));
+        }
+        EXPECT_THAT(screen, HasSubstr(text));
+    }
+    tcflag_t modes() const {
+        termios terminal{};
+        tcgetattr(terminal_, &terminal);
+        return terminal.c_lflag;
+    }
+    void kill(int signal) const { ::kill(process_, signal); }
+    /// The exit status, or the signal that has ended the command.
+    int end() const {
+        int status = -1;
+        for (int tries = 0; tries < 500 && waitpid(process_, &status, WNOHANG) == 0; ++tries)
+            std::this_thread::sleep_for(10ms);
+        return WIFEXITED(status) ? WEXITSTATUS(status) : WTERMSIG(status);
+    }
+
+private:
+    int terminal_ = -1;
+    pid_t process_;
+};
+
+TEST_F(PlayCommand, ObeysKeysAndLeavesTheTerminalAsItWas) {
+    writeSound(in("a.wav"), noise(2, 48'000 * 60));
+    for (const int signal : {0, SIGTERM, SIGINT, SIGHUP}) {
+        const TypedCommand command(in("a.wav"));
+        const tcflag_t before = command.modes();
+        command.await("> 0:00:00.3/0:01:00.0 +1x [");
+        EXPECT_EQ(command.modes() & (ICANON | ECHO), 0U);
+        command.type("l\033[C\033[C");
+        command.await("> 0:00:03.");
+        command.type("k");
+        command.await("| 0:00:0");
+        if (signal == 0)
+            command.type("q");
+        else
+            command.kill(signal);
+        EXPECT_EQ(command.end(), signal);
+        EXPECT_EQ(command.modes(), before) << signal;
+    }
+}
+
+std::string told(const std::vector<TransportCommand>& commands) {
+    struct Tell {
+        std::ostringstream& text;
+        void operator()(Play) const { text << "play "; }
+        void operator()(Stop) const { text << "stop "; }
+        void operator()(Quit) const { text << "quit "; }
+        void operator()(SetSpeed command) const { text << command.speed << "x "; }
+        void operator()(Seek command) const { text << "seek " << command.position << " "; }
+        void operator()(Jog command) const { text << "jog " << command.samples << " "; }
+        void operator()(SetLoop command) const {
+            if (command.range)
+                text << "loop " << command.range->from << "-" << command.range->to << " ";
+            else
+                text << "no loop ";
+        }
+        void operator()(SetLevel command) const { text << command.decibels << "dB "; }
+    };
+    std::ostringstream text;
+    for (const TransportCommand& command : commands)
+        std::visit(Tell{text}, command);
+    return text.str();
+}
+
+TEST(TransportKeys, TurnKeysIntoCommands) {
+    struct Case {
+        std::string keys;
+        TransportNow now;
+        std::string expected;
+    };
+    const TransportNow stopped{.isPlaying = false, .speed = 4.0, .position = 50000};
+    const auto at = [](double speed) {
+        return TransportNow{.isPlaying = true, .speed = speed, .position = 9000};
+    };
+    const Case cases[] = {{" ", stopped, "play "},
+                          {" ", at(1.0), "stop "},
+                          {"l", stopped, "1x play "},
+                          {"J", stopped, "-1x play "},
+                          {"L", at(1.0), "2x "},
+                          {"l", at(4.0), "8x "},
+                          {"l", at(8.0), "8x "},
+                          {"l", at(-8.0), "-4x "},
+                          {"l", at(-1.0), "1x "},
+                          {"l", at(1.1), "2x "},
+                          {"j", at(8.0), "4x "},
+                          {"j", at(1.1), "1x "},
+                          {"j", at(1.0), "-1x "},
+                          {"j", at(-8.0), "-8x "},
+                          {"k", at(-8.0), "stop 1x "},
+                          {",.", stopped, "jog -1920 jog 1920 "},
+                          {"\033[D\033OC", stopped, "seek 2000 seek 98000 "},
+                          {"\033[D\033[1~\033OF", at(1.0), "seek 0 seek 0 seek 120000 "},
+                          {"+=--", stopped, "1dB 2dB 1dB 0dB "},
+                          {"\033[15~\033[A?q", stopped, "quit "},
+                          {"\033[1;5", stopped, ""}};
+    for (const auto& [keys, now, expected] : cases) {
+        TransportKeys transport(120000, 48000);
+        std::string text;
+        for (const Key key : keysIn(keys))
+            text += told(transport.press(key, now));
+        EXPECT_EQ(text, expected) << keys << " at " << now.speed;
+    }
+}
+
+TEST(TransportKeys, MarkALoop) {
+    TransportKeys keys(120000, 48000);
+    const auto press = [&](char key, std::int64_t position) {
+        return told(keys.press(static_cast<Key>(key), {.position = position}));
+    };
+    EXPECT_EQ(press('i', 5000), "no loop ");
+    EXPECT_EQ(press('o', 20000), "loop 5000-20000 ");
+    EXPECT_EQ(press('i', 30000), "no loop ");
+    EXPECT_EQ(press('o', 40000), "loop 30000-40000 ");
+    EXPECT_EQ(press('o', 31000), "no loop ");
+    EXPECT_EQ(press('i', 10000), "loop 10000-31000 ");
+    EXPECT_EQ(press('x', 0), "no loop ");
+}
+
+TEST(StatusLine, ShowsWhereTheTransportStands) {
+    PlayStatus status{.isPlaying = true,
+                      .loops = true,
+                      .speed = -8.0,
+                      .position = 48000 * 3661 + 4800,
+                      .length = 48000 * 7200,
+                      .peaks = {0.0F, 1.5F, 0.1F}};
+    status.lateSamples = 12;
+    status.starvedEpisodes = 3;
+    EXPECT_EQ(statusLine(status),
+              "> 1:01:01.1/2:00:00.0 -8x loop [--------][#######!][######--] late 12/0 starved 0/3");
+}
+
+} // namespace
+} // namespace audlmd::test

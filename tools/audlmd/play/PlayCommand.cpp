@@ -1,0 +1,173 @@
+#include "standalone/signal/GainLaws.hpp"
+#include "tools/audlmd/CommandError.hpp"
+#include "tools/audlmd/Subcommands.hpp"
+#include "tools/audlmd/files/TemporaryFile.hpp"
+#include "tools/audlmd/play/PlayInput.hpp"
+#include "tools/audlmd/play/PlayOptions.hpp"
+#include "tools/audlmd/play/SoundDevice.hpp"
+#include "tools/audlmd/play/StatusLine.hpp"
+#include "tools/audlmd/play/Terminal.hpp"
+#include "tools/audlmd/play/TransportKeys.hpp"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <thread>
+
+namespace audlmd::command {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// Between two looks at the keyboard, and two drawings of the status line.
+constexpr auto redrawn = 50ms;
+/// Between two lines of progress where there is no terminal.
+constexpr auto reported = 10s;
+
+PlayStatus statusOf(LivePlayer& player) {
+    PlayStatus status{.isPlaying = player.isPlaying(),
+                      .loops = player.loop().has_value(),
+                      .speed = player.speed(),
+                      .position = player.position(),
+                      .length = player.length(),
+                      .sampleRate = player.sampleRate(),
+                      .peaks = {},
+                      .lateSamples = player.lateSamples(),
+                      .lateEpisodes = player.lateEpisodes(),
+                      .starvedFrames = player.starvedFrames(),
+                      .starvedEpisodes = player.starvedEpisodes()};
+    for (std::size_t channel = 0; channel < player.channels(); ++channel)
+        status.peaks.push_back(player.takePeak(channel));
+    return status;
+}
+
+/// Carries out the commands of the keys.
+struct Obey {
+    LivePlayer& player;
+    bool& quits;
+
+    void operator()(Play) const { player.play(); }
+    void operator()(Stop) const { player.stop(); }
+    void operator()(Quit) const { quits = true; }
+    void operator()(SetSpeed command) const { player.setSpeed(command.speed); }
+    void operator()(Seek command) const { player.seek(command.position); }
+    void operator()(Jog command) const { player.jog(command.samples); }
+    void operator()(SetLoop command) const { player.setLoop(command.range); }
+    void operator()(SetLevel command) const {
+        player.setLevel(static_cast<float>(mixerStyleUValueOfDecibels(command.decibels)));
+    }
+};
+
+void followKeys(LivePlayer& player, const SoundDevices::Stream& stream) {
+    std::puts(TransportKeys::help);
+    const KeyTerminal terminal;
+    TransportKeys keys(player.length(), player.sampleRate());
+    bool quits = false;
+    while (!quits) {
+        for (const Key key : keysIn(terminal.read(redrawn, quits)))
+            for (const TransportCommand& command :
+                 keys.press(key, {player.isPlaying(), player.speed(), player.position()}))
+                std::visit(Obey{player, quits}, command);
+        terminal.show(statusLine(statusOf(player)));
+        stream.requireActive();
+    }
+}
+
+void playToTheEnd(LivePlayer& player, const SoundDevices::Stream& stream) {
+    auto next = std::chrono::steady_clock::now() + reported;
+    while (player.isPlaying()) {
+        std::this_thread::sleep_for(redrawn);
+        stream.requireActive();
+        if (std::chrono::steady_clock::now() < next)
+            continue;
+        next += reported;
+        std::puts(statusLine(statusOf(player)).c_str());
+        std::fflush(stdout);
+    }
+}
+
+/// Throws CommandError where the device cannot play the input. Settles its channels.
+DeviceFormat formatFor(const SoundDevices& devices, int device, PlayInput& input,
+                       const PlayOptions& options) {
+    DeviceFormat format{.channels = input.channels(),
+                        .sampleRate = input.sampleRate(),
+                        .block = options.block,
+                        .latency = options.latency / 2000.0};
+    if (devices.supports(device, format))
+        return format;
+    if (format.channels == 1) {
+        format.channels = 2;
+        input.doubleChannel();
+        if (devices.supports(device, format))
+            return format;
+    }
+    throw CommandError("the sound device does not play " + std::to_string(format.channels) + " channels at " +
+                       std::to_string(format.sampleRate) +
+                       " Hz; choose another --rate or --device (--list-devices shows what there is)");
+}
+
+/// Throws CommandError where a part of the sound has failed.
+void tell(LivePlayer& player, const PlayInput& input) {
+    std::printf("%s\n", underrunText(statusOf(player)).c_str());
+    const LiveReport report = player.report();
+    for (const StripReport& strip : report.strips)
+        if (strip.underrunSamples != 0)
+            std::printf("late: %s, %llu samples\n", input.nameOf(strip).c_str(),
+                        static_cast<unsigned long long>(strip.underrunSamples));
+    if (!report.late.failure.empty())
+        throw CommandError(report.late.failure);
+    for (const StripReport& strip : report.strips)
+        if (!strip.failure.empty())
+            throw CommandError(input.nameOf(strip) + ": " + strip.failure);
+}
+
+void play(const PlayOptions& options) {
+    options.requireCompatible();
+    const SoundDevices devices;
+    if (options.listDevices) {
+        devices.find(std::nullopt); // Throws where there is none.
+        std::fputs(devices.list().c_str(), stdout);
+        return;
+    }
+    PlayInput input(options);
+    const int device = devices.find(options.device);
+    const DeviceFormat format = formatFor(devices, device, input, options);
+    std::unique_ptr<LivePlayer> player;
+    {
+        // The threads that the player starts leave the signals to this thread.
+        const EndingSignalsBlocked blocked;
+        LiveOptions live;
+        live.latency = std::clamp(options.latency / 2000.0, 0.005, 2.0) +
+                       static_cast<double>(options.block) / format.sampleRate;
+        player = input.makePlayer(live);
+    }
+    player->setSpeed(options.speed());
+    if (options.from)
+        player->seek(options.from->samples(format.sampleRate));
+    {
+        const SoundDevices::Stream stream(device, format,
+                                          [&](std::span<float> frames) { player->fill(frames); });
+        player->play();
+        if (KeyTerminal::isThere())
+            followKeys(*player, stream);
+        else
+            playToTheEnd(*player, stream);
+        // Time to fade out.
+        player->stop();
+        std::this_thread::sleep_for(redrawn);
+    }
+    tell(*player, input);
+}
+
+} // namespace
+
+void addPlayCommand(CLI::App& app) {
+    CLI::App* command = app.add_subcommand("play", "Play a sound file or a timeline, with keys to shuttle");
+    const auto options = std::make_shared<PlayOptions>();
+    options->declare(*command);
+    command->callback([options] { play(*options); });
+}
+
+} // namespace audlmd::command

@@ -1,0 +1,101 @@
+#include "tools/audlmd/play/PlayInput.hpp"
+
+#include "standalone/mix/RateConvertedSource.hpp"
+#include "standalone/play/LiveContent.hpp"
+#include "tools/audlmd/CommandError.hpp"
+#include "tools/timeline/TimelineError.hpp"
+#include "tools/timeline/TimelineFiles.hpp"
+
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <utility>
+
+namespace audlmd::command {
+namespace {
+
+std::string readText(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    if (!file.is_open() || std::filesystem::is_directory(path))
+        throw CommandError("cannot read '" + path.string() +
+                           "': " + std::strerror(file.is_open() ? EISDIR : errno));
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// The strip as it lies forwards at its own speed: direction and speed are the transport's.
+StripSettings forwards(const StripSettings& asRendered, bool converts) {
+    StripSettings strip = asRendered.reverse ? settingsAt(asRendered, -1.0) : asRendered;
+    strip.speed = 1.0;
+    // The linear converter was asked for; the other one is what the transport takes by itself.
+    if (!converts || strip.converter == Converter::filtering)
+        strip.converter = Converter::none;
+    return strip;
+}
+
+} // namespace
+
+PlayInput::PlayInput(const PlayOptions& options) : options_(options) {
+    if (options.isTimeline())
+        openTimeline();
+    else
+        openSound();
+}
+
+void PlayInput::openSound() {
+    media_ = openSoundFile(options_.input.string());
+    const int rate = options_.rate.value_or(media_.sampleRate);
+    for (std::shared_ptr<SampleSource>& channel : media_.channels)
+        channel = convertedTo(channel, media_.sampleRate, rate);
+    media_.sampleRate = rate;
+    if (media_.channels.front()->length() == 0)
+        throw CommandError("'" + options_.input.string() + "' holds no samples");
+    settings_ = forwards(
+        options_.strip.settingsFor(
+            {.path = options_.input, .frames = media_.channels.front()->length(), .sampleRate = rate}),
+        options_.strip.converter.has_value());
+}
+
+void PlayInput::openTimeline() {
+    finder_ = std::make_unique<MediaFinder>(options_.media);
+    const timeline::ReadOptions how{
+        .sampleRate = options_.rate.value_or(48000),
+        .folder = std::filesystem::absolute(options_.input).parent_path(),
+        .media = [this](const std::string& media) { return finder_->factsOf(media); },
+        .band = [](std::string_view text) { return parseBand(text, "equaliser"); }};
+    timeline_ = timeline::readTimeline(readText(options_.input), how);
+    if (options_.rate && *options_.rate != timeline_.sampleRate)
+        throw CommandError("--rate: the timeline itself says " + std::to_string(timeline_.sampleRate) +
+                           ", and its times depend on that; leave the option out");
+    if (timeline_.length <= 0)
+        throw CommandError("'" + options_.input.string() + "' has nothing to play");
+}
+
+std::size_t PlayInput::channels() const {
+    return options_.isTimeline() ? timeline_.channels : media_.channels.size();
+}
+
+int PlayInput::sampleRate() const {
+    return options_.isTimeline() ? timeline_.sampleRate : media_.sampleRate;
+}
+
+void PlayInput::doubleChannel() {
+    if (options_.isTimeline())
+        timeline_.channels = 2;
+    else
+        media_.channels.push_back(media_.channels.front());
+}
+
+std::string PlayInput::nameOf(const StripReport& strip) const {
+    const TimelineTrack& track = timeline_.tracks[strip.track];
+    return timeline::Where{track.name, track.strips[strip.strip].name}.text();
+}
+
+std::unique_ptr<LivePlayer> PlayInput::makePlayer(const LiveOptions& live) const {
+    if (!options_.isTimeline())
+        return std::make_unique<LivePlayer>(media_, settings_, live);
+    return std::make_unique<LivePlayer>(
+        timeline_, [this](const std::string& medium) { return finder_->open(medium); }, live);
+}
+
+} // namespace audlmd::command

@@ -1,0 +1,94 @@
+#include "tools/audlmd/play/PlayOptions.hpp"
+
+#include "tools/audlmd/CommandError.hpp"
+#include "tools/audlmd/options/ParsedOption.hpp"
+
+#include <CLI/CLI.hpp>
+
+namespace audlmd::command {
+namespace {
+
+constexpr const char* playHelp =
+    R"(KEYS on a terminal:
+  space            play and stop
+  J K L            shuttle backwards, stop, shuttle forwards: 1, 2, 4 and 8 times the speed on repeated
+                   presses; a fast shuttle steps down before it turns
+  , .              a frame (1/25 s) back and forth; while stopped the frame is heard
+  arrows           a second back and forth; Home and End
+  I O X            start and end of a loop; no loop
+  + -              the level
+  Q                ends the command
+Without a terminal the command plays to the end and ends.
+
+TIMELINES are those of mix (.otio, .json), with speed, direction and start as their only options. SOUND FILES
+have the sound options of render; --speed and --reverse say how the transport starts, and fades and automation
+then lie as render lays them.
+
+UNDERRUNS are counted apart: late samples were not read from the disk in time, and are silent; starved frames
+were not rendered in time. More --latency helps against starved frames.
+
+EXAMPLES
+  audlmd play take.flac
+  audlmd play take.flac --from 1:02.5 --reverse
+  audlmd play song.wav --eq peak:1k:+3:0.7 --speed 1.1
+  audlmd play film.otio --media /archive/sound --device "USB Audio")";
+
+void declareDevice(CLI::App& play, PlayOptions& options) {
+    play.add_option("--device", options.device, "Name of the sound device, or a part of it")
+        ->option_text("NAME")
+        ->group("Device");
+    play.add_flag("--list-devices", options.listDevices, "List the sound devices; * is the default one")
+        ->group("Device");
+    play.add_option("--rate", options.rate, "Samples per second of the device (default: the input's)")
+        ->option_text("HZ")
+        ->check(CLI::Range(1000, 384000))
+        ->group("Device");
+    play.add_option("--block", options.block, "Frames that the device asks for at a time (default 256)")
+        ->option_text("N")
+        ->check(CLI::Range(16, 16384))
+        ->group("Device");
+    play.add_option("--latency", options.latency,
+                    "From rendering to the loudspeaker, in milliseconds (default 80)")
+        ->option_text("MS")
+        ->check(CLI::Range(10.0, 2000.0))
+        ->group("Device");
+}
+
+} // namespace
+
+void PlayOptions::declare(CLI::App& play) {
+    play.add_option("INPUT", input, "A sound file, or a timeline (.otio or .json)");
+    declareDevice(play, *this);
+    play.add_option("--media", media, "A folder in which a timeline's media are looked for")
+        ->option_text("FOLDER")
+        ->group("Input");
+    addParsed(play, "--from", from, &TimeValue::parse, "Where playing starts (default: the start)")
+        ->option_text("TIME")
+        ->group("Range");
+    play.add_flag("--reverse", strip.reverse, "Start backwards, from the end or from --from")->group("Range");
+    strip.declareSound(play);
+    play.footer(playHelp);
+}
+
+void PlayOptions::requireCompatible() const {
+    if (input.empty() && !listDevices)
+        throw CommandError("name a sound file or a timeline to play");
+    strip.requireCompatible();
+    if (isTimeline() && (!strip.equaliser.empty() || strip.fadeIn || strip.fadeOut || strip.gain ||
+                         strip.level || strip.automation || strip.converter))
+        throw CommandError("a timeline has its own levels, fades and equalisers: only --speed, --reverse and "
+                           "--from go with a timeline");
+    if (!isTimeline() && !media.empty())
+        throw CommandError("--media goes with a timeline");
+}
+
+bool PlayOptions::isTimeline() const {
+    return input.extension() == ".otio" || input.extension() == ".json";
+}
+
+double PlayOptions::speed() const {
+    const double factor = strip.speed ? strip.speed->factor : 1.0;
+    return strip.reverse ? -factor : factor;
+}
+
+} // namespace audlmd::command

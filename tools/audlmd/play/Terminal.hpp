@@ -1,0 +1,28 @@
+#pragma once
+
+#include <chrono>
+#include <string>
+
+namespace audlmd::command {
+
+/// The terminal while the command reads single keys: without echo and without waiting for the end of a line.
+/// Put back as it was by the destructor, and by every signal that ends the process and can be caught. There
+/// may be one object at a time.
+class KeyTerminal {
+public:
+    /// Whether both the keyboard and the screen are a terminal.
+    static bool isThere();
+
+    KeyTerminal();
+    ~KeyTerminal();
+    KeyTerminal(const KeyTerminal&) = delete;
+    KeyTerminal& operator=(const KeyTerminal&) = delete;
+
+    /// What was typed, as soon as there is something, else nothing after a time. Sets `hasEnded` where the
+    /// terminal is gone.
+    std::string read(std::chrono::milliseconds time, bool& hasEnded) const;
+    /// Writes over the line before, cut to the width of the screen.
+    void show(const std::string& line) const;
+};
+
+} // namespace audlmd::command
