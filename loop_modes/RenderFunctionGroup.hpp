@@ -9,6 +9,24 @@
 
 namespace Aud::Render::LoopModesDespatch {
 
+/// The caller's output position for as long as one call renders. The caller's own is set when the call ends,
+/// also when an exception ends the call.
+///
+/// A local copy stays in a register, where the caller's position would be read and written for each sample.
+template <class Out>
+class OutputPosition {
+public:
+    explicit OutputPosition(Out& callers) : current(callers), callers_(callers) {}
+    OutputPosition(const OutputPosition&) = delete;
+    OutputPosition& operator=(const OutputPosition&) = delete;
+    ~OutputPosition() { callers_ = current; }
+
+    Out current;
+
+private:
+    Out& callers_;
+};
+
 template <class Out>
 template <int N>
 [[gnu::used, gnu::noinline]] void
@@ -20,8 +38,9 @@ TypedFunctor<Out>::Functor<Loki::Int2Type<N>>::ProcessSamples(IteratorCreationPa
     } else {
         Chain<N> made = SourceIteratorMaker<N>::makeIterator(params);
         Chain<N>& chain = *Instructions::inRegister(&made);
+        OutputPosition<Out> position(out);
         for (; count != 0; --count) {
-            deliver(*chain, out);
+            deliver(*chain, position.current);
             ++chain;
         }
     }
