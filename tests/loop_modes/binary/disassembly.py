@@ -31,12 +31,15 @@ def allowed_calls(code):
     source = iterator[code >> 10]
     calls = everywhere + [
         rf"_ZN3Aud6Render19SourceIteratorMakerILi{code}EE12makeIteratorE\w+",
-        rf"_ZNK?3Aud11SampleCache15{source}(D1Ev|30internal_inc_moveToNextSegmentEv)@.*",
+        rf"_ZN3Aud11SampleCache15{source}D1Ev@.*",
         rf"_ZN3Aud6Render12SampleReader13missingSampleINS_11SampleCache15{source}\w+",
         rf"_ZN3Aud6Render12SampleReader12stepAtBorderERNS_11SampleCache15{source}\w+",
     ]
     if code >> 10 == 1:
-        calls.append(r"_ZNK3Aud18SampleCacheSegment6lengthEv@.*")
+        calls += [r"_ZNK3Aud18SampleCacheSegment6lengthEv@.*",
+                  r"_ZN3Aud11SampleCache15ForwardIterator30internal_inc_moveToNextSegmentEv@.*"]
+    else:
+        calls.append(r"_ZN3Aud6Render12SampleReader16stepAtSegmentEndERNS_11SampleCache15ReverseIteratorE")
     if code >> 7 & 1:
         calls.append(r"_ZN3Aud6Filter6Biquad(13processSampleEf|26getLastProcessSampleResultEv)@.*")
     if code >> 8 & 3 == 1:
