@@ -9,10 +9,10 @@
 
 namespace Aud::Render::LoopModesDespatch {
 
-/// The caller's output position for as long as one call renders. The caller's own is set when the call ends,
-/// also when an exception ends the call.
+/// A copy of the caller's output position, for as long as one call renders. The copy stays in a register; the
+/// caller's position itself would be read and written in memory for each sample.
 ///
-/// A local copy stays in a register, where the caller's position would be read and written for each sample.
+/// The destructor sets the caller's position, so that an exception that ends the call leaves it right, too.
 template <class Out>
 class OutputPosition {
 public:

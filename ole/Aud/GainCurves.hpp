@@ -46,7 +46,7 @@ inline constexpr NodeCurve constantPowerCurve{ConstantPower1_Private::UVal2Mag_C
     if (std::bit_cast<std::uint32_t>(u) > std::bit_cast<std::uint32_t>(curve.limit)) [[unlikely]]
         u = Instructions::clip(u, 0.0F, curve.limit);
     const auto index = static_cast<std::uint32_t>(_mm_cvttss_si32(_mm_set_ss(u / curve.spacing)));
-    // A NaN is truncated to -2^31, times 16 bytes in 32 bits is 0: node 0.
+    // A NaN is truncated to -2^31, and finds node 0, because -2^31 times 16 bytes is 0 in 32 bits.
     static_assert(sizeof(CurveNode) == 16);
     const std::uint32_t offset = index * std::uint32_t{sizeof(CurveNode)};
     const auto& node =

@@ -91,7 +91,8 @@ private:
         else
             it.currentSegment = SampleCacheSegment();
     }
-    /// Apart from the step, which then tests only the sign that its subtraction leaves.
+
+    /// A function of its own so that the step tests nothing but the sign, which its subtraction leaves.
     [[gnu::cold, gnu::noinline]] static void stepAtSegmentEnd(SampleCache::ReverseIterator& it) {
         if (it.segmentIndex == -1)
             it.internal_inc_moveToNextSegment();
