@@ -9,6 +9,24 @@
 
 namespace Aud::Render::LoopModesDespatch {
 
+/// A copy of the caller's output position, for as long as one call renders. The copy stays in a register; the
+/// caller's position itself would be read and written in memory for each sample.
+///
+/// The destructor sets the caller's position, so that an exception that ends the call leaves it right, too.
+template <class Out>
+class OutputPosition {
+public:
+    explicit OutputPosition(Out& callers) : current(callers), callers_(callers) {}
+    OutputPosition(const OutputPosition&) = delete;
+    OutputPosition& operator=(const OutputPosition&) = delete;
+    ~OutputPosition() { callers_ = current; }
+
+    Out current;
+
+private:
+    Out& callers_;
+};
+
 template <class Out>
 template <int N>
 [[gnu::used, gnu::noinline]] void
@@ -20,8 +38,9 @@ TypedFunctor<Out>::Functor<Loki::Int2Type<N>>::ProcessSamples(IteratorCreationPa
     } else {
         Chain<N> made = SourceIteratorMaker<N>::makeIterator(params);
         Chain<N>& chain = *Instructions::inRegister(&made);
+        OutputPosition<Out> position(out);
         for (; count != 0; --count) {
-            deliver(*chain, out);
+            deliver(*chain, position.current);
             ++chain;
         }
     }

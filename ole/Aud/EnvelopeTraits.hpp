@@ -51,7 +51,7 @@ public:
         remaining_ = ramp.length - past;
     }
 
-    [[gnu::always_inline]] float gain() const { return curve_(uValue_); }
+    [[gnu::always_inline]] float gain() const { return gainOn(curve_, uValue_); }
     [[gnu::always_inline]] void advance() {
         if (remaining_ == 0)
             return;
@@ -63,7 +63,7 @@ private:
     float uValue_;
     float step_;
     std::uint32_t remaining_;
-    CurveFunction curve_;
+    StoredCurve curve_;
 };
 
 /// Holds for a length, then ramps forever. A fade-out. With `elapsed` equal to the length, the second sample
@@ -85,7 +85,7 @@ public:
         }
     }
 
-    [[gnu::always_inline]] float gain() const { return curve_(uValue_); }
+    [[gnu::always_inline]] float gain() const { return gainOn(curve_, uValue_); }
     [[gnu::always_inline]] void advance() {
         if (remaining_ != 0)
             --remaining_;
@@ -97,7 +97,7 @@ private:
     float uValue_;
     float step_;
     std::uint32_t remaining_;
-    CurveFunction curve_;
+    StoredCurve curve_;
 };
 
 /// Ramps for a length, holds for a length, then ramps forever. A fade-in and a fade-out.
@@ -126,8 +126,8 @@ public:
     // The hold deliberately uses the last ramp's curve: the gain jumps where the first ramp ends, if the
     // curves differ.
     [[gnu::always_inline]] float gain() const {
-        const CurveFunction curve = firstRampRemaining_ != 0 ? firstCurve_ : lastCurve_;
-        return curve(uValue_);
+        const StoredCurve curve = firstRampRemaining_ != 0 ? firstCurve_ : lastCurve_;
+        return gainOn(curve, uValue_);
     }
     [[gnu::always_inline]] void advance() {
         if (firstRampRemaining_ != 0) {
@@ -146,8 +146,8 @@ private:
     float lastRampStep_;
     std::uint32_t firstRampRemaining_;
     std::uint32_t holdRemaining_;
-    CurveFunction firstCurve_;
-    CurveFunction lastCurve_;
+    StoredCurve firstCurve_;
+    StoredCurve lastCurve_;
 };
 
 } // namespace Aud::Render::EnvelopeTraits

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "host/GainCurveNodes.hpp"
+#include "ole/Aud/Instructions.hpp"
 
 #include <bit>
+#include <cstddef>
 #include <cstdint>
 #include <xmmintrin.h>
 
@@ -19,43 +21,40 @@ enum eCurveType : unsigned int {
     eConstantPower = 3,
 };
 
-/// Where the nodes of a curve lie.
-struct NodeGrid {
-    /// Higher u-values read as this one, through node `limitIndex`.
+/// A curve of straight lines between the host's nodes.
+struct NodeCurve {
+    const CurveNode* nodes;
+    /// Higher u-values read as this one.
     float limit;
-    std::int64_t limitIndex;
     /// U-value between two nodes.
     float spacing;
 };
 
-// The index is that of the node which the limit itself finds: 1499, because 1.5F / 0.001F lies just below
-// 1500, but 100 in the other curve.
-inline constexpr NodeGrid mixerStyleLogGrid{1.5F, 1499, 0.001F};
-inline constexpr NodeGrid constantPowerGrid{1.0F, 100, 0.01F};
+// The limit finds node 1499 here, because 1.5F / 0.001F lies just below 1500, and node 100 in the other
+// curve.
+inline constexpr NodeCurve mixerStyleLogCurve{MixerStyleLog1_Private::UVal2Mag_CurveNodes, 1.5F, 0.001F};
+inline constexpr NodeCurve constantPowerCurve{ConstantPower1_Private::UVal2Mag_CurveNodes, 1.0F, 0.01F};
 
 /// The magnitude at `u`, on the straight line from the node at or below. A negative u-value reads as 0, a NaN
 /// gives NaN.
 ///
 /// The node is found by a true division by the spacing: the product with the reciprocal picks other nodes for
 /// some u-values.
-[[gnu::always_inline]] inline float lookUp(const CurveNode* nodes, const NodeGrid& grid, float u) {
-    std::int64_t index = 0;
+[[gnu::always_inline]] inline float lookUp(const NodeCurve& curve, float u) {
     // One comparison serves for both ends: read as an unsigned number, the bits of a negative u-value and of
     // a NaN exceed the bits of any limit.
-    if (std::bit_cast<std::uint32_t>(u) <= std::bit_cast<std::uint32_t>(grid.limit)) [[likely]] {
-        index = _mm_cvttss_si64(_mm_set_ss(u / grid.spacing));
-    } else if (u > grid.limit) {
-        u = grid.limit;
-        index = grid.limitIndex;
-    } else if (u < 0.0F) {
-        u = 0.0F;
-    }
-    const CurveNode& node = nodes[index];
+    if (std::bit_cast<std::uint32_t>(u) > std::bit_cast<std::uint32_t>(curve.limit)) [[unlikely]]
+        u = Instructions::clip(u, 0.0F, curve.limit);
+    const auto index = static_cast<std::uint32_t>(_mm_cvttss_si32(_mm_set_ss(u / curve.spacing)));
+    // A NaN is truncated to -2^31, and finds node 0, because -2^31 times 16 bytes is 0 in 32 bits.
+    static_assert(sizeof(CurveNode) == 16);
+    const std::uint32_t offset = index * std::uint32_t{sizeof(CurveNode)};
+    const auto& node =
+        *reinterpret_cast<const CurveNode*>(reinterpret_cast<const std::byte*>(curve.nodes) + offset);
     return (u - node.uValue) * node.slope + node.magnitude;
 }
 
-/// Maps a u-value to a gain. The table curves start a cache line because stored-shape envelopes call them
-/// through a pointer for every sample.
+/// Maps a u-value to a gain.
 template <eCurveType CurveType>
 struct Curve;
 
@@ -67,15 +66,15 @@ struct Curve<eLinear> {
 
 template <>
 struct Curve<eMixerStyleLog> {
-    [[gnu::always_inline, gnu::aligned(64)]] static float mapUValueToMagnitude(float uValue) {
-        return lookUp(MixerStyleLog1_Private::UVal2Mag_CurveNodes, mixerStyleLogGrid, uValue);
+    [[gnu::always_inline]] static float mapUValueToMagnitude(float uValue) {
+        return lookUp(mixerStyleLogCurve, uValue);
     }
 };
 
 template <>
 struct Curve<eConstantPower> {
-    [[gnu::always_inline, gnu::aligned(64)]] static float mapUValueToMagnitude(float uValue) {
-        return lookUp(ConstantPower1_Private::UVal2Mag_CurveNodes, constantPowerGrid, uValue);
+    [[gnu::always_inline]] static float mapUValueToMagnitude(float uValue) {
+        return lookUp(constantPowerCurve, uValue);
     }
 };
 

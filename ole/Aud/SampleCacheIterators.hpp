@@ -43,12 +43,14 @@ struct SampleReader {
     /// deliberate: each query is visible to the host.
     [[gnu::always_inline]] static void step(SampleCache::ReverseIterator& it) {
         const std::int64_t old = it.cachePosition;
+        if (old >= it.materialLength) [[unlikely]]
+            return stepAtBorder(it, old);
         it.cachePosition = wrappingSum(old, std::int64_t{-1});
-        if (it.cachePosition < 0 || old >= it.materialLength) [[unlikely]]
+        if (it.cachePosition < 0) [[unlikely]]
             return stepAtBorder(it, old);
         it.segmentIndex = wrappingSum(it.segmentIndex, std::int32_t{-1});
-        if (it.segmentIndex == -1) [[unlikely]]
-            it.internal_inc_moveToNextSegment();
+        if (it.segmentIndex < 0) [[unlikely]]
+            stepAtSegmentEnd(it);
     }
 
 private:
@@ -81,12 +83,19 @@ private:
 
     [[gnu::cold, gnu::noinline]] static void stepAtBorder(SampleCache::ReverseIterator& it,
                                                           std::int64_t old) {
+        it.cachePosition = wrappingSum(old, std::int64_t{-1});
         if (it.cachePosition < -1 || it.cachePosition >= it.materialLength)
             return;
         if (old == it.materialLength)
             it.internal_inc_hitLastSegment();
         else
             it.currentSegment = SampleCacheSegment();
+    }
+
+    /// A function of its own so that the step tests nothing but the sign, which its subtraction leaves.
+    [[gnu::cold, gnu::noinline]] static void stepAtSegmentEnd(SampleCache::ReverseIterator& it) {
+        if (it.segmentIndex == -1)
+            it.internal_inc_moveToNextSegment();
     }
 };
 

@@ -1,7 +1,7 @@
 """disassembly.py LIBRARY: reads the code of every render function and holds its calls to the contract.
 
-A render function calls its maker, host operations, resample_process and the listed cold helpers; a pointer (the gain
-curve) only where the mode has an envelope of a stored shape. What an odd code shares with the even one is a jump.
+A render function calls its maker, host operations, resample_process and the listed cold helpers, each by name and none
+through a pointer. What an odd code shares with the even one is a jump.
 """
 
 import collections
@@ -31,12 +31,15 @@ def allowed_calls(code):
     source = iterator[code >> 10]
     calls = everywhere + [
         rf"_ZN3Aud6Render19SourceIteratorMakerILi{code}EE12makeIteratorE\w+",
-        rf"_ZNK?3Aud11SampleCache15{source}(D1Ev|30internal_inc_moveToNextSegmentEv)@.*",
+        rf"_ZN3Aud11SampleCache15{source}D1Ev@.*",
         rf"_ZN3Aud6Render12SampleReader13missingSampleINS_11SampleCache15{source}\w+",
         rf"_ZN3Aud6Render12SampleReader12stepAtBorderERNS_11SampleCache15{source}\w+",
     ]
     if code >> 10 == 1:
-        calls.append(r"_ZNK3Aud18SampleCacheSegment6lengthEv@.*")
+        calls += [r"_ZNK3Aud18SampleCacheSegment6lengthEv@.*",
+                  r"_ZN3Aud11SampleCache15ForwardIterator30internal_inc_moveToNextSegmentEv@.*"]
+    else:
+        calls.append(r"_ZN3Aud6Render12SampleReader16stepAtSegmentEndERNS_11SampleCache15ReverseIteratorE")
     if code >> 7 & 1:
         calls.append(r"_ZN3Aud6Filter6Biquad(13processSampleEf|26getLastProcessSampleResultEv)@.*")
     if code >> 8 & 3 == 1:
@@ -47,20 +50,14 @@ def allowed_calls(code):
     return calls
 
 
-def has_stored_shape(code):
-    return code >> 1 & 15 >= 6
-
-
-def check_calls(name, instructions, calls, pointer_allowed):
+def check_calls(name, instructions, calls):
     allowed = re.compile("|".join(calls))
     for text in instructions:
         match = target.search(text)
         if match is None:
             continue
-        kind, indirect, _, symbol, offset = match.groups()
+        kind, _, _, symbol, offset = match.groups()
         if kind == "jmp" and symbol is not None and symbol.split(".cold")[0] == name.split(".cold")[0]:
-            continue
-        if symbol is None and indirect and kind == "call" and pointer_allowed:
             continue
         if symbol is None or offset or kind == "jmp" or not allowed.fullmatch(symbol):
             problems.append(f"{name}: {text.strip()}")
@@ -79,13 +76,13 @@ def check_function(name, instructions, counts):
             if len(real) != 1 or jump is None or jump[1] != "jmp" or jump[4] != even or jump[5]:
                 problems.append(f"{name} is more than a jump to {even}")
         else:
-            check_calls(name, instructions, allowed_calls(code), has_stored_shape(code))
+            check_calls(name, instructions, allowed_calls(code))
     elif match := refill.match(name):
         counts["refills"] += match[2] is None
         level = "INS_19DynamicLevelControl" in name
         forward = "ForwardIterator" in name
         code = forward << 10 | level << 8 | ("MultiBand" in name) << 7 | ("ForwardsDynamic" in name)
-        check_calls(name, instructions, allowed_calls(code), re.search("RampHold|HoldRamp", name))
+        check_calls(name, instructions, allowed_calls(code))
 
 
 disassembler = subprocess.Popen(["objdump", "-dw", "--no-show-raw-insn", library], stdout=subprocess.PIPE, text=True)
