@@ -48,7 +48,7 @@ void LiveRenderer::begin(const LiveOrder& order, double position) {
     voice_.reset();
     if (!order.plays)
         return;
-    content_.awaitLoaded(position, order.speed);
+    content_.awaitLoaded(position, order.speed, sizes_.blocksAhead * sizes_.blockFrames);
     voice_ = start(position, order.speed);
     origin_ = std::llround(position);
     writtenBefore_ = ring_.pushed();
