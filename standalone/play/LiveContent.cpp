@@ -16,9 +16,6 @@ namespace {
 
 constexpr std::size_t mostSpans = 256;
 
-/// One segment for the first samples, and one for those that follow where the first are near its end.
-constexpr int segmentsAwaited = 2;
-
 void turnRound(StripSettings& settings) {
     settings.reverse = !settings.reverse;
     std::swap(settings.fade.fadeInSamples, settings.fade.fadeOutSamples);
@@ -114,20 +111,22 @@ std::unique_ptr<LiveVoice> LiveContent::start(double position, double speed) {
 }
 
 void LiveContent::load(double position, double speed) const {
-    request(position, speed, false);
+    request(position, speed, 0, false);
 }
 
-void LiveContent::awaitLoaded(double position, double speed) const {
-    request(position, speed, false);
-    request(position, speed, true);
+void LiveContent::awaitLoaded(double position, double speed, std::size_t frames) const {
+    request(position, speed, frames, false);
+    request(position, speed, frames, true);
 }
 
 /// A reader requests segments when it is made, and waits where it reads.
-void LiveContent::request(double position, double speed, bool wait) const {
+void LiveContent::request(double position, double speed, std::size_t frames, bool wait) const {
     const StripPlan plan(settingsAt(strip_, speed));
     const double played = speed < 0.0 ? static_cast<double>(length()) - position : position;
     const bool reverse = plan.settings.reverse;
-    for (int segment = 0; segment < segmentsAwaited; ++segment) {
+    // One more, because the first samples may lie near the end of their segment.
+    const auto last = static_cast<int>(static_cast<double>(frames) * plan.speedInForce / segmentLength_) + 1;
+    for (int segment = 0; segment <= last; ++segment) {
         const std::int64_t sample = plan.materialPosition(std::llround(played)) +
                                     (reverse ? -segment : segment) * std::int64_t{segmentLength_};
         for (const Cookie& cookie : cookies_)

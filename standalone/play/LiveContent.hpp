@@ -42,8 +42,8 @@ public:
 
     /// Has the cache load what is heard from a position on, in the direction of the speed.
     void load(double position, double speed) const;
-    /// The same, and waits for the first segments.
-    void awaitLoaded(double position, double speed) const;
+    /// The same, and waits for all that so many frames read: for what is rendered at one go.
+    void awaitLoaded(double position, double speed, std::size_t frames) const;
 
     /// What was late so far, in all channels together.
     StripReport totals() const;
@@ -53,7 +53,7 @@ public:
 private:
     class Voice;
 
-    void request(double position, double speed, bool wait) const;
+    void request(double position, double speed, std::size_t frames, bool wait) const;
     /// Counts what a voice has missed between two positions.
     void note(double from, double to);
 

@@ -48,7 +48,8 @@ void LiveRenderer::begin(const LiveOrder& order, double position) {
     voice_.reset();
     if (!order.plays)
         return;
-    content_.awaitLoaded(position, order.speed);
+    // A device that fills its own buffer at once takes one ring, and the next one is rendered right behind.
+    content_.awaitLoaded(position, order.speed, 2 * sizes_.blocksAhead * sizes_.blockFrames);
     voice_ = start(position, order.speed);
     origin_ = std::llround(position);
     writtenBefore_ = ring_.pushed();
