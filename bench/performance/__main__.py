@@ -1,9 +1,9 @@
 """performance BUILD PAGE [SECTION...]: measures, and writes figures and pictures into the page.
 
-Sections: modes calls load size instructions jobs mix build inlined; all of them where none is named. The figures are
+Sections: modes calls load size instructions build, jobs mix, inlined; all of them where none is named. The figures are
 kept in BUILD/bench/performance.json, so that the page can be made again from old and new ones. What needs a section
-without figures there stays as it is in the page. All sections but `inlined` describe one machine and are written
-together; `inlined` names its own machine.
+without figures there stays as it is in the page. Three groups are written each as a whole, with the machine and the day:
+the library (modes to build), whole jobs (jobs and mix), and inlined.
 """
 
 import json
@@ -17,7 +17,7 @@ from jobs import measure_jobs
 from lookup import lookup_page
 from mix import measure_mix
 from pictures import draw_families, draw_jobs, draw_modes
-from tables import family_table, goal_table, job_table, machine_line
+from tables import family_table, goal_table, job_goal_table, job_table, machine_line
 
 
 def with_pictures(content, **pictures):
@@ -35,15 +35,20 @@ def write_blocks(page, blocks):
 
 def write_library(figures, page):
     write_blocks(page, {
-        "machine": machine_line(figures),
+        "machine": machine_line(figures["machine"]),
         "goals": with_pictures(goal_table(figures), modes="Nanoseconds per output sample of every render function",
                                families="Time per output sample as a multiple of the floor"),
-        "families": family_table(figures),
-        "jobs": with_pictures(job_table(figures), jobs="CPU seconds of whole jobs")})
+        "families": family_table(figures)})
     images = page.parent / "images"
     draw_modes(figures["modes"]["all"], images / "performance-modes.svg")
     draw_families(figures["modes"]["families"], images / "performance-families.svg")
-    draw_jobs(figures["jobs"], images / "performance-jobs.svg")
+
+
+def write_jobs(figures, page):
+    write_blocks(page, {"jobs": "\n\n".join([
+        machine_line(figures["jobsMachine"]), job_goal_table(figures),
+        with_pictures(job_table(figures), jobs="CPU seconds of whole jobs")])})
+    draw_jobs(figures["jobs"], page.parent / "images/performance-jobs.svg")
 
 
 def write_inlined(figures, page):
@@ -52,9 +57,10 @@ def write_inlined(figures, page):
 
 
 LIBRARY_SECTIONS = {"modes": measure.measure_modes, "calls": measure.measure_calls, "load": measure.measure_load,
-                    "size": measure.measure_size, "instructions": measure.measure_instructions, "jobs": measure_jobs,
-                    "mix": measure_mix, "build": measure.measure_build}
-SECTIONS = {**LIBRARY_SECTIONS, "inlined": measure_inlined}
+                    "size": measure.measure_size, "instructions": measure.measure_instructions,
+                    "build": measure.measure_build}
+JOB_SECTIONS = {"jobs": measure_jobs, "mix": measure_mix}
+SECTIONS = {**LIBRARY_SECTIONS, **JOB_SECTIONS, "inlined": measure_inlined}
 
 
 def main():
@@ -69,17 +75,18 @@ def main():
         figures[section] = SECTIONS[section](build)
         if section in LIBRARY_SECTIONS:
             figures["machine"] = measure.machine()
+        if section in JOB_SECTIONS:
+            figures["jobsMachine"] = measure.machine()
         store.write_text(json.dumps(figures))
     missing = []
-    for sections, write in ((LIBRARY_SECTIONS, write_library), (["inlined"], write_inlined)):
+    for sections, write in ((LIBRARY_SECTIONS, write_library), (JOB_SECTIONS, write_jobs), (["inlined"], write_inlined)):
         if not set(sections).isdisjoint(chosen):
             without_figures = [section for section in sections if section not in figures]
             missing += without_figures
             if not without_figures:
                 write(figures, page)
     if missing:
-        sys.exit("performance: not measured yet, so that the library's part of the page is left as it is: "
-                 + ", ".join(missing))
+        sys.exit("performance: not measured yet, so that their part of the page is left as it is: " + ", ".join(missing))
 
 
 main()

@@ -16,11 +16,22 @@ def ratio_range(rows):
     return ratios[0], statistics.median(ratios), ratios[-1]
 
 
-def goal_table(figures):
-    rows = []
+class GoalTable:
+    """Rows of what was to be reached and what was; what was missed is bold."""
 
-    def add(what, goal, reached, spread, met):
-        rows.append([what, goal, f"{reached}" if met else f"**{reached}**", spread])
+    def __init__(self):
+        self.rows = []
+
+    def add(self, what, goal, reached, spread, met):
+        self.rows.append([what, goal, f"{reached}" if met else f"**{reached}**", spread])
+
+    def text(self):
+        return table(["what", "goal, at most", "reached", "spread"], self.rows)
+
+
+def goal_table(figures):
+    goals = GoalTable()
+    add = goals.add
 
     for family in FAMILIES:
         name, _, _, goal = family
@@ -52,6 +63,12 @@ def goal_table(figures):
     most = max(u["memory"] for u in units)
     add("full build of the library, CPU; peak memory of a unit", "180 s; 550 MB", f"{total:.0f} s; {most:.0f} MB",
         f"{len(units)} units, one at a time", total <= 180 and most <= 550)
+    return goals.text()
+
+
+def job_goal_table(figures):
+    goals = GoalTable()
+    add = goals.add
     for job, programs in figures["jobs"].items():
         spent = {p: [r["user"] + r["system"] for r in runs] for p, runs in programs.items()}
         peer = min(("ffmpeg", "sox"), key=lambda p: min(spent[p]))
@@ -66,7 +83,7 @@ def goal_table(figures):
     memory = list(mix["memory"].values())
     add("memory of a mix: 16 times the length / once", "1.10", f"{memory[-1] / memory[0]:.2f}",
         " and ".join(f"{value:.1f} MB" for value in memory) + " for 1.5, 6 and 24 minutes", memory[-1] <= 1.105 * memory[0])
-    return table(["what", "goal, at most", "reached", "spread"], rows)
+    return goals.text()
 
 
 def family_table(figures):
@@ -98,7 +115,6 @@ def job_table(figures):
     return table(["job", *next(iter(figures["jobs"].values()))], rows)
 
 
-def machine_line(figures):
-    m = figures["machine"]
+def machine_line(m):
     return (f"Measured on {m['date']}: {m['cpu']}, {m['cores']} virtual cores; {m['compiler']}, `-O2`, baseline x86-64; "
             f"ffmpeg {m['ffmpeg']}, sox {m['sox']}.")
