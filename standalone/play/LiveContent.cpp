@@ -3,6 +3,8 @@
 #include "ole/Aud/SampleCacheIterators.hpp"
 #include "standalone/mix/ScaledSource.hpp"
 #include "standalone/services/Identities.hpp"
+#include "standalone/signal/BlockConversion.hpp"
+#include "standalone/signal/BlockLoops.hpp"
 #include "standalone/signal/Speed.hpp"
 #include "standalone/signal/StripPlayer.hpp"
 
@@ -45,9 +47,10 @@ StripSettings settingsAt(const StripSettings& strip, double speed) {
 }
 
 LiveContent::LiveContent(const std::vector<std::shared_ptr<SampleSource>>& channels, StripSettings strip,
-                         const MaterialCacheOptions& cache, int headroom)
+                         const MaterialCacheOptions& cache, int headroom,
+                         RenderFunctionLookUp<Unclipped> inlined)
     : strip_(std::move(strip)), segmentLength_(cache.segmentLength),
-      headroomGain_(std::ldexp(1.0F, headroom)), cache_(cache), late_(mostSpans) {
+      headroomGain_(std::ldexp(1.0F, headroom)), inlined_(inlined), cache_(cache), late_(mostSpans) {
     if (channels.empty())
         throw std::invalid_argument("there is no channel to play");
     strip_.wait = false;
@@ -81,9 +84,8 @@ public:
         const double from = position();
         std::size_t rendered = 0;
         for (std::size_t channel = 0; channel < players_.size(); ++channel) {
-            rendered = static_cast<std::size_t>(players_[channel]->render(channels[channel]));
-            for (float& sample : channels[channel].first(rendered))
-                sample *= content_.headroomGain_;
+            rendered = content_.render(*players_[channel], channels[channel]);
+            multiply(channels[channel].first(rendered), content_.headroomGain_);
         }
         content_.note(from, position());
         return rendered;
@@ -105,6 +107,16 @@ private:
     double speed_;
     std::vector<std::unique_ptr<StripPlayer>> players_;
 };
+
+std::size_t LiveContent::render(StripPlayer& player, std::span<float> samples) const {
+    if (inlined_ == nullptr)
+        return static_cast<std::size_t>(player.render(samples));
+    Unclipped out{samples.data()};
+    const auto rendered = static_cast<std::size_t>(player.render(out, samples.size(), inlined_));
+    auto* clipped = reinterpret_cast<Aud::SampleF32*>(samples.data());
+    convertBlock(samples.data(), rendered, clipped);
+    return rendered;
+}
 
 std::unique_ptr<LiveVoice> LiveContent::start(double position, double speed) {
     return std::make_unique<Voice>(*this, position, speed);

@@ -4,7 +4,9 @@
 #include "standalone/mix/MixReport.hpp"
 #include "standalone/mix/SpanList.hpp"
 #include "standalone/play/LiveVoice.hpp"
+#include "standalone/services/RenderFunctions.hpp"
 #include "standalone/signal/StripSettings.hpp"
+#include "standalone/signal/Unclipped.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -13,6 +15,8 @@
 #include <vector>
 
 namespace audlmd {
+
+class StripPlayer;
 
 /// The settings that play a strip at a speed of the transport, which is negative backwards: a multiple of the
 /// strip's own speed and direction. A speed of 1 leaves the settings as they are. Backwards, fades and
@@ -29,9 +33,10 @@ class LiveContent {
 public:
     /// Cookie and waiting of the settings are ignored. The sound is scaled by 2^-headroom before it reaches
     /// the library, which clips at full scale, and by 2^headroom behind: 20 leaves 120 dB. Throws what
-    /// StripPlan throws.
+    /// StripPlan throws. `inlined` as in MixerOptions.
     LiveContent(const std::vector<std::shared_ptr<SampleSource>>& channels, StripSettings strip,
-                const MaterialCacheOptions& cache, int headroom = 0);
+                const MaterialCacheOptions& cache, int headroom = 0,
+                RenderFunctionLookUp<Unclipped> inlined = nullptr);
 
     std::size_t channels() const { return cookies_.size(); }
     std::int64_t length() const { return strip_.to - strip_.from; }
@@ -53,6 +58,8 @@ public:
 private:
     class Voice;
 
+    /// Renders the next samples of a player as the library's 32-bit floats, clipped. Returns how many.
+    std::size_t render(StripPlayer& player, std::span<float> samples) const;
     void request(double position, double speed, std::size_t frames, bool wait) const;
     /// Counts what a voice has missed between two positions.
     void note(double from, double to);
@@ -60,6 +67,7 @@ private:
     StripSettings strip_;
     std::int32_t segmentLength_;
     float headroomGain_;
+    RenderFunctionLookUp<Unclipped> inlined_;
     mutable MaterialCache cache_;
     std::vector<Cookie> cookies_;
     std::uint64_t lateSamples_ = 0;

@@ -106,8 +106,8 @@ private:
     std::int64_t countedAt_ = 0;
 };
 
-LiveMix::LiveMix(Timeline timeline, OpenMedia open, std::size_t threads)
-    : timeline_(std::move(timeline)), open_(std::move(open)), threads_(threads),
+LiveMix::LiveMix(Timeline timeline, OpenMedia open, const MixerOptions& options)
+    : timeline_(std::move(timeline)), open_(std::move(open)), options_(options),
       thread_([this](const std::stop_token& stop) {
           // For debuggers and system monitors; at most 15 characters.
           pthread_setname_np(pthread_self(), "audlmd-livemix");
@@ -171,8 +171,7 @@ void LiveMix::retire(std::unique_ptr<Mixer> mixer) {
 /// had: then the voice asks again later.
 std::unique_ptr<Mixer> LiveMix::make(std::int64_t place) const {
     try {
-        auto mixer = std::make_unique<Mixer>(cutAt(timeline_, place), open_,
-                                             MixerOptions{.threads = threads_, .wait = false});
+        auto mixer = std::make_unique<Mixer>(cutAt(timeline_, place), open_, options_);
         std::vector<std::vector<float>> silence(timeline_.channels, std::vector<float>(1));
         mixer->render(place - 1, std::vector<std::span<float>>(silence.begin(), silence.end()));
         return mixer;

@@ -30,7 +30,8 @@ Timeline cutAt(Timeline timeline, std::int64_t sample);
 /// Use from one thread at a time, but for what this object does on its own thread.
 class LiveMix {
 public:
-    LiveMix(Timeline timeline, OpenMedia open, std::size_t threads);
+    /// The options must ask not to wait.
+    LiveMix(Timeline timeline, OpenMedia open, const MixerOptions& options);
     ~LiveMix();
     LiveMix(const LiveMix&) = delete;
     LiveMix& operator=(const LiveMix&) = delete;
@@ -70,7 +71,7 @@ private:
 
     const Timeline timeline_;
     const OpenMedia open_;
-    const std::size_t threads_;
+    const MixerOptions options_;
     MixNotes notes_;
     /// The one that plays.
     const Mixer* playing_ = nullptr;

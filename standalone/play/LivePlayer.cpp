@@ -50,7 +50,8 @@ struct LivePlayer::Impl {
          std::shared_ptr<MixedTimeline> mixed, std::unique_ptr<LiveMix> live, const LiveOptions& options)
         : settings(std::move(strip)), sampleRate(rate), timeline(std::move(mixed)), mix(std::move(live)),
           sizes(LiveRenderer::sizesFor(options, rate)),
-          content(channels, settings, options.cache, timeline != nullptr ? MixedTimeline::headroom : 0),
+          content(channels, settings, options.cache, timeline != nullptr ? MixedTimeline::headroom : 0,
+                  options.inlined),
           ring(2 * sizes.blocksAhead + 2, sizes.blockFrames * content.channels()),
           output(ring, content.channels(), sizes.fadeFrames), renderer(content, mix.get(), ring, sizes),
           thread([this](const std::stop_token& stop) {
@@ -141,8 +142,10 @@ LivePlayer::LivePlayer(const Media& media, StripSettings settings, const LiveOpt
 LivePlayer::LivePlayer(Timeline timeline, OpenMedia open, const LiveOptions& options) {
     const StripSettings whole = wholeOf(timeline);
     const int rate = timeline.sampleRate;
-    auto live = std::make_unique<LiveMix>(timeline, open, options.mixThreads);
-    auto mixed = std::make_shared<MixedTimeline>(std::move(timeline), std::move(open), options.mixThreads);
+    MixerOptions mixing{.threads = options.mixThreads, .wait = false, .inlined = options.inlined};
+    auto live = std::make_unique<LiveMix>(timeline, open, mixing);
+    mixing.wait = true;
+    auto mixed = std::make_shared<MixedTimeline>(std::move(timeline), std::move(open), mixing);
     impl_ =
         std::make_unique<Impl>(MixedTimeline::sources(mixed), whole, rate, mixed, std::move(live), options);
 }

@@ -4,7 +4,9 @@
 #include "standalone/mix/Media.hpp"
 #include "standalone/mix/MixReport.hpp"
 #include "standalone/mix/Timeline.hpp"
+#include "standalone/services/RenderFunctions.hpp"
 #include "standalone/signal/StripSettings.hpp"
+#include "standalone/signal/Unclipped.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -34,6 +36,8 @@ struct LiveOptions {
     MaterialCacheOptions cache{.segmentLength = 16384, .segmentsAhead = 6};
     /// Threads that mix a timeline, see MixerOptions.
     std::size_t mixThreads = 0;
+    /// Finds the render functions that are compiled into the program, see MixerOptions::inlined.
+    RenderFunctionLookUp<Unclipped> inlined = nullptr;
 };
 
 /// What was late or failed so far.

@@ -27,8 +27,8 @@ private:
     std::size_t channel_;
 };
 
-MixedTimeline::MixedTimeline(Timeline timeline, OpenMedia open, std::size_t threads)
-    : mixer_(std::move(timeline), std::move(open), {.threads = threads}) {}
+MixedTimeline::MixedTimeline(Timeline timeline, OpenMedia open, const MixerOptions& options)
+    : mixer_(std::move(timeline), std::move(open), options) {}
 
 std::vector<std::shared_ptr<SampleSource>>
 MixedTimeline::sources(const std::shared_ptr<MixedTimeline>& timeline) {

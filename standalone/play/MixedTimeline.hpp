@@ -20,8 +20,8 @@ public:
     /// For whoever plays the sources: a sum may be beyond full scale. See LiveContent.
     static constexpr int headroom = 20;
 
-    /// Throws what Mixer throws.
-    MixedTimeline(Timeline timeline, OpenMedia open, std::size_t threads);
+    /// The options must ask to wait. Throws what Mixer throws.
+    MixedTimeline(Timeline timeline, OpenMedia open, const MixerOptions& options);
 
     /// The sources share this object. What fails in a strip makes that strip silent.
     static std::vector<std::shared_ptr<SampleSource>> sources(const std::shared_ptr<MixedTimeline>& timeline);

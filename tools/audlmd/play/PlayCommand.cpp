@@ -1,3 +1,4 @@
+#include "standalone/inlined/InlinedRenderFunctions.hpp"
 #include "standalone/signal/GainLaws.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Subcommands.hpp"
@@ -141,6 +142,7 @@ void play(const PlayOptions& options) {
         LiveOptions live;
         live.latency = std::clamp(options.latency / 2000.0, 0.005, 2.0) +
                        static_cast<double>(options.block) / format.sampleRate;
+        live.inlined = options.throughTables ? nullptr : &inlinedRenderFunction;
         player = input.makePlayer(live);
     }
     player->setSpeed(options.speed());

@@ -43,6 +43,9 @@ void declareDevice(CLI::App& play, PlayOptions& options) {
         ->option_text("HZ")
         ->check(CLI::Range(1000, 384000))
         ->group("Device");
+    play.add_flag("--through-tables", options.throughTables,
+                  "Render through the loaded library, as a host does; changes no sample")
+        ->group("Device");
     play.add_option("--block", options.block, "Frames that the device asks for at a time (default 256)")
         ->option_text("N")
         ->check(CLI::Range(16, 16384))

@@ -26,6 +26,8 @@ struct PlayOptions {
     std::size_t block = 256;
     /// From rendering to the loudspeaker, in milliseconds.
     double latency = 80.0;
+    /// Whether the functions of the loaded library render, and not those compiled into the command.
+    bool throughTables = false;
 
     /// Where playing starts. Not set: the start, or backwards the end.
     std::optional<TimeValue> from;
