@@ -13,6 +13,7 @@ from commands import cost, run
 
 BANDS = [(120, -2), (400, 1.5), (1000, 3), (4000, -2), (10000, 2)]
 LENGTH = 600
+ALL = "audlmd, all processors"
 FADE = 5
 # At most so many times the CPU time of the faster peer.
 GOALS = {"f32 to s16": 1.3, "fade and level, s24": 0.75, "five-band equaliser, fade and level, s24": 0.75,
@@ -61,6 +62,17 @@ def jobs(build, folder):
                      "16", out["sox"]]]}}
 
 
+def on_all_processors(commands, output):
+    """The same commands without the limit to one thread, for wall-clock time."""
+    def changed(command):
+        parts = list(map(str, command))
+        place = parts.index("--threads")
+        del parts[place:place + 2]
+        parts[parts.index("-o") + 1] = str(output)
+        return parts
+    return [changed(command) for command in commands]
+
+
 def level_at_middle(path):
     """The level of one second in the middle, in dB, and the length in seconds."""
     with tempfile.NamedTemporaryFile(suffix=".raw") as raw:
@@ -79,6 +91,7 @@ def measure_jobs(build):
             shutil.copy(folder / "in0.wav", folder / f"in{i}.wav")
         results = {}
         for job, programs in jobs(build, folder).items():
+            programs[ALL] = on_all_processors(programs["audlmd"], folder / f"{ALL}.wav")
             print(f"performance: {job}", file=sys.stderr, flush=True)
             runs = {program: [] for program in programs}
             for _ in range(5):

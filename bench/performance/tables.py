@@ -110,7 +110,8 @@ def job_table(figures):
         row = [job]
         for runs in programs.values():
             best = cpu(runs)
-            row.append(f"{best['user']:.2f} + {best['system']:.2f} = {best['user'] + best['system']:.2f}")
+            row.append(f"{best['user']:.2f} + {best['system']:.2f} = {best['user'] + best['system']:.2f}; "
+                       f"{min(r['wall'] for r in runs):.2f}")
         rows.append(row)
     return table(["job", *next(iter(figures["jobs"].values()))], rows)
 
