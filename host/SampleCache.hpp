@@ -23,7 +23,7 @@ namespace Aud {
 namespace Render {
 struct SampleReader;
 struct ReadySpan;
-}
+} // namespace Render
 
 /// The host's store of samples, cut into segments that the host loads on its own threads.
 ///

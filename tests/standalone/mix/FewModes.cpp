@@ -1,5 +1,5 @@
-// In place of the library, which takes too long to build for a sanitizer: the render functions that MixerTest
-// plays.
+// In place of the library, which takes too long to build for a sanitizer: the render functions of the strips
+// that the tests of the mixer and of live playback play.
 
 #include "loop_modes/RenderFunctionGroup.hpp"
 #include "ole/Orv/OrvModeMeta"
@@ -19,6 +19,6 @@ bool registerModes(std::integer_sequence<int, codes...>) {
 }
 
 [[maybe_unused]] const bool registered =
-    registerModes(std::integer_sequence<int, 0, 32, 1024, 1026, 1040, 1088, 1154, 1283>());
+    registerModes(std::integer_sequence<int, 0, 32, 64, 1024, 1026, 1040, 1056, 1088, 1154, 1283>());
 
 } // namespace

@@ -92,7 +92,8 @@ struct RandomTimeline {
         settings.converter =
             pick({Converter::none, Converter::none, Converter::linear, Converter::filtering});
         if (settings.converter != Converter::none)
-            settings.speed = oneIn(3) ? pick({0.5, 0.7, 0.75, 1.0, 1.4, 2.0, 2.75, 4.0}) : std::exp(real(-1.5, 1.7));
+            settings.speed =
+                oneIn(3) ? pick({0.5, 0.7, 0.75, 1.0, 1.4, 2.0, 2.75, 4.0}) : std::exp(real(-1.5, 1.7));
         for (std::int64_t bands = oneIn(3) ? whole(1, 5) : 0; bands > 0; --bands)
             settings.equaliser.push_back({static_cast<BandKind>(whole(0, 4)), std::exp(real(4.0, 9.8)),
                                           real(-12.0, 12.0), real(0.4, 3.0)});

@@ -99,7 +99,7 @@ TEST(LiveDeck, DeliversTheBytesOfAMixerForwardsAndBackwards) {
     timeline.length = 36000;
     Mixer mixer(timeline, media.opener());
     const Channels expected = mixed(mixer, 0, 36000);
-    const auto live = std::make_shared<MixedTimeline>(timeline, media.opener(), 2);
+    const auto live = std::make_shared<MixedTimeline>(timeline, media.opener(), MixerOptions{.threads = 2});
     for (const double speed : {1.0, -1.0}) {
         LiveDeck deck(MixedTimeline::sources(live), wholeStrip(36000), MixedTimeline::headroom);
         deck.seek(speed < 0.0 ? 36000 : 0);

@@ -68,9 +68,10 @@ protected:
                                : Media{.channels = {sound_}};
     };
     Timeline timeline_ = gatedTimeline();
-    LiveMix live_{timeline_, open_, 1};
-    LiveDeck deck_{MixedTimeline::sources(std::make_shared<MixedTimeline>(timeline_, open_, 1)),
-                   wholeStrip(length), MixedTimeline::headroom, &live_};
+    LiveMix live_{timeline_, open_, {.threads = 1, .wait = false}};
+    LiveDeck deck_{
+        MixedTimeline::sources(std::make_shared<MixedTimeline>(timeline_, open_, MixerOptions{.threads = 1})),
+        wholeStrip(length), MixedTimeline::headroom, &live_};
 };
 
 TEST_F(LiveMixTest, TakesOverWithoutASeam) {
