@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <ctime>
+#include <exception>
 #include <filesystem>
 #include <random>
 #include <stdexcept>
@@ -139,14 +140,7 @@ struct Cost {
     }
 };
 
-} // namespace
-
-int main(int argc, char** argv) {
-    if (argc != 2) {
-        std::fprintf(stderr, "audlmd-bench-mix: takes one argument, a folder for sound files\n");
-        return 2;
-    }
-    const std::filesystem::path folder(argv[1]);
+int run(const std::filesystem::path& folder) {
     for (unsigned int file = 0; file < fileCount; ++file)
         writeNoise(folder / (std::to_string(file) + ".wav"), file + 1);
     const Timeline timeline = makeTimeline(folder);
@@ -163,4 +157,20 @@ int main(int argc, char** argv) {
         return 1;
     }
     std::printf("%.3f %.3f\n", mix.seconds, alone.seconds);
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2) {
+        std::fprintf(stderr, "audlmd-bench-mix: takes one argument, a folder for sound files\n");
+        return 2;
+    }
+    try {
+        return run(argv[1]);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "audlmd-bench-mix: %s\n", error.what());
+        return 1;
+    }
 }
