@@ -7,19 +7,16 @@
 #include "tools/audlmd/mix/MixJob.hpp"
 #include "tools/audlmd/mix/MixOptions.hpp"
 #include "tools/audlmd/mix/MixReportText.hpp"
+#include "tools/audlmd/mix/TimelineInput.hpp"
 #include "tools/audlmd/mix/picture/TimelineFigure.hpp"
-#include "tools/audlmd/options/Parsers.hpp"
 #include "tools/timeline/TimelineFiles.hpp"
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <optional>
 #include <set>
@@ -31,17 +28,6 @@
 namespace audlmd::command {
 namespace {
 
-std::string readText(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::string text(std::istreambuf_iterator<char>(file), {});
-    // A folder opens, and fails only when it is read.
-    if (!file.is_open() || file.bad() || std::filesystem::is_directory(path))
-        throw CommandError(
-            "cannot read '" + path.string() +
-            "': " + std::generic_category().message(std::filesystem::is_directory(path) ? EISDIR : errno));
-    return text;
-}
-
 /// Every strip that sounds holds its file open.
 void allowManyOpenFiles() {
     rlimit files{};
@@ -49,14 +35,6 @@ void allowManyOpenFiles() {
         files.rlim_cur = files.rlim_max;
         setrlimit(RLIMIT_NOFILE, &files);
     }
-}
-
-/// Throws CommandError where an option asks for something else than the timeline says.
-template <class Number>
-void requireSame(const char* option, std::optional<Number> asked, Number told) {
-    if (asked && *asked != told)
-        throw CommandError(std::string(option) + ": the timeline itself says " + std::to_string(told) +
-                           ", and its times depend on that; leave the option out");
 }
 
 void writeFile(const std::filesystem::path& path, const std::string& content) {
@@ -94,15 +72,8 @@ private:
     FILE* report() const { return target_ && target_->isStream ? stderr : stdout; }
 
     void readTimeline() {
-        const timeline::ReadOptions how{
-            .sampleRate = options_.rate.value_or(48000),
-            .channels = options_.channels.value_or(2),
-            .folder = std::filesystem::absolute(options_.timeline).parent_path(),
-            .media = [this](const std::string& media) { return media_.factsOf(media); },
-            .band = [](std::string_view text) { return parseBand(text, "equaliser"); }};
-        timeline_ = timeline::readTimeline(readText(options_.timeline), how);
-        requireSame("--rate", options_.rate, timeline_.sampleRate);
-        requireSame("--channels", options_.channels, timeline_.channels);
+        timeline_ = readTimelineFile(options_.timeline,
+                                     {.rate = options_.rate, .channels = options_.channels}, media_);
         requireOther(options_.timeline, "the timeline");
         if (target_)
             span_ = options_.spanOf(timeline_);

@@ -3,25 +3,13 @@
 #include "standalone/mix/RateConvertedSource.hpp"
 #include "standalone/play/LiveContent.hpp"
 #include "tools/audlmd/CommandError.hpp"
-#include "tools/timeline/TimelineError.hpp"
+#include "tools/audlmd/mix/TimelineInput.hpp"
 #include "tools/timeline/TimelineFiles.hpp"
 
-#include <cerrno>
-#include <cstring>
-#include <fstream>
-#include <iterator>
 #include <utility>
 
 namespace audlmd::command {
 namespace {
-
-std::string readText(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    if (!file.is_open() || std::filesystem::is_directory(path))
-        throw CommandError("cannot read '" + path.string() +
-                           "': " + std::strerror(file.is_open() ? EISDIR : errno));
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 /// The strip as it lies forwards at its own speed: direction and speed are the transport's.
 StripSettings forwards(const StripSettings& asRendered, bool converts) {
@@ -58,15 +46,7 @@ void PlayInput::openSound() {
 
 void PlayInput::openTimeline() {
     finder_ = std::make_unique<MediaFinder>(options_.media);
-    const timeline::ReadOptions how{
-        .sampleRate = options_.rate.value_or(48000),
-        .folder = std::filesystem::absolute(options_.input).parent_path(),
-        .media = [this](const std::string& media) { return finder_->factsOf(media); },
-        .band = [](std::string_view text) { return parseBand(text, "equaliser"); }};
-    timeline_ = timeline::readTimeline(readText(options_.input), how);
-    if (options_.rate && *options_.rate != timeline_.sampleRate)
-        throw CommandError("--rate: the timeline itself says " + std::to_string(timeline_.sampleRate) +
-                           ", and its times depend on that; leave the option out");
+    timeline_ = readTimelineFile(options_.input, {.rate = options_.rate, .channels = {}}, *finder_);
     if (timeline_.length <= 0)
         throw CommandError("'" + options_.input.string() + "' has nothing to play");
 }
@@ -87,8 +67,7 @@ void PlayInput::doubleChannel() {
 }
 
 std::string PlayInput::nameOf(const StripReport& strip) const {
-    const TimelineTrack& track = timeline_.tracks[strip.track];
-    return timeline::Where{track.name, track.strips[strip.strip].name}.text();
+    return timeline::whereIs(timeline_, strip.track, strip.strip).text();
 }
 
 std::unique_ptr<LivePlayer> PlayInput::makePlayer(const LiveOptions& live) const {

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "standalone/mix/Timeline.hpp"
+#include "tools/audlmd/mix/MediaFinder.hpp"
+
+#include <cstddef>
+#include <filesystem>
+#include <optional>
+
+namespace audlmd::command {
+
+/// What the command line asks of the output. Not set: what the timeline says, else 48000 Hz and 2 channels.
+struct AskedOutput {
+    std::optional<int> rate;
+    std::optional<std::size_t> channels;
+};
+
+/// Reads a timeline's file; asks the finder about media whose length the timeline does not name. Throws
+/// CommandError for a file that cannot be read, and where the command line asks for something else than the
+/// timeline says; TimelineError.
+Timeline readTimelineFile(const std::filesystem::path& path, const AskedOutput& asked, MediaFinder& finder);
+
+} // namespace audlmd::command
