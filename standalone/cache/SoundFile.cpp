@@ -14,15 +14,6 @@ namespace {
 /// The most samples that are kept, of all channels together: 8 MiB.
 constexpr std::size_t mostKeptSamples = (std::size_t{8} << 20) / sizeof(float);
 
-/// Frames that were decoded at one go, interleaved.
-struct Excerpt {
-    /// Of the first frame.
-    std::int64_t position;
-    std::vector<float> samples;
-    /// How many samples were read from it, of all channels together.
-    std::size_t read = 0;
-};
-
 } // namespace
 
 /// The decoder and the excerpts that were decoded last. The lock guards both.
@@ -56,6 +47,15 @@ public:
     }
 
 private:
+    /// Frames that were decoded at one go, interleaved.
+    struct Excerpt {
+        /// Of the first frame.
+        std::int64_t position;
+        std::vector<float> samples;
+        /// How many samples were read from it, of all channels together.
+        std::size_t read = 0;
+    };
+
     /// A kept excerpt that holds all the frames, else one decoded for them.
     Excerpt& find(std::int64_t position, std::size_t frames) {
         const auto holdsAll = [&](const Excerpt& excerpt) {

@@ -8,16 +8,13 @@
 namespace audlmd {
 namespace {
 
-/// For each kind of problem: a timeline may have thousands of strips with problems.
-constexpr std::size_t mostSpans = 64;
-
 bool hasProblems(const StripReport& report) {
     return !report.failure.empty() || report.underrunSamples != 0 || report.overload.samples != 0 ||
            !report.silent.empty();
 }
 
 void append(std::vector<OutputSpan>& spans, const std::vector<OutputSpan>& more) {
-    SpanList list(mostSpans);
+    SpanList list(mostSpansOfAStrip);
     for (const OutputSpan span : spans)
         list.add(span);
     for (const OutputSpan span : more)

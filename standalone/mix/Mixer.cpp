@@ -34,20 +34,6 @@ constexpr std::size_t segmentsOfAChannel = 4;
 constexpr std::size_t leastBudget = std::size_t{4} << 20;
 constexpr std::size_t mostBudget = std::size_t{256} << 20;
 
-/// Where a strip stands in the timeline.
-struct Place {
-    std::size_t track;
-    std::size_t strip;
-};
-
-std::vector<Place> placesIn(const Timeline& timeline) {
-    std::vector<Place> places;
-    for (std::size_t track = 0; track < timeline.tracks.size(); ++track)
-        for (std::size_t strip = 0; strip < timeline.tracks[track].strips.size(); ++strip)
-            places.push_back({track, strip});
-    return places;
-}
-
 std::vector<OutputSpan> spansIn(const Timeline& timeline) {
     std::vector<OutputSpan> spans;
     for (const TimelineTrack& track : timeline.tracks)
@@ -103,6 +89,13 @@ public:
     const Timeline timeline;
 
 private:
+    /// Where a strip stands in the timeline.
+    struct Place {
+        std::size_t track;
+        std::size_t strip;
+    };
+    static std::vector<Place> placesIn(const Timeline& timeline);
+
     /// A strip that is open and sounds in the block.
     struct Sounding {
         OpenStrip* strip;
@@ -154,6 +147,14 @@ Mixer::Impl::Impl(Timeline theTimeline, OpenMedia open, const MixerOptions& opti
                           schedule_.mostOpen(openAhead_) * std::max<std::size_t>(2, timeline.channels))),
       channelMeters_(timeline.channels, OverloadMeter(mostSpansOfTheOutput)), pool_(threadsFor(options)),
       opener_([this](std::size_t strip) { return openStrip(strip); }) {}
+
+std::vector<Mixer::Impl::Place> Mixer::Impl::placesIn(const Timeline& timeline) {
+    std::vector<Place> places;
+    for (std::size_t track = 0; track < timeline.tracks.size(); ++track)
+        for (std::size_t strip = 0; strip < timeline.tracks[track].strips.size(); ++strip)
+            places.push_back({track, strip});
+    return places;
+}
 
 void Mixer::Impl::render(std::int64_t position, std::span<const std::span<float>> channels) {
     if (channels.size() != timeline.channels)

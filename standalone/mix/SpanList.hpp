@@ -8,6 +8,9 @@
 
 namespace audlmd {
 
+/// Of each kind of problem: a timeline may have thousands of strips with problems.
+inline constexpr std::size_t mostSpansOfAStrip = 64;
+
 /// Spans of output in a list that does not grow without end: where there are too many, neighbours are joined,
 /// with the gap between them.
 class SpanList {

@@ -11,9 +11,6 @@
 namespace audlmd {
 namespace {
 
-/// Of each kind, and for each channel of a strip: a timeline may have thousands of strips.
-constexpr std::size_t mostSpans = 64;
-
 /// Of this thread, in seconds.
 double processorTime() {
     timespec time{};
@@ -45,7 +42,7 @@ StripChannel::StripChannel(MaterialCache& cache, const StripSettings& settings,
                            std::uint64_t start, std::size_t block)
     : material_(cache, settings.cookie, std::move(source)), player_(cache, settings),
       gains_(std::move(gains)), loudestGain_(largestMagnitude(gains_)), start_(start), block_(block),
-      silent_(mostSpans), overload_(mostSpans) {
+      silent_(mostSpansOfAStrip), overload_(mostSpansOfAStrip) {
     player_.seek(start);
 }
 

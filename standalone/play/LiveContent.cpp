@@ -16,7 +16,7 @@
 namespace audlmd {
 namespace {
 
-constexpr std::size_t mostSpans = 256;
+constexpr std::size_t mostLateSpans = 256;
 
 void turnRound(StripSettings& settings) {
     settings.reverse = !settings.reverse;
@@ -50,7 +50,7 @@ LiveContent::LiveContent(const std::vector<std::shared_ptr<SampleSource>>& chann
                          const MaterialCacheOptions& cache, int headroom,
                          RenderFunctionLookUp<Unclipped> inlined)
     : strip_(std::move(strip)), segmentLength_(cache.segmentLength),
-      headroomGain_(std::ldexp(1.0F, headroom)), inlined_(inlined), cache_(cache), late_(mostSpans) {
+      headroomGain_(std::ldexp(1.0F, headroom)), inlined_(inlined), cache_(cache), late_(mostLateSpans) {
     if (channels.empty())
         throw std::invalid_argument("there is no channel to play");
     strip_.wait = false;

@@ -10,7 +10,7 @@ namespace audlmd::timeline {
 namespace {
 
 /// Below the promised 0.1 dB, because three points of a piece stand for all of them.
-constexpr double tolerance = 0.08;
+constexpr double toleranceInDecibels = 0.08;
 
 /// Below the silent level the fader law still has a gain, so silence is written as u-value 0.
 double uValueOf(double decibels) {
@@ -24,7 +24,7 @@ bool isStraight(double fromDecibels, double toDecibels) {
     const double to = mixerStyleUValueOfDecibels(toDecibels);
     return std::ranges::all_of(std::array{0.25, 0.5, 0.75}, [&](double part) {
         const double reached = decibelsOfGain(mixerStyleGain(from + part * (to - from)));
-        return std::abs(reached - (fromDecibels + part * (toDecibels - fromDecibels))) <= tolerance;
+        return std::abs(reached - (fromDecibels + part * (toDecibels - fromDecibels))) <= toleranceInDecibels;
     });
 }
 

@@ -47,7 +47,7 @@ std::string fades(const StripSettings& settings, int sampleRate) {
 }
 
 /// In the form of the command line's option for bands. Pass filters have no gain.
-std::string equaliser(const std::vector<EqualiserBand>& bands) {
+std::string equaliserText(const std::vector<EqualiserBand>& bands) {
     std::string text;
     for (const EqualiserBand& band : bands) {
         const bool hasGain = band.kind != BandKind::highPass && band.kind != BandKind::lowPass;
@@ -74,7 +74,7 @@ Row rowOf(const std::string& track, const TimelineStrip& strip, int sampleRate) 
             settings.reverse ? "backwards" : "forwards",
             number(strip.gainDb) + " dB" + (settings.automation ? " + automation" : ""),
             fades(settings, sampleRate),
-            equaliser(settings.equaliser),
+            equaliserText(settings.equaliser),
             printable(strip.media)};
 }
 

@@ -23,7 +23,7 @@ namespace {
 using namespace std::chrono_literals;
 
 /// Between two looks at the keyboard, and two drawings of the status line.
-constexpr auto redrawn = 50ms;
+constexpr auto statusInterval = 50ms;
 /// Between two lines of progress where there is no terminal.
 constexpr auto reported = 10s;
 
@@ -67,7 +67,7 @@ void followKeys(LivePlayer& player, const SoundDevices::Stream& stream) {
     TransportKeys keys(player.length(), player.sampleRate());
     bool quits = false;
     while (!quits) {
-        for (const Key key : keysIn(terminal.read(redrawn, quits)))
+        for (const Key key : keysIn(terminal.read(statusInterval, quits)))
             for (const TransportCommand& command :
                  keys.press(key, {player.isPlaying(), player.speed(), player.position()}))
                 std::visit(Obey{player, quits}, command);
@@ -79,7 +79,7 @@ void followKeys(LivePlayer& player, const SoundDevices::Stream& stream) {
 void playToTheEnd(LivePlayer& player, const SoundDevices::Stream& stream) {
     auto next = std::chrono::steady_clock::now() + reported;
     while (player.isPlaying()) {
-        std::this_thread::sleep_for(redrawn);
+        std::this_thread::sleep_for(statusInterval);
         stream.requireActive();
         if (std::chrono::steady_clock::now() < next)
             continue;
@@ -158,7 +158,7 @@ void play(const PlayOptions& options) {
             playToTheEnd(*player, stream);
         // Time to fade out.
         player->stop();
-        std::this_thread::sleep_for(redrawn);
+        std::this_thread::sleep_for(statusInterval);
     }
     tell(*player, input);
 }

@@ -12,8 +12,8 @@
 namespace audlmd::command {
 namespace {
 
-constexpr std::array endingSignals{SIGHUP,  SIGINT,  SIGQUIT, SIGTERM, SIGPIPE,
-                                   SIGABRT, SIGSEGV, SIGBUS,  SIGFPE};
+constexpr std::array restoringSignals{SIGHUP,  SIGINT,  SIGQUIT, SIGTERM, SIGPIPE,
+                                      SIGABRT, SIGSEGV, SIGBUS,  SIGFPE};
 
 /// As the terminal was, for the signal handler too.
 termios before{};
@@ -30,7 +30,7 @@ extern "C" void restoreAndEnd(int signal) {
 void handleSignals(void (*handler)(int)) {
     struct sigaction action {};
     action.sa_handler = handler;
-    for (const int signal : endingSignals) {
+    for (const int signal : restoringSignals) {
         struct sigaction old {};
         sigaction(signal, nullptr, &old);
         // A signal that is ignored from the start, as under nohup, stays ignored.
