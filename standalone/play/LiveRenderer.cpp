@@ -37,10 +37,14 @@ LiveRenderer::LiveRenderer(LiveContent& content, LiveMix* mix, BlockRing& ring, 
       buffers_(content.channels(), std::vector<float>(sizes.blockFrames)) {}
 
 void LiveRenderer::follow(const LiveOrder& order, double position) {
-    if (order.generation != generation_)
+    const bool begins = order.generation != generation_;
+    if (begins)
         begin(order, position);
-    while (voice_ != nullptr && renderBlock(order)) {
-    }
+    while (voice_ != nullptr && renderBlock(order))
+        if (!begins)
+            ring_.publish();
+    // The first blocks all at once: a device that fills its own buffer asks for several at the same instant.
+    ring_.publish();
 }
 
 void LiveRenderer::begin(const LiveOrder& order, double position) {

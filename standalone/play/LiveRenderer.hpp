@@ -44,8 +44,9 @@ public:
     /// `mix` is null unless the content is that of a timeline: then voices at speed 1 are handed to the mix.
     LiveRenderer(LiveContent& content, LiveMix* mix, BlockRing& ring, const Sizes& sizes);
 
-    /// Fills the ring. For an order of a new generation, starts at `position` first, and waits until the
-    /// first samples are loaded. Throws what render functions throw.
+    /// Fills the ring. For an order of a new generation, starts at `position` first, waits until the first
+    /// samples are loaded, and hands over the blocks when the ring is full. Throws what render functions
+    /// throw.
     void follow(const LiveOrder& order, double position);
     /// The generation that was followed last.
     std::uint64_t generation() const { return generation_; }

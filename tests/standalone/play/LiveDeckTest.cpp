@@ -165,6 +165,21 @@ TEST(LiveDeck, NeverClicks) {
     }
 }
 
+TEST(BlockRing, HandsOverWhatIsPublished) {
+    BlockRing ring(3, 1);
+    for (std::uint64_t generation = 1; generation <= 3; ++generation) {
+        ring.writable()->generation = generation;
+        ring.push();
+    }
+    EXPECT_EQ(ring.writable(), nullptr);
+    EXPECT_EQ(ring.readable(), nullptr);
+    ring.publish();
+    EXPECT_EQ(ring.readable()->generation, 1U);
+    ring.pop();
+    EXPECT_EQ(ring.readable()->generation, 2U);
+    EXPECT_NE(ring.writable(), nullptr);
+}
+
 TEST(LiveDeck, HearsAChangeWithinTwoFades) {
     std::vector<float> halves(100000, 0.25F);
     std::fill(halves.begin() + 50000, halves.end(), 0.5F);

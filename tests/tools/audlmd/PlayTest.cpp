@@ -1,4 +1,4 @@
-#include "tests/tools/audlmd/CommandFixture.hpp"
+#include "tests/tools/audlmd/PlayFixture.hpp"
 #include "tools/audlmd/play/StatusLine.hpp"
 #include "tools/audlmd/play/TransportKeys.hpp"
 
@@ -25,87 +25,14 @@ using namespace std::chrono_literals;
 using namespace command;
 using testing::HasSubstr;
 
-/// With a sound device that hands all that it plays to the test, at the pace of a sound card.
-class PlayCommand : public CommandFixture {
-protected:
-    static constexpr std::size_t frameBytes = 2 * sizeof(float);
-
-    PlayCommand() {
-        // In a folder, because the fixture reads all files.
-        std::filesystem::create_directory(in("sound"));
-        writeBytes(in("asoundrc"), "pcm.!default { type file slave.pcm { type null } file \"" +
-                                       in("sound/device").string() + "\" format raw }\n");
-        setenv("ALSA_CONFIG_PATH", in("asoundrc").c_str(), 1);
-        mkfifo(in("sound/device").c_str(), 0600);
-        device_ = open(in("sound/device").c_str(), O_RDONLY | O_NONBLOCK);
-        // A full pipe holds the command up, where a sound card would.
-        fcntl(device_, F_SETPIPE_SZ, 4096);
-        listener_ = std::jthread([this](const std::stop_token& stop) { listen(stop); });
-    }
-    ~PlayCommand() override {
-        listener_ = {};
-        close(device_);
-        unsetenv("ALSA_CONFIG_PATH");
-    }
-
-    /// What the device has played, interleaved. On a machine that is too busy to load in time the command
-    /// says so, and plays once more.
-    std::vector<float> heard(const std::string& line) {
-        const std::string inTime = "late: 0 samples in 0 episodes; starved: 0 frames in 0 episodes\n";
-        Outcome outcome;
-        for (int attempt = 0; attempt < 10 && outcome.output != inTime; ++attempt) {
-            heard_.clear();
-            // The latency is for machines that do something else as well.
-            outcome = run("play --latency 1000 " + line);
-            EXPECT_EQ(outcome.status, 0) << outcome.errors;
-            EXPECT_EQ(outcome.errors, "");
-            // The last samples are still on their way.
-            std::this_thread::sleep_for(100ms);
-        }
-        EXPECT_EQ(outcome.output, inTime);
-        std::vector<float> samples(heard_.size() / sizeof(float));
-        std::memcpy(samples.data(), heard_.data(), samples.size() * sizeof(float));
-        return samples;
-    }
-
-private:
-    void listen(const std::stop_token& stop) {
-        std::vector<char> bytes(4096);
-        for (auto next = std::chrono::steady_clock::now(); !stop.stop_requested();) {
-            const ssize_t count = read(device_, bytes.data(), bytes.size());
-            if (count > 0)
-                heard_.append(bytes.data(), static_cast<std::size_t>(count));
-            next += std::chrono::microseconds(std::max<ssize_t>(count, 0) / static_cast<ssize_t>(frameBytes) *
-                                              1'000'000 / 48000);
-            next = std::max(next, std::chrono::steady_clock::now() + 1ms);
-            std::this_thread::sleep_until(next);
-        }
-    }
-
-    int device_ = -1;
-    std::string heard_;
-    std::jthread listener_;
-};
-
-/// Whether the sound is a part of what was heard, but for the fade at its start.
-bool holds(const std::vector<float>& heard, const std::vector<float>& sound) {
-    const auto faded = static_cast<std::ptrdiff_t>(2 * 240);
-    return sound.size() > 4800 &&
-           std::search(heard.begin(), heard.end(), sound.begin() + faded, sound.end()) != heard.end();
-}
+class PlayCommand : public PlayFixture {};
 
 TEST_F(PlayCommand, PlaysTheSamplesOfRenderAndMix) {
     writeSound(in("a.wav"), noise(2, 40'000));
-    for (const std::string options :
-         {"", "--from 0.3", "--reverse", "--speed 1.1", "--speed 0.8 --reverse",
-          "--speed 1.5 --converter linear --reverse",
-          "--eq peak:1k:3 --gain -3 --fade-in 0.2 --fade-out 0.1:log --reverse"}) {
-        output("render a.wav -o a.raw --format f32 " + options);
-        const std::string bytes = readBytes(in("a.raw"));
-        std::vector<float> rendered(bytes.size() / sizeof(float));
-        std::memcpy(rendered.data(), bytes.data(), bytes.size());
-        EXPECT_TRUE(holds(heard("a.wav " + options), rendered)) << options;
-    }
+    for (const std::string options : {"", "--from 0.3", "--reverse", "--speed 1.1", "--speed 0.8 --reverse",
+                                      "--speed 1.5 --converter linear --reverse",
+                                      "--eq peak:1k:3 --gain -3 --fade-in 0.2 --fade-out 0.1:log --reverse"})
+        expectPlaysWhatRenderWrites(options);
     writeBytes(in("film.json"), R"({"audlmd": 1, "sampleRate": 48000, "channels": 2, "tracks": [{"name": "A1",
         "strips": [{"media": "a.wav", "at": 0, "from": 0, "to": 30000, "gain": -6},
                    {"media": "a.wav", "at": 9000, "from": 0, "to": 30000, "reverse": true, "gain": -6}]}]})");
@@ -283,8 +210,9 @@ TEST(StatusLine, ShowsWhereTheTransportStands) {
                       .peaks = {0.0F, 1.5F, 0.1F}};
     status.lateSamples = 12;
     status.starvedEpisodes = 3;
+    status.deviceUnderruns = 1;
     EXPECT_EQ(statusLine(status),
-              "> 1:01:01.1/2:00:00.0 -8x loop [--------][#######!][######--] late 12/0 starved 0/3");
+              "> 1:01:01.1/2:00:00.0 -8x loop [--------][#######!][######--] late 12/0 starved 0/3 device 1");
 }
 
 } // namespace

@@ -1,8 +1,8 @@
 #include "standalone/inlined/InlinedRenderFunctions.hpp"
-#include "standalone/signal/GainLaws.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Subcommands.hpp"
 #include "tools/audlmd/files/TemporaryFile.hpp"
+#include "tools/audlmd/play/CarryOut.hpp"
 #include "tools/audlmd/play/PlayInput.hpp"
 #include "tools/audlmd/play/PlayOptions.hpp"
 #include "tools/audlmd/play/SoundDevice.hpp"
@@ -27,7 +27,7 @@ constexpr auto statusInterval = 50ms;
 /// Between two lines of progress where there is no terminal.
 constexpr auto reported = 10s;
 
-PlayStatus statusOf(LivePlayer& player) {
+PlayStatus statusOf(LivePlayer& player, const SoundDevices::Stream& stream) {
     PlayStatus status{.isPlaying = player.isPlaying(),
                       .loops = player.loop().has_value(),
                       .speed = player.speed(),
@@ -38,28 +38,12 @@ PlayStatus statusOf(LivePlayer& player) {
                       .lateSamples = player.lateSamples(),
                       .lateEpisodes = player.lateEpisodes(),
                       .starvedFrames = player.starvedFrames(),
-                      .starvedEpisodes = player.starvedEpisodes()};
+                      .starvedEpisodes = player.starvedEpisodes(),
+                      .deviceUnderruns = stream.underruns()};
     for (std::size_t channel = 0; channel < player.channels(); ++channel)
         status.peaks.push_back(player.takePeak(channel));
     return status;
 }
-
-/// Carries out the commands of the keys.
-struct Obey {
-    LivePlayer& player;
-    bool& quits;
-
-    void operator()(Play) const { player.play(); }
-    void operator()(Stop) const { player.stop(); }
-    void operator()(Quit) const { quits = true; }
-    void operator()(SetSpeed command) const { player.setSpeed(command.speed); }
-    void operator()(Seek command) const { player.seek(command.position); }
-    void operator()(Jog command) const { player.jog(command.samples); }
-    void operator()(SetLoop command) const { player.setLoop(command.range); }
-    void operator()(SetLevel command) const {
-        player.setLevel(static_cast<float>(mixerStyleUValueOfDecibels(command.decibels)));
-    }
-};
 
 void followKeys(LivePlayer& player, const SoundDevices::Stream& stream) {
     std::puts(TransportKeys::help);
@@ -70,8 +54,11 @@ void followKeys(LivePlayer& player, const SoundDevices::Stream& stream) {
         for (const Key key : keysIn(terminal.read(statusInterval, quits)))
             for (const TransportCommand& command :
                  keys.press(key, {player.isPlaying(), player.speed(), player.position()}))
-                std::visit(Obey{player, quits}, command);
-        terminal.show(statusLine(statusOf(player)));
+                if (std::holds_alternative<Quit>(command))
+                    quits = true;
+                else
+                    carryOut(command, player);
+        terminal.show(statusLine(statusOf(player, stream)));
         stream.requireActive();
     }
 }
@@ -84,7 +71,7 @@ void playToTheEnd(LivePlayer& player, const SoundDevices::Stream& stream) {
         if (std::chrono::steady_clock::now() < next)
             continue;
         next += reported;
-        std::puts(statusLine(statusOf(player)).c_str());
+        std::puts(statusLine(statusOf(player, stream)).c_str());
         std::fflush(stdout);
     }
 }
@@ -111,7 +98,6 @@ DeviceFormat formatFor(const SoundDevices& devices, int device, PlayInput& input
 
 /// Throws CommandError where a part of the sound has failed.
 void tell(LivePlayer& player, const PlayInput& input) {
-    std::printf("%s\n", underrunText(statusOf(player)).c_str());
     const LiveReport report = player.report();
     for (const StripReport& strip : report.strips)
         if (strip.underrunSamples != 0)
@@ -156,9 +142,10 @@ void play(const PlayOptions& options) {
             followKeys(*player, stream);
         else
             playToTheEnd(*player, stream);
-        // Time to fade out.
+        // Time to fade out, and for that to be heard.
         player->stop();
-        std::this_thread::sleep_for(statusInterval);
+        std::this_thread::sleep_for(statusInterval + std::chrono::duration<double>(stream.latency()));
+        std::puts(underrunText(statusOf(*player, stream)).c_str());
     }
     tell(*player, input);
 }

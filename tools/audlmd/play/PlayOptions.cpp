@@ -25,7 +25,8 @@ have the sound options of render; --speed and --reverse say how the transport st
 then lie as render lays them.
 
 UNDERRUNS are counted apart: late samples were not read from the disk in time, and are silent; starved frames
-were not rendered in time. More --latency helps against starved frames.
+were not rendered in time; the device counts how often it had to play on without us. More --latency helps
+against both.
 
 EXAMPLES
   audlmd play take.flac

@@ -4,6 +4,7 @@
 #include "tools/audlmd/files/TemporaryFile.hpp"
 
 #include <algorithm>
+#include <atomic>
 #include <cctype>
 #include <cstdio>
 #include <fcntl.h>
@@ -119,13 +120,16 @@ bool SoundDevices::supports(int device, const DeviceFormat& format) const {
 struct SoundDevices::Stream::Callback {
     Fill fill;
     std::size_t channels;
+    std::atomic<std::uint64_t> underruns{0};
 };
 
 namespace {
 
 int callBack(const void*, void* output, unsigned long frames, const PaStreamCallbackTimeInfo*,
-             PaStreamCallbackFlags, void* user) {
-    const auto& callback = *static_cast<const SoundDevices::Stream::Callback*>(user);
+             PaStreamCallbackFlags flags, void* user) {
+    auto& callback = *static_cast<SoundDevices::Stream::Callback*>(user);
+    if ((flags & paOutputUnderflow) != 0)
+        callback.underruns.fetch_add(1, std::memory_order_relaxed);
     callback.fill({static_cast<float*>(output), frames * callback.channels});
     return paContinue;
 }
@@ -158,6 +162,14 @@ SoundDevices::Stream::~Stream() {
 void SoundDevices::Stream::requireActive() const {
     if (Pa_IsStreamActive(stream_) != 1)
         throw CommandError("the sound device has stopped; is it still connected?");
+}
+
+double SoundDevices::Stream::latency() const {
+    return Pa_GetStreamInfo(stream_)->outputLatency;
+}
+
+std::uint64_t SoundDevices::Stream::underruns() const {
+    return callback_->underruns.load(std::memory_order_relaxed);
 }
 
 } // namespace audlmd::command

@@ -51,7 +51,8 @@ std::string statusLine(const PlayStatus& status) {
     for (const float peak : status.peaks)
         line += meter(peak, width);
     return line + " late " + count(status.lateSamples, status.lateEpisodes) + " starved " +
-           count(status.starvedFrames, status.starvedEpisodes);
+           count(status.starvedFrames, status.starvedEpisodes) + " device " +
+           std::to_string(status.deviceUnderruns);
 }
 
 std::string underrunText(const PlayStatus& status) {
@@ -60,7 +61,8 @@ std::string underrunText(const PlayStatus& status) {
     };
     return "late: " + std::to_string(status.lateSamples) + " samples in " + episodes(status.lateEpisodes) +
            "; starved: " + std::to_string(status.starvedFrames) + " frames in " +
-           episodes(status.starvedEpisodes);
+           episodes(status.starvedEpisodes) + "; device: " + std::to_string(status.deviceUnderruns) +
+           (status.deviceUnderruns == 1 ? " underrun" : " underruns");
 }
 
 } // namespace audlmd::command

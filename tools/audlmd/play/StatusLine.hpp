@@ -21,6 +21,7 @@ struct PlayStatus {
     std::uint64_t lateEpisodes = 0;
     std::uint64_t starvedFrames = 0;
     std::uint64_t starvedEpisodes = 0;
+    std::uint64_t deviceUnderruns = 0;
 };
 
 /// One line of position, speed, peak meters and underruns.
