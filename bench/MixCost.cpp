@@ -2,17 +2,16 @@
 // same strips alone, one after another, and prints the processor time of both, in seconds. FOLDER is for the
 // sound files, 280 MB.
 
+#include "bench/NoiseFile.hpp"
+#include "bench/ProcessorTime.hpp"
 #include "standalone/cache/MaterialCache.hpp"
 #include "standalone/mix/Mixer.hpp"
-
-#include <sndfile.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <ctime>
 #include <exception>
 #include <filesystem>
 #include <random>
@@ -23,6 +22,7 @@
 namespace {
 
 using namespace audlmd;
+using bench::processorTime;
 
 constexpr int sampleRate = 48000;
 constexpr std::size_t fileCount = 8;
@@ -33,25 +33,6 @@ constexpr std::int64_t clipLength = std::int64_t{5} * sampleRate;
 constexpr std::int64_t fadeLength = sampleRate / 2;
 constexpr std::size_t block = 4096;
 constexpr int rounds = 3;
-
-/// Two channels of noise.
-void writeNoise(const std::filesystem::path& path, unsigned int seed) {
-    SF_INFO info{};
-    info.samplerate = sampleRate;
-    info.channels = 2;
-    info.format = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
-    SNDFILE* const file = sf_open(path.c_str(), SFM_WRITE, &info);
-    if (file == nullptr)
-        throw std::runtime_error("cannot write '" + path.string() + "'");
-    std::minstd_rand random(seed);
-    std::vector<float> frames(2 * sampleRate);
-    for (std::int64_t written = 0; written < fileFrames; written += sampleRate) {
-        for (float& sample : frames)
-            sample = static_cast<float>(random()) * 0x1p-35F;
-        sf_writef_float(file, frames.data(), sampleRate);
-    }
-    sf_close(file);
-}
 
 Timeline makeTimeline(const std::filesystem::path& folder) {
     Timeline timeline;
@@ -74,13 +55,6 @@ Timeline makeTimeline(const std::filesystem::path& folder) {
         }
     }
     return timeline;
-}
-
-/// Of all threads, in seconds.
-double processorTime() {
-    timespec time{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
 /// The sum of all samples, by which the two ways are compared.
@@ -142,7 +116,7 @@ struct Cost {
 
 int run(const std::filesystem::path& folder) {
     for (unsigned int file = 0; file < fileCount; ++file)
-        writeNoise(folder / (std::to_string(file) + ".wav"), file + 1);
+        bench::writeNoise(folder / (std::to_string(file) + ".wav"), file + 1, fileFrames);
     const Timeline timeline = makeTimeline(folder);
     Cost mix;
     Cost alone;

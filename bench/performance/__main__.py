@@ -1,9 +1,9 @@
 """performance BUILD PAGE [SECTION...]: measures, and writes figures and pictures into the page.
 
-Sections: modes calls load size instructions build, jobs mix, inlined; all of them where none is named. The figures are
+Sections: modes calls load size instructions build, jobs mix, inlined, live; all of them where none is named. The figures are
 kept in BUILD/bench/performance.json, so that the page can be made again from old and new ones. What needs a section
-without figures there stays as it is in the page. Three groups are written each as a whole, with the machine and the day:
-the library (modes to build), whole jobs (jobs and mix), and inlined.
+without figures there stays as it is in the page. Four groups are written each as a whole, with the machine and the day:
+the library (modes to build), whole jobs (jobs and mix), inlined, and live.
 """
 
 import json
@@ -14,6 +14,7 @@ import sys
 import measure
 from inlined import inlined_tables, measure_inlined
 from jobs import measure_jobs
+from live import live_tables, measure_live
 from lookup import lookup_page
 from mix import measure_mix
 from pictures import draw_families, draw_jobs, draw_modes
@@ -51,6 +52,10 @@ def write_jobs(figures, page):
     draw_jobs(figures["jobs"], page.parent / "images/performance-jobs.svg")
 
 
+def write_live(figures, page):
+    write_blocks(page, {"live": live_tables(figures["live"])})
+
+
 def write_inlined(figures, page):
     write_blocks(page, {"inlined": inlined_tables(figures["inlined"])})
     (page.parent / "performance-modes.html").write_text(lookup_page(figures["inlined"]))
@@ -60,7 +65,7 @@ LIBRARY_SECTIONS = {"modes": measure.measure_modes, "calls": measure.measure_cal
                     "size": measure.measure_size, "instructions": measure.measure_instructions,
                     "build": measure.measure_build}
 JOB_SECTIONS = {"jobs": measure_jobs, "mix": measure_mix}
-SECTIONS = {**LIBRARY_SECTIONS, **JOB_SECTIONS, "inlined": measure_inlined}
+SECTIONS = {**LIBRARY_SECTIONS, **JOB_SECTIONS, "inlined": measure_inlined, "live": measure_live}
 
 
 def main():
@@ -79,7 +84,8 @@ def main():
             figures["jobsMachine"] = measure.machine()
         store.write_text(json.dumps(figures))
     missing = []
-    for sections, write in ((LIBRARY_SECTIONS, write_library), (JOB_SECTIONS, write_jobs), (["inlined"], write_inlined)):
+    for sections, write in ((LIBRARY_SECTIONS, write_library), (JOB_SECTIONS, write_jobs), (["inlined"], write_inlined),
+                            (["live"], write_live)):
         if not set(sections).isdisjoint(chosen):
             without_figures = [section for section in sections if section not in figures]
             missing += without_figures

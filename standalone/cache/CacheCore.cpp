@@ -173,13 +173,11 @@ std::uint32_t CacheCore::reach(const Orv::OutputGearing& gearing, std::uint32_t 
 
 Aud::SampleCacheSegment CacheCore::enter(const Lock&, Material& material, std::uint32_t number,
                                          const LookAhead& lookAhead) {
-    // A reader of removed material gets a segment of its own that nobody will load.
-    Aud::SampleCacheSegment entered =
-        material.removed ? Access::adopt(new CachedSegment(Aud::eSegmentEmpty, material.lengthOf(number),
-                                                           material.shared_from_this(), number))
-                         : Access::share(request(material, number, CachedSegment::eUrgent));
     requestAhead(material, number + step(lookAhead.direction), lookAhead);
-    return entered;
+    // A reader of removed material gets a segment of its own that nobody will load.
+    return material.removed ? Access::adopt(new CachedSegment(Aud::eSegmentEmpty, material.lengthOf(number),
+                                                              material.shared_from_this(), number))
+                            : Access::share(request(material, number, CachedSegment::eUrgent));
 }
 
 Aud::SampleCacheSegment CacheCore::approach(const Lock&, Material& material, const LookAhead& lookAhead) {
@@ -190,16 +188,18 @@ Aud::SampleCacheSegment CacheCore::approach(const Lock&, Material& material, con
 }
 
 void CacheCore::requestAhead(Material& material, std::int64_t first, const LookAhead& lookAhead) {
-    for (std::size_t i = 0; i < lookAhead.reach; ++i) {
+    const bool forward = lookAhead.direction == Aud::Render::Direction::forward;
+    const std::int64_t left = material.removed ? 0 : forward ? material.segmentCount() - first : first + 1;
+    const auto there = static_cast<std::size_t>(std::clamp<std::int64_t>(left, 0, lookAhead.reach));
+    // Beyond the end of the material only old handles are left to be given up.
+    for (std::size_t i = there; i < lookAhead.held.size(); ++i)
+        lookAhead.held[i] = Aud::SampleCacheSegment();
+    // The nearest comes last: the last request is loaded first.
+    for (std::size_t i = there; i-- > 0;) {
         const std::int64_t number = first + static_cast<std::int64_t>(i) * step(lookAhead.direction);
-        const bool isThere = number >= 0 && number < material.segmentCount() && !material.removed;
-        // Beyond the end of the material only old handles are left to be given up.
-        if (!isThere && i >= lookAhead.held.size())
-            return;
-        CachedSegment* const segment =
-            isThere ? &request(material, static_cast<std::uint32_t>(number), CachedSegment::eAhead) : nullptr;
+        CachedSegment& segment = request(material, static_cast<std::uint32_t>(number), CachedSegment::eAhead);
         if (i < lookAhead.held.size())
-            lookAhead.held[i] = isThere ? Access::share(*segment) : Aud::SampleCacheSegment();
+            lookAhead.held[i] = Access::share(segment);
     }
 }
 

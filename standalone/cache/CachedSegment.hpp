@@ -16,9 +16,10 @@ class CachedSegment final : public Aud::SampleCacheSegmentAccess::Body {
 public:
     /// How far the segment's loading has come. The cache keeps one list of segments for each stage.
     enum Stage {
-        /// Requested by a reader that stands on the segment. Loaded first, in the order of the requests.
+        /// Requested by a reader that stands on the segment. Loaded first, in the order of the requests, for as
+        /// long as a reader holds the segment.
         eUrgent,
-        /// Requested by a reader that has not arrived. Loaded when nothing is urgent.
+        /// Requested by a reader that has not arrived. Loaded when nothing is urgent, the last request first.
         eAhead,
         /// A loader thread reads the samples.
         eLoading,
@@ -45,6 +46,8 @@ public:
     /// Owns what samples points to.
     std::unique_ptr<float[]> storage;
     Stage stage = eFailed;
+    /// Counts the requests of a cache: greater for a later one.
+    std::uint64_t requestNumber = 0;
     /// Where the segment stands in the list of its stage.
     std::list<CachedSegment*>::iterator place;
 };

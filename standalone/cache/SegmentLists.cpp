@@ -3,8 +3,17 @@
 #include "standalone/cache/Material.hpp"
 
 #include <algorithm>
+#include <ranges>
 
 namespace audlmd {
+namespace {
+
+/// By a reader. Under the lock a segment that only the cache holds cannot get another holder.
+bool isHeld(const CachedSegment& segment) {
+    return segment.holders.load(std::memory_order_acquire) > 1;
+}
+
+} // namespace
 
 SegmentLists::SegmentLists(std::size_t memoryBudget, unsigned int loaderThreads)
     : memoryBudget_(memoryBudget) {
@@ -14,27 +23,38 @@ SegmentLists::SegmentLists(std::size_t memoryBudget, unsigned int loaderThreads)
 void SegmentLists::add(CachedSegment::Stage stage, List& node) noexcept {
     CachedSegment& segment = *node.front();
     segment.stage = stage;
+    segment.requestNumber = ++requests_;
     segment.place = node.begin();
     lists_[stage].splice(lists_[stage].end(), node);
 }
 
 void SegmentLists::want(CachedSegment::Stage stage, CachedSegment& segment) noexcept {
-    const bool becomesUrgent = segment.stage == CachedSegment::eAhead && stage == CachedSegment::eUrgent;
-    if (becomesUrgent)
-        moveTo(CachedSegment::eUrgent, segment);
-    else if (segment.stage == CachedSegment::eReady)
-        // To the end of the list: now the most recently used.
+    segment.requestNumber = ++requests_;
+    // To the end of a list. Of those that are ready the segment is now the most recently used.
+    if (segment.stage == CachedSegment::eReady)
         moveTo(CachedSegment::eReady, segment);
+    else if (segment.stage == CachedSegment::eAhead ||
+             (segment.stage == CachedSegment::eUrgent && !isHeld(segment)))
+        moveTo(std::min(stage, segment.stage), segment);
 }
 
 CachedSegment* SegmentLists::nextRequest() const {
-    for (const auto stage : {CachedSegment::eUrgent, CachedSegment::eAhead})
-        for (CachedSegment* const segment : lists_[stage]) {
-            const void* const resource = segment->material->source->exclusiveResource();
-            if (resource == nullptr || std::ranges::find(busyResources_, resource) == busyResources_.end())
+    CachedSegment* latest = nullptr;
+    for (CachedSegment* const segment : lists_[CachedSegment::eUrgent])
+        if (canLoad(*segment)) {
+            if (isHeld(*segment))
                 return segment;
+            latest = segment;
         }
-    return nullptr;
+    for (CachedSegment* const segment : std::views::reverse(lists_[CachedSegment::eAhead]))
+        if (canLoad(*segment))
+            return latest != nullptr && latest->requestNumber > segment->requestNumber ? latest : segment;
+    return latest;
+}
+
+bool SegmentLists::canLoad(const CachedSegment& segment) const {
+    const void* const resource = segment.material->source->exclusiveResource();
+    return resource == nullptr || std::ranges::find(busyResources_, resource) == busyResources_.end();
 }
 
 bool SegmentLists::startLoading(CachedSegment& segment, List& taken) {
@@ -79,8 +99,7 @@ bool SegmentLists::makeRoom(std::size_t bytes, List& taken) noexcept {
     };
     for (auto next = ready.begin(); next != ready.end() && !fits();) {
         CachedSegment& segment = **next++;
-        // Under the lock a segment that only the cache holds cannot get another holder.
-        if (segment.holders.load(std::memory_order_acquire) == 1)
+        if (!isHeld(segment))
             take(segment, taken);
     }
     return fits();

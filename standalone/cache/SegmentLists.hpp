@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <list>
 #include <vector>
 
@@ -28,7 +29,9 @@ public:
     /// Notes that a reader wants a listed segment: eUrgent if the reader stands on it, eAhead if not.
     void want(CachedSegment::Stage stage, CachedSegment& segment) noexcept;
 
-    /// The segment to be loaded first. Null if none is requested whose resource is free.
+    /// The segment to be loaded first: the oldest request of a reader that stands on its segment; else the
+    /// latest of all requests, because readers that have jumped no longer need what they wanted before. Null
+    /// if none is requested whose resource is free.
     CachedSegment* nextRequest() const;
 
     /// Makes room for a requested segment and marks it as loading. Where the budget has no room, a segment
@@ -46,12 +49,14 @@ public:
     const MaterialCacheUsage& usage() const { return usage_; }
 
 private:
+    bool canLoad(const CachedSegment& segment) const;
     void moveTo(CachedSegment::Stage stage, CachedSegment& segment) noexcept;
     /// Takes segments that no reader holds, the least recently used first, until `bytes` fit the budget.
     /// Returns whether they do.
     bool makeRoom(std::size_t bytes, List& taken) noexcept;
 
     const std::size_t memoryBudget_;
+    std::uint64_t requests_ = 0;
     std::array<List, CachedSegment::stageCount> lists_;
     /// One for each segment that is loading, null where the source needs none.
     std::vector<const void*> busyResources_;

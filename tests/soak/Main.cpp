@@ -1,0 +1,97 @@
+// audlmd-soak: random use of the transport on a sound device that takes frames up to many times faster than a
+// sound card. Ends with exit status 1 where something hangs, fails, plays what is no sound, or keeps memory.
+// See scripts/soak.
+
+#include "tests/soak/FlatMemory.hpp"
+#include "tests/soak/Session.hpp"
+#include "tests/soak/Watchdog.hpp"
+
+#include <CLI/CLI.hpp>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <unistd.h>
+
+namespace {
+
+using namespace audlmd::test;
+using Clock = std::chrono::steady_clock;
+
+/// Makes ALSA's file plugin over its null plugin the only sound device: no sound card is needed, and no clock
+/// holds the player up.
+class FastDevice {
+public:
+    FastDevice() {
+        std::ofstream(file_)
+            << R"(pcm.!default { type file slave.pcm { type null } file "/dev/null" format raw })";
+        setenv("ALSA_CONFIG_PATH", file_.c_str(), 1);
+    }
+    ~FastDevice() { std::filesystem::remove(file_); }
+    FastDevice(const FastDevice&) = delete;
+    FastDevice& operator=(const FastDevice&) = delete;
+
+private:
+    const std::filesystem::path file_ =
+        std::filesystem::temp_directory_path() / ("audlmd-soak-" + std::to_string(getpid()));
+};
+
+void showProgress(double seconds, double minutes, const SoakTotals& totals) {
+    if (isatty(STDERR_FILENO) != 0)
+        std::fprintf(stderr, "\r%.1f of %.1f minutes, %llu sessions ", seconds / 60.0, minutes,
+                     static_cast<unsigned long long>(totals.sessions));
+}
+
+void soak(double minutes, unsigned int seed, bool checksMemory) {
+    const FastDevice device;
+    const audlmd::command::SoundDevices devices;
+    SoakTotals totals;
+    FlatMemory memory;
+    {
+        const Watchdog watchdog(totals.steps);
+        const auto start = Clock::now();
+        for (double seconds = 0.0; seconds < minutes * 60.0; ++seed) {
+            try {
+                runSession(seed, devices, totals);
+            } catch (const std::exception& error) {
+                throw std::runtime_error("seed " + std::to_string(seed) + ": " + error.what());
+            }
+            memory.note();
+            seconds = std::chrono::duration<double>(Clock::now() - start).count();
+            showProgress(seconds, minutes, totals);
+        }
+    }
+    std::printf(
+        "soak: %llu sessions, %llu commands, %.1f hours of sound; late %llu samples, starved %llu frames; "
+        "longest start %.1f s, memory %.0f MiB\n",
+        static_cast<unsigned long long>(totals.sessions), static_cast<unsigned long long>(totals.commands),
+        static_cast<double>(totals.frames) / 48000.0 / 3600.0,
+        static_cast<unsigned long long>(totals.lateSamples),
+        static_cast<unsigned long long>(totals.starvedFrames), totals.longestStart, memory.largest());
+    if (checksMemory)
+        memory.requireFlat();
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app("Random use of the transport, many times faster than real time");
+    double minutes = 1.0;
+    unsigned int seed = 1;
+    bool checksMemory = false;
+    app.add_option("MINUTES", minutes, "How long")->required()->check(CLI::PositiveNumber);
+    app.add_option("--seed", seed, "Of the first session; each later one has the next");
+    app.add_flag("--flat-memory", checksMemory,
+                 "Fail where memory grows; not for sanitizers, which keep freed memory");
+    CLI11_PARSE(app, argc, argv);
+    try {
+        soak(minutes, seed, checksMemory);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "soak: %s\n", error.what());
+        return EXIT_FAILURE;
+    }
+    return EXIT_SUCCESS;
+}

@@ -1,0 +1,82 @@
+#include "tests/soak/RandomPlayer.hpp"
+
+#include "tests/standalone/mix/TestTimeline.hpp"
+
+#include <chrono>
+#include <thread>
+#include <utility>
+
+namespace audlmd::test {
+namespace {
+
+constexpr std::int64_t length = 20 * 48000;
+
+/// A read takes up to 20 ms, depending on the place.
+class SlowSource final : public SampleSource {
+public:
+    explicit SlowSource(std::shared_ptr<SampleSource> source) : source_(std::move(source)) {}
+
+    std::int64_t length() const override { return source_->length(); }
+    void read(std::int64_t position, std::span<float> samples) override {
+        std::this_thread::sleep_for(std::chrono::microseconds(position % 20011));
+        source_->read(position, samples);
+    }
+    /// One thread reads at a time, as from a file.
+    const void* exclusiveResource() const override { return this; }
+
+private:
+    std::shared_ptr<SampleSource> source_;
+};
+
+/// Made once, because all sessions may read the same samples.
+const Media& fastMedia() {
+    static const Media media{.channels = {std::make_shared<MemorySource>(soundNumber(1, length)),
+                                          std::make_shared<MemorySource>(soundNumber(2, length))}};
+    return media;
+}
+
+Media slowMedia() {
+    Media media = fastMedia();
+    for (auto& channel : media.channels)
+        channel = std::make_shared<SlowSource>(channel);
+    return media;
+}
+
+/// Clips of one to four seconds that overlap, on three tracks.
+Timeline randomTimeline(std::mt19937& random) {
+    Timeline timeline;
+    timeline.channels = 2;
+    for (int track = 0; track < 3; ++track) {
+        timeline.tracks.push_back({.name = std::to_string(track), .strips = {}});
+        for (std::int64_t at = 0; at < length;) {
+            const auto samples = static_cast<std::int64_t>(48000 + random() % 144000);
+            TimelineStrip strip = stripOf(random() % 4 == 0 ? "slow" : "fast", at, samples);
+            strip.settings.reverse = random() % 3 == 0;
+            timeline.tracks.back().strips.push_back(std::move(strip));
+            at += samples - 12000;
+        }
+    }
+    for (const TimelineStrip& strip : timeline.tracks.front().strips)
+        timeline.length = std::max(timeline.length, strip.at + strip.length);
+    return timeline;
+}
+
+} // namespace
+
+std::unique_ptr<LivePlayer> randomPlayer(std::mt19937& random) {
+    LiveOptions options;
+    options.latency = 0.01 + 0.001 * static_cast<double>(random() % 200);
+    options.fade = 0.001 + 0.001 * static_cast<double>(random() % 20);
+    switch (random() % 3) {
+    case 0:
+        return std::make_unique<LivePlayer>(fastMedia(), StripSettings{}, options);
+    case 1:
+        return std::make_unique<LivePlayer>(slowMedia(), StripSettings{}, options);
+    default:
+        return std::make_unique<LivePlayer>(
+            randomTimeline(random),
+            [](const std::string& name) { return name == "slow" ? slowMedia() : fastMedia(); }, options);
+    }
+}
+
+} // namespace audlmd::test
