@@ -70,7 +70,7 @@ struct LivePlayer::Impl {
     void change(const Lock&);
 
     void serve(const std::stop_token& stop);
-    void follow(const LiveOrder& next);
+    bool follow(const LiveOrder& next);
 
     const StripSettings settings;
     const int sampleRate;
@@ -108,24 +108,26 @@ void LivePlayer::Impl::change(const Lock&) {
 void LivePlayer::Impl::serve(const std::stop_token& stop) {
     const std::chrono::duration<double> pause(static_cast<double>(sizes.blockFrames) / sampleRate);
     bool isIdle = true;
+    bool hasRoom = false;
     while (!stop.stop_requested()) {
         Lock lock(mutex);
         const auto isNew = [&] { return order.generation != renderer.generation(); };
         if (isIdle)
             changed.wait(lock, stop, isNew);
-        else
+        else if (!hasRoom)
             changed.wait_for(lock, stop, pause, isNew);
         const LiveOrder next = order;
         lock.unlock();
         const std::lock_guard busy(rendering);
-        follow(next);
+        hasRoom = follow(next);
         isIdle = renderer.isIdle();
     }
 }
 
-void LivePlayer::Impl::follow(const LiveOrder& next) {
+bool LivePlayer::Impl::follow(const LiveOrder& next) {
+    bool hasRoom = false;
     try {
-        renderer.follow(next, static_cast<double>(position()));
+        hasRoom = renderer.follow(next, static_cast<double>(position()));
     } catch (const std::exception& error) {
         failure = error.what();
         renderer.giveUp();
@@ -133,6 +135,7 @@ void LivePlayer::Impl::follow(const LiveOrder& next) {
     const StripReport late = content.totals();
     lateSamples.store(late.underrunSamples + (mix ? mix->lateSamples() : 0), std::memory_order_relaxed);
     lateEpisodes.store(late.underrunEpisodes + (mix ? mix->lateEpisodes() : 0), std::memory_order_relaxed);
+    return hasRoom;
 }
 
 LivePlayer::LivePlayer(const Media& media, StripSettings settings, const LiveOptions& options)

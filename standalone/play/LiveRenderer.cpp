@@ -36,15 +36,18 @@ LiveRenderer::LiveRenderer(LiveContent& content, LiveMix* mix, BlockRing& ring, 
     : content_(content), mix_(mix), ring_(ring), sizes_(sizes),
       buffers_(content.channels(), std::vector<float>(sizes.blockFrames)) {}
 
-void LiveRenderer::follow(const LiveOrder& order, double position) {
-    const bool begins = order.generation != generation_;
-    if (begins)
+bool LiveRenderer::follow(const LiveOrder& order, double position) {
+    bool hasRoom = false;
+    if (order.generation != generation_) {
         begin(order, position);
-    while (voice_ != nullptr && renderBlock(order))
-        if (!begins)
-            ring_.publish();
-    // The first blocks all at once: a device that fills its own buffer asks for several at the same instant.
+        // All at once: a device that fills its own buffer asks for several blocks at the same instant.
+        while (voice_ != nullptr && renderBlock(order)) {
+        }
+    } else {
+        hasRoom = voice_ != nullptr && renderBlock(order);
+    }
     ring_.publish();
+    return hasRoom;
 }
 
 void LiveRenderer::begin(const LiveOrder& order, double position) {

@@ -44,10 +44,13 @@ public:
     /// `mix` is null unless the content is that of a timeline: then voices at speed 1 are handed to the mix.
     LiveRenderer(LiveContent& content, LiveMix* mix, BlockRing& ring, const Sizes& sizes);
 
-    /// Fills the ring. For an order of a new generation, starts at `position` first, waits until the first
-    /// samples are loaded, and hands over the blocks when the ring is full. Throws what render functions
-    /// throw.
-    void follow(const LiveOrder& order, double position);
+    /// Renders the next block, where the ring has room; returns whether there was room. For an order of a new
+    /// generation, starts at `position` first, waits until the first samples are loaded, and fills the ring.
+    /// Throws what render functions throw.
+    ///
+    /// One block at a time: a device that takes blocks faster than they are rendered never lets the ring get
+    /// full, and the next order must be heard all the same.
+    bool follow(const LiveOrder& order, double position);
     /// The generation that was followed last.
     std::uint64_t generation() const { return generation_; }
     /// Renders nothing more until the next generation. Use this after an exception.

@@ -54,6 +54,7 @@ void requirePlayingOn(LivePlayer& player, SoakTotals& totals) {
     player.seek(1000);
     player.play();
     const auto start = std::chrono::steady_clock::now();
+    const std::uint64_t framesBefore = totals.frames;
     for (std::chrono::duration<double> waited{0.0}; waited < 30s; ++totals.steps) {
         waited = std::chrono::steady_clock::now() - start;
         totals.longestStart = std::max(totals.longestStart, waited.count());
@@ -61,7 +62,10 @@ void requirePlayingOn(LivePlayer& player, SoakTotals& totals) {
             return;
         std::this_thread::sleep_for(5ms);
     }
-    throw std::runtime_error("the transport stands still at sample " + std::to_string(player.position()));
+    throw std::runtime_error("the transport stands still at sample " + std::to_string(player.position()) +
+                             "; the device took " + std::to_string(totals.frames - framesBefore) +
+                             " frames, " + std::to_string(player.starvedFrames()) + " starved so far. " +
+                             player.report().late.failure);
 }
 
 } // namespace

@@ -61,8 +61,8 @@ public:
     std::vector<float> pull(std::size_t frames, bool renders = true) {
         std::vector<float> pulled(frames * content.channels());
         for (std::span<float> rest(pulled); !rest.empty();) {
-            if (renders)
-                renderer.follow(order, output.position());
+            while (renders && renderer.follow(order, output.position())) {
+            }
             const std::size_t count = std::min(rest.size(), 64 * content.channels());
             output.fill(rest.first(count));
             rest = rest.subspan(count);

@@ -200,6 +200,17 @@ TEST(LiveDeck, HearsAChangeWithinTwoFades) {
     EXPECT_EQ(deck.output.starvedFrames(), 0U);
 }
 
+TEST(LiveDeck, LooksForTheNextOrderBehindEveryBlock) {
+    // A device that takes blocks as fast as they are rendered would never let the ring get full.
+    LiveDeck deck(twoChannels(), wholeStrip(soundLength));
+    deck.play(1.0);
+    deck.pull(64);
+    deck.pull(300, false);
+    const std::uint64_t before = deck.ring.pushed();
+    EXPECT_TRUE(deck.renderer.follow(deck.order, deck.output.position()));
+    EXPECT_EQ(deck.ring.pushed(), before + 1);
+}
+
 TEST(LiveDeck, CountsWhatTheDeviceDidNotGetAndGoesOnWithTheNextSample) {
     LiveDeck deck(twoChannels(), wholeStrip(soundLength));
     deck.play(1.0);
