@@ -1,6 +1,7 @@
 #include "standalone/play/LiveRenderer.hpp"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <limits>
 #include <stdexcept>
@@ -11,6 +12,8 @@ namespace {
 
 /// How long before a loop jumps the cache is asked for the other end, in seconds.
 constexpr double loopAhead = 2.0;
+/// The most sound that is loaded before a start.
+constexpr std::chrono::duration<double> mostLoaded(2.0);
 constexpr std::size_t farAway = std::numeric_limits<std::size_t>::max();
 
 std::size_t framesIn(double seconds, int sampleRate) {
@@ -55,14 +58,27 @@ void LiveRenderer::begin(const LiveOrder& order, double position) {
     voice_.reset();
     if (!order.plays)
         return;
-    // A device that fills its own buffer at once takes one ring, and the next one is rendered right behind.
-    content_.awaitLoaded(position, order.speed, 2 * sizes_.blocksAhead * sizes_.blockFrames);
+    awaitLoaded(position, order.speed);
     voice_ = start(position, order.speed);
     origin_ = std::llround(position);
     writtenBefore_ = ring_.pushed();
     // The callback fades in where a generation starts.
     fade_ = sizes_.fadeFrames;
     loopIsRequested_ = false;
+}
+
+void LiveRenderer::awaitLoaded(double position, double speed) {
+    using Clock = std::chrono::steady_clock;
+    using Seconds = std::chrono::duration<double>;
+    const auto start = Clock::now();
+    // A device that fills its own buffer at once takes one ring, and the next one is rendered right behind.
+    Seconds loaded(static_cast<double>(2 * sizes_.blocksAhead * sizes_.blockFrames) / sizes_.sampleRate);
+    content_.awaitLoaded(position, speed, framesIn(loaded.count(), sizes_.sampleRate));
+    // What takes long to load, as a timeline with many strips does, would be late at once.
+    while (loaded < mostLoaded && 2.0 * (Clock::now() - start) > loaded) {
+        loaded += Seconds(0.25);
+        content_.awaitLoaded(position, speed, framesIn(loaded.count(), sizes_.sampleRate));
+    }
 }
 
 std::unique_ptr<LiveVoice> LiveRenderer::start(double position, double speed) {

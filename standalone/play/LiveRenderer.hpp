@@ -60,6 +60,7 @@ public:
 
 private:
     void begin(const LiveOrder& order, double position);
+    void awaitLoaded(double position, double speed);
     std::unique_ptr<LiveVoice> start(double position, double speed);
     bool renderBlock(const LiveOrder& order);
     /// Jumps to the start of the loop where the voice has reached the end and is silent. Returns how many
