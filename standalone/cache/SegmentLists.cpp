@@ -3,7 +3,6 @@
 #include "standalone/cache/Material.hpp"
 
 #include <algorithm>
-#include <ranges>
 
 namespace audlmd {
 namespace {
@@ -46,10 +45,12 @@ CachedSegment* SegmentLists::nextRequest() const {
                 return segment;
             latest = segment;
         }
-    for (CachedSegment* const segment : std::views::reverse(lists_[CachedSegment::eAhead]))
-        if (canLoad(*segment))
-            return latest != nullptr && latest->requestNumber > segment->requestNumber ? latest : segment;
-    return latest;
+    const List& ahead = lists_[CachedSegment::eAhead];
+    const auto found =
+        std::find_if(ahead.rbegin(), ahead.rend(), [this](const auto* segment) { return canLoad(*segment); });
+    if (found == ahead.rend())
+        return latest;
+    return latest != nullptr && latest->requestNumber > (*found)->requestNumber ? latest : *found;
 }
 
 bool SegmentLists::canLoad(const CachedSegment& segment) const {

@@ -12,7 +12,7 @@ namespace {
 
 /// How long before a loop jumps the cache is asked for the other end, in seconds.
 constexpr double loopAhead = 2.0;
-/// The most sound that is loaded before a start.
+/// The most sound that is loaded before a start, at normal speed.
 constexpr std::chrono::duration<double> mostLoaded(2.0);
 constexpr std::size_t farAway = std::numeric_limits<std::size_t>::max();
 
@@ -75,7 +75,7 @@ void LiveRenderer::awaitLoaded(double position, double speed) {
     Seconds loaded(static_cast<double>(2 * sizes_.blocksAhead * sizes_.blockFrames) / sizes_.sampleRate);
     content_.awaitLoaded(position, speed, framesIn(loaded.count(), sizes_.sampleRate));
     // What takes long to load, as a timeline with many strips does, would be late at once.
-    while (loaded < mostLoaded && 2.0 * (Clock::now() - start) > loaded) {
+    while (loaded * std::abs(speed) < mostLoaded && 2.0 * (Clock::now() - start) > loaded) {
         loaded += Seconds(0.25);
         content_.awaitLoaded(position, speed, framesIn(loaded.count(), sizes_.sampleRate));
     }

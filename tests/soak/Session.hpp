@@ -7,11 +7,10 @@
 
 namespace audlmd::test {
 
-/// Of all sessions together. `steps` grows as long as nothing hangs; any thread may read it.
+/// Of all sessions together.
 struct SoakTotals {
     std::uint64_t sessions = 0;
     std::uint64_t commands = 0;
-    std::atomic<std::uint64_t> steps{0};
     std::atomic<std::uint64_t> frames{0};
     std::uint64_t lateSamples = 0;
     std::uint64_t starvedFrames = 0;
