@@ -85,7 +85,7 @@ private:
         return kept_.emplace_back(std::move(excerpt));
     }
 
-    Excerpt take(std::deque<Excerpt>::iterator place) {
+    Excerpt take(const std::deque<Excerpt>::iterator& place) {
         Excerpt taken = std::move(*place);
         keptSamples_ -= taken.samples.size();
         kept_.erase(place);

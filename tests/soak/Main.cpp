@@ -71,9 +71,7 @@ void soak(double minutes, unsigned int seed, bool checksMemory) {
         memory.requireFlat();
 }
 
-} // namespace
-
-int main(int argc, char** argv) {
+int run(int argc, char** argv) {
     CLI::App app("Random use of the transport, many times faster than real time");
     double minutes = 1.0;
     unsigned int seed = 1;
@@ -83,11 +81,17 @@ int main(int argc, char** argv) {
     app.add_flag("--flat-memory", checksMemory,
                  "Fail where memory grows; not for sanitizers, which keep freed memory");
     CLI11_PARSE(app, argc, argv);
+    soak(minutes, seed, checksMemory);
+    return EXIT_SUCCESS;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
     try {
-        soak(minutes, seed, checksMemory);
+        return run(argc, argv);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "soak: %s\n", error.what());
         return EXIT_FAILURE;
     }
-    return EXIT_SUCCESS;
 }

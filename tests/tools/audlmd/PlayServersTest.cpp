@@ -22,7 +22,8 @@ namespace {
 using namespace std::chrono_literals;
 
 bool isInstalled(const std::string& program) {
-    std::istringstream folders(std::getenv("PATH"));
+    const char* const path = std::getenv("PATH");
+    std::istringstream folders(path != nullptr ? path : "");
     for (std::string folder; std::getline(folders, folder, ':');)
         if (access((Path(folder) / program).c_str(), X_OK) == 0)
             return true;
