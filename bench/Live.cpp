@@ -1,7 +1,6 @@
-// audlmd-bench-live FOLDER [SECONDS]: measures live playback on a device that the program plays itself, and
-// prints JSON: from an order to the first changed sample, in milliseconds; the share of one processor that
-// playing takes; the number of strips that play in real time on one processor. FOLDER is for the sound file,
-// 24 MB. SECONDS are for each figure.
+// audlmd-bench-live FOLDER: measures live playback on a device that the program plays itself, and prints
+// JSON: from an order to the first changed sample, in milliseconds; the share of one processor that playing
+// takes; the number of strips that play in real time on one processor. FOLDER is for the sound file, 24 MB.
 
 #include "bench/LiveStrips.hpp"
 #include "bench/NoiseFile.hpp"
@@ -17,7 +16,6 @@
 #include <chrono>
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
 #include <exception>
 #include <random>
 #include <sched.h>
@@ -32,6 +30,8 @@ using namespace audlmd::bench;
 using Clock = std::chrono::steady_clock;
 using Seconds = std::chrono::duration<double>;
 
+/// For each figure, in seconds.
+constexpr double measured = 10.0;
 constexpr std::size_t blocks[] = {128, 1024};
 
 /// As the command plays where nothing else is asked for.
@@ -49,7 +49,7 @@ Media halves() {
 
 /// Jumps between the halves at random times, and notes how long it takes until the device is given the first
 /// sample of the other half.
-nlohmann::json latencyAt(std::size_t block, double seconds) {
+nlohmann::json latencyAt(std::size_t block) {
     LivePlayer player(halves(), {}, optionsFor(block));
     std::atomic<float> awaited{1.0F};
     std::atomic<Clock::time_point> heardAt{Clock::time_point::min()};
@@ -64,7 +64,7 @@ nlohmann::json latencyAt(std::size_t block, double seconds) {
     player.play();
     std::vector<double> latencies;
     std::minstd_rand random(1);
-    const auto end = Clock::now() + Seconds(seconds);
+    const auto end = Clock::now() + Seconds(measured);
     for (bool first = false; Clock::now() < end; first = !first) {
         std::this_thread::sleep_for(std::chrono::microseconds(100'000 + random() % 100'000));
         const auto asked = Clock::now();
@@ -87,36 +87,36 @@ void requireInTime(const LivePlayer& player) {
         throw std::runtime_error("something was late: measure on an idle machine");
 }
 
-nlohmann::json shareOf(const std::string& what, LivePlayer& player, std::size_t block, double seconds) {
+nlohmann::json shareOf(const std::string& what, LivePlayer& player, std::size_t block) {
     const PacedDevice device(block, [&](std::span<float> samples) { player.fill(samples); });
     player.play();
     // The mixer of a timeline has taken over by then.
     std::this_thread::sleep_for(std::chrono::seconds(3));
     const auto start = Clock::now();
     const double before = processorTime();
-    std::this_thread::sleep_for(Seconds(seconds));
+    std::this_thread::sleep_for(Seconds(measured));
     const double share = (processorTime() - before) / Seconds(Clock::now() - start).count();
     requireInTime(player);
     return {{"what", what}, {"block", block}, {"share", share}};
 }
 
 /// Whether so many strips play without an underrun.
-bool playsInTime(const std::string& file, std::size_t count, double seconds) {
+bool playsInTime(const std::string& file, std::size_t count) {
     LiveOptions options = optionsFor(256);
     options.mixThreads = 1;
     LivePlayer player(fullStrips(file, count), &openSoundFile, options);
     const PacedDevice device(256, [&](std::span<float> samples) { player.fill(samples); });
     player.play();
-    for (const auto end = Clock::now() + Seconds(seconds + 2.0); Clock::now() < end;) {
+    for (const auto end = Clock::now() + Seconds(measured + 2.0); Clock::now() < end;) {
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
         if (player.lateSamples() != 0 || player.starvedFrames() != 0)
             return false;
     }
-    return static_cast<double>(player.position()) > seconds * 48000.0;
+    return static_cast<double>(player.position()) > measured * 48000.0;
 }
 
 /// The largest number that plays in time, to a thirtieth. From now on all runs on one processor.
-std::size_t mostStrips(const std::string& file, double seconds) {
+std::size_t mostStrips(const std::string& file) {
     cpu_set_t one;
     CPU_ZERO(&one);
     CPU_SET(0, &one);
@@ -124,41 +124,40 @@ std::size_t mostStrips(const std::string& file, double seconds) {
         throw std::runtime_error("cannot keep to one processor");
     std::size_t enough = 0;
     std::size_t tooMany = 32;
-    for (; playsInTime(file, tooMany, seconds); tooMany *= 2)
+    for (; playsInTime(file, tooMany); tooMany *= 2)
         enough = tooMany;
     while (tooMany - enough > std::max<std::size_t>(1, enough / 30)) {
         const std::size_t middle = (enough + tooMany) / 2;
-        (playsInTime(file, middle, seconds) ? enough : tooMany) = middle;
+        (playsInTime(file, middle) ? enough : tooMany) = middle;
     }
     return enough;
 }
 
-nlohmann::json measure(const std::filesystem::path& folder, double seconds) {
+nlohmann::json measure(const std::filesystem::path& folder) {
     const std::string file = folder / "noise.wav";
     writeNoise(file, 1, 2 * stripLength);
     nlohmann::json figures;
     for (const std::size_t block : blocks)
-        figures["latency"].push_back(latencyAt(block, seconds));
+        figures["latency"].push_back(latencyAt(block));
     for (const std::size_t block : blocks) {
         LivePlayer strip(openSoundFile(file), {}, optionsFor(block));
-        figures["shares"].push_back(shareOf("one stereo strip", strip, block, seconds));
+        figures["shares"].push_back(shareOf("one stereo strip", strip, block));
         LivePlayer tracks(plainStrips(file, 24), &openSoundFile, optionsFor(block));
-        figures["shares"].push_back(shareOf("24 stereo tracks", tracks, block, seconds));
+        figures["shares"].push_back(shareOf("24 stereo tracks", tracks, block));
     }
-    figures["strips"] = mostStrips(file, seconds);
+    figures["strips"] = mostStrips(file);
     return figures;
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2 && argc != 3) {
-        std::fprintf(stderr,
-                     "audlmd-bench-live: takes a folder for a sound file, and seconds for each figure\n");
+    if (argc != 2) {
+        std::fprintf(stderr, "audlmd-bench-live: takes one argument, a folder for a sound file\n");
         return 2;
     }
     try {
-        std::puts(measure(argv[1], argc == 3 ? std::atof(argv[2]) : 10.0).dump(1).c_str());
+        std::puts(measure(argv[1]).dump(1).c_str());
     } catch (const std::exception& error) {
         std::fprintf(stderr, "audlmd-bench-live: %s\n", error.what());
         return 1;

@@ -28,13 +28,14 @@ void SegmentLists::add(CachedSegment::Stage stage, List& node) noexcept {
 }
 
 void SegmentLists::want(CachedSegment::Stage stage, CachedSegment& segment) noexcept {
-    segment.requestNumber = ++requests_;
     // To the end of a list. Of those that are ready the segment is now the most recently used.
     if (segment.stage == CachedSegment::eReady)
         moveTo(CachedSegment::eReady, segment);
     else if (segment.stage == CachedSegment::eAhead ||
-             (segment.stage == CachedSegment::eUrgent && !isHeld(segment)))
+             (segment.stage == CachedSegment::eUrgent && !isHeld(segment))) {
+        segment.requestNumber = ++requests_;
         moveTo(std::min(stage, segment.stage), segment);
+    }
 }
 
 CachedSegment* SegmentLists::nextRequest() const {

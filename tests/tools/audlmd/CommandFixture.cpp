@@ -65,7 +65,7 @@ Outcome CommandFixture::run(const std::string& line, const Surroundings& surroun
         kill(process, surroundings.signal);
     }
     if (surroundings.pause != 0) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(500));
+        std::this_thread::sleep_for(std::chrono::seconds(1));
         kill(process, SIGSTOP);
         std::this_thread::sleep_for(std::chrono::milliseconds(surroundings.pause));
         kill(process, SIGCONT);

@@ -27,7 +27,7 @@ struct Surroundings {
     std::size_t fileSizeLimit = 0;
     /// Sent to the command as soon as there is a temporary file. 0: none.
     int signal = 0;
-    /// Half a second after its start the command stands still for so many milliseconds.
+    /// A second after its start the command stands still for so many milliseconds.
     int pause = 0;
 };
 

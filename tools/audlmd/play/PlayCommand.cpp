@@ -142,9 +142,9 @@ void play(const PlayOptions& options) {
             followKeys(*player, stream);
         else
             playToTheEnd(*player, stream);
-        // Time to fade out, and for that to be heard.
+        // Time to fade out.
         player->stop();
-        std::this_thread::sleep_for(statusInterval + std::chrono::duration<double>(stream.latency()));
+        std::this_thread::sleep_for(statusInterval);
         std::puts(underrunText(statusOf(*player, stream)).c_str());
     }
     tell(*player, input);

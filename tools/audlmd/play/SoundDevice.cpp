@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cctype>
+#include <cmath>
 #include <cstdio>
 #include <fcntl.h>
 #include <portaudio.h>
@@ -154,6 +155,8 @@ SoundDevices::Stream::Stream(int device, const DeviceFormat& format, Fill fill)
 }
 
 SoundDevices::Stream::~Stream() {
+    // To stop a stream plays it to its end, but some sound servers drop what they have not played yet.
+    Pa_Sleep(std::lround(1000.0 * Pa_GetStreamInfo(stream_)->outputLatency));
     const QuietLibraries quiet;
     Pa_StopStream(stream_);
     Pa_CloseStream(stream_);
@@ -162,10 +165,6 @@ SoundDevices::Stream::~Stream() {
 void SoundDevices::Stream::requireActive() const {
     if (Pa_IsStreamActive(stream_) != 1)
         throw CommandError("the sound device has stopped; is it still connected?");
-}
-
-double SoundDevices::Stream::latency() const {
-    return Pa_GetStreamInfo(stream_)->outputLatency;
 }
 
 std::uint64_t SoundDevices::Stream::underruns() const {

@@ -47,16 +47,13 @@ public:
 
         /// `fill` must not throw, allocate or wait. Throws CommandError with PortAudio's reason.
         Stream(int device, const DeviceFormat& format, Fill fill);
-        /// Some sound servers drop what they have not played yet: wait for latency() before.
+        /// Plays what the device has taken already, for as long as its latency.
         ~Stream();
         Stream(const Stream&) = delete;
         Stream& operator=(const Stream&) = delete;
 
         /// Throws CommandError where the device asks for no more frames, as when it was unplugged.
         void requireActive() const;
-
-        /// From a callback to the loudspeaker, in seconds, as far as the host interface knows.
-        double latency() const;
 
         /// How often the device, or the sound server, has played on without frames of ours because a callback
         /// came too late. Counts what the host interface notices; ALSA and JACK do.
