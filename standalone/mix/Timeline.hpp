@@ -62,6 +62,10 @@ struct TimelineNote {
     /// The track and the clip.
     std::string where;
     std::string text;
+    /// Where it is in the output, in samples. Nothing where it has no one place.
+    std::optional<std::int64_t> at = std::nullopt;
+    /// Whether something is silent because of it that the file meant to be heard.
+    bool silences = false;
 };
 
 /// What a mixer plays. Times are output samples from the start of the output.
