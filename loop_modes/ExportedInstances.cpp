@@ -13,11 +13,6 @@ namespace {
 
 [[gnu::used]] constexpr auto readForward = &SampleCache::ForwardIterator::operator*;
 [[gnu::used]] constexpr auto readReverse = &SampleCache::ReverseIterator::operator*;
-[[gnu::used]] constexpr auto linear = &GainCurve::Curve<GainCurve::eLinear>::mapUValueToMagnitude;
-[[gnu::used]] constexpr auto mixerStyleLog =
-    &GainCurve::Curve<GainCurve::eMixerStyleLog>::mapUValueToMagnitude;
-[[gnu::used]] constexpr auto constantPower =
-    &GainCurve::Curve<GainCurve::eConstantPower>::mapUValueToMagnitude;
 
 } // namespace
 } // namespace Aud

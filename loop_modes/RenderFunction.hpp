@@ -21,7 +21,8 @@ struct TypedFunctor {
     /// that instantiate it include, so that naming a render function does not compile it again.
     template <int N>
     struct Functor<Loki::Int2Type<N>> {
-        /// Renders `count` samples and leaves `out` just past the last one written. Throws what the chain
+        /// Renders `count` samples. `out` moves past each sample as it is written, so that host operations
+        /// during the call find it there, and stands just past the last one in the end. Throws what the chain
         /// throws; `out` then stands past the samples that were written.
         static void ProcessSamples(IteratorCreationParams& params, Out& out, unsigned int count);
     };

@@ -9,24 +9,6 @@
 
 namespace Aud::Render::LoopModesDespatch {
 
-/// A copy of the caller's output position, for as long as one call renders. The copy stays in a register; the
-/// caller's position itself would be read and written in memory for each sample.
-///
-/// The destructor sets the caller's position, so that an exception that ends the call leaves it right, too.
-template <class Out>
-class OutputPosition {
-public:
-    explicit OutputPosition(Out& callers) : current(callers), callers_(callers) {}
-    OutputPosition(const OutputPosition&) = delete;
-    OutputPosition& operator=(const OutputPosition&) = delete;
-    ~OutputPosition() { callers_ = current; }
-
-    Out current;
-
-private:
-    Out& callers_;
-};
-
 template <class Out>
 template <int N>
 [[gnu::used, gnu::noinline]] void
@@ -38,9 +20,13 @@ TypedFunctor<Out>::Functor<Loki::Int2Type<N>>::ProcessSamples(IteratorCreationPa
     } else {
         Chain<N> made = SourceIteratorMaker<N>::makeIterator(params);
         Chain<N>& chain = *Instructions::inRegister(&made);
-        OutputPosition<Out> position(out);
+        // Stays in a register. The caller's own position would be read in memory for each sample, because a
+        // sample may lie where it does.
+        Out position = out;
         for (; count != 0; --count) {
-            deliver(*chain, position.current);
+            deliver(*chain, position);
+            // For every sample and before the step: a host operation may look at it during the call.
+            out = position;
             ++chain;
         }
     }

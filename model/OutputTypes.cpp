@@ -35,22 +35,42 @@ struct OutputAt<Summing<Sample>> {
 };
 
 using RenderAny = void (*)(unsigned int code, IteratorCreationParams& params, std::uint8_t*& position,
-                           unsigned int count);
+                           unsigned int count, OutputWatch* watch);
+
+/// The output of one call. Its end moves the caller's position, also when the call throws.
+template <class Out>
+class Output {
+public:
+    Output(std::uint8_t*& position, OutputWatch* watch)
+        : out(OutputAt<Out>::make(position)), position_(position), watch_(watch) {
+        if (watch_ != nullptr)
+            *watch_ = {&out, [](const void* watched) -> const std::uint8_t* {
+                           return OutputAt<Out>::where(*static_cast<const Out*>(watched));
+                       }};
+    }
+    Output(const Output&) = delete;
+    Output& operator=(const Output&) = delete;
+    ~Output() {
+        position_ = OutputAt<Out>::where(out);
+        if (watch_ != nullptr)
+            *watch_ = {};
+    }
+
+    Out out;
+
+private:
+    std::uint8_t*& position_;
+    OutputWatch* watch_;
+};
 
 template <class Out>
 void renderInto(unsigned int code, IteratorCreationParams& params, std::uint8_t*& position,
-                unsigned int count) {
+                unsigned int count, OutputWatch* watch) {
     const auto function = Aud::LoopModesDespatcherInstance<Out>::get().find(code);
     if (function == nullptr)
         throw std::out_of_range("the despatch table has no function for code " + std::to_string(code));
-    Out out = OutputAt<Out>::make(position);
-    try {
-        function(params, out, count);
-    } catch (...) {
-        position = OutputAt<Out>::where(out);
-        throw;
-    }
-    position = OutputAt<Out>::where(out);
+    Output<Out> output(position, watch);
+    function(params, output.out, count);
 }
 
 constexpr auto renderers = []<std::size_t... Number>(std::index_sequence<Number...>) {
@@ -61,8 +81,8 @@ constexpr auto renderers = []<std::size_t... Number>(std::index_sequence<Number.
 } // namespace
 
 void renderThroughTable(std::size_t outputType, unsigned int code, IteratorCreationParams& params,
-                        std::uint8_t*& position, unsigned int count) {
-    renderers[outputType](code, params, position, count);
+                        std::uint8_t*& position, unsigned int count, OutputWatch* watch) {
+    renderers[outputType](code, params, position, count, watch);
 }
 
 } // namespace audlmd::model

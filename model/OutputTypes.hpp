@@ -37,11 +37,17 @@ inline constexpr const char* outputTypeNames[outputTypeCount] = {
     "F32",    "S16",    "S24",    "S8",    "U8",    "S24In32",    "S32",
     "SumF32", "SumS16", "SumS24", "SumS8", "SumU8", "SumS24In32", "SumS32"};
 
+/// Where a render call has its output position, for whoever looks at it during the call.
+struct OutputWatch {
+    const void* out = nullptr;
+    const std::uint8_t* (*positionOf)(const void* out) = nullptr;
+};
+
 /// Calls the function that the despatch table of the output type holds for the code, and moves `position` as
 /// the function moves its output, also when the function throws. Throws std::out_of_range if there is no
-/// function.
+/// function. `watch` is valid while the function runs, and empty afterwards.
 void renderThroughTable(std::size_t outputType, unsigned int code,
                         Aud::Render::IteratorCreationParams& params, std::uint8_t*& position,
-                        unsigned int count);
+                        unsigned int count, OutputWatch* watch = nullptr);
 
 } // namespace audlmd::model

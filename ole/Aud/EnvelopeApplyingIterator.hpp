@@ -32,6 +32,7 @@ public:
     }
 
     const Inner& inner() const { return inner_; }
+    Traits& envelope() { return envelope_; }
 
 private:
     Inner inner_;

@@ -14,6 +14,18 @@
 /// again and again. In single precision the two differ, unless the host keeps u-values and steps on a grid.
 namespace Aud::Render::EnvelopeTraits {
 
+/// How a shape goes on: a ramp by `step` or a hold, for `length` samples at least. For whoever renders many
+/// samples at a time: the curve is chosen once for all of them.
+struct Phase {
+    CurveFunction curve;
+    float uValue;
+    float step;
+    bool holds;
+    std::uint32_t length;
+
+    static constexpr std::uint32_t forever = 0xFFFFFFFF;
+};
+
 /// The u-value after `steps` steps of `step`.
 inline float uValueAfter(float start, std::uint32_t steps, float step) {
     return start + static_cast<float>(steps) * step;
@@ -31,6 +43,12 @@ public:
         return GainCurve::Curve<CurveType>::mapUValueToMagnitude(uValue_);
     }
     [[gnu::always_inline]] void advance() { uValue_ += step_; }
+
+    Phase phase() const {
+        return {&GainCurve::Curve<CurveType>::mapUValueToMagnitude, uValue_, step_, false, Phase::forever};
+    }
+    /// Advances by `count` steps, at most the phase's length, to the u-value that they lead to.
+    void skip(std::uint32_t, float uValue) { uValue_ = uValue; }
 
 private:
     float uValue_;
@@ -51,7 +69,7 @@ public:
         remaining_ = ramp.length - past;
     }
 
-    [[gnu::always_inline]] float gain() const { return gainOn(curve_, uValue_); }
+    [[gnu::always_inline]] float gain() const { return curve_(uValue_); }
     [[gnu::always_inline]] void advance() {
         if (remaining_ == 0)
             return;
@@ -59,11 +77,19 @@ public:
         --remaining_;
     }
 
+    Phase phase() const {
+        return {curve_, uValue_, step_, remaining_ == 0, remaining_ == 0 ? Phase::forever : remaining_};
+    }
+    void skip(std::uint32_t count, float uValue) {
+        uValue_ = uValue;
+        remaining_ -= std::min(count, remaining_);
+    }
+
 private:
     float uValue_;
     float step_;
     std::uint32_t remaining_;
-    StoredCurve curve_;
+    CurveFunction curve_;
 };
 
 /// Holds for a length, then ramps forever. A fade-out. With `elapsed` equal to the length, the second sample
@@ -85,7 +111,7 @@ public:
         }
     }
 
-    [[gnu::always_inline]] float gain() const { return gainOn(curve_, uValue_); }
+    [[gnu::always_inline]] float gain() const { return curve_(uValue_); }
     [[gnu::always_inline]] void advance() {
         if (remaining_ != 0)
             --remaining_;
@@ -93,11 +119,19 @@ public:
             uValue_ += step_;
     }
 
+    Phase phase() const {
+        return {curve_, uValue_, step_, remaining_ != 0, remaining_ == 0 ? Phase::forever : remaining_};
+    }
+    void skip(std::uint32_t count, float uValue) {
+        uValue_ = uValue;
+        remaining_ -= std::min(count, remaining_);
+    }
+
 private:
     float uValue_;
     float step_;
     std::uint32_t remaining_;
-    StoredCurve curve_;
+    CurveFunction curve_;
 };
 
 /// Ramps for a length, holds for a length, then ramps forever. A fade-in and a fade-out.
@@ -126,8 +160,8 @@ public:
     // The hold deliberately uses the last ramp's curve: the gain jumps where the first ramp ends, if the
     // curves differ.
     [[gnu::always_inline]] float gain() const {
-        const StoredCurve curve = firstRampRemaining_ != 0 ? firstCurve_ : lastCurve_;
-        return gainOn(curve, uValue_);
+        const CurveFunction curve = firstRampRemaining_ != 0 ? firstCurve_ : lastCurve_;
+        return curve(uValue_);
     }
     [[gnu::always_inline]] void advance() {
         if (firstRampRemaining_ != 0) {
@@ -140,14 +174,27 @@ public:
         }
     }
 
+    Phase phase() const {
+        if (firstRampRemaining_ != 0)
+            return {firstCurve_, uValue_, firstRampStep_, false, firstRampRemaining_};
+        if (holdRemaining_ != 0)
+            return {lastCurve_, uValue_, 0.0F, true, holdRemaining_};
+        return {lastCurve_, uValue_, lastRampStep_, false, Phase::forever};
+    }
+    void skip(std::uint32_t count, float uValue) {
+        uValue_ = uValue;
+        std::uint32_t& remaining = firstRampRemaining_ != 0 ? firstRampRemaining_ : holdRemaining_;
+        remaining -= std::min(count, remaining);
+    }
+
 private:
     float uValue_;
     float firstRampStep_;
     float lastRampStep_;
     std::uint32_t firstRampRemaining_;
     std::uint32_t holdRemaining_;
-    StoredCurve firstCurve_;
-    StoredCurve lastCurve_;
+    CurveFunction firstCurve_;
+    CurveFunction lastCurve_;
 };
 
 } // namespace Aud::Render::EnvelopeTraits

@@ -10,26 +10,21 @@
 /// included, wherever the checks stand.
 namespace Aud::Render::EnvelopeTraits {
 
-/// The gain curve of a stored shape, resolved once, when the chain is made. Null stands for the linear curve,
-/// which has no nodes.
-using StoredCurve = const GainCurve::NodeCurve*;
-
-/// Looks the gain up in line: a call of the curve's function would be one more call for each sample.
-[[gnu::always_inline]] inline float gainOn(StoredCurve curve, float uValue) {
-    return curve == nullptr ? uValue : GainCurve::lookUp(*curve, uValue);
-}
+/// The gain curve of a stored shape. The pointer is resolved once, when the chain is made, so that no sample
+/// decides on the curve.
+using CurveFunction = float (*)(float);
 
 inline constexpr const char* sourceFile = "ole/Aud/Aud__RenderIterators";
 
-inline StoredCurve resolveCurve(std::uint32_t curveType) {
+inline CurveFunction resolveCurve(std::uint32_t curveType) {
     constexpr int unexpectedCurveLine = 304;
     switch (curveType) {
     case GainCurve::eLinear:
-        return nullptr;
+        return &GainCurve::Curve<GainCurve::eLinear>::mapUValueToMagnitude;
     case GainCurve::eMixerStyleLog:
-        return &GainCurve::mixerStyleLogCurve;
+        return &GainCurve::Curve<GainCurve::eMixerStyleLog>::mapUValueToMagnitude;
     case GainCurve::eConstantPower:
-        return &GainCurve::constantPowerCurve;
+        return &GainCurve::Curve<GainCurve::eConstantPower>::mapUValueToMagnitude;
     }
     throw Orv::Exception::RuntimeError("Unexpected Aud::GainCurve type!", sourceFile, unexpectedCurveLine);
 }

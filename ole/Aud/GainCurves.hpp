@@ -54,7 +54,8 @@ inline constexpr NodeCurve constantPowerCurve{ConstantPower1_Private::UVal2Mag_C
     return (u - node.uValue) * node.slope + node.magnitude;
 }
 
-/// Maps a u-value to a gain.
+/// Maps a u-value to a gain. The table curves start a cache line because stored-shape envelopes call them
+/// through a pointer for every sample.
 template <eCurveType CurveType>
 struct Curve;
 
@@ -66,14 +67,14 @@ struct Curve<eLinear> {
 
 template <>
 struct Curve<eMixerStyleLog> {
-    [[gnu::always_inline]] static float mapUValueToMagnitude(float uValue) {
+    [[gnu::always_inline, gnu::aligned(64)]] static float mapUValueToMagnitude(float uValue) {
         return lookUp(mixerStyleLogCurve, uValue);
     }
 };
 
 template <>
 struct Curve<eConstantPower> {
-    [[gnu::always_inline]] static float mapUValueToMagnitude(float uValue) {
+    [[gnu::always_inline, gnu::aligned(64)]] static float mapUValueToMagnitude(float uValue) {
         return lookUp(constantPowerCurve, uValue);
     }
 };

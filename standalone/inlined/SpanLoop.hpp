@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ole/Aud/Aud__RenderIterators"
+#include "standalone/inlined/FadeLoop.hpp"
 #include "standalone/inlined/ReadySpan.hpp"
 #include "standalone/signal/BlockEqualiser.hpp"
 #include "standalone/signal/BlockLoops.hpp"
@@ -14,7 +15,7 @@
 namespace audlmd {
 
 /// Whether a chain is rendered by the span of samples that its source has ready, not by the sample: chains of
-/// the equaliser and fixed gains.
+/// the equaliser, fades and fixed gains.
 template <class Layer>
 inline constexpr bool isRenderedBySpan = false;
 template <>
@@ -27,6 +28,9 @@ template <class Inner>
 inline constexpr bool isRenderedBySpan<Aud::Render::MultiBandBiquadApplyingIterator<Inner>> = true;
 template <class Inner>
 inline constexpr bool isRenderedBySpan<Aud::Render::FixedLevelApplyingIterator<Inner>> =
+    isRenderedBySpan<Inner>;
+template <class Inner, class Shape>
+inline constexpr bool isRenderedBySpan<Aud::Render::EnvelopeApplyingIterator<Inner, Shape>> =
     isRenderedBySpan<Inner>;
 
 /// Samples in the order in which a source reads them.
@@ -49,10 +53,16 @@ struct SourceSamples {
     }
 };
 
-/// Renders `out` as the layer would sample by sample, from the inside out. There is one sample more behind
-/// those that are rendered. Does not step the source.
+/// The layer below, to be changed: a chain holds its layers by value.
 template <class Layer>
-void renderBlock(const Layer& layer, const SourceSamples& samples, std::span<float> out) {
+auto& innerOf(Layer& layer) {
+    return const_cast<std::remove_cvref_t<decltype(layer.inner())>&>(layer.inner());
+}
+
+/// Renders `out` as the layer would sample by sample, from the inside out. There is one sample more behind
+/// those that are rendered. Steps everything but the source.
+template <class Layer>
+void renderBlock(Layer& layer, const SourceSamples& samples, std::span<float> out) {
     if constexpr (requires { layer.equaliser(); }) {
         // The equaliser is one sample ahead.
         out.front() = layer.equaliser().getLastProcessSampleResult();
@@ -60,9 +70,11 @@ void renderBlock(const Layer& layer, const SourceSamples& samples, std::span<flo
         filterBlock(layer.equaliser(), out.subspan(1));
         layer.equaliser().processSample(*samples.at(out.size()));
     } else if constexpr (requires { layer.inner(); }) {
-        renderBlock(layer.inner(), samples, out);
+        renderBlock(innerOf(layer), samples, out);
         if constexpr (requires { layer.gain(); })
             multiply(out, layer.gain());
+        else if constexpr (requires { layer.envelope(); })
+            fade(layer.envelope(), out);
     } else {
         samples.copyTo(out, 0);
     }

@@ -15,8 +15,29 @@ void ScriptedHost::call(std::string_view operation, std::uint64_t argument) {
 }
 
 void ScriptedHost::note(std::string_view operation, std::uint64_t argument) {
-    if (logging)
-        log.push_back({operation, argument});
+    if (!logging)
+        return;
+    log.push_back({operation, argument});
+    if (outputStart != nullptr) {
+        log.back().written = outputPosition() - outputStart;
+        log.back().recordState = recordState();
+    }
+}
+
+std::uint64_t ScriptedHost::recordState() const {
+    const auto& src = record->srcState;
+    const auto& level = record->dynamicLevel;
+    std::uint64_t state = 0;
+    for (const std::uint64_t number :
+         {reinterpret_cast<std::uint64_t>(src.handle), bitsOf(src.factor),
+          std::uint64_t{bitsOf(src.outSample)}, std::uint64_t{src.readIndex},
+          static_cast<std::uint64_t>(src.nextSourcePos), std::uint64_t{src.positionRecorded},
+          std::uint64_t{src.opened}, std::uint64_t{bitsOf(src.sourceBlock[0])},
+          std::uint64_t{bitsOf(src.sourceBlock[63])}, std::uint64_t{level.samplesToNextNode},
+          std::uint64_t{bitsOf(level.uValue)}, std::uint64_t{bitsOf(level.uValueStep)},
+          std::uint64_t{level.stationary}})
+        state = (state ^ number) * 0x100000001B3U; // as in the hash of Fowler, Noll and Vo, by the number
+    return state;
 }
 
 void ScriptedHost::require(bool right) {

@@ -23,6 +23,10 @@ namespace audlmd::test {
 struct Call {
     std::string_view operation;
     std::uint64_t argument;
+    /// What the host sees of the call when it looks around in the operation: bytes written, and a number that
+    /// stands for the state which the library keeps in the record.
+    std::int64_t written = 0;
+    std::uint64_t recordState = 0;
 
     friend bool operator==(const Call&, const Call&) = default;
 };
@@ -91,6 +95,9 @@ struct ScriptedHost final : model::Host {
     Aud::Render::PerSourceRecord* record = nullptr;
     const Aud::SampleCache* cache = nullptr;
     const Orv::OutputGearing* gearing = nullptr;
+    /// Where the output begins, and where the call has written to. Null: the host does not look.
+    const std::uint8_t* outputStart = nullptr;
+    std::function<const std::uint8_t*()> outputPosition;
 
     // What happened.
     std::vector<Call> log;
@@ -113,6 +120,8 @@ struct ScriptedHost final : model::Host {
     void note(std::string_view operation, std::uint64_t argument);
     /// Logs "CORRUPTED" unless `right`.
     void require(bool right);
+    /// Of the state in the record that a render call changes: the dynamic level's and the converter's.
+    std::uint64_t recordState() const;
 
     void stripCookie() override { call("strip cookie", 0); }
     std::int64_t materialLength() const override { return materialSamples; }

@@ -1,7 +1,7 @@
 """disassembly.py LIBRARY: reads the code of every render function and holds its calls to the contract.
 
-A render function calls its maker, host operations, resample_process and the listed cold helpers, each by name and none
-through a pointer. What an odd code shares with the even one is a jump.
+A render function calls its maker, host operations, resample_process and the listed cold helpers; a pointer (the gain
+curve) only where the mode has an envelope of a stored shape. What an odd code shares with the even one is a jump.
 """
 
 import collections
@@ -50,14 +50,20 @@ def allowed_calls(code):
     return calls
 
 
-def check_calls(name, instructions, calls):
+def has_stored_shape(code):
+    return code >> 1 & 15 >= 6
+
+
+def check_calls(name, instructions, calls, pointer_allowed):
     allowed = re.compile("|".join(calls))
     for text in instructions:
         match = target.search(text)
         if match is None:
             continue
-        kind, _, _, symbol, offset = match.groups()
+        kind, indirect, _, symbol, offset = match.groups()
         if kind == "jmp" and symbol is not None and symbol.split(".cold")[0] == name.split(".cold")[0]:
+            continue
+        if symbol is None and indirect and kind == "call" and pointer_allowed:
             continue
         if symbol is None or offset or kind == "jmp" or not allowed.fullmatch(symbol):
             problems.append(f"{name}: {text.strip()}")
@@ -76,13 +82,13 @@ def check_function(name, instructions, counts):
             if len(real) != 1 or jump is None or jump[1] != "jmp" or jump[4] != even or jump[5]:
                 problems.append(f"{name} is more than a jump to {even}")
         else:
-            check_calls(name, instructions, allowed_calls(code))
+            check_calls(name, instructions, allowed_calls(code), has_stored_shape(code))
     elif match := refill.match(name):
         counts["refills"] += match[2] is None
         level = "INS_19DynamicLevelControl" in name
         forward = "ForwardIterator" in name
         code = forward << 10 | level << 8 | ("MultiBand" in name) << 7 | ("ForwardsDynamic" in name)
-        check_calls(name, instructions, allowed_calls(code))
+        check_calls(name, instructions, allowed_calls(code), re.search("RampHold|HoldRamp", name))
 
 
 disassembler = subprocess.Popen(["objdump", "-dw", "--no-show-raw-insn", library], stdout=subprocess.PIPE, text=True)

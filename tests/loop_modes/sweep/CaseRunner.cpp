@@ -33,6 +33,7 @@ struct Side {
         host.cache = &cache;
         host.gearing = &gearing;
         host.record = &record;
+        host.outputStart = position;
         host.interfere = [this] { changeWhatIsTaken(); };
     }
     Side(const Side&) = delete;
@@ -141,7 +142,9 @@ std::string describe(const std::vector<Call>& log, std::size_t from, std::size_t
     std::string lines;
     for (std::size_t i = from; i < std::min(to, log.size()); ++i)
         lines += "\n    " + std::to_string(i) + ": " + std::string(log[i].operation) + ' ' +
-                 std::to_string(static_cast<std::int64_t>(log[i].argument));
+                 std::to_string(static_cast<std::int64_t>(log[i].argument)) + ", " +
+                 std::to_string(log[i].written) + " bytes written, record " +
+                 std::to_string(log[i].recordState);
     return lines;
 }
 
@@ -228,10 +231,13 @@ CaseResult runCase(const RandomCase& randomCase) {
         const IteratorCreationParams before = params;
         IteratorCreationParams expectedParams = expected.paramsOf(request, randomCase.code);
         library.failure = failureOf([&] {
+            model::OutputWatch watch;
+            library.host.outputPosition = [&watch] { return watch.positionOf(watch.out); };
             model::renderThroughTable(randomCase.outputType, randomCase.code, params, library.position,
-                                      request.count);
+                                      request.count, &watch);
         });
         expected.failure = failureOf([&] {
+            expected.host.outputPosition = [&expected] { return expected.position; };
             model::render(randomCase.code, randomCase.outputType, expectedParams, expected.host,
                           expected.position, request.count);
         });
