@@ -43,11 +43,9 @@ struct SampleReader {
     /// deliberate: each query is visible to the host.
     [[gnu::always_inline]] static void step(SampleCache::ReverseIterator& it) {
         const std::int64_t old = it.cachePosition;
-        if (old >= it.materialLength) [[unlikely]]
+        if (old < 1 || old >= it.materialLength) [[unlikely]]
             return stepAtBorder(it, old);
-        it.cachePosition = wrappingSum(old, std::int64_t{-1});
-        if (it.cachePosition < 0) [[unlikely]]
-            return stepAtBorder(it, old);
+        it.cachePosition = old - 1;
         it.segmentIndex = wrappingSum(it.segmentIndex, std::int32_t{-1});
         if (it.segmentIndex < 0) [[unlikely]]
             stepAtSegmentEnd(it);

@@ -138,7 +138,8 @@ void randomMaterial(Dice& dice, ScriptedHost& host) {
 
 std::int64_t randomPosition(Dice& dice, std::int64_t length) {
     if (dice.oneIn(60))
-        return dice.pick({std::numeric_limits<std::int64_t>::max() - 1, std::int64_t{-1} << 62});
+        return dice.pick({std::numeric_limits<std::int64_t>::max() - 1, std::int64_t{-1} << 62,
+                          std::numeric_limits<std::int64_t>::min() + 1});
     if (dice.oneIn(3)) // At a border, or the width of a block before it.
         return dice.pick<std::int64_t>({0, length, -64, length + 64}) + static_cast<int>(dice.roll(9)) - 4;
     return static_cast<std::int64_t>(dice.roll(static_cast<std::uint32_t>(length) + 1));
