@@ -23,6 +23,10 @@ foreach(header
     install(FILES standalone/${header}.hpp DESTINATION ${includeDir}/standalone/${folder})
 endforeach()
 
+install(FILES LICENSE README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR})
+
 set(packageDir ${CMAKE_INSTALL_LIBDIR}/cmake/audlmd)
 install(EXPORT audlmd-targets NAMESPACE audlmd:: DESTINATION ${packageDir})
 configure_package_config_file(cmake/audlmd-config.cmake.in audlmd-config.cmake

@@ -34,7 +34,7 @@ def write_blocks(page, blocks):
     page.write_text(text)
 
 
-def write_library(figures, page):
+def write_library(figures, page, _):
     write_blocks(page, {
         "machine": machine_line(figures["machine"]),
         "goals": with_pictures(goal_table(figures), modes="Nanoseconds per output sample of every render function",
@@ -45,20 +45,22 @@ def write_library(figures, page):
     draw_families(figures["modes"]["families"], images / "performance-families.svg")
 
 
-def write_jobs(figures, page):
+def write_jobs(figures, page, _):
     write_blocks(page, {"jobs": "\n\n".join([
         machine_line(figures["jobsMachine"]), job_goal_table(figures),
         with_pictures(job_table(figures), jobs="CPU seconds of whole jobs")])})
     draw_jobs(figures["jobs"], page.parent / "images/performance-jobs.svg")
 
 
-def write_live(figures, page):
+def write_live(figures, page, _):
     write_blocks(page, {"live": live_tables(figures["live"])})
 
 
-def write_inlined(figures, page):
+def write_inlined(figures, page, build):
     write_blocks(page, {"inlined": inlined_tables(figures["inlined"])})
-    (page.parent / "performance-modes.html").write_text(lookup_page(figures["inlined"]))
+    lookup = build / "bench/performance-modes.html"
+    lookup.write_text(lookup_page(figures["inlined"]))
+    print(f"performance: {lookup} looks up any mode", file=sys.stderr)
 
 
 LIBRARY_SECTIONS = {"modes": measure.measure_modes, "calls": measure.measure_calls, "load": measure.measure_load,
@@ -90,7 +92,7 @@ def main():
             without_figures = [section for section in sections if section not in figures]
             missing += without_figures
             if not without_figures:
-                write(figures, page)
+                write(figures, page, build)
     if missing:
         sys.exit("performance: not measured yet, so that their part of the page is left as it is: " + ", ".join(missing))
 

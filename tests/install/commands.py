@@ -1,0 +1,74 @@
+"""commands.py ROOT BIN: types the lines of the documents that begin with `audlmd`, `for` or `parallel`, in a folder with the
+files that they name, and fails where one fails or where a file that it names is not there afterwards.
+
+Playing goes to a device that swallows everything.
+"""
+
+import array
+import math
+import os
+import pathlib
+import re
+import subprocess
+import sys
+import tempfile
+import wave
+
+root, binaries = pathlib.Path(sys.argv[1]), sys.argv[2]
+PAGES = ["README.md", "docs/files.md"]
+# What a reader brings along, by name.
+MEDIA = {"song.wav": 90, "take.flac": 90, "speech.wav": 3, "voice.wav": 2, "music.wav": 2}
+TIMELINE = """{"audlmd": 1, "name": "film", "sampleRate": 48000, "channels": 2, "tracks": [{"name": "voice",
+  "strips": [{"media": "voice.wav", "at": 0, "from": 0, "to": "1s"}]}]}"""
+ALSA = "pcm.!default { type null }\n"
+
+
+def make_media(folder):
+    for name, seconds in MEDIA.items():
+        wav = folder / pathlib.Path(name).with_suffix(".wav")
+        with wave.open(str(wav), "wb") as file:
+            file.setparams((2, 2, 8000, 0, "NONE", ""))
+            file.writeframes(array.array("h", (int(3000 * math.sin(i / 9)) for i in range(2 * 8000 * seconds))).tobytes())
+        if name.endswith(".flac"):
+            subprocess.run([f"{binaries}/audlmd", "render", wav, "-o", folder / name], check=True, stdout=subprocess.DEVNULL)
+            wav.unlink()
+    (folder / "ride.csv").write_text("0,-20\n1:02.5,0\n")
+    # Both kinds of timeline are known by their content.
+    (folder / "film.otio").write_text(TIMELINE)
+    (folder / "asoundrc").write_text(ALSA)
+
+
+def lines():
+    for page in PAGES:
+        for line in (root / page).read_text().splitlines():
+            if re.match(r"    (audlmd|for \w+ in|parallel) ", line):
+                yield page, line.split("      (")[0].strip()
+
+
+def fault_of(line, folder, environment):
+    if line.startswith("audlmd play"):
+        line = "timeout 2 " + line + "; test $? = 0 -o $? = 124"
+    done = subprocess.run(["sh", "-c", line.replace("/archive/sound", ".")], cwd=folder, env=environment, text=True,
+                          capture_output=True, stdin=subprocess.DEVNULL)
+    if done.returncode != 0:
+        return f"exit {done.returncode}: {done.stderr}"
+    missing = [name for name in re.findall(r" (?:-o|--report|--picture) (\S+)", line)
+               if re.fullmatch(r"[\w.]+", name) and not (folder / name).exists()]
+    return f"{', '.join(missing)} is missing" if missing else None
+
+
+with tempfile.TemporaryDirectory() as name:
+    folder = pathlib.Path(name)
+    make_media(folder)
+    environment = {**os.environ, "PATH": f"{binaries}:{os.environ['PATH']}", "ALSA_CONFIG_PATH": str(folder / "asoundrc"),
+                   "HOME": name}
+    count = failures = 0
+    for page, line in lines():
+        if line.startswith("parallel") and subprocess.run(["sh", "-c", "command -v parallel"], capture_output=True).returncode:
+            continue
+        count += 1
+        if fault := fault_of(line, folder, environment):
+            failures += 1
+            print(f"{page}: {line}\n  {fault}")
+print(f"{count} commands, {failures} failures")
+sys.exit(failures != 0 or count < 20)
