@@ -92,7 +92,7 @@ const std::vector<Job>& jobs() {
 /// Renders block after block, from the start again where a block would not fit.
 template <class Render>
 void play(benchmark::State& state, const StripSettings& settings, Render render) {
-    StripPlayer player(cache(), settings);
+    StripPlayer player(cache(), settings, &inlinedRenderFunction);
     for ([[maybe_unused]] auto turn : state) {
         if (player.outputLength() - player.position() < block)
             player.seek(0);
@@ -112,10 +112,7 @@ void playThroughTables(benchmark::State& state, const StripSettings& settings) {
 
 void playInlined(benchmark::State& state, const StripSettings& settings) {
     std::vector<float> samples(block);
-    play(state, settings, [&](StripPlayer& player) {
-        Unclipped out{samples.data()};
-        player.render(out, block, &inlinedRenderFunction);
-    });
+    play(state, settings, [&](StripPlayer& player) { player.renderFloats(samples); });
 }
 
 /// Of model::OutputTypes.

@@ -54,6 +54,7 @@ void CacheCore::add(const Cookie& cookie, std::shared_ptr<SampleSource> source) 
                                     " samples: " + toString(cookie));
     auto material = std::make_shared<Material>(shared_from_this(), std::move(source), length, segmentLength_);
     const Lock lock(mutex_);
+    material->removed = isCalledOff_;
     if (!materials_.emplace(cookie, std::move(material)).second)
         throw std::invalid_argument("the sample cache already holds material " + toString(cookie));
 }
@@ -79,6 +80,16 @@ MaterialStatistics CacheCore::statistics(const Cookie& cookie) {
 MaterialCacheUsage CacheCore::usage() {
     const Lock lock(mutex_);
     return lists_.usage();
+}
+
+void CacheCore::callOff() {
+    SegmentLists::List taken;
+    Lock lock(mutex_);
+    isCalledOff_ = true;
+    for (const auto& [cookie, material] : materials_)
+        takeAll(*material, taken);
+    lock.unlock();
+    letGo(taken);
 }
 
 void CacheCore::close() {
@@ -185,6 +196,20 @@ Aud::SampleCacheSegment CacheCore::approach(const Lock&, Material& material, con
         lookAhead.direction == Aud::Render::Direction::forward ? 0 : material.segmentCount() - 1;
     requestAhead(material, first, lookAhead);
     return Access::adopt(new CachedSegment(Aud::eSegmentEmpty, 0, material.shared_from_this(), 0));
+}
+
+CacheCore::Standing CacheCore::stand(const Lock& lock, Material& material, std::int64_t sample,
+                                     const LookAhead& lookAhead) {
+    if (sample >= 0 && sample < material.length) {
+        const auto number = static_cast<std::uint32_t>(sample / material.segmentLength);
+        return {.segment = enter(lock, material, number, lookAhead),
+                .number = number,
+                .index = static_cast<std::int32_t>(sample % material.segmentLength)};
+    }
+    const bool isBefore = lookAhead.direction == Aud::Render::Direction::forward ? sample < 0 : sample >= 0;
+    if (!isBefore)
+        return {};
+    return {.segment = approach(lock, material, lookAhead)};
 }
 
 void CacheCore::requestAhead(Material& material, std::int64_t first, const LookAhead& lookAhead) {

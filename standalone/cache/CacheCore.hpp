@@ -45,6 +45,7 @@ public:
     MaterialStatistics remove(const Cookie& cookie);
     MaterialStatistics statistics(const Cookie& cookie);
     MaterialCacheUsage usage();
+    void callOff();
 
     /// Removes all material and wakes all readers that wait.
     void close();
@@ -60,6 +61,16 @@ public:
     /// The number of segments that a reader requests ahead if it holds `held` of them: the larger of `held`
     /// and segmentsAhead, times a speed above 1, but at most half the budget, or one segment. Needs no lock.
     std::uint32_t reach(const Orv::OutputGearing& gearing, std::uint32_t held) const;
+    /// Where a reader stands.
+    struct Standing {
+        /// Empty behind the end of the material, in the reader's direction.
+        Aud::SampleCacheSegment segment;
+        std::uint32_t number = 0;
+        /// Of the sample in the segment.
+        std::int32_t index = 0;
+    };
+    /// Places a reader on a sample, inside the material or outside, and requests what it reads next.
+    Standing stand(const Lock& lock, Material& material, std::int64_t sample, const LookAhead& lookAhead);
     /// Requests the segment that a reader stands on, and those ahead of it. Where the material was removed,
     /// the segment returned is never ready.
     Aud::SampleCacheSegment enter(const Lock&, Material& material, std::uint32_t number,
@@ -103,6 +114,7 @@ private:
     /// Notified when there may be a segment for one more loader.
     std::condition_variable_any requested_;
     std::unordered_map<Cookie, std::shared_ptr<Material>, CookieHash> materials_;
+    bool isCalledOff_ = false;
     SegmentLists lists_;
 };
 

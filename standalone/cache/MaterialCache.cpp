@@ -25,12 +25,24 @@ MaterialCache::~MaterialCache() {
     core_->close();
 }
 
+void MaterialCache::callOff() {
+    core_->callOff();
+}
+
 void MaterialCache::add(const Cookie& cookie, std::shared_ptr<SampleSource> source) {
     core_->add(cookie, std::move(source));
 }
 
 MaterialStatistics MaterialCache::remove(const Cookie& cookie) {
     return core_->remove(cookie);
+}
+
+Aud::SampleCacheSegment MaterialCache::request(const Cookie& cookie, std::int64_t sample,
+                                               Aud::Render::Direction direction,
+                                               const Orv::OutputGearing& gearing, std::uint32_t held) {
+    const std::uint32_t reach = core_->reach(gearing, held);
+    const auto lock = core_->lock();
+    return core_->stand(lock, core_->find(lock, cookie), sample, {direction, reach, {}}).segment;
 }
 
 MaterialStatistics MaterialCache::statistics(const Cookie& cookie) const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/SampleCache.hpp"
+#include "loop_modes/ModeCode.hpp"
 #include "standalone/cache/SampleSource.hpp"
 
 #include <cstddef>
@@ -100,7 +101,7 @@ public:
 ///
 /// Making a reader takes one lock for a short time, and so does the step into another segment. Neither waits
 /// for a source or allocates samples. Reading and stepping inside a segment take no lock. To have segments
-/// loaded before they are needed, make a render call with a count of 0.
+/// loaded before they are needed, call request().
 ///
 /// All operations are thread safe. Material may be removed, and the cache destroyed, while readers exist:
 /// readers that wait are woken, and all find silence from their next segment on. The cache must still
@@ -120,6 +121,18 @@ public:
     /// Forgets a strip; the cookie may then be used again. Returns the final statistics. Throws
     /// UnknownMaterial.
     MaterialStatistics remove(const Cookie& cookie);
+
+    /// Has the segment of a sample loaded, and those that a reader wants which goes on from there at the
+    /// gearing's speed and holds so many segments ahead: use this before a render call that must not wait.
+    /// Returns the sample's segment at once; its event tells when the samples are there. Outside the material
+    /// the segment returned is empty or never ready. Throws UnknownMaterial.
+    Aud::SampleCacheSegment request(const Cookie& cookie, std::int64_t sample,
+                                    Aud::Render::Direction direction, const Orv::OutputGearing& gearing,
+                                    std::uint32_t held = 0);
+
+    /// Ends all loading, to end a render call that waits: readers that wait are woken, and all find silence
+    /// from their next segment on. Reads that have begun go on. The cookies stay known.
+    void callOff();
 
     /// The statistics so far. Throws UnknownMaterial.
     MaterialStatistics statistics(const Cookie& cookie) const;

@@ -29,9 +29,7 @@ SampleCache::ForwardIterator::ForwardIterator(const Cookie& cookie, long positio
                                               SampleCache& cache, unsigned int extra, bool,
                                               const Orv::OutputGearing& gearing)
     : identity(cookie), cachePosition(position), waitForSegment(flag) {
-    segmentIndex = 0;
     hostFlags = 0;
-    hostSegmentNumber = 0;
     audlmd::CacheCore& core = *static_cast<audlmd::MaterialCache&>(cache).core_;
     hostReach = core.reach(gearing, extra);
     // More than that the budget could not hold.
@@ -42,14 +40,11 @@ SampleCache::ForwardIterator::ForwardIterator(const Cookie& cookie, long positio
     audlmd::Material& material = core.find(lock, cookie);
     hostMaterial = &material;
     materialLength = material.length;
-    const audlmd::LookAhead lookAhead{Direction::forward, hostReach, hostHeldSegments};
-    if (cachePosition >= 0 && cachePosition < materialLength) {
-        hostSegmentNumber = static_cast<std::uint32_t>(cachePosition / material.segmentLength);
-        segmentIndex = static_cast<std::int32_t>(cachePosition % material.segmentLength);
-        currentSegment = core.enter(lock, material, hostSegmentNumber, lookAhead);
-    } else if (cachePosition < 0) {
-        currentSegment = core.approach(lock, material, lookAhead);
-    }
+    const audlmd::CacheCore::Standing standing =
+        core.stand(lock, material, cachePosition, {Direction::forward, hostReach, hostHeldSegments});
+    currentSegment = standing.segment;
+    hostSegmentNumber = standing.number;
+    segmentIndex = standing.index;
 }
 
 SampleCache::ForwardIterator::~ForwardIterator() = default;
@@ -83,9 +78,7 @@ SampleCache::ReverseIterator::ReverseIterator(const Cookie& cookie, long positio
                                               SampleCache& cache, bool, const Orv::OutputGearing& gearing)
     : identity(cookie), cachePosition(wrappingSum(std::int64_t{position}, std::int64_t{-1})),
       waitForSegment(flag) {
-    segmentIndex = 0;
     hostFlags = 0;
-    hostSegmentNumber = 0;
     audlmd::CacheCore& core = *static_cast<audlmd::MaterialCache&>(cache).core_;
     hostReach = core.reach(gearing, 0);
 
@@ -94,14 +87,11 @@ SampleCache::ReverseIterator::ReverseIterator(const Cookie& cookie, long positio
     hostMaterial = &material;
     materialLength = material.length;
     // A reverse reader holds no segments ahead: the renderer gives it no number of them.
-    const audlmd::LookAhead lookAhead{Direction::reverse, hostReach, {}};
-    if (cachePosition >= 0 && cachePosition < materialLength) {
-        hostSegmentNumber = static_cast<std::uint32_t>(cachePosition / material.segmentLength);
-        segmentIndex = static_cast<std::int32_t>(cachePosition % material.segmentLength);
-        currentSegment = core.enter(lock, material, hostSegmentNumber, lookAhead);
-    } else if (cachePosition >= materialLength) {
-        currentSegment = core.approach(lock, material, lookAhead);
-    }
+    const audlmd::CacheCore::Standing standing =
+        core.stand(lock, material, cachePosition, {Direction::reverse, hostReach, {}});
+    currentSegment = standing.segment;
+    hostSegmentNumber = standing.number;
+    segmentIndex = standing.index;
 }
 
 SampleCache::ReverseIterator::~ReverseIterator() = default;

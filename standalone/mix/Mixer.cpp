@@ -84,6 +84,7 @@ public:
     Impl(Timeline timeline, OpenMedia open, const MixerOptions& options);
 
     void render(std::int64_t position, std::span<const std::span<float>> channels);
+    void callOff();
     MixReport report();
 
     const Timeline timeline;
@@ -211,7 +212,7 @@ void Mixer::Impl::findSounding(OutputSpan block) {
         const OutputSpan span{.from = std::max(block.from, whole.from), .to = std::min(block.to, whole.to)};
         if (span.from >= span.to)
             continue;
-        const StripOpener::Opened* const opened = options_.wait ? &opener_.wait(strip) : opener_.find(strip);
+        const StripOpener::Opened* const opened = options_.wait ? opener_.wait(strip) : opener_.find(strip);
         if (opened != nullptr && opened->strip != nullptr)
             sounding_.push_back({opened->strip.get(), span});
         else
@@ -238,6 +239,11 @@ std::shared_ptr<const PreparedMedia> Mixer::Impl::mediaFor(const std::string& na
     auto media = std::make_shared<const PreparedMedia>(prepare(openMedia_(name), timeline.sampleRate));
     media_[name] = media;
     return media;
+}
+
+void Mixer::Impl::callOff() {
+    opener_.callOff();
+    cache_.callOff();
 }
 
 MixReport Mixer::Impl::report() {
@@ -271,6 +277,10 @@ const Timeline& Mixer::timeline() const {
 
 void Mixer::render(std::int64_t position, std::span<const std::span<float>> channels) {
     impl_->render(position, channels);
+}
+
+void Mixer::callOff() {
+    impl_->callOff();
 }
 
 MixReport Mixer::report() const {

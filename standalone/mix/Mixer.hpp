@@ -69,6 +69,11 @@ public:
     /// What fails in a strip makes that strip silent and is reported.
     void render(std::int64_t position, std::span<const std::span<float>> channels);
 
+    /// Ends waiting, for whoever wants to destroy the mixer or no longer needs what it renders: a call of
+    /// render() that waits, on another thread, goes on in silence as soon as the read that has begun ends,
+    /// and so do all later ones. May be called from any thread.
+    void callOff();
+
     /// What went wrong so far.
     MixReport report() const;
 

@@ -106,10 +106,9 @@ OpenStrip::OpenStrip(const TimelineStrip& strip, std::shared_ptr<const PreparedM
         if (std::ranges::all_of(gains, [](float gain) { return gain == 0.0F; }))
             continue;
         settings.cookie.channel = static_cast<std::uint16_t>(channel);
-        channels_.push_back(
-            std::make_unique<StripChannel>(cache, settings, (*media_)[channel], std::move(gains),
-                                           static_cast<std::uint64_t>(strip.skip), output.block));
-        channels_.back()->useInlined(output.inlined);
+        channels_.push_back(std::make_unique<StripChannel>(
+            cache, settings, (*media_)[channel], std::move(gains), static_cast<std::uint64_t>(strip.skip),
+            output.block, output.inlined));
         channels_.back()->load(static_cast<std::uint64_t>(strip.skip + left));
     }
 }

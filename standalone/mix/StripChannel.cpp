@@ -1,6 +1,5 @@
 #include "standalone/mix/StripChannel.hpp"
 
-#include "ole/Aud/SampleCacheIterators.hpp"
 #include "standalone/signal/BlockLoops.hpp"
 
 #include <algorithm>
@@ -39,33 +38,26 @@ StripChannel::CachedMaterial::~CachedMaterial() {
 
 StripChannel::StripChannel(MaterialCache& cache, const StripSettings& settings,
                            std::shared_ptr<SampleSource> source, std::vector<float> gains,
-                           std::uint64_t start, std::size_t block)
-    : material_(cache, settings.cookie, std::move(source)), player_(cache, settings),
+                           std::uint64_t start, std::size_t block, RenderFunctionLookUp<Unclipped> inlined)
+    : material_(cache, settings.cookie, std::move(source)), player_(cache, settings, inlined),
       gains_(std::move(gains)), loudestGain_(largestMagnitude(gains_)), start_(start), block_(block),
       silent_(mostSpansOfAStrip), overload_(mostSpansOfAStrip) {
     player_.seek(start);
 }
 
-/// A reader requests segments when it is made.
 void StripChannel::load(std::uint64_t position) const {
     const StripPlan& plan = player_.plan();
-    const StripSettings& settings = plan.settings;
     const std::int64_t sample =
         plan.materialPosition(static_cast<std::int64_t>(static_cast<double>(position) * plan.speedInForce));
-    constexpr bool wait = false;
-    if (settings.reverse)
-        Aud::SampleCache::ReverseIterator(settings.cookie, sample + 1, wait, material_.cache, !wait,
-                                          plan.gearing);
-    else
-        Aud::SampleCache::ForwardIterator(settings.cookie, sample, wait, material_.cache,
-                                          settings.forwardArgument, !wait, plan.gearing);
+    material_.cache.request(material_.cookie, sample, plan.direction(), plan.gearing,
+                            plan.settings.forwardArgument);
 }
 
 void StripChannel::render(std::uint64_t position, std::size_t count, std::int64_t at) {
     const double before = processorTime();
     moveTo(position);
     const std::span<float> samples = std::span(block_).first(count);
-    renderNext(samples);
+    player_.renderFloats(samples);
     rendered_ = count;
     overload_.measure(samples, loudestGain_, at);
 
@@ -88,17 +80,8 @@ void StripChannel::moveTo(std::uint64_t position) {
     if (player_.position() > position)
         player_.seek(start_);
     while (player_.position() != position)
-        renderNext(std::span(block_).first(
+        player_.renderFloats(std::span(block_).first(
             std::min(block_.size(), static_cast<std::size_t>(position - player_.position()))));
-}
-
-void StripChannel::renderNext(std::span<float> samples) {
-    if (inlined_ == nullptr) {
-        player_.render(samples);
-        return;
-    }
-    Unclipped out{samples.data()};
-    player_.render(out, samples.size(), inlined_);
 }
 
 void StripChannel::addTo(std::size_t outputChannel, std::span<float> bus) const {

@@ -18,13 +18,12 @@ namespace audlmd {
 class StripChannel {
 public:
     /// `gains` has the gain in each channel of the output. `settings.cookie` names the material: no other
-    /// open channel may have it. `start` is the first sample of the player that is heard; `block` the most
-    /// that are rendered at a time. The cache must outlive this object. Throws what StripPlayer throws.
+    /// open channel may have it. `inlined` as in StripPlayer. `start` is the first sample of the player that
+    /// is heard; `block` the most that are rendered at a time. The cache must outlive this object. Throws
+    /// what StripPlayer throws.
     StripChannel(MaterialCache& cache, const StripSettings& settings, std::shared_ptr<SampleSource> source,
-                 std::vector<float> gains, std::uint64_t start, std::size_t block);
-
-    /// Renders through functions compiled into the program, see MixerOptions::inlined.
-    void useInlined(RenderFunctionLookUp<Unclipped> inlined) { inlined_ = inlined; }
+                 std::vector<float> gains, std::uint64_t start, std::size_t block,
+                 RenderFunctionLookUp<Unclipped> inlined);
 
     /// Has the cache load what the player reads from one of its samples on.
     void load(std::uint64_t position) const;
@@ -55,8 +54,6 @@ private:
     };
 
     void moveTo(std::uint64_t position);
-    /// Renders the player's next samples.
-    void renderNext(std::span<float> samples);
 
     CachedMaterial material_;
     StripPlayer player_;
@@ -64,8 +61,6 @@ private:
     /// The largest magnitude of the gains.
     float loudestGain_;
     std::uint64_t start_;
-    /// Null: through the despatch tables.
-    RenderFunctionLookUp<Unclipped> inlined_ = nullptr;
     std::vector<float> block_;
     std::size_t rendered_ = 0;
 

@@ -21,7 +21,8 @@ void StripOpener::open(std::size_t strip) {
     {
         const std::lock_guard lock(mutex_);
         strips_.emplace(strip, nullptr);
-        requests_.push_back(strip);
+        if (!isCalledOff_)
+            requests_.push_back(strip);
     }
     requested_.notify_one();
 }
@@ -31,11 +32,21 @@ StripOpener::Opened* StripOpener::find(std::size_t strip) {
     return strips_.at(strip).get();
 }
 
-StripOpener::Opened& StripOpener::wait(std::size_t strip) {
+StripOpener::Opened* StripOpener::wait(std::size_t strip) {
     std::unique_lock lock(mutex_);
+    // Stays valid while the table changes: only close() removes it, which the waiting thread itself calls.
     const std::unique_ptr<Opened>& opened = strips_.at(strip);
-    opened_.wait(lock, [&] { return opened != nullptr; });
-    return *opened;
+    opened_.wait(lock, [&] { return opened != nullptr || isCalledOff_; });
+    return opened.get();
+}
+
+void StripOpener::callOff() {
+    {
+        const std::lock_guard lock(mutex_);
+        isCalledOff_ = true;
+        requests_.clear();
+    }
+    opened_.notify_all();
 }
 
 void StripOpener::close(std::size_t strip) {

@@ -42,10 +42,13 @@ public:
     void open(std::size_t strip);
     /// What became of a request: null while the strip is not open yet. Valid until close().
     Opened* find(std::size_t strip);
-    /// The same, but waits until the strip is open.
-    Opened& wait(std::size_t strip);
+    /// The same, but waits until the strip is open. Null after callOff().
+    Opened* wait(std::size_t strip);
     /// Withdraws the request, or closes the strip.
     void close(std::size_t strip);
+
+    /// Opens nothing more and ends all waiting. For any thread.
+    void callOff();
 
 private:
     void serve(const std::stop_token& stop);
@@ -61,6 +64,7 @@ private:
     /// Null while the strip is not open yet.
     std::unordered_map<std::size_t, std::unique_ptr<Opened>> strips_;
     std::vector<std::unique_ptr<Opened>> closed_;
+    bool isCalledOff_ = false;
     /// Declared last: the thread ends before anything that it uses.
     std::jthread thread_;
 };

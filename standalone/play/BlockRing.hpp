@@ -11,8 +11,6 @@ namespace audlmd {
 struct LiveBlock {
     /// Counts the changes of the transport. The callback drops blocks from before the last change.
     std::uint64_t generation = 0;
-    /// Where the generation was asked to start.
-    std::int64_t origin = 0;
     /// Where the first frame lies in the sound that is played, and how far each frame moves on. In samples of
     /// the sound; negative steps play backwards.
     double position = 0.0;

@@ -1,6 +1,5 @@
 #include "standalone/play/LiveContent.hpp"
 
-#include "ole/Aud/SampleCacheIterators.hpp"
 #include "standalone/mix/ScaledSource.hpp"
 #include "standalone/services/Identities.hpp"
 #include "standalone/signal/BlockConversion.hpp"
@@ -71,7 +70,7 @@ public:
         StripSettings settings = settingsAt(content.strip_, speed);
         for (const Cookie& cookie : content.cookies_) {
             settings.cookie = cookie;
-            players_.push_back(std::make_unique<StripPlayer>(content.cache_, settings));
+            players_.push_back(std::make_unique<StripPlayer>(content.cache_, settings, content.inlined_));
         }
         const auto length = static_cast<double>(content.length());
         const double played = std::clamp(speed < 0.0 ? length - position : position, 0.0, length);
@@ -84,7 +83,7 @@ public:
         const double from = position();
         std::size_t rendered = 0;
         for (std::size_t channel = 0; channel < players_.size(); ++channel) {
-            rendered = content_.render(*players_[channel], channels[channel]);
+            rendered = LiveContent::render(*players_[channel], channels[channel]);
             multiply(channels[channel].first(rendered), content_.headroomGain_);
         }
         content_.note(from, position());
@@ -108,11 +107,9 @@ private:
     std::vector<std::unique_ptr<StripPlayer>> players_;
 };
 
-std::size_t LiveContent::render(StripPlayer& player, std::span<float> samples) const {
-    if (inlined_ == nullptr)
-        return static_cast<std::size_t>(player.render(samples));
-    Unclipped out{samples.data()};
-    const auto rendered = static_cast<std::size_t>(player.render(out, samples.size(), inlined_));
+std::size_t LiveContent::render(StripPlayer& player, std::span<float> samples) {
+    const auto rendered = static_cast<std::size_t>(player.renderFloats(samples));
+    // What came through the tables is clipped already, and stays as it is.
     auto* clipped = reinterpret_cast<Aud::SampleF32*>(samples.data());
     convertBlock(samples.data(), rendered, clipped);
     return rendered;
@@ -122,38 +119,35 @@ std::unique_ptr<LiveVoice> LiveContent::start(double position, double speed) {
     return std::make_unique<Voice>(*this, position, speed);
 }
 
-void LiveContent::load(double position, double speed) const {
-    request(position, speed, 0, false);
+void LiveContent::load(double position, double speed) {
+    request(position, speed, 0);
 }
 
-void LiveContent::awaitLoaded(double position, double speed, std::size_t frames) const {
-    request(position, speed, frames, false);
-    request(position, speed, frames, true);
+bool LiveContent::awaitLoaded(double position, double speed, std::size_t frames,
+                              const std::function<bool()>& isWanted) {
+    constexpr std::uint32_t askEvery = 5; // milliseconds
+    for (const Aud::SampleCacheSegment& segment : request(position, speed, frames))
+        while (segment.status() == Aud::eSegmentRequestOutstanding &&
+               !segment.getRequestCompletedEvent()->wait(askEvery))
+            if (!isWanted())
+                return false;
+    return true;
 }
 
-/// A reader requests segments when it is made, and waits where it reads.
-void LiveContent::request(double position, double speed, std::size_t frames, bool wait) const {
+std::vector<Aud::SampleCacheSegment> LiveContent::request(double position, double speed, std::size_t frames) {
     const StripPlan plan(settingsAt(strip_, speed));
     const double played = speed < 0.0 ? static_cast<double>(length()) - position : position;
-    const bool reverse = plan.settings.reverse;
+    const std::int64_t first = plan.materialPosition(std::llround(played));
     // One more, because the first samples may lie near the end of their segment.
     const auto last = static_cast<int>(static_cast<double>(frames) * plan.speedInForce / segmentLength_) + 1;
+    std::vector<Aud::SampleCacheSegment> segments;
     for (int segment = 0; segment <= last; ++segment) {
-        const std::int64_t sample = plan.materialPosition(std::llround(played)) +
-                                    (reverse ? -segment : segment) * std::int64_t{segmentLength_};
+        const std::int64_t away = segment * std::int64_t{segmentLength_};
         for (const Cookie& cookie : cookies_)
-            if (reverse) {
-                const Aud::SampleCache::ReverseIterator reader(cookie, sample + 1, wait, cache_, !wait,
-                                                               plan.gearing);
-                if (wait)
-                    static_cast<void>(*reader);
-            } else {
-                const Aud::SampleCache::ForwardIterator reader(cookie, sample, wait, cache_,
-                                                               strip_.forwardArgument, !wait, plan.gearing);
-                if (wait)
-                    static_cast<void>(*reader);
-            }
+            segments.push_back(cache_.request(cookie, plan.settings.reverse ? first - away : first + away,
+                                              plan.direction(), plan.gearing, strip_.forwardArgument));
     }
+    return segments;
 }
 
 void LiveContent::note(double from, double to) {

@@ -10,6 +10,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 #include <vector>
@@ -31,9 +32,9 @@ StripSettings settingsAt(const StripSettings& strip, double speed);
 /// Readers do not wait: samples that are late are silent, and counted. Use from one thread at a time.
 class LiveContent {
 public:
-    /// Cookie and waiting of the settings are ignored. The sound is scaled by 2^-headroom before it reaches
-    /// the library, which clips at full scale, and by 2^headroom behind: 20 leaves 120 dB. Throws what
-    /// StripPlan throws. `inlined` as in MixerOptions.
+    /// Cookie and waiting of the settings are ignored. The library clips at full scale. Samples are therefore
+    /// divided by 2^headroom before it and multiplied after it: 20 leaves 120 dB. Throws what StripPlan
+    /// throws. `inlined` as in StripPlayer.
     LiveContent(const std::vector<std::shared_ptr<SampleSource>>& channels, StripSettings strip,
                 const MaterialCacheOptions& cache, int headroom = 0,
                 RenderFunctionLookUp<Unclipped> inlined = nullptr);
@@ -46,9 +47,12 @@ public:
     std::unique_ptr<LiveVoice> start(double position, double speed);
 
     /// Has the cache load what is heard from a position on, in the direction of the speed.
-    void load(double position, double speed) const;
-    /// The same, and waits for all that so many frames read: for what is rendered at one go.
-    void awaitLoaded(double position, double speed, std::size_t frames) const;
+    void load(double position, double speed);
+    /// Does the same, and waits until everything is loaded that the next `frames` frames will read, for as
+    /// long as `isWanted` says so, which is asked every few milliseconds. Returns whether all of it is
+    /// loaded.
+    bool awaitLoaded(double position, double speed, std::size_t frames,
+                     const std::function<bool()>& isWanted);
 
     /// What was late so far, in all channels together.
     StripReport totals() const;
@@ -59,8 +63,9 @@ private:
     class Voice;
 
     /// Renders the next samples of a player as the library's 32-bit floats, clipped. Returns how many.
-    std::size_t render(StripPlayer& player, std::span<float> samples) const;
-    void request(double position, double speed, std::size_t frames, bool wait) const;
+    static std::size_t render(StripPlayer& player, std::span<float> samples);
+    /// The segments that so many frames read, in the order of reading.
+    std::vector<Aud::SampleCacheSegment> request(double position, double speed, std::size_t frames);
     /// Counts what a voice has missed between two positions.
     void note(double from, double to);
 
@@ -68,7 +73,7 @@ private:
     std::int32_t segmentLength_;
     float headroomGain_;
     RenderFunctionLookUp<Unclipped> inlined_;
-    mutable MaterialCache cache_;
+    MaterialCache cache_;
     std::vector<Cookie> cookies_;
     std::uint64_t lateSamples_ = 0;
     SpanList late_;

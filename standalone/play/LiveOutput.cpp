@@ -51,12 +51,11 @@ const float* LiveOutput::next(std::size_t& frames) {
     return nullptr;
 }
 
-/// position() must find the new position before the start that hides it goes.
+/// Stores the position first and the generation second: until then position() returns the requested start.
 void LiveOutput::begin(const LiveBlock& block) {
     isSounding_ = true;
     position_.store(block.position, std::memory_order_release);
-    std::int64_t origin = block.origin;
-    start_.compare_exchange_strong(origin, nowhere, std::memory_order_acq_rel);
+    begun_.store(heard_, std::memory_order_release);
 }
 
 void LiveOutput::advance(std::size_t frames) {

@@ -5,7 +5,6 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <limits>
 #include <span>
 #include <vector>
 
@@ -30,13 +29,18 @@ public:
 
     /// Asks the callback to turn to a generation, which is greater than all before.
     void turnTo(std::uint64_t generation) { wanted_.store(generation, std::memory_order_release); }
-    /// Notes where the next generation starts. position() says so at once, before the callback gets there.
-    void startAt(std::int64_t position) { start_.store(position, std::memory_order_release); }
+    /// Notes where a generation starts. position() says so at once, until the callback has begun that
+    /// generation or a later one. Call this before turnTo().
+    void startAt(std::int64_t position, std::uint64_t generation) {
+        start_.store(position, std::memory_order_relaxed);
+        startOf_.store(generation, std::memory_order_release);
+    }
 
     /// In samples of the sound that is played: what the device is given next.
     double position() const {
-        const std::int64_t start = start_.load(std::memory_order_acquire);
-        return start != nowhere ? static_cast<double>(start) : position_.load(std::memory_order_acquire);
+        if (startOf_.load(std::memory_order_acquire) > begun_.load(std::memory_order_acquire))
+            return static_cast<double>(start_.load(std::memory_order_relaxed));
+        return position_.load(std::memory_order_acquire);
     }
     /// Whether a generation was played to its end.
     bool hasEnded(std::uint64_t generation) const {
@@ -53,8 +57,6 @@ public:
     std::uint64_t starvedEpisodes() const { return starvedEpisodes_.load(std::memory_order_relaxed); }
 
 private:
-    static constexpr std::int64_t nowhere = std::numeric_limits<std::int64_t>::min();
-
     /// The next samples of the generation that is heard, and how many frames of them: at most `frames`. Null
     /// where there are none yet.
     const float* next(std::size_t& frames);
@@ -86,7 +88,11 @@ private:
     std::atomic<std::uint64_t> wanted_{0};
     std::atomic<std::uint64_t> ended_{0};
     std::atomic<double> position_{0.0};
-    std::atomic<std::int64_t> start_{nowhere};
+    /// The last start that was asked for, and the generation that starts there.
+    std::atomic<std::int64_t> start_{0};
+    std::atomic<std::uint64_t> startOf_{0};
+    /// The last generation of which the callback has played a block.
+    std::atomic<std::uint64_t> begun_{0};
     std::atomic<float> gain_{1.0F};
     std::vector<std::atomic<float>> peaks_;
     std::atomic<std::uint64_t> starvedFrames_{0};

@@ -3,6 +3,7 @@
 #include "standalone/play/LiveOutput.hpp"
 #include "standalone/play/LiveRenderer.hpp"
 #include "standalone/play/MixedTimeline.hpp"
+#include "standalone/play/Transport.hpp"
 #include "standalone/signal/GainLaws.hpp"
 
 #include <algorithm>
@@ -44,8 +45,6 @@ StripSettings wholeOf(const Timeline& timeline) {
 /// generation alone.
 // In the order in which the members are made. NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding)
 struct LivePlayer::Impl {
-    using Lock = std::unique_lock<std::mutex>;
-
     Impl(const std::vector<std::shared_ptr<SampleSource>>& channels, StripSettings strip, int rate,
          std::shared_ptr<MixedTimeline> mixed, std::unique_ptr<LiveMix> live, const LiveOptions& options)
         : settings(std::move(strip)), sampleRate(rate), timeline(std::move(mixed)), mix(std::move(live)),
@@ -53,24 +52,41 @@ struct LivePlayer::Impl {
           content(channels, settings, options.cache, timeline != nullptr ? MixedTimeline::headroom : 0,
                   options.inlined),
           ring(2 * sizes.blocksAhead + 2, sizes.blockFrames * content.channels()),
-          output(ring, content.channels(), sizes.fadeFrames), renderer(content, mix.get(), ring, sizes),
-          thread([this](const std::stop_token& stop) {
+          output(ring, content.channels(), sizes.fadeFrames),
+          transport(content.length(), std::llround(shortestLoop * rate)),
+          renderer(content, mix.get(), ring, sizes), thread([this](const std::stop_token& stop) {
               // For debuggers and system monitors; at most 15 characters.
               pthread_setname_np(pthread_self(), "audlmd-live");
               serve(stop);
           }) {}
-
-    std::int64_t limited(std::int64_t position) const {
-        return std::clamp<std::int64_t>(position, 0, content.length());
+    ~Impl() {
+        // A loader may be mixing a segment, and waits for the strips' files.
+        if (timeline != nullptr)
+            timeline->callOff();
     }
-    std::int64_t position() const { return limited(std::llround(output.position())); }
-    bool isHeard(const Lock&) const { return order.plays && !output.hasEnded(order.generation); }
-    bool playsOn(const Lock& lock) const { return isHeard(lock) && !order.stopAt; }
-    /// Hands over the order as a new generation.
-    void change(const Lock&);
+    Impl(const Impl&) = delete;
+    Impl& operator=(const Impl&) = delete;
+
+    std::int64_t position() const {
+        return std::clamp<std::int64_t>(std::llround(output.position()), 0, content.length());
+    }
+    /// Of the order in force. Under the mutex.
+    Transport::Heard heard() const {
+        return {.position = position(), .hasEnded = output.hasEnded(transport.order().generation)};
+    }
+    /// Gives the transport an order, and hands a new generation over.
+    template <class Order>
+    void give(Order order);
 
     void serve(const std::stop_token& stop);
-    bool follow(const LiveOrder& next);
+    /// Lets the renderer go on with an order. Waits first where the order starts, until the first samples are
+    /// loaded, or until another order or the end of the player calls that off. Returns whether the ring had
+    /// room.
+    bool follow(const LiveOrder& next, const std::stop_token& stop);
+    bool isStill(std::uint64_t generation) const {
+        const std::lock_guard lock(mutex);
+        return transport.order().generation == generation;
+    }
 
     const StripSettings settings;
     const int sampleRate;
@@ -86,56 +102,69 @@ struct LivePlayer::Impl {
 
     mutable std::mutex mutex;
     std::condition_variable_any changed;
-    /// Both guarded by `mutex`. The transport's speed; a jog has one of its own in the order.
-    double speed = 1.0;
-    LiveOrder order;
+    /// Guarded by `mutex`.
+    Transport transport;
 
+    /// Held while a block is rendered, and never while the first samples of an order load.
     mutable std::mutex rendering;
-    /// Guarded by `rendering`, as the content is.
+    /// Guarded by `rendering`, as what the content and the mix note is. The thread alone asks the renderer
+    /// for its generation.
     LiveRenderer renderer;
     std::string failure;
     /// Declared last: the thread ends before anything that it uses.
     std::jthread thread;
 };
 
-void LivePlayer::Impl::change(const Lock&) {
-    ++order.generation;
-    output.turnTo(order.generation);
+template <class Order>
+void LivePlayer::Impl::give(Order order) {
+    const std::lock_guard lock(mutex);
+    const std::uint64_t before = transport.order().generation;
+    order(transport, heard());
+    const LiveOrder& next = transport.order();
+    if (next.generation == before)
+        return;
+    if (next.startAt)
+        output.startAt(*next.startAt, next.generation);
+    output.turnTo(next.generation);
     changed.notify_one();
 }
 
 /// The callback must not wake anybody, so a full ring is looked at again after a part of its length.
 void LivePlayer::Impl::serve(const std::stop_token& stop) {
     const std::chrono::duration<double> pause(static_cast<double>(sizes.blockFrames) / sampleRate);
-    bool isIdle = true;
     bool hasRoom = false;
     while (!stop.stop_requested()) {
-        Lock lock(mutex);
-        const auto isNew = [&] { return order.generation != renderer.generation(); };
-        if (isIdle)
+        std::unique_lock lock(mutex);
+        const auto isNew = [&] { return transport.order().generation != renderer.generation(); };
+        if (renderer.isIdle())
             changed.wait(lock, stop, isNew);
         else if (!hasRoom)
             changed.wait_for(lock, stop, pause, isNew);
-        const LiveOrder next = order;
+        const LiveOrder next = transport.order();
         lock.unlock();
-        const std::lock_guard busy(rendering);
-        hasRoom = follow(next);
-        isIdle = renderer.isIdle();
+        hasRoom = follow(next, stop);
+        const StripReport late = content.totals();
+        lateSamples.store(late.underrunSamples + (mix ? mix->lateSamples() : 0), std::memory_order_relaxed);
+        lateEpisodes.store(late.underrunEpisodes + (mix ? mix->lateEpisodes() : 0),
+                           std::memory_order_relaxed);
     }
 }
 
-bool LivePlayer::Impl::follow(const LiveOrder& next) {
-    bool hasRoom = false;
+bool LivePlayer::Impl::follow(const LiveOrder& next, const std::stop_token& stop) {
     try {
-        hasRoom = renderer.follow(next, static_cast<double>(position()));
+        const auto from = static_cast<double>(position());
+        const auto isWanted = [&] { return !stop.stop_requested() && isStill(next.generation); };
+        if (next.plays && next.generation != renderer.generation() &&
+            !renderer.awaitStart(next, from, isWanted))
+            return true;
+        const std::lock_guard busy(rendering);
+        return renderer.follow(next, from);
     } catch (const std::exception& error) {
+        const std::lock_guard busy(rendering);
         failure = error.what();
-        renderer.giveUp();
+        renderer.giveUp(next);
+        return false;
     }
-    const StripReport late = content.totals();
-    lateSamples.store(late.underrunSamples + (mix ? mix->lateSamples() : 0), std::memory_order_relaxed);
-    lateEpisodes.store(late.underrunEpisodes + (mix ? mix->lateEpisodes() : 0), std::memory_order_relaxed);
-    return hasRoom;
 }
 
 LivePlayer::LivePlayer(const Media& media, StripSettings settings, const LiveOptions& options)
@@ -172,66 +201,30 @@ void LivePlayer::fill(std::span<float> interleaved) noexcept {
 }
 
 void LivePlayer::play() {
-    const Impl::Lock lock(impl_->mutex);
-    LiveOrder& order = impl_->order;
-    if (impl_->playsOn(lock))
-        return;
-    const std::int64_t end = impl_->speed < 0.0 ? 0 : length();
-    if (impl_->position() == end)
-        impl_->output.startAt(length() - end);
-    order.plays = true;
-    order.speed = impl_->speed;
-    order.stopAt.reset();
-    impl_->change(lock);
+    impl_->give([](Transport& transport, const Transport::Heard& heard) { transport.play(heard); });
 }
 
 void LivePlayer::stop() {
-    const Impl::Lock lock(impl_->mutex);
-    impl_->order.plays = false;
-    impl_->order.stopAt.reset();
-    impl_->change(lock);
+    impl_->give([](Transport& transport, const Transport::Heard&) { transport.stop(); });
 }
 
 void LivePlayer::setSpeed(double speed) {
     settingsAt(impl_->settings, speed); // Throws for a speed that cannot be played.
-    const Impl::Lock lock(impl_->mutex);
-    LiveOrder& order = impl_->order;
-    if (std::exchange(impl_->speed, speed) == speed || !order.plays || order.stopAt)
-        return;
-    order.speed = speed;
-    impl_->change(lock);
+    impl_->give([speed](Transport& transport, const Transport::Heard&) { transport.setSpeed(speed); });
 }
 
 void LivePlayer::seek(std::int64_t position) {
-    const Impl::Lock lock(impl_->mutex);
-    impl_->order.plays = impl_->playsOn(lock);
-    impl_->order.stopAt.reset();
-    impl_->output.startAt(impl_->limited(position));
-    impl_->change(lock);
+    impl_->give(
+        [position](Transport& transport, const Transport::Heard& heard) { transport.seek(position, heard); });
 }
 
 void LivePlayer::jog(std::int64_t samples) {
-    const Impl::Lock lock(impl_->mutex);
-    LiveOrder& order = impl_->order;
-    if (impl_->playsOn(lock)) {
-        impl_->output.startAt(impl_->limited(impl_->position() + samples));
-    } else {
-        // A jog that is still heard is cut off: the next one starts where it would have ended.
-        const std::int64_t from = impl_->isHeard(lock) ? *order.stopAt : impl_->position();
-        impl_->output.startAt(from);
-        order.plays = true;
-        order.speed = samples < 0 ? -1.0 : 1.0;
-        order.stopAt = impl_->limited(from + samples);
-    }
-    impl_->change(lock);
+    impl_->give(
+        [samples](Transport& transport, const Transport::Heard& heard) { transport.jog(samples, heard); });
 }
 
 void LivePlayer::setLoop(std::optional<LoopRange> range) {
-    const auto shortest = std::llround(shortestLoop * sampleRate());
-    if (range && (range->from < 0 || range->to > length() || range->to - range->from < shortest))
-        throw std::invalid_argument("a loop lies inside the sound and lasts at least 0.05 seconds");
-    const Impl::Lock lock(impl_->mutex);
-    impl_->order.loop = range;
+    impl_->give([range](Transport& transport, const Transport::Heard&) { transport.setLoop(range); });
 }
 
 void LivePlayer::setLevel(float uValue) {
@@ -243,18 +236,18 @@ std::int64_t LivePlayer::position() const {
 }
 
 double LivePlayer::speed() const {
-    const Impl::Lock lock(impl_->mutex);
-    return impl_->speed;
+    const std::lock_guard lock(impl_->mutex);
+    return impl_->transport.speed();
 }
 
 bool LivePlayer::isPlaying() const {
-    const Impl::Lock lock(impl_->mutex);
-    return impl_->playsOn(lock);
+    const std::lock_guard lock(impl_->mutex);
+    return impl_->transport.isPlaying(impl_->heard());
 }
 
 std::optional<LoopRange> LivePlayer::loop() const {
-    const Impl::Lock lock(impl_->mutex);
-    return impl_->order.loop;
+    const std::lock_guard lock(impl_->mutex);
+    return impl_->transport.order().loop;
 }
 
 float LivePlayer::takePeak(std::size_t channel) {

@@ -1,44 +1,20 @@
 #pragma once
 
-#include "standalone/cache/MaterialCache.hpp"
 #include "standalone/mix/Media.hpp"
 #include "standalone/mix/MixReport.hpp"
 #include "standalone/mix/Timeline.hpp"
-#include "standalone/services/RenderFunctions.hpp"
+#include "standalone/play/LiveOptions.hpp"
+#include "standalone/play/Transport.hpp"
 #include "standalone/signal/StripSettings.hpp"
-#include "standalone/signal/Unclipped.hpp"
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <span>
-#include <string>
 #include <vector>
 
 namespace audlmd {
-
-/// A part of a sound that is played again and again, in samples of the sound. Sample `to` is excluded.
-struct LoopRange {
-    std::int64_t from = 0;
-    std::int64_t to = 0;
-
-    friend bool operator==(const LoopRange&, const LoopRange&) = default;
-};
-
-struct LiveOptions {
-    /// How far ahead of the device rendering is, in seconds: 0.005 to 2. A change is heard within this time
-    /// or sooner. The trap: must exceed what the device asks for at a time, or the device starves.
-    double latency = 0.05;
-    /// Of every fade at a change of the transport, in seconds: 0.001 to 0.1.
-    double fade = 0.005;
-    /// How far ahead of rendering samples are loaded. Shorter segments than usual start sooner.
-    MaterialCacheOptions cache{.segmentLength = 16384, .segmentsAhead = 6};
-    /// Threads that mix a timeline, see MixerOptions.
-    std::size_t mixThreads = 0;
-    /// Finds the render functions that are compiled into the program, see MixerOptions::inlined.
-    RenderFunctionLookUp<Unclipped> inlined = nullptr;
-};
 
 /// What was late or failed so far.
 struct LiveReport {
@@ -78,7 +54,8 @@ public:
     /// strips that lie on the disk, and the report names them. Before, at other speeds, and while strips
     /// sound that carry state, late samples are those of the whole mix.
     LivePlayer(Timeline timeline, OpenMedia open, const LiveOptions& options = {});
-    /// Waits for reads that have begun. The callback must not run any more.
+    /// Calls a start off that is loading, and waits for reads that have begun. The callback must not run any
+    /// more.
     ~LivePlayer();
     LivePlayer(const LivePlayer&) = delete;
     LivePlayer& operator=(const LivePlayer&) = delete;
@@ -127,7 +104,7 @@ public:
     std::uint64_t starvedFrames() const;
     std::uint64_t starvedEpisodes() const;
 
-    /// All that was late or failed. May wait until some blocks are rendered, or a segment of a timeline.
+    /// All that was late or failed. May wait until some blocks are rendered, but not for a start that loads.
     LiveReport report() const;
 
 private:

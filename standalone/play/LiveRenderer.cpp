@@ -58,27 +58,29 @@ void LiveRenderer::begin(const LiveOrder& order, double position) {
     voice_.reset();
     if (!order.plays)
         return;
-    awaitLoaded(position, order.speed);
     voice_ = start(position, order.speed);
-    origin_ = std::llround(position);
     writtenBefore_ = ring_.pushed();
     // The callback fades in where a generation starts.
     fade_ = sizes_.fadeFrames;
     loopIsRequested_ = false;
 }
 
-void LiveRenderer::awaitLoaded(double position, double speed) {
+bool LiveRenderer::awaitStart(const LiveOrder& order, double position,
+                              const std::function<bool()>& isWanted) const {
     using Clock = std::chrono::steady_clock;
     using Seconds = std::chrono::duration<double>;
     const auto start = Clock::now();
-    // A device that fills its own buffer at once takes one ring, and the next one is rendered right behind.
+    const auto load = [&](Seconds sound) {
+        return content_.awaitLoaded(position, order.speed, framesIn(sound.count(), sizes_.sampleRate),
+                                    isWanted);
+    };
     Seconds loaded(static_cast<double>(2 * sizes_.blocksAhead * sizes_.blockFrames) / sizes_.sampleRate);
-    content_.awaitLoaded(position, speed, framesIn(loaded.count(), sizes_.sampleRate));
-    // What takes long to load, as a timeline with many strips does, would be late at once.
-    while (loaded * std::abs(speed) < mostLoaded && 2.0 * (Clock::now() - start) > loaded) {
+    bool isLoaded = load(loaded);
+    while (isLoaded && loaded * std::abs(order.speed) < mostLoaded && 2.0 * (Clock::now() - start) > loaded) {
         loaded += Seconds(0.25);
-        content_.awaitLoaded(position, speed, framesIn(loaded.count(), sizes_.sampleRate));
+        isLoaded = load(loaded);
     }
+    return isLoaded;
 }
 
 std::unique_ptr<LiveVoice> LiveRenderer::start(double position, double speed) {
@@ -94,13 +96,12 @@ bool LiveRenderer::renderBlock(const LiveOrder& order) {
     const bool loops = order.loop && !order.stopAt;
     const std::size_t toSeam = loops ? loop(*order.loop, order.speed) : farAway;
     const std::size_t toStop = order.stopAt ? framesTo(*order.stopAt) : farAway;
-    // A voice that is behind the loop's end already fades out first.
+    // A voice that has passed the end of the loop renders its fade-out, then jumps.
     const std::size_t wanted = std::min({sizes_.blockFrames, toSeam == 0 ? fade_ : toSeam, toStop});
     std::vector<std::span<float>> channels;
     for (std::vector<float>& buffer : buffers_)
         channels.push_back(std::span(buffer).first(wanted));
     block->generation = generation_;
-    block->origin = origin_;
     block->position = voice_->position();
     block->step = voice_->step();
     block->frames = voice_->render(channels);

@@ -3,28 +3,18 @@
 #include "standalone/play/BlockRing.hpp"
 #include "standalone/play/LiveContent.hpp"
 #include "standalone/play/LiveMix.hpp"
-#include "standalone/play/LivePlayer.hpp"
+#include "standalone/play/LiveOptions.hpp"
+#include "standalone/play/Transport.hpp"
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
 #include <vector>
 
 namespace audlmd {
-
-/// What the transport is to do. Positions are those of LiveContent.
-struct LiveOrder {
-    /// Greater after every change that can be heard at once.
-    std::uint64_t generation = 0;
-    bool plays = false;
-    /// Of the transport: negative backwards.
-    double speed = 1.0;
-    /// Playing ends here. Not set: at the end of the sound.
-    std::optional<std::int64_t> stopAt;
-    std::optional<LoopRange> loop;
-};
 
 /// The half of a live player that the render thread runs: fills the ring, as far ahead as the latency allows.
 class LiveRenderer {
@@ -44,23 +34,30 @@ public:
     /// `mix` is null unless the content is that of a timeline: then voices at speed 1 are handed to the mix.
     LiveRenderer(LiveContent& content, LiveMix* mix, BlockRing& ring, const Sizes& sizes);
 
+    /// Has the first samples of an order loaded, from a position on: two rings, because a device may take the
+    /// first one at once, and the second is rendered directly after it. If loading takes more than half of
+    /// real time, loads up to two seconds ahead, or playback would be late from the start. Waits for as long
+    /// as `isWanted` says so; returns whether all is loaded. Changes nothing of this object.
+    bool awaitStart(const LiveOrder& order, double position, const std::function<bool()>& isWanted) const;
+
     /// Renders the next block, where the ring has room; returns whether there was room. For an order of a new
-    /// generation, starts at `position` first, waits until the first samples are loaded, and fills the ring.
-    /// Throws what render functions throw.
+    /// generation, starts at `position` first and fills the ring. Throws what render functions throw.
     ///
     /// One block at a time: a device that takes blocks faster than they are rendered never lets the ring get
     /// full, and the next order must be heard all the same.
     bool follow(const LiveOrder& order, double position);
     /// The generation that was followed last.
     std::uint64_t generation() const { return generation_; }
-    /// Renders nothing more until the next generation. Use this after an exception.
-    void giveUp() { voice_.reset(); }
+    /// Renders nothing more until the next generation after the order's. Use this after an exception.
+    void giveUp(const LiveOrder& order) {
+        generation_ = order.generation;
+        voice_.reset();
+    }
     /// Whether there is nothing to render until the next generation.
     bool isIdle() const { return voice_ == nullptr; }
 
 private:
     void begin(const LiveOrder& order, double position);
-    void awaitLoaded(double position, double speed);
     std::unique_ptr<LiveVoice> start(double position, double speed);
     bool renderBlock(const LiveOrder& order);
     /// Jumps to the start of the loop where the voice has reached the end and is silent. Returns how many
@@ -77,7 +74,6 @@ private:
     std::uint64_t generation_ = 0;
     /// How many blocks were written before the generation.
     std::uint64_t writtenBefore_ = 0;
-    std::int64_t origin_ = 0;
     std::unique_ptr<LiveVoice> voice_;
     /// Of the fades around the end of a loop: from 0, silent, to the length of a fade, full level.
     std::size_t fade_ = 0;

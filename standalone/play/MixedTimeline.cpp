@@ -39,8 +39,8 @@ MixedTimeline::sources(const std::shared_ptr<MixedTimeline>& timeline) {
 }
 
 MixReport MixedTimeline::report() const {
-    const std::lock_guard lock(mutex_);
-    return mixer_.report();
+    const std::lock_guard lock(reporting_);
+    return report_;
 }
 
 void MixedTimeline::read(std::size_t channel, std::int64_t position, std::span<float> samples) {
@@ -63,6 +63,11 @@ MixedTimeline::Excerpt& MixedTimeline::excerptAt(std::int64_t position, std::siz
     excerpt.position = position;
     excerpt.channels.assign(timeline().channels, std::vector<float>(frames));
     mixer_.render(position, std::vector<std::span<float>>(excerpt.channels.begin(), excerpt.channels.end()));
+    {
+        MixReport report = mixer_.report();
+        const std::lock_guard lock(reporting_);
+        report_ = std::move(report);
+    }
     return kept_.emplace_back(std::move(excerpt));
 }
 

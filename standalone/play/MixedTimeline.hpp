@@ -27,8 +27,10 @@ public:
     static std::vector<std::shared_ptr<SampleSource>> sources(const std::shared_ptr<MixedTimeline>& timeline);
 
     const Timeline& timeline() const { return mixer_.timeline(); }
-    /// See Mixer::report(). Waits for a segment that is being rendered.
+    /// See Mixer::report(); as of the last segment that was rendered. Waits for none.
     MixReport report() const;
+    /// See Mixer::callOff().
+    void callOff() { mixer_.callOff(); }
 
 private:
     class Source;
@@ -42,10 +44,14 @@ private:
     void read(std::size_t channel, std::int64_t position, std::span<float> samples);
     Excerpt& excerptAt(std::int64_t position, std::size_t frames);
 
-    mutable std::mutex mutex_;
+    /// Held while a segment is rendered. Guards the mixer but for callOff(), and the excerpts.
+    std::mutex mutex_;
     Mixer mixer_;
     /// The oldest comes first.
     std::vector<Excerpt> kept_;
+    mutable std::mutex reporting_;
+    /// Guarded by `reporting_`.
+    MixReport report_;
 };
 
 } // namespace audlmd

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "loop_modes/ModeCode.hpp"
 #include "ole/Aud/SubSamplePos.hpp"
 #include "standalone/signal/StripSettings.hpp"
 
@@ -21,6 +22,10 @@ struct StripPlan {
 
     /// Whether the speed asked for lies beyond the limits of the filtering converter.
     bool speedIsLimited() const;
+
+    Aud::Render::Direction direction() const {
+        return settings.reverse ? Aud::Render::Direction::reverse : Aud::Render::Direction::forward;
+    }
 
     /// The position of a sample in the material.
     std::int64_t materialPosition(std::int64_t sample) const;

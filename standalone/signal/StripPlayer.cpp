@@ -22,9 +22,10 @@ std::uint64_t renderInto(StripPlayer& player, std::span<Number> samples) {
 
 } // namespace
 
-StripPlayer::StripPlayer(Aud::SampleCache& cache, StripSettings settings)
-    : plan_(std::move(settings)), cache_(cache), converter_(makeStripConverter(plan_, record_.srcState)),
-      fade_(converter_->envelopeFrom(0)) {}
+StripPlayer::StripPlayer(Aud::SampleCache& cache, StripSettings settings,
+                         RenderFunctionLookUp<Unclipped> inlined)
+    : plan_(std::move(settings)), cache_(cache), inlined_(inlined),
+      converter_(makeStripConverter(plan_, record_.srcState)), fade_(converter_->envelopeFrom(0)) {}
 
 StripPlayer::~StripPlayer() = default;
 
@@ -38,6 +39,13 @@ std::uint64_t StripPlayer::render(std::span<std::int16_t> samples) {
 
 std::uint64_t StripPlayer::render(std::span<std::int32_t> samples) {
     return renderInto<Aud::SampleS32>(*this, samples);
+}
+
+std::uint64_t StripPlayer::renderFloats(std::span<float> samples) {
+    if (inlined_ == nullptr)
+        return render(samples);
+    Unclipped out{samples.data()};
+    return renderThrough(out, samples.size(), inlined_);
 }
 
 std::uint64_t StripPlayer::renderThrough(const RenderFunctionCall& render, std::uint64_t count) {

@@ -5,6 +5,7 @@
 #include "standalone/services/RenderFunctions.hpp"
 #include "standalone/signal/RecordNumbers.hpp"
 #include "standalone/signal/StripPlan.hpp"
+#include "standalone/signal/Unclipped.hpp"
 
 #include <cstdint>
 #include <functional>
@@ -29,7 +30,12 @@ class StripConverter;
 class StripPlayer {
 public:
     /// Reads no samples yet. Throws what StripPlan throws. The cache must outlive the player.
-    StripPlayer(Aud::SampleCache& cache, StripSettings settings);
+    ///
+    /// `inlined` finds the render functions that are compiled into the program: &inlinedRenderFunction of
+    /// standalone/inlined/, with a cache that is a MaterialCache. Null: renderFloats(), too, goes through the
+    /// despatch tables.
+    StripPlayer(Aud::SampleCache& cache, StripSettings settings,
+                RenderFunctionLookUp<Unclipped> inlined = nullptr);
     ~StripPlayer();
     StripPlayer(const StripPlayer&) = delete;
     StripPlayer& operator=(const StripPlayer&) = delete;
@@ -66,19 +72,18 @@ public:
 
     /// The same for any of Aud::Render::OutputTypes: for other formats, and for adding to what the buffer
     /// holds. Renders up to `count` samples, and moves `out` on by as many.
-    ///
-    /// `lookUp` finds the render function of a mode code. Pass &inlinedRenderFunction, with `out` of type
-    /// Unclipped, to render through functions that are compiled into the program. The trap: a fade needs two
-    /// modes, so ask beforehand whether there are functions for modeCode() and for fullLevelModeCode().
     template <class Out>
-    std::uint64_t render(Out& out, std::uint64_t count,
-                         RenderFunctionLookUp<Out> lookUp = &findRenderFunction<Out>) {
-        return renderThrough(
-            [&out, lookUp](unsigned long code, Aud::Render::IteratorCreationParams& params, unsigned int n) {
-                renderFunction<Out>(code, lookUp)(params, out, n);
-            },
-            count);
+    std::uint64_t render(Out& out, std::uint64_t count) {
+        return renderThrough(out, count, &findRenderFunction<Out>);
     }
+
+    /// Renders floats the fastest way: by the functions compiled into the program, or else through the
+    /// tables. The bits are the same up to full scale, where the tables' float format clips: 2^-23 below 1.0
+    /// and at -1.0. Use this with headroom, or clip afterwards.
+    ///
+    /// The trap: a fade needs two modes. Where only some modes are compiled in, ask beforehand whether there
+    /// are functions for modeCode() and for fullLevelModeCode().
+    std::uint64_t renderFloats(std::span<float> samples);
 
     /// Jumps to an output sample, up to outputLength(). Throws std::out_of_range.
     ///
@@ -107,6 +112,15 @@ private:
         Aud::Render::EnvelopeParameters envelope;
     };
 
+    template <class Out>
+    std::uint64_t renderThrough(Out& out, std::uint64_t count, RenderFunctionLookUp<Out> lookUp) {
+        return renderThrough(
+            [&out, lookUp](unsigned long code, Aud::Render::IteratorCreationParams& params, unsigned int n) {
+                renderFunction<Out>(code, lookUp)(params, out, n);
+            },
+            count);
+    }
+
     /// Makes as many calls as `count` samples need. Jumps back to the start after an exception.
     std::uint64_t renderThrough(const RenderFunctionCall& render, std::uint64_t count);
     /// Makes the next call, which delivers up to `count` output samples.
@@ -123,6 +137,7 @@ private:
 
     const StripPlan plan_;
     Aud::SampleCache& cache_;
+    RenderFunctionLookUp<Unclipped> inlined_;
     Aud::Render::PerSourceRecord record_;
     /// Refers to plan_ and record_, so both are declared before, and destroyed after.
     std::unique_ptr<StripConverter> converter_;

@@ -31,10 +31,9 @@ TEST(SomeInlinedModes, RenderWhatIsBuiltInAndRefuseTheRest) {
     StripSettings settings = strip.settings();
     settings.automation = {Automation({{0, 1.0F}}), DynamicLevelDirection::reverse};
     const auto render = [&strip](const StripSettings& chosen) {
-        StripPlayer player(strip.cache(), chosen);
+        StripPlayer player(strip.cache(), chosen, &inlinedRenderFunction);
         std::array<float, 5> samples{};
-        Unclipped out{samples.data()};
-        EXPECT_EQ(player.render(out, samples.size(), &inlinedRenderFunction), 4U);
+        EXPECT_EQ(player.renderFloats(samples), 4U);
         return samples;
     };
     EXPECT_THAT(render(settings), testing::ElementsAre(0.25F, -3.0F, 0.5F, 1e30F, 0.0F));

@@ -40,7 +40,7 @@ public:
           output(ring, content.channels(), fadeFrames), renderer(content, mix, ring, sizes) {
         // The deck is faster than time, so all is loaded before.
         for (std::int64_t at = 0; at < content.length(); at += 4099)
-            content.awaitLoaded(static_cast<double>(at), 1.0, 1);
+            content.awaitLoaded(static_cast<double>(at), 1.0, 1, [] { return true; });
     }
 
     void play(double speed) {
@@ -53,7 +53,7 @@ public:
         change();
     }
     void seek(std::int64_t position) {
-        output.startAt(position);
+        output.startAt(position, order.generation + 1);
         change();
     }
 

@@ -1,3 +1,5 @@
+#include "standalone/play/LivePlayer.hpp"
+
 #include "tests/standalone/mix/TestTimeline.hpp"
 #include "tests/standalone/play/LiveDeck.hpp"
 
@@ -7,6 +9,7 @@
 #include <atomic>
 #include <chrono>
 #include <functional>
+#include <future>
 #include <random>
 #include <thread>
 
@@ -134,6 +137,52 @@ TEST(LivePlayer, PlaysFromASlowDiskAndCountsWhatIsLate) {
         ASSERT_FALSE(report.silent.empty());
         const OutputSpan first = report.silent.front();
         EXPECT_TRUE(direction > 0.0 ? first.from > player.length() / 2 : first.to < player.length() / 2);
+    }
+}
+
+/// As from a network disk that is gone: reads do not return until told.
+class BlockedSource final : public SampleSource {
+public:
+    std::int64_t length() const override { return 480000; }
+    void read(std::int64_t, std::span<float> samples) override {
+        hasBegun = true;
+        hasBegun.notify_all();
+        mayEnd.wait(false);
+        std::ranges::fill(samples, 0.5F);
+    }
+
+    std::atomic<bool> hasBegun{false};
+    std::atomic<bool> mayEnd{false};
+};
+
+TEST(LivePlayer, CallsOffAStartThatWaitsForADisk) {
+    Timeline timeline = timelineOf({stripOf("blocked", 0, 480000)});
+    timeline.length = 480000;
+    for (const bool mixes : {false, true}) {
+        const auto blocked = std::make_shared<BlockedSource>();
+        const Media media{.channels = {blocked}};
+        const LiveOptions waiting{.latency = 0.1, .cache = {.segmentLength = 480000, .loaderThreads = 1}};
+        std::optional<LivePlayer> player;
+        if (mixes)
+            player.emplace(
+                timeline, [&](const std::string&) { return media; }, waiting);
+        else
+            player.emplace(media, StripSettings{}, waiting);
+        player->play();
+        blocked->hasBegun.wait(false);
+        // All of these come back while the read has not.
+        player->seek(1000);
+        EXPECT_EQ(player->position(), 1000);
+        player->stop();
+        EXPECT_FALSE(player->isPlaying());
+        player->play();
+        EXPECT_EQ(player->report().late.failure, "");
+        // The end waits for the one read that has begun, and for no other.
+        const auto end = std::async(std::launch::async, [&] { player.reset(); });
+        EXPECT_EQ(end.wait_for(50ms), std::future_status::timeout);
+        blocked->mayEnd = true;
+        blocked->mayEnd.notify_all();
+        EXPECT_EQ(end.wait_for(5s), std::future_status::ready);
     }
 }
 

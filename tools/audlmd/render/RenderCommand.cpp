@@ -1,5 +1,6 @@
 #include "standalone/cache/MaterialCache.hpp"
 #include "standalone/cache/SoundFile.hpp"
+#include "standalone/inlined/InlinedRenderFunctions.hpp"
 #include "standalone/mix/RateConvertedSource.hpp"
 #include "standalone/services/Identities.hpp"
 #include "tools/audlmd/CommandError.hpp"
@@ -92,7 +93,8 @@ private:
             settings.cookie = Cookie{material, static_cast<std::uint16_t>(channel), 0};
             cookies_.push_back(settings.cookie);
             cache_->add(settings.cookie, channels[channel]);
-            players_.push_back(std::make_unique<StripPlayer>(*cache_, settings));
+            players_.push_back(std::make_unique<StripPlayer>(
+                *cache_, settings, options_.throughTables ? nullptr : &inlinedRenderFunction));
         }
     }
 

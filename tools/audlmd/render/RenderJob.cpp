@@ -1,6 +1,5 @@
 #include "tools/audlmd/render/RenderJob.hpp"
 
-#include "standalone/inlined/InlinedRenderFunctions.hpp"
 #include "standalone/signal/BlockConversion.hpp"
 #include "tools/audlmd/files/SampleLayouts.hpp"
 
@@ -37,8 +36,7 @@ void renderInlined(StripPlayer& player, std::byte* at, std::size_t frames, std::
     std::vector<float> samples(std::min(frames, block));
     for (std::size_t count = 0; frames != 0; frames -= count) {
         count = std::min(frames, block);
-        Unclipped unclipped{samples.data()};
-        player.render(unclipped, count, &inlinedRenderFunction);
+        player.renderFloats(std::span(samples).first(count));
         convertBlock(samples.data(), count, out);
     }
 }
