@@ -1,6 +1,5 @@
 #include "loop_modes/ChainLayers.hpp"
 
-#include "loop_modes/IteratorCreationParams.hpp"
 #include "loop_modes/RegistrationOrder.hpp"
 
 #include <gtest/gtest.h>
@@ -49,9 +48,6 @@ std::set<std::type_index> distinctChains(std::index_sequence<Place...>) {
 TEST(ChainLayers, AreFiveHundredAndSeventySixDistinctChains) {
     EXPECT_EQ(distinctChains(std::make_index_sequence<validModeCount>()).size(), 576U);
 }
-
-// The host reaches the record through its own layout.
-static_assert(offsetof(PerSourceRecord, envelope) == 0 && offsetof(PerSourceRecord, strip) == 40);
 
 } // namespace
 } // namespace audlmd::test

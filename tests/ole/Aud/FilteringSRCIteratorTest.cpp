@@ -2,18 +2,10 @@
 
 #include "tests/ole/Aud/StageTest.hpp"
 
-#include <cstddef>
-
 namespace audlmd::test {
 
 using State = Aud::Render::FilteringSRCState;
 using Converter = Aud::Render::FilteringSRCIterator<Tens>;
-
-// The host reaches the state through its own layout.
-static_assert(offsetof(State, factor) == 8 && offsetof(State, outSample) == 16 &&
-              offsetof(State, sourceBlock) == 20 && offsetof(State, readIndex) == 276 &&
-              offsetof(State, nextSourcePos) == 280 && offsetof(State, positionRecorded) == 288 &&
-              offsetof(State, opened) == 289);
 
 class FilteringSRCIterator : public StageTest {
 protected:
