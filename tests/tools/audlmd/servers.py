@@ -39,7 +39,16 @@ def soon(condition):
 
 
 def audlmd(*options):
-    return subprocess.run([command, *options], capture_output=True, text=True, check=True).stdout
+    run = subprocess.run([command, *options], capture_output=True, text=True)
+    if run.returncode != 0:
+        raise RuntimeError(run.stderr)
+    return run.stdout
+
+
+def has_jack():
+    """There is no device at all before the server has started."""
+    run = subprocess.run([command, "play", "--list-devices"], capture_output=True, text=True)
+    return run.stdout.startswith("* system  (JACK")
 
 
 def write_noise(frames):
@@ -86,7 +95,7 @@ def test_jack():
     server = f"audlmd-test-{os.getpid()}"
     os.environ.update(JACK_DEFAULT_SERVER=server, JACK_NO_START_SERVER="1", JACK_NO_AUDIO_RESERVATION="1")
     start("jackd", "--no-realtime", "--name", server, "--timeout", "5000", "-d", "dummy", "-r", "48000", "-p", "256")
-    assert soon(lambda: audlmd("play", "--list-devices").startswith("* system  (JACK")), "jackd has not started"
+    assert soon(has_jack), "jackd has not started"
     write_noise(96000)
     player = subprocess.Popen([command, "play", "a.wav"], stdout=subprocess.PIPE, text=True)
     time.sleep(1.0)
