@@ -1,8 +1,5 @@
 #include "model/StripModel.hpp"
 
-#include "standalone/signal/GainLaws.hpp"
-#include "standalone/signal/Speed.hpp"
-
 #include <libresample.h>
 #include <soxr.h>
 
@@ -21,6 +18,24 @@ using Samples = std::vector<double>;
 
 /// The limit of the filtering converter where no setting says otherwise, in source samples per output sample.
 constexpr double fastestFiltering = 6.0;
+
+double ofDecibels(double decibels) {
+    return std::pow(10.0, decibels / 20.0);
+}
+
+/// A console fader: decibels go with the eighth root of the travel, silent at 0, unity at 1.0, and 10 dB at
+/// the end stop, 1.5, but for the -1 that makes the lower end silent.
+double faderGain(double u) {
+    const double exponent = std::log(ofDecibels(10.0)) / (std::pow(1.5, 0.125) - 1.0);
+    return std::expm1(exponent * std::pow(std::clamp(u, 0.0, 1.5), 0.125)) / std::expm1(exponent);
+}
+
+/// Without a routing a single channel goes to the first two, several go one to one.
+double routedGain(const TimelineStrip& strip, std::size_t channels, std::size_t channel, std::size_t bus) {
+    if (strip.routing)
+        return static_cast<double>(strip.routing->rows[bus][channel]);
+    return bus == channel || (channels == 1 && bus == 1) ? 1.0 : 0.0;
+}
 
 /// On the straight line from the last node at or before the position to the first node behind the position.
 double uValueAt(std::span<const LevelNode> nodes, std::int64_t position) {
@@ -42,9 +57,9 @@ double fadeGain(FadeCurve curve, std::int64_t samplesFromSilence, std::uint64_t 
         std::clamp(static_cast<double>(samplesFromSilence) / static_cast<double>(fadeSamples), 0.0, 1.0);
     switch (curve) {
     case FadeCurve::log:
-        return mixerStyleGain(u);
+        return faderGain(u);
     case FadeCurve::power:
-        return constantPowerGain(u);
+        return std::sin(u * std::numbers::pi / 2.0);
     default:
         return u;
     }
@@ -59,7 +74,7 @@ double levelAt(const StripSettings& settings, std::int64_t sample) {
     if (settings.automation) {
         const bool forwards = settings.automation->direction == DynamicLevelDirection::forwards;
         const std::int64_t position = forwards ? sample : range - 1 - sample;
-        gain *= mixerStyleGain(uValueAt(settings.automation->automation.nodes(), position));
+        gain *= faderGain(uValueAt(settings.automation->automation.nodes(), position));
     }
     return gain;
 }
@@ -136,10 +151,12 @@ Samples delivered(const StripSettings& settings, const Samples& material, double
     return samples;
 }
 
+/// The units in which the converters count positions.
+constexpr std::int64_t unitsPerSample = (std::int64_t{1} << 30) - 1;
+
 /// One output per step, from straight lines between samples. The step is the nearest whole number of units.
 template <class Deliver>
 Samples playedByLines(double speed, std::int64_t skip, std::int64_t count, const Deliver& deliver) {
-    constexpr std::int64_t unitsPerSample = Aud::SubSamplePos::fractionsPerSample;
     const std::int64_t step = std::llround(speed * static_cast<double>(unitsPerSample));
     const std::int64_t first = skip * step / unitsPerSample;
     const Samples input = deliver(first, (skip + count) * step / unitsPerSample + 2 - first);
@@ -167,7 +184,9 @@ Samples playedByFilter(double speed, std::int64_t skip, std::int64_t count, cons
     std::vector<float> input(exact.begin(), exact.end());
     const std::unique_ptr<void, void (*)(void*)> resampler(resample_open(0, 1.0 / fastestFiltering, 1024.0),
                                                            resample_close);
-    double factor = 1.0 / sourceSamplesOf(subSamplePosOf(speedInForce));
+    const double whole = std::floor(speedInForce);
+    const double units = std::round((speedInForce - whole) * double{unitsPerSample});
+    double factor = 1.0 / (whole + units / double{unitsPerSample});
     int taken = 0;
     float sample = 0.0F;
     Samples output;
@@ -222,8 +241,6 @@ Samples played(const StripSettings& settings, const Samples& material, int sampl
 
 OutputSpan addStrip(const TimelineStrip& strip, const Medium& medium, int sampleRate, std::int64_t from,
                     Output& output) {
-    const Routing routing =
-        strip.routing ? *strip.routing : defaultRouting(medium.channels.size(), output.size());
     const StripSettings& settings = strip.settings;
     const auto outputs = static_cast<std::int64_t>(
         std::ceil(static_cast<double>(settings.to - settings.from) / settings.speed));
@@ -236,7 +253,7 @@ OutputSpan addStrip(const TimelineStrip& strip, const Medium& medium, int sample
                    strip.skip, count);
         for (std::size_t bus = 0; bus < output.size(); ++bus) {
             const double gain =
-                gainOfDecibels(strip.gainDb) * static_cast<double>(routing.rows[bus][channel]);
+                ofDecibels(strip.gainDb) * routedGain(strip, medium.channels.size(), channel, bus);
             for (std::int64_t n = std::max<std::int64_t>(from - strip.at, 0);
                  n < std::min(count, from + std::ssize(output[bus]) - strip.at); ++n)
                 output[bus][static_cast<std::size_t>(strip.at + n - from)] +=

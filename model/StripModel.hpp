@@ -21,13 +21,13 @@ using Output = std::vector<std::vector<double>>;
 /// lie outside of the output.
 ///
 /// A mix, played slowly: a second account of what a timeline says, written from the description of each
-/// setting and never from the mixer or the player. Every law is the exact one: straight lines for fades and
-/// automations, decibels for gains, no tables. Rates are converted by one run of libsoxr, the speed of the
-/// filtering converter by one run of libresample. Tests compare a mixer with the sum of all strips; how far
-/// the two may differ is said there.
+/// setting and never from the mixer or the player, whose functions it does not call. Every law is the exact
+/// one: straight lines for fades and automations, decibels for gains, no tables. Rates are converted by one
+/// run of libsoxr, the speed of the filtering converter by one run of libresample. Tests compare a mixer with
+/// the sum of all strips; how far the two may differ is said there.
 ///
-/// Throws std::invalid_argument, as audlmd::defaultRouting() does. Trap: bands, fades and routings are taken
-/// as they are, without the checks of a player; positions must fit into 2^33 source samples.
+/// Trap: bands, fades and routings are taken as they are, without the checks of a player; a strip with more
+/// channels than the output needs a routing; positions must fit into 2^33 source samples.
 OutputSpan addStrip(const TimelineStrip& strip, const Medium& medium, int sampleRate, std::int64_t from,
                     Output& output);
 

@@ -1,65 +1,14 @@
-// Counts what the sample loop must not do: this program stands before the C library's allocation and locking,
-// and traps every system call.
+// What the sample loop must not do.
 
 #include "model/Model.hpp"
 #include "model/OutputTypes.hpp"
+#include "tests/interposers/CallWatch.hpp"
 #include "tests/scripted_host/ScriptedHost.hpp"
 
 #include <gtest/gtest.h>
 
-#include <csignal>
-#include <cstdlib>
-#include <dlfcn.h>
-#include <linux/prctl.h>
-#include <pthread.h>
-#include <sys/prctl.h>
-
-namespace {
-
-std::size_t allocations = 0;
-std::size_t locks = 0;
-volatile std::sig_atomic_t systemCalls = 0;
-/// While it is 1, the kernel raises SIGSYS instead of serving this thread.
-volatile char systemCallsTrapped = 0;
-
-extern "C" void countSystemCall(int) {
-    systemCallsTrapped = 0;
-    systemCalls = systemCalls + 1;
-}
-
-} // namespace
-
-extern "C" {
-
-void* __libc_malloc(std::size_t);
-void* __libc_calloc(std::size_t, std::size_t);
-void* __libc_realloc(void*, std::size_t);
-void* __libc_memalign(std::size_t, std::size_t);
-
-void* malloc(std::size_t size) {
-    ++allocations;
-    return __libc_malloc(size);
-}
-void* calloc(std::size_t count, std::size_t size) {
-    ++allocations;
-    return __libc_calloc(count, size);
-}
-void* realloc(void* block, std::size_t size) {
-    ++allocations;
-    return __libc_realloc(block, size);
-}
-void* aligned_alloc(std::size_t alignment, std::size_t size) {
-    ++allocations;
-    return __libc_memalign(alignment, size);
-}
-int pthread_mutex_lock(pthread_mutex_t* mutex) {
-    static auto* const lock =
-        reinterpret_cast<decltype(&pthread_mutex_lock)>(dlsym(RTLD_NEXT, "pthread_mutex_lock"));
-    ++locks;
-    return lock(mutex);
-}
-
-} // extern "C"
+#include <utility>
+#include <vector>
 
 namespace audlmd::test {
 namespace {
@@ -116,47 +65,23 @@ private:
 class QuietLoop : public testing::TestWithParam<std::size_t> {};
 
 TEST_P(QuietLoop, NeitherAllocatesNorLocksNorCallsTheSystem) {
-    std::signal(SIGSYS, &countSystemCall);
-    ASSERT_EQ(prctl(PR_SET_SYSCALL_USER_DISPATCH, PR_SYS_DISPATCH_ON, 0, 0, &systemCallsTrapped), 0)
-        << "this kernel cannot trap system calls; Linux 5.11 and later can";
     std::vector<std::uint8_t> buffer(4096 * 4);
     std::size_t differing = 0;
     for (unsigned int code : model::registrationOrder()) {
         ReadySource source(code);
         // The first call opens the resampler; after that, what a call does must not depend on its length.
         source.render(GetParam(), code, buffer, 0);
-        std::size_t counted[2][2] = {};
-        for (unsigned int i : {0U, 1U}) {
-            allocations = locks = 0;
-            systemCallsTrapped = 1;
-            source.render(GetParam(), code, buffer, i == 0 ? 64 : 4096);
-            systemCallsTrapped = 0;
-            counted[i][0] = allocations;
-            counted[i][1] = locks;
+        Calls ofFew;
+        Calls ofMany;
+        for (const auto& [calls, samples] : {std::pair{&ofFew, 64U}, {&ofMany, 4096U}}) {
+            const CallWatch watch(*calls);
+            source.render(GetParam(), code, buffer, samples);
         }
-        if (counted[0][0] != counted[1][0] || counted[0][1] != counted[1][1] || systemCalls != 0)
+        if (ofFew != ofMany || ofMany.system != 0)
             ++differing;
         EXPECT_LE(differing, 3U) << "code " << code;
-        systemCalls = 0;
     }
     EXPECT_EQ(differing, 0U) << "modes that allocate, lock or call the system";
-}
-
-TEST(QuietLoopCounters, CountWhatTheyStandFor) {
-    allocations = locks = 0;
-    ::operator delete(::operator new(100));
-    pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
-    pthread_mutex_lock(&mutex);
-    pthread_mutex_unlock(&mutex);
-    EXPECT_EQ(allocations, 1U);
-    EXPECT_EQ(locks, 1U);
-    std::signal(SIGSYS, &countSystemCall);
-    ASSERT_EQ(prctl(PR_SET_SYSCALL_USER_DISPATCH, PR_SYS_DISPATCH_ON, 0, 0, &systemCallsTrapped), 0);
-    systemCallsTrapped = 1;
-    getppid();
-    systemCallsTrapped = 0;
-    EXPECT_EQ(systemCalls, 1);
-    systemCalls = 0;
 }
 
 INSTANTIATE_TEST_SUITE_P(Into, QuietLoop, testing::Range(std::size_t{0}, model::outputTypeCount),

@@ -4,9 +4,9 @@
 
 namespace audlmd::test {
 
-using LinearSRCIterator = StageTest;
+using LinearSRCIteratorTest = StageTest;
 
-TEST_F(LinearSRCIterator, InterpolatesAndLagsByOneSampleOnWholePositions) {
+TEST_F(LinearSRCIteratorTest, InterpolatesAndLagsByOneSampleOnWholePositions) {
     constexpr int half = 536870912;
     const struct {
         Aud::SubSamplePos start, step;

@@ -5,9 +5,9 @@
 namespace audlmd::test {
 
 /// Material of six samples, 1 to 6, in two segments of three.
-class SampleCacheIterators : public StageTest {
+class SourceIterators : public StageTest {
 protected:
-    SampleCacheIterators() {
+    SourceIterators() {
         host.materialSamples = 6;
         host.segments = {{0, 3}, {3, 3}};
         host.material = samples;
@@ -19,7 +19,7 @@ protected:
     float samples[6] = {1, 2, 3, 4, 5, 6};
 };
 
-TEST_F(SampleCacheIterators, ReadTheMaterialBetweenSilence) {
+TEST_F(SourceIterators, ReadTheMaterialBetweenSilence) {
     Aud::SampleCache::ForwardIterator forward({}, -1, false, cache, 0, true, gearing);
     EXPECT_EQ(take(forward, 8), (Samples{0, 1, 2, 3, 4, 5, 6, 0}));
     Aud::SampleCache::ReverseIterator reverse({}, 6, false, cache, true, gearing);
@@ -27,7 +27,7 @@ TEST_F(SampleCacheIterators, ReadTheMaterialBetweenSilence) {
     EXPECT_EQ(host.underruns, 0U);
 }
 
-TEST_F(SampleCacheIterators, StayForwardsOnASegmentOfUnknownLength) {
+TEST_F(SourceIterators, StayForwardsOnASegmentOfUnknownLength) {
     host.segments[0].statuses = {7};
     Aud::SampleCache::ForwardIterator forward({}, 0, false, cache, 0, true, gearing);
     EXPECT_EQ(take(forward, 6), Samples(6));
@@ -36,7 +36,7 @@ TEST_F(SampleCacheIterators, StayForwardsOnASegmentOfUnknownLength) {
 }
 
 /// A host may place an iterator before its segment. From there no step leads to another segment.
-TEST_F(SampleCacheIterators, MoveInReverseWhereTheIndexBecomesMinusOneExactly) {
+TEST_F(SourceIterators, MoveInReverseWhereTheIndexBecomesMinusOneExactly) {
     host.segments = {{3, 3}};
     for (const auto& [position, moves] : {std::pair{4, 0U}, {3, 1U}, {2, 0U}, {1, 0U}}) {
         host.log.clear();

@@ -2,14 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <cstddef>
-
 namespace audlmd::test {
 namespace {
 
 using Aud::SubSamplePos;
-
-static_assert(offsetof(SubSamplePos, sample) == 0 && offsetof(SubSamplePos, fraction) == 8);
 
 constexpr int one = 1073741823;
 

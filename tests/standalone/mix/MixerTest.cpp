@@ -1,5 +1,3 @@
-#include "standalone/cache/MaterialCache.hpp"
-#include "standalone/signal/GainLaws.hpp"
 #include "tests/standalone/mix/TestTimeline.hpp"
 
 #include <gmock/gmock.h>
@@ -16,20 +14,6 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 
 constexpr std::size_t soundLength = 30000;
-
-/// As a player alone plays a strip that needs no headroom.
-std::vector<float> playedAlone(const TimelineStrip& strip, std::vector<float> samples) {
-    MaterialCache cache;
-    StripSettings settings = strip.settings;
-    if (strip.gainDb != 0.0)
-        settings.middleLevel = static_cast<float>(mixerStyleUValueOfDecibels(strip.gainDb));
-    cache.add(settings.cookie, std::make_shared<MemorySource>(std::move(samples)));
-    StripPlayer player(cache, settings);
-    player.seek(static_cast<std::uint64_t>(strip.skip));
-    std::vector<float> played(static_cast<std::size_t>(strip.length));
-    player.render(played);
-    return played;
-}
 
 /// One strip of every kind, overlapping.
 std::vector<TimelineStrip> everyKindOfStrip() {
@@ -61,21 +45,6 @@ std::vector<TimelineStrip> everyKindOfStrip() {
                                                  {.position = 15000, .uValue = 1.2F}})};
     automated.gainDb = -4.0;
     return strips;
-}
-
-TEST(Mixer, PlaysAStripAsAPlayerPlaysItAlone) {
-    const std::vector<float> sound = soundNumber(1, soundLength);
-    TestMedia media;
-    media.add("sound", {sound});
-    for (const TimelineStrip& strip : everyKindOfStrip()) {
-        Mixer mixer(timelineOf({strip}), media.opener());
-        const std::vector<float> mix = mixed(mixer, strip.at - 10, soundLength).front();
-        std::vector<float> expected(10);
-        const std::vector<float> alone = playedAlone(strip, sound);
-        expected.insert(expected.end(), alone.begin(), alone.end());
-        expected.resize(soundLength);
-        EXPECT_EQ(mix, expected) << "the strip at " << strip.at;
-    }
 }
 
 TEST(Mixer, GivesTheSameSamplesForAnyStretchesBlocksAndThreads) {
@@ -138,28 +107,6 @@ TEST(Mixer, SumsInTheOrderOfTheTimelineInSinglePrecision) {
     EXPECT_EQ(mixed(halvesFirst, 0, 1).front().front(), 1.0F + 0x1p-23F);
 }
 
-TEST(Mixer, ReachesGainsBeyondOneLevelStage) {
-    TestMedia media;
-    media.add("quiet", {std::vector<float>(10, 0x1p-12F)});
-    for (const double decibels : {-std::numeric_limits<double>::infinity(), -20.0, 10.0, 10.1, 33.3, 60.0}) {
-        TimelineStrip strip = stripOf("quiet", 0, 10);
-        strip.gainDb = decibels;
-        Mixer mixer(timelineOf({strip}), media.opener());
-        const double expected = 0x1p-12 * gainOfDecibels(decibels);
-        EXPECT_NEAR(mixed(mixer, 0, 10).front()[5], expected, expected * 2e-5) << decibels << " dB";
-    }
-}
-
-TEST(Mixer, RoutesChannels) {
-    TestMedia media;
-    media.add("mono", {{0.25F}});
-    media.add("stereo", {{0.5F}, {0.125F}});
-    TimelineStrip crossed = stripOf("stereo", 0, 1);
-    crossed.routing = Routing{{{0.0F, 1.0F}, {1.0F, 0.0F}, {2.0F, -4.0F}}};
-    Mixer mixer(timelineOf({stripOf("mono", 0, 1), crossed}, 3), media.opener());
-    EXPECT_EQ(mixed(mixer, 0, 1), (Channels{{0.375F}, {0.75F}, {0.5F}}));
-}
-
 TEST(Mixer, ReportsWhatIsMissingAndPlaysTheRest) {
     class Broken final : public SampleSource {
     public:
@@ -168,17 +115,18 @@ TEST(Mixer, ReportsWhatIsMissingAndPlaysTheRest) {
     };
     TestMedia media;
     media.add("there", {{0.5F}});
+    media.add("wide", {{0.5F}, {0.5F}});
     const OpenMedia open = [there = media.opener()](const std::string& name) {
         return name == "broken" ? Media{.channels = {std::make_shared<Broken>()}} : there(name);
     };
     TimelineStrip unroutable = stripOf("there", 0, 1);
     unroutable.routing = Routing{{{1.0F, 1.0F}}};
     Timeline timeline = timelineOf({stripOf("there", 0, 1), stripOf("gone", 2, 3), stripOf("broken", 5, 10)});
-    timeline.tracks.push_back({.name = "second", .strips = {unroutable}});
+    timeline.tracks.push_back({.name = "second", .strips = {unroutable, stripOf("wide", 0, 1)}});
     Mixer mixer(timeline, open);
     EXPECT_EQ(mixed(mixer, 0, 20).front().front(), 0.5F);
     const MixReport report = mixer.report();
-    ASSERT_EQ(report.strips.size(), 3U);
+    ASSERT_EQ(report.strips.size(), 4U);
     EXPECT_EQ(report.strips[0].failure, "no medium 'gone'");
     EXPECT_THAT(report.strips[0].silent, ElementsAre(OutputSpan{.from = 2, .to = 5}));
     EXPECT_EQ(report.strips[1].failure, "bad sector");
@@ -186,6 +134,7 @@ TEST(Mixer, ReportsWhatIsMissingAndPlaysTheRest) {
     EXPECT_THAT(report.strips[1].silent, ElementsAre(OutputSpan{.from = 5, .to = 15}));
     EXPECT_EQ(report.strips[2].track, 1U);
     EXPECT_THAT(report.strips[2].failure, HasSubstr("routing"));
+    EXPECT_THAT(report.strips[3].failure, HasSubstr("needs a routing of its own"));
 }
 
 TEST(Mixer, CountsWhatIsLateWhereItMustNotWait) {

@@ -14,6 +14,9 @@ TEST(RenderFunctions, AreFoundByOutputTypeAndCodeAndMissedWithAReason) {
     auto& table = Aud::LoopModesDespatcherInstance<Aud::SampleS24*>::get();
     table = {};
     table.registerFunction(1751, &renderNothing);
+    table.registerFunction(7, &renderNothing);
+    EXPECT_EQ(table.size(), 1752U);
+    EXPECT_THROW(table.registerFunction(1751, &renderNothing), Orv::Exception::RuntimeError);
     EXPECT_EQ(findRenderFunction<Aud::SampleS24*>(1751), &renderNothing);
     EXPECT_EQ(findRenderFunction<Aud::SampleS16*>(1751), nullptr);
     for (const unsigned long code : {0UL, 24UL, 1752UL, ~0UL})

@@ -1,4 +1,3 @@
-#include "standalone/signal/GainLaws.hpp"
 #include "tests/standalone/signal/EveryCombination.hpp"
 #include "tests/standalone/signal/TestStrip.hpp"
 
@@ -59,22 +58,6 @@ TEST(StripPlayer, RendersTheSameBytesInBlocksOfAnySize) {
     EXPECT_EQ(modes.size(), 576U) << "all chains there are";
 }
 
-TEST(StripPlayer, IsNeverASampleLateWithTheLinearConverter) {
-    std::vector<float> line(5000);
-    for (std::size_t i = 0; i < line.size(); ++i)
-        line[i] = static_cast<float>(i) / 8192.0F;
-    TestStrip strip(line);
-    StripSettings settings = strip.settings();
-    settings.converter = Converter::linear;
-    for (const double speed : {0.4, 0.5, 0.7, 0.75, 1.0, 1.1, 1.4, 1.7, 1.75, 2.0, 2.75, 3.75, 5.75}) {
-        settings.speed = speed;
-        const std::vector<float> played = strip.render(settings);
-        for (std::size_t i = 0; static_cast<double>(i) * speed < 4990.0; ++i)
-            ASSERT_NEAR(static_cast<double>(played[i]) * 8192.0, static_cast<double>(i) * speed, 1e-3)
-                << "output " << i << " at speed " << speed;
-    }
-}
-
 TEST(StripPlayer, FollowsAFadeWhereTheResamplerEndsABlockOneSampleEarly) {
     TestStrip strip(noise(6753));
     StripSettings settings = strip.settings();
@@ -90,53 +73,6 @@ TEST(StripPlayer, FollowsAFadeWhereTheResamplerEndsABlockOneSampleEarly) {
     const std::vector<float> rest = TestStrip::render(player, 256);
     inParts.insert(inParts.end(), rest.begin(), rest.end());
     EXPECT_EQ(inParts, whole);
-}
-
-/// The gain of all levels at a source sample, from the laws.
-double gainAt(const StripSettings& settings, std::int64_t sample) {
-    const std::int64_t length = settings.to - settings.from;
-    double gain = FadeEnvelope(settings.fade, static_cast<std::uint64_t>(length)).gainAt(sample);
-    gain *= mixerStyleGain(static_cast<double>(settings.middleLevel.value_or(1.0F)));
-    gain *= mixerStyleGain(static_cast<double>(settings.outerLevel.value_or(1.0F)));
-    if (settings.automation) {
-        const bool forwards = settings.automation->direction == DynamicLevelDirection::forwards;
-        const float u = settings.automation->automation.uValueAt(forwards ? sample : length - 1 - sample);
-        gain *= mixerStyleGain(static_cast<double>(u));
-    }
-    return gain;
-}
-
-TEST(StripPlayer, AppliesEqualiserAndLevelsAtTheSourceRateInTheOrderOfDelivery) {
-    const std::vector<float> samples = noise(2600);
-    TestStrip strip(samples);
-    StripSettings plain = strip.settings();
-    plain.from = 11;
-    forEveryCombination(plain, [&](const StripSettings& settings) {
-        if (settings.converter == Converter::filtering)
-            return;
-        Aud::Filter::MultiBandBiquad<5U> equaliser;
-        setBands(equaliser, settings.equaliser, settings.sampleRate);
-        std::vector<double> delivered;
-        for (std::int64_t i = 0; i < settings.to - settings.from; ++i) {
-            const std::int64_t position = settings.reverse ? settings.to - 1 - i : settings.from + i;
-            float sample = samples[static_cast<std::size_t>(position)];
-            for (unsigned int band = 0; band < settings.equaliser.size(); ++band)
-                sample = equaliser.band(band).processSample(sample);
-            delivered.push_back(static_cast<double>(sample) * gainAt(settings, i));
-        }
-        StripPlayer player(strip.cache(), settings);
-        const std::vector<float> out = TestStrip::render(player, 300);
-        for (std::size_t n = 0; n < out.size(); ++n) {
-            const double position = static_cast<double>(n) * player.speedInForce();
-            const auto left = static_cast<std::size_t>(position + 1e-9);
-            // Beyond the last sample the interpolation reads on in the material.
-            if (left + 1 == delivered.size())
-                break;
-            const double expected =
-                std::lerp(delivered[left], delivered[left + 1], position - static_cast<double>(left));
-            ASSERT_NEAR(out[n], expected, 2e-5) << n;
-        }
-    });
 }
 
 TEST(StripPlayer, FilteringIsAlignedFromItsFirstSampleToItsLast) {

@@ -64,12 +64,6 @@ Outcome CommandFixture::run(const std::string& line, const Surroundings& surroun
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
         kill(process, surroundings.signal);
     }
-    if (surroundings.pause != 0) {
-        std::this_thread::sleep_for(std::chrono::seconds(1));
-        kill(process, SIGSTOP);
-        std::this_thread::sleep_for(std::chrono::milliseconds(surroundings.pause));
-        kill(process, SIGCONT);
-    }
     int status = 0;
     waitpid(process, &status, 0);
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), readBytes(output),

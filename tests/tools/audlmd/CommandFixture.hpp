@@ -27,8 +27,6 @@ struct Surroundings {
     std::size_t fileSizeLimit = 0;
     /// Sent to the command as soon as there is a temporary file. 0: none.
     int signal = 0;
-    /// A second after its start the command stands still for so many milliseconds.
-    int pause = 0;
 };
 
 /// Runs the command in a folder that each test has for itself.

@@ -22,16 +22,18 @@ int openPipe(const std::filesystem::path& path) {
 
 } // namespace
 
-SoundListener::SoundListener(const std::filesystem::path& pipe, bool hasPace)
-    : pipe_(openPipe(pipe)), hasPace_(hasPace),
-      thread_([this](const std::stop_token& stop) { listen(stop); }) {}
+SoundListener::SoundListener(const std::filesystem::path& pipe)
+    : pipe_(openPipe(pipe)), thread_([this](const std::stop_token& stop) { listen(stop); }) {}
 
 SoundListener::~SoundListener() {
     thread_ = {};
     close(pipe_);
 }
 
-std::vector<float> SoundListener::heard() const {
+std::vector<float> SoundListener::heardToTheEnd() const {
+    // The read that finds the next end may have begun before this call, the one after it has not.
+    for (int times = 0; times < 2; ++times)
+        ends_.wait(ends_);
     const std::lock_guard lock(mutex_);
     std::vector<float> samples(bytes_.size() / sizeof(float));
     std::memcpy(samples.data(), bytes_.data(), samples.size() * sizeof(float));
@@ -47,14 +49,17 @@ void SoundListener::forget() {
 void SoundListener::listen(const std::stop_token& stop) {
     std::vector<char> bytes(4096);
     for (auto next = std::chrono::steady_clock::now(); !stop.stop_requested();) {
-        const auto count =
-            static_cast<std::size_t>(std::max<ssize_t>(0, read(pipe_, bytes.data(), bytes.size())));
+        const ssize_t found = read(pipe_, bytes.data(), bytes.size());
+        const auto count = static_cast<std::size_t>(std::max<ssize_t>(0, found));
+        if (found == 0) {
+            ++ends_;
+            ends_.notify_all();
+        }
         {
             const std::lock_guard lock(mutex_);
             bytes_.append(bytes.data(), count);
         }
-        if (hasPace_)
-            next += std::chrono::microseconds(count / frameBytes * 1'000'000 / 48000);
+        next += std::chrono::microseconds(count / frameBytes * 1'000'000 / 48000);
         next = std::max(next, std::chrono::steady_clock::now() + 1ms);
         std::this_thread::sleep_until(next);
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <filesystem>
 #include <mutex>
@@ -10,17 +11,17 @@
 
 namespace audlmd::test {
 
-/// Keeps all that comes out of a pipe, which the constructor makes: interleaved stereo floats.
+/// Keeps all that comes out of a pipe, which the constructor makes: interleaved stereo floats. Takes them as
+/// slowly as a sound card of 48 kHz, and so holds up whoever plays.
 class SoundListener {
 public:
-    /// A listener with a pace takes what comes as slowly as a sound card of 48 kHz, and so holds up whoever
-    /// plays.
-    SoundListener(const std::filesystem::path& pipe, bool hasPace);
+    explicit SoundListener(const std::filesystem::path& pipe);
     ~SoundListener();
     SoundListener(const SoundListener&) = delete;
     SoundListener& operator=(const SoundListener&) = delete;
 
-    std::vector<float> heard() const;
+    /// Waits until the pipe is empty. Nobody may have it open to write.
+    std::vector<float> heardToTheEnd() const;
     void forget();
 
 private:
@@ -29,9 +30,10 @@ private:
     void listen(const std::stop_token& stop);
 
     const int pipe_;
-    const bool hasPace_;
     mutable std::mutex mutex_;
     std::string bytes_;
+    /// How often the pipe was found empty without a writer.
+    std::atomic<int> ends_{0};
     std::jthread thread_;
 };
 

@@ -1,4 +1,4 @@
-#include "tests/soak/FlatMemory.hpp"
+#include "bench/soak/FlatMemory.hpp"
 
 #include <algorithm>
 #include <fstream>
@@ -7,7 +7,7 @@
 #include <string>
 #include <unistd.h>
 
-namespace audlmd::test {
+namespace audlmd::soak {
 
 void FlatMemory::note() {
     // Else each thread's free memory counts as well, which grows for a while.
@@ -39,4 +39,4 @@ void FlatMemory::requireFlat() const {
                                  std::to_string(now) + " MiB");
 }
 
-} // namespace audlmd::test
+} // namespace audlmd::soak

@@ -2,8 +2,8 @@
 // sound card. Ends with exit status 1 where something stands still, fails, plays what is no sound, or keeps
 // memory. See scripts/soak.
 
-#include "tests/soak/FlatMemory.hpp"
-#include "tests/soak/Session.hpp"
+#include "bench/soak/FlatMemory.hpp"
+#include "bench/soak/Session.hpp"
 
 #include <CLI/CLI.hpp>
 
@@ -17,7 +17,7 @@
 
 namespace {
 
-using namespace audlmd::test;
+using namespace audlmd::soak;
 using Clock = std::chrono::steady_clock;
 
 /// Makes ALSA's file plugin over its null plugin the only sound device: no sound card is needed, and no clock

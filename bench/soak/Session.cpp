@@ -1,6 +1,6 @@
-#include "tests/soak/Session.hpp"
+#include "bench/soak/Session.hpp"
 
-#include "tests/soak/RandomPlayer.hpp"
+#include "bench/soak/RandomPlayer.hpp"
 #include "tools/audlmd/play/CarryOut.hpp"
 
 #include <algorithm>
@@ -12,7 +12,7 @@
 #include <string_view>
 #include <thread>
 
-namespace audlmd::test {
+namespace audlmd::soak {
 namespace {
 
 using namespace std::chrono_literals;
@@ -109,4 +109,4 @@ void runSession(unsigned int seed, const command::SoundDevices& devices, SoakTot
     ++totals.sessions;
 }
 
-} // namespace audlmd::test
+} // namespace audlmd::soak

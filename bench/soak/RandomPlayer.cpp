@@ -1,12 +1,13 @@
-#include "tests/soak/RandomPlayer.hpp"
-
-#include "tests/standalone/mix/TestTimeline.hpp"
+#include "bench/soak/RandomPlayer.hpp"
 
 #include <chrono>
+#include <cmath>
+#include <string>
 #include <thread>
 #include <utility>
+#include <vector>
 
-namespace audlmd::test {
+namespace audlmd::soak {
 namespace {
 
 constexpr std::int64_t length = 20 * 48000;
@@ -28,10 +29,17 @@ private:
     std::shared_ptr<SampleSource> source_;
 };
 
+/// At 0.7 of full scale.
+std::shared_ptr<SampleSource> tone(double samplesPerRadian) {
+    std::vector<float> samples(length);
+    for (std::size_t i = 0; i < samples.size(); ++i)
+        samples[i] = static_cast<float>(0.7 * std::sin(static_cast<double>(i) / samplesPerRadian));
+    return std::make_shared<MemorySource>(std::move(samples));
+}
+
 /// Made once, because all sessions may read the same samples.
 const Media& fastMedia() {
-    static const Media media{.channels = {std::make_shared<MemorySource>(soundNumber(1, length)),
-                                          std::make_shared<MemorySource>(soundNumber(2, length))}};
+    static const Media media{.channels = {tone(17.0), tone(23.0)}};
     return media;
 }
 
@@ -50,7 +58,11 @@ Timeline randomTimeline(std::mt19937& random) {
         timeline.tracks.push_back({.name = std::to_string(track), .strips = {}});
         for (std::int64_t at = 0; at < length;) {
             const auto samples = static_cast<std::int64_t>(48000 + random() % 144000);
-            TimelineStrip strip = stripOf(random() % 4 == 0 ? "slow" : "fast", at, samples);
+            TimelineStrip strip;
+            strip.media = random() % 4 == 0 ? "slow" : "fast";
+            strip.at = at;
+            strip.length = samples;
+            strip.settings.to = samples;
             strip.settings.reverse = random() % 3 == 0;
             timeline.tracks.back().strips.push_back(std::move(strip));
             at += samples - 12000;
@@ -79,4 +91,4 @@ std::unique_ptr<LivePlayer> randomPlayer(std::mt19937& random) {
     }
 }
 
-} // namespace audlmd::test
+} // namespace audlmd::soak

@@ -5,7 +5,7 @@
 #include <atomic>
 #include <cstdint>
 
-namespace audlmd::test {
+namespace audlmd::soak {
 
 /// Of all sessions together.
 struct SoakTotals {
@@ -23,4 +23,4 @@ struct SoakTotals {
 /// number or too large, or where the transport does not play on in the end.
 void runSession(unsigned int seed, const command::SoundDevices& devices, SoakTotals& totals);
 
-} // namespace audlmd::test
+} // namespace audlmd::soak

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <vector>
 
-namespace audlmd::test {
+namespace audlmd::soak {
 
 /// The memory of the process as the system sees it (resident set), noted again and again.
 class FlatMemory {
@@ -24,4 +24,4 @@ private:
     std::vector<double> notes_;
 };
 
-} // namespace audlmd::test
+} // namespace audlmd::soak
