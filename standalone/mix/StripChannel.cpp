@@ -50,8 +50,9 @@ StripChannel::StripChannel(MaterialCache& cache, const StripSettings& settings,
 void StripChannel::load(std::uint64_t position) const {
     const StripPlan& plan = player_.plan();
     const StripSettings& settings = plan.settings;
-    const std::int64_t sample =
-        plan.materialPosition(static_cast<std::int64_t>(static_cast<double>(position) * plan.speedInForce));
+    // The mixer may have moved on beyond the end since the strip was requested.
+    const auto output = static_cast<double>(std::min(position, plan.outputLength));
+    const std::int64_t sample = plan.materialPosition(static_cast<std::int64_t>(output * plan.speedInForce));
     constexpr bool wait = false;
     if (settings.reverse)
         Aud::SampleCache::ReverseIterator(settings.cookie, sample + 1, wait, material_.cache, !wait,

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <sstream>
 #include <stdexcept>
 #include <utility>
 
@@ -37,12 +38,17 @@ StripSettings settingsAt(const StripSettings& strip, double speed) {
     const double factor = std::fabs(speed);
     if (factor == 1.0)
         return settings;
-    requireSpeed(factor);
     settings.speed *= factor;
-    requireSpeed(settings.speed);
+    if (!isSpeed(factor) || !isSpeed(settings.speed)) {
+        std::ostringstream sentence;
+        sentence << "a transport plays at " << slowestSpeed << " to " << fastestSpeed
+                 << " times the speed, counted with the strip's own speed, and backwards with a minus sign, "
+                    "not at "
+                 << speed;
+        throw std::invalid_argument(sentence.str());
+    }
     if (settings.converter != Converter::linear)
-        settings.converter = filteringSpeedInForce(settings.speed) == settings.speed ? Converter::filtering
-                                                                                     : Converter::linear;
+        settings.converter = isFilteringSpeed(settings.speed) ? Converter::filtering : Converter::linear;
     return settings;
 }
 
@@ -136,11 +142,13 @@ void LiveContent::request(double position, double speed, std::size_t frames, boo
     const StripPlan plan(settingsAt(strip_, speed));
     const double played = speed < 0.0 ? static_cast<double>(length()) - position : position;
     const bool reverse = plan.settings.reverse;
+    const double samples =
+        std::min(static_cast<double>(frames) * plan.speedInForce, static_cast<double>(length()) - played);
     // One more, because the first samples may lie near the end of their segment.
-    const auto last = static_cast<int>(static_cast<double>(frames) * plan.speedInForce / segmentLength_) + 1;
-    for (int segment = 0; segment <= last; ++segment) {
-        const std::int64_t sample = plan.materialPosition(std::llround(played)) +
-                                    (reverse ? -segment : segment) * std::int64_t{segmentLength_};
+    const std::int64_t last = static_cast<std::int64_t>(samples / segmentLength_) + 1;
+    for (std::int64_t segment = 0; segment <= last; ++segment) {
+        const std::int64_t sample =
+            plan.materialPosition(std::llround(played)) + (reverse ? -segment : segment) * segmentLength_;
         for (const Cookie& cookie : cookies_)
             if (reverse) {
                 const Aud::SampleCache::ReverseIterator reader(cookie, sample + 1, wait, cache_, !wait,

@@ -211,6 +211,8 @@ void LivePlayer::seek(std::int64_t position) {
 }
 
 void LivePlayer::jog(std::int64_t samples) {
+    // No jog is longer than the sound, and so none overflows.
+    samples = std::clamp(samples, -length(), length());
     const Impl::Lock lock(impl_->mutex);
     LiveOrder& order = impl_->order;
     if (impl_->playsOn(lock)) {
@@ -228,7 +230,9 @@ void LivePlayer::jog(std::int64_t samples) {
 
 void LivePlayer::setLoop(std::optional<LoopRange> range) {
     const auto shortest = std::llround(shortestLoop * sampleRate());
-    if (range && (range->from < 0 || range->to > length() || range->to - range->from < shortest))
+    // The first two conditions keep the difference from overflowing.
+    if (range && (range->from < 0 || range->to < range->from || range->to > length() ||
+                  range->to - range->from < shortest))
         throw std::invalid_argument("a loop lies inside the sound and lasts at least 0.05 seconds");
     const Impl::Lock lock(impl_->mutex);
     impl_->order.loop = range;
