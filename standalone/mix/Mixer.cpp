@@ -23,8 +23,6 @@ namespace {
 
 constexpr std::size_t mostBlock = 65536;
 constexpr std::size_t mostSpansOfTheOutput = 1024;
-/// Far from overflow, also when some seconds are added.
-constexpr std::int64_t mostPosition = std::int64_t{1} << 60;
 
 /// Shorter than a cache's usual segments, because a strip of a mix may be short, and what is loaded beyond
 /// its end is not heard.
@@ -161,9 +159,13 @@ void Mixer::Impl::render(std::int64_t position, std::span<const std::span<float>
     if (channels.size() != timeline.channels)
         throw std::invalid_argument("the timeline has " + std::to_string(timeline.channels) +
                                     " channels, not " + std::to_string(channels.size()));
-    if (position < -mostPosition || position > mostPosition)
-        throw std::invalid_argument("the output position " + std::to_string(position) + " is out of range");
     const std::size_t frames = channels.front().size();
+    for (std::size_t channel = 1; channel < channels.size(); ++channel)
+        if (channels[channel].size() != frames)
+            throw std::invalid_argument("the buffer of channel " + std::to_string(channel + 1) + " has " +
+                                        std::to_string(channels[channel].size()) +
+                                        " samples, but that of channel 1 has " + std::to_string(frames));
+    requirePosition(position, "the start of the stretch");
     std::vector<std::span<float>> block(channels.size());
     for (std::size_t done = 0; done < frames; done += options_.block) {
         const std::size_t count = std::min(options_.block, frames - done);

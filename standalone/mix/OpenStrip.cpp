@@ -23,18 +23,15 @@ constexpr double mostGainDb = 60.0;
 /// 20 log10(2).
 constexpr double decibelsPerDoubling = 6.020599913279624;
 
-/// For places and lengths in the output: 190,000 years at 48 kHz, and no sum of a few of them overflows.
-constexpr std::int64_t mostSamples = std::int64_t{1} << 58;
-
 /// How often a gain is doubled beside the level stage, which gives up to +10 dB. A doubling is exact.
 int doublingsOf(double gainDb) {
-    return std::max(0, static_cast<int>(std::ceil((gainDb - faderTopDecibels) / decibelsPerDoubling)));
+    return static_cast<int>(std::ceil(std::max(0.0, gainDb - faderTopDecibels) / decibelsPerDoubling));
 }
 
-void requireInRange(std::int64_t samples, std::int64_t least, const char* what) {
-    if (samples < least || samples > mostSamples)
-        throw std::invalid_argument(std::string(what) + " of " + std::to_string(samples) +
-                                    " samples is out of range");
+void requireLength(std::int64_t samples, const std::string& what) {
+    requirePosition(samples, what);
+    if (samples < 0)
+        throw std::invalid_argument(what + " of " + std::to_string(samples) + " samples is negative");
 }
 
 /// For all channels, without the cookie.
@@ -85,9 +82,9 @@ PreparedMedia prepare(const Media& media, int sampleRate) {
 }
 
 OutputSpan soundingSpan(const TimelineStrip& strip, int sampleRate) {
-    requireInRange(strip.at, -mostSamples, "a place");
-    requireInRange(strip.length, 0, "a length");
-    requireInRange(strip.skip, 0, "a skipped part");
+    requirePosition(strip.at, "the place");
+    requireLength(strip.length, "the length");
+    requireLength(strip.skip, "the part that is skipped");
     const StripPlan plan(playerSettings(strip, sampleRate, true));
     const std::int64_t heard = static_cast<std::int64_t>(plan.outputLength) - strip.skip;
     return {.from = strip.at, .to = strip.at + std::clamp<std::int64_t>(heard, 0, strip.length)};

@@ -58,7 +58,11 @@ RateConvertedSource::RateConvertedSource(std::shared_ptr<SampleSource> source, i
     const std::int64_t common = std::gcd(inRate, outRate);
     inPeriod_ = inRate / common;
     outPeriod_ = outRate / common;
-    length_ = dividedUp(source_->length() * outPeriod_, inPeriod_);
+    // Whole periods apart from the rest: the product of a long length and a period does not fit into 64 bits.
+    const std::int64_t length = source_->length();
+    if (static_cast<double>(length) / inRate * outRate > 0x1p60)
+        throw refusal(inRate, outRate, "the result is longer than 2^60 samples");
+    length_ = length / inPeriod_ * outPeriod_ + dividedUp(length % inPeriod_ * outPeriod_, inPeriod_);
     periodsPerBlock_ = std::max<std::int64_t>(1, blockLength / outPeriod_);
     margin_ = std::max(filterReach, dividedUp(filterReach * inPeriod_, outPeriod_));
 }

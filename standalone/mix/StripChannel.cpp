@@ -47,8 +47,9 @@ StripChannel::StripChannel(MaterialCache& cache, const StripSettings& settings,
 
 void StripChannel::load(std::uint64_t position) const {
     const StripPlan& plan = player_.plan();
-    const std::int64_t sample =
-        plan.materialPosition(static_cast<std::int64_t>(static_cast<double>(position) * plan.speedInForce));
+    // The mixer may have moved on beyond the end since the strip was requested.
+    const auto output = static_cast<double>(std::min(position, plan.outputLength));
+    const std::int64_t sample = plan.materialPosition(static_cast<std::int64_t>(output * plan.speedInForce));
     material_.cache.request(material_.cookie, sample, plan.direction(), plan.gearing,
                             plan.settings.forwardArgument);
 }

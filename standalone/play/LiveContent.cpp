@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <sstream>
 #include <stdexcept>
 #include <utility>
 
@@ -36,12 +37,17 @@ StripSettings settingsAt(const StripSettings& strip, double speed) {
     const double factor = std::fabs(speed);
     if (factor == 1.0)
         return settings;
-    requireSpeed(factor);
     settings.speed *= factor;
-    requireSpeed(settings.speed);
+    if (!isSpeed(factor) || !isSpeed(settings.speed)) {
+        std::ostringstream sentence;
+        sentence << "a transport plays at " << slowestSpeed << " to " << fastestSpeed
+                 << " times the speed, counted with the strip's own speed, and backwards with a minus sign, "
+                    "not at "
+                 << speed;
+        throw std::invalid_argument(sentence.str());
+    }
     if (settings.converter != Converter::linear)
-        settings.converter = filteringSpeedInForce(settings.speed) == settings.speed ? Converter::filtering
-                                                                                     : Converter::linear;
+        settings.converter = isFilteringSpeed(settings.speed) ? Converter::filtering : Converter::linear;
     return settings;
 }
 
@@ -138,11 +144,13 @@ std::vector<Aud::SampleCacheSegment> LiveContent::request(double position, doubl
     const StripPlan plan(settingsAt(strip_, speed));
     const double played = speed < 0.0 ? static_cast<double>(length()) - position : position;
     const std::int64_t first = plan.materialPosition(std::llround(played));
+    const double samples =
+        std::min(static_cast<double>(frames) * plan.speedInForce, static_cast<double>(length()) - played);
     // One more, because the first samples may lie near the end of their segment.
-    const auto last = static_cast<int>(static_cast<double>(frames) * plan.speedInForce / segmentLength_) + 1;
+    const std::int64_t last = static_cast<std::int64_t>(samples / segmentLength_) + 1;
     std::vector<Aud::SampleCacheSegment> segments;
-    for (int segment = 0; segment <= last; ++segment) {
-        const std::int64_t away = segment * std::int64_t{segmentLength_};
+    for (std::int64_t segment = 0; segment <= last; ++segment) {
+        const std::int64_t away = segment * segmentLength_;
         for (const Cookie& cookie : cookies_)
             segments.push_back(cache_.request(cookie, plan.settings.reverse ? first - away : first + away,
                                               plan.direction(), plan.gearing, strip_.forwardArgument));

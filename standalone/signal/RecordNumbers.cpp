@@ -3,7 +3,6 @@
 #include "loop_modes/ModeCode.hpp"
 #include "standalone/signal/Fade.hpp"
 #include "standalone/signal/GainLaws.hpp"
-#include "standalone/signal/Speed.hpp"
 
 #include <iomanip>
 #include <sstream>
@@ -131,12 +130,7 @@ void addFilteringConversion(List& list, const IteratorCreationParams& params) {
         list.add("srcState.opened", "0 (this call opens the resampler and renders nothing)");
         list.addPosition("subSampleStart", *params.subSampleStart);
     }
-    const auto speed = static_cast<double>(*params.speed);
-    const double inForce = filteringSpeedInForce(speed);
-    if (inForce == speed)
-        list.add("speed", speed);
-    else
-        list.add("speed", speed, " (limited to ", inForce, ")");
+    list.add("speed", *params.speed);
 }
 
 } // namespace

@@ -44,7 +44,7 @@ std::int64_t inverse(std::int64_t number, std::int64_t modulus) {
 } // namespace
 
 void requireSpeed(double speed) {
-    if (speed >= slowestSpeed && speed <= fastestSpeed)
+    if (isSpeed(speed))
         return;
     std::ostringstream sentence;
     sentence << "the speed must be a number from " << slowestSpeed << " to " << fastestSpeed << ", not "
@@ -99,6 +99,21 @@ double filteringSpeedInForce(double speed) {
     if (&cfgAudioPlaybackSpeedLimit != nullptr && speed > cfgAudioPlaybackSpeedLimit)
         return cfgAudioPlaybackSpeedLimit;
     return speed;
+}
+
+bool isFilteringSpeed(double speed) {
+    return filteringSpeedInForce(speed) == speed;
+}
+
+void requireFilteringSpeed(double speed) {
+    if (isFilteringSpeed(speed))
+        return;
+    std::ostringstream sentence;
+    sentence << "the filtering converter plays at speeds from " << filteringSpeedInForce(slowestSpeed)
+             << " to " << filteringSpeedInForce(fastestSpeed)
+             << " (the setting AudioPlaybackSpeedLimit), not at " << speed
+             << ": choose the linear converter for this speed";
+    throw std::invalid_argument(sentence.str());
 }
 
 } // namespace audlmd

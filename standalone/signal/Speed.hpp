@@ -11,7 +11,11 @@ namespace audlmd {
 inline constexpr double slowestSpeed = 1e-6;
 inline constexpr double fastestSpeed = 1e6;
 
-/// Throws std::invalid_argument unless the speed is a number from slowestSpeed to fastestSpeed.
+/// Whether the speed is a number from slowestSpeed to fastestSpeed.
+inline bool isSpeed(double speed) {
+    return speed >= slowestSpeed && speed <= fastestSpeed;
+}
+/// Throws std::invalid_argument unless isSpeed().
 void requireSpeed(double speed);
 
 /// The position nearest to a number of source samples; ties go away from zero. A negative number gives the
@@ -38,8 +42,11 @@ std::uint64_t positionsUpTo(const Aud::SubSamplePos& last, const Aud::SubSampleP
 std::uint64_t stepsToWholePosition(const Aud::SubSamplePos& start, const Aud::SubSamplePos& step);
 
 /// The speed at which the filtering converter plays when asked for `speed`: at least 1/1024, at most
-/// cfgAudioPlaybackSpeedLimit. Without the library there is no upper limit. Trap: the caller must tell the
-/// user where the result differs from the speed that was asked for.
+/// cfgAudioPlaybackSpeedLimit. Without the library there is no upper limit.
 double filteringSpeedInForce(double speed);
+/// Whether the filtering converter plays at a speed as asked. The linear converter does at any.
+bool isFilteringSpeed(double speed);
+/// Throws std::invalid_argument, naming the limits and the linear converter, unless isFilteringSpeed().
+void requireFilteringSpeed(double speed);
 
 } // namespace audlmd

@@ -11,15 +11,16 @@
 namespace audlmd {
 namespace {
 
-/// Counted without a sign, because the distance of two positions may exceed the largest signed number.
 std::int64_t lengthOf(const StripSettings& settings) {
+    requirePosition(settings.from, "the start of the range");
+    requirePosition(settings.to, "the end of the range");
     if (settings.from >= settings.to)
         throw std::invalid_argument("the range from sample " + std::to_string(settings.from) + " to sample " +
                                     std::to_string(settings.to) + " is empty");
-    const auto length = static_cast<std::uint64_t>(settings.to) - static_cast<std::uint64_t>(settings.from);
-    if (length > static_cast<std::uint64_t>(longestRange))
+    const std::int64_t length = settings.to - settings.from;
+    if (length > longestRange)
         throw std::invalid_argument("the range is longer than " + std::to_string(longestRange) + " samples");
-    return static_cast<std::int64_t>(length);
+    return length;
 }
 
 void requireUValue(const std::optional<float>& uValue, const char* level) {
@@ -39,6 +40,13 @@ unsigned int envelopeStageOf(Aud::Render::EnvelopeKind envelope, bool middleLeve
 }
 
 } // namespace
+
+void requirePosition(std::int64_t position, const std::string& what) {
+    if (position < -farthestPosition || position > farthestPosition)
+        throw std::invalid_argument(what + " is sample " + std::to_string(position) +
+                                    ", out of range: positions go up to " + std::to_string(farthestPosition) +
+                                    " on either side of 0");
+}
 
 StripPlan::StripPlan(StripSettings stripSettings)
     : settings(std::move(stripSettings)), rangeLength(lengthOf(settings)) {
@@ -77,7 +85,7 @@ void StripPlan::chooseModes() {
 
 void StripPlan::chooseSpeed() {
     requireSpeed(settings.speed);
-    double asked = settings.speed;
+    const double asked = settings.speed;
     switch (settings.converter) {
     case Converter::none:
         if (asked != 1.0)
@@ -88,21 +96,17 @@ void StripPlan::chooseSpeed() {
         speedInForce = sourceSamplesOf(step);
         break;
     case Converter::filtering:
-        // The library reads the speed in single precision and limits that number. The output length follows
-        // from the speed before the rounding, limited in the same way.
+        requireFilteringSpeed(asked);
+        // The library reads the speed in single precision and limits that number, which may have been rounded
+        // beyond the limit. The output length follows from the speed before the rounding.
         speed = static_cast<float>(asked);
         speedInForce = filteringSpeedInForce(static_cast<double>(speed));
-        asked = filteringSpeedInForce(asked);
         step = subSamplePosOf(speedInForce);
         break;
     }
     // The rounded speed might make one sample more than the speed asked for.
     outputLength = static_cast<std::uint64_t>(std::ceil(static_cast<double>(rangeLength) / asked));
     gearing = settings.gearing.value_or(Orv::OutputGearing{speedInForce});
-}
-
-bool StripPlan::speedIsLimited() const {
-    return settings.converter == Converter::filtering && speedInForce != static_cast<double>(speed);
 }
 
 /// In reverse the range is read from its last sample, which lies one before `to`.

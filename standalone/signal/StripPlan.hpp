@@ -5,11 +5,20 @@
 #include "standalone/signal/StripSettings.hpp"
 
 #include <cstdint>
+#include <string>
 
 namespace audlmd {
 
 /// The longest range of a strip, in samples: 5.8 years at 48 kHz.
 inline constexpr std::int64_t longestRange = std::int64_t{1} << 43;
+
+/// How far from 0 a sample of a material or of an output may lie, on either side: 761,000 years at 48 kHz. A
+/// sum of several such positions still fits into 64 bits, and so does what a reader adds to look ahead.
+inline constexpr std::int64_t farthestPosition = std::int64_t{1} << 60;
+
+/// Throws std::invalid_argument, with a sentence that begins with `what`, for a position beyond
+/// farthestPosition. Use this before any arithmetic on a position that a program or a file has given.
+void requirePosition(std::int64_t position, const std::string& what);
 
 /// What follows from the settings of a strip alone: mode codes, lengths, speeds, positions. A plan needs
 /// neither cache nor library, and never changes.
@@ -19,9 +28,6 @@ struct StripPlan {
     /// Throws std::invalid_argument, with a sentence for the user, for settings that are out of range or
     /// exclude each other.
     explicit StripPlan(StripSettings stripSettings);
-
-    /// Whether the speed asked for lies beyond the limits of the filtering converter.
-    bool speedIsLimited() const;
 
     Aud::Render::Direction direction() const {
         return settings.reverse ? Aud::Render::Direction::reverse : Aud::Render::Direction::forward;
@@ -50,9 +56,9 @@ struct StripPlan {
     /// The speed as the linear converter reads the speed: source samples per output sample, to the nearest
     /// fraction. With the filtering converter, the length of the step that opens the resampler.
     Aud::SubSamplePos step{1, 0};
-    /// The speed as the filtering converter reads the speed, before that converter limits it.
+    /// The speed as the filtering converter reads the speed, in single precision.
     float speed = 1.0F;
-    /// Source samples per output sample, after rounding and limiting.
+    /// Source samples per output sample, after rounding.
     double speedInForce = 1.0;
     /// Of the settings, or else the speed in force.
     Orv::OutputGearing gearing;

@@ -48,10 +48,8 @@ public:
     unsigned long fullLevelModeCode() const { return plan_.fullLevelModeCode; }
     /// In output samples, for the whole range.
     std::uint64_t outputLength() const { return plan_.outputLength; }
-    /// In source samples per output sample, after rounding and limiting.
+    /// In source samples per output sample, after rounding.
     double speedInForce() const { return plan_.speedInForce; }
-    /// See StripPlan::speedIsLimited().
-    bool speedIsLimited() const { return plan_.speedIsLimited(); }
 
     /// The next output sample to render.
     std::uint64_t position() const { return position_; }

@@ -50,8 +50,8 @@ struct StripSettings {
     std::optional<AutomationWalk> automation;
 
     Converter converter = Converter::none;
-    /// In source samples per output sample, from slowestSpeed to fastestSpeed. Without a converter the speed
-    /// is 1.
+    /// In source samples per output sample, from slowestSpeed to fastestSpeed; with the filtering converter,
+    /// as isFilteringSpeed() says. Without a converter the speed is 1.
     double speed = 1.0;
 
     /// Waits for samples that are not loaded yet. Without waiting such samples are silent, and counted as

@@ -13,6 +13,10 @@ namespace audlmd::timeline {
 /// The gain of a strip has this upper limit, in decibels.
 inline constexpr double highestGainDb = 60.0;
 
+/// The note where the linear converter takes the place of the filtering one, which does not reach the speed.
+inline constexpr const char* linearInstead =
+    "the speed is beyond the limits of the filtering converter; the linear one is used";
+
 /// The list "equaliser": at most five bands, each an object {"kind", "frequency", "gain", "q"} or a text for
 /// ReadOptions::band. The number of bands and their limits are checked by requireBands(), once the sample
 /// rate is known.

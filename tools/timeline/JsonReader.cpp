@@ -12,8 +12,8 @@
 namespace audlmd::timeline {
 namespace {
 
-/// In samples, so that sums of a few times fit into 64 bits.
-constexpr std::int64_t latest = std::int64_t{1} << 60;
+/// In samples.
+constexpr std::int64_t latest = farthestPosition;
 constexpr int highestSampleRate = 10'000'000;
 constexpr int mostChannels = 1024;
 
@@ -22,6 +22,7 @@ struct FileContext {
     const ReadOptions& options;
     int sampleRate;
     std::size_t channels;
+    std::vector<TimelineNote>& notes;
 };
 
 /// A whole number of samples, or seconds as a text: "1.5s". Nothing for anything else.
@@ -147,6 +148,10 @@ TimelineStrip readStrip(const Json& value, Where where, const FileContext& file)
     settings.speed = fields.number("speed", 1.0, slowestSpeed, fastestSpeed);
     settings.converter = fields.word("converter", converterWords)
                              .value_or(settings.speed == 1.0 ? Converter::none : Converter::filtering);
+    if (settings.converter == Converter::filtering && !isFilteringSpeed(settings.speed)) {
+        settings.converter = Converter::linear;
+        file.notes.push_back({where.text(), linearInstead});
+    }
     readRange(fields, file, strip);
     readPlace(fields, file, strip);
     FadePlan& fade = settings.fade;
@@ -205,7 +210,7 @@ Timeline readJson(const Json& root, const ReadOptions& options) {
     timeline.channels = static_cast<std::size_t>(
         fields.whole("channels", static_cast<std::int64_t>(options.channels), 1, mostChannels));
     timeline.timeReference = timeIn(fields, "timeReference", 0, timeline.sampleRate);
-    const FileContext file{options, timeline.sampleRate, timeline.channels};
+    const FileContext file{options, timeline.sampleRate, timeline.channels, timeline.notes};
     std::int64_t end = 0;
     if (const Json* tracks = fields.list("tracks"))
         for (const Json& track : *tracks) {

@@ -54,10 +54,10 @@ void setRange(const ClipPlacement& placement, TimelineStrip& strip) {
     strip.length = placement.samples(placement.end) - strip.at;
     const Rational speed = Rational(1) / magnitude(placement.inside.scale());
     const std::int64_t count = (Rational(strip.length) * speed).roundedUp();
-    if (count > std::int64_t{1} << 60)
-        placement.where.fail("plays more samples than any file can have");
     const std::int64_t first =
         placement.samples(placement.inside.contentAt(placement.begin) - placement.clip.mediaStart);
+    if (count > farthestPosition || first < -farthestPosition || first > farthestPosition)
+        placement.where.fail("plays more samples than any file can have");
     StripSettings& settings = strip.settings;
     settings.reverse = placement.inside.reversed();
     settings.from = settings.reverse ? first - count : first;
@@ -78,11 +78,9 @@ void setConverter(const ClipPlacement& placement, StripSettings& settings) {
         settings.converter = Converter::none;
     } else if (settings.converter == Converter::none) {
         placement.where.fail("the converter \"none\" plays at speed 1 only");
-    } else if (settings.converter == Converter::filtering &&
-               filteringSpeedInForce(settings.speed) != settings.speed) {
+    } else if (settings.converter == Converter::filtering && !isFilteringSpeed(settings.speed)) {
         settings.converter = Converter::linear;
-        placement.context.note(placement.where, "the speed is beyond the limits of the filtering converter; "
-                                                "the linear one is used");
+        placement.context.note(placement.where, linearInstead);
     }
 }
 

@@ -6,6 +6,7 @@
 #include <atomic>
 #include <limits>
 #include <random>
+#include <tuple>
 
 namespace audlmd::test {
 namespace {
@@ -107,6 +108,22 @@ TEST(Mixer, SumsInTheOrderOfTheTimelineInSinglePrecision) {
     EXPECT_EQ(mixed(halvesFirst, 0, 1).front().front(), 1.0F + 0x1p-23F);
 }
 
+TEST(Mixer, RefusesBuffersThatDoNotFit) {
+    Mixer mixer(timelineOf({}, 2), TestMedia().opener());
+    std::vector<float> samples(20, 7.0F);
+    const std::span<float> all(samples);
+    const std::tuple<std::int64_t, std::vector<std::span<float>>, const char*> table[] = {
+        {0, {all.first(4)}, "2 channels, not 1"},
+        {0, {all.first(4), all.subspan(4, 4), all.last(4)}, "2 channels, not 3"},
+        {0, {all.first(9), all.last(8)}, "channel 2 has 8 samples, but that of channel 1 has 9"},
+        {0, {all.first(8), all.last(9)}, "channel 2 has 9 samples"},
+        {farthestPosition + 1, {all.first(9), all.last(9)}, "the start of the stretch"}};
+    for (const auto& row : table)
+        EXPECT_THAT(([&] { mixer.render(std::get<0>(row), std::get<1>(row)); }),
+                    testing::ThrowsMessage<std::invalid_argument>(HasSubstr(std::get<2>(row))));
+    EXPECT_EQ(samples, std::vector<float>(20, 7.0F));
+}
+
 TEST(Mixer, ReportsWhatIsMissingAndPlaysTheRest) {
     class Broken final : public SampleSource {
     public:
@@ -191,7 +208,10 @@ TEST(Mixer, RefusesTimelinesThatCannotBePlayed) {
     strip.gainDb = std::numeric_limits<double>::quiet_NaN();
     EXPECT_THAT(refusal(strip), HasSubstr("the gain"));
     strip = stripOf("sound", std::numeric_limits<std::int64_t>::max(), 10);
-    EXPECT_THAT(refusal(strip), HasSubstr("out of range"));
+    EXPECT_THAT(refusal(strip), HasSubstr("the place is sample"));
+    strip = stripOf("sound", 0, 10);
+    strip.skip = -1;
+    EXPECT_THAT(refusal(strip), HasSubstr("the part that is skipped of -1 samples is negative"));
     strip = stripOf("sound", 0, 10);
     strip.settings.speed = 2.0;
     EXPECT_THAT(refusal(strip), HasSubstr("converter"));

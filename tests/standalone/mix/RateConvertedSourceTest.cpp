@@ -138,7 +138,8 @@ TEST(RateConvertedSource, RoundsTheLengthUp) {
         {148, 44100, 48000, 162},
         {384, 384000, 1000, 1},
         {385, 384000, 1000, 2},
-        {veryLong + 1, 3000, 6000, 2 * (veryLong + 1)}};
+        {veryLong + 1, 3000, 6000, 2 * (veryLong + 1)},
+        {(std::int64_t{44099} << 35) + 1, 44099, 48000, (std::int64_t{48000} << 35) + 2}};
     for (const auto& [inLength, inRate, outRate, outLength] : cases) {
         const auto source = convertedTo(std::make_shared<ScriptedSource>(inLength), inRate, outRate);
         EXPECT_EQ(source->length(), outLength) << inLength << " samples, " << inRate << " to " << outRate;

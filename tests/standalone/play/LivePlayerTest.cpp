@@ -10,6 +10,7 @@
 #include <chrono>
 #include <functional>
 #include <future>
+#include <limits>
 #include <random>
 #include <thread>
 
@@ -70,6 +71,9 @@ TEST(LivePlayer, FollowsTheTransport) {
     EXPECT_FALSE(player.isPlaying());
     player.seek(20000);
     EXPECT_EQ(player.position(), 20000);
+    player.jog(std::numeric_limits<std::int64_t>::max());
+    player.jog(std::numeric_limits<std::int64_t>::min());
+    player.seek(20000);
     player.jog(-500);
     player.jog(-500);
     {
@@ -105,9 +109,15 @@ TEST(LivePlayer, RefusesWhatCannotBePlayed) {
     EXPECT_THROW(LivePlayer(steadyMedia(100), {}, {.latency = 0.001}), std::invalid_argument);
     EXPECT_THROW(LivePlayer(Timeline{}, TestMedia().opener()), std::invalid_argument);
     LivePlayer player(steadyMedia(9600), {});
-    for (const LoopRange range : {LoopRange{-1, 5000}, {0, 9601}, {5000, 5100}, {5000, 1000}})
+    for (const LoopRange range : {LoopRange{-1, 5000},
+                                  {0, 9601},
+                                  {5000, 5100},
+                                  {5000, 1000},
+                                  {5000, std::numeric_limits<std::int64_t>::min()}})
         EXPECT_THROW(player.setLoop(range), std::invalid_argument) << range.from;
-    EXPECT_THROW(player.setSpeed(0.0), std::invalid_argument);
+    for (const double speed : {0.0, 2e6, -1e-7, std::numeric_limits<double>::quiet_NaN()})
+        EXPECT_THAT([&] { player.setSpeed(speed); }, testing::ThrowsMessage<std::invalid_argument>(
+                                                         testing::HasSubstr("with a minus sign, not at")));
     EXPECT_EQ(player.speed(), 1.0);
 }
 

@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <functional>
+#include <limits>
 #include <stdexcept>
 
 namespace audlmd::test {
@@ -50,8 +51,8 @@ TEST(StripPlan, FollowsFromTheSettings) {
         // Either speed is rounded down, so that the rounded speed would make one sample more.
         {1, speed(Converter::linear, 0.1), 1056, 1056, 107374182.0 / 1073741823.0, 10},
         {7, speed(Converter::filtering, 0.7), 1088, 1088, static_cast<double>(0.7F), 10},
-        {60, speed(Converter::filtering, 9.0), 1088, 1088, 6.0, 10},
-        {2, speed(Converter::filtering, 1e-6), 1088, 1088, 1.0 / 1024.0, 2048},
+        {60, speed(Converter::filtering, 6.0), 1088, 1088, 6.0, 10},
+        {2, speed(Converter::filtering, 1.0 / 1024.0), 1088, 1088, 1.0 / 1024.0, 2048},
     };
     for (const auto& row : table) {
         const StripPlan plan(settingsOf(row.length, row.change));
@@ -68,6 +69,11 @@ TEST(StripPlan, RefusesWhatCannotBePlayed) {
     const std::pair<Change, const char*> table[] = {
         {[](auto& s) { s.to = s.from; }, "is empty"},
         {[](auto& s) { s.to = s.from + longestRange + 1; }, "longer than"},
+        {[](auto& s) { s.from = -farthestPosition - 1, s.to = s.from + 9; },
+         "the start of the range is sample"},
+        {[](auto& s) { s.from = std::numeric_limits<std::int64_t>::min(), s.to = s.from + 9; },
+         "the start of"},
+        {[](auto& s) { s.from = farthestPosition - 8, s.to = s.from + 9; }, "the end of the range is sample"},
         {[](auto& s) {
              s.fade = {6, 5};
          },
@@ -79,6 +85,9 @@ TEST(StripPlan, RefusesWhatCannotBePlayed) {
         {[](auto& s) { s.equaliser.resize(1), s.sampleRate = 2000.0; }, "half the sample rate"},
         {speed(Converter::none, 2.0), "needs a converter"},
         {speed(Converter::linear, 0.0), "the speed must be"},
+        {speed(Converter::filtering, 6.0001),
+         "from 0.000976562 to 6 (the setting AudioPlaybackSpeedLimit), not at"},
+        {speed(Converter::filtering, 1e-6), "choose the linear converter"},
     };
     for (const auto& row : table)
         EXPECT_THAT([&] { StripPlan(settingsOf(10, row.first)); },

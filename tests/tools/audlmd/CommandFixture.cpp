@@ -21,6 +21,17 @@
 
 namespace audlmd::test {
 
+namespace {
+
+/// By the names alone: such a file grows, and may be long. Names of temporary files begin with a dot.
+bool hasTemporaryFile(const Path& folder) {
+    return std::ranges::any_of(std::filesystem::directory_iterator(folder), [](const auto& entry) {
+        return entry.path().filename().string().starts_with(".");
+    });
+}
+
+} // namespace
+
 CommandFixture::CommandFixture() {
     std::string name = (std::filesystem::temp_directory_path() / "audlmd-test-XXXXXX").string();
     folder_ = mkdtemp(name.data());
@@ -59,8 +70,11 @@ Outcome CommandFixture::run(const std::string& line, const Surroundings& surroun
         _exit(127);
     }
     if (surroundings.signal != 0) {
-        // Temporary files have names with a dot in front, which sort first.
-        for (int tries = 0; tries < 6000 && !files().begin()->first.starts_with("."); ++tries)
+        // A command that ends before it has a temporary file is a zombie until the wait below.
+        siginfo_t ended{};
+        while (!hasTemporaryFile(folder_ / "files") &&
+               waitid(P_PID, static_cast<id_t>(process), &ended, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+               ended.si_pid == 0)
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
         kill(process, surroundings.signal);
     }

@@ -57,9 +57,12 @@ TEST_F(PlayCommand, SaysWhatCannotBePlayed) {
 /// The command on a terminal, which the test reads and types on.
 class TypedCommand {
 public:
-    explicit TypedCommand(const Path& sound) : process_(forkpty(&terminal_, nullptr, nullptr, nullptr)) {
+    /// `line` is for a shell with job control, which calls the command $PLAY.
+    explicit TypedCommand(const std::string& line)
+        : process_(forkpty(&terminal_, nullptr, nullptr, nullptr)) {
         if (process_ == 0) {
-            execl(AUDLMD_COMMAND, "audlmd", "play", sound.c_str(), nullptr);
+            setenv("PLAY", AUDLMD_COMMAND " play", 1);
+            execl("/bin/sh", "sh", "-mc", line.c_str(), nullptr);
             _exit(127);
         }
     }
@@ -70,18 +73,18 @@ public:
     void type(const std::string& keys) const {
         EXPECT_EQ(write(terminal_, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
     }
-    /// Reads until the text is on the screen.
-    void await(const std::string& text) const {
-        std::string screen;
+    /// Reads until the text is on the screen, behind the text that was awaited before.
+    void await(const std::string& text) {
         std::vector<char> bytes(4096);
         pollfd output{.fd = terminal_, .events = POLLIN, .revents = 0};
-        while (screen.find(text) == std::string::npos && poll(&output, 1, 5000) > 0) {
+        while (screen_.find(text) == std::string::npos && poll(&output, 1, 5000) > 0) {
             const ssize_t count = read(terminal_, bytes.data(), bytes.size());
             if (count <= 0)
                 break;
-            screen.append(bytes.data(), static_cast<std::size_t>(count));
+            screen_.append(bytes.data(), static_cast<std::size_t>(count));
         }
-        EXPECT_THAT(screen, HasSubstr(text));
+        EXPECT_THAT(screen_, HasSubstr(text));
+        screen_.erase(0, screen_.find(text) + text.size());
     }
     tcflag_t modes() const {
         termios terminal{};
@@ -100,12 +103,13 @@ public:
 private:
     int terminal_ = -1;
     pid_t process_;
+    std::string screen_;
 };
 
 TEST_F(PlayCommand, ObeysKeysAndLeavesTheTerminalAsItWas) {
     writeSound(in("a.wav"), noise(2, 48'000 * 60));
     for (const int signal : {0, SIGTERM, SIGINT, SIGHUP}) {
-        const TypedCommand command(in("a.wav"));
+        TypedCommand command("exec $PLAY " + in("a.wav").string());
         const tcflag_t before = command.modes();
         command.await("/0:01:00.0 +1x [");
         EXPECT_EQ(command.modes() & (ICANON | ECHO), 0U);
@@ -121,6 +125,33 @@ TEST_F(PlayCommand, ObeysKeysAndLeavesTheTerminalAsItWas) {
             command.kill(signal);
         EXPECT_EQ(command.end(), signal);
         EXPECT_EQ(command.modes(), before) << signal;
+    }
+}
+
+TEST_F(PlayCommand, PlaysInTheBackgroundWithoutKeys) {
+    writeSound(in("short.wav"), noise(2, 24'000));
+    writeSound(in("long.wav"), noise(2, 48'000 * 60));
+    struct {
+        std::string line, shown, typed;
+    } const table[] = {
+        {"stty tostop; $PLAY short.wav & wait $!; echo ended $?", "late: 0 samples", ""},
+        {"$PLAY long.wav & sleep 1; kill $!; wait $!; echo ended $(($? - 143))", "", ""},
+        {"$PLAY long.wav & sleep 0.2; fg; echo ended $?", "/0:01:00.0 +1x [", "q"},
+        // Stopped and let go on, the command leaves the terminal to the shell.
+        {"$PLAY long.wav & (sleep 1; kill -STOP $!) & fg %1; stty echo icanon; bg %1; sleep 0.2; kill %1; "
+         "wait %1; "
+         "echo ended $(($? - 143))",
+         "/0:01:00.0 +1x [", ""},
+    };
+    for (const auto& row : table) {
+        SCOPED_TRACE(row.line);
+        TypedCommand command("cd " + in("").string() + "; " + row.line);
+        const tcflag_t before = command.modes();
+        command.await(row.shown);
+        command.type(row.typed);
+        command.await("ended 0");
+        EXPECT_EQ(command.end(), 0);
+        EXPECT_EQ(command.modes() & (ICANON | ECHO), before & (ICANON | ECHO));
     }
 }
 

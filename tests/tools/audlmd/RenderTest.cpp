@@ -89,18 +89,17 @@ TEST_F(Render, EqualisesWithSeveralBands) {
                 3.0, 0.2);
 }
 
-TEST_F(Render, EndsWithFiguresAndSaysSoWhereTheSpeedLimitBites) {
+TEST_F(Render, EndsWithFiguresAndRefusesWhatTheSpeedLimitExcludes) {
     writeSound(in("a.wav"), noise(1, 48000));
     const std::string line = "render a.wav -o out.wav --speed 4";
     const std::string figures = output(line);
     EXPECT_TRUE(figures.starts_with("rendered 12000 samples on 1 channel (0.250 s) in ")) << figures;
     EXPECT_TRUE(figures.ends_with(" times real time; underruns: 0 samples in 0 episodes\n")) << figures;
     setenv("AUDLMD_AudioPlaybackSpeedLimit", "2", 1);
-    const Outcome limited = run(line);
+    expectRefused(line, "to 2 (the setting AudioPlaybackSpeedLimit), not at 4: choose the linear converter");
+    expectRefused("play a.wav --speed 4 --converter filtering", "choose the linear converter");
+    output(line + " --converter linear");
     unsetenv("AUDLMD_AudioPlaybackSpeedLimit");
-    EXPECT_EQ(limited.status, 0);
-    EXPECT_TRUE(limited.errors.starts_with("audlmd: note: ")) << limited.errors;
-    EXPECT_EQ(readSound(in("out.wav")).front().size(), 24000U);
 }
 
 TEST_F(Render, GivesTheSameBytesForAnyBlockAndAnyThreads) {

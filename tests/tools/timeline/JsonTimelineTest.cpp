@@ -32,7 +32,8 @@ TEST(JsonTimeline, FillsInWhatIsLeftOut) {
     ReadOptions how = options();
     how.media = [](const std::string&) { return MediaFacts{44'100, 44'100, 0}; };
     const Timeline read = readTimeline(R"({"audlmd": 1, "tracks": [{"strips": [
-        {"media": "x.wav", "at": "1.5s", "speed": 2, "skip": 1000, "fadeIn": {"length": "0.25s"}}]}]})",
+        {"media": "x.wav", "at": "1.5s", "speed": 2, "skip": 1000, "fadeIn": {"length": "0.25s"}},
+        {"media": "x.wav", "speed": 0.0005, "length": 5}]}]})",
                                        how);
     const TimelineStrip& strip = read.tracks.at(0).strips.at(0);
     EXPECT_EQ(strip.media, "/media/x.wav");
@@ -42,6 +43,9 @@ TEST(JsonTimeline, FillsInWhatIsLeftOut) {
     EXPECT_EQ(strip.settings.converter, Converter::filtering);
     EXPECT_EQ(strip.settings.fade.fadeInSamples, 12'000U);
     EXPECT_EQ(read.length, 95'000);
+    // Slower than the filtering converter plays.
+    EXPECT_EQ(read.tracks.at(0).strips.at(1).settings.converter, Converter::linear);
+    EXPECT_NE(read.notes.at(0).text.find("the linear one is used"), std::string::npos);
 }
 
 TEST(JsonTimeline, RefusesNamingStripAndKey) {

@@ -1,4 +1,3 @@
-#include "standalone/signal/Speed.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/options/AutomationFile.hpp"
 #include "tools/audlmd/options/StripOptions.hpp"
@@ -16,7 +15,7 @@ namespace {
 struct Rates {
     /// Of the input and of the output, in samples per second.
     int sampleRate;
-    /// In force, in source samples per output sample.
+    /// In source samples per output sample.
     double speed;
 };
 
@@ -96,10 +95,7 @@ StripSettings StripOptions::settingsFor(const StripInput& input) const {
         settings.converter = converter.value_or(Converter::filtering);
     }
     resolveRange(*this, input, settings);
-    // Lengths as heard depend on the speed in force, which the filtering converter may have limited.
-    const Rates rates{input.sampleRate, settings.converter == Converter::filtering
-                                            ? filteringSpeedInForce(settings.speed)
-                                            : settings.speed};
+    const Rates rates{input.sampleRate, settings.speed};
     resolveFades(*this, rates, settings);
     if (automation)
         settings.automation = AutomationWalk{

@@ -16,6 +16,7 @@
 #include <chrono>
 #include <cstdio>
 #include <thread>
+#include <utility>
 
 namespace audlmd::command {
 namespace {
@@ -45,12 +46,21 @@ PlayStatus statusOf(LivePlayer& player, const SoundDevices::Stream& stream) {
     return status;
 }
 
+/// In the background there are no keys, and the command ends as without a terminal.
 void followKeys(LivePlayer& player, const SoundDevices::Stream& stream) {
-    std::puts(TransportKeys::help);
     const KeyTerminal terminal;
     TransportKeys keys(player.length(), player.sampleRate());
+    bool isHelped = false;
     bool quits = false;
     while (!quits) {
+        stream.requireActive();
+        if (!terminal.hasKeys()) {
+            std::this_thread::sleep_for(statusInterval);
+            quits = !player.isPlaying();
+            continue;
+        }
+        if (!std::exchange(isHelped, true))
+            std::puts(TransportKeys::help);
         for (const Key key : keysIn(terminal.read(statusInterval, quits)))
             for (const TransportCommand& command :
                  keys.press(key, {player.isPlaying(), player.speed(), player.position()}))
@@ -59,7 +69,6 @@ void followKeys(LivePlayer& player, const SoundDevices::Stream& stream) {
                 else
                     carryOut(command, player);
         terminal.show(statusLine(statusOf(player, stream)));
-        stream.requireActive();
     }
 }
 

@@ -1,5 +1,6 @@
 #include "tools/audlmd/play/PlayOptions.hpp"
 
+#include "standalone/signal/Speed.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/options/ParsedOption.hpp"
 
@@ -18,7 +19,7 @@ constexpr const char* playHelp =
   I O X            start and end of a loop; no loop
   + -              the level
   Q                ends the command
-Without a terminal the command plays to the end and ends.
+Without a terminal, and in the background, the command plays to the end and ends.
 
 TIMELINES are those of mix (.otio, .json), with speed, direction and start as their only options. SOUND FILES
 have the sound options of render; --speed and --reverse say how the transport starts, and fades and automation
@@ -78,6 +79,9 @@ void PlayOptions::requireCompatible() const {
     if (input.empty() && !listDevices)
         throw CommandError("name a sound file or a timeline to play");
     strip.requireCompatible();
+    // Without --converter the transport takes the linear converter by itself.
+    if (strip.converter == Converter::filtering)
+        requireFilteringSpeed(strip.speed->factor);
     if (isTimeline() && (!strip.equaliser.empty() || strip.fadeIn || strip.fadeOut || strip.gain ||
                          strip.level || strip.automation || strip.converter))
         throw CommandError("a timeline has its own levels, fades and equalisers: only --speed, --reverse and "

@@ -15,13 +15,40 @@ namespace {
 constexpr std::array restoringSignals{SIGHUP,  SIGINT,  SIGQUIT, SIGTERM, SIGPIPE,
                                       SIGABRT, SIGSEGV, SIGBUS,  SIGFPE};
 
-/// As the terminal was, for the signal handler too.
+/// As the terminal was before its keys were taken, for the signal handler too.
 termios before{};
+
+/// Whether the terminal is as takeKeys() leaves it. A shell that takes the terminal back, as from a job that
+/// was stopped, has modes of its own.
+bool givesKeys(const termios& modes) {
+    return (modes.c_lflag & static_cast<tcflag_t>(ICANON | ECHO)) == 0 && modes.c_cc[VMIN] == 0 &&
+           modes.c_cc[VSUSP] == _POSIX_VDISABLE;
+}
+
+void takeKeys() {
+    termios keys{};
+    if (tcgetattr(STDIN_FILENO, &keys) != 0 || givesKeys(keys))
+        return;
+    before = keys;
+    keys.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
+    keys.c_cc[VMIN] = 0;
+    keys.c_cc[VTIME] = 0;
+    // A command that is suspended would leave the terminal as it is now.
+    keys.c_cc[VSUSP] = _POSIX_VDISABLE;
+    tcsetattr(STDIN_FILENO, TCSANOW, &keys);
+}
+
+/// Uses only what is safe in a signal handler.
+void restore() {
+    termios now{};
+    if (tcgetattr(STDIN_FILENO, &now) == 0 && givesKeys(now))
+        tcsetattr(STDIN_FILENO, TCSANOW, &before);
+}
 
 /// Uses only what is safe in a signal handler. The second signal has the default action, so the shell sees
 /// how the process ended.
 extern "C" void restoreAndEnd(int signal) {
-    tcsetattr(STDIN_FILENO, TCSANOW, &before);
+    restore();
     static_cast<void>(!write(STDOUT_FILENO, "\n", 1));
     std::signal(signal, SIG_DFL);
     std::raise(signal); // delivered when this handler returns
@@ -46,22 +73,27 @@ bool KeyTerminal::isThere() {
 }
 
 KeyTerminal::KeyTerminal() {
-    tcgetattr(STDIN_FILENO, &before);
     handleSignals(&restoreAndEnd);
-    termios keys = before;
-    keys.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
-    keys.c_cc[VMIN] = 0;
-    keys.c_cc[VTIME] = 0;
-    // A command that is suspended would leave the terminal as it is now.
-    keys.c_cc[VSUSP] = _POSIX_VDISABLE;
-    tcsetattr(STDIN_FILENO, TCSANOW, &keys);
+    // These two would stop the command where another process has the terminal: when it reads a key, and when
+    // it restores the terminal or writes its last line.
+    std::signal(SIGTTIN, SIG_IGN);
+    std::signal(SIGTTOU, SIG_IGN);
 }
 
 KeyTerminal::~KeyTerminal() {
-    tcsetattr(STDIN_FILENO, TCSANOW, &before);
+    restore();
     handleSignals(SIG_DFL);
     std::fputs("\n", stdout);
     std::fflush(stdout);
+}
+
+/// Where there is no job control, the terminal names no group, and everybody may read.
+bool KeyTerminal::hasKeys() const {
+    const pid_t foreground = tcgetpgrp(STDIN_FILENO);
+    if (foreground != -1 && foreground != getpgrp())
+        return false;
+    takeKeys();
+    return true;
 }
 
 std::string KeyTerminal::read(std::chrono::milliseconds time, bool& hasEnded) const {

@@ -52,7 +52,6 @@ public:
         layOut();
         if (options_.explain)
             std::fputs(explain(*players_.front(), layout_.format, existing_.has_value()).c_str(), report());
-        noteLimitedSpeed();
         if (target_)
             renderToFile();
     }
@@ -109,15 +108,6 @@ private:
             existing_.emplace(*options_.mixInto, options_.format, layout_);
             layout_.format = existing_->format();
         }
-    }
-
-    void noteLimitedSpeed() const {
-        const StripPlayer& player = *players_.front();
-        if (player.speedIsLimited())
-            std::fprintf(stderr,
-                         "audlmd: note: the filtering converter plays at %g times the speed, not at %s; the "
-                         "setting AudioPlaybackSpeedLimit and --converter linear allow more\n",
-                         player.speedInForce(), options_.strip.speed->text.c_str());
     }
 
     void renderToFile() {
