@@ -99,13 +99,16 @@ using Draw = std::function<Figure(const PlotOptions&, const Watcher&)>;
 /// Runs one kind: draws with a progress bar, and puts the picture in place once it is whole.
 void drawToFile(const PlotOptions& options, const Draw& draw) {
     pictureKindOf(options.output); // Throws for a name that could not be written.
+    const OutputPath output(options.output);
+    if (!options.input.empty())
+        requireOther(output, options.input, "the input");
     std::optional<Progress> bar;
     const Figure figure = draw(options, [&](std::int64_t done, std::int64_t all, int sampleRate) {
         if (!bar)
             bar.emplace(all, sampleRate);
         bar->update(done);
     });
-    writePicture(figure, options.output);
+    writePicture(figure, output);
 }
 
 using SharedOptions = std::shared_ptr<PlotOptions>;
