@@ -1,3 +1,4 @@
+#include "standalone/services/SampleRates.hpp"
 #include "standalone/signal/GainLaws.hpp"
 #include "standalone/signal/Speed.hpp"
 #include "tools/timeline/JsonParts.hpp"
@@ -14,7 +15,6 @@ namespace {
 
 /// In samples, so that sums of a few times fit into 64 bits.
 constexpr std::int64_t latest = std::int64_t{1} << 60;
-constexpr int highestSampleRate = 10'000'000;
 constexpr int mostChannels = 1024;
 
 /// What the strips of a file share.
@@ -201,7 +201,7 @@ Timeline readJson(const Json& root, const ReadOptions& options) {
     Timeline timeline;
     timeline.name = fields.text("name", "");
     timeline.sampleRate =
-        static_cast<int>(fields.whole("sampleRate", options.sampleRate, 1, highestSampleRate));
+        static_cast<int>(fields.whole("sampleRate", options.sampleRate, lowestSampleRate, highestSampleRate));
     timeline.channels = static_cast<std::size_t>(
         fields.whole("channels", static_cast<std::int64_t>(options.channels), 1, mostChannels));
     timeline.timeReference = timeIn(fields, "timeReference", 0, timeline.sampleRate);
