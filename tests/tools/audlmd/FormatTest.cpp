@@ -186,6 +186,7 @@ TEST_F(Files, ThatArePipesAreWrittenInto) {
     const Path pipe = in("pipe.svg");
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     const int reader = open(pipe.c_str(), O_RDWR | O_NONBLOCK);
+    ASSERT_GE(fcntl(reader, F_SETPIPE_SZ, 1 << 20), 1 << 20); // As much as a picture.
     for (const std::string line : {"mix film.json -o b.wav --report pipe.svg",
                                    "mix film.json --picture pipe.svg", "plot eq highpass:30 -o pipe.svg"}) {
         output(line);
@@ -222,9 +223,9 @@ TEST_F(Files, AppearWholeOrNotAtAllWhicheverWriteFails) {
         EXPECT_GT(writes, 2) << name;
         EXPECT_GE(writesLeft, 0) << name << " is whole, but a write has failed";
         EXPECT_EQ(SndfileHandle(in(name).string()).frames(), 1001) << name;
-        // The last write completes the header.
+        // The last write completes the header, of FLAC only its checksum.
         writeIsLost = true;
-        EXPECT_FALSE(write(name, writes - 1)) << name;
+        EXPECT_EQ(write(name, writes - 1), name == "b.flac") << name;
         writeIsLost = false;
         writesLeft = -1;
     }

@@ -46,7 +46,7 @@ struct Found {
 
 Found find(const std::filesystem::path& path) {
     std::error_code unknown;
-    Found found{.canonical = std::filesystem::weakly_canonical(path, unknown)};
+    Found found{.canonical = std::filesystem::weakly_canonical(std::filesystem::absolute(path), unknown)};
     found.isThere = stat(path.c_str(), &found.status) == 0;
     return found;
 }
