@@ -1,11 +1,11 @@
 #include "standalone/cache/CacheCore.hpp"
 
+#include "standalone/services/FailureText.hpp"
 #include "standalone/services/Identities.hpp"
 
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <exception>
 #include <limits>
 #include <stdexcept>
 #include <utility>
@@ -138,10 +138,8 @@ CacheCore::LoadedSamples CacheCore::readSamples(const CachedSegment& segment, Se
         segment.material->source->read(segment.material->start(segment.number),
                                        {loaded.samples.get(), length});
         return loaded;
-    } catch (const std::exception& failure) {
-        return {.samples = nullptr, .failure = failure.what()};
     } catch (...) {
-        return {.samples = nullptr, .failure = "the source failed without saying why"};
+        return {.samples = nullptr, .failure = failureText("the source failed without saying why")};
     }
 }
 

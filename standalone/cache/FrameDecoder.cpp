@@ -1,15 +1,20 @@
 #include "standalone/cache/FrameDecoder.hpp"
 
 #include "standalone/cache/SoundFile.hpp"
+#include "standalone/services/SampleRates.hpp"
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <charconv>
 #include <cstddef>
+#include <fcntl.h>
 #include <limits>
 #include <mutex>
 #include <optional>
 #include <string_view>
+#include <system_error>
+#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -86,6 +91,19 @@ SoundFileError failure(const std::filesystem::path& path, const std::string& rea
     return SoundFileError{path.string() + ": " + reason};
 }
 
+/// Reads the start of a file once: where that fails, libsndfile says that it does not know the format. What
+/// cannot be opened is left to libsndfile, which says why.
+void requireReadable(const std::filesystem::path& path) {
+    std::array<char, 4096> start{};
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0)
+        return;
+    const int error = read(descriptor, start.data(), start.size()) < 0 ? errno : 0;
+    close(descriptor);
+    if (error != 0)
+        throw failure(path, "System error : " + std::generic_category().message(error));
+}
+
 } // namespace
 
 FrameDecoder::FrameDecoder(const std::filesystem::path& path) : path_(path) {
@@ -94,6 +112,10 @@ FrameDecoder::FrameDecoder(const std::filesystem::path& path) : path_(path) {
     if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
         throw failure(path_, "not a regular file");
     file_ = open(info_);
+    if (info_.samplerate < lowestSampleRate || info_.samplerate > highestSampleRate)
+        throw failure(path_, "its sample rate of " + std::to_string(info_.samplerate) + " Hz is outside " +
+                                 std::to_string(lowestSampleRate) + " to " +
+                                 std::to_string(highestSampleRate) + " Hz");
     if (info_.seekable == 0)
         throw failure(path_, "its format does not allow reading from any position");
     // libsndfile gives an unfinished Ogg stream no end.
@@ -118,9 +140,13 @@ FrameDecoder::File FrameDecoder::open(SF_INFO& info) const {
     // libsndfile says why it could not open a file in one place for the whole process.
     static std::mutex opening;
     const std::lock_guard lock(opening);
+    requireReadable(path_);
     File file(sf_open(path_.c_str(), SFM_READ, &info));
     if (file == nullptr)
         throw failure(path_, sf_strerror(nullptr));
+    // libsndfile goes on after a part of the header that could not be read, and takes the part for zeros.
+    if (sf_error(file.get()) != SF_ERR_NO_ERROR)
+        throw failure(path_, sf_strerror(file.get()));
     return file;
 }
 

@@ -27,8 +27,9 @@ public:
 /// Thread safe. Reads wait for each other.
 class SoundFile {
 public:
-    /// Throws SoundFileError if the file is not there, not readable, not audio, not seekable, or shorter than
-    /// its header says.
+    /// Throws SoundFileError if the file is not there, not readable, not audio, not seekable, shorter than
+    /// its header says, or at a sample rate outside those of SampleRates.hpp. The trap: without memory, some
+    /// of the decoders below libsndfile end the process.
     explicit SoundFile(const std::filesystem::path& path);
     ~SoundFile();
     SoundFile(const SoundFile&) = delete;

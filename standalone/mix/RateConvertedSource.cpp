@@ -1,5 +1,7 @@
 #include "standalone/mix/RateConvertedSource.hpp"
 
+#include "standalone/services/SampleRates.hpp"
+
 #include <soxr.h>
 
 #include <algorithm>
@@ -11,8 +13,6 @@
 namespace audlmd {
 namespace {
 
-constexpr int lowestRate = 1000;
-constexpr int highestRate = 384000;
 constexpr std::int64_t blockLength = 32768;
 /// The blocks of two neighbouring segments of the cache, which are loaded in either order.
 constexpr std::size_t mostKeptBlocks = 5;
@@ -52,8 +52,10 @@ void tryRates(int inRate, int outRate) {
 
 RateConvertedSource::RateConvertedSource(std::shared_ptr<SampleSource> source, int inRate, int outRate)
     : source_(std::move(source)), inRate_(inRate), outRate_(outRate) {
-    if (std::min(inRate, outRate) < lowestRate || std::max(inRate, outRate) > highestRate)
-        throw refusal(inRate, outRate, "both rates must be from 1000 to 384000 Hz");
+    if (std::min(inRate, outRate) < lowestSampleRate || std::max(inRate, outRate) > highestSampleRate)
+        throw refusal(inRate, outRate,
+                      "both rates must be from " + std::to_string(lowestSampleRate) + " to " +
+                          std::to_string(highestSampleRate) + " Hz");
     tryRates(inRate, outRate);
     const std::int64_t common = std::gcd(inRate, outRate);
     inPeriod_ = inRate / common;

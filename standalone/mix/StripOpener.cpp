@@ -1,8 +1,7 @@
 #include "standalone/mix/StripOpener.hpp"
 
-#include <algorithm>
-#include <exception>
-#include <optional>
+#include "standalone/services/FailureText.hpp"
+
 #include <pthread.h>
 #include <utility>
 
@@ -22,7 +21,7 @@ void StripOpener::open(std::size_t strip) {
         const std::lock_guard lock(mutex_);
         strips_.emplace(strip, nullptr);
         if (!isCalledOff_)
-            requests_.push_back(strip);
+            requests_.push_back({.strip = strip, .opened = std::make_unique<Opened>()});
     }
     requested_.notify_one();
 }
@@ -57,7 +56,7 @@ void StripOpener::close(std::size_t strip) {
         if (node.mapped() != nullptr)
             closed_.push_back(std::move(node.mapped()));
         else
-            std::erase(requests_, strip);
+            std::erase_if(requests_, [strip](const Request& request) { return request.strip == strip; });
     }
     requested_.notify_one();
 }
@@ -66,40 +65,41 @@ void StripOpener::serve(const std::stop_token& stop) {
     std::unique_lock lock(mutex_);
     while (requested_.wait(lock, stop, [this] { return !requests_.empty() || !closed_.empty(); })) {
         std::vector<std::unique_ptr<Opened>> closed = std::exchange(closed_, {});
-        std::optional<std::size_t> strip;
+        Request request;
         if (!requests_.empty()) {
-            strip = requests_.front();
+            request = std::move(requests_.front());
             requests_.pop_front();
         }
         lock.unlock();
         closed.clear();
-        std::unique_ptr<Opened> opened = strip ? std::make_unique<Opened>(openNow(*strip)) : nullptr;
+        if (request.opened != nullptr) {
+            openNow(request);
+            lock.lock();
+            finish(request);
+            lock.unlock();
+            request.opened.reset();
+        }
         lock.lock();
-        if (strip)
-            finish(*strip, std::move(opened));
     }
 }
 
-StripOpener::Opened StripOpener::openNow(std::size_t strip) const {
+void StripOpener::openNow(Request& request) const noexcept {
     try {
-        return {.strip = open_(strip), .failure = {}};
-    } catch (const std::exception& failure) {
-        const std::string text = failure.what();
-        return {.strip = nullptr, .failure = text.empty() ? "opening failed" : text};
+        request.opened->strip = open_(request.strip);
     } catch (...) {
-        return {.strip = nullptr, .failure = "opening failed without saying why"};
+        request.opened->failure = failureText("");
+        if (request.opened->failure.empty())
+            request.opened->failure = "opening failed";
     }
 }
 
 /// A strip that was closed meanwhile is no longer wanted. One that was closed and requested once more is, and
 /// the second request then finds the strip open.
-void StripOpener::finish(std::size_t strip, std::unique_ptr<Opened> opened) {
-    const auto wanted = strips_.find(strip);
-    if (wanted == strips_.end() || wanted->second != nullptr) {
-        closed_.push_back(std::move(opened));
+void StripOpener::finish(Request& request) {
+    const auto wanted = strips_.find(request.strip);
+    if (wanted == strips_.end() || wanted->second != nullptr)
         return;
-    }
-    wanted->second = std::move(opened);
+    wanted->second = std::move(request.opened);
     opened_.notify_one();
 }
 

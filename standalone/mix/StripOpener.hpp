@@ -52,15 +52,22 @@ public:
 
 private:
     void serve(const std::stop_token& stop);
-    Opened openNow(std::size_t strip) const;
-    void finish(std::size_t strip, std::unique_ptr<Opened> opened);
+    /// Made by who requests, because the thread has nobody to tell that it has no memory.
+    struct Request {
+        std::size_t strip = 0;
+        std::unique_ptr<Opened> opened;
+    };
+
+    void openNow(Request& request) const noexcept;
+    /// Leaves the request's strip to the caller where nobody wants it any longer.
+    void finish(Request& request);
 
     Open open_;
     std::mutex mutex_;
     std::condition_variable_any requested_;
     std::condition_variable opened_;
     // The members from here on are guarded by the mutex.
-    std::deque<std::size_t> requests_;
+    std::deque<Request> requests_;
     /// Null while the strip is not open yet.
     std::unordered_map<std::size_t, std::unique_ptr<Opened>> strips_;
     std::vector<std::unique_ptr<Opened>> closed_;

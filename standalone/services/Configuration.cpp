@@ -67,11 +67,16 @@ Configuration::Configuration(const std::filesystem::path& file) : file_(file) {
     std::error_code error;
     if (file.empty() || !std::filesystem::exists(file, error))
         return;
+    // A pipe or a device may never end. /dev/null is a way to have no settings.
+    if (!std::filesystem::is_regular_file(file, error)) {
+        if (file != "/dev/null")
+            report(file.string() + ": not a regular file; settings keep their defaults");
+        return;
+    }
     std::ifstream stream(file);
     int line = 0;
     for (std::string text; std::getline(stream, text);)
         readLine(text, ++line);
-    // A folder can be opened as a file, but not read.
     if (!stream.eof())
         report(file.string() + ": cannot be read; settings keep their defaults");
 }

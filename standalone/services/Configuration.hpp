@@ -26,8 +26,8 @@ namespace audlmd {
 class Configuration {
 public:
     /// Reads the file. A file that is not there holds no settings. Reports on standard error, instead of
-    /// throwing, if the file cannot be read or a line is not a setting. An empty path is allowed, and means
-    /// no file.
+    /// throwing, if the file is a folder, a pipe or a device, cannot be read, or a line is not a setting. An
+    /// empty path is allowed, and means no file.
     explicit Configuration(const std::filesystem::path& file);
 
     /// The number for a key, in the user's units. Returns the default for a key that nobody has set. Trap: a

@@ -4,6 +4,7 @@
 #include "standalone/signal/PackedEncoding.hpp"
 
 #include <algorithm>
+#include <cstddef>
 #include <tuple>
 
 namespace audlmd {
@@ -19,14 +20,18 @@ template <class Format>
 /// Adds in single precision. Where a sample is a NaN, the sum is that NaN and not the one in the buffer: the
 /// render functions do so, and an addition of two NaNs would leave the choice to the compiler.
 template <class Format>
-[[gnu::always_inline]] inline void addPack(const float* in, Format* out) {
+[[gnu::always_inline]] inline PackedFloats sumPack(const float* in, const Format* out) {
     const auto sum = [](__m128 x, __m128 there) {
         return _mm_add_ps(x, _mm_and_ps(there, _mm_cmpord_ps(x, x)));
     };
     const PackedFloats x = Packed::load(in);
     const PackedFloats there = PackedEncoding<Format>::load(out);
-    PackedEncoding<Format>::store(
-        {sum(x.a, there.a), sum(x.b, there.b), sum(x.c, there.c), sum(x.d, there.d)}, out);
+    return {sum(x.a, there.a), sum(x.b, there.b), sum(x.c, there.c), sum(x.d, there.d)};
+}
+
+template <class Format>
+[[gnu::always_inline]] inline void addPack(const float* in, Format* out) {
+    PackedEncoding<Format>::store(sumPack(in, out), out);
 }
 
 /// The samples that do not fill a pack go through a pack of their own.
@@ -57,6 +62,30 @@ template <class Out>
 void convertBlock(const float* in, std::size_t count, Out& out) {
     convertInto(in, count, out);
 }
+
+template <class Format>
+void addStored(const Format* containers, std::span<float> samples) {
+    const auto add = [](const Format* in, float* sums) {
+        Packed::storeAll(
+            sums, Packed::eachInteger(sumPack(sums, in), [](__m128 x) { return _mm_castps_si128(x); }));
+    };
+    for (; samples.size() >= packLength; samples = samples.subspan(packLength), containers += packLength)
+        add(containers, samples.data());
+    float sums[packLength]{};
+    Format there[packLength]{};
+    std::ranges::copy(samples, sums);
+    std::copy_n(containers, samples.size(), there);
+    add(there, sums);
+    std::copy_n(sums, samples.size(), samples.begin());
+}
+
+template void addStored(const Aud::SampleF32*, std::span<float>);
+template void addStored(const Aud::SampleS8*, std::span<float>);
+template void addStored(const Aud::SampleU8*, std::span<float>);
+template void addStored(const Aud::SampleS16*, std::span<float>);
+template void addStored(const Aud::SampleS24*, std::span<float>);
+template void addStored(const Aud::SampleS24In32*, std::span<float>);
+template void addStored(const Aud::SampleS32*, std::span<float>);
 
 namespace {
 

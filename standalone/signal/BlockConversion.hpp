@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <span>
 
 namespace audlmd {
 
@@ -13,5 +14,11 @@ namespace audlmd {
 /// not summed; no other overlap is allowed.
 template <class Out>
 void convertBlock(const float* in, std::size_t count, Out& out);
+
+/// Adds what the containers hold to the samples, as a summing output type does before it clips and stores:
+/// adding and then converting to the plain type gives the bytes of converting to the summing one. Use this to
+/// look at the sums. For the formats of Aud::Render::OutputTypes.
+template <class Format>
+void addStored(const Format* containers, std::span<float> samples);
 
 } // namespace audlmd

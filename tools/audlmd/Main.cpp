@@ -1,6 +1,7 @@
 #include "loop_modes/RenderFunction.hpp"
 #include "ole/Orv/Exception.hpp"
 #include "tools/audlmd/Subcommands.hpp"
+#include "tools/timeline/TimelineError.hpp"
 
 #include <CLI/CLI.hpp>
 
@@ -8,18 +9,32 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <new>
 #include <string>
+#include <system_error>
 
 namespace {
 
 /// The exit status for a command line that cannot be understood. Other failures exit with EXIT_FAILURE.
 constexpr int usageError = 2;
 
-/// Prints one line of error and returns the exit status.
+/// Prints one line of error and returns the exit status. Paths and texts of files in the line must not give
+/// orders to a terminal.
 int complain(std::string line, int status) {
     std::ranges::replace(line, '\n', ' ');
-    std::fprintf(stderr, "audlmd: %s\n", line.c_str());
+    std::fprintf(stderr, "audlmd: %s\n", audlmd::timeline::printable(line, line.size()).c_str());
     return status;
+}
+
+/// Says what to do where a system call has failed without a file to name.
+std::string textOf(const std::system_error& error) {
+    const std::string text = error.what();
+    return error.code() == std::errc::resource_unavailable_try_again
+               ? "a thread cannot be started, because a limit of threads or of memory is reached: raise it, "
+                 "or "
+                 "try --threads 1 (" +
+                     text + ")"
+               : text;
 }
 
 /// "audlmd" and the subcommands on the command line, for a hint at the right --help.
@@ -57,6 +72,11 @@ int run(int argc, char** argv) {
 int main(int argc, char** argv) {
     try {
         return run(argc, argv);
+    } catch (const std::bad_alloc&) {
+        return complain("there is not enough memory for this: raise the limit, or try a shorter range",
+                        EXIT_FAILURE);
+    } catch (const std::system_error& error) {
+        return complain(textOf(error), EXIT_FAILURE);
     } catch (const std::exception& error) {
         return complain(error.what(), EXIT_FAILURE);
     } catch (const Orv::Exception::Base& error) {

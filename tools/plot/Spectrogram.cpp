@@ -8,6 +8,9 @@
 namespace audlmd::plot {
 namespace {
 
+/// In samples per second. Above this, the frames last no longer.
+constexpr int mostAnalysed = 1 << 20;
+
 /// A Kaiser window, scaled so that a sine at full scale has a power of 1 in its bin.
 std::vector<float> kaiserWindow(std::size_t length) {
     constexpr double beta = 17.0;
@@ -27,7 +30,7 @@ std::vector<float> kaiserWindow(std::size_t length) {
 
 Spectrogram::Spectrogram(std::int64_t frames, int sampleRate, std::size_t mostColumns, std::size_t mostRows)
     : frames_(std::max<std::int64_t>(frames, 1)), sampleRate_(sampleRate),
-      length_(std::max<std::size_t>(16, std::bit_ceil(static_cast<unsigned int>(sampleRate) / 24U))),
+      length_(std::bit_ceil(static_cast<unsigned int>(std::clamp(sampleRate, 384, mostAnalysed)) / 24U)),
       hop_(std::clamp<std::size_t>(static_cast<std::size_t>(frames_) / mostColumns, 1, length_ / 2)),
       columns_(std::min(mostColumns, static_cast<std::size_t>(frames_) / hop_ + 1)),
       rows_(std::min(mostRows, length_ / 2)), window_(kaiserWindow(length_)), transform_(length_),

@@ -1,3 +1,4 @@
+#include "standalone/services/SampleRates.hpp"
 #include "standalone/signal/GainLaws.hpp"
 #include "standalone/signal/Speed.hpp"
 #include "tools/timeline/JsonParts.hpp"
@@ -14,7 +15,6 @@ namespace {
 
 /// In samples.
 constexpr std::int64_t latest = farthestPosition;
-constexpr int highestSampleRate = 10'000'000;
 constexpr int mostChannels = 1024;
 
 /// What the strips of a file share.
@@ -206,7 +206,7 @@ Timeline readJson(const Json& root, const ReadOptions& options) {
     Timeline timeline;
     timeline.name = fields.text("name", "");
     timeline.sampleRate =
-        static_cast<int>(fields.whole("sampleRate", options.sampleRate, 1, highestSampleRate));
+        static_cast<int>(fields.whole("sampleRate", options.sampleRate, lowestSampleRate, highestSampleRate));
     timeline.channels = static_cast<std::size_t>(
         fields.whole("channels", static_cast<std::int64_t>(options.channels), 1, mostChannels));
     timeline.timeReference = timeIn(fields, "timeReference", 0, timeline.sampleRate);

@@ -1,16 +1,48 @@
 #include "tests/standalone/cache/TestMaterial.hpp"
 
+#include <cstdlib>
 #include <future>
 #include <map>
+#include <new>
 #include <optional>
 #include <random>
 #include <thread>
+#include <utility>
+
+namespace {
+
+/// Whether the next allocation fails.
+thread_local bool noMemory = false;
+
+} // namespace
+
+void* operator new(std::size_t size) {
+    void* const storage = std::exchange(noMemory, false) ? nullptr : std::malloc(size == 0 ? 1 : size);
+    return storage != nullptr ? storage : throw std::bad_alloc();
+}
+void operator delete(void* storage) noexcept {
+    std::free(storage);
+}
+void operator delete(void* storage, std::size_t) noexcept {
+    std::free(storage);
+}
 
 namespace audlmd::test {
 namespace {
 
 using testing::Each;
 using testing::Pair;
+
+/// Fails, and leaves no memory for the reason.
+class SourceWithoutMemory final : public SampleSource {
+public:
+    std::int64_t length() const override { return 1; }
+    void read(std::int64_t, std::span<float>) override {
+        const std::runtime_error failure("a text that is too long for a string without memory of its own");
+        noMemory = true;
+        throw failure;
+    }
+};
 
 TEST(SampleCacheIterators, FindEverySampleFromAnyPositionWithOthersAtWork) {
     for (const std::int32_t segmentLength : {1, 2, 3, 7, 64, 1000})
@@ -115,6 +147,13 @@ TEST(SampleCacheIterators, OfMaterialThatFailsRenderSilenceAndNeverBlock) {
             EXPECT_EQ(cache.usage().residentBytes, 24 * sizeof(float));
         }
     }
+}
+
+TEST(SampleCacheIterators, OfMaterialThatFailsWithoutMemoryForTheReason) {
+    MaterialCache cache({.segmentLength = 16});
+    cache.add(cookieOf(0), std::make_shared<SourceWithoutMemory>());
+    EXPECT_EQ(read(cache, 0, 1), std::vector<float>{0.0F});
+    EXPECT_EQ(cache.statistics(cookieOf(0)).firstFailure, "out of memory");
 }
 
 TEST(SampleCacheIterators, OutliveTheirMaterialAndTheirCache) {

@@ -5,9 +5,28 @@
 #include <sndfile.hh>
 
 #include <array>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
+#include <sys/syscall.h>
 #include <thread>
+#include <unistd.h>
+
+namespace {
+
+/// So many calls of read() succeed, then one fails. Negative: none fails.
+int readsLeft = -1;
+
+} // namespace
+
+/// Found before that of the C library.
+extern "C" ssize_t read(int descriptor, void* bytes, std::size_t count) {
+    if (readsLeft >= 0 && readsLeft-- == 0) {
+        errno = EIO;
+        return -1;
+    }
+    return syscall(SYS_read, descriptor, bytes, count);
+}
 
 namespace audlmd::test {
 namespace {
@@ -119,6 +138,23 @@ TEST_F(SoundFiles, ThatCannotBeOpenedAreNamedWithTheReason) {
     EXPECT_THAT(opening(folder_), ThrowsMessage<SoundFileError>(HasSubstr("not a regular file")));
     const auto file = std::make_shared<SoundFile>(write("a.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16));
     EXPECT_THROW(SoundFileSource(file, 2), std::out_of_range);
+}
+
+TEST_F(SoundFiles, OfWhichAPartOfTheHeaderCannotBeReadAreRefused) {
+    const auto path = write("a.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+    int reads = 0;
+    for (bool isOpen = false; !isOpen; ++reads) {
+        readsLeft = reads;
+        try {
+            EXPECT_EQ(SoundFile(path).frames(), frames);
+            isOpen = true;
+            EXPECT_GE(readsLeft, 0) << "read " << reads << " has failed";
+        } catch (const SoundFileError& error) {
+            EXPECT_EQ(reads == 0, std::string(error.what()).ends_with("Input/output error")) << error.what();
+        }
+    }
+    readsLeft = -1;
+    EXPECT_GT(reads, 7);
 }
 
 TEST_F(SoundFiles, ThatAreTruncatedAreRefusedUnlessTheirLengthIsLeftOpen) {

@@ -136,8 +136,8 @@ TEST(RateConvertedSource, RoundsTheLengthUp) {
         {1, 44100, 48000, 2},
         {147, 44100, 48000, 160},
         {148, 44100, 48000, 162},
-        {384, 384000, 1000, 1},
-        {385, 384000, 1000, 2},
+        {768, 768000, 1000, 1},
+        {769, 768000, 1000, 2},
         {veryLong + 1, 3000, 6000, 2 * (veryLong + 1)},
         {(std::int64_t{44099} << 35) + 1, 44099, 48000, (std::int64_t{48000} << 35) + 2}};
     for (const auto& [inLength, inRate, outRate, outLength] : cases) {
@@ -164,7 +164,7 @@ TEST(RateConvertedSource, ConvertsABlockOnceAndTriesAFailedOneAgain) {
 }
 
 TEST(RateConvertedSource, RefusesRatesOutOfRangeByName) {
-    for (const auto& [inRate, outRate] : {std::pair{0, 48000}, {44100, -1}, {999, 48000}, {48000, 384001}})
+    for (const auto& [inRate, outRate] : {std::pair{0, 48000}, {44100, -1}, {999, 48000}, {48000, 768001}})
         EXPECT_THAT(([inRate = inRate, outRate = outRate] { converted(noise(1), inRate, outRate); }),
                     testing::ThrowsMessage<std::invalid_argument>(
                         testing::StartsWith("cannot convert from " + std::to_string(inRate) + " Hz to " +

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <sys/stat.h>
 
 namespace audlmd::test {
 namespace {
@@ -19,6 +20,10 @@ TEST(Configuration, PrefersTheEnvironmentToTheFileToTheDefault) {
     testing::internal::CaptureStderr();
     const Configuration configuration(path);
     std::filesystem::remove(path);
+    // A pipe that nobody writes into would never end.
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    EXPECT_EQ(Configuration(path).number("Speed.Limit", 1.25), 1.25);
+    std::filesystem::remove(path);
     EXPECT_EQ(configuration.number("Other", 1.25), 1.25);
     EXPECT_EQ(configuration.number("Speed.Limit", 1.0), 3.0);
     setenv("AUDLMD_Speed_Limit", " +4e0 ", 1);
@@ -29,9 +34,10 @@ TEST(Configuration, PrefersTheEnvironmentToTheFileToTheDefault) {
     unsetenv("AUDLMD_Speed_Limit");
 
     const std::string reported = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(std::count(reported.begin(), reported.end(), '\n'), 4) << reported;
-    for (const char* part : {"audlmd-test.conf:5: ", "environment variable AUDLMD_Speed_Limit: 'fast'",
-                             "audlmd-test.conf:6: Broken: '4,5'"})
+    EXPECT_EQ(std::count(reported.begin(), reported.end(), '\n'), 5) << reported;
+    for (const char* part :
+         {"audlmd-test.conf:5: ", "audlmd-test.conf: not a regular file",
+          "environment variable AUDLMD_Speed_Limit: 'fast'", "audlmd-test.conf:6: Broken: '4,5'"})
         EXPECT_THAT(reported, HasSubstr(part));
 }
 

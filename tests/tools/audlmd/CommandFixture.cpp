@@ -44,8 +44,9 @@ CommandFixture::~CommandFixture() {
 
 std::map<std::string, std::string> CommandFixture::files() const {
     std::map<std::string, std::string> found;
+    std::error_code circle;
     for (const auto& entry : std::filesystem::directory_iterator(folder_ / "files"))
-        found[entry.path().filename().string()] = entry.is_directory() ? "" : readBytes(entry.path());
+        found[entry.path().filename().string()] = entry.is_directory(circle) ? "" : readBytes(entry.path());
     return found;
 }
 
@@ -63,9 +64,13 @@ Outcome CommandFixture::run(const std::string& line, const Surroundings& surroun
         dup2(open(output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDOUT_FILENO);
         dup2(open(errors.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDERR_FILENO);
         std::filesystem::current_path(folder_ / "files");
-        const rlimit limit{surroundings.fileSizeLimit, surroundings.fileSizeLimit};
-        if (limit.rlim_cur != 0)
-            setrlimit(RLIMIT_FSIZE, &limit);
+        const auto limit = [](__rlimit_resource resource, std::size_t most) {
+            const rlimit both{most, most};
+            if (most != 0)
+                setrlimit(resource, &both);
+        };
+        limit(RLIMIT_FSIZE, surroundings.fileSizeLimit);
+        limit(RLIMIT_AS, surroundings.memoryLimit);
         execv(AUDLMD_COMMAND, argv.data());
         _exit(127);
     }

@@ -25,6 +25,8 @@ struct Outcome {
 struct Surroundings {
     /// The most bytes that a file can have, as on a full disk. 0: no limit.
     std::size_t fileSizeLimit = 0;
+    /// The most bytes of memory, stacks of threads included. 0: no limit.
+    std::size_t memoryLimit = 0;
     /// Sent to the command as soon as there is a temporary file. 0: none.
     int signal = 0;
 };

@@ -1,12 +1,37 @@
 // The bytes that `audlmd render` writes, compared with a second implementation of the formats' definitions.
 
 #include "tests/tools/audlmd/CommandFixture.hpp"
+#include "tools/audlmd/CommandError.hpp"
+#include "tools/audlmd/files/OutputFile.hpp"
 
 #include <sndfile.hh>
 
 #include <algorithm>
 #include <bit>
+#include <cerrno>
 #include <cstdint>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace {
+
+/// So many calls of write() succeed, then one goes wrong: it fails, or says that it has written and has not.
+/// Negative: none goes wrong.
+int writesLeft = -1;
+bool writeIsLost = false;
+
+} // namespace
+
+/// Found before that of the C library.
+extern "C" ssize_t write(int descriptor, const void* bytes, std::size_t count) {
+    if (writesLeft >= 0 && writesLeft-- == 0) {
+        errno = EIO;
+        return writeIsLost ? static_cast<ssize_t>(count) : -1;
+    }
+    return syscall(SYS_write, descriptor, bytes, count);
+}
 
 namespace audlmd::test {
 namespace {
@@ -131,19 +156,79 @@ INSTANTIATE_TEST_SUITE_P(All, Formats, testing::ValuesIn(formats),
 
 TEST_F(Files, GoToStandardOutputWithoutAHeader) {
     const Outcome outcome = run("render a.wav -o - --format s16");
-    EXPECT_TRUE(outcome.errors.starts_with("rendered ")) << outcome.errors;
+    EXPECT_NE(outcome.errors.find("\nrendered "), std::string::npos) << outcome.errors;
     output("render a.wav -o out.raw --format s16");
     EXPECT_TRUE(outcome.output == readBytes(in("out.raw")));
 }
 
-TEST_F(Files, KeepTheirLinkAndTheirPermissions) {
+TEST_F(Files, KeepTheirLinksOwnersAndPermissions) {
     writeBytes(in("real.wav"), "before");
-    std::filesystem::permissions(in("real.wav"), std::filesystem::perms(0640));
+    // Only root may give a file away.
+    const uid_t owner = geteuid() == 0 ? 1 : geteuid();
+    ASSERT_EQ(chown(in("real.wav").c_str(), owner, getegid()), 0);
+    std::filesystem::permissions(in("real.wav"), std::filesystem::perms(06750));
     std::filesystem::create_symlink("real.wav", in("link.wav"));
+    std::filesystem::create_symlink("new.svg", in("dangling.svg"));
     output("render a.wav -o link.wav");
-    EXPECT_TRUE(std::filesystem::is_symlink(in("link.wav")));
-    EXPECT_EQ(std::filesystem::status(in("real.wav")).permissions(), std::filesystem::perms(0640));
+    output("plot curves -o dangling.svg");
+    struct stat found {};
+    ASSERT_EQ(lstat(in("real.wav").c_str(), &found), 0);
+    EXPECT_EQ(found.st_mode, static_cast<mode_t>(S_IFREG | 0750));
+    EXPECT_EQ(found.st_uid, owner);
     EXPECT_EQ(readSound(in("real.wav")).size(), 2U);
+    EXPECT_TRUE(std::filesystem::is_symlink(in("link.wav")));
+    EXPECT_TRUE(std::filesystem::is_symlink(in("dangling.svg")));
+    EXPECT_TRUE(std::filesystem::is_regular_file(in("new.svg")));
+}
+
+TEST_F(Files, ThatArePipesAreWrittenInto) {
+    writeBytes(in("film.json"), R"({"audlmd": 1, "length": 9, "tracks": []})");
+    const Path pipe = in("pipe.svg");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const int reader = open(pipe.c_str(), O_RDWR | O_NONBLOCK);
+    ASSERT_GE(fcntl(reader, F_SETPIPE_SZ, 1 << 20), 1 << 20); // As much as a picture.
+    for (const std::string line : {"mix film.json -o b.wav --report pipe.svg",
+                                   "mix film.json --picture pipe.svg", "plot eq highpass:30 -o pipe.svg"}) {
+        output(line);
+        char first = 0;
+        EXPECT_EQ(read(reader, &first, 1), 1) << line;
+        for (char rest[4096]; read(reader, rest, sizeof rest) > 0;)
+            ;
+        EXPECT_TRUE(std::filesystem::is_fifo(pipe)) << line;
+    }
+    close(reader);
+}
+
+TEST_F(Files, AppearWholeOrNotAtAllWhicheverWriteFails) {
+    const command::OutputLayout layout{
+        .format = command::FormatId::s16, .channels = 2, .frames = 1001, .timeReference = 7};
+    const std::vector<std::byte> samples(layout.dataBytes(), std::byte{1});
+    // Returns whether the file is said to be written.
+    const auto write = [&](const std::string& name, int writesThatSucceed) {
+        writeBytes(in(name), "before");
+        writesLeft = writesThatSucceed;
+        try {
+            command::OutputFile file(command::OutputTarget(in(name)), layout);
+            file.write(samples.data(), 1001);
+            file.commit();
+            return true;
+        } catch (const command::CommandError&) {
+            return false;
+        }
+    };
+    for (const std::string name : {"b.wav", "b.w64", "b.rf64", "b.aiff", "b.au", "b.caf", "b.flac"}) {
+        int writes = 0;
+        for (; !write(name, writes); ++writes)
+            EXPECT_EQ(readBytes(in(name)), "before") << name << ", write " << writes;
+        EXPECT_GT(writes, 2) << name;
+        EXPECT_GE(writesLeft, 0) << name << " is whole, but a write has failed";
+        EXPECT_EQ(SndfileHandle(in(name).string()).frames(), 1001) << name;
+        // The last write completes the header, of FLAC only its checksum.
+        writeIsLost = true;
+        EXPECT_EQ(write(name, writes - 1), name == "b.flac") << name;
+        writeIsLost = false;
+        writesLeft = -1;
+    }
 }
 
 } // namespace

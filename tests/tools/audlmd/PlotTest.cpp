@@ -57,6 +57,7 @@ TEST_F(Plot, RefusesInOneLineAndLeavesThePictureThatWasThere) {
     expectRefused("plot eq peak:1k:3:-1 -o a.png", "Q");
     expectRefused("plot spectrogram ride.csv -o a.png", "ride.csv");
     expectRefused("plot spectrogram a.wav --channel 2 -o a.png", "--channel 2");
+    expectRefused("plot spectrogram a.wav --floor nan -o a.png", "'nan' is not a number");
 }
 
 } // namespace

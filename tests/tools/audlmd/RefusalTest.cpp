@@ -44,6 +44,11 @@ TEST_F(Refusals, OfOptions) {
                  {"--eq peak:1k", "should be peak:frequency:gain"},
                  {"--eq lowpass:24k", "half the sample rate"},
                  {"--eq peak:1k:3:0", "Q"},
+                 {"--eq peak:nan:3", "half the sample rate"},
+                 {"--eq peak:1k:nan", "gain"},
+                 {"--eq peak:1k:inf", "gain"},
+                 {"--eq peak:1k:3:nan", "Q"},
+                 {"--rate 768001", "--rate"},
                  {thirteenBands, "13 bands"},
                  {"--speed nan", "--speed"},
                  {"--speed 2 --converter cubic", "'cubic' is not a converter"},
@@ -63,6 +68,8 @@ TEST_F(Refusals, OfInputThatIsNoWholeSound) {
     writeSound(in("empty.wav"), {{}, {}});
     writeBytes(in("short.wav"), readBytes(in("a.wav")).substr(0, 100000));
     std::filesystem::create_directory(in("folder"));
+    // The rate is the third number of the format.
+    writeBytes(in("fast.wav"), readBytes(in("a.wav")).replace(24, 4, "\xFF\xFF\xFF\x7F"));
     // The damage is found only while the file is rendered.
     writeSound(in("damaged.flac"), noise(2, 400000), 48000, SF_FORMAT_FLAC | SF_FORMAT_PCM_16);
     std::string damaged = readBytes(in("damaged.flac"));
@@ -73,18 +80,22 @@ TEST_F(Refusals, OfInputThatIsNoWholeSound) {
                                              {"empty.wav", "holds no samples"},
                                              {"short.wav", "short.wav"},
                                              {"folder", "folder"},
+                                             {"fast.wav", "2147483647 Hz is outside 1000 to 768000 Hz"},
+                                             {"\x1b[2J\xc2\x9b\xe2\x80\xae.wav", " ?[2J??.wav: "},
                                              {"damaged.flac", "damaged.flac"}})
         expectRefused("render " + input + " -o out.wav", part);
 }
 
 TEST_F(Refusals, OfOutputThatCannotBeWritten) {
     std::filesystem::create_directory(in("folder.wav"));
+    std::filesystem::create_symlink("circle.wav", in("circle.wav"));
     expectRefused("render a.wav", "-o");
     for (const auto& [name, part] : Refused{{"/dev/full", "cannot write '/dev/full': "},
                                             {"nowhere/out.wav", "cannot write 'nowhere/out.wav': "},
                                             {"folder.wav", "it is a folder"},
                                             {"out.mp3", "the extension names the kind of file"},
-                                            {"./a.wav", "is the input"},
+                                            {std::string(300, 'a') + ".wav", "a.wav': File name too long"},
+                                            {"circle.wav", "cannot write 'circle.wav': "},
                                             {"out.wav/out.wav", "cannot write 'out.wav/out.wav'"}})
         expectRefused("render a.wav -o " + name, part);
     for (const std::string name : {"out.wav", "new.flac", "new.aiff", "new.raw"}) {
@@ -93,6 +104,29 @@ TEST_F(Refusals, OfOutputThatCannotBeWritten) {
         for (const std::size_t limit : {std::size_t{1000}, size - 1})
             expectRefused("render a.wav -o " + name, "cannot write '" + name, {.fileSizeLimit = limit});
     }
+}
+
+TEST_F(Refusals, OfOutputsThatAreInputsOrEachOther) {
+    writeBytes(in("film.json"), R"({"audlmd": 1, "length": 9, "tracks": []})");
+    writeBytes(in("ride.wav"), "0,0\n");
+    std::filesystem::create_hard_link(in("a.wav"), in("hard.wav"));
+    std::filesystem::create_symlink("a.wav", in("soft.svg"));
+    std::filesystem::create_symlink("new.svg", in("dangling.wav"));
+    for (const std::string line :
+         {"render a.wav -o ./a.wav", "render a.wav -o hard.wav",
+          "render a.wav -o ride.wav --automation ride.wav", "plot spectrogram a.wav -o soft.svg",
+          "mix film.json -o x.wav --report film.json", "mix film.json -o x.wav --report ./x.wav",
+          "mix film.json -o dangling.wav --picture new.svg"})
+        expectRefused(line, "name another");
+}
+
+TEST_F(Refusals, ToRunWithoutThreads) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "the sanitizers take more memory than the limit";
+#endif
+    writeSound(in("many.wav"), noise(64, 100));
+    expectRefused("render many.wav -o out.wav --threads 64", "a thread cannot be started",
+                  {.memoryLimit = std::size_t{400} << 20});
 }
 
 TEST_F(Refusals, OfMixesThatDoNotFit) {

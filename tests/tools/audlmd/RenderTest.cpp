@@ -87,6 +87,33 @@ TEST_F(Render, EqualisesWithSeveralBands) {
     EXPECT_NEAR(change("--eq peak:1k:+6 --eq peak:1k:-3:2 --eq lowshelf:50:-9 --eq highshelf:16k:3:1 "
                        "--eq lowpass:20k:0.7"),
                 3.0, 0.2);
+    output("render --eq peak:1k:+6 a.wav -o out.wav"); // One band for each --eq: the next word is the input.
+}
+
+TEST_F(Render, TellsHowManySamplesItClips) {
+    Channels sound = noise(2, 48000);
+    sound[1][24000] = 1.5F;
+    sound[1][24001] = 1.0F;
+    writeSound(in("a.wav"), sound);
+    writeSound(in("soft.wav"), {2, std::vector<float>(48000, 0.25F)}, 48000,
+               SF_FORMAT_WAV | SF_FORMAT_PCM_24);
+    const std::string exact =
+        "clipped: channel 2: 1 sample, by up to 3.52 dB, first at 0:00:00.500\nrendered";
+    const std::string most = "clipped or at full scale: channel 2: 2 samples, first at 0:00:00.500\nrendered";
+    for (const auto& [options, text] :
+         std::map<std::string, std::string>{{"", exact},
+                                            {"--block 7 --format u8", exact},
+                                            {"--speed 1 --gain -12", "rendered"},
+                                            {"--through-tables", most},
+                                            {"--through-tables --format s24", most}})
+        EXPECT_TRUE(output("render a.wav -o out.wav " + options).starts_with(text)) << options;
+    // Of a sum, the sum is what counts.
+    EXPECT_NE(output("render a.wav -o out.wav --mix-into soft.wav")
+                  .find("channel 2: " +
+                        std::to_string(std::ranges::count_if(
+                            sound[1], [](float sample) { return std::abs(sample + 0.25F) > 1.0F; })) +
+                        " samples, by up to 4.86 dB"),
+              std::string::npos);
 }
 
 TEST_F(Render, EndsWithFiguresAndRefusesWhatTheSpeedLimitExcludes) {

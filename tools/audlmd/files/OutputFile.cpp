@@ -3,14 +3,8 @@
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/files/SampleLayouts.hpp"
 
-#include <cerrno>
-#include <charconv>
-#include <fcntl.h>
-#include <string_view>
 #include <sys/stat.h>
-#include <system_error>
 #include <unistd.h>
-#include <utility>
 
 namespace audlmd::command {
 namespace {
@@ -18,63 +12,31 @@ namespace {
 /// A WAV with more bytes of samples is written as RF64: the lengths in a WAV header have 32 bits.
 constexpr std::uint64_t largestWavData = 0xFFFF0000;
 
-/// The number of the descriptor that a path names, or nothing for a path that names none.
-std::optional<int> inheritedDescriptor(const std::filesystem::path& path) {
-    const std::string text = path.lexically_normal().string();
-    if (text == "-" || text == "/dev/stdout")
-        return STDOUT_FILENO;
-    if (text == "/dev/stderr")
-        return STDERR_FILENO;
-    for (const std::string_view folder : {"/dev/fd/", "/proc/self/fd/"}) {
-        int number = -1;
-        if (text.starts_with(folder) &&
-            std::from_chars(text.data() + folder.size(), text.data() + text.size(), number).ec == std::errc())
-            return number;
-    }
-    return std::nullopt;
+/// Longer than any header.
+constexpr std::int64_t pretendedBytes = std::int64_t{1} << 20;
+
+/// Whether a W64 states the size of the whole file, which stands after the first identifier of 16 bytes.
+bool statesSizeOfW64(int descriptor) {
+    struct stat status {};
+    std::int64_t stated = 0;
+    return fstat(descriptor, &status) == 0 &&
+           pread(descriptor, &stated, sizeof stated, 16) == sizeof stated && stated == status.st_size;
 }
 
 } // namespace
 
 OutputTarget::OutputTarget(const std::filesystem::path& given)
-    : path(given), inherited(inheritedDescriptor(given)) {
-    std::error_code unknown;
-    const std::filesystem::file_status status = std::filesystem::status(path, unknown);
-    if (std::filesystem::is_directory(status))
-        throw CommandError("cannot write '" + path.string() + "': it is a folder");
-    isStream = inherited || (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status));
-    kind = findFileKind(path);
+    : OutputPath(given), kind(findFileKind(given)) {
     if (kind == nullptr)
         // A stream without an extension has no header; a file without one is a mistake of the user.
-        kind = isStream ? &rawFileKind() : &fileKindOf(path);
-    if (!isStream && std::filesystem::is_symlink(std::filesystem::symlink_status(path, unknown)))
-        // Renaming onto a link would replace the link, so the file behind the link is the target.
-        path = std::filesystem::weakly_canonical(path);
+        kind = isStream ? &rawFileKind() : &fileKindOf(given);
 }
 
 OutputFile::OutputFile(const OutputTarget& target, const OutputLayout& layout)
     : target_(target), layout_(layout) {
     requireHolds(*target_.kind, layout_.format, layout_.dataBytes(), target_.path);
-    openDescriptor();
+    output_.emplace(target_);
     openSoundFile();
-}
-
-/// The sound file is closed first, because closing still writes to the descriptor.
-OutputFile::~OutputFile() {
-    file_.reset();
-    if (target_.isStream && descriptor_ >= 0)
-        close(descriptor_);
-}
-
-void OutputFile::openDescriptor() {
-    if (!target_.isStream) {
-        descriptor_ = temporary_.emplace(target_.path).descriptor();
-        return;
-    }
-    descriptor_ = target_.inherited ? dup(*target_.inherited)
-                                    : open(target_.path.c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC);
-    if (descriptor_ < 0)
-        fail(std::generic_category().message(errno));
 }
 
 void OutputFile::openSoundFile() {
@@ -84,8 +46,13 @@ void OutputFile::openSoundFile() {
     int type = target_.kind->type;
     if (type == SF_FORMAT_WAV && layout_.dataBytes() > largestWavData)
         type = SF_FORMAT_RF64;
-    info.format = type | *subtypeIn(*target_.kind, layout_.format);
-    file_.reset(sf_open_fd(descriptor_, SFM_WRITE, &info, SF_FALSE));
+    type_ = type | *subtypeIn(*target_.kind, layout_.format);
+    info.format = type_;
+    if (target_.isStream)
+        // libsndfile then knows that it cannot go back to the header.
+        file_.reset(sf_open_fd(output_->descriptor(), SFM_WRITE, &info, SF_FALSE));
+    else
+        file_.reset(checked_.emplace(output_->descriptor()).open(SFM_WRITE, info));
     if (file_ == nullptr)
         fail("as a " + std::string(target_.kind->name) + " file of " + std::to_string(info.channels) +
              " channel(s) at " + std::to_string(info.samplerate) + " Hz: " + sf_strerror(nullptr));
@@ -113,6 +80,7 @@ void OutputFile::write(const std::byte* interleaved, std::size_t frames) {
     const auto bytes = static_cast<sf_count_t>(frames * layout_.frameBytes());
     const bool whole = target_.kind->littleEndian ? sf_write_raw(file_.get(), interleaved, bytes) == bytes
                                                   : writeConverted(interleaved, frames);
+    requireNoError();
     if (!whole)
         fail(sf_strerror(file_.get()));
 }
@@ -139,33 +107,44 @@ bool OutputFile::writeConverted(const std::byte* interleaved, std::size_t frames
 }
 
 void OutputFile::commit() {
-    // libsndfile does not report all errors of closing, so the file is read back.
+    // Closing still writes.
     file_.reset();
-    if (temporary_) {
-        checkWhole();
-        temporary_->commit();
-    } else if (close(std::exchange(descriptor_, -1)) != 0) {
-        fail(std::generic_category().message(errno));
+    requireNoError();
+    if (!target_.isStream && target_.kind != &rawFileKind()) {
+        requireHeader();
+        requireLastFrame();
     }
+    output_->commit();
 }
 
-/// The size or the last frame is enough: a disk that is full cuts a file at the end.
-void OutputFile::checkWhole() {
-    if (target_.kind == &rawFileKind()) {
-        struct stat written {};
-        if (fstat(descriptor_, &written) != 0 ||
-            static_cast<std::uint64_t>(written.st_size) != layout_.dataBytes())
-            fail("it does not read back whole; is the disk full?");
-        return;
-    }
+void OutputFile::requireNoError() const {
+    if (checked_ && checked_->error() != 0)
+        failToWrite(target_.path, checked_->error());
+}
+
+/// The header is read with a length of the file that is not true, so that only a header that states its own
+/// length is right. libsndfile always takes the length of a W64 from the file: there the header's own is
+/// read.
+void OutputFile::requireHeader() const {
+    const bool isW64 = (type_ & SF_FORMAT_TYPEMASK) == SF_FORMAT_W64;
+    CheckedDescriptor header(output_->descriptor(), isW64 ? 0 : pretendedBytes);
+    SF_INFO found{};
+    const SoundFileHandle file(header.open(SFM_READ, found));
+    constexpr int compared = SF_FORMAT_TYPEMASK | SF_FORMAT_SUBMASK;
+    if (file == nullptr || header.error() != 0 || ((found.format ^ type_) & compared) != 0 ||
+        found.channels != layout_.channels || found.samplerate != layout_.sampleRate ||
+        found.frames != layout_.frames || (isW64 && !statesSizeOfW64(output_->descriptor())))
+        fail("its header does not read back as it was written");
+}
+
+void OutputFile::requireLastFrame() const {
+    CheckedDescriptor content(output_->descriptor());
     SF_INFO info{};
-    lseek(descriptor_, 0, SEEK_SET);
-    const SoundFileHandle file(sf_open_fd(descriptor_, SFM_READ, &info, SF_FALSE));
+    const SoundFileHandle file(content.open(SFM_READ, info));
     std::vector<float> lastFrame(static_cast<std::size_t>(layout_.channels));
-    if (file == nullptr || info.frames != layout_.frames ||
-        sf_seek(file.get(), layout_.frames - 1, SEEK_SET) != layout_.frames - 1 ||
-        sf_readf_float(file.get(), lastFrame.data(), 1) != 1)
-        fail("it does not read back whole; is the disk full?");
+    if (file == nullptr || sf_seek(file.get(), layout_.frames - 1, SEEK_SET) != layout_.frames - 1 ||
+        sf_readf_float(file.get(), lastFrame.data(), 1) != 1 || content.error() != 0)
+        fail("its last frame does not read back");
 }
 
 void OutputFile::fail(const std::string& why) const {

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "tools/audlmd/files/CheckedDescriptor.hpp"
 #include "tools/audlmd/files/FileKind.hpp"
-#include "tools/audlmd/files/TemporaryFile.hpp"
+#include "tools/audlmd/files/OpenOutput.hpp"
 
 #include <sndfile.h>
 
@@ -37,60 +38,51 @@ struct OutputLayout {
     std::uint64_t dataBytes() const { return static_cast<std::uint64_t>(frames) * frameBytes(); }
 };
 
-/// Where an output goes. Making one writes nothing.
-struct OutputTarget {
-    /// Throws CommandError for a folder, and for a file with an unknown extension. Without a known extension,
-    /// a device, a pipe and standard output (`-`) get samples without a header.
+/// Where a sound file goes.
+struct OutputTarget : OutputPath {
+    /// Throws CommandError, also for a file with an unknown extension. Without a known extension, a device, a
+    /// pipe and standard output (`-`) get samples without a header.
     explicit OutputTarget(const std::filesystem::path& given);
 
-    /// As given, but with symbolic links to files resolved: the file is replaced, not the link.
-    std::filesystem::path path;
-    /// The descriptor that the path names: 1 for `-` and /dev/stdout, 3 for /dev/fd/3.
-    std::optional<int> inherited;
-    /// Whether the target is a descriptor, a device or a pipe. Samples then go there at once, without a
-    /// temporary file.
-    bool isStream = false;
     /// Never null after construction.
     const FileKind* kind = nullptr;
 };
 
-/// Writes a sound file. The samples go to a temporary file, which takes the target's name in commit();
-/// without commit(), the target stays as it was. All failures are CommandErrors that name the file. A reader
-/// of the target thus sees the old file or the whole new one. A stream has no such protection: samples go out
-/// as they come.
+/// Writes a sound file through an OpenOutput; without commit(), a regular file stays as it was. All failures
+/// are CommandErrors that name the file.
 class OutputFile {
 public:
-    /// Opens the temporary file, or the stream.
     OutputFile(const OutputTarget& target, const OutputLayout& layout);
-    ~OutputFile();
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
 
     /// Appends frames: containers of the layout's format, the channels side by side.
     void write(const std::byte* interleaved, std::size_t frames);
 
-    /// Closes the file, checks that its last frame can be read, and gives it the target's name. Call this
-    /// once, after layout.frames frames.
+    /// Closes the file, and gives it the target's name if all of it was written: no write failed, the header
+    /// says what the layout says, and the last frame can be read. Call this once, after layout.frames frames.
     void commit();
 
 private:
-    /// Opens the temporary file or the stream; an inherited descriptor is duplicated, so that closing leaves
-    /// the original open.
-    void openDescriptor();
     /// Lets libsndfile write the header through the descriptor.
     void openSoundFile();
     /// Lets libsndfile write the time reference.
     void setTimeReference();
-    /// Fails unless the file reads back to the last frame.
-    void checkWhole();
+    void requireNoError() const;
+    void requireHeader() const;
+    void requireLastFrame() const;
     /// Lets libsndfile change the byte order. Returns whether all frames were written.
     bool writeConverted(const std::byte* interleaved, std::size_t frames);
     [[noreturn]] void fail(const std::string& why) const;
 
     OutputTarget target_;
     OutputLayout layout_;
-    std::optional<TemporaryFile> temporary_;
-    int descriptor_ = -1;
+    /// libsndfile's number.
+    int type_ = 0;
+    std::optional<OpenOutput> output_;
+    /// Of a regular file.
+    std::optional<CheckedDescriptor> checked_;
+    /// Closed before the two above: closing still writes.
     SoundFileHandle file_;
     /// For formats that libsndfile takes as ints.
     std::vector<int> wide_;

@@ -1,9 +1,8 @@
 #include "tools/audlmd/files/PictureFile.hpp"
 
 #include "tools/audlmd/CommandError.hpp"
-#include "tools/audlmd/files/TemporaryFile.hpp"
+#include "tools/audlmd/files/OpenOutput.hpp"
 
-#include <csignal>
 #include <string>
 
 namespace audlmd::command {
@@ -17,13 +16,8 @@ plot::PictureKind pictureKindOf(const std::filesystem::path& path) {
                        "': the extension names the kind of picture to write; use .png or .svg");
 }
 
-void writePicture(const plot::Figure& figure, const std::filesystem::path& path) {
-    const std::string content = plot::drawFigure(figure, pictureKindOf(path));
-    // Without the signal, a file that grows too large is an error of writing.
-    std::signal(SIGXFSZ, SIG_IGN);
-    TemporaryFile file(path);
-    file.write(content);
-    file.commit();
+void writePicture(const plot::Figure& figure, const OutputPath& target) {
+    writeOutput(target, plot::drawFigure(figure, pictureKindOf(target.path)));
 }
 
 } // namespace audlmd::command

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tools/audlmd/files/OutputPath.hpp"
 #include "tools/plot/Figure.hpp"
 
 #include <filesystem>
@@ -10,7 +11,7 @@ namespace audlmd::command {
 /// long work, so that a wrong name is refused at once.
 plot::PictureKind pictureKindOf(const std::filesystem::path& path);
 
-/// Draws a figure into a file, which appears whole or not at all. Throws CommandError.
-void writePicture(const plot::Figure& figure, const std::filesystem::path& path);
+/// Draws a figure into a file. Throws CommandError.
+void writePicture(const plot::Figure& figure, const OutputPath& target);
 
 } // namespace audlmd::command

@@ -1,17 +1,15 @@
 #include "tools/audlmd/files/TemporaryFile.hpp"
 
-#include "tools/audlmd/CommandError.hpp"
+#include "tools/audlmd/files/OutputPath.hpp"
 
 #include <climits>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
 #include <string>
 #include <sys/stat.h>
-#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -44,19 +42,26 @@ void handleEndingSignals() {
     }
 }
 
-[[noreturn]] void failedToWrite(const std::filesystem::path& path, int error) {
-    throw CommandError("cannot write '" + path.string() + "': " + std::generic_category().message(error));
-}
-
-/// The permissions of the target, or those of any new file if there is no target. The mask of the process can
-/// only be read by setting it, so the mask is set back at once.
-mode_t permissionsFor(const std::filesystem::path& target) {
-    struct stat existing {};
-    if (stat(target.c_str(), &existing) == 0)
-        return existing.st_mode & 07777;
+/// The permissions of any new file. The mask of the process can only be read by setting it, so the mask is
+/// set back at once.
+mode_t permissionsOfNewFiles() {
     const mode_t mask = umask(0);
     umask(mask);
     return 0666 & ~mask;
+}
+
+/// Gives a file the owner and the group of the one in its place, as far as the process may, and the
+/// permissions. Not the bits above them: a set-user-id bit was meant for the old content and the old owner.
+int takeOver(int descriptor, const std::filesystem::path& target) {
+    struct stat existing {};
+    if (stat(target.c_str(), &existing) != 0)
+        return fchmod(descriptor, permissionsOfNewFiles());
+    constexpr auto unchanged = static_cast<gid_t>(-1);
+    // Who may not give a file away may still give it to one of the own groups.
+    if (fchown(descriptor, existing.st_uid, existing.st_gid) != 0 &&
+        fchown(descriptor, unchanged, existing.st_gid) != 0)
+        errno = 0;
+    return fchmod(descriptor, existing.st_mode & 0777);
 }
 
 } // namespace
@@ -75,17 +80,17 @@ EndingSignalsBlocked::~EndingSignalsBlocked() {
 
 TemporaryFile::TemporaryFile(const std::filesystem::path& target) : target_(target) {
     // Renaming replaces a file that may not be written, so the permission is checked here.
-    if (std::filesystem::exists(target) && access(target.c_str(), W_OK) != 0)
-        failedToWrite(target, errno);
+    if (access(target.c_str(), F_OK) == 0 && access(target.c_str(), W_OK) != 0)
+        failToWrite(target, errno);
 
     handleEndingSignals();
     std::string name = (target.parent_path() / ".audlmd-XXXXXX").string();
     if (name.size() >= sizeof removedOnSignal)
-        failedToWrite(target, ENAMETOOLONG);
+        failToWrite(target, ENAMETOOLONG);
     const EndingSignalsBlocked blocked;
     descriptor_ = mkostemp(name.data(), O_CLOEXEC);
     if (descriptor_ < 0)
-        failedToWrite(target, errno);
+        failToWrite(target, errno);
     path_ = name;
     std::memcpy(removedOnSignal, name.c_str(), name.size() + 1);
 }
@@ -100,25 +105,15 @@ TemporaryFile::~TemporaryFile() {
     removedOnSignal[0] = '\0';
 }
 
-void TemporaryFile::write(std::string_view content) {
-    while (!content.empty()) {
-        const ssize_t count = ::write(descriptor_, content.data(), content.size());
-        // A call may be interrupted, or write a part only: the rest follows in the next turn.
-        if (count < 0 && errno != EINTR)
-            failedToWrite(target_, errno);
-        content.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
-    }
-}
-
 void TemporaryFile::commit() {
     // On the device before the name is: after a power failure the name must not lead to an empty file.
-    if (fchmod(descriptor_, permissionsFor(target_)) != 0 || fsync(descriptor_) != 0)
-        failedToWrite(target_, errno);
+    if (takeOver(descriptor_, target_) != 0 || fsync(descriptor_) != 0)
+        failToWrite(target_, errno);
     if (close(std::exchange(descriptor_, -1)) != 0)
-        failedToWrite(target_, errno);
+        failToWrite(target_, errno);
     const EndingSignalsBlocked blocked;
     if (rename(path_.c_str(), target_.c_str()) != 0)
-        failedToWrite(target_, errno);
+        failToWrite(target_, errno);
     path_.clear();
     removedOnSignal[0] = '\0';
 }

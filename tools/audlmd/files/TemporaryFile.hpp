@@ -2,7 +2,6 @@
 
 #include <csignal>
 #include <filesystem>
-#include <string_view>
 
 namespace audlmd::command {
 
@@ -31,15 +30,13 @@ public:
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
 
-    /// Appends the content. Throws CommandError.
-    void write(std::string_view content);
-
     /// Open for reading and writing. Owned by this object: do not close the descriptor.
     int descriptor() const { return descriptor_; }
 
-    /// Waits until the content is on the storage device, then puts the file in the target's place with the
-    /// target's permissions. Throws CommandError on failure; the target is then as it was. Call this once, at
-    /// the end; nothing can be written afterwards.
+    /// Waits until the content is on the storage device, then puts the file in the target's place. The file
+    /// takes over the target's permissions, and its owner and group where the process may give them; not the
+    /// set-user-id and set-group-id bits, access lists and attributes. Throws CommandError on failure; the
+    /// target is then as it was. Call this once, at the end; nothing can be written afterwards.
     void commit();
 
 private:

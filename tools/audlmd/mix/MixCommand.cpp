@@ -14,7 +14,6 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
@@ -22,7 +21,7 @@
 #include <set>
 #include <string>
 #include <sys/resource.h>
-#include <system_error>
+#include <unistd.h>
 #include <utility>
 
 namespace audlmd::command {
@@ -37,12 +36,6 @@ void allowManyOpenFiles() {
     }
 }
 
-void writeFile(const std::filesystem::path& path, const std::string& content) {
-    TemporaryFile file(path);
-    file.write(content);
-    file.commit();
-}
-
 /// One mix, from the options to the last line of the report.
 class Mix {
 public:
@@ -51,10 +44,7 @@ public:
     }
 
     void run() {
-        if (!options_.output.empty())
-            target_.emplace(options_.output);
-        if (!options_.picture.empty())
-            pictureKindOf(options_.picture); // Throws for a name that could not be written.
+        findOutputs();
         readTimeline();
         checkMedia();
         if (options_.list)
@@ -68,8 +58,25 @@ public:
     }
 
 private:
-    /// Where the report goes: standard output, or standard error if the samples go to a stream.
-    FILE* report() const { return target_ && target_->isStream ? stderr : stdout; }
+    /// Where the report goes: standard output, or standard error if the samples go to a stream or another
+    /// output to standard output.
+    FILE* report() const {
+        const auto takesOutput = [](const OutputPath& output) { return output.inherited == STDOUT_FILENO; };
+        const bool taken = (target_ && target_->isStream) || std::ranges::any_of(outputs_, takesOutput);
+        return taken ? stderr : stdout;
+    }
+
+    /// Before anything is read, so that wrong names are refused at once.
+    void findOutputs() {
+        if (!options_.output.empty())
+            target_.emplace(options_.output);
+        if (!options_.picture.empty())
+            pictureKindOf(options_.picture); // Throws for a name that could not be written.
+        for (const std::filesystem::path& output : {options_.output, options_.report, options_.picture})
+            if (!output.empty())
+                outputs_.emplace_back(output);
+        requireDistinct(outputs_);
+    }
 
     void readTimeline() {
         timeline_ = readTimelineFile(options_.timeline,
@@ -81,11 +88,8 @@ private:
 
     /// Throws CommandError if one of the files to write is an input. `what` says what the input is.
     void requireOther(const std::filesystem::path& input, const std::string& what) const {
-        for (const std::filesystem::path& output : {options_.output, options_.report, options_.picture}) {
-            std::error_code different;
-            if (!output.empty() && std::filesystem::equivalent(output, input, different))
-                throw CommandError("'" + output.string() + "' is " + what + "; name another file to write");
-        }
+        for (const OutputPath& output : outputs_)
+            command::requireOther(output, input, what);
     }
 
     /// Looks at every medium once, before anything is written.
@@ -123,9 +127,6 @@ private:
     }
 
     MixReport mix() {
-        // Without the signals, a closed pipe and a file that grows too large are errors of writing.
-        std::signal(SIGPIPE, SIG_IGN);
-        std::signal(SIGXFSZ, SIG_IGN);
         allowManyOpenFiles();
         std::optional<Mixer> mixer;
         {
@@ -170,7 +171,7 @@ private:
 
     void tell(const MixReport& told, const MixRun& run) const {
         if (!options_.report.empty())
-            writeFile(options_.report, reportJson(told, timeline_, run));
+            command::writeOutput(OutputPath(options_.report), reportJson(told, timeline_, run));
         std::fputs(reportText(told, timeline_, run).c_str(), report());
     }
 
@@ -181,7 +182,7 @@ private:
             [&](double share) {
                 bar.update(static_cast<std::int64_t>(share * static_cast<double>(timeline_.length)));
             });
-        writePicture(figure, options_.picture);
+        writePicture(figure, OutputPath(options_.picture));
     }
 
     /// The mix is written by then. Who runs it must still learn that something is missing in it.
@@ -196,6 +197,8 @@ private:
     const MixOptions& options_;
     MediaFinder media_;
     std::optional<OutputTarget> target_;
+    /// All files to write.
+    std::vector<OutputPath> outputs_;
     Timeline timeline_;
     OutputSpan span_;
 };

@@ -1,5 +1,6 @@
 #include "tools/audlmd/mix/MixOptions.hpp"
 
+#include "standalone/services/SampleRates.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/options/ParsedOption.hpp"
 
@@ -50,7 +51,7 @@ void declareOutput(CLI::App& mix, MixOptions& options) {
         ->group("Output");
     mix.add_option("--rate", options.rate, "Samples per second (default: the timeline's, else 48000)")
         ->option_text("HZ")
-        ->check(CLI::Range(1000, 384000))
+        ->check(CLI::Range(lowestSampleRate, highestSampleRate))
         ->group("Output");
     mix.add_option("--channels", options.channels, "Channels (default: the timeline's, else 2)")
         ->option_text("N")

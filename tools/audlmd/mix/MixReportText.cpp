@@ -1,6 +1,7 @@
 #include "tools/audlmd/mix/MixReportText.hpp"
 
 #include "standalone/signal/GainLaws.hpp"
+#include "tools/audlmd/OverloadText.hpp"
 #include "tools/timeline/Json.hpp"
 #include "tools/timeline/TimelineFiles.hpp"
 
@@ -36,14 +37,6 @@ std::string shortened(const std::vector<std::string>& lines) {
     if (lines.size() > mostLines)
         text += "and " + std::to_string(lines.size() - mostLines) + " more; --report lists all\n";
     return text;
-}
-
-std::string overload(const Overload& overload, const Timeline& timeline) {
-    std::ostringstream text;
-    text << overload.samples << (overload.samples == 1 ? " sample" : " samples") << ", by up to "
-         << std::fixed << std::setprecision(2) << decibelsOfGain(static_cast<double>(overload.peak))
-         << " dB, first at " << clockAt(timeline, overload.firstAt);
-    return text.str();
 }
 
 std::string summary(const MixReport& report, const Timeline& timeline, const MixRun& run) {
@@ -108,12 +101,12 @@ std::string reportText(const MixReport& report, const Timeline& timeline, const 
                            " samples, " + std::to_string(strip.underrunEpisodes) + " times");
         if (strip.overload.samples != 0)
             loud.push_back("beyond full scale by itself: " + nameOf(timeline, strip.track, strip.strip) +
-                           ": " + overload(strip.overload, timeline));
+                           ": " + overloadText(strip.overload, timeline.sampleRate));
     }
     for (std::size_t channel = 0; channel < report.channels.size(); ++channel)
         if (report.channels[channel].samples != 0)
             clipped.push_back("clipped: channel " + std::to_string(channel + 1) + ": " +
-                              overload(report.channels[channel], timeline));
+                              overloadText(report.channels[channel], timeline.sampleRate));
     return shortened(silent) + shortened(late) + shortened(loud) + shortened(clipped) +
            summary(report, timeline, run);
 }

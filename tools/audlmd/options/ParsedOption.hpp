@@ -2,6 +2,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cmath>
+#include <cstdlib>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -34,6 +36,15 @@ CLI::Option* addParsed(CLI::App& app, const std::string& name, std::vector<Value
                 values.push_back(parse(text, name));
     };
     return app.add_option_function<std::vector<std::string>>(name, read, description);
+}
+
+/// Refuses numbers outside the range, and NaN, which CLI::Range lets pass.
+inline CLI::Validator numberBetween(double least, double most) {
+    const auto refuseNaN = [](const std::string& text) {
+        return std::isnan(std::strtod(text.c_str(), nullptr)) ? "'" + text + "' is not a number"
+                                                              : std::string();
+    };
+    return CLI::Range(least, most) & CLI::Validator(refuseNaN, "");
 }
 
 } // namespace audlmd::command

@@ -24,8 +24,7 @@ void StripOptions::declareSound(CLI::App& app) {
     addParsed(app, "--eq", equaliser, &parseBand,
               "Equaliser band such as peak:1k:+3:0.7, up to five times, in this order")
         ->option_text("BAND")
-        ->expected(1)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->allow_extra_args(false)
         ->group("Sound");
     addParsed(app, "--fade-in", fadeIn, &parseFade,
               "Fade in over the first TIME; curve linear (the default), log or power")

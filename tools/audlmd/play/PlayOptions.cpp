@@ -1,5 +1,6 @@
 #include "tools/audlmd/play/PlayOptions.hpp"
 
+#include "standalone/services/SampleRates.hpp"
 #include "standalone/signal/Speed.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/options/ParsedOption.hpp"
@@ -43,7 +44,7 @@ void declareDevice(CLI::App& play, PlayOptions& options) {
         ->group("Device");
     play.add_option("--rate", options.rate, "Samples per second of the device (default: the input's)")
         ->option_text("HZ")
-        ->check(CLI::Range(1000, 384000))
+        ->check(CLI::Range(lowestSampleRate, highestSampleRate))
         ->group("Device");
     play.add_flag("--through-tables", options.throughTables,
                   "Render through the loaded library, as a host does; changes no sample")
@@ -55,7 +56,7 @@ void declareDevice(CLI::App& play, PlayOptions& options) {
     play.add_option("--latency", options.latency,
                     "From rendering to the loudspeaker, in milliseconds (default 80)")
         ->option_text("MS")
-        ->check(CLI::Range(10.0, 2000.0))
+        ->check(numberBetween(10.0, 2000.0))
         ->group("Device");
 }
 

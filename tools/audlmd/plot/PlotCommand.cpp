@@ -1,3 +1,4 @@
+#include "standalone/services/SampleRates.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Progress.hpp"
 #include "tools/audlmd/Subcommands.hpp"
@@ -6,6 +7,7 @@
 #include "tools/audlmd/options/ParsedOption.hpp"
 #include "tools/audlmd/options/Parsers.hpp"
 #include "tools/audlmd/plot/Figures.hpp"
+#include "tools/timeline/TimelineError.hpp"
 
 #include <CLI/CLI.hpp>
 
@@ -89,7 +91,8 @@ Figure drawAutomation(const PlotOptions& options, const Watcher& watcher) {
                                                                           : DynamicLevelDirection::forwards});
     const std::int64_t length = options.durationOr(std::max<std::int64_t>(options.rate, last + last / 20));
     Figure figure = automationFigure(settings, length, options.rate, watcher);
-    figure.subtitle = options.input.filename().string() + (options.reverse ? ", walked backwards" : "");
+    figure.subtitle = timeline::printable(options.input.filename().string()) +
+                      (options.reverse ? ", walked backwards" : "");
     return figure;
 }
 
@@ -99,13 +102,16 @@ using Draw = std::function<Figure(const PlotOptions&, const Watcher&)>;
 /// Runs one kind: draws with a progress bar, and puts the picture in place once it is whole.
 void drawToFile(const PlotOptions& options, const Draw& draw) {
     pictureKindOf(options.output); // Throws for a name that could not be written.
+    const OutputPath output(options.output);
+    if (!options.input.empty())
+        requireOther(output, options.input, "the input");
     std::optional<Progress> bar;
     const Figure figure = draw(options, [&](std::int64_t done, std::int64_t all, int sampleRate) {
         if (!bar)
             bar.emplace(all, sampleRate);
         bar->update(done);
     });
-    writePicture(figure, options.output);
+    writePicture(figure, output);
 }
 
 using SharedOptions = std::shared_ptr<PlotOptions>;
@@ -124,7 +130,7 @@ CLI::App* addKind(CLI::App& plot, const SharedOptions& options, const char* name
 void addRate(CLI::App& kind, PlotOptions& options) {
     kind.add_option("--rate", options.rate, "Samples per second (default 48000)")
         ->option_text("HZ")
-        ->check(CLI::Range(1000, 1000000));
+        ->check(CLI::Range(lowestSampleRate, highestSampleRate));
 }
 
 void addDuration(CLI::App& kind, PlotOptions& options, const char* description) {
@@ -180,7 +186,7 @@ void addSpectrogram(CLI::App& plot, const SharedOptions& options) {
     kind->add_option("--channel", options->channel, "Counted from 1 (default 1)")->option_text("N");
     kind->add_option("--floor", options->floor, "Level of the darkest colour (default -120)")
         ->option_text("DB")
-        ->check(CLI::Range(-200.0, -10.0));
+        ->check(numberBetween(-200.0, -10.0));
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "standalone/mix/RateConvertedSource.hpp"
 #include "standalone/services/Identities.hpp"
 #include "tools/audlmd/CommandError.hpp"
+#include "tools/audlmd/OverloadText.hpp"
 #include "tools/audlmd/Progress.hpp"
 #include "tools/audlmd/Subcommands.hpp"
 #include "tools/audlmd/modes/ModeText.hpp"
@@ -13,20 +14,11 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <csignal>
 #include <cstdio>
 #include <thread>
 
 namespace audlmd::command {
 namespace {
-
-/// Throws CommandError if the output would replace the file at `path`. `what` says what that file is for.
-void requireOther(const OutputTarget& target, const std::filesystem::path& path, const char* what) {
-    std::error_code different;
-    if (!target.isStream && std::filesystem::equivalent(target.path, path, different))
-        throw CommandError("'" + target.path.string() + "' is the " + what +
-                           "; name another file to write with -o");
-}
 
 /// A render reads its material once, so the cache needs room only for a few segments of each channel. A small
 /// cache uses its memory again while that is still in the processor's caches.
@@ -63,9 +55,11 @@ private:
     /// Before the input is read, so that a wrong output is refused at once.
     void openTarget() {
         target_.emplace(options_.output);
-        requireOther(*target_, options_.input, "input");
+        requireOther(*target_, options_.input, "the input");
         if (options_.mixInto)
-            requireOther(*target_, *options_.mixInto, "file that is mixed into, which is never changed");
+            requireOther(*target_, *options_.mixInto, "the file that is mixed into, which is never changed");
+        if (options_.strip.automation)
+            requireOther(*target_, *options_.strip.automation, "the automation");
     }
 
     void openInput() {
@@ -111,9 +105,6 @@ private:
     }
 
     void renderToFile() {
-        // Without the signals, a closed pipe and a file that grows too large are errors of writing.
-        std::signal(SIGPIPE, SIG_IGN);
-        std::signal(SIGXFSZ, SIG_IGN);
         OutputFile output(*target_, layout_);
         const std::size_t threads =
             options_.threads != 0 ? options_.threads : std::max(1U, std::thread::hardware_concurrency());
@@ -134,7 +125,22 @@ private:
             summary.underrunSamples += statistics.underrunSamples;
             summary.underrunEpisodes += statistics.underrunEpisodes;
         }
+        tellClipped(job);
         std::fprintf(report(), "%s\n", summary.line().c_str());
+    }
+
+    /// In the words of a mix. The library does not tell what it clips, so through the tables nobody knows
+    /// which of the samples at full scale were louder.
+    void tellClipped(const RenderJob& job) const {
+        for (std::size_t channel = 0; channel < job.clipped().size(); ++channel) {
+            const RenderJob::Clipped& clipped = job.clipped()[channel];
+            const std::string line =
+                options_.throughTables
+                    ? channelOverloadLine("clipped or at full scale", channel, clipped.atLimits,
+                                          layout_.sampleRate)
+                    : channelOverloadLine("clipped", channel, clipped.meter.overload(), layout_.sampleRate);
+            std::fputs(line.c_str(), report());
+        }
     }
 
     /// Throws CommandError if a segment could not be read: the library renders such a segment as silence.

@@ -4,7 +4,8 @@
 #include "tools/audlmd/files/SampleLayouts.hpp"
 
 #include <algorithm>
-#include <thread>
+#include <cstring>
+#include <span>
 #include <type_traits>
 #include <utility>
 
@@ -18,37 +19,66 @@ constexpr std::size_t ringLength = 3;
 /// the processor's cache until they are written, and the threads wait for each other rarely.
 constexpr std::size_t chunkBytes = 256 * 1024;
 
-/// The output type at an address.
+/// The containers behind an output type.
+template <class Out>
+struct ContainersOf;
 template <class Format>
-Aud::Render::Summing<Format*> outputAt(std::byte* at, std::type_identity<Aud::Render::Summing<Format*>>) {
-    return Aud::Render::Summing<Format*>(reinterpret_cast<Format*>(at));
-}
+struct ContainersOf<Format*> {
+    using Type = Format;
+    static constexpr bool summing = false;
+};
+template <class Format>
+struct ContainersOf<Aud::Render::Summing<Format*>> {
+    using Type = Format;
+    static constexpr bool summing = true;
+};
 
+/// Counts the samples that stand at one of the limits of the format, where the library puts what is beyond.
 template <class Format>
-Format* outputAt(std::byte* at, std::type_identity<Format*>) {
-    return reinterpret_cast<Format*>(at);
+void countAtLimits(const Format* containers, std::size_t count, std::int64_t at, Overload& overload) {
+    constexpr float beyond[] = {2.0F, -2.0F};
+    Format limits[2];
+    Format* out = limits;
+    convertBlock(beyond, 2, out);
+    for (std::size_t n = 0; n < count; ++n)
+        if (std::memcmp(&containers[n], &limits[0], sizeof(Format)) == 0 ||
+            std::memcmp(&containers[n], &limits[1], sizeof(Format)) == 0)
+            if (overload.samples++ == 0)
+                overload.firstAt = at + static_cast<std::int64_t>(n);
 }
 
 /// Renders the next frames of one channel to `at`, in blocks.
 template <class Out>
-void renderInlined(StripPlayer& player, std::byte* at, std::size_t frames, std::size_t block) {
-    Out out = outputAt(at, std::type_identity<Out>());
+void renderInlined(StripPlayer& player, std::byte* at, std::size_t frames, std::size_t block,
+                   RenderJob::Clipped& clipped) {
+    using Containers = ContainersOf<Out>;
+    auto* out = reinterpret_cast<typename Containers::Type*>(at);
     std::vector<float> samples(std::min(frames, block));
     for (std::size_t count = 0; frames != 0; frames -= count) {
         count = std::min(frames, block);
-        player.renderFloats(std::span(samples).first(count));
+        const auto position = static_cast<std::int64_t>(player.position());
+        const std::span<float> rendered(samples.data(), count);
+        player.renderFloats(rendered);
+        if constexpr (Containers::summing)
+            addStored(out, rendered);
+        clipped.meter.measure(rendered, 1.0F, position);
         convertBlock(samples.data(), count, out);
     }
 }
 
 /// The same, and the library converts each sample.
 template <class Out>
-void renderThroughTables(StripPlayer& player, std::byte* at, std::size_t frames, std::size_t block) {
-    Out out = outputAt(at, std::type_identity<Out>());
+void renderThroughTables(StripPlayer& player, std::byte* at, std::size_t frames, std::size_t block,
+                         RenderJob::Clipped& clipped) {
+    using Format = typename ContainersOf<Out>::Type;
+    Out out(reinterpret_cast<Format*>(at));
+    const auto position = static_cast<std::int64_t>(player.position());
+    const std::size_t all = frames;
     for (std::size_t count = 0; frames != 0; frames -= count) {
         count = std::min(frames, block);
         player.render(out, count);
     }
+    countAtLimits(reinterpret_cast<const Format*>(at), all, position, clipped.atLimits);
 }
 
 /// Frames in a chunk: whole blocks, or the whole output if that is shorter.
@@ -65,7 +95,8 @@ RenderJob::RenderJob(std::vector<std::unique_ptr<StripPlayer>>& players, const O
     : players_(players), layout_(layout), existing_(existing), sizes_(sizes),
       chunkFrames_(chooseChunk(layout, sizes.block)),
       chunks_((static_cast<std::size_t>(layout.frames) + chunkFrames_ - 1) / chunkFrames_),
-      ring_(std::min(ringLength, chunks_)), interleaved_(chunkFrames_ * layout.frameBytes()) {
+      ring_(std::min(ringLength, chunks_)), clipped_(players.size()),
+      interleaved_(chunkFrames_ * layout.frameBytes()) {
     for (Chunk& chunk : ring_)
         chunk.channels.assign(players.size(),
                               std::vector<std::byte>(chunkFrames_ * outputFormat(layout.format).bytes));
@@ -77,12 +108,8 @@ RenderJob::RenderJob(std::vector<std::unique_ptr<StripPlayer>>& players, const O
 void RenderJob::run(OutputFile& output, const std::function<void(std::int64_t)>& written) {
     const std::size_t workers = std::clamp<std::size_t>(sizes_.threads, 1, players_.size());
     std::vector<std::jthread> threads;
-    {
-        const EndingSignalsBlocked blocked;
-        for (std::size_t worker = 0; worker < workers; ++worker)
-            threads.emplace_back([this, worker, workers] { work(worker, workers); });
-    }
     try {
+        start(threads, workers);
         for (std::size_t chunk = 0; chunk < ring_.size(); ++chunk)
             open(chunk);
         for (std::size_t chunk = 0; chunk < chunks_; ++chunk) {
@@ -96,6 +123,13 @@ void RenderJob::run(OutputFile& output, const std::function<void(std::int64_t)>&
         stop(nullptr);
         throw;
     }
+}
+
+/// Where one of the threads cannot be started, the others must be stopped: they wait for chunks.
+void RenderJob::start(std::vector<std::jthread>& threads, std::size_t workers) {
+    const EndingSignalsBlocked blocked;
+    for (std::size_t worker = 0; worker < workers; ++worker)
+        threads.emplace_back([this, worker, workers] { work(worker, workers); });
 }
 
 std::size_t RenderJob::framesIn(std::size_t chunk) const {
@@ -146,7 +180,7 @@ void RenderJob::work(std::size_t worker, std::size_t workers) {
             std::size_t rendered = 0;
             for (std::size_t channel = worker; channel < players_.size(); channel += workers, ++rendered)
                 renderChannel_(*players_[channel], chunk.channels[channel].data(), framesIn(number),
-                               sizes_.block);
+                               sizes_.block, clipped_[channel]);
             const std::lock_guard lock(mutex_);
             chunk.channelsLeft -= rendered;
             if (chunk.channelsLeft == 0)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "standalone/mix/OverloadMeter.hpp"
 #include "standalone/signal/StripPlayer.hpp"
 #include "tools/audlmd/files/ExistingMix.hpp"
 #include "tools/audlmd/files/OutputFile.hpp"
@@ -11,6 +12,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <thread>
 #include <vector>
 
 namespace audlmd::command {
@@ -29,6 +31,15 @@ public:
     /// Which functions render: those compiled into the command, or those of the loaded library.
     enum class Through { inlined, tables };
 
+    /// What went beyond full scale in one channel.
+    struct Clipped {
+        /// Through the inlined functions: the samples before they were stored, in a mix the sums.
+        OverloadMeter meter{1};
+        /// Through the tables, where the library has clipped them: all samples at the limits of the format.
+        /// Some may have been there by themselves, so this is the most that were clipped. Without a peak.
+        Overload atLimits;
+    };
+
     /// `players` has one player for each channel, all of the same length. `existing` is null unless the
     /// render is mixed into a file. All arguments by reference or pointer must outlive the job.
     RenderJob(std::vector<std::unique_ptr<StripPlayer>>& players, const OutputLayout& layout,
@@ -39,6 +50,9 @@ public:
     /// have ended.
     void run(OutputFile& output, const std::function<void(std::int64_t)>& written);
 
+    /// Of each channel, once the job has run.
+    const std::vector<Clipped>& clipped() const { return clipped_; }
+
 private:
     /// A part of the output, with a buffer for each channel.
     struct Chunk {
@@ -46,8 +60,9 @@ private:
         /// How many channels are not rendered yet. Guarded by mutex_.
         std::size_t channelsLeft = 0;
     };
-    using RenderChannel = void (*)(StripPlayer&, std::byte*, std::size_t frames, std::size_t block);
+    using RenderChannel = void (*)(StripPlayer&, std::byte*, std::size_t frames, std::size_t block, Clipped&);
 
+    void start(std::vector<std::jthread>& threads, std::size_t workers);
     std::size_t framesIn(std::size_t chunk) const;
     Chunk& chunkAt(std::size_t number) { return ring_[number % ring_.size()]; }
 
@@ -72,6 +87,8 @@ private:
     std::size_t chunkFrames_;
     std::size_t chunks_;
     std::vector<Chunk> ring_;
+    /// Each is used by the worker that renders the channel.
+    std::vector<Clipped> clipped_;
     /// One chunk with the channels side by side. Used by the calling thread only.
     std::vector<std::byte> interleaved_;
 

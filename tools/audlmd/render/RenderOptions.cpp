@@ -1,5 +1,6 @@
 #include "tools/audlmd/render/RenderOptions.hpp"
 
+#include "standalone/services/SampleRates.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/options/ParsedOption.hpp"
 
@@ -49,7 +50,7 @@ void declareOutput(CLI::App& app, RenderOptions& options) {
         ->group("Output");
     app.add_option("--rate", options.rate, "Samples per second of the output (default: the input's)")
         ->option_text("HZ")
-        ->check(CLI::Range(1000, 384000))
+        ->check(CLI::Range(lowestSampleRate, highestSampleRate))
         ->group("Output");
     app.add_option("--mix-into", options.mixInto,
                    "Add to the samples of this file, which is only read, and write the sum to OUTPUT")
