@@ -82,6 +82,8 @@ PreparedMedia prepare(const Media& media, int sampleRate) {
 }
 
 OutputSpan soundingSpan(const TimelineStrip& strip, int sampleRate) {
+    if (!strip.silence.empty())
+        return {.from = strip.at, .to = strip.at};
     requirePosition(strip.at, "the place");
     requireLength(strip.length, "the length");
     requireLength(strip.skip, "the part that is skipped");

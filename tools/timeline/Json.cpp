@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <vector>
 
 namespace audlmd::timeline {
 namespace {
@@ -9,19 +10,69 @@ namespace {
 /// Far more levels than nested stacks and tracks need, see deepestNesting.
 constexpr int deepest = 512;
 
-/// The letters around a byte of the text. Finds the whole word where the parser has stopped in the middle of
-/// one.
-std::string_view lettersAround(std::string_view text, std::size_t byte) {
-    const auto isLetter = [&](std::size_t i) {
-        return std::isalpha(static_cast<unsigned char>(text[i])) != 0;
-    };
-    std::size_t begin = std::min(byte, text.size());
-    while (begin > 0 && isLetter(begin - 1))
-        --begin;
-    std::size_t end = begin;
-    while (end < text.size() && isLetter(end))
-        ++end;
-    return text.substr(begin, end - begin);
+/// A text in which every number that JSON does not have stands in quotes.
+struct PlainText {
+    std::string text;
+    /// Where quotes were put, as places in `text`, in order.
+    std::vector<std::size_t> quotes;
+
+    /// The place in the original text.
+    std::size_t originalPlace(std::size_t place) const {
+        return place - static_cast<std::size_t>(std::ranges::lower_bound(quotes, place) - quotes.begin());
+    }
+};
+
+/// The length of a word at the start of a text that means no number or an infinite one. 0 where there is
+/// none.
+std::size_t oddNumberAt(std::string_view text) {
+    std::size_t length = text.starts_with('-') || text.starts_with('+') ? 1 : 0;
+    const std::size_t sign = length;
+    while (length < text.size() && std::isalpha(static_cast<unsigned char>(text[length])) != 0)
+        ++length;
+    const std::string_view word = text.substr(sign, length - sign);
+    for (const std::string_view odd : {"NaN", "nan", "Infinity", "infinity", "Inf", "inf"})
+        if (word == odd)
+            return length;
+    return 0;
+}
+
+/// The place behind a text in quotes that begins at `begin`, or the end of a file that breaks off in it.
+std::size_t behindQuoted(std::string_view text, std::size_t begin) {
+    std::size_t i = begin + 1;
+    while (i < text.size() && text[i] != '"')
+        i += text[i] == '\\' ? 2 : 1;
+    return std::min(i + 1, text.size());
+}
+
+/// Looks at every byte once. Throws TimelineError for too many levels. Only a text that begins like JSON is
+/// looked at, so that a sound file is not taken for a deep timeline.
+PlainText plainTextOf(std::string_view text) {
+    PlainText plain;
+    const std::size_t start = text.find_first_not_of(" \t\r\n");
+    const bool looksLikeJson = start != std::string_view::npos && (text[start] == '{' || text[start] == '[');
+    std::size_t copied = 0;
+    int depth = 0;
+    for (std::size_t i = looksLikeJson ? start : text.size(); i < text.size();) {
+        const char c = text[i];
+        if (c == '"') {
+            i = behindQuoted(text, i);
+            continue;
+        }
+        depth += (c == '{' || c == '[' ? 1 : 0) - (c == '}' || c == ']' ? 1 : 0);
+        if (depth > deepest)
+            throw TimelineError("the file is nested more than " + std::to_string(deepest) + " levels deep");
+        const bool mayBeOdd = std::string_view("-+NnIi").find(c) != std::string_view::npos;
+        const std::size_t odd = mayBeOdd ? oddNumberAt(text.substr(i)) : 0;
+        if (odd != 0) {
+            plain.text += text.substr(copied, i - copied);
+            plain.quotes.insert(plain.quotes.end(), {plain.text.size(), plain.text.size() + odd + 1});
+            plain.text += '"' + std::string(text.substr(i, odd)) + '"';
+            copied = i + odd;
+        }
+        i += std::max<std::size_t>(odd, 1);
+    }
+    plain.text += text.substr(copied);
+    return plain;
 }
 
 /// `byte` is counted from 1, as the parser reports places. Columns are bytes.
@@ -32,32 +83,16 @@ std::string lineAndColumn(std::string_view text, std::size_t byte) {
            std::to_string(before.size() - lineStart + 1);
 }
 
-/// Some programs write numbers that JSON does not have; the message names them, because "not JSON" would not
-/// help their users.
-[[noreturn]] void refuseText(std::string_view text, std::size_t byte) {
-    const std::string place = lineAndColumn(text, byte);
-    const std::string_view word = lettersAround(text, byte);
-    for (const std::string_view number : {"NaN", "nan", "Infinity", "Inf", "inf", "infinity"})
-        if (number == word)
-            throw TimelineError(place + ": " + std::string(word) +
-                                " is not a number that a timeline can hold");
-    if (text.find_first_not_of(" \t\r\n") == std::string_view::npos)
-        throw TimelineError("the file is empty");
-    throw TimelineError(place + ": this is not JSON");
-}
-
 } // namespace
 
 Json parseJson(std::string_view text) {
-    const auto limitDepth = [](int depth, Json::parse_event_t, Json&) {
-        if (depth > deepest)
-            throw TimelineError("the file is nested more than " + std::to_string(deepest) + " levels deep");
-        return true;
-    };
+    const PlainText plain = plainTextOf(text);
     try {
-        return Json::parse(text.begin(), text.end(), limitDepth);
+        return Json::parse(plain.text);
     } catch (const Json::parse_error& error) {
-        refuseText(text, error.byte);
+        if (text.find_first_not_of(" \t\r\n") == std::string_view::npos)
+            throw TimelineError("the file is empty");
+        throw TimelineError(lineAndColumn(text, plain.originalPlace(error.byte)) + ": this is not JSON");
     } catch (const Json::out_of_range&) {
         throw TimelineError("the file holds a number that is too large for any time or level");
     }

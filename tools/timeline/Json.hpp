@@ -18,8 +18,11 @@ namespace audlmd::timeline {
 /// A JSON value of any type, after RFC 8259.
 using Json = nlohmann::json;
 
-/// Reads JSON. Throws TimelineError, with line and column, for a text that is not JSON, that holds NaN or
-/// infinity, or that is nested more than 512 levels deep.
+/// Reads JSON, in a time that grows with its length only. Throws TimelineError, with line and column, for a
+/// text that is not JSON, or that is nested more than 512 levels deep.
+///
+/// Some programs write NaN and infinities, which JSON does not have. Each becomes a text of the same letters:
+/// where nobody reads the member, it harms nothing, and who expects a number refuses the text.
 Json parseJson(std::string_view text);
 
 /// The member of an object. Null where `value` is no object, where the member is missing and where it is

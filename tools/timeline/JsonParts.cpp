@@ -16,7 +16,7 @@ EqualiserBand bandIn(const Json& value, const Fields& parent, const ReadOptions&
         try {
             return options.band(value.get_ref<const std::string&>());
         } catch (const std::exception& error) {
-            parent.fail("equaliser", std::string("cannot be read: ") + error.what());
+            parent.fail("equaliser", "cannot be read: " + printable(error.what(), 200));
         }
     }
     if (!value.is_object())

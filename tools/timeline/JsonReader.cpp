@@ -2,32 +2,41 @@
 #include "standalone/signal/GainLaws.hpp"
 #include "standalone/signal/Speed.hpp"
 #include "tools/timeline/JsonParts.hpp"
+#include "tools/timeline/MediaRange.hpp"
 #include "tools/timeline/TimelineFiles.hpp"
 
 #include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <limits>
+#include <set>
 #include <stdexcept>
+#include <utility>
 
 namespace audlmd::timeline {
 namespace {
 
-/// In samples.
-constexpr std::int64_t latest = farthestPosition;
 constexpr int mostChannels = 1024;
 
 /// What the strips of a file share.
 struct FileContext {
     const ReadOptions& options;
-    int sampleRate;
-    std::size_t channels;
-    std::vector<TimelineNote>& notes;
+    MediaAnswers& media;
+    /// What is read so far, with sample rate and channels.
+    Timeline& timeline;
+
+    int sampleRate() const { return timeline.sampleRate; }
 };
+
+bool isInRange(std::int64_t samples) {
+    return samples >= -farthestPosition && samples <= farthestPosition;
+}
 
 /// A whole number of samples, or seconds as a text: "1.5s". Nothing for anything else.
 std::optional<std::int64_t> timeOf(const Json& value, int sampleRate) {
-    if (value.is_number_integer() && std::abs(value.get<double>()) <= static_cast<double>(latest))
+    // Integers above the signed range are stored without a sign, and would wrap.
+    if (value.is_number_integer() && std::abs(value.get<double>()) <= static_cast<double>(farthestPosition) &&
+        isInRange(value.get<std::int64_t>()))
         return value.get<std::int64_t>();
     if (!value.is_string())
         return std::nullopt;
@@ -37,7 +46,7 @@ std::optional<std::int64_t> timeOf(const Json& value, int sampleRate) {
     const auto [stop, error] = std::from_chars(text.data(), end, seconds);
     const double samples = seconds * sampleRate;
     if (error != std::errc() || stop == end || std::string_view(stop, end) != "s" ||
-        !(std::abs(samples) <= static_cast<double>(latest)))
+        !(std::abs(samples) <= static_cast<double>(farthestPosition)))
         return std::nullopt;
     return std::llround(samples);
 }
@@ -51,8 +60,8 @@ std::int64_t timeIn(Fields& fields, const std::string& key, std::int64_t otherwi
     const std::optional<std::int64_t> time = timeOf(*found, sampleRate);
     if (!time || *time < lowest)
         fields.fail(key,
-                    std::string("must be a whole number of samples, or seconds as a text like \"1.5s\"") +
-                        (lowest == 0 ? ", not negative" : ""));
+                    std::string("must be a whole number of samples, or seconds as a text like \"1.5s\", ") +
+                        (lowest == 0 ? "not negative, " : "") + "and at most 2^60 samples");
     return *time;
 }
 
@@ -96,18 +105,19 @@ std::optional<AutomationWalk> automationIn(Fields& parent, int sampleRate) {
 }
 
 /// From "from" to "to", or to the end of the file. The length of a file counts in the file's own rate and is
-/// converted to the timeline's. The file is asked only where "to" is missing.
+/// converted to the timeline's.
 void readRange(Fields& fields, const FileContext& file, TimelineStrip& strip) {
     StripSettings& settings = strip.settings;
-    settings.from = timeIn(fields, "from", 0, file.sampleRate, -latest);
-    std::optional<MediaFacts> facts;
-    if (fields.find("to") == nullptr && file.options.media)
-        facts = file.options.media(strip.media);
-    if (fields.find("to") == nullptr && !facts)
-        fields.fail("to", "is missing, and the length of the file is not known");
-    const double scale = facts ? static_cast<double>(file.sampleRate) / facts->sampleRate : 1.0;
-    const auto end = facts ? std::llround(static_cast<double>(facts->length) * scale) : 0;
-    settings.to = timeIn(fields, "to", end, file.sampleRate, -latest);
+    settings.from = timeIn(fields, "from", 0, file.sampleRate(), -farthestPosition);
+    std::int64_t end = 0;
+    if (fields.find("to") == nullptr) {
+        const auto& [facts, problem] = file.media.of(strip.media);
+        if (!facts)
+            fields.fail("to", "is missing, and the length of the file is not known" +
+                                  (problem.empty() ? "" : ": " + problem));
+        end = lengthAt(file.sampleRate(), *facts);
+    }
+    settings.to = timeIn(fields, "to", end, file.sampleRate(), -farthestPosition);
     if (settings.to < settings.from)
         fields.fail("to", "lies before \"from\"");
 }
@@ -115,11 +125,13 @@ void readRange(Fields& fields, const FileContext& file, TimelineStrip& strip) {
 /// Without "length" a strip lasts as long as its range gives samples, after the part that is skipped.
 void readPlace(Fields& fields, const FileContext& file, TimelineStrip& strip) {
     const StripSettings& settings = strip.settings;
-    strip.at = timeIn(fields, "at", 0, file.sampleRate);
-    strip.skip = timeIn(fields, "skip", 0, file.sampleRate);
+    strip.at = timeIn(fields, "at", 0, file.sampleRate());
+    strip.skip = timeIn(fields, "skip", 0, file.sampleRate());
     const double samples = std::ceil(static_cast<double>(settings.to - settings.from) / settings.speed);
     const double whole = std::clamp(samples - static_cast<double>(strip.skip), 0.0, 0x1p60);
-    strip.length = timeIn(fields, "length", static_cast<std::int64_t>(whole), file.sampleRate);
+    strip.length = timeIn(fields, "length", static_cast<std::int64_t>(whole), file.sampleRate());
+    if (!isInRange(strip.at + strip.length))
+        fields.fail("length", "leads beyond 2^60 samples");
 }
 
 /// What StripPlayer would refuse, as a sentence that names the strip.
@@ -134,6 +146,16 @@ void requirePlayable(const StripSettings& settings, const Where& where) {
     requireBands(settings.equaliser, settings.sampleRate, where);
 }
 
+void noteUnplayed(const TimelineStrip& strip, const Where& where, const FileContext& file) {
+    if (!strip.silence.empty())
+        return;
+    std::optional<std::int64_t> length;
+    if (const std::optional<MediaFacts>& facts = file.media.of(strip.media).facts)
+        length = lengthAt(file.sampleRate(), *facts);
+    noteSilentEnds(strip, length, 0, false, where, file.timeline);
+    noteOutsideAutomation(strip, where, file.timeline);
+}
+
 /// The name is read first, so that every message about the strip can show it.
 TimelineStrip readStrip(const Json& value, Where where, const FileContext& file) {
     if (const std::string name = textIn(value, "name"); !name.empty())
@@ -143,26 +165,33 @@ TimelineStrip readStrip(const Json& value, Where where, const FileContext& file)
     StripSettings& settings = strip.settings;
     strip.name = fields.text("name", "");
     strip.media = pathFrom(fields.text("media", ""), file.options);
-    settings.sampleRate = file.sampleRate;
+    // The system would take the part before the byte for the whole name.
+    if (strip.media.find('\0') != std::string::npos)
+        fields.fail("media", "has a zero byte, which no file's name can have");
+    strip.silence = fields.text("silence", "");
+    settings.sampleRate = file.sampleRate();
     settings.reverse = fields.flag("reverse", false);
     settings.speed = fields.number("speed", 1.0, slowestSpeed, fastestSpeed);
     settings.converter = fields.word("converter", converterWords)
                              .value_or(settings.speed == 1.0 ? Converter::none : Converter::filtering);
-    if (settings.converter == Converter::filtering && !isFilteringSpeed(settings.speed)) {
+    const bool takesLinear =
+        settings.converter == Converter::filtering && !isFilteringSpeed(settings.speed);
+    if (takesLinear)
         settings.converter = Converter::linear;
-        file.notes.push_back({where.text(), linearInstead});
-    }
     readRange(fields, file, strip);
     readPlace(fields, file, strip);
+    if (takesLinear)
+        file.timeline.notes.push_back({.where = where.text(), .text = linearInstead, .at = strip.at});
     FadePlan& fade = settings.fade;
-    readFade(fields, "fadeIn", file.sampleRate, fade.fadeInSamples, fade.fadeInCurve);
-    readFade(fields, "fadeOut", file.sampleRate, fade.fadeOutSamples, fade.fadeOutCurve);
+    readFade(fields, "fadeIn", file.sampleRate(), fade.fadeInSamples, fade.fadeInCurve);
+    readFade(fields, "fadeOut", file.sampleRate(), fade.fadeOutSamples, fade.fadeOutCurve);
     settings.equaliser = equaliserIn(fields, file.options);
     strip.gainDb = fields.decibels("gain", 0.0, highestGainDb);
-    settings.automation = automationIn(fields, file.sampleRate);
-    strip.routing = routingIn(fields, file.channels);
+    settings.automation = automationIn(fields, file.sampleRate());
+    strip.routing = routingIn(fields, file.timeline.channels);
     fields.finish();
     requirePlayable(settings, where);
+    noteUnplayed(strip, where, file);
     return strip;
 }
 
@@ -190,10 +219,25 @@ void readMarkersAndNotes(Fields& fields, Timeline& timeline) {
     if (const Json* notes = fields.list("notes"))
         for (const Json& value : *notes) {
             Fields note(value, {});
-            const std::string where = note.text("where", "");
-            timeline.notes.push_back({where, note.text("text", "")});
+            // Shown as they are.
+            const auto text = [&](const char* key) {
+                return printable(note.text(key, ""), std::string_view::npos);
+            };
+            TimelineNote read{text("where"), text("text")};
+            if (note.find("at") != nullptr)
+                read.at = timeIn(note, "at", 0, timeline.sampleRate, -farthestPosition);
+            read.silences = note.flag("silences", false);
             note.finish();
+            timeline.notes.push_back(std::move(read));
         }
+}
+
+/// What the file notes itself comes first. A timeline that writeJson() has written notes what would be found
+/// again.
+void dropRepeatedNotes(std::vector<TimelineNote>& notes) {
+    std::set<std::pair<std::string, std::string>> seen;
+    std::erase_if(notes,
+                  [&](const TimelineNote& note) { return !seen.emplace(note.where, note.text).second; });
 }
 
 } // namespace
@@ -209,8 +253,13 @@ Timeline readJson(const Json& root, const ReadOptions& options) {
         static_cast<int>(fields.whole("sampleRate", options.sampleRate, lowestSampleRate, highestSampleRate));
     timeline.channels = static_cast<std::size_t>(
         fields.whole("channels", static_cast<std::int64_t>(options.channels), 1, mostChannels));
+    if (!options.timeline.empty() && timeline.name != options.timeline)
+        throw TimelineError("no timeline of the file is named '" + printable(options.timeline) +
+                            "'; there is '" + printable(timeline.name) + "'");
     timeline.timeReference = timeIn(fields, "timeReference", 0, timeline.sampleRate);
-    const FileContext file{options, timeline.sampleRate, timeline.channels, timeline.notes};
+    readMarkersAndNotes(fields, timeline);
+    MediaAnswers media(options);
+    const FileContext file{options, media, timeline};
     std::int64_t end = 0;
     if (const Json* tracks = fields.list("tracks"))
         for (const Json& track : *tracks) {
@@ -220,7 +269,7 @@ Timeline readJson(const Json& root, const ReadOptions& options) {
                 end = std::max(end, strip.at + strip.length);
         }
     timeline.length = timeIn(fields, "length", end, timeline.sampleRate);
-    readMarkersAndNotes(fields, timeline);
+    dropRepeatedNotes(timeline.notes);
     fields.finish();
     return timeline;
 }

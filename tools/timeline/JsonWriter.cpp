@@ -53,6 +53,8 @@ Json stripOf(const TimelineStrip& strip) {
                {"equaliser", equaliser(settings.equaliser)}};
     if (settings.automation)
         value["automation"] = automation(*settings.automation);
+    if (!strip.silence.empty())
+        value["silence"] = strip.silence;
     if (strip.routing)
         value["routing"] = strip.routing->rows;
     return value;
@@ -78,8 +80,11 @@ Json writeJson(const Timeline& timeline) {
     }
     for (const TimelineMarker& marker : timeline.markers)
         root["markers"].push_back({{"name", marker.name}, {"at", marker.at}});
-    for (const TimelineNote& note : timeline.notes)
-        root["notes"].push_back({{"where", note.where}, {"text", note.text}});
+    for (const TimelineNote& note : timeline.notes) {
+        root["notes"].push_back({{"where", note.where}, {"text", note.text}, {"silences", note.silences}});
+        if (note.at)
+            root["notes"].back()["at"] = *note.at;
+    }
     return root;
 }
 

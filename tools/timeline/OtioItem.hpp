@@ -2,6 +2,7 @@
 
 #include "standalone/mix/Timeline.hpp"
 #include "tools/timeline/Json.hpp"
+#include "tools/timeline/MediaRange.hpp"
 #include "tools/timeline/Rational.hpp"
 #include "tools/timeline/ReadOptions.hpp"
 
@@ -29,9 +30,6 @@ struct ItemSound {
     /// Of all time warps together: content seconds per second of the item.
     Rational speed{1};
     bool reverse = false;
-    /// Why the item is silent. Empty: it sounds. A silent clip keeps its place.
-    std::string silence;
-
     double gainDb = 0.0;
     /// Seconds as heard.
     std::optional<Rational> fadeIn;
@@ -45,6 +43,13 @@ struct ItemSound {
     std::optional<Routing> routing;
 };
 
+/// A note on an item, until its place is known.
+struct ItemNote {
+    std::string text;
+    /// See TimelineNote.
+    bool silences = false;
+};
+
 /// What an item is. A gap lasts but does not sound; a transition lasts no time of its own.
 enum class ItemKind { clip, gap, stack, track, transition };
 
@@ -53,8 +58,14 @@ enum class ItemKind { clip, gap, stack, track, transition };
 struct OtioItem {
     ItemKind kind = ItemKind::gap;
     std::string name;
-    /// Why the item is left out. Empty: it is played.
-    std::string skipped;
+    /// Why the item and all inside it are silent. Empty: it sounds. A silent item keeps its place.
+    std::string silence;
+    /// Whether the file meant the silent item to be heard.
+    bool silenceIsFailure = false;
+    /// Whether the silent item lasts no time because its length is not known, so that what follows is in the
+    /// wrong place.
+    bool lacksLength = false;
+    std::vector<ItemNote> notes;
     /// What the item shows of its content, in the content's time: the timecode of a clip's medium, or the
     /// time of a composition from the start of its children.
     Range range;
@@ -67,6 +78,10 @@ struct OtioItem {
     /// In the time of the range. Where the medium begins, and how long it is if that is known.
     Rational mediaStart;
     std::optional<Rational> mediaDuration;
+    /// One frame, in seconds: what exporters round times to.
+    Rational frame;
+    /// Whether the range begins before time 0, which is empty time.
+    bool startsEmpty = false;
 
     /// Of transitions: seconds before and after the cut.
     Rational inOffset;
@@ -76,26 +91,36 @@ struct OtioItem {
     std::vector<OtioItem> children;
     /// Names and times in the content's time.
     std::vector<std::pair<std::string, Rational>> markers;
+
+    /// Notes something that is not played as written.
+    void note(std::string text, bool silences = false) { notes.push_back({std::move(text), silences}); }
+    /// The first reason counts.
+    void beSilent(const std::string& reason, bool isFailure) {
+        if (!silence.empty())
+            return;
+        silence = reason;
+        silenceIsFailure = isFailure;
+    }
 };
 
 /// What every part of the reader has at hand.
 struct OtioContext {
     const ReadOptions& options;
-    std::vector<TimelineNote>& notes;
-
-    /// Notes something that is not played as written. Use an error instead where the result would be wrong
-    /// without anybody seeing why.
-    void note(const Where& where, std::string text) const {
-        notes.push_back({where.text(), std::move(text)});
-    }
+    MediaAnswers& media;
+    /// What is read so far. The parser leaves it alone.
+    Timeline& timeline;
 };
 
 /// Compositions may hold one another so deeply.
 inline constexpr int deepestNesting = 64;
 
-/// Turns the JSON of a stack or track, and of all below, into items. Throws TimelineError. `depth` is 0 for
-/// the stack of the whole timeline, and grows by 1 for each level. Items that are not played keep their
-/// duration, so that the later ones stay in place.
+/// Turns the JSON of a stack or track, and of all below, into items. `depth` is 0 for the stack of the whole
+/// timeline, and grows by 1 for each level.
+///
+/// Items that cannot be played are silent and keep their duration, so that the later ones stay in place. A
+/// clip whose length cannot be known lasts no time. Throws TimelineError where the structure of the file is
+/// wrong: schemas that are not known, members of a wrong type. Inside items that are not played, as a video
+/// track, such a child lasts no time.
 OtioItem parseItem(const Json& value, const Where& where, int depth, const OtioContext& context);
 
 } // namespace audlmd::timeline

@@ -9,19 +9,52 @@
 namespace audlmd::timeline {
 namespace {
 
+/// Runs a part of the parser. What it throws makes the item silent, and no more: the rest of the timeline can
+/// be played. Returns whether nothing was thrown.
+template <class Part>
+bool attempt(OtioItem& item, const Part& part) {
+    try {
+        part();
+        return true;
+    } catch (const TimelineError& error) {
+        item.beSilent(error.sentence(), true);
+    } catch (const std::overflow_error& error) {
+        item.beSilent(error.what(), true);
+    }
+    return false;
+}
+
+void lackLength(OtioItem& item, const std::string& reason) {
+    item.beSilent(reason, true);
+    item.silence += "; its length is not known, so it lasts no time, and what follows on its track comes too "
+                    "early";
+    item.silenceIsFailure = true;
+    item.lacksLength = true;
+}
+
 /// Where the medium of a clip begins, and what the clip shows of it. Returns the clip's frame rate.
 Rational readClipRange(const Json& value, const Where& where, const OtioContext& context, OtioItem& item) {
-    const std::optional<OtioRange> available = readMedia(value, where, context, item);
-    const std::optional<OtioRange> shown = rangeIn(value, "source_range", where);
-    if (!shown && !available)
-        where.fail("neither source_range nor available_range says how long the clip is, and its file '" +
-                   printable(item.media) + "' was not found");
-    item.range = shown ? shown->range : available->range;
+    std::optional<OtioRange> shown;
+    std::optional<OtioRange> available;
+    const bool isShown = attempt(item, [&] { shown = rangeIn(value, "source_range", where); });
+    attempt(item, [&] { available = readMedia(value, shown, where, context, item); });
+    if (!isShown || (!shown && !available)) {
+        const std::string& problem = context.media.of(item.media).problem;
+        lackLength(item,
+                   "neither source_range nor available_range says how long the clip is, and its file '" +
+                       printable(item.media) +
+                       (problem.empty() ? "' was not found" : "' cannot be read: " + problem));
+        return 1;
+    }
+    const OtioRange& range = shown ? *shown : *available;
+    item.range = range.range;
+    item.frame = Rational(1) / range.rate;
+    item.startsEmpty = range.range.start < Rational();
     if (available) {
-        item.mediaStart = available->range.start;
+        item.mediaStart = range.range.start - differenceOf(range.start, available->start);
         item.mediaDuration = available->range.duration;
     }
-    return shown ? shown->rate : available->rate;
+    return range.rate;
 }
 
 /// Children of a track follow one another, those of a stack start together. A transition overlaps its
@@ -35,6 +68,17 @@ Rational contentDuration(const OtioItem& item) {
                                                 : std::max(duration, child.range.duration);
     }
     return duration;
+}
+
+/// A child of an item that is not played. Only its length counts.
+OtioItem parseUnheard(const Json& value, const Where& where, int depth, const OtioContext& context) {
+    try {
+        return parseItem(value, where, depth, context);
+    } catch (const TimelineError& error) {
+        OtioItem unreadable;
+        lackLength(unreadable, error.sentence());
+        return unreadable;
+    }
 }
 
 /// A child without a name gets its number, counted from 1, so that every message names a place.
@@ -52,9 +96,17 @@ void parseChildren(const Json& value, const Where& where, int depth, const OtioC
             name = "#" + std::to_string(number);
         // The rows of the user are the tracks at the top.
         const Where inside = depth == 0 ? Where{name, {}} : Where{where.track, name};
-        item.children.push_back(parseItem(child, inside, depth + 1, context));
+        item.children.push_back(item.silence.empty() ? parseItem(child, inside, depth + 1, context)
+                                                     : parseUnheard(child, inside, depth + 1, context));
         item.children.back().name = name;
     }
+}
+
+/// How an item that is not silent sounds.
+void readSoundOf(const Json& value, const Rational& frameRate, const Where& where, const OtioContext& context,
+                 OtioItem& item) {
+    if (item.silence.empty())
+        attempt(item, [&] { readSound(value, frameRate, where, context, item); });
 }
 
 /// Children are read first, because the duration follows from them where the file gives none.
@@ -64,10 +116,12 @@ void parseComposition(const Json& value, const Where& where, int depth, const Ot
         where.fail("stacks and tracks hold one another more than " + std::to_string(deepestNesting) +
                    " levels deep");
     parseChildren(value, where, depth, context, item);
-    const std::optional<OtioRange> range = rangeIn(value, "source_range", where);
+    std::optional<OtioRange> range;
+    if (!attempt(item, [&] { range = rangeIn(value, "source_range", where); }))
+        lackLength(item, {});
     item.trimmed = range.has_value();
     item.range = range ? range->range : Range{Rational(), contentDuration(item)};
-    readSound(value, range ? range->rate : Rational(24), where, context, item.sound);
+    readSoundOf(value, range ? range->rate : Rational(24), where, context, item);
 }
 
 /// The curve of both sides is kept in fadeInCurve.
@@ -78,9 +132,9 @@ void parseTransition(const Json& value, const Where& where, OtioItem& item) {
 }
 
 /// A marker changes nothing of the sound, so a broken one becomes a note.
-void parseMarkers(const Json& value, const Where& where, const OtioContext& context, OtioItem& item) {
+void parseMarkers(const Json& value, const Where& where, OtioItem& item) {
     const Json* markers = member(value, "markers");
-    if (markers == nullptr || !markers->is_array())
+    if (markers == nullptr)
         return;
     for (const Json& marker : *markers) {
         const std::string name = textIn(marker, "name");
@@ -89,7 +143,7 @@ void parseMarkers(const Json& value, const Where& where, const OtioContext& cont
             if (const std::optional<OtioRange> range = rangeIn(marker, "marked_range", where))
                 item.markers.emplace_back(name, range->range.start);
         } catch (const TimelineError& error) {
-            context.note(where, "the marker '" + printable(name) + "' is left out: " + error.what());
+            item.note("the marker '" + printable(name) + "' is left out: " + error.sentence());
         }
     }
 }
@@ -120,20 +174,44 @@ void parseContent(const Json& value, const Where& where, int depth, const OtioCo
         parseComposition(value, where, depth, context, item);
         break;
     case ItemKind::transition:
-        parseTransition(value, where, item);
+        attempt(item, [&] { parseTransition(value, where, item); });
         break;
     case ItemKind::gap:
-        if (const std::optional<OtioRange> range = rangeIn(value, "source_range", where))
-            item.range = range->range;
+        if (!attempt(item, [&] {
+                if (const std::optional<OtioRange> range = rangeIn(value, "source_range", where))
+                    item.range = range->range;
+            }))
+            lackLength(item, {});
         break;
-    case ItemKind::clip: {
-        const Rational frameRate = readClipRange(value, where, context, item);
-        if (item.skipped.empty())
-            readSound(value, frameRate, where, context, item.sound);
+    case ItemKind::clip:
+        readSoundOf(value, readClipRange(value, where, context, item), where, context, item);
         break;
     }
-    }
-    parseMarkers(value, where, context, item);
+    parseMarkers(value, where, item);
+}
+
+/// Whether a member has the type that it must have, if it is there.
+void requireType(const Json& value, const std::string& key, Json::value_t type, const char* what,
+                 const Where& where) {
+    const Json* found = member(value, key);
+    if (found != nullptr && found->type() != type)
+        where.fail("\"" + key + "\" is not " + what);
+}
+
+/// Whether the author has switched the item off, or the item is no sound.
+void readSwitches(const Json& value, const Where& where, OtioItem& item) {
+    requireType(value, "enabled", Json::value_t::boolean, "true or false", where);
+    requireType(value, "effects", Json::value_t::array, "a list", where);
+    requireType(value, "markers", Json::value_t::array, "a list", where);
+    if (const Json* enabled = member(value, "enabled"); enabled != nullptr && *enabled == false)
+        item.beSilent("disabled in the timeline", false);
+    const std::string kind = textIn(value, "kind", "Audio");
+    if (item.kind != ItemKind::track || lowered(kind) == "audio")
+        return;
+    if (lowered(kind) == "video")
+        item.beSilent("a track of the kind '" + printable(kind) + "'", false);
+    else
+        item.beSilent("a track of the kind '" + printable(kind) + "', which is not known", true);
 }
 
 } // namespace
@@ -142,13 +220,7 @@ OtioItem parseItem(const Json& value, const Where& where, int depth, const OtioC
     OtioItem item;
     item.kind = kindOf(schemaOf(value, where), where);
     item.name = textIn(value, "name");
-    if (const Json* enabled = member(value, "enabled"); enabled != nullptr && *enabled == false)
-        item.skipped = "disabled in the timeline, and not played";
-    if (item.kind == ItemKind::track && textIn(value, "kind", "Audio") != "Audio") {
-        // What a picture shows is nobody's business here, mistakes included.
-        item.skipped = "a track of the kind '" + printable(textIn(value, "kind")) + "' is not played";
-        return item;
-    }
+    readSwitches(value, where, item);
     try {
         parseContent(value, where, depth, context, item);
     } catch (const std::overflow_error& error) {

@@ -4,14 +4,22 @@
 #include "standalone/signal/Speed.hpp"
 #include "tools/timeline/DecibelLine.hpp"
 #include "tools/timeline/JsonParts.hpp"
+#include "tools/timeline/MediaRange.hpp"
 
 #include <algorithm>
 #include <cmath>
-#include <iomanip>
-#include <sstream>
 #include <stdexcept>
+#include <string>
+#include <utility>
 
 namespace audlmd::timeline {
+
+std::int64_t samplesAt(const Rational& seconds, int sampleRate) {
+    const std::int64_t samples = (seconds * Rational(sampleRate)).rounded();
+    if (samples < -farthestPosition || samples > farthestPosition)
+        throw std::overflow_error("its times are beyond 2^60 samples");
+    return samples;
+}
 
 Frame Frame::into(const OtioItem& item, const Rational& start) const {
     const Rational end = start + item.range.duration;
@@ -43,7 +51,13 @@ struct ClipPlacement {
     Rational sourceRate;
 
     std::int64_t samples(const Rational& seconds) const {
-        return (seconds * Rational(context.options.sampleRate)).rounded();
+        return samplesAt(seconds, context.timeline.sampleRate);
+    }
+    void note(std::string text, bool silences = false) const {
+        context.timeline.notes.push_back({.where = where.text(),
+                                          .text = std::move(text),
+                                          .at = samples(std::max(begin, around.windowBegin())),
+                                          .silences = silences});
     }
 };
 
@@ -53,15 +67,15 @@ void setRange(const ClipPlacement& placement, TimelineStrip& strip) {
     strip.at = placement.samples(placement.begin);
     strip.length = placement.samples(placement.end) - strip.at;
     const Rational speed = Rational(1) / magnitude(placement.inside.scale());
-    const std::int64_t count = (Rational(strip.length) * speed).roundedUp();
+    const std::int64_t count = std::min((Rational(strip.length) * speed).roundedUp(), farthestPosition + 1);
     const std::int64_t first =
         placement.samples(placement.inside.contentAt(placement.begin) - placement.clip.mediaStart);
-    if (count > farthestPosition || first < -farthestPosition || first > farthestPosition)
-        placement.where.fail("plays more samples than any file can have");
     StripSettings& settings = strip.settings;
     settings.reverse = placement.inside.reversed();
     settings.from = settings.reverse ? first - count : first;
     settings.to = settings.from + count;
+    if (count > farthestPosition || settings.from < -farthestPosition || settings.to > farthestPosition)
+        placement.where.fail("plays more samples than any file can have");
     settings.speed = speed.value();
 }
 
@@ -80,14 +94,31 @@ void setConverter(const ClipPlacement& placement, StripSettings& settings) {
         placement.where.fail("the converter \"none\" plays at speed 1 only");
     } else if (settings.converter == Converter::filtering && !isFilteringSpeed(settings.speed)) {
         settings.converter = Converter::linear;
-        placement.context.note(placement.where, linearInstead);
+        placement.note(linearInstead);
     }
 }
 
-std::string inSeconds(std::int64_t samples, int sampleRate) {
-    std::ostringstream text;
-    text << std::fixed << std::setprecision(3) << static_cast<double>(samples) / sampleRate << " s";
-    return text.str();
+/// Shortens fades that overlap.
+void fitFades(const ClipPlacement& placement, std::uint64_t range, FadePlan& plan) {
+    const std::uint64_t sum = plan.fadeInSamples + plan.fadeOutSamples;
+    if (sum <= range)
+        return;
+    // Rounding alone makes up to four samples. The longer fade loses them, because the ear notices that
+    // least.
+    if (sum <= range + 4) {
+        std::uint64_t& longer =
+            plan.fadeInSamples > plan.fadeOutSamples ? plan.fadeInSamples : plan.fadeOutSamples;
+        longer -= std::min(longer, sum - range);
+        return;
+    }
+    placement.note(
+        "the fades are longer than the clip by " +
+            inSeconds(static_cast<std::int64_t>(sum - range), placement.context.timeline.sampleRate) +
+            ", and shortened",
+        true);
+    const double share = static_cast<double>(range) / static_cast<double>(sum);
+    for (std::uint64_t* fade : {&plan.fadeInSamples, &plan.fadeOutSamples})
+        *fade = static_cast<std::uint64_t>(static_cast<double>(*fade) * share);
 }
 
 /// Fades belong to the start and the end of the clip in the time around the clip. Where that time runs
@@ -108,21 +139,9 @@ void setFades(const ClipPlacement& placement, const Transitions& transitions, St
         std::swap(plan.fadeInCurve, plan.fadeOutCurve);
     }
     if ((transitions.fadeIn && sound.fadeIn) || (transitions.fadeOut && sound.fadeOut))
-        placement.context.note(placement.where, "a transition takes the place of the clip's own fade");
-
-    const auto range = static_cast<std::uint64_t>(settings.to - settings.from);
-    const std::uint64_t sum = plan.fadeInSamples + plan.fadeOutSamples;
-    // Rounding alone makes up to four samples.
-    if (sum > range + 4)
-        placement.where.fail(
-            "the fades are longer than the clip by " +
-            inSeconds(static_cast<std::int64_t>(sum - range), placement.context.options.sampleRate));
-    std::uint64_t& longer =
-        plan.fadeInSamples > plan.fadeOutSamples ? plan.fadeInSamples : plan.fadeOutSamples;
-    // The longer fade loses what rounding has added, because the ear notices that least.
-    longer -= sum > range ? sum - range : 0;
+        placement.note("a transition takes the place of the clip's own fade");
+    fitFades(placement, static_cast<std::uint64_t>(settings.to - settings.from), plan);
 }
-
 /// Key times count from where the item starts, not from where a transition lets the clip start. On the
 /// automation the positions are source samples of the strip.
 void setLevels(const ClipPlacement& placement, const Rational& start, double gainDb, TimelineStrip& strip) {
@@ -149,29 +168,25 @@ void setLevels(const ClipPlacement& placement, const Rational& start, double gai
         placement.where.fail("all gains together are more than +60 dB");
 }
 
-/// Silence beyond a file is played as asked, so the message is a note and no error. The user may have lost
-/// part of a recording.
-void noteMissingMaterial(const ClipPlacement& placement, const StripSettings& settings) {
-    // A frame's rounding is no fault of the timeline.
-    constexpr std::int64_t tolerance = 2;
-    const int sampleRate = placement.context.options.sampleRate;
-    if (settings.from < -tolerance)
-        placement.context.note(placement.where, "reads " + inSeconds(-settings.from, sampleRate) +
-                                                    " before the start of its file; silence there");
-    if (!placement.clip.mediaDuration)
-        return;
-    const std::int64_t beyond = settings.to - placement.samples(*placement.clip.mediaDuration);
-    if (beyond > tolerance)
-        placement.context.note(placement.where, "reads " + inSeconds(beyond, sampleRate) +
-                                                    " beyond the end of its file; silence there");
+/// What the file is known to have counts; else what the timeline says of it.
+void noteMissingMaterial(const ClipPlacement& placement, const TimelineStrip& strip) {
+    const OtioItem& clip = placement.clip;
+    Timeline& timeline = placement.context.timeline;
+    std::optional<std::int64_t> length;
+    if (const std::optional<MediaFacts>& facts = placement.context.media.of(clip.media).facts)
+        length = lengthAt(timeline.sampleRate, *facts);
+    else if (clip.mediaDuration)
+        length = placement.samples(*clip.mediaDuration);
+    noteSilentEnds(strip, length, placement.samples(clip.frame), clip.startsEmpty, placement.where, timeline);
+    noteOutsideAutomation(strip, placement.where, timeline);
 }
 
 /// Leaves the part inside the window, with fades and automation as they are. Returns false where nothing is
 /// left.
 bool cutToWindow(const ClipPlacement& placement, TimelineStrip& strip) {
-    const std::int64_t begin = std::max(strip.at, placement.samples(placement.around.windowBegin()));
-    const std::int64_t end =
-        std::min(strip.at + strip.length, placement.samples(placement.around.windowEnd()));
+    const Frame& around = placement.around;
+    const std::int64_t begin = placement.samples(std::max(placement.begin, around.windowBegin()));
+    const std::int64_t end = placement.samples(std::min(placement.end, around.windowEnd()));
     strip.skip = begin - strip.at;
     strip.at = begin;
     strip.length = end - begin;
@@ -187,7 +202,7 @@ std::optional<TimelineStrip> placeClip(const OtioItem& clip, const Rational& sta
     const Frame inside = around.into(clip, start);
     const auto [begin, end] = std::minmax(
         {around.at(start - transitions.before), around.at(start + clip.range.duration + transitions.after)});
-    const Rational rate(context.options.sampleRate);
+    const Rational rate(context.timeline.sampleRate);
     const ClipPlacement placement{clip,    around, inside, where,
                                   context, begin,  end,    magnitude(around.scale() / inside.scale()) * rate};
     TimelineStrip strip;
@@ -198,12 +213,28 @@ std::optional<TimelineStrip> placeClip(const OtioItem& clip, const Rational& sta
     setConverter(placement, strip.settings);
     setFades(placement, transitions, strip.settings);
     setLevels(placement, start, gainDb, strip);
-    strip.settings.sampleRate = context.options.sampleRate;
+    strip.settings.sampleRate = context.timeline.sampleRate;
     strip.settings.equaliser = clip.sound.equaliser;
     requireBands(strip.settings.equaliser, strip.settings.sampleRate, where);
     if (!cutToWindow(placement, strip))
         return std::nullopt;
-    noteMissingMaterial(placement, strip.settings);
+    noteMissingMaterial(placement, strip);
+    return strip;
+}
+
+TimelineStrip silentClip(const OtioItem& clip, const Rational& start, const Frame& around,
+                         const OtioContext& context) {
+    const auto [begin, end] = std::minmax({around.at(start), around.at(start + clip.range.duration)});
+    const int sampleRate = context.timeline.sampleRate;
+    TimelineStrip strip;
+    strip.name = clip.name;
+    strip.media = clip.media;
+    strip.at = samplesAt(std::max(begin, around.windowBegin()), sampleRate);
+    strip.length =
+        std::max<std::int64_t>(samplesAt(std::min(end, around.windowEnd()), sampleRate) - strip.at, 0);
+    strip.settings.sampleRate = sampleRate;
+    strip.settings.from = samplesAt(clip.range.start - clip.mediaStart, sampleRate);
+    strip.settings.to = strip.settings.from + strip.length;
     return strip;
 }
 

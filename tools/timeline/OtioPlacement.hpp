@@ -34,7 +34,8 @@ private:
     Rational origin_;
     Rational scale_{1};
     Rational windowBegin_;
-    Rational windowEnd_{std::int64_t{4'000'000'000}};
+    /// Later than any sample.
+    Rational windowEnd_{farthestPosition};
 };
 
 /// What transitions make of an item's ends, in seconds of the time around the item. The overlap makes a
@@ -50,12 +51,19 @@ struct Transitions {
     FadeCurve fadeOutCurve = FadeCurve::power;
 };
 
+/// The nearest sample. Throws std::overflow_error beyond farthestPosition.
+std::int64_t samplesAt(const Rational& seconds, int sampleRate);
+
 /// Where and how a clip sounds that starts at `start` of the time around it. Nothing where it lies outside of
 /// the frame's window. `gainDb` is that of all compositions around the clip. Throws TimelineError for speeds,
-/// gains, equalisers and fades that a strip cannot have. The times of a clip are rounded to samples here, and
-/// only here: neighbours whose ends meet exactly round to the same sample.
+/// gains and equalisers that a strip cannot have, and std::overflow_error. The times of a clip are rounded to
+/// samples here, and only here: neighbours whose ends meet exactly round to the same sample.
 std::optional<TimelineStrip> placeClip(const OtioItem& clip, const Rational& start, const Frame& around,
                                        const Transitions& transitions, double gainDb, const Where& where,
                                        const OtioContext& context);
+
+/// The place of a clip that is silent, and where its material begins; no speed, fades or levels.
+TimelineStrip silentClip(const OtioItem& clip, const Rational& start, const Frame& around,
+                         const OtioContext& context);
 
 } // namespace audlmd::timeline

@@ -4,7 +4,12 @@
 #include "tools/timeline/TimelineFiles.hpp"
 
 #include <algorithm>
+#include <map>
+#include <optional>
 #include <stdexcept>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 namespace audlmd::timeline {
 namespace {
@@ -20,47 +25,108 @@ public:
     void placeAll(const OtioItem& root) {
         const Frame whole;
         const Frame inside = whole.into(root, Rational());
-        addMarkers(root, inside);
-        noteUnplayed(root, {});
-        for (std::size_t i = 0; i < root.children.size(); ++i) {
-            const OtioItem& child = root.children[i];
-            if (child.kind == ItemKind::transition)
-                requireNeighbours(root, i, {{}, child.name});
-            if (child.skipped.empty())
-                timeline_.tracks.push_back({child.name, {}});
-            place(child, Rational(), inside, {}, root.sound.gainDb, {child.name, {}});
-        }
-        for (TimelineTrack& track : timeline_.tracks)
-            std::stable_sort(track.strips.begin(), track.strips.end(),
-                             [](const TimelineStrip& a, const TimelineStrip& b) { return a.at < b.at; });
+        tell(root, std::nullopt, {});
+        if (!root.silence.empty())
+            note({}, std::nullopt, "silent: " + root.silence, root.silenceIsFailure);
+        else
+            placeRows(root, inside);
         setLength(root);
     }
 
 private:
-    std::int64_t samples(const Rational& seconds) const {
-        return (seconds * Rational(context_.options.sampleRate)).rounded();
+    std::int64_t samples(const Rational& seconds) const { return samplesAt(seconds, timeline_.sampleRate); }
+
+    void note(const Where& where, std::optional<std::int64_t> at, std::string text, bool silences) {
+        timeline_.notes.push_back({where.text(), std::move(text), at, silences});
     }
 
-    /// Overflows are caught at each item, so that the message names the innermost place.
+    /// What the parser has noted on an item. Equal notes are told once, with their number.
+    void tell(const OtioItem& item, std::optional<std::int64_t> at, const Where& where) {
+        std::map<std::string_view, std::size_t> counts;
+        for (const ItemNote& noted : item.notes)
+            ++counts[noted.text];
+        for (const ItemNote& noted : item.notes)
+            if (const std::size_t count = std::exchange(counts[noted.text], 0); count != 0)
+                note(where, at, noted.text + (count == 1 ? "" : " (" + std::to_string(count) + " times)"),
+                     noted.silences);
+    }
+
+    /// Inside an item that is not played, only what moves others is of interest.
+    void tellLengths(const OtioItem& item, std::optional<std::int64_t> at, const Where& where) {
+        for (const OtioItem& child : item.children) {
+            const Where here{where.track, child.name};
+            if (child.lacksLength)
+                note(here, at, "silent: " + child.silence, true);
+            tellLengths(child, at, here);
+        }
+    }
+
+    void placeRows(const OtioItem& root, const Frame& inside) {
+        addMarkers(root, inside);
+        noteUnplayed(root, std::nullopt, {});
+        for (const OtioItem& child : root.children) {
+            if (child.silence.empty() || child.kind == ItemKind::clip)
+                timeline_.tracks.push_back({child.name, {}});
+            if (child.kind == ItemKind::transition)
+                note({{}, child.name}, std::nullopt, "a transition must stand in a track; it is not played",
+                     true);
+            else
+                place(child, Rational(), inside, {}, root.sound.gainDb, {child.name, {}});
+        }
+        for (TimelineTrack& track : timeline_.tracks)
+            std::stable_sort(track.strips.begin(), track.strips.end(),
+                             [](const TimelineStrip& a, const TimelineStrip& b) { return a.at < b.at; });
+    }
+
+    /// Whether nothing of an item lies where its surroundings are heard.
+    static bool isTrimmedAway(const OtioItem& item, const Rational& start, const Frame& around,
+                              const Transitions& transitions) {
+        const auto [begin, end] = std::minmax({around.at(start - transitions.before),
+                                               around.at(start + item.range.duration + transitions.after)});
+        return begin < end && (end <= around.windowBegin() || begin >= around.windowEnd());
+    }
+
+    /// What cannot be placed is silent, and everything else is played.
     void place(const OtioItem& item, const Rational& start, const Frame& around,
                const Transitions& transitions, double gainDb, const Where& where) {
-        const std::string& reason = item.skipped.empty() ? item.sound.silence : item.skipped;
-        if (!reason.empty()) {
-            context_.note(where, item.skipped.empty() ? "silent: " + reason : reason);
-            return;
-        }
+        std::string silence = item.silence;
+        bool isFailure = item.silenceIsFailure;
+        std::optional<std::int64_t> at;
         try {
-            const Frame inside = around.into(item, start);
-            addMarkers(item, inside);
-            if (item.kind == ItemKind::clip) {
-                if (auto strip = placeClip(item, start, around, transitions, gainDb, where, context_))
-                    timeline_.tracks.back().strips.push_back(std::move(*strip));
-            } else if (!item.children.empty()) {
-                noteUnplayed(item, where);
-                placeChildren(item, inside, gainDb + item.sound.gainDb, where);
-            }
+            if (item.children.empty() && isTrimmedAway(item, start, around, transitions))
+                return;
+            at = samples(std::max(around.windowBegin(),
+                                  std::min(around.at(start), around.at(start + item.range.duration))));
+            tell(item, at, where);
+            if (silence.empty())
+                return placeSounding(item, start, around, transitions, gainDb, where);
+        } catch (const TimelineError& error) {
+            silence = error.sentence();
+            isFailure = true;
         } catch (const std::overflow_error& error) {
-            where.fail(error.what());
+            silence = error.what();
+            isFailure = true;
+        }
+        note(where, at, "silent: " + silence, isFailure);
+        // After a whole row there is nothing to move.
+        if (!where.clip.empty())
+            tellLengths(item, at, where);
+        if (item.kind == ItemKind::clip && at) {
+            timeline_.tracks.back().strips.push_back(silentClip(item, start, around, context_));
+            timeline_.tracks.back().strips.back().silence = silence;
+        }
+    }
+
+    void placeSounding(const OtioItem& item, const Rational& start, const Frame& around,
+                       const Transitions& transitions, double gainDb, const Where& where) {
+        const Frame inside = around.into(item, start);
+        addMarkers(item, inside);
+        if (item.kind == ItemKind::clip) {
+            if (auto strip = placeClip(item, start, around, transitions, gainDb, where, context_))
+                timeline_.tracks.back().strips.push_back(std::move(*strip));
+        } else if (!item.children.empty()) {
+            noteUnplayed(item, samples(std::max(inside.windowBegin(), around.at(start))), where);
+            placeChildren(item, inside, gainDb + item.sound.gainDb, where);
         }
     }
 
@@ -71,7 +137,8 @@ private:
             const OtioItem& child = parent.children[i];
             const Where here{where.track, child.name};
             if (child.kind == ItemKind::transition) {
-                requireNeighbours(parent, i, here);
+                if (const std::string fault = faultOf(parent, i); !fault.empty())
+                    note(here, samples(inside.at(time)), fault + "; it is not played", true);
                 continue;
             }
             const bool inTrack = parent.kind == ItemKind::track;
@@ -81,22 +148,25 @@ private:
         }
     }
 
-    /// A transition lengthens the clips beside the cut, and a nested composition has no material beyond its
-    /// ends.
-    static void requireNeighbours(const OtioItem& parent, std::size_t i, const Where& where) {
+    /// Why a transition cannot be played. Empty: it can. A transition lengthens the clips beside the cut, and
+    /// a nested composition has no material beyond its ends.
+    static std::string faultOf(const OtioItem& parent, std::size_t i) {
         if (parent.kind == ItemKind::stack)
-            where.fail("a transition must stand in a track");
+            return "a transition must stand in a track";
+        if (!parent.children[i].silence.empty())
+            return parent.children[i].silence;
         for (const std::size_t neighbour : {i - 1, i + 1}) {
             // Before the first child the index wraps around.
             if (neighbour >= parent.children.size())
                 continue;
             const ItemKind kind = parent.children[neighbour].kind;
             if (kind == ItemKind::transition)
-                where.fail("two transitions follow one another");
+                return "two transitions follow one another";
             if (kind == ItemKind::stack || kind == ItemKind::track)
-                where.fail("a transition beside a nested stack or track cannot be played; put it beside the "
-                           "clips inside");
+                return "a transition beside a nested stack or track cannot be played; put it beside the "
+                       "clips inside";
         }
+        return {};
     }
 
     /// The clip after a cut starts earlier, the clip before a cut ends later; the fade lasts as long as both
@@ -104,9 +174,10 @@ private:
     static Transitions transitionsOf(const OtioItem& track, std::size_t i) {
         Transitions found;
         const auto at = [&](std::size_t index) {
-            const bool is =
-                index < track.children.size() && track.children[index].kind == ItemKind::transition;
-            return is ? &track.children[index] : nullptr;
+            const bool isPlayed = index < track.children.size() &&
+                                  track.children[index].kind == ItemKind::transition &&
+                                  faultOf(track, index).empty();
+            return isPlayed ? &track.children[index] : nullptr;
         };
         if (const OtioItem* transition = at(i - 1)) {
             found.before = transition->inOffset;
@@ -130,16 +201,18 @@ private:
     }
 
     /// A composition has no strip of its own that could carry a fade or an equaliser.
-    void noteUnplayed(const OtioItem& item, const Where& where) const {
+    void noteUnplayed(const OtioItem& item, std::optional<std::int64_t> at, const Where& where) {
         const ItemSound& sound = item.sound;
         if (sound.fadeIn || sound.fadeOut || !sound.keys.empty() || !sound.equaliser.empty() ||
             sound.converter || sound.routing)
-            context_.note(where, "of a track or stack only gain and speed are played; put fades, automation, "
-                                 "equaliser, converter and routing on its clips");
+            note(where, at,
+                 "of a track or stack only gain and speed are played; put fades, automation, equaliser, "
+                 "converter and routing on its clips",
+                 false);
     }
 
-    /// A trimmed stack lasts as long as its range; any other lasts until the last strip, which a transition
-    /// may have lengthened.
+    /// A trimmed stack lasts as long as its range; any other as its longest child, pictures included, and
+    /// until the last strip, which a transition may have lengthened.
     void setLength(const OtioItem& root) {
         timeline_.length = samples(root.range.duration);
         if (root.trimmed)
@@ -153,27 +226,62 @@ private:
     const OtioContext& context_;
 };
 
+/// Appends the timelines of a file, which are the whole of it or stand in collections.
+void findTimelines(const Json& value, int depth, std::vector<const Json*>& found) {
+    const std::string schema = schemaOf(value, {});
+    if (schema == "Timeline")
+        found.push_back(&value);
+    const Json* children = schema == "SerializableCollection" ? member(value, "children") : nullptr;
+    if (children != nullptr && children->is_array() && depth <= deepestNesting)
+        for (const Json& child : *children)
+            findTimelines(child, depth + 1, found);
+}
+
+std::string namesOf(const std::vector<const Json*>& timelines) {
+    constexpr std::size_t most = 20;
+    std::string names;
+    for (std::size_t i = 0; i < std::min(timelines.size(), most); ++i)
+        names += (i == 0 ? "'" : ", '") + printable(textIn(*timelines[i], "name")) + "'";
+    return names + (timelines.size() > most ? " and more" : "");
+}
+
+/// The timeline that is asked for, or the only one.
+const Json& timelineIn(const Json& root, const std::string& name) {
+    std::vector<const Json*> found;
+    findTimelines(root, 0, found);
+    if (found.empty())
+        throw TimelineError("the file holds a " + printable(schemaOf(root, {})) + ", not a Timeline");
+    std::vector<const Json*> fitting = found;
+    if (!name.empty())
+        std::erase_if(fitting, [&](const Json* timeline) { return textIn(*timeline, "name") != name; });
+    if (fitting.empty())
+        throw TimelineError("no timeline of the file is named '" + printable(name) + "'; there is " +
+                            namesOf(found));
+    if (fitting.size() > 1)
+        throw TimelineError("the file holds " + std::to_string(fitting.size()) + " timelines" +
+                            (name.empty() ? "" : " of that name") + "; name one: " + namesOf(found));
+    return *fitting.front();
+}
+
 } // namespace
 
-Timeline readOtio(const Json& root, const ReadOptions& options) {
+Timeline readOtio(const Json& file, const ReadOptions& options) {
     const Where here;
-    const std::string schema = schemaOf(root, here);
-    if (schema.empty())
+    if (schemaOf(file, here).empty())
         throw TimelineError("this is not an OpenTimelineIO file: there is no OTIO_SCHEMA");
-    if (schema != "Timeline")
-        throw TimelineError("the file holds a " + printable(schema) + ", not a Timeline");
+    const Json& root = timelineIn(file, options.timeline);
     Timeline timeline;
     timeline.name = textIn(root, "name");
     timeline.sampleRate = options.sampleRate;
     timeline.channels = options.channels;
     if (member(root, "global_start_time") != nullptr)
-        timeline.timeReference = (timeIn(root, "global_start_time", here, "global_start_time").seconds *
-                                  Rational(options.sampleRate))
-                                     .rounded();
+        timeline.timeReference = samplesAt(
+            timeIn(root, "global_start_time", here, "global_start_time").seconds, options.sampleRate);
     const Json* tracks = member(root, "tracks");
     if (tracks == nullptr || schemaOf(*tracks, here) != "Stack")
         throw TimelineError("the Timeline has no Stack \"tracks\"");
-    const OtioContext context{options, timeline.notes};
+    MediaAnswers media(options);
+    const OtioContext context{options, media, timeline};
     const OtioItem stack = parseItem(*tracks, here, 0, context);
     try {
         Walk(timeline, context).placeAll(stack);
@@ -190,7 +298,9 @@ Timeline readTimeline(std::string_view text, const ReadOptions& options) {
         return readOtio(root, options);
     if (member(root, "audlmd") != nullptr)
         return readJson(root, options);
-    throw TimelineError("this is no timeline: there is neither an OTIO_SCHEMA nor the key \"audlmd\"");
+    throw TimelineError(
+        "this is no timeline: there is neither an OTIO_SCHEMA, as in OpenTimelineIO (.otio), nor "
+        "the key \"audlmd\", as in our own JSON");
 }
 
 } // namespace audlmd::timeline

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <stdexcept>
 #include <string_view>
 
@@ -11,7 +12,8 @@ namespace audlmd::timeline {
 namespace {
 
 /// The schemas that the reader knows, and the newest version of each.
-constexpr std::array<std::pair<std::string_view, char>, 19> newestVersions{{
+constexpr std::array<std::pair<std::string_view, char>, 20> newestVersions{{
+    {"SerializableCollection", '1'},
     {"Timeline", '1'},
     {"Stack", '1'},
     {"Track", '1'},
@@ -30,7 +32,7 @@ constexpr std::array<std::pair<std::string_view, char>, 19> newestVersions{{
     {"FreezeFrame", '1'},
     {"TimeEffect", '1'},
     {"Effect", '1'},
-    {"Marker", '2'},
+    {"Marker", '3'},
 }};
 
 /// `what` names the time in messages.
@@ -60,18 +62,34 @@ std::string schemaOf(const Json& value, const Where& where) {
     return name;
 }
 
-OtioTime timeIn(const Json& parent, const std::string& key, const Where& where, const std::string& what) {
+std::string lowered(std::string text) {
+    std::ranges::transform(text, text.begin(), [](char c) {
+        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    });
+    return text;
+}
+
+Rational differenceOf(const OtioTime& a, const OtioTime& b) {
+    const auto isWhole = [](double count) { return count == std::round(count); };
+    if (a.rate != b.rate || a.writtenRate == b.writtenRate || (isWhole(a.count) && isWhole(b.count)))
+        return a.seconds - b.seconds;
+    return secondsOf(a.count - b.count * (a.writtenRate / b.writtenRate), a.rate);
+}
+
+OtioTime timeIn(const Json& parent, const std::string& key, const Where& where, const std::string& what,
+                Sign sign) {
     const Json* time = member(parent, key);
     if (time == nullptr)
         where.fail(what + " is missing");
     schemaOf(*time, where);
     const double count = numberIn(*time, "value", where, what);
     const double rate = numberIn(*time, "rate", where, what);
-    if (count < 0.0)
+    if (count < 0.0 && sign == Sign::notNegative)
         where.fail(what + " is negative");
     try {
-        const Rational exact = exactRate(rate);
-        return {secondsOf(count, exact), exact};
+        // 0 frames last no time at any rate, and some exporters write them at none.
+        const Rational exact = count == 0.0 && rate == 0.0 ? Rational(1) : exactRate(rate);
+        return {secondsOf(count, exact), exact, count, rate};
     } catch (const std::overflow_error& error) {
         where.fail(what + ": " + error.what());
     }
@@ -82,9 +100,9 @@ std::optional<OtioRange> rangeIn(const Json& parent, const std::string& key, con
     if (range == nullptr)
         return std::nullopt;
     schemaOf(*range, where);
-    const OtioTime start = timeIn(*range, "start_time", where, "the start of " + key);
+    const OtioTime start = timeIn(*range, "start_time", where, "the start of " + key, Sign::any);
     const OtioTime duration = timeIn(*range, "duration", where, "the duration of " + key);
-    return OtioRange{{start.seconds, duration.seconds}, duration.rate};
+    return OtioRange{{start.seconds, duration.seconds}, duration.rate, start};
 }
 
 } // namespace audlmd::timeline

@@ -62,7 +62,7 @@ std::string Where::text() const {
 }
 
 void Where::fail(const std::string& sentence) const {
-    throw TimelineError(text() + ": " + sentence);
+    throw TimelineError(text(), sentence);
 }
 
 } // namespace audlmd::timeline

@@ -11,7 +11,15 @@ namespace audlmd::timeline {
 /// where there are any.
 class TimelineError : public std::runtime_error {
 public:
-    explicit TimelineError(const std::string& line) : std::runtime_error(line) {}
+    explicit TimelineError(const std::string& line) : std::runtime_error(line), sentence_(line) {}
+    TimelineError(const std::string& place, const std::string& sentence)
+        : std::runtime_error(place + ": " + sentence), sentence_(sentence) {}
+
+    /// Without the place, for a note that has the place already.
+    const std::string& sentence() const { return sentence_; }
+
+private:
+    std::string sentence_;
 };
 
 /// A name or a path for one line of a terminal: what could change the line or its order becomes a question

@@ -10,8 +10,8 @@ namespace {
 TEST(JsonTimeline, KeepsEveryKey) {
     const Json written =
         Json::parse(R"({"audlmd": 1, "name": "n", "sampleRate": 44100, "channels": 1, "length": 9,
-        "timeReference": 8, "markers": [{"name": "m", "at": 3}], "notes": [{"where": "w", "text": "t"}],
-        "tracks": [{"name": "A", "strips": [{"name": "s", "media": "/m", "at": 1, "length": 2, "skip": 4,
+        "timeReference": 8, "markers": [{"name": "m", "at": 3}], "notes": [{"where": "w", "text": "t", "at": -3, "silences": true}],
+        "tracks": [{"name": "A", "strips": [{"name": "s", "media": "/m", "silence": "off", "at": 1, "length": 2, "skip": 4,
             "from": -5, "to": 60, "reverse": true, "speed": 0.5, "converter": "linear", "gain": "-inf",
             "fadeIn": {"length": 7, "curve": "log"}, "fadeOut": {"length": 6, "curve": "power"},
             "equaliser": [{"kind": "lowshelf", "frequency": 100.5, "gain": -1.5, "q": 2.5}],
@@ -48,12 +48,38 @@ TEST(JsonTimeline, FillsInWhatIsLeftOut) {
     EXPECT_NE(read.notes.at(0).text.find("the linear one is used"), std::string::npos);
 }
 
+TEST(JsonTimeline, NotesWhatIsSilentOnce) {
+    ReadOptions how = options();
+    how.media = [](const std::string&) { return MediaFacts{44'100, 44'100, 0}; };
+    const Timeline read = readTimeline(
+        R"({"audlmd": 1, "tracks": [{"name": "A", "strips": [
+        {"name": "x", "at": 9, "from": -1000, "to": 96000, "automation": {"points": [[-480, 0], [120000, 0]]}},
+        {"name": "y", "at": 0, "from": 0, "to": 96000, "length": 48000},
+        {"name": "z", "at": 0, "from": 0, "to": 96000, "silence": "muted"}]}]})",
+        how);
+    ASSERT_EQ(read.notes.size(), 4U);
+    const std::vector<std::string> expected{"plays 0.021 s before the start", "plays 1.000 s beyond the end",
+                                            "up to 0.010 s before", "up to 0.479 s beyond"};
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        EXPECT_EQ(read.notes[i].where, "track 'A', clip 'x'");
+        EXPECT_NE(read.notes[i].text.find(expected[i]), std::string::npos) << read.notes[i].text;
+        EXPECT_EQ(read.notes[i].at, 9);
+        EXPECT_EQ(read.notes[i].silences, i < 2);
+    }
+    EXPECT_EQ(endOfSound(read), 9 + 97'000);
+    EXPECT_EQ(writeJson(readJson(writeJson(read), how)), writeJson(read));
+}
+
 TEST(JsonTimeline, RefusesNamingStripAndKey) {
     for (const auto& [strip, expected] : std::vector<std::pair<std::string, std::string>>{
              {R"("too": 9)", "\"too\" is not known"},
              {R"("at": -1)", "\"at\" must be"},
              {R"("at": "1.5")", "\"at\" must be"},
              {R"("at": 18446744073709551615)", "\"at\" must be"},
+             {R"("at": 1152921504606846977)", "at most 2^60 samples"},
+             {R"("at": 1152921504606846976)", "\"length\" leads beyond 2^60"},
+             {R"("media": "a.wav\u0000b")", "zero byte"},
+             {R"("gain": NaN)", "\"gain\""},
              {R"("from": 20)", "\"to\" lies before"},
              {R"("to": null)", "\"to\" is missing"},
              {R"("speed": 0)", "\"speed\" must be"},

@@ -73,6 +73,18 @@ TEST(OtioReader, CountsTheRangeFromWhereTheMediumBegins) {
     EXPECT_EQ(of(Json(), Json()).length, 480'000);
     EXPECT_EQ(of(range(35, 5), Json()).settings.from, 10 * frame);
     EXPECT_EQ(of(Json(), Json()).media, "/b c.wav");
+    // Empty time first.
+    EXPECT_EQ(of(range(-10, 25), range(0, 50)).settings.from, -10 * frame);
+    // The file's own timecode begins at one second: what lies before its end counts from 0 where nothing of
+    // the file would be heard otherwise.
+    EXPECT_EQ(of(range(5, 5), Json()).settings.from, 5 * frame);
+    EXPECT_EQ(of(range(20, 10), Json()).settings.from, -5 * frame);
+    EXPECT_EQ(of(range(300, 10), Json()).settings.from, 275 * frame);
+    // One hour in two spellings of 24000/1001. The exporter has kept the seconds, and not the frames.
+    const double exporter = 23.976024627685547;
+    EXPECT_EQ(of(range(86'400 * exporter / 23.976, 24, exporter), range(86'400, 240, 23.976)).settings.from,
+              0);
+    EXPECT_EQ(of(range(86'410, 24, exporter), range(86'400, 240, 23.976)).settings.from, 20'020);
 }
 
 TEST(OtioReader, MultipliesTimeWarpsAndKeepsTheDuration) {
@@ -97,27 +109,83 @@ TEST(OtioReader, MultipliesTimeWarpsAndKeepsTheDuration) {
     }
 }
 
-TEST(OtioReader, KeepsThePlaceOfClipsWithoutSoundAndSaysWhy) {
-    const Json generator{
-        {"media_references", {{"DEFAULT_MEDIA", {{"OTIO_SCHEMA", "GeneratorReference.1"}}}}}};
-    const Json freeze{{"effects", {{{"OTIO_SCHEMA", "FreezeFrame.1"}}}}};
-    const Json odd{{"effects", {{{"OTIO_SCHEMA", "Glow.7"}, {"name", "shine"}}}}};
-    const Timeline read = readOtio(
-        timeline({track({clip("g", 0, 1, generator), clip("m", 0, 1, {{"media_references", nullptr}}),
-                         clip("f", 0, 1, freeze), clip("z", 0, 1, {{"effects", {warp(0)}}}),
-                         clip("d", 0, 1, {{"enabled", false}}), clip("e", 0, 1, odd)})}),
-        options());
-    ASSERT_EQ(read.tracks[0].strips.size(), 1U);
-    EXPECT_EQ(read.tracks[0].strips[0].at, 5 * frame);
-    const std::vector<std::string> expected{"GeneratorReference", "no file",  "frozen",
-                                            "time warp of 0",     "disabled", "shine"};
-    ASSERT_EQ(read.notes.size(), expected.size());
-    std::vector<bool> found;
-    for (const std::string& word : expected)
-        EXPECT_TRUE(std::any_of(read.notes.begin(), read.notes.end(), [&](const TimelineNote& note) {
-            return note.text.find(word) != std::string::npos &&
-                   note.where.find("'A1', clip") != std::string::npos;
-        })) << word;
+TEST(OtioReader, SaysWhyAClipIsSilentAndPlaysTheOthers) {
+    const auto reference = [](const Json& value) {
+        return Json{{"media_references", {{"DEFAULT_MEDIA", value}}}};
+    };
+    const auto effect = [](const Json& value) { return Json{{"effects", {value}}}; };
+    const Json missing{{"OTIO_SCHEMA", "MissingReference.1"}, {"name", "lost.wav"}};
+    const Json zero{{"OTIO_SCHEMA", "ExternalReference.1"}, {"target_url", "a%00b.wav"}};
+    struct Case {
+        Json more;
+        std::string expected;
+        bool silences;
+        std::string media;
+        bool isSilent = true;
+    };
+    for (const Case& c : std::vector<Case>{
+             {reference({{"OTIO_SCHEMA", "GeneratorReference.1"}}), "GeneratorReference", true, ""},
+             {reference(zero), "zero byte", true, ""},
+             {{{"media_references", nullptr}, {"name", ""}}, "it refers to no file", true, ""},
+             {{{"media_references", nullptr}}, "'x' is looked for", false, "/media/x", false},
+             {reference(missing), "'lost.wav' is looked for", false, "/media/lost.wav", false},
+             {effect({{"OTIO_SCHEMA", "FreezeFrame.1"}}), "frozen", false, "/a.wav"},
+             {effect(warp(0)), "time warp of 0", false, "/a.wav"},
+             {{{"enabled", false}}, "disabled", false, "/a.wav"},
+             {effect({{"OTIO_SCHEMA", "Glow.7"}, {"name", "shine"}}), "shine", false, "/a.wav", false},
+             {{{"source_range", range(998, 5)}}, "plays 0.120 s beyond the end", true, "/a.wav", false},
+             {{{"source_range", range(998, 3)}}, "plays 0.040 s beyond the end", false, "/a.wav", false},
+             {{{"source_range", range(-2, 5)}}, "plays 0.080 s before the start", false, "/a.wav", false}}) {
+        const Timeline read =
+            readOtio(timeline({track({gap(3), clip("x", 0, 5, c.more), clip("y", 0, 1)})}), options());
+        ASSERT_EQ(read.notes.size(), 1U) << c.expected;
+        EXPECT_NE(read.notes[0].text.find(c.expected), std::string::npos) << read.notes[0].text;
+        EXPECT_TRUE(read.notes[0].where.starts_with("track 'A1', clip ")) << read.notes[0].where;
+        EXPECT_EQ(read.notes[0].at, 3 * frame) << c.expected;
+        EXPECT_EQ(read.notes[0].silences, c.silences) << c.expected;
+        const std::vector<TimelineStrip>& strips = read.tracks[0].strips;
+        ASSERT_EQ(strips.size(), 2U);
+        EXPECT_EQ(strips[0].at, 3 * frame);
+        EXPECT_EQ(strips[0].media, c.media);
+        EXPECT_EQ(!strips[0].silence.empty(), c.isSilent) << c.expected;
+        EXPECT_EQ(strips[1].at, strips[0].at + strips[0].length);
+        EXPECT_TRUE(strips[1].silence.empty());
+    }
+}
+
+TEST(OtioReader, ComparesTheKindOfATrackWithoutCase) {
+    const auto read = [](const std::string& kind) {
+        return readOtio(timeline({track({clip("a", 0, 5)}, {{"kind", kind}})}), options());
+    };
+    EXPECT_EQ(read("AUDIO").tracks.size(), 1U);
+    EXPECT_TRUE(read("audio").notes.empty());
+    for (const auto& [kind, silences] : {std::pair("VIDEO", false), std::pair("Subtitle", true)}) {
+        const Timeline other = read(kind);
+        EXPECT_TRUE(other.tracks.empty());
+        ASSERT_EQ(other.notes.size(), 1U);
+        EXPECT_EQ(other.notes[0].silences, silences) << other.notes[0].text;
+        EXPECT_EQ(other.length, 5 * frame);
+    }
+}
+
+TEST(OtioReader, WaitsForTheLongestChildOfAnyKind) {
+    const auto second = [](const Json& beside) {
+        const Json stack = composition("Stack.1", {track({clip("a", 0, 10)}), beside});
+        return stripsOf({stack, clip("b", 0, 5)}).at(1).at;
+    };
+    const Json pictures = track({clip("p", 0, 20), transition(2, 2), gap(10)}, {{"kind", "Video"}});
+    EXPECT_EQ(second(pictures), 30 * frame);
+    EXPECT_EQ(second(track({clip("p", 0, 30)}, {{"enabled", false}})), 30 * frame);
+    EXPECT_EQ(second(composition("Stack.1", {pictures})), 30 * frame);
+    // A picture of unknown length moves what follows, which counts as a failure.
+    const Json odd = track({{{"OTIO_SCHEMA", "Caption.1"}}}, {{"kind", "Video"}});
+    const Timeline read =
+        readOtio(timeline({track({composition("Stack.1", {odd}), clip("b", 0, 5)})}), options());
+    EXPECT_TRUE(std::ranges::any_of(read.notes, &TimelineNote::silences));
+
+    const Timeline film = readOtio(timeline({track({clip("a", 0, 10)}), pictures}), options());
+    EXPECT_EQ(film.length, 30 * frame);
+    EXPECT_EQ(endOfSound(film), 10 * frame);
 }
 
 TEST(OtioReader, CrossesFadesOverATransition) {

@@ -37,6 +37,27 @@ TEST(OtioSound, ReadsVolumeAndFadersOfExporters) {
     EXPECT_EQ(strip.settings.fade.fadeInCurve, FadeCurve::linear);
     ASSERT_EQ(read.notes.size(), 1U);
     EXPECT_NE(read.notes[0].text.find("pan"), std::string::npos);
+    const Json silent{{"effects", {exported({parameter("volume", -100)})}}};
+    EXPECT_TRUE(std::isinf(stripsOf({clip("a", 0, 20, silent)}).at(0).gainDb));
+}
+
+TEST(OtioSound, NotesParametersThatChangeSomethingOnce) {
+    const auto other = [](const std::string& name, const Json& value) {
+        return Json{{"DisplayName", name}, {"StartValue", {{"Value", value}}}};
+    };
+    Json usual = parameter("gain", 1.0);
+    usual["Default Parameter Value"] = 1;
+    const std::vector<Json> effects{
+        exported({usual, {{"DisplayName", "Bypass"}, {"Keyframes", Json::array()}}}),
+        exported({parameter("enabled", false), parameter("frequency", 500)}),
+        exported({other("Bypass", true), other("Level", 3)}),
+        exported({other(" ", 1), other("Level", 3), other("Level", 4), parameter("x", nullptr)})};
+    const Timeline read =
+        readOtio(timeline({track({gap(1), clip("a", 0, 20, {{"effects", effects}})})}), options());
+    ASSERT_EQ(read.notes.size(), 2U);
+    EXPECT_EQ(read.notes[0].text, "the parameter '?' of the effect '?' is not played");
+    EXPECT_EQ(read.notes[1].text, "the parameter 'Level' of the effect '?' is not played (2 times)");
+    EXPECT_EQ(read.notes[1].at, frame);
 }
 
 TEST(OtioSound, FollowsKeyFramesFromTheStartOfTheClip) {
