@@ -85,6 +85,8 @@ PreparedMedia prepare(const Media& media, int sampleRate) {
 }
 
 OutputSpan soundingSpan(const TimelineStrip& strip, int sampleRate) {
+    if (!strip.silence.empty())
+        return {.from = strip.at, .to = strip.at};
     requireInRange(strip.at, -mostSamples, "a place");
     requireInRange(strip.length, 0, "a length");
     requireInRange(strip.skip, 0, "a skipped part");

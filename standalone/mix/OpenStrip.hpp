@@ -19,8 +19,8 @@ using PreparedMedia = std::vector<std::shared_ptr<SampleSource>>;
 /// Throws std::invalid_argument for media without channels, and for rates that cannot be converted.
 PreparedMedia prepare(const Media& media, int sampleRate);
 
-/// Where in the output a strip sounds. Throws std::invalid_argument for times or a gain out of range, and
-/// what StripPlan throws.
+/// Where in the output a strip sounds: nowhere if it has a reason for silence. Throws std::invalid_argument
+/// for times or a gain out of range, and what StripPlan throws.
 OutputSpan soundingSpan(const TimelineStrip& strip, int sampleRate);
 
 /// A strip while it is open.

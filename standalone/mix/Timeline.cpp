@@ -1,5 +1,6 @@
 #include "standalone/mix/Timeline.hpp"
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace audlmd {
@@ -15,6 +16,15 @@ Routing defaultRouting(std::size_t materialChannels, std::size_t outputChannels)
     if (materialChannels == 1 && outputChannels > 1)
         routing.rows[1][0] = 1.0F;
     return routing;
+}
+
+std::int64_t endOfSound(const Timeline& timeline) {
+    std::int64_t end = 0;
+    for (const TimelineTrack& track : timeline.tracks)
+        for (const TimelineStrip& strip : track.strips)
+            if (strip.silence.empty())
+                end = std::max(end, strip.at + strip.length);
+    return end;
 }
 
 } // namespace audlmd

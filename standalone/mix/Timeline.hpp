@@ -27,6 +27,9 @@ struct TimelineStrip {
     std::string name;
     /// Names the material for whoever opens it: a path, or a key of the program's own.
     std::string media;
+    /// Why the strip is silent. Empty: it sounds. A strip with a reason keeps its place for lists and
+    /// pictures; a mixer passes over it and does not open its material.
+    std::string silence;
     /// The first output sample.
     std::int64_t at = 0;
     /// Output samples that the strip lasts. Where the range gives fewer, the rest is silent; more are cut
@@ -64,7 +67,8 @@ struct TimelineNote {
     std::string text;
     /// Where it is in the output, in samples. Nothing where it has no one place.
     std::optional<std::int64_t> at = std::nullopt;
-    /// Whether something is silent because of it that the file meant to be heard.
+    /// Whether something is silent because of it that the file meant to be heard, or is heard at another
+    /// time or without its fade. Counts as a failure.
     bool silences = false;
 };
 
@@ -73,6 +77,7 @@ struct Timeline {
     std::string name;
     int sampleRate = 48000;
     std::size_t channels = 2;
+    /// As long as the programme, pictures included: the sound may end earlier, see endOfSound().
     std::int64_t length = 0;
     /// The time of the first output sample on the user's clock, such as 1:00:00:00.
     std::int64_t timeReference = 0;
@@ -80,5 +85,8 @@ struct Timeline {
     std::vector<TimelineMarker> markers;
     std::vector<TimelineNote> notes;
 };
+
+/// Where the last strip ends that is not silent, in output samples. 0 without strips.
+std::int64_t endOfSound(const Timeline& timeline);
 
 } // namespace audlmd
