@@ -1,5 +1,6 @@
 #include "standalone/cache/FrameDecoder.hpp"
 
+#include "standalone/cache/FilmContainer.hpp"
 #include "standalone/cache/SoundFile.hpp"
 
 #include <algorithm>
@@ -82,6 +83,15 @@ bool isShorterThanItsHeaderSays(SNDFILE* file) {
     return false;
 }
 
+/// 0 for a file that is no broadcast wave file.
+std::int64_t timeReferenceOf(SNDFILE* file) {
+    SF_BROADCAST_INFO broadcast{};
+    if (sf_command(file, SFC_GET_BROADCAST_INFO, &broadcast, sizeof broadcast) != SF_TRUE)
+        return 0;
+    return static_cast<std::int64_t>(std::uint64_t{broadcast.time_reference_high} << 32 |
+                                     broadcast.time_reference_low);
+}
+
 SoundFileError failure(const std::filesystem::path& path, const std::string& reason) {
     return SoundFileError{path.string() + ": " + reason};
 }
@@ -94,6 +104,7 @@ FrameDecoder::FrameDecoder(const std::filesystem::path& path) : path_(path) {
     if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
         throw failure(path_, "not a regular file");
     file_ = open(info_);
+    timeReference_ = timeReferenceOf(file_.get());
     if (info_.seekable == 0)
         throw failure(path_, "its format does not allow reading from any position");
     // libsndfile gives an unfinished Ogg stream no end.
@@ -120,7 +131,8 @@ FrameDecoder::File FrameDecoder::open(SF_INFO& info) const {
     const std::lock_guard lock(opening);
     File file(sf_open(path_.c_str(), SFM_READ, &info));
     if (file == nullptr)
-        throw failure(path_, sf_strerror(nullptr));
+        throw failure(path_, isFilmContainer(path_) ? "a film container; " + filmContainerAdvice(path_)
+                                                    : sf_strerror(nullptr));
     return file;
 }
 
