@@ -218,7 +218,7 @@ TEST_F(MixCommand, RefusesWhatCannotBeMixed) {
     writeBytes(in("other.json"), R"({"tracks": []})");
     writeBytes(in("empty.json"), R"({"audlmd": 1, "tracks": []})");
     const std::vector<std::pair<std::string, std::string>> refusals{
-        {"text.otio --list", "'text.otio': line 1, column 2: this is not JSON; what can be read is "},
+        {"text.otio --list", "'text.otio': line 1, column 3: this is not JSON; what can be read is "},
         {"other.json --list", "'other.json': this is no timeline"},
         {"a.wav --list", "use audlmd render"},
         {"film.json -o mix.wav --to 1smp --until-last-sound", "cannot stand together"},

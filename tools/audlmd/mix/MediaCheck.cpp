@@ -2,9 +2,13 @@
 
 #include "tools/timeline/TimelineFiles.hpp"
 
+#include <algorithm>
 #include <cstddef>
+#include <cstdint>
+#include <iterator>
 #include <map>
 #include <string>
+#include <unordered_map>
 
 namespace audlmd::command {
 namespace {
@@ -27,6 +31,22 @@ std::map<std::string, Use> usesOf(const Timeline& timeline, OutputSpan part) {
             if (const TimelineStrip& strip = timeline.tracks[track].strips[i]; soundsIn(strip, part))
                 ++uses.try_emplace(strip.media, Use{track, i, 0}).first->second.count;
     return uses;
+}
+
+std::string placeOf(const std::string& where, std::int64_t at) {
+    return where + "\n" + std::to_string(at);
+}
+
+/// Where the strips end, by name and start. Among equals the last end.
+std::unordered_map<std::string, std::int64_t> endsOf(const Timeline& timeline) {
+    std::unordered_map<std::string, std::int64_t> ends;
+    for (std::size_t track = 0; track < timeline.tracks.size(); ++track)
+        for (std::size_t i = 0; i < timeline.tracks[track].strips.size(); ++i) {
+            const TimelineStrip& strip = timeline.tracks[track].strips[i];
+            std::int64_t& end = ends[placeOf(timeline::whereIs(timeline, track, i).text(), strip.at)];
+            end = std::max(end, strip.at + strip.length);
+        }
+    return ends;
 }
 
 } // namespace
@@ -53,6 +73,21 @@ MediaCheck checkMedia(const Timeline& timeline, OutputSpan part, MediaFinder& fi
         }
     }
     return check;
+}
+
+std::vector<TimelineNote> silencesIn(const Timeline& timeline, OutputSpan part) {
+    std::vector<TimelineNote> silences;
+    std::ranges::copy_if(timeline.notes, std::back_inserter(silences), &TimelineNote::silences);
+    if (silences.empty())
+        return silences;
+    const std::unordered_map<std::string, std::int64_t> ends = endsOf(timeline);
+    std::erase_if(silences, [&](const TimelineNote& note) {
+        if (!note.at)
+            return false;
+        const auto end = ends.find(placeOf(note.where, *note.at));
+        return *note.at >= part.to || (end != ends.end() && end->second <= part.from);
+    });
+    return silences;
 }
 
 } // namespace audlmd::command

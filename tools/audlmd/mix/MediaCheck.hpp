@@ -23,4 +23,8 @@ struct MediaCheck {
 /// silent anyway needs none.
 MediaCheck checkMedia(const Timeline& timeline, OutputSpan part, MediaFinder& finder);
 
+/// The timeline's notes on silence in a part of the output. A note on a strip counts where the strip sounds,
+/// any other from its place on.
+std::vector<TimelineNote> silencesIn(const Timeline& timeline, OutputSpan part);
+
 } // namespace audlmd::command

@@ -95,10 +95,15 @@ private:
         }
     }
 
+    /// Of the output: what is looked at.
+    OutputSpan part() const {
+        constexpr std::int64_t far = std::numeric_limits<std::int64_t>::max();
+        return target_ ? span_ : OutputSpan{-far, far};
+    }
+
     /// Before anything is written.
     void lookAtMedia() {
-        constexpr std::int64_t far = std::numeric_limits<std::int64_t>::max();
-        MediaCheck check = checkMedia(timeline_, target_ ? span_ : OutputSpan{-far, far}, media_);
+        MediaCheck check = checkMedia(timeline_, part(), media_);
         for (const std::filesystem::path& file : check.files)
             requireOther(file, "a medium of the timeline");
         timeline_.notes.insert(timeline_.notes.end(), check.choices.begin(), check.choices.end());
@@ -133,15 +138,10 @@ private:
         std::fputs(shown.c_str(), report());
     }
 
-    /// Notes on what lies behind the part that is mixed do not count.
-    bool isSilence(const TimelineNote& note) const {
-        return note.silences && !(target_ && note.at && *note.at >= span_.to);
-    }
-
     /// Throws CommandError, which names the places.
     void requireAllHeard() const {
-        std::vector<TimelineNote> silences = allNotes();
-        std::erase_if(silences, [this](const TimelineNote& note) { return !isSilence(note); });
+        std::vector<TimelineNote> silences = silencesIn(timeline_, part());
+        silences.insert(silences.end(), failures_.begin(), failures_.end());
         if (silences.empty())
             return;
         constexpr std::size_t most = 12;
@@ -224,11 +224,10 @@ private:
             return;
         const auto failed = std::ranges::count_if(
             mixed.strips, [](const StripReport& strip) { return !strip.failure.empty(); });
-        const auto noted = std::ranges::count_if(
-            timeline_.notes, [this](const TimelineNote& note) { return isSilence(note); });
-        if (const auto all = failed + noted; all != 0)
+        const auto all = failed + std::ssize(silencesIn(timeline_, span_));
+        if (all != 0)
             throw CommandError(std::to_string(all) + (all == 1 ? " clip is" : " clips are") +
-                               " silent or lack a part, see above; '" +
+                               " silent, if only in part, see above; '" +
                                timeline::printable(target_->path.string()) + "' is written");
     }
 
