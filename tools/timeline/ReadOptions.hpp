@@ -30,8 +30,11 @@ struct ReadOptions {
     std::size_t channels = 2;
     /// Relative paths of media start here: the folder of the timeline's file.
     std::filesystem::path folder;
-    /// Tells about a medium whose length the timeline does not name. Nothing: the medium is not there. Called
-    /// once for each clip that needs it; whoever opens files may keep the answers.
+    /// The timeline to read of a file that holds several. Empty: the only one.
+    std::string timeline;
+    /// Tells about a medium. Nothing: the medium is not there. The text of a std::exception says why a medium
+    /// that is there cannot be read, and goes into the message about the clip. Called once for each medium
+    /// while a timeline is read. Not set: nothing is known of any.
     std::function<std::optional<MediaFacts>(const std::string& media)> media;
     /// Reads a band of the equaliser that is written as text, `kind:frequency:gain:q`. Any std::exception
     /// that it throws becomes a TimelineError that names the clip. Not set: such texts are refused.

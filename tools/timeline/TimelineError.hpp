@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -10,12 +11,22 @@ namespace audlmd::timeline {
 /// where there are any.
 class TimelineError : public std::runtime_error {
 public:
-    explicit TimelineError(const std::string& line) : std::runtime_error(line) {}
+    explicit TimelineError(const std::string& line) : std::runtime_error(line), sentence_(line) {}
+    TimelineError(const std::string& place, const std::string& sentence)
+        : std::runtime_error(place + ": " + sentence), sentence_(sentence) {}
+
+    /// Without the place, for a note that has the place already.
+    const std::string& sentence() const { return sentence_; }
+
+private:
+    std::string sentence_;
 };
 
-/// A name or a path for one line of a terminal: control characters become question marks, and texts of more
-/// than 80 characters are shortened. Use this for every text of a file that goes into a message.
-std::string printable(std::string_view text);
+/// A name or a path for one line of a terminal: what could change the line or its order becomes a question
+/// mark, and texts of more than `longest` characters are shortened. These are control characters, separators
+/// of lines and paragraphs, marks of the direction of writing, and bytes that are no UTF-8. Use this for
+/// every text of a file that goes into a message.
+std::string printable(std::string_view text, std::size_t longest = 80);
 
 /// The place in a timeline that a message is about. Empty names are left out. Passed down while a timeline is
 /// read, so that every error can name its place.
