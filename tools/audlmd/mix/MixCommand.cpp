@@ -61,7 +61,7 @@ public:
         if (options_.list)
             list();
         else if (!target_)
-            tellNotes();
+            tellNotes(report(), allNotes());
         if (options_.strict)
             requireAllHeard();
         MixReport mixed;
@@ -123,19 +123,21 @@ private:
         return notes;
     }
 
-    void tellNotes() const {
-        for (const std::string& line : timeline::noteLines(allNotes(), timeline_.sampleRate))
-            std::fprintf(report(), "%s\n", line.c_str());
+    void tellNotes(FILE* stream, const std::vector<TimelineNote>& notes) const {
+        for (const std::string& line : timeline::noteLines(notes, timeline_.sampleRate))
+            std::fprintf(stream, "%s\n", line.c_str());
     }
 
     void list() {
+        if (options_.as == "json") {
+            std::fprintf(report(), "%s\n", timeline::writeJson(timeline_).dump(2).c_str());
+            // Not in the JSON: who mixes that may have the media.
+            return tellNotes(stderr, failures_);
+        }
         Timeline listed = timeline_;
         listed.notes = allNotes();
-        const std::string shown =
-            options_.as == "json"
-                ? timeline::writeJson(timeline_).dump(2) + "\n"
-                : timeline::list(listed, [this](const std::string& medium) { return shownFile(medium); });
-        std::fputs(shown.c_str(), report());
+        const auto fileOf = [this](const std::string& medium) { return shownFile(medium); };
+        std::fputs(timeline::list(listed, fileOf).c_str(), report());
     }
 
     /// Throws CommandError, which names the places.
