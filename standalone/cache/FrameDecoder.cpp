@@ -1,5 +1,6 @@
 #include "standalone/cache/FrameDecoder.hpp"
 
+#include "standalone/cache/FilmContainer.hpp"
 #include "standalone/cache/SoundFile.hpp"
 #include "standalone/services/SampleRates.hpp"
 
@@ -87,6 +88,15 @@ bool isShorterThanItsHeaderSays(SNDFILE* file) {
     return false;
 }
 
+/// 0 for a file that is no broadcast wave file.
+std::int64_t timeReferenceOf(SNDFILE* file) {
+    SF_BROADCAST_INFO broadcast{};
+    if (sf_command(file, SFC_GET_BROADCAST_INFO, &broadcast, sizeof broadcast) != SF_TRUE)
+        return 0;
+    return static_cast<std::int64_t>(std::uint64_t{broadcast.time_reference_high} << 32 |
+                                     broadcast.time_reference_low);
+}
+
 SoundFileError failure(const std::filesystem::path& path, const std::string& reason) {
     return SoundFileError{path.string() + ": " + reason};
 }
@@ -116,6 +126,7 @@ FrameDecoder::FrameDecoder(const std::filesystem::path& path) : path_(path) {
         throw failure(path_, "its sample rate of " + std::to_string(info_.samplerate) + " Hz is outside " +
                                  std::to_string(lowestSampleRate) + " to " +
                                  std::to_string(highestSampleRate) + " Hz");
+    timeReference_ = timeReferenceOf(file_.get());
     if (info_.seekable == 0)
         throw failure(path_, "its format does not allow reading from any position");
     // libsndfile gives an unfinished Ogg stream no end.
@@ -143,7 +154,8 @@ FrameDecoder::File FrameDecoder::open(SF_INFO& info) const {
     requireReadable(path_);
     File file(sf_open(path_.c_str(), SFM_READ, &info));
     if (file == nullptr)
-        throw failure(path_, sf_strerror(nullptr));
+        throw failure(path_, isFilmContainer(path_) ? "a film container; " + filmContainerAdvice(path_)
+                                                    : sf_strerror(nullptr));
     // libsndfile goes on after a part of the header that could not be read, and takes the part for zeros.
     if (sf_error(file.get()) != SF_ERR_NO_ERROR)
         throw failure(path_, sf_strerror(file.get()));

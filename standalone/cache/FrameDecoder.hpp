@@ -19,6 +19,8 @@ public:
     const std::filesystem::path& path() const { return path_; }
     /// What the file's header says. Never changes.
     const SF_INFO& info() const { return info_; }
+    /// See SoundFile. Never changes.
+    std::int64_t timeReference() const { return timeReference_; }
 
     /// Fills `interleaved` with whole frames from frame `position` on. Throws SoundFileError. After a failure
     /// libsndfile may not find its way again, so the next call opens the file anew.
@@ -40,6 +42,7 @@ private:
 
     std::filesystem::path path_;
     SF_INFO info_{};
+    std::int64_t timeReference_ = 0;
     /// Null after a failure.
     File file_;
     /// The frame that would be decoded next without seeking.

@@ -126,6 +126,10 @@ std::int64_t SoundFile::frames() const {
     return excerpts_->decoder().info().frames;
 }
 
+std::int64_t SoundFile::timeReference() const {
+    return excerpts_->decoder().timeReference();
+}
+
 void SoundFile::read(int channel, std::int64_t position, std::span<float> samples) {
     excerpts_->read(channel, position, samples);
 }

@@ -28,8 +28,9 @@ public:
 class SoundFile {
 public:
     /// Throws SoundFileError if the file is not there, not readable, not audio, not seekable, shorter than
-    /// its header says, or at a sample rate outside those of SampleRates.hpp. The trap: without memory, some
-    /// of the decoders below libsndfile end the process.
+    /// its header says, or at a sample rate outside those of SampleRates.hpp. For a film container the text
+    /// has the command that extracts its sound. The trap: without memory, some of the decoders below
+    /// libsndfile end the process.
     explicit SoundFile(const std::filesystem::path& path);
     ~SoundFile();
     SoundFile(const SoundFile&) = delete;
@@ -41,6 +42,9 @@ public:
     int sampleRate() const;
     /// The length, in frames (one sample of each channel); 0 is possible.
     std::int64_t frames() const;
+    /// The time of the first frame on the recorder's clock, in frames, from a broadcast wave file. 0 in
+    /// others.
+    std::int64_t timeReference() const;
 
     /// Fills `samples` with one channel, counted from 0, from frame `position` on. Full scale is -1.0 to 1.0.
     /// Throws SoundFileError, also for a file that ends too early.

@@ -174,8 +174,7 @@ TimelineStrip readStrip(const Json& value, Where where, const FileContext& file)
     settings.speed = fields.number("speed", 1.0, slowestSpeed, fastestSpeed);
     settings.converter = fields.word("converter", converterWords)
                              .value_or(settings.speed == 1.0 ? Converter::none : Converter::filtering);
-    const bool takesLinear =
-        settings.converter == Converter::filtering && !isFilteringSpeed(settings.speed);
+    const bool takesLinear = settings.converter == Converter::filtering && !isFilteringSpeed(settings.speed);
     if (takesLinear)
         settings.converter = Converter::linear;
     readRange(fields, file, strip);

@@ -5,15 +5,12 @@
 #include <cmath>
 #include <cstdio>
 #include <sstream>
+#include <unordered_map>
 
 namespace audlmd::timeline {
 namespace {
 
-constexpr std::size_t columnCount = 10;
-using Row = std::array<std::string, columnCount>;
-
-constexpr std::array<const char*, columnCount> headings{"track",     "clip", "output", "source",    "speed",
-                                                        "direction", "gain", "fades",  "equaliser", "file"};
+using Row = std::vector<std::string>;
 
 /// In columns of a terminal, as far as one character takes one. Counts the first bytes of UTF-8 characters.
 std::size_t widthOf(const std::string& text) {
@@ -57,16 +54,26 @@ std::string equaliserText(const std::vector<EqualiserBand>& bands) {
     return text;
 }
 
-/// The source shows what is heard of the material, not the whole range of the strip.
-Row rowOf(const std::string& track, const TimelineStrip& strip, int sampleRate) {
+Row headings(const Timeline& timeline) {
+    Row row{"track", "clip", "output", "source", "speed", "direction", "gain", "fades", "equaliser", "file"};
+    if (timeline.timeReference != 0)
+        row.insert(row.begin() + 2, "timecode");
+    return row;
+}
+
+/// The source shows what is heard of the material, not the whole range of the strip. A strip that is silent
+/// has its reason in the place of the file.
+Row rowOf(const Timeline& timeline, const std::string& track, const TimelineStrip& strip,
+          const FileText& fileOf) {
     const StripSettings& settings = strip.settings;
+    const int sampleRate = timeline.sampleRate;
     // A strip that begins later in its range reads correspondingly less of it.
     const auto skipped = std::llround(static_cast<double>(strip.skip) * settings.speed);
     const auto played = std::llround(static_cast<double>(strip.length) * settings.speed);
     const std::int64_t last = std::min<std::int64_t>(settings.to - settings.from, skipped + played);
     const std::int64_t from = settings.reverse ? settings.to - last : settings.from + skipped;
     const std::int64_t to = settings.reverse ? settings.to - skipped : settings.from + last;
-    return {printable(track),
+    Row row{printable(track),
             printable(strip.name),
             span(strip.at, strip.at + strip.length, sampleRate),
             span(from, to, sampleRate),
@@ -75,23 +82,45 @@ Row rowOf(const std::string& track, const TimelineStrip& strip, int sampleRate) 
             number(strip.gainDb) + " dB" + (settings.automation ? " + automation" : ""),
             fades(settings, sampleRate),
             equaliserText(settings.equaliser),
-            printable(strip.media)};
+            printable(strip.silence.empty() ? fileOf(strip.media) : "silent: " + strip.silence)};
+    if (timeline.timeReference != 0)
+        row.insert(row.begin() + 2, clock(timeline.timeReference + strip.at, sampleRate));
+    return row;
 }
 
 /// Each column is as wide as its widest text, with two blanks between columns and none at the end of a line.
 std::string table(const std::vector<Row>& rows) {
-    std::array<std::size_t, columnCount> widths{};
+    std::vector<std::size_t> widths(rows.front().size());
     for (const Row& row : rows)
-        for (std::size_t i = 0; i < columnCount; ++i)
+        for (std::size_t i = 0; i < row.size(); ++i)
             widths[i] = std::max(widths[i], widthOf(row[i]));
     std::string text;
     for (const Row& row : rows) {
         std::string line;
-        for (std::size_t i = 0; i < columnCount; ++i)
+        for (std::size_t i = 0; i < row.size(); ++i)
             line += row[i] + std::string(widths[i] - widthOf(row[i]) + 2, ' ');
         text += line.substr(0, line.find_last_not_of(' ') + 1) + "\n";
     }
     return text;
+}
+
+std::string counted(std::size_t count, const char* thing) {
+    return std::to_string(count) + " " + thing + (count == 1 ? "" : "s");
+}
+
+std::string headingOf(const Timeline& timeline) {
+    std::size_t strips = 0;
+    for (const TimelineTrack& track : timeline.tracks)
+        strips += track.strips.size();
+    std::string text = timeline.name.empty() ? "timeline" : printable(timeline.name);
+    text += ": " + clock(timeline.length, timeline.sampleRate) + " at " +
+            std::to_string(timeline.sampleRate) + " Hz, " + counted(timeline.channels, "channel") + ", " +
+            counted(strips, "clip") + " on " + counted(timeline.tracks.size(), "track");
+    if (timeline.timeReference != 0)
+        text += "; starts at " + clock(timeline.timeReference, timeline.sampleRate);
+    if (const std::int64_t end = endOfSound(timeline); end < timeline.length)
+        text += "; the last sound ends at " + clock(end, timeline.sampleRate);
+    return text + "\n";
 }
 
 } // namespace
@@ -115,17 +144,37 @@ Where whereIs(const Timeline& timeline, std::size_t track, std::size_t strip) {
             .clip = named(timeline.tracks[track].strips[strip].name, strip)};
 }
 
-std::string list(const Timeline& timeline) {
-    std::vector<Row> rows(1);
-    std::copy(headings.begin(), headings.end(), rows[0].begin());
+std::vector<std::string> noteLines(std::span<const TimelineNote> notes, int sampleRate) {
+    std::unordered_map<std::string, std::size_t> lineOf;
+    std::vector<std::string> lines;
+    std::vector<std::size_t> counts;
+    for (const TimelineNote& note : notes) {
+        const auto [known, isNew] = lineOf.try_emplace(note.where + '\n' + note.text, lines.size());
+        if (!isNew) {
+            ++counts[known->second];
+            continue;
+        }
+        const std::string at = note.at ? ", at " + clock(*note.at, sampleRate) : "";
+        lines.push_back("note: " + printable(note.where, std::string::npos) + at + ": " +
+                        printable(note.text, std::string::npos));
+        counts.push_back(1);
+    }
+    for (std::size_t line = 0; line < lines.size(); ++line)
+        if (counts[line] > 1)
+            lines[line] += " (" + std::to_string(counts[line]) + " times)";
+    return lines;
+}
+
+std::string list(const Timeline& timeline, const FileText& fileOf) {
+    std::vector<Row> rows{headings(timeline)};
     for (const TimelineTrack& track : timeline.tracks)
         for (const TimelineStrip& strip : track.strips)
-            rows.push_back(rowOf(track.name, strip, timeline.sampleRate));
-    std::string text = table(rows);
+            rows.push_back(rowOf(timeline, track.name, strip, fileOf));
+    std::string text = headingOf(timeline) + table(rows);
     for (const TimelineMarker& marker : timeline.markers)
         text += "marker " + clock(marker.at, timeline.sampleRate) + "  " + printable(marker.name) + "\n";
-    for (const TimelineNote& note : timeline.notes)
-        text += "note   " + note.where + ": " + note.text + "\n";
+    for (const std::string& line : noteLines(timeline.notes, timeline.sampleRate))
+        text += line + "\n";
     return text;
 }
 

@@ -7,8 +7,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace audlmd::timeline {
 
@@ -28,9 +31,15 @@ Timeline readJson(const Json& root, const ReadOptions& options);
 /// levels, waiting) is left out. Use this to convert a timeline, or to see what became of one.
 Json writeJson(const Timeline& timeline);
 
-/// What sounds when, as text for a terminal: a table of strips, then markers, then notes. Names are shortened
-/// as by printable(). Trap: made for people, the columns may change.
-std::string list(const Timeline& timeline);
+/// What to show for a medium: the path that was found, say.
+using FileText = std::function<std::string(const std::string& media)>;
+
+/// What sounds when, as text for a terminal: a line about the whole, a table of strips, then markers, then
+/// notes. Names are shortened as by printable(). Trap: made for people, the columns may change.
+std::string list(const Timeline& timeline, const FileText& fileOf);
+
+/// Notes as lines for a terminal, in their order. Equal ones are one line with their number.
+std::vector<std::string> noteLines(std::span<const TimelineNote> notes, int sampleRate);
 
 /// The place of a strip, for messages. Tracks and strips are counted from 0; those without a name are shown
 /// as #1, #2 and so on.

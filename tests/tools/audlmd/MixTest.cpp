@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include <string>
+#include <sys/stat.h>
 
 namespace audlmd::test {
 namespace {
@@ -125,18 +126,72 @@ TEST_F(MixCommand, StaysStrictWhileThousandsOfClipsComeAndGo) {
     EXPECT_THAT(output("mix film.json -o mix.wav --strict"), HasSubstr("mixed 7999800 samples"));
 }
 
-TEST_F(MixCommand, RefusesVideoAndFindsItsExtractedSound) {
-    writeBytes(in("it's.mov"), std::string("\0\0\0\x14"
-                                           "ftypqt  ",
-                                           12) +
-                                   std::string(100, 'x'));
-    writeTimeline(R"({"name": "shot", "media": "it's.mov", "from": 0, "to": 100})");
-    expectRefused("mix film.json -o mix.wav", "clip 'shot'");
-    expectRefused("mix film.json -o mix.wav", "ffmpeg -i '");
-    expectRefused("mix film.json -o mix.wav", "/it'\\''s.wav'");
-    writeSound(in("it's.wav"), noise(1, 100));
+TEST_F(MixCommand, FindsMediaUnderOtherPathsAndSaysWhatStandsInTheirPlace) {
+    for (const std::string folder : {"archive/reel1", "archive/reel2", "here"})
+        std::filesystem::create_directories(in(folder));
+    for (const std::string name :
+         {"reel1/b.wav", "reel2/b.wav", "shot.flac.wav", "take 1.2.wav", "door.aiff"})
+        writeSound(in("archive/" + name), noise(1, 100));
+    ASSERT_EQ(mkfifo(in("pipe").c_str(), 0600), 0);
+    for (const auto& [media, shown] : std::vector<std::pair<std::string, std::string>>{
+             {R"(D:\\film\\reel2\\b.wav)", "/reel2/b.wav"},
+             {R"(\\\\server\\film\\reel1\\b.wav)", "/reel1/b.wav"},
+             {"lost/b.wav", "note: track 'A1', clip '#1', at 0:00:00.000: 2 files fit "},
+             {"lost/b.wav", "/reel1/b.wav\n"},
+             {"lost/door.mov", "/door.aiff"},
+             {"take 1.2", "/take 1.2.wav"},
+             {"door.flac", "door.flac' is not there"},
+             {"here", "is a folder"},
+             {"pipe", "is a pipe"}}) {
+        writeTimeline(R"({"media": ")" + media + R"(", "from": 0, "to": 100})");
+        EXPECT_THAT(output("mix film.json --list --media archive"), HasSubstr(shown)) << media;
+    }
+}
+
+TEST_F(MixCommand, NamesAllFilmContainersAndFindsTheirExtractedSound) {
+    const std::string bytes = std::string("\0\0\0\x14"
+                                          "ftypqt  ",
+                                          12) +
+                              std::string(100, 'x');
+    for (const std::string name : {"it's.mov", "line\n\x1B[2J\xC2\x9B.mov"})
+        writeBytes(in(name), bytes);
+    writeTimeline(R"({"name": "shot", "media": "it's.mov"},
+                     {"name": "next", "media": "line\n\u001b[2J\u009b.mov", "from": 0, "to": 100})");
+    // Without its file the length of the first clip is not known.
+    EXPECT_THAT(run("mix film.json --list").errors, HasSubstr("-vn -c:a pcm_s24le '"));
+    writeTimeline(R"({"name": "shot", "media": "it's.mov", "from": 0, "to": 100},
+                     {"name": "next", "media": "line\n\u001b[2J\u009b.mov", "from": 0, "to": 100})");
+    for (const std::string line : {"mix film.json --list", "mix film.json --picture film.svg"}) {
+        const std::string told = output(line);
+        EXPECT_THAT(told, HasSubstr("/it'\\''s.wav'"));
+        EXPECT_THAT(told, HasSubstr(R"(/line\012\033[2J\302\233.wav')"));
+        EXPECT_EQ(told.find_first_of("\x1B\x9B"), std::string::npos);
+    }
+    EXPECT_THAT(errorsOfMix("mix film.json -o mix.wav"), HasSubstr("2 clips are silent"));
+    expectRefused("mix film.json -o new.wav --strict", "clip 'next'");
+    for (const std::string line :
+         {"render it's.mov -o new.wav", "plot spectrogram it's.mov -o new.png", "mix it's.mov -o new.wav"})
+        expectRefused(line, "ffmpeg -i '");
+    for (const std::string name : {"it's.wav", "line\n\x1B[2J\xC2\x9B.wav"})
+        writeSound(in(name), noise(1, 100));
+    writeTimeline(R"({"name": "shot", "media": "it's.mov"},
+                     {"name": "next", "media": "line\n\u001b[2J\u009b.mov", "from": 0, "to": 100})");
     output("mix film.json -o mix.wav --strict");
-    EXPECT_EQ(readSound(in("mix.wav"))[1], noise(1, 100)[0]);
+    EXPECT_EQ(readSound(in("mix.wav"))[1][99], 2 * noise(1, 100)[0][99]);
+}
+
+TEST_F(MixCommand, TellsOfSilenceInEveryMixAndEndsWhereItIsAskedTo) {
+    writeSound(in("a.wav"), noise(1, 48'000));
+    writeTimeline(R"({"name": "short", "media": "a.wav", "from": 0, "to": 72000})", R"("length": 96000, )");
+    const std::string told = errorsOfMix("mix film.json -o mix.wav --report r.json");
+    EXPECT_THAT(told, HasSubstr("note: track 'A1', clip 'short', at 0:00:00.000: "));
+    EXPECT_THAT(told, HasSubstr("mixed 96000 samples on 2 channels (2.000 s) of 'film.json' into 'mix.wav'"));
+    EXPECT_THAT(told, HasSubstr("the last sound ends at 0:00:01.500, the programme at 0:00:02.000\n"));
+    EXPECT_EQ(nlohmann::json::parse(readBytes(in("r.json")))["notes"][0]["silences"], true);
+    expectRefused("mix film.json -o new.wav --strict", "clip 'short'");
+    writeTimeline(R"({"media": "a.wav", "from": 0, "to": 48000})", R"("length": 96000, )");
+    output("mix film.json -o mix.wav --strict --until-last-sound");
+    EXPECT_EQ(readSound(in("mix.wav"))[0].size(), 48'000U);
 }
 
 TEST_F(MixCommand, ReportsClippingAndKeepsTheTimeReference) {
@@ -160,9 +215,13 @@ TEST_F(MixCommand, RefusesWhatCannotBeMixed) {
     writeSound(in("a.wav"), noise(1, 100));
     writeTimeline(R"({"media": "a.wav", "from": 0, "to": 100})");
     writeBytes(in("text.otio"), "tracks: 2");
+    writeBytes(in("other.json"), R"({"tracks": []})");
     writeBytes(in("empty.json"), R"({"audlmd": 1, "tracks": []})");
     const std::vector<std::pair<std::string, std::string>> refusals{
-        {"text.otio --list", "JSON"},
+        {"text.otio --list", "'text.otio': line 1, column 3: this is not JSON; what can be read is "},
+        {"other.json --list", "'other.json': this is no timeline"},
+        {"a.wav --list", "use audlmd render"},
+        {"film.json -o mix.wav --to 1smp --until-last-sound", "cannot stand together"},
         {"none.otio --list", "No such file"},
         {". --list", "Is a directory"},
         {"film.json", "-o"},

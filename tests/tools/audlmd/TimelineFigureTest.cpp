@@ -116,6 +116,9 @@ TEST(TimelineFigure, StacksStripsThatOverlapAndShowsShortDipsOfAutomation) {
 TEST(TimelineFigure, IsRedWhereTheReportSaysAndWhereMediaAreMissing) {
     Timeline shown = timeline({strip(0, second), strip(2 * second, 2 * second)});
     shown.tracks.push_back({"", {strip(second, second, "b")}});
+    // A clip that is switched off is there, but nothing is wrong with it.
+    shown.tracks.push_back({"", {strip(0, 4 * second)}});
+    shown.tracks[2].strips[0].silence = "disabled";
     MixReport report;
     report.strips.resize(1);
     report.strips[0].strip = 1;
@@ -131,6 +134,7 @@ TEST(TimelineFigure, IsRedWhereTheReportSaysAndWhereMediaAreMissing) {
     figure.drawing(plot::Pen(context), {0.0, 0.0, 1200.0, figure.chartHeight});
     const auto* const pixels = reinterpret_cast<const std::uint32_t*>(cairo_image_surface_get_data(image));
     const TimelineLayout layout(sketchTimeline(shown, report, 100), 0.0);
+    EXPECT_EQ(sketchTimeline(shown, report, 100).tracks[2].strips.size(), 1U);
     for (double time = 0.05; time < 4.0; time += 0.1) {
         const double x = layout.x(time * second);
         // Three quarters down, below the texts.
@@ -141,6 +145,7 @@ TEST(TimelineFigure, IsRedWhereTheReportSaysAndWhereMediaAreMissing) {
         };
         EXPECT_EQ(red(layout.lane(0)), time > 2.0 && time < 2.5) << time;
         EXPECT_EQ(red(layout.lane(1)), time > 1.0 && time < 2.0) << time;
+        EXPECT_FALSE(red(layout.lane(2))) << time;
         EXPECT_EQ(red(layout.output()), time > 1.0 && time < 2.0) << time;
     }
     cairo_destroy(context);

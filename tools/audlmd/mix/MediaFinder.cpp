@@ -1,117 +1,145 @@
 #include "tools/audlmd/mix/MediaFinder.hpp"
 
+#include "standalone/cache/FilmContainer.hpp"
 #include "standalone/cache/SoundFile.hpp"
 #include "tools/audlmd/CommandError.hpp"
-#include "tools/audlmd/files/OutputFile.hpp"
-
-#include <sndfile.h>
+#include "tools/audlmd/files/FileKind.hpp"
 
 #include <algorithm>
 #include <array>
-#include <fstream>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 namespace audlmd::command {
 namespace {
 
 using Path = std::filesystem::path;
 
+/// In the order of preference. What extracts sound from films writes one of these.
+constexpr std::array<std::string_view, 11> soundExtensions{".wav", ".w64", ".rf64", ".flac", ".aiff", ".aif",
+                                                           ".caf", ".bwf", ".ogg",  ".mp3",  ".opus"};
+
+/// The names of a path. A backslash separates names, too: what was a path of Windows is one name here.
+std::vector<std::string> namesOf(std::string_view path) {
+    std::vector<std::string> names;
+    while (!path.empty()) {
+        const std::size_t end = std::min(path.find_first_of("/\\"), path.size());
+        if (end != 0)
+            names.emplace_back(path.substr(0, end));
+        path.remove_prefix(std::min(end + 1, path.size()));
+    }
+    return names;
+}
+
+std::string lastNameOf(std::string_view path) {
+    const std::size_t separator = path.find_last_of("/\\");
+    return std::string(separator == std::string_view::npos ? path : path.substr(separator + 1));
+}
+
+/// How many names two paths have in common, counted from their ends.
+std::size_t commonNames(const std::vector<std::string>& a, const std::vector<std::string>& b) {
+    std::size_t common = 0;
+    while (common < std::min(a.size(), b.size()) && a[a.size() - 1 - common] == b[b.size() - 1 - common])
+        ++common;
+    return common;
+}
+
+/// A medium for which no file was found, with the reason.
+FoundMedium noFile(const std::string& media) {
+    FoundMedium medium{.path = media, .failure = "'" + media + "' is ", .equallyGood = 0, .facts = {}};
+    std::error_code ignored;
+    const auto status = std::filesystem::status(media, ignored);
+    if (std::filesystem::is_directory(status))
+        medium.failure += "a folder, not a sound file";
+    else if (std::filesystem::is_fifo(status))
+        medium.failure += "a pipe; timelines play files only";
+    else if (std::filesystem::exists(status))
+        medium.failure += "a device; timelines play files only";
+    else
+        medium = {.path = {},
+                  .failure = media.empty() ? "the clip names no file" : medium.failure + "not there",
+                  .equallyGood = 0,
+                  .facts = {}};
+    return medium;
+}
+
 bool isFile(const Path& path) {
     std::error_code ignored;
     return std::filesystem::is_regular_file(path, ignored);
 }
 
-/// Whether a file begins like one of the containers that hold pictures beside sound.
-bool isVideo(const Path& path) {
-    std::array<char, 16> start{};
-    std::ifstream(path, std::ios::binary).read(start.data(), start.size());
-    const std::string_view bytes(start.data(), start.size());
-    const auto has = [&](std::size_t at, std::string_view mark) {
-        return bytes.substr(at).starts_with(mark);
-    };
-    using namespace std::literals;
-    const bool isQuickTime = has(4, "ftyp") || has(4, "moov") || has(4, "mdat") || has(4, "wide");
-    const bool isMatroska = has(0, "\x1A\x45\xDF\xA3"sv);
-    const bool isAvi = has(0, "RIFF") && has(8, "AVI ");
-    const bool isMxf = has(0, "\x06\x0E\x2B\x34"sv);
-    const bool isMpeg = has(0, "\x00\x00\x01\xBA"sv) || has(0, "\x00\x00\x01\xB3"sv);
-    const bool isWindowsMedia = has(0, "\x30\x26\xB2\x75"sv);
-    return isQuickTime || isMatroska || isAvi || isMxf || isMpeg || isWindowsMedia || has(0, "FLV\x01"sv);
+/// Whether the extension promises sound, so that a file with another extension would be another recording.
+bool namesSound(const std::string& name) {
+    const Path path(name);
+    return findFileKind(path) != nullptr ||
+           std::ranges::find(soundExtensions, path.extension().string()) != soundExtensions.end();
 }
 
-Path asWav(Path path) {
-    return path.replace_extension(".wav");
-}
-
-/// How many names two paths have in common, counted from their ends.
-std::size_t commonNames(const Path& a, const Path& b) {
-    const std::vector<Path> left(a.begin(), a.end());
-    const std::vector<Path> right(b.begin(), b.end());
-    std::size_t common = 0;
-    while (common < std::min(left.size(), right.size()) &&
-           left[left.size() - 1 - common] == right[right.size() - 1 - common])
-        ++common;
-    return common;
-}
-
-/// For a shell.
-std::string quoted(const Path& path) {
-    std::string text = "'";
-    for (const char letter : path.string())
-        text += letter == '\'' ? "'\\''" : std::string(1, letter);
-    return text + "'";
-}
-
-/// The time of the first sample on the recorder's clock, from a broadcast wave file. 0 in others.
-std::int64_t timeReferenceOf(const Path& path) {
-    SF_INFO info{};
-    const SoundFileHandle file(sf_open(path.c_str(), SFM_READ, &info));
-    SF_BROADCAST_INFO broadcast{};
-    if (file == nullptr ||
-        sf_command(file.get(), SFC_GET_BROADCAST_INFO, &broadcast, sizeof broadcast) != SF_TRUE)
-        return 0;
-    return static_cast<std::int64_t>(std::uint64_t{broadcast.time_reference_high} << 32 |
-                                     broadcast.time_reference_low);
+/// Opens the file once, for its facts.
+void look(FoundMedium& medium) {
+    try {
+        const SoundFile file(medium.path);
+        medium.facts = timeline::MediaFacts{
+            .length = file.frames(), .sampleRate = file.sampleRate(), .timeReference = file.timeReference()};
+    } catch (const SoundFileError& error) {
+        medium.failure = error.what();
+    }
 }
 
 } // namespace
 
-std::optional<Path> MediaFinder::find(const std::string& media) {
+const FoundMedium& MediaFinder::find(const std::string& media) {
     const std::lock_guard lock(mutex_);
-    const auto [entry, isNew] = found_.try_emplace(media);
-    if (isNew)
-        entry->second = search(media);
-    return entry->second;
+    const auto found = found_.find(media);
+    return found != found_.end() ? found->second : found_.emplace(media, search(media)).first->second;
 }
 
-std::optional<Path> MediaFinder::search(const Path& media) {
-    bool hasVideo = false;
-    for (const Path& candidate : candidates(media))
-        if (isFile(candidate)) {
-            if (!isVideo(candidate))
-                return candidate;
-            hasVideo = true;
-        }
-    if (hasVideo && media != asWav(media))
-        return search(asWav(media));
+FoundMedium MediaFinder::search(const std::string& media) {
+    FoundMedium medium = locate(media);
+    const bool isThere = !medium.path.empty();
+    if (isThere)
+        look(medium);
+    if (isThere ? !medium.facts && isFilmContainer(medium.path) : !namesSound(lastNameOf(media)))
+        if (std::optional<FoundMedium> sound = searchSoundOf(media))
+            return *std::move(sound);
+    return isThere ? medium : noFile(media);
+}
+
+std::optional<FoundMedium> MediaFinder::searchSoundOf(const std::string& media) {
+    const std::size_t nameLength = lastNameOf(media).size();
+    const std::string stem = Path(lastNameOf(media)).stem().string();
+    // The name itself is a stem where its point begins no extension, as in "take 1.2".
+    for (const std::string& base : {media.substr(0, media.size() - nameLength) + stem, media})
+        for (const std::string_view extension : soundExtensions)
+            if (FoundMedium sound = locate(base + std::string(extension)); !sound.path.empty()) {
+                look(sound);
+                return sound;
+            }
     return std::nullopt;
 }
 
-std::vector<Path> MediaFinder::candidates(const Path& path) {
-    std::vector<Path> paths;
+FoundMedium MediaFinder::locate(const std::string& media) {
+    if (isFile(media))
+        return {.path = media, .failure = {}, .equallyGood = 1, .facts = {}};
+    FoundMedium best;
+    std::size_t mostCommon = 0;
     if (!folders_.empty()) {
         listFolders();
-        const auto [first, last] = files_.equal_range(path.filename().string());
-        for (auto file = first; file != last; ++file)
-            paths.push_back(file->second);
+        const std::vector<std::string> names = namesOf(media);
+        const auto [first, last] = files_.equal_range(lastNameOf(media));
+        for (auto file = first; file != last; ++file) {
+            const std::size_t common = commonNames(namesOf(file->second.string()), names);
+            if (common < mostCommon)
+                continue;
+            best.equallyGood = common == mostCommon ? best.equallyGood + 1 : 1;
+            // By path where several are equal, so that the choice does not depend on the order in a folder.
+            if (common > mostCommon || file->second < best.path)
+                best.path = file->second;
+            mostCommon = common;
+        }
     }
-    // Sorted by path first, so that the choice does not depend on the order of a folder's entries.
-    std::ranges::sort(paths);
-    std::ranges::stable_sort(paths, std::greater(),
-                             [&](const Path& file) { return commonNames(file, path); });
-    paths.insert(paths.begin(), path);
-    return paths;
+    return best;
 }
 
 void MediaFinder::listFolders() {
@@ -128,37 +156,11 @@ void MediaFinder::listFolders() {
     }
 }
 
-std::optional<timeline::MediaFacts> MediaFinder::factsOf(const std::string& media) {
-    const std::optional<Path> path = find(media);
-    if (!path)
-        return std::nullopt;
-    try {
-        const SoundFile file(*path);
-        return timeline::MediaFacts{.length = file.frames(),
-                                    .sampleRate = file.sampleRate(),
-                                    .timeReference = timeReferenceOf(*path)};
-    } catch (const SoundFileError&) {
-        return std::nullopt;
-    }
-}
-
 Media MediaFinder::open(const std::string& media) {
-    const std::optional<Path> path = find(media);
-    if (!path)
-        throw CommandError("'" + media + "' is not there");
-    return openSoundFile(*path);
-}
-
-void MediaFinder::requireNoVideo(const std::string& media, const std::string& where) {
-    if (find(media))
-        return;
-    const std::lock_guard lock(mutex_);
-    for (const Path& candidate : candidates(media))
-        if (isFile(candidate) && isVideo(candidate))
-            throw CommandError(
-                where + ": '" + candidate.string() +
-                "' is a video file; extract its sound, which is then found by itself: ffmpeg -i " +
-                quoted(candidate) + " -vn -c:a pcm_s24le " + quoted(asWav(candidate)));
+    const FoundMedium& medium = find(media);
+    if (!medium.failure.empty())
+        throw CommandError(medium.failure);
+    return openSoundFile(medium.path);
 }
 
 } // namespace audlmd::command

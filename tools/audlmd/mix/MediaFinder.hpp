@@ -4,6 +4,7 @@
 #include "standalone/mix/Timeline.hpp"
 #include "tools/timeline/ReadOptions.hpp"
 
+#include <cstddef>
 #include <filesystem>
 #include <map>
 #include <mutex>
@@ -13,34 +14,46 @@
 
 namespace audlmd::command {
 
-/// Finds and opens the media of a timeline.
+/// What has become of the search for a medium.
+struct FoundMedium {
+    /// What stands there under the medium's name, if only a folder. Empty: nothing was found.
+    std::filesystem::path path;
+    /// Why the medium cannot be played, in one line that names the medium or its file. Empty: it can.
+    std::string failure;
+    /// How many files fit the medium's path as well as the one that was taken, that one included.
+    std::size_t equallyGood = 0;
+    /// Not set where the medium cannot be played.
+    std::optional<timeline::MediaFacts> facts;
+};
+
+/// Finds and opens the media of a timeline. Opens each medium once to look at it, and keeps what was found.
 ///
 /// A medium that is not where the timeline says is looked for by file name in the folders, and below them.
-/// Among several of that name the one is taken whose path ends most like the timeline's. Of a video file that
-/// this program cannot read, a .wav of the same name is taken instead, where there is one.
+/// Among several of that name the one is taken whose path ends most like the timeline's; paths of Windows are
+/// compared by their names, too. Of a film container that cannot be read, or is missing, a sound file of the
+/// same name is taken instead, where there is one; a medium that is a name without an extension for sound is
+/// found in the same way.
 ///
 /// Thread safe.
 class MediaFinder {
 public:
     explicit MediaFinder(std::vector<std::filesystem::path> folders) : folders_(std::move(folders)) {}
 
-    /// The file to open, or nothing where there is none.
-    std::optional<std::filesystem::path> find(const std::string& media);
+    /// The first call for a medium looks at files. The reference stays valid.
+    const FoundMedium& find(const std::string& media);
 
-    /// Length, rate and recorder's clock of a sound file; nothing for a file that is missing or unreadable.
-    std::optional<timeline::MediaFacts> factsOf(const std::string& media);
+    /// Length, rate and recorder's clock of a sound file; nothing for a file that cannot be played.
+    std::optional<timeline::MediaFacts> factsOf(const std::string& media) { return find(media).facts; }
 
-    /// Throws CommandError for media that are not found, and SoundFileError.
+    /// Throws CommandError for media that cannot be played, and SoundFileError.
     Media open(const std::string& media);
 
-    /// Throws CommandError, with the command that extracts the sound, if the medium is a video file that has
-    /// no sound file beside it. `where` names the strip.
-    void requireNoVideo(const std::string& media, const std::string& where);
-
 private:
-    std::optional<std::filesystem::path> search(const std::filesystem::path& media);
-    /// Where a file may be: beside the path, then below the folders.
-    std::vector<std::filesystem::path> candidates(const std::filesystem::path& path);
+    FoundMedium search(const std::string& media);
+    /// Tries sound files that are named like the medium, but for the extension.
+    std::optional<FoundMedium> searchSoundOf(const std::string& media);
+    /// The file of exactly this name: at the path, or else below the folders.
+    FoundMedium locate(const std::string& media);
     void listFolders();
 
     std::vector<std::filesystem::path> folders_;
@@ -49,7 +62,7 @@ private:
     bool listed_ = false;
     /// All files below the folders, by file name.
     std::multimap<std::string, std::filesystem::path> files_;
-    std::map<std::string, std::optional<std::filesystem::path>> found_;
+    std::map<std::string, FoundMedium> found_;
 };
 
 } // namespace audlmd::command

@@ -3,7 +3,7 @@
 #include "tools/audlmd/Progress.hpp"
 #include "tools/audlmd/Subcommands.hpp"
 #include "tools/audlmd/files/PictureFile.hpp"
-#include "tools/audlmd/mix/MediaFinder.hpp"
+#include "tools/audlmd/mix/MediaCheck.hpp"
 #include "tools/audlmd/mix/MixJob.hpp"
 #include "tools/audlmd/mix/MixOptions.hpp"
 #include "tools/audlmd/mix/MixReportText.hpp"
@@ -16,13 +16,14 @@
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
+#include <limits>
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
 #include <sys/resource.h>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 namespace audlmd::command {
 namespace {
@@ -46,9 +47,13 @@ public:
     void run() {
         findOutputs();
         readTimeline();
-        checkMedia();
+        lookAtMedia();
         if (options_.list)
             list();
+        else if (!target_)
+            tellNotes(report(), allNotes());
+        if (options_.strict)
+            requireAllHeard();
         MixReport mixed;
         if (target_)
             mixed = mix();
@@ -79,8 +84,10 @@ private:
     }
 
     void readTimeline() {
-        timeline_ = readTimelineFile(options_.timeline,
-                                     {.rate = options_.rate, .channels = options_.channels}, media_);
+        timeline_ = readTimelineFile(
+            options_.timeline,
+            {.rate = options_.rate, .channels = options_.channels, .timeline = options_.timelineName},
+            media_);
         requireOther(options_.timeline, "the timeline");
         if (target_)
             span_ = options_.spanOf(timeline_);
@@ -92,38 +99,64 @@ private:
             command::requireOther(output, input, what);
     }
 
-    /// Looks at every medium once, before anything is written.
-    void checkMedia() {
-        std::set<std::string> seen;
-        for (std::size_t track = 0; track < timeline_.tracks.size(); ++track)
-            for (std::size_t i = 0; i < timeline_.tracks[track].strips.size(); ++i)
-                if (const TimelineStrip& strip = timeline_.tracks[track].strips[i];
-                    isWanted(strip) && seen.insert(strip.media).second)
-                    checkMedium(strip.media, timeline::whereIs(timeline_, track, i).text());
+    /// Of the output: what is looked at.
+    OutputSpan part() const {
+        constexpr std::int64_t far = std::numeric_limits<std::int64_t>::max();
+        return target_ ? span_ : OutputSpan{-far, far};
     }
 
-    bool isWanted(const TimelineStrip& strip) const {
-        return !target_ || (strip.at < span_.to && strip.at + strip.length > span_.from);
+    /// Before anything is written.
+    void lookAtMedia() {
+        MediaCheck check = checkMedia(timeline_, part(), media_);
+        for (const std::filesystem::path& file : check.files)
+            requireOther(file, "a medium of the timeline");
+        timeline_.notes.insert(timeline_.notes.end(), check.choices.begin(), check.choices.end());
+        failures_ = std::move(check.failures);
     }
 
-    void checkMedium(const std::string& medium, const std::string& where) {
-        media_.requireNoVideo(medium, where);
-        if (const std::optional<std::filesystem::path> path = media_.find(medium))
-            requireOther(*path, "a medium of the timeline");
-        else if (!options_.strict)
-            timeline_.notes.push_back({where, "the medium '" + timeline::printable(medium) + "' is missing"});
-        if (options_.strict)
-            try {
-                media_.open(medium);
-            } catch (const std::exception& error) {
-                throw CommandError(where + ": " + error.what());
-            }
+    std::string shownFile(const std::string& medium) {
+        const FoundMedium& found = media_.find(medium);
+        const std::string path = found.path.empty() ? medium : found.path.string();
+        return found.facts ? path : "missing: " + path;
     }
 
-    void list() const {
-        const std::string shown =
-            options_.as == "json" ? timeline::writeJson(timeline_).dump(2) + "\n" : timeline::list(timeline_);
-        std::fputs(shown.c_str(), report());
+    /// With those on media that fail, of which only the report of a mix tells by itself.
+    std::vector<TimelineNote> allNotes() const {
+        std::vector<TimelineNote> notes = timeline_.notes;
+        notes.insert(notes.end(), failures_.begin(), failures_.end());
+        return notes;
+    }
+
+    void tellNotes(FILE* stream, const std::vector<TimelineNote>& notes) const {
+        for (const std::string& line : timeline::noteLines(notes, timeline_.sampleRate))
+            std::fprintf(stream, "%s\n", line.c_str());
+    }
+
+    void list() {
+        if (options_.as == "json") {
+            std::fprintf(report(), "%s\n", timeline::writeJson(timeline_).dump(2).c_str());
+            // Not in the JSON: who mixes that may have the media.
+            return tellNotes(stderr, failures_);
+        }
+        Timeline listed = timeline_;
+        listed.notes = allNotes();
+        const auto fileOf = [this](const std::string& medium) { return shownFile(medium); };
+        std::fputs(timeline::list(listed, fileOf).c_str(), report());
+    }
+
+    /// Throws CommandError, which names the places.
+    void requireAllHeard() const {
+        std::vector<TimelineNote> silences = silencesIn(timeline_, part());
+        silences.insert(silences.end(), failures_.begin(), failures_.end());
+        if (silences.empty())
+            return;
+        constexpr std::size_t most = 12;
+        std::string line = "with --strict nothing is written where sound would be missing";
+        for (std::size_t i = 0; i < std::min(silences.size(), most); ++i)
+            line += "; " + silences[i].where + ": " + silences[i].text;
+        if (silences.size() > most)
+            line += "; and " + std::to_string(silences.size() - most) + " more, see --list";
+        throw CommandError(timeline::printable(line, std::string::npos));
     }
 
     MixReport mix() {
@@ -140,7 +173,10 @@ private:
         }
         const double seconds = writeOutput(*mixer);
         MixReport mixed = mixer->report();
-        tell(mixed, {.span = span_, .seconds = seconds});
+        tell(mixed, {.span = span_,
+                     .seconds = seconds,
+                     .timeline = options_.timeline.string(),
+                     .output = options_.output.string()});
         return mixed;
     }
 
@@ -166,7 +202,7 @@ private:
         for (const StripReport& strip : report.strips)
             if (!strip.failure.empty())
                 throw CommandError(timeline::whereIs(timeline_, strip.track, strip.strip).text() + ": " +
-                                   strip.failure);
+                                   timeline::printable(strip.failure, std::string::npos));
     }
 
     void tell(const MixReport& told, const MixRun& run) const {
@@ -187,15 +223,21 @@ private:
 
     /// The mix is written by then. Who runs it must still learn that something is missing in it.
     void requireSound(const MixReport& mixed) const {
+        if (!target_)
+            return;
         const auto failed = std::ranges::count_if(
             mixed.strips, [](const StripReport& strip) { return !strip.failure.empty(); });
-        if (failed != 0)
-            throw CommandError(std::to_string(failed) + (failed == 1 ? " clip is" : " clips are") +
-                               " silent, see above; '" + target_->path.string() + "' is written");
+        const auto all = failed + std::ssize(silencesIn(timeline_, span_));
+        if (all != 0)
+            throw CommandError(std::to_string(all) + (all == 1 ? " clip is" : " clips are") +
+                               " silent, if only in part, see above; '" +
+                               timeline::printable(target_->path.string()) + "' is written");
     }
 
     const MixOptions& options_;
     MediaFinder media_;
+    /// Of the media that cannot be played.
+    std::vector<TimelineNote> failures_;
     std::optional<OutputTarget> target_;
     /// All files to write.
     std::vector<OutputPath> outputs_;

@@ -4,6 +4,7 @@
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/options/ParsedOption.hpp"
 
+#include <algorithm>
 #include <charconv>
 
 namespace audlmd::command {
@@ -13,11 +14,14 @@ constexpr std::int64_t mostSlices = 1'000'000;
 
 constexpr const char* mixHelp =
     R"(TIMELINES are OpenTimelineIO JSON (.otio), or the short JSON of our own that --list --as json writes.
---list shows what sounds when, and in notes what is not played as it was written.
+--list shows what sounds when. Notes, in the list and after every mix, say what is not played as it was
+written.
 
-MEDIA are found where the timeline says, else by file name below the folders of --media. A clip whose medium
-is missing is silent; the output is written, and the exit status is 1. With --strict nothing is written. Of a
-video file the sound must be extracted first: the error says how.
+MEDIA are found where the timeline says, else by file name below the folders of --media. Of a film container
+the sound must be extracted first, the note says how; that sound is then found by itself.
+
+SILENCE where the timeline means sound, such as a clip whose medium is missing, is told; the output is
+written, and the exit status is 1. With --strict nothing is written.
 
 TIMES of --from and --to are the output's: seconds (12.5 or 3s), milliseconds (250ms), samples (480000smp) or a
 timecode (1:02.5, 1:00:02.5). --slice 2/4 mixes the second of four equal parts of that; the parts, joined, are
@@ -77,6 +81,12 @@ void declarePart(CLI::App& mix, MixOptions& options) {
     addParsed(mix, "--to", options.to, &TimeValue::parse, "Where to end (default: the end)")
         ->option_text("TIME")
         ->group("Part");
+    mix.add_flag("--until-last-sound", options.untilLastSound,
+                 "End with the last sound (default: with the programme, pictures included)")
+        ->group("Part");
+    mix.add_option("--timeline", options.timelineName, "Which timeline of a file that holds several")
+        ->option_text("NAME")
+        ->group("Part");
     addParsed(mix, "--slice", options.slice, &parseSlice, "The K-th of N equal parts")
         ->option_text("K/N")
         ->group("Part");
@@ -117,7 +127,7 @@ void MixOptions::declare(CLI::App& mix) {
         ->check(CLI::ExistingDirectory)
         ->allow_extra_args(false)
         ->group("Media");
-    mix.add_flag("--strict", strict, "Write nothing where media are missing")->group("Media");
+    mix.add_flag("--strict", strict, "Write nothing where sound would be missing")->group("Media");
     declareReports(mix, *this);
     mix.footer(mixHelp);
 }
@@ -127,12 +137,15 @@ void MixOptions::requireCompatible() const {
         throw CommandError("name the file to write with -o, or use --list or --picture alone");
     if (output.empty() && !report.empty())
         throw CommandError("--report tells about a mix: name the file to write with -o");
+    if (to && untilLastSound)
+        throw CommandError("--to and --until-last-sound cannot stand together");
     if (as == "json" && !list)
         throw CommandError("--as json is for --list");
 }
 
 OutputSpan MixOptions::spanOf(const Timeline& timelineToMix) const {
-    const std::int64_t length = timelineToMix.length;
+    const std::int64_t length =
+        untilLastSound ? std::min(endOfSound(timelineToMix), timelineToMix.length) : timelineToMix.length;
     OutputSpan span{.from = from ? from->samples(timelineToMix.sampleRate) : 0,
                     .to = to ? to->samples(timelineToMix.sampleRate) : length};
     for (const std::int64_t time : {span.from, span.to})

@@ -42,13 +42,18 @@ struct MixOptions {
 
     /// Folders in which missing media are looked for.
     std::vector<std::filesystem::path> media;
-    /// Whether missing media end the command before anything is written.
+    /// Whether anything that would be silent though it should sound ends the command before anything is
+    /// written.
     bool strict = false;
 
     /// In the output.
     std::optional<TimeValue> from;
     std::optional<TimeValue> to;
     std::optional<Slice> slice;
+    /// Whether the output ends with the last sound, and not with the programme.
+    bool untilLastSound = false;
+    /// The timeline to mix of a file that holds several. Empty: the only one.
+    std::string timelineName;
 
     bool list = false;
     /// Of the list: text or json.

@@ -9,6 +9,8 @@
 #include <cmath>
 #include <iomanip>
 #include <sstream>
+#include <unordered_map>
+#include <utility>
 
 namespace audlmd::command {
 namespace {
@@ -39,13 +41,54 @@ std::string shortened(const std::vector<std::string>& lines) {
     return text;
 }
 
+/// Those by which something is silent come first, so that they are not among those left out.
+std::string notes(const Timeline& timeline) {
+    std::vector<TimelineNote> ordered = timeline.notes;
+    std::ranges::stable_partition(ordered, &TimelineNote::silences);
+    return shortened(timeline::noteLines(ordered, timeline.sampleRate));
+}
+
+/// One line for all strips with one reason, such as a medium that is not there.
+std::vector<std::string> silences(const MixReport& report, const Timeline& timeline) {
+    struct Silence {
+        std::string firstPlace;
+        std::size_t strips = 0;
+    };
+    std::unordered_map<std::string, std::size_t> numberOf;
+    std::vector<std::pair<const std::string*, Silence>> found;
+    for (const StripReport& strip : report.strips) {
+        if (strip.failure.empty())
+            continue;
+        const auto [known, isNew] = numberOf.try_emplace(strip.failure, found.size());
+        if (isNew) {
+            std::string place = nameOf(timeline, strip.track, strip.strip);
+            if (!strip.silent.empty())
+                place += ", first at " + clockAt(timeline, strip.silent.front().from);
+            found.emplace_back(&known->first, Silence{std::move(place), 0});
+        }
+        ++found[known->second].second.strips;
+    }
+    std::vector<std::string> lines;
+    for (const auto& [failure, silence] : found) {
+        const std::string count =
+            silence.strips == 1 ? "" : " (" + std::to_string(silence.strips) + " clips)";
+        lines.push_back("silent: " + silence.firstPlace + ": " +
+                        timeline::printable(*failure, std::string::npos) + count);
+    }
+    return lines;
+}
+
 std::string summary(const MixReport& report, const Timeline& timeline, const MixRun& run) {
     const double length = static_cast<double>(run.span.to - run.span.from) / timeline.sampleRate;
     std::ostringstream text;
     text << std::fixed << std::setprecision(3) << "mixed " << run.span.to - run.span.from << " samples on "
          << timeline.channels << (timeline.channels == 1 ? " channel (" : " channels (") << length
-         << " s) in " << run.seconds << " s: " << std::setprecision(1) << length / std::max(run.seconds, 1e-6)
+         << " s) of '" << timeline::printable(run.timeline) << "' into '" << timeline::printable(run.output)
+         << "' in " << run.seconds << " s: " << std::setprecision(1) << length / std::max(run.seconds, 1e-6)
          << " times real time\n";
+    if (const std::int64_t end = endOfSound(timeline); end < timeline.length && end <= run.span.to)
+        text << "the last sound ends at " << clockAt(timeline, end) << ", the programme at "
+             << clockAt(timeline, timeline.length) << "\n";
     if (report.slowest.seconds > 0.0)
         text << "slowest: " << nameOf(timeline, report.slowest.track, report.slowest.strip) << ", "
              << std::setprecision(3) << report.slowest.seconds << " s of the processor\n";
@@ -85,7 +128,6 @@ Json placeJson(const Timeline& timeline, std::size_t track, std::size_t strip) {
 } // namespace
 
 std::string reportText(const MixReport& report, const Timeline& timeline, const MixRun& run) {
-    std::vector<std::string> silent;
     std::vector<std::string> late;
     std::vector<std::string> loud;
     std::vector<std::string> clipped;
@@ -94,9 +136,7 @@ std::string reportText(const MixReport& report, const Timeline& timeline, const 
         place << nameOf(timeline, strip.track, strip.strip);
         if (!strip.silent.empty())
             place << ", first at " << clockAt(timeline, strip.silent.front().from);
-        if (!strip.failure.empty())
-            silent.push_back("silent: " + place.str() + ": " + strip.failure);
-        else if (strip.underrunSamples != 0)
+        if (strip.failure.empty() && strip.underrunSamples != 0)
             late.push_back("late: " + place.str() + ": " + std::to_string(strip.underrunSamples) +
                            " samples, " + std::to_string(strip.underrunEpisodes) + " times");
         if (strip.overload.samples != 0)
@@ -107,15 +147,20 @@ std::string reportText(const MixReport& report, const Timeline& timeline, const 
         if (report.channels[channel].samples != 0)
             clipped.push_back("clipped: channel " + std::to_string(channel + 1) + ": " +
                               overloadText(report.channels[channel], timeline.sampleRate));
-    return shortened(silent) + shortened(late) + shortened(loud) + shortened(clipped) +
-           summary(report, timeline, run);
+    return notes(timeline) + shortened(silences(report, timeline)) + shortened(late) + shortened(loud) +
+           shortened(clipped) + summary(report, timeline, run);
 }
 
 std::string reportJson(const MixReport& report, const Timeline& timeline, const MixRun& run) {
     Json json{{"timeline", timeline.name}, {"sampleRate", timeline.sampleRate},
               {"from", run.span.from},     {"to", run.span.to},
               {"seconds", run.seconds},    {"clips", Json::array()},
-              {"channels", Json::array()}};
+              {"channels", Json::array()}, {"notes", Json::array()}};
+    for (const TimelineNote& note : timeline.notes)
+        json["notes"].push_back({{"where", note.where},
+                                 {"text", note.text},
+                                 {"at", note.at ? Json(*note.at) : Json(nullptr)},
+                                 {"silences", note.silences}});
     for (const StripReport& strip : report.strips) {
         Json entry = placeJson(timeline, strip.track, strip.strip);
         entry["failure"] = strip.failure;

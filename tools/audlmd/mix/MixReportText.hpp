@@ -12,9 +12,13 @@ struct MixRun {
     OutputSpan span;
     /// Of wall-clock time.
     double seconds = 0.0;
+    /// The files, as the user has named them.
+    std::string timeline;
+    std::string output;
 };
 
-/// The report for a terminal: lines, of which each kind of problem takes a dozen at most.
+/// The report for a terminal, the timeline's notes included: lines, of which each kind of problem takes a
+/// dozen at most.
 std::string reportText(const MixReport& report, const Timeline& timeline, const MixRun& run);
 
 /// The whole report as JSON. Times are output samples of the timeline, levels are decibels over full scale.

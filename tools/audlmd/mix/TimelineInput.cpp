@@ -1,5 +1,7 @@
 #include "tools/audlmd/mix/TimelineInput.hpp"
 
+#include "standalone/cache/FilmContainer.hpp"
+#include "standalone/cache/SoundFile.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/options/Parsers.hpp"
 #include "tools/timeline/TimelineFiles.hpp"
@@ -7,6 +9,7 @@
 #include <cerrno>
 #include <fstream>
 #include <iterator>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -20,9 +23,35 @@ std::string readText(const std::filesystem::path& path) {
     // A folder opens, and fails only when it is read.
     if (!file.is_open() || file.bad() || std::filesystem::is_directory(path))
         throw CommandError(
-            "cannot read '" + path.string() +
+            "cannot read '" + timeline::printable(path.string()) +
             "': " + std::generic_category().message(std::filesystem::is_directory(path) ? EISDIR : errno));
     return text;
+}
+
+bool isSound(const std::filesystem::path& path) {
+    try {
+        const SoundFile file(path);
+        return true;
+    } catch (const SoundFileError&) {
+        return false;
+    }
+}
+
+/// Names the file, and what can be read in its place where the file is something else.
+[[noreturn]] void refuse(const std::filesystem::path& path, const std::string& text, const char* reason) {
+    const std::string name = "'" + timeline::printable(path.string()) + "'";
+    const std::size_t start = text.find_first_not_of(" \t\r\n");
+    const bool isJson = start != std::string::npos && (text[start] == '{' || text[start] == '[');
+    if (!isJson && isFilmContainer(path))
+        throw CommandError(name + " is a film container, not a timeline; " + filmContainerAdvice(path));
+    if (!isJson && isSound(path))
+        throw CommandError(name + " is a sound file, not a timeline; use audlmd render for it");
+    const bool isOurs =
+        text.find("\"OTIO_SCHEMA\"") != std::string::npos || text.find("\"audlmd\"") != std::string::npos;
+    throw CommandError(name + ": " + timeline::printable(reason, std::string::npos) +
+                       (isOurs ? ""
+                               : "; what can be read is OpenTimelineIO JSON (.otio), which otioconvert "
+                                 "makes of other timelines, and what mix --list --as json writes"));
 }
 
 /// Throws CommandError where an option asks for something else than the timeline says.
@@ -36,16 +65,28 @@ void requireSame(const char* option, std::optional<Number> asked, Number told) {
 } // namespace
 
 Timeline readTimelineFile(const std::filesystem::path& path, const AskedOutput& asked, MediaFinder& finder) {
+    const auto factsOf = [&finder](const std::string& media) {
+        const FoundMedium& medium = finder.find(media);
+        if (!medium.facts && !medium.path.empty())
+            throw CommandError(medium.failure);
+        return medium.facts;
+    };
     const timeline::ReadOptions how{
         .sampleRate = asked.rate.value_or(48000),
         .channels = asked.channels.value_or(2),
         .folder = std::filesystem::absolute(path).parent_path(),
-        .media = [&finder](const std::string& media) { return finder.factsOf(media); },
+        .timeline = asked.timeline,
+        .media = factsOf,
         .band = [](std::string_view text) { return parseBand(text, "equaliser"); }};
-    Timeline read = timeline::readTimeline(readText(path), how);
-    requireSame("--rate", asked.rate, read.sampleRate);
-    requireSame("--channels", asked.channels, read.channels);
-    return read;
+    const std::string text = readText(path);
+    try {
+        Timeline read = timeline::readTimeline(text, how);
+        requireSame("--rate", asked.rate, read.sampleRate);
+        requireSame("--channels", asked.channels, read.channels);
+        return read;
+    } catch (const std::runtime_error& error) {
+        refuse(path, text, error.what());
+    }
 }
 
 } // namespace audlmd::command

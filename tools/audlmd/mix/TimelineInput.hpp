@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <filesystem>
 #include <optional>
+#include <string>
 
 namespace audlmd::command {
 
@@ -13,11 +14,13 @@ namespace audlmd::command {
 struct AskedOutput {
     std::optional<int> rate;
     std::optional<std::size_t> channels;
+    /// See timeline::ReadOptions.
+    std::string timeline = {};
 };
 
-/// Reads a timeline's file; asks the finder about media whose length the timeline does not name. Throws
-/// CommandError for a file that cannot be read, and where the command line asks for something else than the
-/// timeline says; TimelineError.
+/// Reads a timeline's file; asks the finder about its media. Throws CommandError for a file that cannot be
+/// read or is no timeline, and where the command line asks for something else than the timeline says. The
+/// text names the file.
 Timeline readTimelineFile(const std::filesystem::path& path, const AskedOutput& asked, MediaFinder& finder);
 
 } // namespace audlmd::command

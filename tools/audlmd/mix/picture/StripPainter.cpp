@@ -86,9 +86,13 @@ void paintTexts(const Pen& pen, const StripSketch& strip, const Rectangle& box) 
     const double middle = head.top + head.height / 2.0;
     const bool small = head.height < 12.0;
     pen.font(small ? smallNameSize : nameSize);
-    pen.colour(strip.failure.empty() ? Palette::text : PictureColours::trouble);
-    const std::string name =
-        pen.fitted(strip.failure.empty() ? strip.name : strip.failure + ": " + strip.name, room);
+    pen.colour(!strip.failure.empty() ? PictureColours::trouble
+               : strip.isSilent       ? Palette::frame
+                                      : Palette::text);
+    const std::string reason = strip.isSilent          ? "silent: "
+                               : strip.failure.empty() ? ""
+                                                       : strip.failure + ": ";
+    const std::string name = pen.fitted(reason + strip.name, room);
     pen.write(name, box.left + margin, middle, {0.0, 0.5});
     const double noteLeft = box.left + margin + pen.widthOf(name) + 8.0;
     pen.font(small ? smallNameSize : nameSize - 1.0);
@@ -111,7 +115,7 @@ void paintStrip(const Pen& pen, const TimelineLayout& layout, const StripSketch&
     const Rectangle body = bodyOf(box);
     pen.colour(PictureColours::wave, 0.15);
     pen.fill(box);
-    if (strip.failure.empty())
+    if (strip.failure.empty() && !strip.isSilent)
         paintWave(pen, layout, strip, body);
     if (box.width >= narrowestWithLines)
         paintLines(pen, layout, strip, body);
@@ -123,7 +127,9 @@ void paintStrip(const Pen& pen, const TimelineLayout& layout, const StripSketch&
     pen.colour(PictureColours::trouble);
     for (const OutputSpan& span : strip.overloads)
         pen.fill(layout.part({body.left, body.top, body.width, 3.0}, span));
-    pen.colour(strip.failure.empty() ? Palette::blue : PictureColours::trouble);
+    pen.colour(!strip.failure.empty() ? PictureColours::trouble
+               : strip.isSilent       ? Palette::frame
+                                      : Palette::blue);
     if (box.width >= narrowestWithFrame)
         pen.outline(box, 0.6);
     if (box.width >= narrowestWithText)

@@ -132,7 +132,7 @@ void readPeaks(TimelineSketch& sketch, const OpenMedia& openMedia,
     double all = 0.0;
     for (TrackSketch& track : sketch.tracks)
         for (StripSketch& strip : track.strips) {
-            if (!strip.failure.empty())
+            if (strip.isSilent || !strip.failure.empty())
                 continue;
             stripsOfMedia[strip.media].push_back(&strip);
             all += 1.0;

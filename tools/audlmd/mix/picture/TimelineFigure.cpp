@@ -2,6 +2,7 @@
 
 #include "tools/audlmd/mix/picture/StripPeaks.hpp"
 #include "tools/audlmd/mix/picture/TimelinePainter.hpp"
+#include "tools/timeline/TimelineError.hpp"
 
 #include <memory>
 #include <string>
@@ -40,14 +41,14 @@ std::string subtitleOf(const Timeline& timeline) {
 
 } // namespace
 
-Figure drawTimeline(const Timeline& timeline, const MixReport& report, const OpenMedia& openMedia,
+Figure drawTimeline(const Timeline& shown, const MixReport& report, const OpenMedia& openMedia,
                     const std::function<void(double share)>& progress) {
     const auto sketch = std::make_shared<TimelineSketch>(
-        sketchTimeline(timeline, report, static_cast<std::size_t>(finePixels * lanesWidth)));
+        sketchTimeline(shown, report, static_cast<std::size_t>(finePixels * lanesWidth)));
     readPeaks(*sketch, openMedia, progress);
     Figure figure;
-    figure.title = timeline.name.empty() ? "Timeline" : timeline.name;
-    figure.subtitle = subtitleOf(timeline);
+    figure.title = shown.name.empty() ? "Timeline" : timeline::printable(shown.name);
+    figure.subtitle = subtitleOf(shown);
     figure.chartWidth = pictureWidth;
     figure.chartHeight = TimelineLayout(*sketch, 0.0).height();
     figure.pixelsPerPoint = sketch->tracks.size() <= mostLanesInFinePixels ? finePixels : 1.0;

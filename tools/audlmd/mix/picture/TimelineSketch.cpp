@@ -2,6 +2,7 @@
 
 #include "standalone/signal/GainLaws.hpp"
 #include "standalone/signal/StripPlan.hpp"
+#include "tools/timeline/TimelineError.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -21,11 +22,14 @@ std::string formatted(const char* format, double value) {
 
 /// A file's name says more than no name.
 std::string nameOf(const TimelineStrip& strip) {
-    return strip.name.empty() ? strip.media.substr(strip.media.find_last_of('/') + 1) : strip.name;
+    return timeline::printable(strip.name.empty() ? strip.media.substr(strip.media.find_last_of('/') + 1)
+                                                  : strip.name);
 }
 
 std::string noteOf(const TimelineStrip& strip) {
     std::string note;
+    if (!strip.silence.empty())
+        return timeline::printable(strip.silence);
     const auto add = [&note](const std::string& words) { note += (note.empty() ? "" : ", ") + words; };
     if (strip.settings.reverse)
         add("reverse");
@@ -122,17 +126,19 @@ std::optional<StripSketch> sketchStrip(const TimelineStrip& strip, const Timelin
     sketch.reverse = asked.reverse;
     sketch.speed = asked.speed;
     sketch.rangeAt = strip.at - strip.skip;
+    sketch.isSilent = !strip.silence.empty();
     std::optional<StripPlan> plan;
-    try {
-        StripSettings settings = asked;
-        settings.sampleRate = picture.sampleRate;
-        plan.emplace(std::move(settings));
-        sketch.speed = plan->speedInForce;
-        const std::int64_t soundEnd = sketch.rangeAt + static_cast<std::int64_t>(plan->outputLength);
-        sketch.sounds.to = std::min(sketch.sounds.to, soundEnd);
-    } catch (const std::invalid_argument&) {
-        sketch.failure = "not playable";
-    }
+    if (!sketch.isSilent)
+        try {
+            StripSettings settings = asked;
+            settings.sampleRate = picture.sampleRate;
+            plan.emplace(std::move(settings));
+            sketch.speed = plan->speedInForce;
+            const std::int64_t soundEnd = sketch.rangeAt + static_cast<std::int64_t>(plan->outputLength);
+            sketch.sounds.to = std::min(sketch.sounds.to, soundEnd);
+        } catch (const std::invalid_argument&) {
+            sketch.failure = "not playable";
+        }
     sketch.sounds.from = std::max<std::int64_t>(sketch.sounds.from, 0);
     sketch.sounds.to = std::min(sketch.sounds.to, picture.columns.length);
     if (sketch.sounds.from >= sketch.sounds.to)
@@ -195,17 +201,18 @@ MaterialSpan StripSketch::materialIn(std::size_t column) const {
     return reverse ? MaterialSpan{end - to, end - from} : MaterialSpan{begin + from, begin + to};
 }
 
-TimelineSketch sketchTimeline(const Timeline& timeline, const MixReport& report, std::size_t columns) {
+TimelineSketch sketchTimeline(const Timeline& shown, const MixReport& report, std::size_t columns) {
     TimelineSketch sketch;
-    sketch.columns = {std::max<std::int64_t>(timeline.length, 1), columns};
-    sketch.sampleRate = timeline.sampleRate;
-    sketch.markers = timeline.markers;
+    sketch.columns = {std::max<std::int64_t>(shown.length, 1), columns};
+    sketch.sampleRate = shown.sampleRate;
+    for (const TimelineMarker& marker : shown.markers)
+        sketch.markers.push_back({timeline::printable(marker.name), marker.at});
     sketch.output = report.channels;
-    const std::size_t lanes = std::min(timeline.tracks.size(), mostLanes);
-    sketch.tracksLeftOut = timeline.tracks.size() - lanes;
+    const std::size_t lanes = std::min(shown.tracks.size(), mostLanes);
+    sketch.tracksLeftOut = shown.tracks.size() - lanes;
     for (std::size_t track = 0; track < lanes; ++track) {
-        const auto& strips = timeline.tracks[track].strips;
-        TrackSketch lane{timeline.tracks[track].name, {}};
+        const auto& strips = shown.tracks[track].strips;
+        TrackSketch lane{timeline::printable(shown.tracks[track].name), {}};
         for (std::size_t strip = 0; strip < strips.size(); ++strip) {
             std::optional<StripSketch> sketched = sketchStrip(strips[strip], sketch);
             if (!sketched)

@@ -51,6 +51,8 @@ struct StripSketch {
     std::string note;
     /// Why there is no waveform, in a word or two. Empty: nothing failed.
     std::string failure;
+    /// Whether the timeline has a reason for silence, which is the note. There is no waveform then.
+    bool isSilent = false;
 
     /// Where the strip sounds, inside the picture.
     OutputSpan sounds;
