@@ -157,7 +157,7 @@ FrameDecoder::File FrameDecoder::open(SF_INFO& info) const {
         throw failure(path_, isFilmContainer(path_) ? "a film container; " + filmContainerAdvice(path_)
                                                     : sf_strerror(nullptr));
     // libsndfile goes on after a part of the header that could not be read, and takes the part for zeros.
-    if (sf_error(file.get()) != SF_ERR_NO_ERROR)
+    if (sf_error(file.get()) == SF_ERR_SYSTEM)
         throw failure(path_, sf_strerror(file.get()));
     return file;
 }

@@ -33,18 +33,14 @@ void ExistingMix::openHeaderless(std::optional<FormatId> wanted) {
     info.channels = layout_.channels;
     info.samplerate = layout_.sampleRate;
     info.format = rawFileKind().type | *subtypeIn(rawFileKind(), layout_.format);
-    file_.reset(sf_open(path_.c_str(), SFM_READ, &info));
-    if (file_ == nullptr)
-        fail(sf_strerror(nullptr));
+    open(info);
 }
 
 void ExistingMix::openWithHeader(std::optional<FormatId> wanted) {
     // Opened here only to throw: the messages of SoundFile say more than libsndfile's.
     static_cast<void>(SoundFile(path_));
     SF_INFO info{};
-    file_.reset(sf_open(path_.c_str(), SFM_READ, &info));
-    if (file_ == nullptr)
-        fail(sf_strerror(nullptr));
+    open(info);
     const std::optional<FormatId> found = formatOf(info.format);
     if (!found)
         fail("its samples are in none of the formats that the library sums; convert it to 16, 24 or 32 bits "
@@ -57,6 +53,13 @@ void ExistingMix::openWithHeader(std::optional<FormatId> wanted) {
     requireSame("rate", info.samplerate, layout_.sampleRate, "Hz");
     requireSame("channel count", info.channels, layout_.channels, "channels");
     requireSame("length", info.frames, layout_.frames, "frames");
+}
+
+void ExistingMix::open(SF_INFO& info) {
+    file_.reset(sf_open(path_.c_str(), SFM_READ, &info));
+    // Also where a part of the header could not be read, which libsndfile takes for zeros.
+    if (file_ == nullptr || sf_error(file_.get()) == SF_ERR_SYSTEM)
+        fail(sf_strerror(file_.get()));
 }
 
 /// libsndfile hands 16 and 32 bits and floats over unchanged, and 8 and 24 bits in the high bits of an int.

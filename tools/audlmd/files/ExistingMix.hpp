@@ -30,6 +30,7 @@ public:
 private:
     void openHeaderless(std::optional<FormatId> wanted);
     void openWithHeader(std::optional<FormatId> wanted);
+    void open(SF_INFO& info);
     /// Fails unless two numbers are equal. The words name the number and its unit in the message.
     void requireSame(const char* what, std::int64_t here, std::int64_t rendered, const char* unit) const;
     [[noreturn]] void fail(const std::string& why) const;
