@@ -1,31 +1,11 @@
+#include "tests/standalone/cache/NoMemory.hpp"
 #include "tests/standalone/cache/TestMaterial.hpp"
 
-#include <cstdlib>
 #include <future>
 #include <map>
-#include <new>
 #include <optional>
 #include <random>
 #include <thread>
-#include <utility>
-
-namespace {
-
-/// Whether the next allocation fails.
-thread_local bool noMemory = false;
-
-} // namespace
-
-void* operator new(std::size_t size) {
-    void* const storage = std::exchange(noMemory, false) ? nullptr : std::malloc(size == 0 ? 1 : size);
-    return storage != nullptr ? storage : throw std::bad_alloc();
-}
-void operator delete(void* storage) noexcept {
-    std::free(storage);
-}
-void operator delete(void* storage, std::size_t) noexcept {
-    std::free(storage);
-}
 
 namespace audlmd::test {
 namespace {
@@ -39,7 +19,7 @@ public:
     std::int64_t length() const override { return 1; }
     void read(std::int64_t, std::span<float>) override {
         const std::runtime_error failure("a text that is too long for a string without memory of its own");
-        noMemory = true;
+        failNextAllocation();
         throw failure;
     }
 };
