@@ -3,6 +3,7 @@
 #include "standalone/cache/Material.hpp"
 
 #include <algorithm>
+#include <iterator>
 
 namespace audlmd {
 namespace {
@@ -17,6 +18,7 @@ bool isHeld(const CachedSegment& segment) {
 SegmentLists::SegmentLists(std::size_t memoryBudget, unsigned int loaderThreads)
     : memoryBudget_(memoryBudget) {
     busyResources_.reserve(loaderThreads);
+    blockedBy_.reserve(loaderThreads);
 }
 
 void SegmentLists::add(CachedSegment::Stage stage, List& node) noexcept {
@@ -38,25 +40,47 @@ void SegmentLists::want(CachedSegment::Stage stage, CachedSegment& segment) noex
     }
 }
 
-CachedSegment* SegmentLists::nextRequest() const {
-    CachedSegment* latest = nullptr;
-    for (CachedSegment* const segment : lists_[CachedSegment::eUrgent])
-        if (canLoad(*segment)) {
-            if (isHeld(*segment))
-                return segment;
-            latest = segment;
-        }
+CachedSegment* SegmentLists::nextRequest() {
+    List& urgent = lists_[CachedSegment::eUrgent];
+    for (auto next = urgent.begin(); next != urgent.end();) {
+        CachedSegment& segment = **next++;
+        if (!isHeld(segment))
+            demote(segment);
+        else if (canLoad(segment))
+            return &segment;
+    }
+    const bool isBlocked =
+        std::ranges::all_of(blockedBy_, [this](const void* resource) { return isBusy(resource); });
     const List& ahead = lists_[CachedSegment::eAhead];
-    const auto found =
-        std::find_if(ahead.rbegin(), ahead.rend(), [this](const auto* segment) { return canLoad(*segment); });
-    if (found == ahead.rend())
-        return latest;
-    return latest != nullptr && latest->requestNumber > (*found)->requestNumber ? latest : *found;
+    for (auto latest = ahead.rbegin(); latest != ahead.rend(); ++latest) {
+        if (isBlocked && (*latest)->requestNumber <= blockedUpTo_)
+            break;
+        if (canLoad(**latest))
+            return *latest;
+    }
+    // All that wait now are for busy resources: the earlier ones for those of before, the later ones seen to
+    // be.
+    blockedBy_ = busyResources_;
+    blockedUpTo_ = requests_;
+    return nullptr;
+}
+
+bool SegmentLists::isBusy(const void* resource) const {
+    return std::ranges::find(busyResources_, resource) != busyResources_.end();
 }
 
 bool SegmentLists::canLoad(const CachedSegment& segment) const {
     const void* const resource = segment.material->source->exclusiveResource();
-    return resource == nullptr || std::ranges::find(busyResources_, resource) == busyResources_.end();
+    return resource == nullptr || !isBusy(resource);
+}
+
+void SegmentLists::demote(CachedSegment& segment) noexcept {
+    List& ahead = lists_[CachedSegment::eAhead];
+    auto behind = ahead.end();
+    while (behind != ahead.begin() && (*std::prev(behind))->requestNumber > segment.requestNumber)
+        --behind;
+    ahead.splice(behind, lists_[CachedSegment::eUrgent], segment.place);
+    segment.stage = CachedSegment::eAhead;
 }
 
 bool SegmentLists::startLoading(CachedSegment& segment, List& taken) {

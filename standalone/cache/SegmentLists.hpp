@@ -31,8 +31,9 @@ public:
 
     /// The segment to be loaded first: the oldest request of a reader that stands on its segment; else the
     /// latest of all requests, because readers that have jumped no longer need what they wanted before. Null
-    /// if none is requested whose resource is free.
-    CachedSegment* nextRequest() const;
+    /// if none is requested whose resource is free. Thousands of requests may wait: each is looked at a few
+    /// times in all, not in every call.
+    CachedSegment* nextRequest();
 
     /// Makes room for a requested segment and marks it as loading. Where the budget has no room, a segment
     /// that is urgent is loaded all the same; one that is only wanted ahead is taken, and the result is
@@ -49,7 +50,11 @@ public:
     const MaterialCacheUsage& usage() const { return usage_; }
 
 private:
+    bool isBusy(const void* resource) const;
     bool canLoad(const CachedSegment& segment) const;
+    /// Lists an urgent segment that no reader stands on any more by its number among those that are wanted
+    /// ahead.
+    void demote(CachedSegment& segment) noexcept;
     void moveTo(CachedSegment::Stage stage, CachedSegment& segment) noexcept;
     /// Takes segments that no reader holds, the least recently used first, until `bytes` fit the budget.
     /// Returns whether they do.
@@ -57,9 +62,13 @@ private:
 
     const std::size_t memoryBudget_;
     std::uint64_t requests_ = 0;
+    /// Those of eUrgent and eAhead are in the order of the request numbers.
     std::array<List, CachedSegment::stageCount> lists_;
     /// One for each segment that is loading, null where the source needs none.
     std::vector<const void*> busyResources_;
+    /// As long as these resources are busy, no request up to this number can be loaded.
+    std::vector<const void*> blockedBy_;
+    std::uint64_t blockedUpTo_ = 0;
     MaterialCacheUsage usage_;
 };
 

@@ -16,7 +16,8 @@ namespace audlmd {
 /// quality while the cache loads it. Use it for material whose rate differs from the output's.
 ///
 /// Output sample n stands for the input time n x inRate / outRate exactly, with a linear phase and no delay.
-/// Levels keep to 0.01 dB up to 91 % of half the lower rate; above half the lower rate nothing is left.
+/// Levels keep to 0.01 dB up to 91 % of half the lower rate, and tones to -100 dB of themselves up to 52 to
+/// 91 %, depending on the ratio (docs/sound.md); above half the lower rate nothing is left.
 ///
 /// The output is cut into fixed blocks. Each block starts where a sample of the input and a sample of the
 /// output fall on the same time, and is converted afresh from the input samples that its filters reach. So

@@ -64,13 +64,11 @@ public:
     std::uint64_t popped() const { return read_.load(std::memory_order_acquire); }
 
 private:
-    /// The two numbers that cross threads lie on different cache lines. `written_` shares its line with
-    /// `filled_`, which the writer changes shortly before, and with the vector, which never changes: the
-    /// reader has to fetch that line anyway.
+    // Three cache lines: what nobody writes, what the writer writes and what the reader writes.
+    alignas(64) std::vector<LiveBlock> blocks_;
     alignas(64) std::atomic<std::uint64_t> written_{0};
     /// The writer's own.
     std::uint64_t filled_ = 0;
-    std::vector<LiveBlock> blocks_;
     alignas(64) std::atomic<std::uint64_t> read_{0};
 };
 

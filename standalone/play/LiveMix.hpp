@@ -74,6 +74,7 @@ private:
     const Timeline timeline_;
     const OpenMedia open_;
     const MixerOptions options_;
+    // This object's own thread touches nothing from here to the mutex, so nothing guards these.
     MixNotes notes_;
     /// The one that plays.
     const Mixer* playing_ = nullptr;

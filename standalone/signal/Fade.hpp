@@ -42,9 +42,9 @@ struct FadePlan {
 ///
 /// The u-value of a sample depends on the sample alone, so that the bytes do not depend on where a render
 /// call starts. U-values lie on a grid of 2^-24, on which the renderer's single-precision steps are exact.
-/// The u-value follows the straight line in pieces that differ from the line by less than 2e-5. A single step
-/// for the whole fade would not do: the sum near u = 1.0 is rounded, and a fade of a minute would end 3 %
-/// off.
+/// The u-value follows the straight line in pieces that differ from the line by at most 2^-16 (1.5e-5), and
+/// the gain of a constant-power fade differs from the sine by at most 2^-14.6 (4e-5). A single step for the
+/// whole fade would not do: the sum near u = 1.0 is rounded, and a fade of a minute would end 3 % off.
 ///
 /// A sample below is counted from the start of the range, in the order of delivery.
 class FadeEnvelope {

@@ -104,6 +104,8 @@ TEST(RateConvertedSource, KeepsTimeLevelAndPurityOfTones) {
             // A millionth of a sample of the lower rate too late would give -122 dB, and 0.01 dB -59 dB.
             EXPECT_LT(errorOfTone(inRate, outRate, lower / 8.0, 1.0), -140.0);
             EXPECT_LT(errorOfTone(inRate, outRate, lower * 0.45, 1.0), -60.0);
+            // Where the pass band ends first: 52 % of half the lower rate.
+            EXPECT_LT(errorOfTone(inRate, outRate, lower * 0.26, 1.0), -100.0);
             // Nothing is left of a tone just above the output's range.
             if (inRate > 1.03 * outRate) {
                 EXPECT_LT(errorOfTone(inRate, outRate, outRate * 0.51, 0.0), -150.0);

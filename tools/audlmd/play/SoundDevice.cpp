@@ -17,12 +17,13 @@ namespace audlmd::command {
 namespace {
 
 /// The sound libraries below PortAudio write a page about devices that are not there. Standard error is
-/// closed to them while they look for devices, so that the user sees our line alone.
+/// closed to them while they look for devices, so that the user sees our line alone. That holds for the whole
+/// process; no thread of ours writes errors meanwhile. Where a call fails, standard error stays as it is.
 class QuietLibraries {
 public:
     QuietLibraries() : errors_(fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0)) {
         std::fflush(stderr);
-        const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+        const int nowhere = errors_ == -1 ? -1 : open("/dev/null", O_WRONLY | O_CLOEXEC);
         dup2(nowhere, STDERR_FILENO);
         close(nowhere);
     }
