@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <tuple>
+#include <utility>
 
 /// The library's fourteen output types, by their numbers in the order of registration.
 namespace audlmd::model {
@@ -32,6 +33,15 @@ using OutputTypes = std::tuple<F32*, S16*, S24*, S8*, U8*, S24In32*, S32*, Summi
                                Summing<S24>, Summing<S8>, Summing<U8>, Summing<S24In32>, Summing<S32>>;
 inline constexpr std::size_t outputTypeCount = 14;
 static_assert(std::tuple_size_v<OutputTypes> == outputTypeCount);
+
+/// Calls `use.template operator()<Out>(number)` for every output type.
+template <class Use>
+void forEachOutputType(Use use) {
+    [&use]<std::size_t... Number>(std::index_sequence<Number...>) {
+        (use.template operator()<std::tuple_element_t<Number, OutputTypes>>(Number), ...);
+    }
+    (std::make_index_sequence<outputTypeCount>());
+}
 
 inline constexpr const char* outputTypeNames[outputTypeCount] = {
     "F32",    "S16",    "S24",    "S8",    "U8",    "S24In32",    "S32",

@@ -45,13 +45,13 @@ TEST(CallWatch, CountsWhatItsThreadAsksFor) {
         {"a lock", [&] { const std::lock_guard lock(mutex); }, {.locks = 1}},
         {"a system call", [] { getppid(); }, {.system = 1}},
     };
-    for (const auto& [name, ask, expected] : cases) {
+    for (const auto& row : cases) {
         Calls calls;
         std::thread([&] {
             const CallWatch watch(calls);
-            ask();
+            row.ask();
         }).join();
-        EXPECT_EQ(calls, expected) << name;
+        EXPECT_EQ(calls, row.calls) << row.name;
     }
 }
 

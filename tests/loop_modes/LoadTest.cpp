@@ -17,39 +17,35 @@
 namespace audlmd::test {
 namespace {
 
+using model::forEachOutputType;
 using model::outputTypeCount;
-using model::OutputTypes;
 
 using Slots = std::vector<const void*>;
 
 template <class Out>
-Slots slotsOf() {
-    const auto& table = Aud::LoopModesDespatcherInstance<Out>::get();
-    Slots slots;
-    for (unsigned long code = 0; code < table.size(); ++code)
-        slots.push_back(reinterpret_cast<const void*>(table.find(code)));
-    return slots;
+auto& table() {
+    return Aud::LoopModesDespatcherInstance<Out>::get();
 }
 
-template <class Out>
-void occupySlot(unsigned int code) {
-    using Types = Aud::Render::LoopModesDespatch::Types<Out>;
-    Aud::LoopModesDespatcherInstance<Out>::get().registerFunction(
-        code,
-        typename Types::ProcessSamples([](Aud::Render::IteratorCreationParams&, Out&, unsigned int) {}));
-}
-
-template <std::size_t... Number>
-std::array<Slots, outputTypeCount> allSlots(std::index_sequence<Number...>) {
-    return {slotsOf<std::tuple_element_t<Number, OutputTypes>>()...};
-}
 std::array<Slots, outputTypeCount> allSlots() {
-    return allSlots(std::make_index_sequence<outputTypeCount>());
+    std::array<Slots, outputTypeCount> all;
+    forEachOutputType([&]<class Out>(std::size_t number) {
+        for (unsigned long code = 0; code < table<Out>().size(); ++code)
+            all[number].push_back(reinterpret_cast<const void*>(table<Out>().find(code)));
+    });
+    return all;
 }
 
-template <std::size_t... Number>
-void occupySlot(std::size_t outputType, unsigned int code, std::index_sequence<Number...>) {
-    ((Number == outputType ? occupySlot<std::tuple_element_t<Number, OutputTypes>>(code) : void()), ...);
+void emptyTables() {
+    forEachOutputType([]<class Out>(std::size_t) { table<Out>() = {}; });
+}
+
+void occupySlot(std::size_t outputType, unsigned int code) {
+    forEachOutputType([&]<class Out>(std::size_t number) {
+        if (number == outputType)
+            table<Out>().registerFunction(code,
+                                          [](Aud::Render::IteratorCreationParams&, Out&, unsigned int) {});
+    });
 }
 
 /// Whether exactly the first `count` codes of the order are registered in all tables.
@@ -65,16 +61,11 @@ bool holdExactly(const std::array<Slots, outputTypeCount>& tables, std::size_t c
     });
 }
 
-template <std::size_t... Number>
-void emptyTables(std::index_sequence<Number...>) {
-    ((Aud::LoopModesDespatcherInstance<std::tuple_element_t<Number, OutputTypes>>::get() = {}), ...);
-}
-
 /// The library, loaded into a host that has seen nothing yet.
 class Load : public testing::Test {
 protected:
     void load() {
-        emptyTables(std::make_index_sequence<outputTypeCount>());
+        emptyTables();
         LoadLog::get().settingsRead.clear();
         library_ = dlopen(AUDLMD_LIBRARY, RTLD_NOW | RTLD_LOCAL);
         ASSERT_NE(library_, nullptr) << dlerror();
@@ -164,9 +155,9 @@ INSTANTIATE_TEST_SUITE_P(Settings, SpeedLimit,
 /// Occupies one slot, loads, and reports how far registration came: as the exit status of this process,
 /// because a failed load leaves the loader in no state to go on.
 [[noreturn]] void loadWithOccupiedSlot(std::size_t place, std::size_t outputType) {
-    emptyTables(std::make_index_sequence<outputTypeCount>());
+    emptyTables();
     const auto& order = model::registrationOrder();
-    occupySlot(outputType, order[place], std::make_index_sequence<outputTypeCount>());
+    occupySlot(outputType, order[place]);
     const auto* const occupied = allSlots()[outputType][order[place]];
     // Through a pointer, because dlopen is declared as if it could not throw.
     void* (*const volatile open)(const char*, int) = &dlopen;

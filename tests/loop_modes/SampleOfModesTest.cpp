@@ -14,7 +14,6 @@ namespace audlmd::test {
 namespace {
 
 using model::outputTypeCount;
-using model::OutputTypes;
 
 constexpr std::size_t stride = 25;
 constexpr std::size_t modeCount = (Aud::Render::validModeCount + stride - 1) / stride;
@@ -23,18 +22,16 @@ constexpr unsigned long codeAt(std::size_t place) {
     return Aud::Render::registrationOrder[place * stride];
 }
 
-template <unsigned long Code, std::size_t... OutputType>
-void registerMode(std::index_sequence<OutputType...>) {
-    using Mode = Loki::Int2Type<static_cast<int>(Code)>;
-    (Aud::LoopModesDespatcherInstance<std::tuple_element_t<OutputType, OutputTypes>>::get().registerFunction(
-         Code, &Aud::Render::LoopModesDespatch::TypedFunctor<
-                   std::tuple_element_t<OutputType, OutputTypes>>::template Functor<Mode>::ProcessSamples),
-     ...);
-}
-
 template <std::size_t... Place>
 std::vector<unsigned int> registerModes(std::index_sequence<Place...>) {
-    (registerMode<codeAt(Place)>(std::make_index_sequence<outputTypeCount>()), ...);
+    model::forEachOutputType([]<class Out>(std::size_t) {
+        using Functions = Aud::Render::LoopModesDespatch::TypedFunctor<Out>;
+        auto& table = Aud::LoopModesDespatcherInstance<Out>::get();
+        (table.registerFunction(
+             codeAt(Place),
+             &Functions::template Functor<Loki::Int2Type<static_cast<int>(codeAt(Place))>>::ProcessSamples),
+         ...);
+    });
     return {static_cast<unsigned int>(codeAt(Place))...};
 }
 

@@ -1,3 +1,5 @@
+#include "standalone/play/LivePlayer.hpp"
+
 #include "tests/interposers/CallWatch.hpp"
 #include "tests/standalone/play/LiveDeck.hpp"
 

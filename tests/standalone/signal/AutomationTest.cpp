@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstdint>
 #include <limits>
 #include <vector>
@@ -40,28 +39,13 @@ std::vector<float> walk(const Automation& automation, std::int64_t from, std::in
     return levels;
 }
 
-/// Straight lines, the last of coinciding nodes counting at their position.
-double interpolated(const std::vector<LevelNode>& nodes, std::int64_t position) {
-    if (position < nodes.front().position)
-        return static_cast<double>(nodes.front().uValue);
-    std::size_t before = 0;
-    while (before + 1 < nodes.size() && nodes[before + 1].position <= position)
-        ++before;
-    const LevelNode& left = nodes[before];
-    if (before + 1 == nodes.size())
-        return static_cast<double>(left.uValue);
-    const LevelNode& right = nodes[before + 1];
-    return std::lerp(static_cast<double>(left.uValue), static_cast<double>(right.uValue),
-                     static_cast<double>(position - left.position) /
-                         static_cast<double>(right.position - left.position));
-}
-
-/// Slopes up and down, jumps at both ends and inside, a level stretch, a flat end.
+/// Slopes up and down, jumps at both ends and inside, a level stretch, a flat end. That the lines between
+/// the nodes are straight is compared with the model, which plays random timelines with automation.
 const std::vector<LevelNode> nodes{{-20, 0.25F}, {-20, 0.5F},  {37, 1.0F},  {37, 0.3F},
                                    {137, 0.3F},  {138, 1.5F},  {900, 0.0F}, {5000, 1.2F},
                                    {5001, 1.1F}, {5200, 1.1F}, {5300, 1.1F}};
 
-TEST(Automation, IsLinearInUValueWhicheverWayItIsWalked) {
+TEST(Automation, IsTheSameWhicheverWayItIsWalked) {
     const Automation automation(nodes);
     constexpr std::int64_t first = -100;
     constexpr std::int64_t count = 5600;
@@ -69,11 +53,8 @@ TEST(Automation, IsLinearInUValueWhicheverWayItIsWalked) {
     auto backwards = walk(automation, first + count - 1, count, DynamicLevelDirection::reverse);
     std::reverse(backwards.begin(), backwards.end());
     EXPECT_EQ(forwards, backwards);
-    for (std::int64_t i = 0; i < count; ++i) {
-        const float level = forwards[static_cast<std::size_t>(i)];
-        ASSERT_NEAR(level, interpolated(nodes, first + i), 2.1e-6) << first + i;
-        ASSERT_EQ(level, automation.uValueAt(first + i)) << first + i;
-    }
+    for (std::int64_t i = 0; i < count; ++i)
+        ASSERT_EQ(forwards[static_cast<std::size_t>(i)], automation.uValueAt(first + i)) << first + i;
 }
 
 TEST(Automation, CrossesGapsLongerThanTheRendererCounts) {

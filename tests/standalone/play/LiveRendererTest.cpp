@@ -1,7 +1,6 @@
-#include "tests/standalone/play/LiveDeck.hpp"
-
 #include "standalone/play/MixedTimeline.hpp"
 #include "tests/standalone/mix/TestTimeline.hpp"
+#include "tests/standalone/play/LiveDeck.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -64,7 +63,7 @@ void expectBytes(const StripSettings& strip, double speed, std::int64_t from, co
     EXPECT_EQ(deck.content.totals().underrunSamples, 0U);
 }
 
-TEST(LiveDeck, DeliversTheBytesOfAStripPlayerAtAnySteadySpeed) {
+TEST(LiveRenderer, DeliversTheBytesOfAStripPlayerAtAnySteadySpeed) {
     struct Case {
         double speed;
         std::int64_t from;
@@ -91,7 +90,7 @@ TEST(LiveDeck, DeliversTheBytesOfAStripPlayerAtAnySteadySpeed) {
     }
 }
 
-TEST(LiveDeck, DeliversTheBytesOfAMixerForwardsAndBackwards) {
+TEST(LiveRenderer, DeliversTheBytesOfAMixerForwardsAndBackwards) {
     TestMedia media;
     media.add("sound", {soundNumber(1, soundLength), soundNumber(2, soundLength)});
     Timeline timeline =
@@ -143,7 +142,7 @@ double disturb(LiveDeck& deck, std::mt19937& random, double speed) {
     }
 }
 
-TEST(LiveDeck, NeverClicks) {
+TEST(LiveRenderer, NeverClicks) {
     const double steady = 0.5 * 2.0 * std::sin(std::numbers::pi * 440.0 / 48000.0);
     for (const unsigned int seed : {1U, 2U, 3U}) {
         std::mt19937 random(seed);
@@ -165,42 +164,7 @@ TEST(LiveDeck, NeverClicks) {
     }
 }
 
-TEST(BlockRing, HandsOverWhatIsPublished) {
-    BlockRing ring(3, 1);
-    for (std::uint64_t generation = 1; generation <= 3; ++generation) {
-        ring.writable()->generation = generation;
-        ring.push();
-    }
-    EXPECT_EQ(ring.writable(), nullptr);
-    EXPECT_EQ(ring.readable(), nullptr);
-    ring.publish();
-    EXPECT_EQ(ring.readable()->generation, 1U);
-    ring.pop();
-    EXPECT_EQ(ring.readable()->generation, 2U);
-    EXPECT_NE(ring.writable(), nullptr);
-}
-
-TEST(LiveDeck, HearsAChangeWithinTwoFades) {
-    std::vector<float> halves(100000, 0.25F);
-    std::fill(halves.begin() + 50000, halves.end(), 0.5F);
-    LiveDeck deck({std::make_shared<MemorySource>(halves)}, wholeStrip(100000));
-    deck.play(1.0);
-    EXPECT_EQ(deck.pull(1000).back(), 0.25F);
-    // Rendering is not further ahead than the latency.
-    EXPECT_LE(deck.ring.pushed() - deck.ring.popped(), LiveDeck::sizes.blocksAhead);
-    deck.seek(60000);
-    EXPECT_EQ(deck.output.position(), 60000.0);
-    const std::vector<float> heard = deck.pull(2 * LiveDeck::fadeFrames + 1);
-    EXPECT_EQ(*std::ranges::max_element(heard), 0.5F);
-    EXPECT_EQ(heard[LiveDeck::fadeFrames], 0.0F);
-    EXPECT_EQ(deck.output.position(), 60000.0 + LiveDeck::fadeFrames + 1);
-    deck.stop();
-    EXPECT_EQ(deck.pull(LiveDeck::fadeFrames + 1).back(), 0.0F);
-    EXPECT_EQ(deck.output.position(), 60000.0 + 2 * LiveDeck::fadeFrames + 1);
-    EXPECT_EQ(deck.output.starvedFrames(), 0U);
-}
-
-TEST(LiveDeck, LooksForTheNextOrderBehindEveryBlock) {
+TEST(LiveRenderer, LooksForTheNextOrderBehindEveryBlock) {
     // A device that takes blocks as fast as they are rendered would never let the ring get full.
     LiveDeck deck(twoChannels(), wholeStrip(soundLength));
     deck.play(1.0);
@@ -211,30 +175,7 @@ TEST(LiveDeck, LooksForTheNextOrderBehindEveryBlock) {
     EXPECT_EQ(deck.ring.pushed(), before + 1);
 }
 
-TEST(LiveDeck, CountsWhatTheDeviceDidNotGetAndGoesOnWithTheNextSample) {
-    LiveDeck deck(twoChannels(), wholeStrip(soundLength));
-    deck.play(1.0);
-    deck.pull(64);
-    const double inRing = 8 * 50 - 64;
-    deck.pull(1000, false);
-    EXPECT_EQ(deck.output.starvedFrames(), 1000U - static_cast<std::uint64_t>(inRing));
-    EXPECT_EQ(deck.output.starvedEpisodes(), 1U);
-    EXPECT_EQ(deck.output.position(), 400.0);
-    deck.pull(64);
-    deck.pull(2000, false);
-    EXPECT_EQ(deck.output.starvedEpisodes(), 2U);
-    EXPECT_EQ(deck.output.position(), 800.0);
-    deck.stop();
-    deck.pull(2000, false);
-    EXPECT_EQ(deck.output.starvedEpisodes(), 2U);
-    EXPECT_GT(deck.output.takePeak(1), 0.1F);
-    deck.pull(64);
-    deck.output.takePeak(1);
-    deck.pull(64);
-    EXPECT_EQ(deck.output.takePeak(1), 0.0F);
-}
-
-TEST(LiveDeck, PlaysALoopInBothDirections) {
+TEST(LiveRenderer, PlaysALoopInBothDirections) {
     std::vector<float> ramp(20000);
     for (std::size_t n = 0; n < ramp.size(); ++n)
         ramp[n] = static_cast<float>(n) * 0x1p-16F;
@@ -252,20 +193,6 @@ TEST(LiveDeck, PlaysALoopInBothDirections) {
             ASSERT_EQ(heard[frame], ramp[speed < 0.0 ? 7999 - sinceSeam : 5000 + sinceSeam]) << frame;
         }
     }
-}
-
-TEST(LiveContent, LeavesFadesAndAutomationWhereTheyAreOnTheMaterial) {
-    StripSettings strip = wholeStrip(1000);
-    strip.fade = {.fadeInSamples = 10, .fadeOutSamples = 20, .fadeInCurve = FadeCurve::log};
-    strip.automation = AutomationWalk{.automation = Automation({{0, 0.9F}, {700, 1.1F}})};
-    const StripSettings backwards = settingsAt(strip, -8.0);
-    EXPECT_TRUE(backwards.reverse);
-    EXPECT_EQ(backwards.fade.fadeInSamples, 20U);
-    EXPECT_EQ(backwards.fade.fadeOutSamples, 10U);
-    EXPECT_EQ(backwards.fade.fadeOutCurve, FadeCurve::log);
-    EXPECT_EQ(backwards.automation->direction, DynamicLevelDirection::reverse);
-    for (const double speed : {0.0, -0.0, 2e6, std::nan("")})
-        EXPECT_THROW(settingsAt(strip, speed), std::invalid_argument) << speed;
 }
 
 } // namespace
