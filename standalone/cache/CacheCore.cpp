@@ -50,8 +50,9 @@ void CacheCore::add(const Cookie& cookie, std::shared_ptr<SampleSource> source) 
     const std::int64_t length = source->length();
     const auto mostSegments = std::int64_t{std::numeric_limits<std::uint32_t>::max()};
     if (length < 0 || length / segmentLength_ >= mostSegments)
-        throw std::invalid_argument("no segments can be made of " + std::to_string(length) +
-                                    " samples: " + toString(cookie));
+        throw std::invalid_argument("a material of " + std::to_string(length) +
+                                    " samples does not fit into the sample cache, which holds up to " +
+                                    std::to_string(mostSegments * segmentLength_) + ": " + toString(cookie));
     auto material = std::make_shared<Material>(shared_from_this(), std::move(source), length, segmentLength_);
     const Lock lock(mutex_);
     material->removed = isCalledOff_;

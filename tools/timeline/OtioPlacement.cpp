@@ -67,14 +67,14 @@ void setRange(const ClipPlacement& placement, TimelineStrip& strip) {
     strip.at = placement.samples(placement.begin);
     strip.length = placement.samples(placement.end) - strip.at;
     const Rational speed = Rational(1) / magnitude(placement.inside.scale());
-    const std::int64_t count = std::min((Rational(strip.length) * speed).roundedUp(), farthestPosition + 1);
+    const std::int64_t count = std::min((Rational(strip.length) * speed).roundedUp(), longestRange + 1);
     const std::int64_t first =
         placement.samples(placement.inside.contentAt(placement.begin) - placement.clip.mediaStart);
     StripSettings& settings = strip.settings;
     settings.reverse = placement.inside.reversed();
     settings.from = settings.reverse ? first - count : first;
     settings.to = settings.from + count;
-    if (count > farthestPosition || settings.from < -farthestPosition || settings.to > farthestPosition)
+    if (count > longestRange || settings.from < -farthestPosition || settings.to > farthestPosition)
         placement.where.fail("plays more samples than any file can have");
     settings.speed = speed.value();
 }

@@ -192,6 +192,8 @@ TEST(Mixer, RefusesTimelinesThatCannotBePlayed) {
     EXPECT_THAT(refusal(strip), testing::StartsWith("track 'track', strip 'strip of sound': the gain"));
     strip.gainDb = std::numeric_limits<double>::quiet_NaN();
     EXPECT_THAT(refusal(strip), HasSubstr("the gain"));
+    strip.silence = "not played, whatever its settings are";
+    EXPECT_EQ(refusal(strip), "");
     strip = stripOf("sound", std::numeric_limits<std::int64_t>::max(), 10);
     EXPECT_THAT(refusal(strip), HasSubstr("the place is sample"));
     strip = stripOf("sound", 0, 10);

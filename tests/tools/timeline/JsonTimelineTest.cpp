@@ -81,6 +81,7 @@ TEST(JsonTimeline, RefusesNamingStripAndKey) {
              {R"("media": "a.wav\u0000b")", "zero byte"},
              {R"("gain": NaN)", "\"gain\""},
              {R"("from": 20)", "\"to\" lies before"},
+             {R"("from": -8796093022208)", "more samples than any file"},
              {R"("to": null)", "\"to\" is missing"},
              {R"("speed": 0)", "\"speed\" must be"},
              {R"("speed": 2, "converter": "none")", "needs a converter"},
