@@ -21,8 +21,8 @@ template <WrappableLayer Inner>
 class FilteringSRCIterator {
 public:
     /// `speed` is in source samples per output sample. Opens the resampler on a record's first use and reads
-    /// the first block. Only then does `start` count: one greater than zero is skipped by one resampler step
-    /// of that length, within the bounds of the factor.
+    /// the first block. `start` is used only then: if above zero, one resampler step of that length skips it,
+    /// within the bounds of the factor.
     FilteringSRCIterator(const Inner& inner, FilteringSRCState* srcState, const SubSamplePos& start,
                          float speed)
         : srcState_(srcState), inner_(inner), minFactor_(1.0 / cfgAudioPlaybackSpeedLimit) {

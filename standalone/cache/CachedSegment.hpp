@@ -17,8 +17,7 @@ public:
     /// How far the segment's loading has come. The cache keeps one list of segments for each stage.
     enum Stage {
         /// Requested by a reader that stands on the segment. Loaded first, in the order of the requests, for
-        /// as
-        /// long as a reader holds the segment.
+        /// as long as a reader holds the segment.
         eUrgent,
         /// Requested by a reader that has not arrived. Loaded when nothing is urgent, the last request first.
         eAhead,

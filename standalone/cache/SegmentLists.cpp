@@ -28,7 +28,7 @@ void SegmentLists::add(CachedSegment::Stage stage, List& node) noexcept {
 }
 
 void SegmentLists::want(CachedSegment::Stage stage, CachedSegment& segment) noexcept {
-    // To the end of a list. Of those that are ready the segment is now the most recently used.
+    // Move it to the end of its list; among ready segments that means most recently used.
     if (segment.stage == CachedSegment::eReady)
         moveTo(CachedSegment::eReady, segment);
     else if (segment.stage == CachedSegment::eAhead ||

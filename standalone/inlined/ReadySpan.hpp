@@ -16,7 +16,7 @@ namespace Aud::Render {
 struct ReadySpan {
     /// The sample that the reader stands on. Later ones follow in the direction of reading.
     const float* samples = nullptr;
-    /// After so many steps the reader is still inside its segment. 0: the reader must be asked.
+    /// How many steps stay inside the segment. If 0, read one sample through the reader.
     std::int64_t length = 0;
 
     explicit ReadySpan(const SampleCache::ForwardIterator& it) {

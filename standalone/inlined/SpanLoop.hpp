@@ -59,8 +59,8 @@ auto& innerOf(Layer& layer) {
     return const_cast<std::remove_cvref_t<decltype(layer.inner())>&>(layer.inner());
 }
 
-/// Renders `out` as the layer would sample by sample, from the inside out. There is one sample more behind
-/// those that are rendered. Steps everything but the source.
+/// Renders `out` as the layer would sample by sample, from the inside out. `samples` must hold out.size() + 1
+/// samples, because the equaliser reads one ahead. Steps everything but the source, which the caller steps.
 template <class Layer>
 void renderBlock(Layer& layer, const SourceSamples& samples, std::span<float> out) {
     if constexpr (requires { layer.equaliser(); }) {

@@ -8,8 +8,8 @@
 
 namespace Aud::Render::LoopModesDespatch {
 
-/// Where a chain filters and multiplies only, takes what the source has ready in one go; and sample by sample
-/// what is left: all of it in the other chains.
+/// Chains with only an equaliser, fades and fixed gains render whole ready spans. All other samples go one by
+/// one.
 template <int N>
 [[gnu::used, gnu::noinline]] void TypedFunctor<audlmd::Unclipped>::Functor<Loki::Int2Type<N>>::ProcessSamples(
     IteratorCreationParams& params, audlmd::Unclipped& out, unsigned int count) {

@@ -36,8 +36,9 @@ std::invalid_argument refusal(int inRate, int outRate, const std::string& reason
                                  "; convert the file first, for example with sox or ffmpeg");
 }
 
-/// Designs the filters once, to learn of an error before the first read. On processors without AVX libsoxr
-/// also makes the tables then that all its resamplers share, and takes no lock for the first of them.
+/// Designs the filters once, to learn of an error before the first read. Without AVX, the first resampler
+/// builds tables that all share, and libsoxr 0.1.3 does not lock them. So one is built
+/// here, under our lock.
 void tryRates(int inRate, int outRate) {
     static std::mutex designing;
     const std::lock_guard lock(designing);
@@ -117,7 +118,7 @@ std::vector<float> RateConvertedSource::convert(std::int64_t index) const {
     std::vector<float> output(static_cast<std::size_t>(runUp + count));
     std::size_t done = 0;
     const soxr_quality_spec_t spec = quality();
-    // Where it is told how much it has read, it leaves the end of the input unread.
+    // Null on purpose: asked for the count of input samples, soxr_oneshot stops before the end of the input.
     std::size_t* const inputDone = nullptr;
     const soxr_error_t error = soxr_oneshot(inRate_, outRate_, 1, input.data(), input.size(), inputDone,
                                             output.data(), output.size(), &done, nullptr, &spec, nullptr);

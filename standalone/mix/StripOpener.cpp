@@ -51,7 +51,7 @@ void StripOpener::callOff() {
 void StripOpener::close(std::size_t strip) {
     {
         const std::lock_guard lock(mutex_);
-        // A strip that is being opened has no entry then, and is closed when it is open.
+        // If the strip is being opened right now, finish() will find no entry and close it.
         auto node = strips_.extract(strip);
         if (node.mapped() != nullptr)
             closed_.push_back(std::move(node.mapped()));
@@ -93,8 +93,8 @@ void StripOpener::openNow(Request& request) const noexcept {
     }
 }
 
-/// A strip that was closed meanwhile is no longer wanted. One that was closed and requested once more is, and
-/// the second request then finds the strip open.
+/// While it was being opened, the strip may have been closed: drop it. If it was then requested again, keep
+/// it; the second opening will be dropped.
 void StripOpener::finish(Request& request) {
     const auto wanted = strips_.find(request.strip);
     if (wanted == strips_.end() || wanted->second != nullptr)

@@ -64,7 +64,9 @@ public:
     std::uint64_t popped() const { return read_.load(std::memory_order_acquire); }
 
 private:
-    /// Each number on a cache line of its own, because two threads write them all the time.
+    /// The two numbers that cross threads lie on different cache lines. `written_` shares its line with
+    /// `filled_`, which the writer changes shortly before, and with the vector, which never changes: the
+    /// reader has to fetch that line anyway.
     alignas(64) std::atomic<std::uint64_t> written_{0};
     /// The writer's own.
     std::uint64_t filled_ = 0;

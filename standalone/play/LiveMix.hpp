@@ -52,7 +52,8 @@ public:
 
 private:
     class Voice;
-    /// A mixer that has been asked for the time before a place, where nothing sounds.
+    /// A mixer with its files open, ready to take over at `place`. It has rendered the silent sample before
+    /// that.
     struct Ready {
         std::int64_t place;
         std::unique_ptr<Mixer> mixer;
@@ -62,7 +63,8 @@ private:
     void prepare(std::int64_t place);
     /// Takes the mixer for a place, or null if there is none yet.
     std::unique_ptr<Mixer> take(std::int64_t place);
-    /// Notes what a mixer has to report, and has the mixer destroyed: that waits for reads.
+    /// Keeps the mixer's report. Hands the mixer to this object's thread, because destroying it waits for
+    /// reads.
     void retire(std::unique_ptr<Mixer> mixer);
     void note(MixNotes& notes, const Mixer& mixer) const;
     void count();
@@ -81,7 +83,8 @@ private:
 
     std::mutex mutex_;
     std::condition_variable_any requested_;
-    // Guarded by the mutex.
+    // Guarded by the mutex. All members above are the voice's and the reporter's, who take turns: a player
+    // holds a mutex of its own while either of them runs.
     std::optional<std::int64_t> wanted_;
     std::optional<Ready> ready_;
     std::vector<std::unique_ptr<Mixer>> retired_;

@@ -17,7 +17,7 @@ namespace audlmd {
 /// until all channels have read them.
 class MixedTimeline {
 public:
-    /// For whoever plays the sources: a sum may be beyond full scale. See LiveContent.
+    /// The power of two by which a player must scale these sources down: their sum may exceed full scale.
     static constexpr int headroom = 20;
 
     /// The options must ask to wait. Throws what Mixer throws.

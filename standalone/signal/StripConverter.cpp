@@ -46,9 +46,9 @@ public:
 private:
     bool speedIsWhole() const { return plan_.step.fraction == 0; }
 
-    /// On a whole position other than a call's first the converter lags by one sample. Whole speeds, which
-    /// meet no other positions, therefore start at position 1, where the converter yields the first sample,
-    /// exactly. Other speeds start the least fraction beyond 0. Because steps are rounded to fractions, they
+    /// On a whole position other than a call's first the converter lags by one sample. At whole speeds every
+    /// position is whole, so start at 1: there the lagging converter gives sample 0. Other speeds start the
+    /// least fraction beyond 0. Because steps are rounded to fractions, they
     /// may still meet a whole position: at speed 0.75 with the fifth output.
     SubSamplePos readPosition(std::uint64_t output) const {
         return advanced(speedIsWhole() ? SubSamplePos(1, 0) : SubSamplePos(0, 1), plan_.step, output);

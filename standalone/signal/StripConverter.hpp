@@ -50,7 +50,7 @@ public:
     /// placed for every call.
     virtual bool levelCarriesOn() const { return true; }
 
-    /// Takes from the record what the next call, which starts with output sample `next`, must not find there.
+    /// Undoes in the record what the next call, from output sample `next` on, will do again.
     virtual void afterCall(Aud::Render::PerSourceRecord&, std::uint64_t /*next*/) {}
 
 protected:

@@ -44,8 +44,7 @@ struct StripPlan {
     StripSettings settings;
     /// In source samples.
     std::int64_t rangeLength;
-    /// The range divided by the speed asked for, rounded up. Two speeds that round to the same step may
-    /// differ here, because the speed that was asked for counts.
+    /// ceil(range / requested speed). Uses the requested speed, not the rounded step.
     std::uint64_t outputLength = 0;
 
     /// Names the stages that the settings need, and no others.
@@ -53,10 +52,10 @@ struct StripPlan {
     /// The same stages without the envelope, which multiplies by 1 where the fades have full level.
     unsigned long fullLevelModeCode = 0;
 
-    /// The speed as the linear converter reads the speed: source samples per output sample, to the nearest
-    /// fraction. With the filtering converter, the length of the step that opens the resampler.
+    /// The linear converter's step, in fixed point. The filtering converter uses it once, as the offset when
+    /// it opens.
     Aud::SubSamplePos step{1, 0};
-    /// The speed as the filtering converter reads the speed, in single precision.
+    /// The filtering converter's speed, which it takes in single precision.
     float speed = 1.0F;
     /// Source samples per output sample, after rounding.
     double speedInForce = 1.0;

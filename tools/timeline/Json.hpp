@@ -44,8 +44,8 @@ public:
 
     /// Null for a member that is missing or null.
     const Json* find(const std::string& key);
-    /// A list, or null where the member is missing. The functions below
-    /// return `otherwise` for a member that is missing or null.
+    /// A list, or null where the member is missing. The functions below return `otherwise` for a member that
+    /// is missing or null.
     const Json* list(const std::string& key);
     std::string text(const std::string& key, const std::string& otherwise);
     bool flag(const std::string& key, bool otherwise);

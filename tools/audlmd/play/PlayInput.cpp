@@ -15,7 +15,7 @@ namespace {
 StripSettings forwards(const StripSettings& asRendered, bool converts) {
     StripSettings strip = asRendered.reverse ? settingsAt(asRendered, -1.0) : asRendered;
     strip.speed = 1.0;
-    // The linear converter was asked for; the other one is what the transport takes by itself.
+    // Keep the linear converter if the user chose it; the transport adds the filtering one by itself.
     if (!converts || strip.converter == Converter::filtering)
         strip.converter = Converter::none;
     return strip;
