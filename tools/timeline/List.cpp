@@ -1,5 +1,7 @@
 #include "tools/timeline/TimelineFiles.hpp"
 
+#include "tools/timeline/MediaRange.hpp"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -67,16 +69,11 @@ Row rowOf(const Timeline& timeline, const std::string& track, const TimelineStri
           const FileText& fileOf) {
     const StripSettings& settings = strip.settings;
     const int sampleRate = timeline.sampleRate;
-    // A strip that begins later in its range reads correspondingly less of it.
-    const auto skipped = std::llround(static_cast<double>(strip.skip) * settings.speed);
-    const auto played = std::llround(static_cast<double>(strip.length) * settings.speed);
-    const std::int64_t last = std::min<std::int64_t>(settings.to - settings.from, skipped + played);
-    const std::int64_t from = settings.reverse ? settings.to - last : settings.from + skipped;
-    const std::int64_t to = settings.reverse ? settings.to - skipped : settings.from + last;
+    const SourceSpan heard = heardOf(strip);
     Row row{printable(track),
             printable(strip.name),
             span(strip.at, strip.at + strip.length, sampleRate),
-            span(from, to, sampleRate),
+            span(heard.from, heard.to, sampleRate),
             number(settings.speed),
             settings.reverse ? "backwards" : "forwards",
             number(strip.gainDb) + " dB" + (settings.automation ? " + automation" : ""),

@@ -108,6 +108,8 @@ FoundMedium MediaFinder::search(const std::string& media) {
 
 std::optional<FoundMedium> MediaFinder::searchSoundOf(const std::string& media) {
     const std::size_t nameLength = lastNameOf(media).size();
+    if (nameLength == 0)
+        return std::nullopt;
     const std::string stem = Path(lastNameOf(media)).stem().string();
     // The name itself is a stem where its point begins no extension, as in "take 1.2".
     for (const std::string& base : {media.substr(0, media.size() - nameLength) + stem, media})
