@@ -14,7 +14,7 @@ install(DIRECTORY host ole loop_modes DESTINATION ${includeDir}
 foreach(header
         cache/MaterialCache cache/SampleSource cache/SoundFile
         mix/Media mix/MixReport mix/Mixer mix/RateConvertedSource mix/ScaledSource mix/Timeline
-        play/LivePlayer
+        play/LiveOptions play/LivePlayer play/Transport
         services/Configuration services/Event services/Identities services/ImageFormats services/RenderFunctions
         services/SampleRates
         signal/Automation signal/BlockLoops signal/BlockConversion signal/Equaliser signal/Fade signal/GainLaws
