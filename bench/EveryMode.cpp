@@ -5,12 +5,12 @@
 #include "bench/Report.hpp"
 #include "bench/Request.hpp"
 #include "bench/Yardsticks.hpp"
+#include "host/cache/MaterialCache.hpp"
+#include "host/cache/SegmentBody.hpp"
+#include "host/inlined/InlinedRenderFunctions.hpp"
+#include "host/signal/BlockConversion.hpp"
 #include "loop_modes/RegistrationOrder.hpp"
 #include "model/OutputTypes.hpp"
-#include "standalone/cache/MaterialCache.hpp"
-#include "standalone/cache/SegmentBody.hpp"
-#include "standalone/inlined/InlinedRenderFunctions.hpp"
-#include "standalone/signal/BlockConversion.hpp"
 
 #include <CLI/CLI.hpp>
 

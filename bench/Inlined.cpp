@@ -1,11 +1,11 @@
 // Render functions compiled into the program beside those of the tables, and conversions by the block beside
 // conversions by the sample. The two of a pair are measured in turns; the least time of each counts.
 
+#include "host/cache/MaterialCache.hpp"
+#include "host/inlined/InlinedRenderFunctions.hpp"
+#include "host/signal/BlockConversion.hpp"
+#include "host/signal/StripPlayer.hpp"
 #include "model/OutputTypes.hpp"
-#include "standalone/cache/MaterialCache.hpp"
-#include "standalone/inlined/InlinedRenderFunctions.hpp"
-#include "standalone/signal/BlockConversion.hpp"
-#include "standalone/signal/StripPlayer.hpp"
 
 #include <algorithm>
 #include <array>

@@ -6,8 +6,8 @@
 #include "bench/NoiseFile.hpp"
 #include "bench/PacedDevice.hpp"
 #include "bench/ProcessorTime.hpp"
-#include "standalone/inlined/InlinedRenderFunctions.hpp"
-#include "standalone/play/LivePlayer.hpp"
+#include "host/inlined/InlinedRenderFunctions.hpp"
+#include "host/play/LivePlayer.hpp"
 
 #include <nlohmann/json.hpp>
 

@@ -3,7 +3,7 @@
 // library in memory.
 
 #include "bench/Report.hpp"
-#include "host/DespatchTables.hpp"
+#include "contract/DespatchTables.hpp"
 #include "model/OutputTypes.hpp"
 #include "ole/Orv/OrvModeMeta"
 

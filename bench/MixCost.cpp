@@ -4,8 +4,8 @@
 
 #include "bench/NoiseFile.hpp"
 #include "bench/ProcessorTime.hpp"
-#include "standalone/cache/MaterialCache.hpp"
-#include "standalone/mix/Mixer.hpp"
+#include "host/cache/MaterialCache.hpp"
+#include "host/mix/Mixer.hpp"
 
 #include <algorithm>
 #include <cmath>

@@ -8,7 +8,7 @@ install(TARGETS audlmd_tool)
 
 # Includes are relative to the root of the tree, and stay so below include/audlmd.
 set(includeDir ${CMAKE_INSTALL_INCLUDEDIR}/audlmd)
-install(DIRECTORY host ole loop_modes DESTINATION ${includeDir}
+install(DIRECTORY contract ole loop_modes DESTINATION ${includeDir}
     FILES_MATCHING PATTERN "*.hpp" PATTERN "Aud__RenderIterators" PATTERN "OrvModeMeta")
 # Of the stand-alone host, what a program needs; the other headers are its own.
 foreach(header
@@ -21,12 +21,11 @@ foreach(header
         signal/RecordNumbers signal/Speed signal/StripPlan signal/StripPlayer signal/StripSettings
         signal/Unclipped)
     cmake_path(GET header PARENT_PATH folder)
-    install(FILES standalone/${header}.hpp DESTINATION ${includeDir}/standalone/${folder})
+    install(FILES host/${header}.hpp DESTINATION ${includeDir}/host/${folder})
 endforeach()
 
 install(FILES LICENSE README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR})
 
 set(packageDir ${CMAKE_INSTALL_LIBDIR}/cmake/audlmd)
 install(EXPORT audlmd-targets NAMESPACE audlmd:: DESTINATION ${packageDir})

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "host/Biquad.hpp"
-#include "host/DynamicLevel.hpp"
-#include "host/Identity.hpp"
-#include "host/SampleCache.hpp"
+#include "contract/Biquad.hpp"
+#include "contract/DynamicLevel.hpp"
+#include "contract/Identity.hpp"
+#include "contract/SampleCache.hpp"
 #include "ole/Aud/EnvelopeParameters.hpp"
 #include "ole/Aud/FilteringSRCState.hpp"
 #include "ole/Aud/SubSamplePos.hpp"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/DespatchTables.hpp"
+#include "contract/DespatchTables.hpp"
 
 /// The version of this library: four numbers, separated by dots.
 const char* audLMDDllVersionStr();

@@ -1,6 +1,6 @@
 #include "ole/Aud/SpeedLimit.hpp"
 
-#include "host/LoadServices.hpp"
+#include "contract/LoadServices.hpp"
 #include "loop_modes/UnitPrelude.hpp"
 
 namespace Aud::Render {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/LoadServices.hpp"
+#include "contract/LoadServices.hpp"
 
 #include <ios>
 

@@ -1,6 +1,6 @@
 #include "model/Layer.hpp"
 
-#include "host/GainCurveNodes.hpp"
+#include "contract/GainCurveNodes.hpp"
 #include "model/Model.hpp"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/SampleCache.hpp"
+#include "contract/SampleCache.hpp"
 
 #include <cstdint>
 #include <vector>

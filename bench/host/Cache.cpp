@@ -1,5 +1,5 @@
 #include "bench/host/BenchHost.hpp"
-#include "host/ThreadEvent.hpp"
+#include "contract/ThreadEvent.hpp"
 #include "ole/Orv/Ptr.hpp"
 
 #include <atomic>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/DynamicLevel.hpp"
+#include "contract/DynamicLevel.hpp"
 #include "ole/Aud/ChainLayer.hpp"
 #include "ole/Aud/GainCurves.hpp"
 

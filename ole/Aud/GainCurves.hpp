@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/GainCurveNodes.hpp"
+#include "contract/GainCurveNodes.hpp"
 #include "ole/Aud/Instructions.hpp"
 
 #include <bit>

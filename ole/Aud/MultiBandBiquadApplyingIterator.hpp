@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/Biquad.hpp"
+#include "contract/Biquad.hpp"
 #include "ole/Aud/ChainLayer.hpp"
 
 namespace Aud {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/SampleCache.hpp"
+#include "contract/SampleCache.hpp"
 #include "ole/Aud/Wrapping.hpp"
 #include "ole/Orv/Ptr.hpp"
 

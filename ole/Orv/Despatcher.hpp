@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/DespatchTables.hpp"
+#include "contract/DespatchTables.hpp"
 #include "ole/Orv/Exception.hpp"
 
 #include <cstddef>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/OperatingSystem.hpp"
+#include "contract/OperatingSystem.hpp"
 
 #include <cstddef>
 #include <cstring>

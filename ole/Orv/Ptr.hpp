@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/OperatingSystem.hpp"
-#include "host/ThreadEvent.hpp"
+#include "contract/OperatingSystem.hpp"
+#include "contract/ThreadEvent.hpp"
 
 #include <utility>
 

@@ -1,6 +1,6 @@
-#include <standalone/cache/MaterialCache.hpp>
-#include <standalone/services/Identities.hpp>
-#include <standalone/signal/StripPlayer.hpp>
+#include <host/cache/MaterialCache.hpp>
+#include <host/services/Identities.hpp>
+#include <host/signal/StripPlayer.hpp>
 
 #include <array>
 #include <cstdio>

@@ -1,4 +1,4 @@
-#include "host/GainCurveNodes.hpp"
+#include "contract/GainCurveNodes.hpp"
 #include "tests/scripted_host/ScriptedHost.hpp"
 
 #include <algorithm>

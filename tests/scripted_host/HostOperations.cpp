@@ -1,8 +1,8 @@
 // The host operations of a render call, answered by the current scripted host.
 
-#include "host/Biquad.hpp"
-#include "host/DynamicLevel.hpp"
-#include "host/SampleCache.hpp"
+#include "contract/Biquad.hpp"
+#include "contract/DynamicLevel.hpp"
+#include "contract/SampleCache.hpp"
 #include "ole/Orv/LightweightString.hpp"
 #include "ole/Orv/Ptr.hpp"
 #include "tests/scripted_host/ScriptedHost.hpp"

@@ -1,6 +1,6 @@
 // The host operations of loading the library.
 
-#include "host/LoadServices.hpp"
+#include "contract/LoadServices.hpp"
 #include "model/OutputTypes.hpp"
 #include "ole/Orv/OrvModeMeta"
 #include "tests/scripted_host/ScriptedHost.hpp"

@@ -1,6 +1,6 @@
 #include "tools/audlmd/OverloadText.hpp"
 
-#include "standalone/signal/GainLaws.hpp"
+#include "host/signal/GainLaws.hpp"
 #include "tools/timeline/TimelineFiles.hpp"
 
 #include <iomanip>

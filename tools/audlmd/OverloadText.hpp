@@ -1,6 +1,6 @@
 #pragma once
 
-#include "standalone/mix/MixReport.hpp"
+#include "host/mix/MixReport.hpp"
 
 #include <cstddef>
 #include <string>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "standalone/signal/Automation.hpp"
+#include "host/signal/Automation.hpp"
 
 #include <cstdint>
 #include <span>

@@ -1,4 +1,4 @@
-#include "standalone/signal/GainLaws.hpp"
+#include "host/signal/GainLaws.hpp"
 #include "tools/timeline/TimelineFiles.hpp"
 
 #include <cmath>

@@ -1,6 +1,5 @@
-#include "tools/timeline/TimelineFiles.hpp"
-
 #include "tools/timeline/MediaRange.hpp"
+#include "tools/timeline/TimelineFiles.hpp"
 
 #include <algorithm>
 #include <array>

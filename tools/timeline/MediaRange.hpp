@@ -1,7 +1,7 @@
 #pragma once
 
-#include "standalone/mix/Timeline.hpp"
-#include "standalone/signal/StripPlan.hpp"
+#include "host/mix/Timeline.hpp"
+#include "host/signal/StripPlan.hpp"
 #include "tools/timeline/ReadOptions.hpp"
 #include "tools/timeline/TimelineError.hpp"
 

@@ -1,4 +1,4 @@
-#include "standalone/signal/GainLaws.hpp"
+#include "host/signal/GainLaws.hpp"
 #include "tools/timeline/JsonParts.hpp"
 #include "tools/timeline/OtioSound.hpp"
 #include "tools/timeline/Rational.hpp"

@@ -1,7 +1,7 @@
 #include "tools/timeline/OtioPlacement.hpp"
 
-#include "standalone/signal/GainLaws.hpp"
-#include "standalone/signal/Speed.hpp"
+#include "host/signal/GainLaws.hpp"
+#include "host/signal/Speed.hpp"
 #include "tools/timeline/DecibelLine.hpp"
 #include "tools/timeline/JsonParts.hpp"
 #include "tools/timeline/MediaRange.hpp"

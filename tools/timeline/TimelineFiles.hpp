@@ -1,6 +1,6 @@
 #pragma once
 
-#include "standalone/mix/Timeline.hpp"
+#include "host/mix/Timeline.hpp"
 #include "tools/timeline/Json.hpp"
 #include "tools/timeline/ReadOptions.hpp"
 #include "tools/timeline/TimelineError.hpp"

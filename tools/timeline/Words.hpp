@@ -1,8 +1,8 @@
 #pragma once
 
-#include "standalone/signal/Equaliser.hpp"
-#include "standalone/signal/Fade.hpp"
-#include "standalone/signal/StripPlayer.hpp"
+#include "host/signal/Equaliser.hpp"
+#include "host/signal/Fade.hpp"
+#include "host/signal/StripPlayer.hpp"
 
 #include <array>
 #include <string_view>

@@ -6,7 +6,7 @@ import subprocess
 import sys
 
 root, compiler, *flags = sys.argv[1:]
-folders = ["host", "ole", "loop_modes", "standalone"]
+folders = ["contract", "ole", "loop_modes", "host"]
 chief_headers = ["ole/Aud/Aud__RenderIterators", "ole/Orv/OrvModeMeta"]
 
 

@@ -1,6 +1,6 @@
 // The samples in the files that `audlmd render` writes.
 
-#include "standalone/signal/GainLaws.hpp"
+#include "host/signal/GainLaws.hpp"
 #include "tests/tools/audlmd/CommandFixture.hpp"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "tools/timeline/DecibelLine.hpp"
 
-#include "standalone/signal/GainLaws.hpp"
+#include "host/signal/GainLaws.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "standalone/signal/GainLaws.hpp"
+#include "host/signal/GainLaws.hpp"
 #include "tests/tools/timeline/TimelineFixture.hpp"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "tools/audlmd/files/ExistingMix.hpp"
 
-#include "standalone/cache/SoundFile.hpp"
+#include "host/cache/SoundFile.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/files/SampleLayouts.hpp"
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "standalone/mix/MixReport.hpp"
-#include "standalone/mix/Timeline.hpp"
+#include "host/mix/MixReport.hpp"
+#include "host/mix/Timeline.hpp"
 #include "tools/audlmd/mix/MediaFinder.hpp"
 
 #include <filesystem>

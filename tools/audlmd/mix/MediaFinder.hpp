@@ -1,7 +1,7 @@
 #pragma once
 
-#include "standalone/mix/Media.hpp"
-#include "standalone/mix/Timeline.hpp"
+#include "host/mix/Media.hpp"
+#include "host/mix/Timeline.hpp"
 #include "tools/timeline/ReadOptions.hpp"
 
 #include <cstddef>

@@ -1,4 +1,4 @@
-#include "standalone/inlined/InlinedRenderFunctions.hpp"
+#include "host/inlined/InlinedRenderFunctions.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Progress.hpp"
 #include "tools/audlmd/Subcommands.hpp"

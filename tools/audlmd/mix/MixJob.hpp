@@ -1,6 +1,6 @@
 #pragma once
 
-#include "standalone/mix/Mixer.hpp"
+#include "host/mix/Mixer.hpp"
 #include "tools/audlmd/files/OutputFile.hpp"
 
 #include <cstddef>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "standalone/mix/MixReport.hpp"
-#include "standalone/mix/Timeline.hpp"
+#include "host/mix/MixReport.hpp"
+#include "host/mix/Timeline.hpp"
 #include "tools/audlmd/files/OutputFormat.hpp"
 #include "tools/audlmd/options/Time.hpp"
 

@@ -1,6 +1,6 @@
 #include "tools/audlmd/mix/MixReportText.hpp"
 
-#include "standalone/signal/GainLaws.hpp"
+#include "host/signal/GainLaws.hpp"
 #include "tools/audlmd/OverloadText.hpp"
 #include "tools/timeline/Json.hpp"
 #include "tools/timeline/TimelineFiles.hpp"

@@ -1,7 +1,7 @@
 #include "tools/audlmd/mix/TimelineInput.hpp"
 
-#include "standalone/cache/FilmContainer.hpp"
-#include "standalone/cache/SoundFile.hpp"
+#include "host/cache/FilmContainer.hpp"
+#include "host/cache/SoundFile.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/options/Parsers.hpp"
 #include "tools/timeline/TimelineFiles.hpp"

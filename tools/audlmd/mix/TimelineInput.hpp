@@ -1,6 +1,6 @@
 #pragma once
 
-#include "standalone/mix/Timeline.hpp"
+#include "host/mix/Timeline.hpp"
 #include "tools/audlmd/mix/MediaFinder.hpp"
 
 #include <cstddef>

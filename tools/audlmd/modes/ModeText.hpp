@@ -1,7 +1,7 @@
 #pragma once
 
+#include "host/signal/StripPlayer.hpp"
 #include "loop_modes/ModeCode.hpp"
-#include "standalone/signal/StripPlayer.hpp"
 #include "tools/audlmd/files/OutputFormat.hpp"
 
 #include <cstddef>

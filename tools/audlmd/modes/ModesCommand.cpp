@@ -1,5 +1,5 @@
+#include "host/services/RenderFunctions.hpp"
 #include "loop_modes/RegistrationOrder.hpp"
-#include "standalone/services/RenderFunctions.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Subcommands.hpp"
 #include "tools/audlmd/files/OutputFormat.hpp"

@@ -1,7 +1,7 @@
 #include "tools/audlmd/options/Parsers.hpp"
 
-#include "standalone/signal/GainLaws.hpp"
-#include "standalone/signal/Speed.hpp"
+#include "host/signal/GainLaws.hpp"
+#include "host/signal/Speed.hpp"
 #include "tools/audlmd/CommandError.hpp"
 
 #include <array>

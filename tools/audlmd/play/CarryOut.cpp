@@ -1,6 +1,6 @@
 #include "tools/audlmd/play/CarryOut.hpp"
 
-#include "standalone/signal/GainLaws.hpp"
+#include "host/signal/GainLaws.hpp"
 
 namespace audlmd::command {
 namespace {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "standalone/play/LivePlayer.hpp"
+#include "host/play/LivePlayer.hpp"
 #include "tools/audlmd/play/TransportKeys.hpp"
 
 namespace audlmd::command {

@@ -1,7 +1,7 @@
 #include "tools/audlmd/play/PlayInput.hpp"
 
-#include "standalone/mix/RateConvertedSource.hpp"
-#include "standalone/play/LiveContent.hpp"
+#include "host/mix/RateConvertedSource.hpp"
+#include "host/play/LiveContent.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/mix/TimelineInput.hpp"
 #include "tools/timeline/TimelineFiles.hpp"

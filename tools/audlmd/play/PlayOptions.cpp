@@ -1,7 +1,7 @@
 #include "tools/audlmd/play/PlayOptions.hpp"
 
-#include "standalone/services/SampleRates.hpp"
-#include "standalone/signal/Speed.hpp"
+#include "host/services/SampleRates.hpp"
+#include "host/signal/Speed.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/options/ParsedOption.hpp"
 

@@ -1,6 +1,6 @@
 #include "tools/audlmd/play/StatusLine.hpp"
 
-#include "standalone/signal/GainLaws.hpp"
+#include "host/signal/GainLaws.hpp"
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "standalone/signal/StripPlayer.hpp"
+#include "host/signal/StripPlayer.hpp"
 #include "tools/plot/Figure.hpp"
 
 #include <cstdint>

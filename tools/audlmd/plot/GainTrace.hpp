@@ -1,7 +1,7 @@
 #pragma once
 
-#include "standalone/cache/MaterialCache.hpp"
-#include "standalone/signal/StripPlayer.hpp"
+#include "host/cache/MaterialCache.hpp"
+#include "host/signal/StripPlayer.hpp"
 #include "tools/audlmd/plot/Figures.hpp"
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "standalone/services/SampleRates.hpp"
+#include "host/services/SampleRates.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Progress.hpp"
 #include "tools/audlmd/Subcommands.hpp"

@@ -1,4 +1,4 @@
-#include "standalone/cache/SoundFile.hpp"
+#include "host/cache/SoundFile.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/plot/Figures.hpp"
 #include "tools/plot/Spectrogram.hpp"

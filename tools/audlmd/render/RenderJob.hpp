@@ -1,7 +1,7 @@
 #pragma once
 
-#include "standalone/mix/OverloadMeter.hpp"
-#include "standalone/signal/StripPlayer.hpp"
+#include "host/mix/OverloadMeter.hpp"
+#include "host/signal/StripPlayer.hpp"
 #include "tools/audlmd/files/ExistingMix.hpp"
 #include "tools/audlmd/files/OutputFile.hpp"
 

@@ -1,6 +1,6 @@
 #include "tools/audlmd/render/RenderOptions.hpp"
 
-#include "standalone/services/SampleRates.hpp"
+#include "host/services/SampleRates.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/options/ParsedOption.hpp"
 

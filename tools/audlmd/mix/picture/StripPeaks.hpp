@@ -1,6 +1,6 @@
 #pragma once
 
-#include "standalone/mix/Media.hpp"
+#include "host/mix/Media.hpp"
 #include "tools/audlmd/mix/picture/TimelineSketch.hpp"
 
 #include <functional>

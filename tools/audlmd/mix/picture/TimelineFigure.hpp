@@ -1,8 +1,8 @@
 #pragma once
 
-#include "standalone/mix/Media.hpp"
-#include "standalone/mix/MixReport.hpp"
-#include "standalone/mix/Timeline.hpp"
+#include "host/mix/Media.hpp"
+#include "host/mix/MixReport.hpp"
+#include "host/mix/Timeline.hpp"
 #include "tools/plot/Figure.hpp"
 
 #include <functional>

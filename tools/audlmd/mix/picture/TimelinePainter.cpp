@@ -1,6 +1,6 @@
 #include "tools/audlmd/mix/picture/TimelinePainter.hpp"
 
-#include "standalone/signal/GainLaws.hpp"
+#include "host/signal/GainLaws.hpp"
 #include "tools/plot/Axis.hpp"
 
 #include <algorithm>

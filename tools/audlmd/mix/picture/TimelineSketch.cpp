@@ -1,7 +1,7 @@
 #include "tools/audlmd/mix/picture/TimelineSketch.hpp"
 
-#include "standalone/signal/GainLaws.hpp"
-#include "standalone/signal/StripPlan.hpp"
+#include "host/signal/GainLaws.hpp"
+#include "host/signal/StripPlan.hpp"
 #include "tools/timeline/TimelineError.hpp"
 
 #include <algorithm>

@@ -1,0 +1,272 @@
+#include "host/cache/CacheCore.hpp"
+
+#include "host/services/FailureText.hpp"
+#include "host/services/Identities.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <stdexcept>
+#include <utility>
+
+namespace audlmd {
+namespace {
+
+using Access = Aud::SampleCacheSegmentAccess;
+
+/// Called under the cache's lock. Readers may be counting underruns at the same time.
+MaterialStatistics statisticsOf(const Material& material) {
+    return {.underrunSamples = material.underrunSamples.load(std::memory_order_relaxed),
+            .underrunEpisodes = material.underrunEpisodes.load(std::memory_order_relaxed),
+            .failedSegments = material.failedSegments,
+            .firstFailure = material.firstFailure};
+}
+
+} // namespace
+
+CacheCore::CacheCore(const MaterialCacheOptions& options)
+    : segmentLength_(options.segmentLength), memoryBudget_(options.memoryBudget),
+      segmentsAhead_(options.segmentsAhead), lists_(options.memoryBudget, options.loaderThreads) {
+    if (options.segmentLength < 1)
+        throw std::invalid_argument("the segment length must be at least 1 sample");
+    if (options.loaderThreads < 1)
+        throw std::invalid_argument("the sample cache needs at least 1 loader thread");
+}
+
+std::size_t CacheCore::CookieHash::operator()(const Cookie& cookie) const noexcept {
+    std::uint64_t halves[2];
+    static_assert(sizeof halves == sizeof cookie.material.bytes);
+    std::memcpy(halves, cookie.material.bytes.data(), sizeof halves);
+    const std::uint64_t strip = std::uint64_t{cookie.channel} << 8 | cookie.kind;
+    // Multiplicative hashing with 2^64 divided by the golden ratio (Knuth, The Art of Computer Programming,
+    // volume 3, section 6.4).
+    return static_cast<std::size_t>((halves[0] ^ (halves[1] + strip)) * 0x9E3779B97F4A7C15U);
+}
+
+void CacheCore::add(const Cookie& cookie, std::shared_ptr<SampleSource> source) {
+    if (source == nullptr)
+        throw std::invalid_argument("material needs a source: " + toString(cookie));
+    const std::int64_t length = source->length();
+    const auto mostSegments = std::int64_t{std::numeric_limits<std::uint32_t>::max()};
+    if (length < 0 || length / segmentLength_ >= mostSegments)
+        throw std::invalid_argument("a material of " + std::to_string(length) +
+                                    " samples does not fit into the sample cache, which holds up to " +
+                                    std::to_string(mostSegments * segmentLength_) + ": " + toString(cookie));
+    auto material = std::make_shared<Material>(shared_from_this(), std::move(source), length, segmentLength_);
+    const Lock lock(mutex_);
+    material->removed = isCalledOff_;
+    if (!materials_.emplace(cookie, std::move(material)).second)
+        throw std::invalid_argument("the sample cache already holds material " + toString(cookie));
+}
+
+MaterialStatistics CacheCore::remove(const Cookie& cookie) {
+    SegmentLists::List taken;
+    Lock lock(mutex_);
+    find(lock, cookie); // Throws where the cookie is unknown.
+    const auto node = materials_.extract(cookie);
+    Material& material = *node.mapped();
+    takeAll(material, taken);
+    MaterialStatistics statistics = statisticsOf(material);
+    lock.unlock();
+    letGo(taken);
+    return statistics;
+}
+
+MaterialStatistics CacheCore::statistics(const Cookie& cookie) {
+    const Lock lock(mutex_);
+    return statisticsOf(find(lock, cookie));
+}
+
+MaterialCacheUsage CacheCore::usage() {
+    const Lock lock(mutex_);
+    return lists_.usage();
+}
+
+void CacheCore::callOff() {
+    SegmentLists::List taken;
+    Lock lock(mutex_);
+    isCalledOff_ = true;
+    for (const auto& [cookie, material] : materials_)
+        takeAll(*material, taken);
+    lock.unlock();
+    letGo(taken);
+}
+
+void CacheCore::close() {
+    SegmentLists::List taken;
+    Lock lock(mutex_);
+    const auto materials = std::move(materials_);
+    for (const auto& [cookie, material] : materials)
+        takeAll(*material, taken);
+    lock.unlock();
+    letGo(taken);
+}
+
+void CacheCore::serve(const std::stop_token& stop) {
+    Lock lock(mutex_);
+    CachedSegment* next = nullptr;
+    while (requested_.wait(lock, stop, [&] { return (next = lists_.nextRequest()) != nullptr; }))
+        load(lock, *next);
+}
+
+void CacheCore::load(Lock& lock, CachedSegment& segment) {
+    SegmentLists::List taken;
+    const bool hasRoom = lists_.startLoading(segment, taken);
+    lock.unlock();
+    if (hasRoom) {
+        LoadedSamples loaded = readSamples(segment, taken);
+        lock.lock();
+        const EventPtr completed = publish(segment, std::move(loaded), taken);
+        lock.unlock();
+        completed->signal();
+    }
+    letGo(taken);
+    lock.lock();
+}
+
+CacheCore::LoadedSamples CacheCore::readSamples(const CachedSegment& segment, SegmentLists::List& taken) {
+    LoadedSamples loaded;
+    // No reader holds a segment that made room, so its memory can be used again.
+    for (CachedSegment* unused : taken)
+        if (unused->length == segment.length)
+            loaded.samples = std::move(unused->storage);
+    letGo(taken);
+    const auto length = static_cast<std::size_t>(segment.length);
+    try {
+        if (loaded.samples == nullptr)
+            loaded.samples = std::make_unique_for_overwrite<float[]>(length);
+        segment.material->source->read(segment.material->start(segment.number),
+                                       {loaded.samples.get(), length});
+        return loaded;
+    } catch (...) {
+        return {.samples = nullptr, .failure = failureText("the source failed without saying why")};
+    }
+}
+
+EventPtr CacheCore::publish(CachedSegment& segment, LoadedSamples loaded, SegmentLists::List& taken) {
+    Material& material = *segment.material;
+    if (loaded.samples != nullptr) {
+        segment.storage = std::move(loaded.samples);
+        segment.samples = segment.storage.get();
+        segment.status.store(Aud::eSegmentReady, std::memory_order_release);
+        lists_.finishLoading(segment, CachedSegment::eReady);
+    } else {
+        if (++material.failedSegments == 1)
+            material.firstFailure = std::move(loaded.failure);
+        segment.status.store(eSegmentFailed, std::memory_order_release);
+        lists_.finishLoading(segment, CachedSegment::eFailed);
+    }
+    // Requests that had to wait for the source's resource are now for any loader to take.
+    requested_.notify_one();
+    if (material.removed)
+        lists_.take(segment, taken);
+    return segment.completed;
+}
+
+Material& CacheCore::find(const Lock&, const Cookie& cookie) const {
+    const auto found = materials_.find(cookie);
+    if (found == materials_.end())
+        throw UnknownMaterial(cookie);
+    return *found->second;
+}
+
+std::uint32_t CacheCore::reach(const Orv::OutputGearing& gearing, std::uint32_t held) const {
+    const double speed = std::abs(gearing.sourceSamplesPerOutputSample);
+    // A speed that is not a number counts as 1.
+    const double wanted = std::ceil(std::max(segmentsAhead_, held) * (speed > 1.0 ? speed : 1.0));
+    const std::size_t segmentBytes = static_cast<std::size_t>(segmentLength_) * sizeof(float);
+    const auto most = static_cast<double>(std::max<std::size_t>(memoryBudget_ / segmentBytes / 2, 1));
+    // The last limit keeps the conversion in range where the budget is all the memory there is.
+    return static_cast<std::uint32_t>(std::min({wanted, most, 1e6}));
+}
+
+Aud::SampleCacheSegment CacheCore::enter(const Lock&, Material& material, std::uint32_t number,
+                                         const LookAhead& lookAhead) {
+    requestAhead(material, number + step(lookAhead.direction), lookAhead);
+    // A reader of removed material gets a segment of its own that nobody will load.
+    return material.removed ? Access::adopt(new CachedSegment(Aud::eSegmentEmpty, material.lengthOf(number),
+                                                              material.shared_from_this(), number))
+                            : Access::share(request(material, number, CachedSegment::eUrgent));
+}
+
+Aud::SampleCacheSegment CacheCore::approach(const Lock&, Material& material, const LookAhead& lookAhead) {
+    const std::int64_t first =
+        lookAhead.direction == Aud::Render::Direction::forward ? 0 : material.segmentCount() - 1;
+    requestAhead(material, first, lookAhead);
+    return Access::adopt(new CachedSegment(Aud::eSegmentEmpty, 0, material.shared_from_this(), 0));
+}
+
+CacheCore::Standing CacheCore::stand(const Lock& lock, Material& material, std::int64_t sample,
+                                     const LookAhead& lookAhead) {
+    if (sample >= 0 && sample < material.length) {
+        const auto number = static_cast<std::uint32_t>(sample / material.segmentLength);
+        return {.segment = enter(lock, material, number, lookAhead),
+                .number = number,
+                .index = static_cast<std::int32_t>(sample % material.segmentLength)};
+    }
+    const bool isBefore = lookAhead.direction == Aud::Render::Direction::forward ? sample < 0 : sample >= 0;
+    if (!isBefore)
+        return {};
+    return {.segment = approach(lock, material, lookAhead)};
+}
+
+void CacheCore::requestAhead(Material& material, std::int64_t first, const LookAhead& lookAhead) {
+    const bool forward = lookAhead.direction == Aud::Render::Direction::forward;
+    const std::int64_t left = material.removed ? 0 : forward ? material.segmentCount() - first : first + 1;
+    const auto there = static_cast<std::size_t>(std::clamp<std::int64_t>(left, 0, lookAhead.reach));
+    // Beyond the end of the material only old handles are left to be given up.
+    for (std::size_t i = there; i < lookAhead.held.size(); ++i)
+        lookAhead.held[i] = Aud::SampleCacheSegment();
+    // The nearest comes last: the last request is loaded first.
+    for (std::size_t i = there; i-- > 0;) {
+        const std::int64_t number = first + static_cast<std::int64_t>(i) * step(lookAhead.direction);
+        CachedSegment& segment = request(material, static_cast<std::uint32_t>(number), CachedSegment::eAhead);
+        if (i < lookAhead.held.size())
+            lookAhead.held[i] = Access::share(segment);
+    }
+}
+
+CachedSegment& CacheCore::request(Material& material, std::uint32_t number, CachedSegment::Stage stage) {
+    const auto found = material.segments.find(number);
+    if (found == material.segments.end())
+        return addRequest(material, number, stage);
+    CachedSegment& segment = *found->second;
+    lists_.want(stage, segment);
+    return segment;
+}
+
+CachedSegment& CacheCore::addRequest(Material& material, std::uint32_t number, CachedSegment::Stage stage) {
+    auto segment = std::make_unique<CachedSegment>(Aud::eSegmentRequestOutstanding, material.lengthOf(number),
+                                                   material.shared_from_this(), number);
+    segment->completed = EventPtr(new Event);
+    segment->requestCompleted = &*segment->completed;
+    SegmentLists::List node{segment.get()};
+    material.segments.emplace(number, segment.get());
+    // Nothing below can fail: from here on the lists own the segment.
+    lists_.add(stage, node);
+    requested_.notify_one();
+    return *segment.release();
+}
+
+void CacheCore::takeAll(Material& material, SegmentLists::List& taken) {
+    material.removed = true;
+    while (!material.segments.empty()) {
+        const auto first = material.segments.begin();
+        if (first->second->stage == CachedSegment::eLoading)
+            // Its loader takes the segment when the read is over.
+            material.segments.erase(first);
+        else
+            lists_.take(*first->second, taken);
+    }
+}
+
+void CacheCore::letGo(SegmentLists::List& taken) {
+    for (CachedSegment* segment : taken) {
+        segment->completed->signal();
+        Access::release(segment);
+    }
+    taken.clear();
+}
+
+} // namespace audlmd

@@ -1,0 +1,75 @@
+#pragma once
+
+#include "host/cache/CachedSegment.hpp"
+#include "host/cache/MaterialCache.hpp"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <list>
+#include <vector>
+
+namespace audlmd {
+
+/// The segments of one cache, listed by the stage of their loading, with an account of their memory.
+///
+/// Every operation is called under the cache's lock. Operations that drop segments append them to `taken`
+/// instead of deleting them: the cache deletes them after it has given up the lock, because that takes long.
+class SegmentLists {
+public:
+    using List = std::list<CachedSegment*>;
+
+    /// `memoryBudget` is in bytes. At most `loaderThreads` segments are loaded at the same time.
+    SegmentLists(std::size_t memoryBudget, unsigned int loaderThreads);
+
+    /// Lists a new segment. `node` is a list of this segment alone, made by the caller so that nothing can
+    /// fail here.
+    void add(CachedSegment::Stage stage, List& node) noexcept;
+
+    /// Notes that a reader wants a listed segment: eUrgent if the reader stands on it, eAhead if not.
+    void want(CachedSegment::Stage stage, CachedSegment& segment) noexcept;
+
+    /// The segment to be loaded first: the oldest request of a reader that stands on its segment; else the
+    /// latest of all requests, because readers that have jumped no longer need what they wanted before. Null
+    /// if none is requested whose resource is free. Thousands of requests may wait: each is looked at a few
+    /// times in all, not in every call.
+    CachedSegment* nextRequest();
+
+    /// Makes room for a requested segment and marks it as loading. Where the budget has no room, a segment
+    /// that is urgent is loaded all the same; one that is only wanted ahead is taken, and the result is
+    /// false.
+    bool startLoading(CachedSegment& segment, List& taken);
+
+    /// Ends what startLoading started. The samples of a segment that failed no longer count as memory.
+    void finishLoading(CachedSegment& segment, CachedSegment::Stage result) noexcept;
+
+    /// Takes a segment out of its list and out of its material's table, and appends it to `taken`. A segment
+    /// that is loading can only be taken by its loader, once it has finished.
+    void take(CachedSegment& segment, List& taken) noexcept;
+
+    const MaterialCacheUsage& usage() const { return usage_; }
+
+private:
+    bool isBusy(const void* resource) const;
+    bool canLoad(const CachedSegment& segment) const;
+    /// Lists an urgent segment that no reader stands on any more by its number among those that are wanted
+    /// ahead.
+    void demote(CachedSegment& segment) noexcept;
+    void moveTo(CachedSegment::Stage stage, CachedSegment& segment) noexcept;
+    /// Takes segments that no reader holds, the least recently used first, until `bytes` fit the budget.
+    /// Returns whether they do.
+    bool makeRoom(std::size_t bytes, List& taken) noexcept;
+
+    const std::size_t memoryBudget_;
+    std::uint64_t requests_ = 0;
+    /// Those of eUrgent and eAhead are in the order of the request numbers.
+    std::array<List, CachedSegment::stageCount> lists_;
+    /// One for each segment that is loading, null where the source needs none.
+    std::vector<const void*> busyResources_;
+    /// As long as these resources are busy, no request up to this number can be loaded.
+    std::vector<const void*> blockedBy_;
+    std::uint64_t blockedUpTo_ = 0;
+    MaterialCacheUsage usage_;
+};
+
+} // namespace audlmd

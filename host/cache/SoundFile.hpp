@@ -1,0 +1,80 @@
+#pragma once
+
+#include "host/cache/SampleSource.hpp"
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <span>
+#include <stdexcept>
+
+namespace audlmd {
+
+/// A sound file that cannot be opened or read. The text names the file and says why.
+class SoundFileError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// An open sound file in any format of libsndfile, shared by the sources of its channels.
+///
+/// A file stores the samples of all channels together, while a cache reads each channel on its own. So the
+/// file keeps what it has decoded until all channels have read it, and the other channels find their samples
+/// there without decoding again. Up to 8 MiB of decoded samples are kept, or two excerpts if those are
+/// larger. The trap: where the readers of two channels are further apart than that, each of them has the file
+/// decoded anew.
+///
+/// Thread safe. Reads wait for each other.
+class SoundFile {
+public:
+    /// Throws SoundFileError if the file is not there, not readable, not audio, not seekable, shorter than
+    /// its header says, or at a sample rate outside those of SampleRates.hpp. For a film container the text
+    /// has the command that extracts its sound. The trap: without memory, some of the decoders below
+    /// libsndfile end the process.
+    explicit SoundFile(const std::filesystem::path& path);
+    ~SoundFile();
+    SoundFile(const SoundFile&) = delete;
+    SoundFile& operator=(const SoundFile&) = delete;
+
+    const std::filesystem::path& path() const;
+    int channels() const;
+    /// In frames per second.
+    int sampleRate() const;
+    /// The length, in frames (one sample of each channel); 0 is possible.
+    std::int64_t frames() const;
+    /// The time of the first frame on the recorder's clock, in frames, from a broadcast wave file. 0 in
+    /// others.
+    std::int64_t timeReference() const;
+
+    /// Fills `samples` with one channel, counted from 0, from frame `position` on. Full scale is -1.0 to 1.0.
+    /// Throws SoundFileError, also for a file that ends too early.
+    void read(int channel, std::int64_t position, std::span<float> samples);
+
+    /// How often the file was decoded, for tests and measurements: once for each excerpt.
+    std::uint64_t decodedExcerpts() const;
+
+private:
+    class KeptExcerpts;
+    std::unique_ptr<KeptExcerpts> excerpts_;
+};
+
+/// One channel of a sound file, as a cache reads it.
+class SoundFileSource final : public SampleSource {
+public:
+    /// Throws std::out_of_range if the file does not have the channel, counted from 0.
+    SoundFileSource(std::shared_ptr<SoundFile> file, int channel);
+
+    std::int64_t length() const override { return file_->frames(); }
+    /// Throws SoundFileError.
+    void read(std::int64_t position, std::span<float> samples) override {
+        file_->read(channel_, position, samples);
+    }
+    /// The file: its channels are read one after another, because each read would wait for the others.
+    const void* exclusiveResource() const override { return file_.get(); }
+
+private:
+    std::shared_ptr<SoundFile> file_;
+    int channel_;
+};
+
+} // namespace audlmd

@@ -1,0 +1,61 @@
+#include "host/mix/MixNotes.hpp"
+
+#include "host/mix/SpanList.hpp"
+
+#include <algorithm>
+#include <vector>
+
+namespace audlmd {
+namespace {
+
+bool hasProblems(const StripReport& report) {
+    return !report.failure.empty() || report.underrunSamples != 0 || report.overload.samples != 0 ||
+           !report.silent.empty();
+}
+
+void append(std::vector<OutputSpan>& spans, const std::vector<OutputSpan>& more) {
+    SpanList list(mostSpansOfAStrip);
+    for (const OutputSpan span : spans)
+        list.add(span);
+    for (const OutputSpan span : more)
+        list.add(span);
+    spans = list.spans();
+}
+
+void append(Overload& overload, const Overload& more) {
+    if (overload.samples == 0)
+        overload.firstAt = more.firstAt;
+    overload.samples += more.samples;
+    overload.peak = std::max(overload.peak, more.peak);
+    append(overload.spans, more.spans);
+}
+
+} // namespace
+
+void MixNotes::add(std::size_t strip, const StripReport& report, double seconds) {
+    if (seconds > slowest_.seconds)
+        slowest_ = {.strip = strip, .seconds = seconds};
+    if (!hasProblems(report))
+        return;
+    StripReport& sum = strips_[strip];
+    if (sum.failure.empty())
+        sum.failure = report.failure;
+    sum.underrunSamples += report.underrunSamples;
+    sum.underrunEpisodes += report.underrunEpisodes;
+    append(sum.silent, report.silent);
+    append(sum.overload, report.overload);
+}
+
+void MixNotes::addSilence(std::size_t strip, OutputSpan span, const std::string& failure) {
+    StripReport& sum = strips_[strip];
+    if (sum.failure.empty())
+        sum.failure = failure;
+    if (failure.empty()) {
+        sum.underrunSamples += static_cast<std::uint64_t>(span.to - span.from);
+        if (sum.silent.empty() || sum.silent.back().to != span.from)
+            ++sum.underrunEpisodes;
+    }
+    append(sum.silent, {span});
+}
+
+} // namespace audlmd

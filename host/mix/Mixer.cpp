@@ -1,0 +1,292 @@
+#include "host/mix/Mixer.hpp"
+
+#include "host/cache/MaterialCache.hpp"
+#include "host/mix/MixNotes.hpp"
+#include "host/mix/OpenStrip.hpp"
+#include "host/mix/OverloadMeter.hpp"
+#include "host/mix/StripOpener.hpp"
+#include "host/mix/StripSchedule.hpp"
+#include "host/mix/WorkerPool.hpp"
+
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+namespace audlmd {
+namespace {
+
+constexpr std::size_t mostBlock = 65536;
+constexpr std::size_t mostSpansOfTheOutput = 1024;
+
+/// Shorter than a cache's usual segments, because a strip of a mix may be short, and what is loaded beyond
+/// its end is not heard.
+constexpr std::int32_t segmentLength = 16384;
+/// The segment that a reader stands on, those ahead of it, and the one that it has left.
+constexpr std::size_t segmentsOfAChannel = 4;
+constexpr std::size_t leastBudget = std::size_t{4} << 20;
+constexpr std::size_t mostBudget = std::size_t{256} << 20;
+
+std::vector<OutputSpan> spansIn(const Timeline& timeline) {
+    std::vector<OutputSpan> spans;
+    for (const TimelineTrack& track : timeline.tracks)
+        for (const TimelineStrip& strip : track.strips)
+            try {
+                spans.push_back(soundingSpan(strip, timeline.sampleRate));
+            } catch (const std::invalid_argument& error) {
+                throw std::invalid_argument("track '" + track.name + "', strip '" + strip.name +
+                                            "': " + error.what());
+            }
+    return spans;
+}
+
+const MixerOptions& checked(const MixerOptions& options) {
+    if (options.block < 1 || options.block > mostBlock)
+        throw std::invalid_argument("a block of " + std::to_string(options.block) +
+                                    " samples is out of range: 1 to " + std::to_string(mostBlock));
+    if (!(options.openAhead >= 0.0 && options.openAhead <= 3600.0))
+        throw std::invalid_argument("strips are opened from 0 to 3600 seconds ahead");
+    return options;
+}
+
+const Timeline& checked(const Timeline& timeline) {
+    if (timeline.channels == 0 || timeline.sampleRate <= 0)
+        throw std::invalid_argument("a timeline needs at least one channel, and a sample rate");
+    return timeline;
+}
+
+std::size_t threadsFor(const MixerOptions& options) {
+    return options.threads != 0 ? options.threads : std::max(1U, std::thread::hardware_concurrency());
+}
+
+MaterialCacheOptions cacheOptions(const MixerOptions& options, std::size_t channelsAtOneTime) {
+    MaterialCacheOptions cache;
+    cache.segmentLength = segmentLength;
+    const std::size_t wanted =
+        channelsAtOneTime * segmentsOfAChannel * static_cast<std::size_t>(segmentLength) * sizeof(float);
+    cache.memoryBudget = options.memoryBudget.value_or(std::clamp(wanted, leastBudget, mostBudget));
+    return cache;
+}
+
+} // namespace
+
+/// Renders one block at a time: finds the strips that sound in it, renders their channels side by side, then
+/// sums them side by side for the channels of the output.
+class Mixer::Impl {
+public:
+    Impl(Timeline timeline, OpenMedia open, const MixerOptions& options);
+
+    void render(std::int64_t position, std::span<const std::span<float>> channels);
+    void callOff();
+    MixReport report();
+
+    const Timeline timeline;
+
+private:
+    /// Where a strip stands in the timeline.
+    struct Place {
+        std::size_t track;
+        std::size_t strip;
+    };
+    static std::vector<Place> placesIn(const Timeline& timeline);
+
+    /// A strip that is open and sounds in the block.
+    struct Sounding {
+        OpenStrip* strip;
+        OutputSpan span;
+    };
+    struct Job {
+        OpenStrip* strip;
+        std::size_t channel;
+        OutputSpan span;
+    };
+
+    const TimelineStrip& stripAt(std::size_t strip) const {
+        return timeline.tracks[places_[strip].track].strips[places_[strip].strip];
+    }
+
+    void renderBlock(OutputSpan block, std::span<const std::span<float>> channels);
+    /// Opens and closes strips for a block and the time after it.
+    void follow(OutputSpan block);
+    void findSounding(OutputSpan block);
+    /// On the opener's thread.
+    std::unique_ptr<OpenStrip> openStrip(std::size_t strip);
+    std::shared_ptr<const PreparedMedia> mediaFor(const std::string& name);
+
+    const MixerOptions options_;
+    const OpenMedia openMedia_;
+    const std::vector<Place> places_;
+    StripSchedule schedule_;
+    /// In output samples.
+    const std::int64_t openAhead_;
+    MaterialCache cache_;
+    MixNotes notes_;
+    std::vector<OverloadMeter> channelMeters_;
+    std::vector<Sounding> sounding_;
+    std::vector<Job> jobs_;
+    /// What strips that are open share. Used by the opener's thread only.
+    std::unordered_map<std::string, std::weak_ptr<const PreparedMedia>> media_;
+    /// The first output sample of the block, for strips that are opened in their middle.
+    std::atomic<std::int64_t> position_{0};
+    WorkerPool pool_;
+    /// Declared last: strips close, and the thread ends, before anything that they use.
+    StripOpener opener_;
+};
+
+Mixer::Impl::Impl(Timeline theTimeline, OpenMedia open, const MixerOptions& options)
+    : timeline(std::move(theTimeline)), options_(checked(options)), openMedia_(std::move(open)),
+      places_(placesIn(checked(timeline))), schedule_(spansIn(timeline)),
+      openAhead_(std::llround(options.openAhead * timeline.sampleRate)),
+      cache_(cacheOptions(options,
+                          schedule_.mostOpen(openAhead_) * std::max<std::size_t>(2, timeline.channels))),
+      channelMeters_(timeline.channels, OverloadMeter(mostSpansOfTheOutput)), pool_(threadsFor(options)),
+      opener_([this](std::size_t strip) { return openStrip(strip); }) {}
+
+std::vector<Mixer::Impl::Place> Mixer::Impl::placesIn(const Timeline& timeline) {
+    std::vector<Place> places;
+    for (std::size_t track = 0; track < timeline.tracks.size(); ++track)
+        for (std::size_t strip = 0; strip < timeline.tracks[track].strips.size(); ++strip)
+            places.push_back({track, strip});
+    return places;
+}
+
+void Mixer::Impl::render(std::int64_t position, std::span<const std::span<float>> channels) {
+    if (channels.size() != timeline.channels)
+        throw std::invalid_argument("the timeline has " + std::to_string(timeline.channels) +
+                                    " channels, not " + std::to_string(channels.size()));
+    const std::size_t frames = channels.front().size();
+    for (std::size_t channel = 1; channel < channels.size(); ++channel)
+        if (channels[channel].size() != frames)
+            throw std::invalid_argument("the buffer of channel " + std::to_string(channel + 1) + " has " +
+                                        std::to_string(channels[channel].size()) +
+                                        " samples, but that of channel 1 has " + std::to_string(frames));
+    requirePosition(position, "the start of the stretch");
+    std::vector<std::span<float>> block(channels.size());
+    for (std::size_t done = 0; done < frames; done += options_.block) {
+        const std::size_t count = std::min(options_.block, frames - done);
+        for (std::size_t channel = 0; channel < channels.size(); ++channel)
+            block[channel] = channels[channel].subspan(done, count);
+        const std::int64_t from = position + static_cast<std::int64_t>(done);
+        renderBlock({.from = from, .to = from + static_cast<std::int64_t>(count)}, block);
+    }
+}
+
+void Mixer::Impl::renderBlock(OutputSpan block, std::span<const std::span<float>> channels) {
+    follow(block);
+    findSounding(block);
+    jobs_.clear();
+    for (const Sounding& sounding : sounding_)
+        for (std::size_t channel = 0; channel < sounding.strip->channels(); ++channel)
+            jobs_.push_back({sounding.strip, channel, sounding.span});
+    pool_.run(jobs_.size(),
+              [this](std::size_t job) { jobs_[job].strip->render(jobs_[job].channel, jobs_[job].span); });
+    pool_.run(channels.size(), [&](std::size_t channel) {
+        const std::span<float> bus = channels[channel];
+        std::ranges::fill(bus, 0.0F);
+        for (const auto& [strip, span] : sounding_)
+            strip->addTo(channel, bus.subspan(static_cast<std::size_t>(span.from - block.from),
+                                              static_cast<std::size_t>(span.to - span.from)));
+        channelMeters_[channel].measure(bus, 1.0F, block.from);
+    });
+}
+
+void Mixer::Impl::follow(OutputSpan block) {
+    position_.store(block.from, std::memory_order_relaxed);
+    const StripSchedule::Change change = schedule_.moveTo({.from = block.from, .to = block.to + openAhead_});
+    for (const std::size_t strip : change.closed) {
+        if (const StripOpener::Opened* const opened = opener_.find(strip); opened && opened->strip)
+            notes_.add(strip, opened->strip->report(), opened->strip->seconds());
+        opener_.close(strip);
+    }
+    for (const std::size_t strip : change.opened)
+        opener_.open(strip);
+}
+
+void Mixer::Impl::findSounding(OutputSpan block) {
+    sounding_.clear();
+    for (const std::size_t strip : schedule_.open()) {
+        const OutputSpan whole = schedule_.spanOf(strip);
+        const OutputSpan span{.from = std::max(block.from, whole.from), .to = std::min(block.to, whole.to)};
+        if (span.from >= span.to)
+            continue;
+        const StripOpener::Opened* const opened = options_.wait ? opener_.wait(strip) : opener_.find(strip);
+        if (opened != nullptr && opened->strip != nullptr)
+            sounding_.push_back({opened->strip.get(), span});
+        else
+            notes_.addSilence(strip, span, opened != nullptr ? opened->failure : "");
+    }
+}
+
+std::unique_ptr<OpenStrip> Mixer::Impl::openStrip(std::size_t strip) {
+    const TimelineStrip& opened = stripAt(strip);
+    const OpenStrip::Output output{.channels = timeline.channels,
+                                   .sampleRate = timeline.sampleRate,
+                                   .block = options_.block,
+                                   .wait = options_.wait,
+                                   .inlined = options_.inlined};
+    return std::make_unique<OpenStrip>(opened, mediaFor(opened.media), cache_, output,
+                                       position_.load(std::memory_order_relaxed));
+}
+
+std::shared_ptr<const PreparedMedia> Mixer::Impl::mediaFor(const std::string& name) {
+    std::erase_if(media_, [](const auto& entry) { return entry.second.expired(); });
+    if (const auto found = media_.find(name); found != media_.end())
+        if (auto media = found->second.lock())
+            return media;
+    auto media = std::make_shared<const PreparedMedia>(prepare(openMedia_(name), timeline.sampleRate));
+    media_[name] = media;
+    return media;
+}
+
+void Mixer::Impl::callOff() {
+    opener_.callOff();
+    cache_.callOff();
+}
+
+MixReport Mixer::Impl::report() {
+    MixNotes notes = notes_;
+    for (const std::size_t strip : schedule_.open())
+        if (const StripOpener::Opened* const opened = opener_.find(strip); opened && opened->strip)
+            notes.add(strip, opened->strip->report(), opened->strip->seconds());
+    MixReport report;
+    for (const auto& [strip, problems] : notes.strips()) {
+        report.strips.push_back(problems);
+        report.strips.back().track = places_[strip].track;
+        report.strips.back().strip = places_[strip].strip;
+    }
+    for (const OverloadMeter& meter : channelMeters_)
+        report.channels.push_back(meter.overload());
+    if (const MixNotes::Slowest slowest = notes.slowest(); slowest.seconds > 0.0)
+        report.slowest = {.track = places_[slowest.strip].track,
+                          .strip = places_[slowest.strip].strip,
+                          .seconds = slowest.seconds};
+    return report;
+}
+
+Mixer::Mixer(Timeline timeline, OpenMedia open, const MixerOptions& options)
+    : impl_(std::make_unique<Impl>(std::move(timeline), std::move(open), options)) {}
+
+Mixer::~Mixer() = default;
+
+const Timeline& Mixer::timeline() const {
+    return impl_->timeline;
+}
+
+void Mixer::render(std::int64_t position, std::span<const std::span<float>> channels) {
+    impl_->render(position, channels);
+}
+
+void Mixer::callOff() {
+    impl_->callOff();
+}
+
+MixReport Mixer::report() const {
+    return impl_->report();
+}
+
+} // namespace audlmd

@@ -1,0 +1,148 @@
+#include "host/mix/OpenStrip.hpp"
+
+#include "host/mix/RateConvertedSource.hpp"
+#include "host/mix/ScaledSource.hpp"
+#include "host/services/Identities.hpp"
+#include "host/signal/GainLaws.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <stdexcept>
+#include <string>
+#include <utility>
+
+namespace audlmd {
+namespace {
+
+/// The material is scaled down by this power of two before it reaches the library, whose float output clips
+/// at full scale. 120 dB are more than the levels and five bands add, and leave 24-bit samples far from the
+/// smallest floats.
+constexpr int headroomExponent = 20;
+
+constexpr double mostGainDb = 60.0;
+/// 20 log10(2).
+constexpr double decibelsPerDoubling = 6.020599913279624;
+
+/// How often a gain is doubled beside the level stage, which gives up to +10 dB. A doubling is exact.
+int doublingsOf(double gainDb) {
+    return static_cast<int>(std::ceil(std::max(0.0, gainDb - faderTopDecibels) / decibelsPerDoubling));
+}
+
+void requireLength(std::int64_t samples, const std::string& what) {
+    requirePosition(samples, what);
+    if (samples < 0)
+        throw std::invalid_argument(what + " of " + std::to_string(samples) + " samples is negative");
+}
+
+/// For all channels, without the cookie.
+StripSettings playerSettings(const TimelineStrip& strip, int sampleRate, bool wait) {
+    if (std::isnan(strip.gainDb) || strip.gainDb > mostGainDb)
+        throw std::invalid_argument("the gain is not a number of decibels up to +60");
+    StripSettings settings = strip.settings;
+    settings.sampleRate = sampleRate;
+    settings.wait = wait;
+    settings.outerLevel.reset();
+    settings.middleLevel.reset();
+    if (strip.gainDb != 0.0)
+        settings.middleLevel = static_cast<float>(
+            mixerStyleUValueOfDecibels(strip.gainDb - doublingsOf(strip.gainDb) * decibelsPerDoubling));
+    return settings;
+}
+
+Routing routingOf(const TimelineStrip& strip, std::size_t materialChannels, std::size_t outputChannels) {
+    if (!strip.routing)
+        return defaultRouting(materialChannels, outputChannels);
+    const auto fits = [&](const std::vector<float>& row) { return row.size() == materialChannels; };
+    if (strip.routing->rows.size() != outputChannels || !std::ranges::all_of(strip.routing->rows, fits))
+        throw std::invalid_argument("the routing needs a row for each of the " +
+                                    std::to_string(outputChannels) +
+                                    " output channels, with a gain for each of the " +
+                                    std::to_string(materialChannels) + " channels of the material");
+    return *strip.routing;
+}
+
+/// The gains of one channel of the material in all channels of the output, times a power of two.
+std::vector<float> gainsOf(const Routing& routing, std::size_t channel, int exponent) {
+    std::vector<float> gains;
+    for (const std::vector<float>& row : routing.rows)
+        gains.push_back(std::ldexp(row[channel], exponent));
+    return gains;
+}
+
+} // namespace
+
+PreparedMedia prepare(const Media& media, int sampleRate) {
+    if (media.channels.empty())
+        throw std::invalid_argument("the material has no channels");
+    PreparedMedia prepared;
+    for (const std::shared_ptr<SampleSource>& channel : media.channels)
+        prepared.push_back(std::make_shared<ScaledSource>(convertedTo(channel, media.sampleRate, sampleRate),
+                                                          -headroomExponent));
+    return prepared;
+}
+
+OutputSpan soundingSpan(const TimelineStrip& strip, int sampleRate) {
+    if (!strip.silence.empty())
+        return {.from = strip.at, .to = strip.at};
+    requirePosition(strip.at, "the place");
+    requireLength(strip.length, "the length");
+    requireLength(strip.skip, "the part that is skipped");
+    const StripPlan plan(playerSettings(strip, sampleRate, true));
+    const std::int64_t heard = static_cast<std::int64_t>(plan.outputLength) - strip.skip;
+    return {.from = strip.at, .to = strip.at + std::clamp<std::int64_t>(heard, 0, strip.length)};
+}
+
+OpenStrip::OpenStrip(const TimelineStrip& strip, std::shared_ptr<const PreparedMedia> media,
+                     MaterialCache& cache, const Output& output, std::int64_t first)
+    : strip_(strip), media_(std::move(media)) {
+    const Routing routing = routingOf(strip, media_->size(), output.channels);
+    const int exponent = headroomExponent + doublingsOf(strip.gainDb);
+    const std::int64_t left = std::max<std::int64_t>(first - strip.at, 0);
+    StripSettings settings = playerSettings(strip, output.sampleRate, output.wait);
+    settings.cookie.material = makeUuid();
+    for (std::size_t channel = 0; channel < media_->size(); ++channel) {
+        std::vector<float> gains = gainsOf(routing, channel, exponent);
+        if (std::ranges::all_of(gains, [](float gain) { return gain == 0.0F; }))
+            continue;
+        settings.cookie.channel = static_cast<std::uint16_t>(channel);
+        channels_.push_back(std::make_unique<StripChannel>(
+            cache, settings, (*media_)[channel], std::move(gains), static_cast<std::uint64_t>(strip.skip),
+            output.block, output.inlined));
+        channels_.back()->load(static_cast<std::uint64_t>(strip.skip + left));
+    }
+}
+
+void OpenStrip::render(std::size_t channel, OutputSpan span) {
+    channels_[channel]->render(static_cast<std::uint64_t>(strip_.skip + span.from - strip_.at),
+                               static_cast<std::size_t>(span.to - span.from), span.from);
+}
+
+void OpenStrip::addTo(std::size_t outputChannel, std::span<float> bus) const {
+    for (const std::unique_ptr<StripChannel>& channel : channels_)
+        channel->addTo(outputChannel, bus);
+}
+
+double OpenStrip::seconds() const {
+    double seconds = 0.0;
+    for (const std::unique_ptr<StripChannel>& channel : channels_)
+        seconds += channel->seconds();
+    return seconds;
+}
+
+StripReport OpenStrip::report() const {
+    StripReport report;
+    for (const std::unique_ptr<StripChannel>& channel : channels_) {
+        const MaterialStatistics& statistics = channel->statistics();
+        if (report.failure.empty() && statistics.failedSegments != 0)
+            report.failure = statistics.firstFailure.empty() ? "a read failed" : statistics.firstFailure;
+        report.underrunSamples += statistics.underrunSamples;
+        report.underrunEpisodes += statistics.underrunEpisodes;
+        const Overload overload = channel->overload();
+        if (overload.peak > report.overload.peak)
+            report.overload = overload;
+        report.silent.insert(report.silent.end(), channel->silent().begin(), channel->silent().end());
+    }
+    return report;
+}
+
+} // namespace audlmd

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "host/cache/MaterialCache.hpp"
+#include "host/mix/Media.hpp"
+#include "host/mix/StripChannel.hpp"
+#include "host/mix/Timeline.hpp"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <vector>
+
+namespace audlmd {
+
+/// The channels of a material ready for the players of a mix: at the timeline's sample rate, with headroom.
+using PreparedMedia = std::vector<std::shared_ptr<SampleSource>>;
+
+/// Throws std::invalid_argument for media without channels, and for rates that cannot be converted.
+PreparedMedia prepare(const Media& media, int sampleRate);
+
+/// Where in the output a strip sounds: nowhere if it has a reason for silence. Throws std::invalid_argument
+/// for times or a gain out of range, and what StripPlan throws.
+OutputSpan soundingSpan(const TimelineStrip& strip, int sampleRate);
+
+/// A strip while it is open.
+class OpenStrip {
+public:
+    /// The output, and how it is rendered.
+    struct Output {
+        std::size_t channels = 2;
+        int sampleRate = 48000;
+        /// The most output samples that are rendered at a time.
+        std::size_t block = 4096;
+        /// See StripSettings::wait.
+        bool wait = true;
+        /// See MixerOptions::inlined.
+        RenderFunctionLookUp<Unclipped> inlined = nullptr;
+    };
+
+    /// Has the cache load what is heard from output sample `first` on. Throws std::invalid_argument for a
+    /// routing that does not fit the material or the output, and what the players throw. Strip and cache must
+    /// outlive this object.
+    OpenStrip(const TimelineStrip& strip, std::shared_ptr<const PreparedMedia> media, MaterialCache& cache,
+              const Output& output, std::int64_t first);
+
+    /// The channels of the material that are heard.
+    std::size_t channels() const { return channels_.size(); }
+
+    /// Renders one channel, counted from 0 to channels(). The span lies where the strip sounds, and is not
+    /// longer than a block. Different channels may be rendered at the same time.
+    void render(std::size_t channel, OutputSpan span);
+    /// Adds all channels as they were rendered last to an output channel: `bus` begins where their span does.
+    void addTo(std::size_t outputChannel, std::span<float> bus) const;
+
+    /// The processor time that rendering has taken, in seconds.
+    double seconds() const;
+    /// What went wrong since the strip was opened, without the place.
+    StripReport report() const;
+
+private:
+    const TimelineStrip& strip_;
+    /// Keeps the media open for other strips that play it.
+    std::shared_ptr<const PreparedMedia> media_;
+    std::vector<std::unique_ptr<StripChannel>> channels_;
+};
+
+} // namespace audlmd

@@ -1,0 +1,77 @@
+#pragma once
+
+#include "host/cache/SampleSource.hpp"
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <span>
+#include <vector>
+
+namespace audlmd {
+
+/// Rate conversion: a source at another sample rate than its input's, converted by libsoxr at very high
+/// quality while the cache loads it. Use it for material whose rate differs from the output's.
+///
+/// Output sample n stands for the input time n x inRate / outRate exactly, with a linear phase and no delay.
+/// Levels keep to 0.01 dB up to 91 % of half the lower rate, and tones to -100 dB of themselves up to 52 to
+/// 91 %, depending on the ratio (docs/sound.md); above half the lower rate nothing is left.
+///
+/// The output is cut into fixed blocks. Each block starts where a sample of the input and a sample of the
+/// output fall on the same time, and is converted afresh from the input samples that its filters reach. So
+/// the bytes of a read depend on its position only: reading forwards, backwards or at random gives the same
+/// samples. The five blocks used last are kept, each of about 32,768 samples or of one period of the two
+/// rates.
+///
+/// Thread safe. The cache converts channels of one exclusive resource, such as a file, one after another. A
+/// NaN or an infinity in the input spoils up to a block. The last bit of a sample can differ between
+/// processors with AVX and those without.
+class RateConvertedSource final : public SampleSource {
+public:
+    /// Rates are in hertz. Throws std::invalid_argument, with a sentence that names both rates, unless each
+    /// is from 1,000 to 384,000 Hz.
+    RateConvertedSource(std::shared_ptr<SampleSource> source, int inRate, int outRate);
+
+    /// The length of the input x outRate / inRate, rounded up.
+    std::int64_t length() const override { return length_; }
+
+    /// What the input's read throws is passed on; the next read tries again. Input beyond either end is
+    /// silence.
+    void read(std::int64_t position, std::span<float> samples) override;
+
+    const void* exclusiveResource() const override { return source_->exclusiveResource(); }
+
+private:
+    struct Block {
+        std::int64_t index = 0;
+        /// Held while the block is converted: whoever needs the same block waits.
+        std::mutex mutex;
+        std::vector<float> samples;
+    };
+
+    std::shared_ptr<Block> blockAt(std::int64_t index);
+    std::vector<float> convert(std::int64_t index) const;
+    std::vector<float> readPadded(std::int64_t from, std::int64_t to) const;
+
+    std::shared_ptr<SampleSource> source_;
+    int inRate_;
+    int outRate_;
+    /// The two rates without their common factor: so many input and output samples last the same time.
+    std::int64_t inPeriod_;
+    std::int64_t outPeriod_;
+    std::int64_t length_;
+    std::int64_t periodsPerBlock_;
+    /// How far before and behind a block its filters reach, in input samples.
+    std::int64_t margin_;
+
+    std::mutex mutex_;
+    /// The one used last comes last.
+    std::deque<std::shared_ptr<Block>> kept_;
+};
+
+/// The source at another rate: the source itself where the rates are equal, else a RateConvertedSource.
+std::shared_ptr<SampleSource> convertedTo(std::shared_ptr<SampleSource> source, int inRate, int outRate);
+
+} // namespace audlmd

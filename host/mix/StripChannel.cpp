@@ -1,0 +1,93 @@
+#include "host/mix/StripChannel.hpp"
+
+#include "host/signal/BlockLoops.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <ctime>
+#include <utility>
+
+namespace audlmd {
+namespace {
+
+/// Of this thread, in seconds.
+double processorTime() {
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+float largestMagnitude(const std::vector<float>& gains) {
+    float largest = 0.0F;
+    for (const float gain : gains)
+        largest = std::max(largest, std::fabs(gain));
+    return largest;
+}
+
+} // namespace
+
+StripChannel::CachedMaterial::CachedMaterial(MaterialCache& sampleCache, const Cookie& itsCookie,
+                                             std::shared_ptr<SampleSource> source)
+    : cache(sampleCache), cookie(itsCookie) {
+    cache.add(cookie, std::move(source));
+}
+
+StripChannel::CachedMaterial::~CachedMaterial() {
+    cache.remove(cookie);
+}
+
+StripChannel::StripChannel(MaterialCache& cache, const StripSettings& settings,
+                           std::shared_ptr<SampleSource> source, std::vector<float> gains,
+                           std::uint64_t start, std::size_t block, RenderFunctionLookUp<Unclipped> inlined)
+    : material_(cache, settings.cookie, std::move(source)), player_(cache, settings, inlined),
+      gains_(std::move(gains)), loudestGain_(largestMagnitude(gains_)), start_(start), block_(block),
+      silent_(mostSpansOfAStrip), overload_(mostSpansOfAStrip) {
+    player_.seek(start);
+}
+
+void StripChannel::load(std::uint64_t position) const {
+    const StripPlan& plan = player_.plan();
+    // The mixer may have moved on beyond the end since the strip was requested.
+    const auto output = static_cast<double>(std::min(position, plan.outputLength));
+    const std::int64_t sample = plan.materialPosition(static_cast<std::int64_t>(output * plan.speedInForce));
+    material_.cache.request(material_.cookie, sample, plan.direction(), plan.gearing,
+                            plan.settings.forwardArgument);
+}
+
+void StripChannel::render(std::uint64_t position, std::size_t count, std::int64_t at) {
+    const double before = processorTime();
+    moveTo(position);
+    const std::span<float> samples = std::span(block_).first(count);
+    player_.renderFloats(samples);
+    rendered_ = count;
+    overload_.measure(samples, loudestGain_, at);
+
+    const std::uint64_t missing = statistics_.underrunSamples;
+    statistics_ = material_.cache.statistics(material_.cookie);
+    if (statistics_.underrunSamples != missing)
+        silent_.add({.from = at, .to = at + static_cast<std::int64_t>(count)});
+    seconds_ += processorTime() - before;
+}
+
+/// The equaliser and the filtering converter carry state from the first sample that is heard. So samples
+/// that were left out are played, and not heard.
+void StripChannel::moveTo(std::uint64_t position) {
+    const StripSettings& settings = player_.plan().settings;
+    if (settings.equaliser.empty() && settings.converter != Converter::filtering) {
+        if (player_.position() != position)
+            player_.seek(position);
+        return;
+    }
+    if (player_.position() > position)
+        player_.seek(start_);
+    while (player_.position() != position)
+        player_.renderFloats(std::span(block_).first(
+            std::min(block_.size(), static_cast<std::size_t>(position - player_.position()))));
+}
+
+void StripChannel::addTo(std::size_t outputChannel, std::span<float> bus) const {
+    if (const float gain = gains_[outputChannel]; gain != 0.0F)
+        audlmd::addTo(bus, std::span(block_).first(rendered_), gain);
+}
+
+} // namespace audlmd

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "host/cache/MaterialCache.hpp"
+#include "host/mix/OverloadMeter.hpp"
+#include "host/mix/SpanList.hpp"
+#include "host/signal/StripPlayer.hpp"
+#include "host/signal/Unclipped.hpp"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <vector>
+
+namespace audlmd {
+
+/// One channel of a strip while the strip is open: its material in the cache, and the player.
+class StripChannel {
+public:
+    /// `gains` has the gain in each channel of the output. `settings.cookie` names the material: no other
+    /// open channel may have it. `inlined` as in StripPlayer. `start` is the first sample of the player that
+    /// is heard; `block` the most that are rendered at a time. The cache must outlive this object. Throws
+    /// what StripPlayer throws.
+    StripChannel(MaterialCache& cache, const StripSettings& settings, std::shared_ptr<SampleSource> source,
+                 std::vector<float> gains, std::uint64_t start, std::size_t block,
+                 RenderFunctionLookUp<Unclipped> inlined);
+
+    /// Has the cache load what the player reads from one of its samples on.
+    void load(std::uint64_t position) const;
+
+    /// Renders so many samples of the player, from `position` on. They are heard at output sample `at`.
+    void render(std::uint64_t position, std::size_t count, std::int64_t at);
+    /// Adds what was rendered last to an output channel.
+    void addTo(std::size_t outputChannel, std::span<float> bus) const;
+
+    /// The processor time that rendering has taken, in seconds.
+    double seconds() const { return seconds_; }
+    const MaterialStatistics& statistics() const { return statistics_; }
+    /// Where samples were missing.
+    const std::vector<OutputSpan>& silent() const { return silent_.spans(); }
+    Overload overload() const { return overload_.overload(); }
+
+private:
+    /// In the cache for as long as this object lives.
+    class CachedMaterial {
+    public:
+        CachedMaterial(MaterialCache& cache, const Cookie& cookie, std::shared_ptr<SampleSource> source);
+        ~CachedMaterial();
+        CachedMaterial(const CachedMaterial&) = delete;
+        CachedMaterial& operator=(const CachedMaterial&) = delete;
+
+        MaterialCache& cache;
+        const Cookie cookie;
+    };
+
+    void moveTo(std::uint64_t position);
+
+    CachedMaterial material_;
+    StripPlayer player_;
+    std::vector<float> gains_;
+    /// The largest magnitude of the gains.
+    float loudestGain_;
+    std::uint64_t start_;
+    std::vector<float> block_;
+    std::size_t rendered_ = 0;
+
+    MaterialStatistics statistics_;
+    SpanList silent_;
+    OverloadMeter overload_;
+    double seconds_ = 0.0;
+};
+
+} // namespace audlmd

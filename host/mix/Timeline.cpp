@@ -1,0 +1,30 @@
+#include "host/mix/Timeline.hpp"
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace audlmd {
+
+Routing defaultRouting(std::size_t materialChannels, std::size_t outputChannels) {
+    if (materialChannels > outputChannels)
+        throw std::invalid_argument("the material has " + std::to_string(materialChannels) +
+                                    " channels, more than the output's " + std::to_string(outputChannels) +
+                                    ": the strip needs a routing of its own");
+    Routing routing{std::vector(outputChannels, std::vector<float>(materialChannels))};
+    for (std::size_t channel = 0; channel < materialChannels; ++channel)
+        routing.rows[channel][channel] = 1.0F;
+    if (materialChannels == 1 && outputChannels > 1)
+        routing.rows[1][0] = 1.0F;
+    return routing;
+}
+
+std::int64_t endOfSound(const Timeline& timeline) {
+    std::int64_t end = 0;
+    for (const TimelineTrack& track : timeline.tracks)
+        for (const TimelineStrip& strip : track.strips)
+            if (strip.silence.empty())
+                end = std::max(end, strip.at + strip.length);
+    return end;
+}
+
+} // namespace audlmd

@@ -1,0 +1,92 @@
+#pragma once
+
+#include "host/signal/StripPlayer.hpp"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace audlmd {
+
+/// How the channels of a material are summed into the channels of the output: rows[o][m] is the linear gain
+/// of material channel m in output channel o.
+struct Routing {
+    std::vector<std::vector<float>> rows;
+};
+
+/// The routing of a strip that names none. One channel goes to the first two outputs at 0 dB each (other
+/// programs lower it by 3 dB there); several channels go one to one, and further outputs stay silent. Throws
+/// std::invalid_argument where the material has more channels than the output: that needs a routing of its
+/// own.
+Routing defaultRouting(std::size_t materialChannels, std::size_t outputChannels);
+
+/// A part of a material, placed on the output.
+struct TimelineStrip {
+    /// For the list and the report.
+    std::string name;
+    /// Names the material for whoever opens it: a path, or a key of the program's own.
+    std::string media;
+    /// Why the strip is silent. Empty: it sounds. A strip with a reason keeps its place for lists and
+    /// pictures; a mixer passes over it and does not open its material.
+    std::string silence;
+    /// The first output sample.
+    std::int64_t at = 0;
+    /// Output samples that the strip lasts. Where the range gives fewer, the rest is silent; more are cut
+    /// off.
+    std::int64_t length = 0;
+    /// Output samples of the settings' range that are left out before `at`, as by StripPlayer::seek(). Fades
+    /// and automation stay where the whole range has them: this is how a strip is cut in the middle of a
+    /// fade.
+    std::int64_t skip = 0;
+    /// Range, direction, speed, fades, equaliser and automation. Samples are the material's at the timeline's
+    /// sample rate. Cookie, sample rate, levels and waiting are set by the mixer.
+    StripSettings settings;
+    /// Fixed gain of the whole strip, in decibels: minus infinity up to +60, which is more than one level
+    /// stage gives.
+    double gainDb = 0.0;
+    std::optional<Routing> routing;
+};
+
+/// Strips that a user sees as one row. A track changes nothing of the sound: strips that overlap are summed.
+struct TimelineTrack {
+    std::string name;
+    std::vector<TimelineStrip> strips;
+};
+
+/// A named time, in output samples.
+struct TimelineMarker {
+    std::string name;
+    std::int64_t at = 0;
+};
+
+/// Something of the timeline that is not played as it was written, in words for the user.
+struct TimelineNote {
+    /// The track and the clip.
+    std::string where;
+    std::string text;
+    /// Where it is in the output, in samples. Nothing where it has no one place.
+    std::optional<std::int64_t> at = std::nullopt;
+    /// Whether something is silent because of it that the file meant to be heard, or is heard at another
+    /// time or without its fade. Counts as a failure.
+    bool silences = false;
+};
+
+/// What a mixer plays. Times are output samples from the start of the output.
+struct Timeline {
+    std::string name;
+    int sampleRate = 48000;
+    std::size_t channels = 2;
+    /// As long as the programme, pictures included: the sound may end earlier, see endOfSound().
+    std::int64_t length = 0;
+    /// The time of the first output sample on the user's clock, such as 1:00:00:00.
+    std::int64_t timeReference = 0;
+    std::vector<TimelineTrack> tracks;
+    std::vector<TimelineMarker> markers;
+    std::vector<TimelineNote> notes;
+};
+
+/// Where the last strip ends that is not silent, in output samples. 0 without strips.
+std::int64_t endOfSound(const Timeline& timeline);
+
+} // namespace audlmd

@@ -1,0 +1,71 @@
+#include "host/mix/WorkerPool.hpp"
+
+#include <pthread.h>
+#include <utility>
+
+namespace audlmd {
+
+WorkerPool::WorkerPool(std::size_t threads) {
+    for (std::size_t i = 1; i < threads; ++i)
+        threads_.emplace_back([this](const std::stop_token& stop) {
+            // For debuggers and system monitors; at most 15 characters.
+            pthread_setname_np(pthread_self(), "audlmd-mixer");
+            serve(stop);
+        });
+}
+
+/// Asked to stop all at once, the threads end side by side.
+WorkerPool::~WorkerPool() {
+    for (std::jthread& thread : threads_)
+        thread.request_stop();
+}
+
+void WorkerPool::run(std::size_t count, const std::function<void(std::size_t)>& job) {
+    if (threads_.empty() || count < 2) {
+        for (std::size_t i = 0; i < count; ++i)
+            job(i);
+        return;
+    }
+    {
+        const std::lock_guard lock(mutex_);
+        job_ = &job;
+        count_ = count;
+        next_.store(0, std::memory_order_relaxed);
+        busy_ = threads_.size();
+        ++round_;
+    }
+    started_.notify_all();
+    work();
+    std::unique_lock lock(mutex_);
+    finished_.wait(lock, [this] { return busy_ == 0; });
+    if (const auto failure = std::exchange(failure_, nullptr))
+        std::rethrow_exception(failure);
+}
+
+void WorkerPool::serve(const std::stop_token& stop) {
+    std::uint64_t done = 0;
+    std::unique_lock lock(mutex_);
+    while (started_.wait(lock, stop, [&] { return round_ != done; })) {
+        done = round_;
+        lock.unlock();
+        work();
+        lock.lock();
+        if (--busy_ == 0)
+            finished_.notify_one();
+    }
+}
+
+void WorkerPool::work() {
+    try {
+        for (std::size_t i = 0; (i = next_.fetch_add(1, std::memory_order_relaxed)) < count_;)
+            (*job_)(i);
+    } catch (...) {
+        // No thread takes another job.
+        next_.store(count_, std::memory_order_relaxed);
+        const std::lock_guard lock(mutex_);
+        if (failure_ == nullptr)
+            failure_ = std::current_exception();
+    }
+}
+
+} // namespace audlmd

@@ -1,0 +1,186 @@
+#include "host/play/LiveContent.hpp"
+
+#include "host/mix/ScaledSource.hpp"
+#include "host/services/Identities.hpp"
+#include "host/signal/BlockConversion.hpp"
+#include "host/signal/BlockLoops.hpp"
+#include "host/signal/Speed.hpp"
+#include "host/signal/StripPlayer.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <sstream>
+#include <stdexcept>
+#include <utility>
+
+namespace audlmd {
+namespace {
+
+constexpr std::size_t mostLateSpans = 256;
+
+void turnRound(StripSettings& settings) {
+    settings.reverse = !settings.reverse;
+    std::swap(settings.fade.fadeInSamples, settings.fade.fadeOutSamples);
+    std::swap(settings.fade.fadeInCurve, settings.fade.fadeOutCurve);
+    if (settings.automation)
+        settings.automation->direction = settings.automation->direction == DynamicLevelDirection::forwards
+                                             ? DynamicLevelDirection::reverse
+                                             : DynamicLevelDirection::forwards;
+}
+
+} // namespace
+
+StripSettings settingsAt(const StripSettings& strip, double speed) {
+    StripSettings settings = strip;
+    if (std::signbit(speed))
+        turnRound(settings);
+    const double factor = std::fabs(speed);
+    if (factor == 1.0)
+        return settings;
+    settings.speed *= factor;
+    if (!isSpeed(factor) || !isSpeed(settings.speed)) {
+        std::ostringstream sentence;
+        sentence << "a transport plays at " << slowestSpeed << " to " << fastestSpeed
+                 << " times the speed, counted with the strip's own speed, and backwards with a minus sign, "
+                    "not at "
+                 << speed;
+        throw std::invalid_argument(sentence.str());
+    }
+    if (settings.converter != Converter::linear)
+        settings.converter = isFilteringSpeed(settings.speed) ? Converter::filtering : Converter::linear;
+    return settings;
+}
+
+LiveContent::LiveContent(const std::vector<std::shared_ptr<SampleSource>>& channels, StripSettings strip,
+                         const MaterialCacheOptions& cache, int headroom,
+                         RenderFunctionLookUp<Unclipped> inlined)
+    : strip_(std::move(strip)), segmentLength_(cache.segmentLength),
+      headroomGain_(std::ldexp(1.0F, headroom)), inlined_(inlined), cache_(cache), late_(mostLateSpans) {
+    if (channels.empty())
+        throw std::invalid_argument("there is no channel to play");
+    strip_.wait = false;
+    strip_.cookie = Cookie{makeUuid(), 0, 0};
+    const StripPlan checked(strip_);
+    for (const std::shared_ptr<SampleSource>& channel : channels) {
+        cookies_.push_back(strip_.cookie);
+        cache_.add(strip_.cookie,
+                   headroom == 0 ? channel : std::make_shared<ScaledSource>(channel, -headroom));
+        ++strip_.cookie.channel;
+    }
+}
+
+/// A player for each channel, all at the same output sample.
+class LiveContent::Voice final : public LiveVoice {
+public:
+    Voice(LiveContent& content, double position, double speed) : content_(content), speed_(speed) {
+        StripSettings settings = settingsAt(content.strip_, speed);
+        for (const Cookie& cookie : content.cookies_) {
+            settings.cookie = cookie;
+            players_.push_back(std::make_unique<StripPlayer>(content.cache_, settings, content.inlined_));
+        }
+        const auto length = static_cast<double>(content.length());
+        const double played = std::clamp(speed < 0.0 ? length - position : position, 0.0, length);
+        const auto output = static_cast<std::uint64_t>(std::llround(played / sourceStep()));
+        for (const std::unique_ptr<StripPlayer>& player : players_)
+            player->seek(std::min(output, player->outputLength()));
+    }
+
+    std::size_t render(std::span<const std::span<float>> channels) override {
+        const double from = position();
+        std::size_t rendered = 0;
+        for (std::size_t channel = 0; channel < players_.size(); ++channel) {
+            rendered = LiveContent::render(*players_[channel], channels[channel]);
+            multiply(channels[channel].first(rendered), content_.headroomGain_);
+        }
+        content_.note(from, position());
+        return rendered;
+    }
+
+    bool isAtEnd() const override { return players_.front()->position() == players_.front()->outputLength(); }
+    double position() const override {
+        const auto length = static_cast<double>(content_.length());
+        const double played =
+            std::min(static_cast<double>(players_.front()->position()) * sourceStep(), length);
+        return speed_ < 0.0 ? length - played : played;
+    }
+    double step() const override { return speed_ < 0.0 ? -sourceStep() : sourceStep(); }
+
+private:
+    double sourceStep() const { return players_.front()->speedInForce(); }
+
+    LiveContent& content_;
+    double speed_;
+    std::vector<std::unique_ptr<StripPlayer>> players_;
+};
+
+std::size_t LiveContent::render(StripPlayer& player, std::span<float> samples) {
+    const auto rendered = static_cast<std::size_t>(player.renderFloats(samples));
+    // What came through the tables is clipped already, and stays as it is.
+    auto* clipped = reinterpret_cast<Aud::SampleF32*>(samples.data());
+    convertBlock(samples.data(), rendered, clipped);
+    return rendered;
+}
+
+std::unique_ptr<LiveVoice> LiveContent::start(double position, double speed) {
+    return std::make_unique<Voice>(*this, position, speed);
+}
+
+void LiveContent::load(double position, double speed) {
+    request(position, speed, 0);
+}
+
+bool LiveContent::awaitLoaded(double position, double speed, std::size_t frames,
+                              const std::function<bool()>& isWanted) {
+    constexpr std::uint32_t askEvery = 5; // milliseconds
+    for (const Aud::SampleCacheSegment& segment : request(position, speed, frames))
+        while (segment.status() == Aud::eSegmentRequestOutstanding &&
+               !segment.getRequestCompletedEvent()->wait(askEvery))
+            if (!isWanted())
+                return false;
+    return true;
+}
+
+std::vector<Aud::SampleCacheSegment> LiveContent::request(double position, double speed, std::size_t frames) {
+    const StripPlan plan(settingsAt(strip_, speed));
+    const double played = speed < 0.0 ? static_cast<double>(length()) - position : position;
+    const std::int64_t first = plan.materialPosition(std::llround(played));
+    const double samples =
+        std::min(static_cast<double>(frames) * plan.speedInForce, static_cast<double>(length()) - played);
+    // One more, because the first samples may lie near the end of their segment.
+    const std::int64_t last = static_cast<std::int64_t>(samples / segmentLength_) + 1;
+    std::vector<Aud::SampleCacheSegment> segments;
+    for (std::int64_t segment = 0; segment <= last; ++segment) {
+        const std::int64_t away = segment * segmentLength_;
+        for (const Cookie& cookie : cookies_)
+            segments.push_back(cache_.request(cookie, plan.settings.reverse ? first - away : first + away,
+                                              plan.direction(), plan.gearing, strip_.forwardArgument));
+    }
+    return segments;
+}
+
+void LiveContent::note(double from, double to) {
+    const std::uint64_t before = std::exchange(lateSamples_, totals().underrunSamples);
+    if (lateSamples_ != before)
+        late_.add({.from = static_cast<std::int64_t>(std::floor(std::min(from, to))),
+                   .to = static_cast<std::int64_t>(std::ceil(std::max(from, to)))});
+}
+
+StripReport LiveContent::totals() const {
+    StripReport report;
+    for (const Cookie& cookie : cookies_) {
+        const MaterialStatistics statistics = cache_.statistics(cookie);
+        report.underrunSamples += statistics.underrunSamples;
+        report.underrunEpisodes += statistics.underrunEpisodes;
+        if (report.failure.empty() && statistics.failedSegments != 0)
+            report.failure = statistics.firstFailure.empty() ? "a read failed" : statistics.firstFailure;
+    }
+    return report;
+}
+
+StripReport LiveContent::report() const {
+    StripReport report = totals();
+    report.silent = late_.spans();
+    return report;
+}
+
+} // namespace audlmd

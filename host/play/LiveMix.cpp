@@ -1,0 +1,232 @@
+#include "host/play/LiveMix.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <pthread.h>
+#include <utility>
+
+namespace audlmd {
+namespace {
+
+// In seconds of the timeline.
+
+/// A voice that is heard for less, as in a scrub, needs no mixer.
+constexpr double steadyAfter = 0.25;
+/// From the request for a mixer to its first sample: for opening files and loading samples.
+constexpr double preparation = 1.0;
+constexpr double longTime = 10.0;
+constexpr double countedEvery = 0.1;
+
+bool carriesState(const TimelineStrip& strip) {
+    return !strip.settings.equaliser.empty() || strip.settings.converter == Converter::filtering;
+}
+
+} // namespace
+
+Timeline cutAt(Timeline timeline, std::int64_t sample) {
+    for (TimelineTrack& track : timeline.tracks)
+        for (TimelineStrip& strip : track.strips)
+            if (strip.at + strip.length <= sample) {
+                strip.length = 0;
+            } else if (const std::int64_t cut = sample - strip.at; cut > 0) {
+                strip.at += cut;
+                strip.skip += cut;
+                strip.length -= cut;
+            }
+    return timeline;
+}
+
+/// Plays by the other voice up to the place, and by a mixer from there on.
+class LiveMix::Voice final : public LiveVoice {
+public:
+    Voice(LiveMix& mix, std::unique_ptr<LiveVoice> first)
+        : mix_(mix), first_(std::move(first)), position_(std::llround(first_->position())),
+          steadyFrom_(position_ + seconds(steadyAfter)) {}
+    ~Voice() override {
+        if (mixer_ != nullptr)
+            mix_.retire(std::move(mixer_));
+    }
+    Voice(const Voice&) = delete;
+    Voice& operator=(const Voice&) = delete;
+
+    std::size_t render(std::span<const std::span<float>> channels) override {
+        std::int64_t end = mix_.timeline_.length;
+        if (mixer_ == nullptr) {
+            approach();
+            if (mixer_ == nullptr)
+                end = place_.value_or(end);
+        }
+        std::vector<std::span<float>> frames(channels.begin(), channels.end());
+        const auto left = static_cast<std::size_t>(end - position_);
+        for (std::span<float>& channel : frames)
+            channel = channel.first(std::min(channel.size(), left));
+        std::size_t rendered = frames.front().size();
+        if (mixer_ != nullptr)
+            mixer_->render(position_, frames);
+        else
+            rendered = first_->render(frames);
+        position_ += static_cast<std::int64_t>(rendered);
+        if (mixer_ != nullptr && position_ >= countedAt_ + seconds(countedEvery)) {
+            mix_.count();
+            countedAt_ = position_;
+        }
+        return rendered;
+    }
+
+    bool isAtEnd() const override { return position_ >= mix_.timeline_.length; }
+    double position() const override { return static_cast<double>(position_); }
+    double step() const override { return 1.0; }
+
+private:
+    std::int64_t seconds(double time) const { return std::llround(time * mix_.timeline_.sampleRate); }
+
+    /// Asks for a mixer, and takes the mixer when its place is there. A mixer that is not ready by then gets
+    /// another place.
+    void approach() {
+        if (place_ == position_) {
+            mixer_ = mix_.take(*place_);
+            place_.reset();
+            if (mixer_ != nullptr)
+                first_.reset();
+        } else if (!place_ && position_ >= steadyFrom_) {
+            place_ = mix_.placeFrom(position_ + seconds(preparation));
+            steadyFrom_ = position_ + seconds(preparation);
+            if (place_)
+                mix_.prepare(*place_);
+        }
+    }
+
+    LiveMix& mix_;
+    std::unique_ptr<LiveVoice> first_;
+    std::unique_ptr<Mixer> mixer_;
+    std::int64_t position_;
+    /// Where to ask for a mixer.
+    std::int64_t steadyFrom_;
+    std::optional<std::int64_t> place_;
+    std::int64_t countedAt_ = 0;
+};
+
+LiveMix::LiveMix(Timeline timeline, OpenMedia open, const MixerOptions& options)
+    : timeline_(std::move(timeline)), open_(std::move(open)), options_(options),
+      thread_([this](const std::stop_token& stop) {
+          // For debuggers and system monitors; at most 15 characters.
+          pthread_setname_np(pthread_self(), "audlmd-livemix");
+          serve(stop);
+      }) {}
+
+LiveMix::~LiveMix() = default;
+
+std::optional<std::int64_t> LiveMix::placeFrom(std::int64_t sample) const {
+    const std::int64_t latest = sample + std::llround(longTime * timeline_.sampleRate);
+    // Every round leaves at least one strip behind.
+    for (std::int64_t place = sample; place < std::min(latest, timeline_.length);) {
+        std::int64_t free = place;
+        for (const TimelineTrack& track : timeline_.tracks)
+            for (const TimelineStrip& strip : track.strips)
+                if (carriesState(strip) && strip.at < free && strip.at + strip.length > free)
+                    free = strip.at + strip.length;
+        if (free == place)
+            return place;
+        place = free;
+    }
+    return std::nullopt;
+}
+
+std::unique_ptr<LiveVoice> LiveMix::play(std::unique_ptr<LiveVoice> first) {
+    return std::make_unique<Voice>(*this, std::move(first));
+}
+
+void LiveMix::prepare(std::int64_t place) {
+    {
+        const std::lock_guard lock(mutex_);
+        wanted_ = place;
+    }
+    requested_.notify_one();
+}
+
+std::unique_ptr<Mixer> LiveMix::take(std::int64_t place) {
+    const std::lock_guard lock(mutex_);
+    if (!ready_ || ready_->place != place)
+        return nullptr;
+    std::unique_ptr<Mixer> mixer = std::move(ready_->mixer);
+    ready_.reset();
+    playing_ = mixer.get();
+    ++takeovers_;
+    return mixer;
+}
+
+void LiveMix::retire(std::unique_ptr<Mixer> mixer) {
+    note(notes_, *mixer);
+    playing_ = nullptr;
+    count();
+    {
+        const std::lock_guard lock(mutex_);
+        retired_.push_back(std::move(mixer));
+    }
+    requested_.notify_one();
+}
+
+/// A mixer that is asked for a sample opens what sounds in the seconds behind that sample. The timeline is
+/// cut, so the sample itself is silent, and nothing can be late there. Null where there is no mixer to be
+/// had: then the voice asks again later.
+std::unique_ptr<Mixer> LiveMix::make(std::int64_t place) const {
+    try {
+        auto mixer = std::make_unique<Mixer>(cutAt(timeline_, place), open_, options_);
+        std::vector<std::vector<float>> silence(timeline_.channels, std::vector<float>(1));
+        mixer->render(place - 1, std::vector<std::span<float>>(silence.begin(), silence.end()));
+        return mixer;
+    } catch (const std::exception&) {
+        return nullptr;
+    }
+}
+
+void LiveMix::serve(const std::stop_token& stop) {
+    std::unique_lock lock(mutex_);
+    while (requested_.wait(lock, stop, [this] { return wanted_ || !retired_.empty(); })) {
+        std::vector<std::unique_ptr<Mixer>> unused = std::exchange(retired_, {});
+        const std::optional<std::int64_t> place = std::exchange(wanted_, std::nullopt);
+        if (place && ready_)
+            unused.push_back(std::move(std::exchange(ready_, std::nullopt)->mixer));
+        lock.unlock();
+        unused.clear();
+        std::unique_ptr<Mixer> mixer = place ? make(*place) : nullptr;
+        lock.lock();
+        if (mixer != nullptr)
+            ready_ = Ready{*place, std::move(mixer)};
+    }
+}
+
+void LiveMix::note(MixNotes& notes, const Mixer& mixer) const {
+    std::vector<std::size_t> firstOfTrack{0};
+    for (const TimelineTrack& track : timeline_.tracks)
+        firstOfTrack.push_back(firstOfTrack.back() + track.strips.size());
+    for (const StripReport& strip : mixer.report().strips)
+        notes.add(firstOfTrack[strip.track] + strip.strip, strip, 0.0);
+}
+
+void LiveMix::count() {
+    lateSamples_ = 0;
+    lateEpisodes_ = 0;
+    for (const StripReport& strip : report()) {
+        lateSamples_ += strip.underrunSamples;
+        lateEpisodes_ += strip.underrunEpisodes;
+    }
+}
+
+std::vector<StripReport> LiveMix::report() const {
+    MixNotes notes = notes_;
+    if (playing_ != nullptr)
+        note(notes, *playing_);
+    std::vector<StripReport> strips;
+    std::size_t number = 0;
+    for (std::size_t track = 0; track < timeline_.tracks.size(); ++track)
+        for (std::size_t strip = 0; strip < timeline_.tracks[track].strips.size(); ++strip, ++number)
+            if (const auto found = notes.strips().find(number); found != notes.strips().end()) {
+                strips.push_back(found->second);
+                strips.back().track = track;
+                strips.back().strip = strip;
+            }
+    return strips;
+}
+
+} // namespace audlmd

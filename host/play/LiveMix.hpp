@@ -1,0 +1,96 @@
+#pragma once
+
+#include "host/mix/MixNotes.hpp"
+#include "host/mix/Mixer.hpp"
+#include "host/play/LiveVoice.hpp"
+
+#include <condition_variable>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <thread>
+#include <vector>
+
+namespace audlmd {
+
+/// The part of a timeline from an output sample on: a strip that sounds there starts there, with its fades
+/// and automation as they were. Strips keep their places in the timeline; those that are over last for no
+/// time.
+Timeline cutAt(Timeline timeline, std::int64_t sample);
+
+/// Plays a timeline by a mixer that does not wait, so that one slow disk silences the strips that lie on the
+/// disk and no others, and each late strip is named in the report.
+///
+/// Such a mixer needs time to open files and load samples. So a voice starts on another voice that has all
+/// samples, and the mixer takes over about a second later, made ready meanwhile on a thread of its own. The
+/// bytes are the same on both sides, because the mixer takes over where no strip sounds that carries state:
+/// an equaliser or the filtering converter. A timeline without such a place stays on the other voice.
+///
+/// Use from one thread at a time, but for what this object does on its own thread.
+class LiveMix {
+public:
+    /// The options must ask not to wait.
+    LiveMix(Timeline timeline, OpenMedia open, const MixerOptions& options);
+    ~LiveMix();
+    LiveMix(const LiveMix&) = delete;
+    LiveMix& operator=(const LiveMix&) = delete;
+
+    /// Where a mixer can take over: `sample`, or later. Nothing if that is a long time away.
+    std::optional<std::int64_t> placeFrom(std::int64_t sample) const;
+
+    /// Plays on where `first` stands, at speed 1. This object must outlive the voice.
+    std::unique_ptr<LiveVoice> play(std::unique_ptr<LiveVoice> first);
+
+    /// Of all that mixers have rendered so far.
+    std::vector<StripReport> report() const;
+    /// The underruns of all strips together, up to a part of a second ago.
+    std::uint64_t lateSamples() const { return lateSamples_; }
+    std::uint64_t lateEpisodes() const { return lateEpisodes_; }
+    /// How often a mixer has taken over.
+    std::uint64_t takeovers() const { return takeovers_; }
+
+private:
+    class Voice;
+    /// A mixer with its files open, ready to take over at `place`. It has rendered the silent sample before
+    /// that.
+    struct Ready {
+        std::int64_t place;
+        std::unique_ptr<Mixer> mixer;
+    };
+
+    /// Has a mixer made ready. Drops a request, and a mixer, from before.
+    void prepare(std::int64_t place);
+    /// Takes the mixer for a place, or null if there is none yet.
+    std::unique_ptr<Mixer> take(std::int64_t place);
+    /// Keeps the mixer's report. Hands the mixer to this object's thread, because destroying it waits for
+    /// reads.
+    void retire(std::unique_ptr<Mixer> mixer);
+    void note(MixNotes& notes, const Mixer& mixer) const;
+    void count();
+    std::unique_ptr<Mixer> make(std::int64_t place) const;
+    void serve(const std::stop_token& stop);
+
+    const Timeline timeline_;
+    const OpenMedia open_;
+    const MixerOptions options_;
+    // This object's own thread touches nothing from here to the mutex, so nothing guards these.
+    MixNotes notes_;
+    /// The one that plays.
+    const Mixer* playing_ = nullptr;
+    std::uint64_t takeovers_ = 0;
+    std::uint64_t lateSamples_ = 0;
+    std::uint64_t lateEpisodes_ = 0;
+
+    std::mutex mutex_;
+    std::condition_variable_any requested_;
+    // Guarded by the mutex. All members above are the voice's and the reporter's, who take turns: a player
+    // holds a mutex of its own while either of them runs.
+    std::optional<std::int64_t> wanted_;
+    std::optional<Ready> ready_;
+    std::vector<std::unique_ptr<Mixer>> retired_;
+    /// Declared last: the thread ends before anything that it uses.
+    std::jthread thread_;
+};
+
+} // namespace audlmd

@@ -1,0 +1,145 @@
+#include "host/services/Configuration.hpp"
+
+#include "contract/LoadServices.hpp"
+#include "host/services/Immortal.hpp"
+
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <optional>
+
+namespace audlmd {
+namespace {
+
+/// Uses no standard stream, because settings are read before the streams are initialised.
+void report(const std::string& message) {
+    std::fprintf(stderr, "audlmd: %s\n", message.c_str());
+}
+
+/// The value of an environment variable. Nothing if the variable is empty or not set. Copied, because the
+/// text of getenv() may be overwritten by the next call.
+std::optional<std::string> environment(const std::string& name) {
+    const char* const value = std::getenv(name.c_str());
+    if (value == nullptr || *value == '\0')
+        return std::nullopt;
+    return value;
+}
+
+/// Files that were written on other systems end their lines with a carriage return, which counts as a blank.
+std::string_view trimmed(std::string_view text) {
+    constexpr std::string_view blanks = " \t\r";
+    const std::size_t first = text.find_first_not_of(blanks);
+    if (first == std::string_view::npos)
+        return {};
+    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+}
+
+/// Reads a finite number in any locale, with an optional plus sign. Nothing if the text is not one.
+/// std::from_chars knows no plus sign and no locale, which is why the sign is taken off here.
+std::optional<double> parseNumber(std::string_view text) {
+    if (text.starts_with('+') && !text.starts_with("+-"))
+        text.remove_prefix(1);
+    double value = 0.0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(value))
+        return std::nullopt;
+    return value;
+}
+
+/// Made at the first use. Never destroyed, because libraries may ask until the process ends.
+const Configuration& userConfiguration() {
+    static const Immortal<Configuration> configuration([] {
+        std::filesystem::path file = Configuration::userFile();
+        std::error_code error;
+        // A file that the user names must be there; one in the usual folder may be missing.
+        if (environment("AUDLMD_CONFIG") && !std::filesystem::exists(file, error))
+            report(file.string() + ": AUDLMD_CONFIG names this file, but it is not there");
+        return file;
+    }());
+    return configuration.object;
+}
+
+} // namespace
+
+Configuration::Configuration(const std::filesystem::path& file) : file_(file) {
+    std::error_code error;
+    if (file.empty() || !std::filesystem::exists(file, error))
+        return;
+    // A pipe or a device may never end. /dev/null is a way to have no settings.
+    if (!std::filesystem::is_regular_file(file, error)) {
+        if (file != "/dev/null")
+            report(file.string() + ": not a regular file; settings keep their defaults");
+        return;
+    }
+    std::ifstream stream(file);
+    int line = 0;
+    for (std::string text; std::getline(stream, text);)
+        readLine(text, ++line);
+    if (!stream.eof())
+        report(file.string() + ": cannot be read; settings keep their defaults");
+}
+
+void Configuration::readLine(std::string_view text, int line) {
+    const std::string_view setting = trimmed(text.substr(0, text.find('#')));
+    if (setting.empty())
+        return;
+    // The first sign counts, so that a value may hold further ones.
+    const std::size_t sign = setting.find('=');
+    const std::string key(trimmed(setting.substr(0, sign)));
+    if (sign == std::string_view::npos || key.empty())
+        report(file_.string() + ":" + std::to_string(line) + ": 'key = value' is expected; line ignored");
+    else
+        settings_[key] = {std::string(trimmed(setting.substr(sign + 1))), line};
+}
+
+double Configuration::number(const std::string& key, double defaultValue) const {
+    const std::string variable = environmentName(key);
+    // The environment comes first, so that one run can differ from the file.
+    if (const std::optional<std::string> value = environment(variable))
+        return parsed(*value, "environment variable " + variable, defaultValue);
+    const auto setting = settings_.find(key);
+    if (setting == settings_.end())
+        return defaultValue;
+    const auto& [value, line] = setting->second;
+    return parsed(value, file_.string() + ":" + std::to_string(line) + ": " + key, defaultValue);
+}
+
+double Configuration::parsed(std::string_view value, const std::string& place, double defaultValue) const {
+    if (const std::optional<double> result = parseNumber(trimmed(value)))
+        return *result;
+    const std::lock_guard lock(mutex_);
+    // The same number may be asked for many times; one report for each place is enough.
+    if (reported_.insert(place).second)
+        report(place + ": '" + std::string(value) + "' is not a number; the default is used");
+    return defaultValue;
+}
+
+std::filesystem::path Configuration::userFile() {
+    constexpr const char* fileName = "audlmd.conf";
+    if (const auto named = environment("AUDLMD_CONFIG"))
+        return *named;
+    if (const auto folder = environment("XDG_CONFIG_HOME"))
+        return std::filesystem::path(*folder) / fileName;
+    if (const auto home = environment("HOME"))
+        return std::filesystem::path(*home) / ".config" / fileName;
+    return {};
+}
+
+std::string Configuration::environmentName(std::string_view key) {
+    std::string name("AUDLMD_");
+    for (const char c : key) {
+        // Written out, because std::isalnum depends on the locale.
+        const bool kept = (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+        name += kept ? c : '_';
+    }
+    return name;
+}
+
+} // namespace audlmd
+
+/// The library calls this from its static initialisers, before main() has begun.
+double config_double(const char* key, double defaultValue) {
+    return audlmd::userConfiguration().number(key, defaultValue);
+}

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "host/signal/StripSettings.hpp"
+#include "loop_modes/ModeCode.hpp"
+#include "ole/Aud/SubSamplePos.hpp"
+
+#include <cstdint>
+#include <string>
+
+namespace audlmd {
+
+/// The longest range of a strip, in samples: 5.8 years at 48 kHz.
+inline constexpr std::int64_t longestRange = std::int64_t{1} << 43;
+
+/// How far from 0 a sample of a material or of an output may lie, on either side: 761,000 years at 48 kHz. A
+/// sum of several such positions still fits into 64 bits, and so does what a reader adds to look ahead.
+inline constexpr std::int64_t farthestPosition = std::int64_t{1} << 60;
+
+/// Throws std::invalid_argument, with a sentence that begins with `what`, for a position beyond
+/// farthestPosition. Use this before any arithmetic on a position that a program or a file has given.
+void requirePosition(std::int64_t position, const std::string& what);
+
+/// What follows from the settings of a strip alone: mode codes, lengths, speeds, positions. A plan needs
+/// neither cache nor library, and never changes.
+///
+/// A sample below is counted in source samples from the start of the range, in the order of delivery.
+struct StripPlan {
+    /// Throws std::invalid_argument, with a sentence for the user, for settings that are out of range or
+    /// exclude each other.
+    explicit StripPlan(StripSettings stripSettings);
+
+    Aud::Render::Direction direction() const {
+        return settings.reverse ? Aud::Render::Direction::reverse : Aud::Render::Direction::forward;
+    }
+
+    /// The position of a sample in the material.
+    std::int64_t materialPosition(std::int64_t sample) const;
+    /// The inverse of materialPosition().
+    std::int64_t sampleAt(std::int64_t materialPosition) const;
+    /// The position of a sample on the automation. Needs settings.automation. Independent of the direction in
+    /// which the material is read.
+    std::int64_t automationPosition(std::int64_t sample) const;
+
+    StripSettings settings;
+    /// In source samples.
+    std::int64_t rangeLength;
+    /// ceil(range / requested speed). Uses the requested speed, not the rounded step.
+    std::uint64_t outputLength = 0;
+
+    /// Names the stages that the settings need, and no others.
+    unsigned long modeCode = 0;
+    /// The same stages without the envelope, which multiplies by 1 where the fades have full level.
+    unsigned long fullLevelModeCode = 0;
+
+    /// The linear converter's step, in fixed point. The filtering converter uses it once, as the offset when
+    /// it opens.
+    Aud::SubSamplePos step{1, 0};
+    /// The filtering converter's speed, which it takes in single precision.
+    float speed = 1.0F;
+    /// Source samples per output sample, after rounding.
+    double speedInForce = 1.0;
+    /// Of the settings, or else the speed in force.
+    Orv::OutputGearing gearing;
+
+    /// With the bands of the settings, and no samples filtered yet.
+    Aud::Filter::MultiBandBiquad<5U> equaliser;
+
+private:
+    void chooseModes();
+    void chooseSpeed();
+};
+
+} // namespace audlmd

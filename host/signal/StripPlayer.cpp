@@ -1,0 +1,168 @@
+#include "host/signal/StripPlayer.hpp"
+
+#include "host/signal/StripConverter.hpp"
+#include "ole/Aud/MultiBandBiquadApplyingIterator.hpp"
+#include "ole/Aud/SampleCacheIterators.hpp"
+
+#include <algorithm>
+#include <stdexcept>
+#include <string>
+#include <utility>
+
+namespace audlmd {
+namespace {
+
+/// The buffer as the library's containers, which have the same size and bytes as the numbers.
+template <class Format, class Number>
+std::uint64_t renderInto(StripPlayer& player, std::span<Number> samples) {
+    static_assert(sizeof(Format) == sizeof(Number));
+    auto* out = reinterpret_cast<Format*>(samples.data());
+    return player.render(out, samples.size());
+}
+
+} // namespace
+
+StripPlayer::StripPlayer(Aud::SampleCache& cache, StripSettings settings,
+                         RenderFunctionLookUp<Unclipped> inlined)
+    : plan_(std::move(settings)), cache_(cache), inlined_(inlined),
+      converter_(makeStripConverter(plan_, record_.srcState)), fade_(converter_->envelopeFrom(0)) {}
+
+StripPlayer::~StripPlayer() = default;
+
+std::uint64_t StripPlayer::render(std::span<float> samples) {
+    return renderInto<Aud::SampleF32>(*this, samples);
+}
+
+std::uint64_t StripPlayer::render(std::span<std::int16_t> samples) {
+    return renderInto<Aud::SampleS16>(*this, samples);
+}
+
+std::uint64_t StripPlayer::render(std::span<std::int32_t> samples) {
+    return renderInto<Aud::SampleS32>(*this, samples);
+}
+
+std::uint64_t StripPlayer::renderFloats(std::span<float> samples) {
+    if (inlined_ == nullptr)
+        return render(samples);
+    Unclipped out{samples.data()};
+    return renderThrough(out, samples.size(), inlined_);
+}
+
+std::uint64_t StripPlayer::renderThrough(const RenderFunctionCall& render, std::uint64_t count) {
+    const std::uint64_t begin = position_;
+    const std::uint64_t end = begin + std::min(count, plan_.outputLength - begin);
+    try {
+        // A call may deliver 0 samples: the one that opens the filtering converter's resampler.
+        while (position_ != end)
+            renderOnce(render, end - position_);
+    } catch (...) {
+        // The record may be half changed, and what the chain has read ahead is lost: a fresh start is the
+        // only state that is known.
+        restartAt(begin);
+        throw;
+    }
+    return end - begin;
+}
+
+void StripPlayer::renderOnce(const RenderFunctionCall& render, std::uint64_t count) {
+    const Call call = nextCall(count);
+    Aud::Render::IteratorCreationParams params = fill(record_, call);
+    // After fill(), which sets the equaliser afresh where nothing carries on.
+    if (!carriesOn_ && !plan_.settings.equaliser.empty())
+        primeEqualiser(call);
+    render(call.modeCode, params, call.count);
+    position_ += call.count;
+    converter_->afterCall(record_, position_);
+    carriesOn_ = true;
+}
+
+StripPlayer::Call StripPlayer::nextCall(std::uint64_t count) const {
+    const CallStart start = converter_->startOfCall(position_);
+    const std::int64_t position = plan_.materialPosition(start.sample);
+    Call call{.modeCode = plan_.fullLevelModeCode,
+              .count = 0,
+              .firstSample = start.sample,
+              .position = position,
+              .afterPosition = position + 1,
+              .offset = start.offset,
+              .envelope = {}};
+    // Full level needs no envelope. Anywhere else the envelope is placed, up to the next change of the slope.
+    std::int64_t end = fade_.fullLevelEnd(start.sample);
+    if (end == start.sample) {
+        const FadeEnvelope::Placement placement = fade_.at(start.sample);
+        call.modeCode = plan_.modeCode;
+        call.envelope = placement.parameters;
+        end = placement.end;
+    }
+    call.envelope.levelUValue = plan_.settings.middleLevel.value_or(1.0F);
+    call.count =
+        static_cast<unsigned int>(std::min({count, converter_->mostOutputs(position_, end), longestCall}));
+    return call;
+}
+
+Aud::Render::IteratorCreationParams StripPlayer::fill(Aud::Render::PerSourceRecord& record,
+                                                      const Call& call) const {
+    const StripSettings& settings = plan_.settings;
+    record.strip = ce_handle(settings.cookie);
+    record.envelope = call.envelope;
+    record.outerLevelUValue = settings.outerLevel.value_or(1.0F);
+    if (!carriesOn_)
+        record.equaliser = plan_.equaliser;
+    // The state of a walk that carries on is left alone: the library has moved the state along with the
+    // samples.
+    if (settings.automation && !(carriesOn_ && converter_->levelCarriesOn()))
+        settings.automation->automation.place(record.dynamicLevel, plan_.automationPosition(call.firstSample),
+                                              settings.automation->direction);
+    return {.source = &record,
+            .startPosition = &call.position,
+            .requestFlag = &settings.wait,
+            .forwardArgument = &settings.forwardArgument,
+            .forwardFilteringStartPosition = &call.position,
+            // A reverse reader is given the end of what it reads. Without the filtering converter the
+            // library adds the one.
+            .reverseFilteringStartPosition = &call.afterPosition,
+            .subSampleStart = &call.offset,
+            .subSampleStep = &plan_.step,
+            .speed = &plan_.speed,
+            .gearing = &plan_.gearing,
+            .cache = &cache_};
+}
+
+/// A chain reads the equaliser's last result before the first sample that the chain filters. Here the
+/// equaliser filters that sample.
+void StripPlayer::primeEqualiser(const Call& call) {
+    const StripSettings& settings = plan_.settings;
+    const bool wait = settings.wait;
+    const float first =
+        settings.reverse ? *Aud::SampleCache::ReverseIterator(settings.cookie, call.afterPosition, wait,
+                                                              cache_, !wait, plan_.gearing)
+                         : *Aud::SampleCache::ForwardIterator(settings.cookie, call.position, wait, cache_,
+                                                              settings.forwardArgument, !wait, plan_.gearing);
+    record_.equaliser.processSample(first);
+}
+
+std::vector<RecordNumber> StripPlayer::recordNumbers() const {
+    const Call call = nextCall(plan_.outputLength - position_);
+    // A copy, because filling the record changes what carries on.
+    Aud::Render::PerSourceRecord record = record_;
+    std::vector<Aud::Filter::Biquad::Coefficients> sections;
+    for (const EqualiserBand& band : plan_.settings.equaliser)
+        sections.push_back(sectionOf(band, plan_.settings.sampleRate));
+    return audlmd::recordNumbers(fill(record, call), call.modeCode, sections);
+}
+
+void StripPlayer::seek(std::uint64_t outputPosition) {
+    if (outputPosition > plan_.outputLength)
+        throw std::out_of_range("output sample " + std::to_string(outputPosition) + " lies beyond the " +
+                                std::to_string(plan_.outputLength) + " of the strip");
+    restartAt(outputPosition);
+}
+
+void StripPlayer::restartAt(std::uint64_t outputPosition) {
+    position_ = outputPosition;
+    carriesOn_ = false;
+    converter_->restart();
+    fade_ = converter_->envelopeFrom(outputPosition);
+}
+
+} // namespace audlmd

@@ -1,0 +1,201 @@
+#include "host/cache/SoundFile.hpp"
+
+#include "tests/host/cache/TestMaterial.hpp"
+
+#include <sndfile.hh>
+
+#include <array>
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <sys/syscall.h>
+#include <thread>
+#include <unistd.h>
+
+namespace {
+
+/// So many calls of read() succeed, then one fails. Negative: none fails.
+int readsLeft = -1;
+
+} // namespace
+
+/// Found before that of the C library.
+extern "C" ssize_t read(int descriptor, void* bytes, std::size_t count) {
+    if (readsLeft >= 0 && readsLeft-- == 0) {
+        errno = EIO;
+        return -1;
+    }
+    return syscall(SYS_read, descriptor, bytes, count);
+}
+
+namespace audlmd::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::ThrowsMessage;
+
+/// Files of a few channels: frame i of channel c holds (i + 500 c) / 131072.
+class SoundFiles : public testing::Test {
+protected:
+    static constexpr std::int64_t frames = 100000;
+
+    SoundFiles() { std::filesystem::create_directories(folder_); }
+    ~SoundFiles() override { std::filesystem::remove_all(folder_); }
+
+    static float sampleAt(std::int64_t frame, int channel) {
+        return static_cast<float>(frame + std::int64_t{500} * channel) / 131072;
+    }
+
+    std::filesystem::path write(const std::string& name, int format, int channels = 2) const {
+        std::vector<float> samples;
+        for (int frame = 0; frame < frames; ++frame)
+            for (int channel = 0; channel < channels; ++channel)
+                samples.push_back(sampleAt(frame, channel));
+        SndfileHandle file((folder_ / name).string(), SFM_WRITE, format, channels, 48000);
+        EXPECT_EQ(file.writef(samples.data(), frames), frames);
+        return folder_ / name;
+    }
+
+    static auto opening(const std::filesystem::path& path) {
+        return [path] { SoundFile file(path); };
+    }
+
+    const std::filesystem::path folder_ =
+        std::filesystem::path(testing::TempDir()) / ("audlmd-sound-files-" + std::to_string(getpid()));
+};
+
+TEST_F(SoundFiles, DecodeOnceForAllChannelsInEitherDirection) {
+    const std::uint16_t channels = 5;
+    const auto file = std::make_shared<SoundFile>(write("a.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, channels));
+    MaterialCache cache({.segmentLength = 2048});
+    std::vector<std::jthread> threads;
+    for (std::uint16_t channel = 0; channel < channels; ++channel) {
+        cache.add(cookieOf(channel), std::make_shared<SoundFileSource>(file, channel));
+        threads.emplace_back([&cache, channel] {
+            std::vector<float> expected;
+            for (std::int64_t frame = 0; frame < frames; ++frame)
+                expected.push_back(sampleAt(frame, channel));
+            EXPECT_EQ(read(cache, 0, frames, {.channel = channel}), expected);
+            std::ranges::reverse(expected);
+            EXPECT_EQ(read(cache, frames, frames, {.channel = channel, .reverse = true}), expected);
+        });
+    }
+    threads.clear();
+    EXPECT_EQ(file->decodedExcerpts(), static_cast<unsigned int>((frames + 2047) / 2048));
+}
+
+TEST_F(SoundFiles, KeepTheLast8MebibytesThatWereDecoded) {
+    SoundFile file(write("a.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT));
+    // 41 such excerpts of two channels take less than 8 MiB, 42 take more.
+    std::vector<float> samples(25000);
+    for (std::int64_t i = 0; i < 60; ++i)
+        file.read(0, 100 * i, samples);
+    for (std::int64_t i = 19; i < 60; ++i) {
+        file.read(1, 100 * i, samples);
+        ASSERT_EQ(samples.front(), sampleAt(100 * i, 1)) << i;
+    }
+    EXPECT_EQ(file.decodedExcerpts(), 60U);
+    file.read(1, 1800, samples);
+    EXPECT_EQ(file.decodedExcerpts(), 61U);
+}
+
+TEST_F(SoundFiles, ReuseAnExcerptOnlyWhereItHoldsAllFrames) {
+    // The first frame, how many, and how often the file is then decoded beside the frames 1000 to 1099.
+    const std::array<std::array<unsigned int, 3>, 6> rows{
+        {{1000, 100, 0}, {1001, 99, 0}, {1000, 99, 0}, {999, 100, 1}, {1001, 100, 1}, {1000, 101, 1}}};
+    const auto path = write("a.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT);
+    for (const auto& [position, count, decoded] : rows) {
+        SoundFile file(path);
+        std::vector<float> samples(100);
+        file.read(0, 1000, samples);
+        samples.resize(count);
+        file.read(1, position, samples);
+        EXPECT_EQ(file.decodedExcerpts(), 1 + decoded) << position << ", " << count;
+        EXPECT_EQ(samples.front(), sampleAt(position, 1)) << position << ", " << count;
+        EXPECT_EQ(samples.back(), sampleAt(position + count - 1, 1)) << position << ", " << count;
+    }
+}
+
+TEST_F(SoundFiles, ThatVanishAfterAFailureStillGiveWhatWasDecoded) {
+    const auto path = write("a.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_24);
+    std::filesystem::resize_file(path, std::filesystem::file_size(path) / 2);
+    SoundFile file(path);
+    std::vector<float> samples(1000);
+    file.read(0, 0, samples);
+    EXPECT_THROW(file.read(0, frames - 1000, samples), SoundFileError);
+    std::filesystem::rename(write("mono.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_24, 1), path);
+    EXPECT_THAT([&] { file.read(0, 1, samples); },
+                ThrowsMessage<SoundFileError>(HasSubstr("another file has taken its place")));
+    std::filesystem::remove(path);
+    EXPECT_THROW(file.read(0, 1, samples), SoundFileError);
+    file.read(1, 0, samples);
+    EXPECT_NEAR(samples.back(), sampleAt(999, 1), 1e-6);
+}
+
+TEST_F(SoundFiles, ThatCannotBeOpenedAreNamedWithTheReason) {
+    EXPECT_THAT(opening(folder_ / "none.wav"),
+                ThrowsMessage<SoundFileError>(HasSubstr("none.wav: System error : No such file")));
+    EXPECT_THAT(opening(folder_), ThrowsMessage<SoundFileError>(HasSubstr("not a regular file")));
+    const auto file = std::make_shared<SoundFile>(write("a.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16));
+    EXPECT_THROW(SoundFileSource(file, 2), std::out_of_range);
+}
+
+TEST_F(SoundFiles, OfWhichAPartOfTheHeaderCannotBeReadAreRefused) {
+    const auto path = write("a.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+    int reads = 0;
+    for (bool isOpen = false; !isOpen; ++reads) {
+        readsLeft = reads;
+        try {
+            EXPECT_EQ(SoundFile(path).frames(), frames);
+            isOpen = true;
+            EXPECT_GE(readsLeft, 0) << "read " << reads << " has failed";
+        } catch (const SoundFileError& error) {
+            EXPECT_EQ(reads == 0, std::string(error.what()).ends_with("Input/output error")) << error.what();
+        }
+    }
+    readsLeft = -1;
+    EXPECT_GT(reads, 7);
+}
+
+TEST_F(SoundFiles, ThatAreTruncatedAreRefusedUnlessTheirLengthIsLeftOpen) {
+    for (const int container : {SF_FORMAT_WAV, SF_FORMAT_AIFF, SF_FORMAT_AU, SF_FORMAT_W64, SF_FORMAT_RF64}) {
+        const auto path = write("whole", container | SF_FORMAT_PCM_16);
+        EXPECT_EQ(SoundFile(path).frames(), frames) << container;
+        std::filesystem::resize_file(path, std::filesystem::file_size(path) * 6 / 10);
+        EXPECT_THAT(opening(path), ThrowsMessage<SoundFileError>(HasSubstr("truncated"))) << container;
+    }
+    const auto streamed = write("streamed.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+    for (const int sizeField : {4, 40})
+        std::fstream(streamed, std::ios::in | std::ios::out).seekp(sizeField).write("\xFF\xFF\xFF\xFF", 4);
+    EXPECT_EQ(SoundFile(streamed).frames(), frames);
+}
+
+TEST_F(SoundFiles, WhoseDataEndsEarlyFailFromThereOnOnly) {
+    const auto path = write("a.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_16, 1);
+    std::filesystem::resize_file(path, std::filesystem::file_size(path) / 2);
+    MaterialCache cache({.segmentLength = 1000});
+    cache.add(cookieOf(0), std::make_shared<SoundFileSource>(std::make_shared<SoundFile>(path), 0));
+    EXPECT_EQ(*forwardReader(cache, frames - 1), 0.0F);
+    EXPECT_NEAR(read(cache, 0, 1000).back(), sampleAt(999, 0), 1e-4);
+    EXPECT_THAT(cache.statistics(cookieOf(0)).firstFailure, HasSubstr("a.flac: cannot"));
+}
+
+TEST_F(SoundFiles, GiveTheSameSamplesInAnyOrder) {
+    for (const int format : {SF_FORMAT_OGG | SF_FORMAT_VORBIS, SF_FORMAT_OGG | SF_FORMAT_OPUS,
+                             SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III, SF_FORMAT_FLAC | SF_FORMAT_PCM_24}) {
+        const auto path = write("lossy", format, 1);
+        std::vector<float> forwards(frames);
+        SoundFile(path).read(0, 0, forwards);
+        SoundFile file(path);
+        const float error = (format & SF_FORMAT_TYPEMASK) == SF_FORMAT_MPEG ? 3e-7F : 0.0F;
+        for (const std::size_t position : {98000U, 60000U, 70001U, 0U, 77777U}) {
+            std::vector<float> part(1000);
+            file.read(0, static_cast<std::int64_t>(position), part);
+            const auto expected = std::span(forwards).subspan(position, part.size());
+            EXPECT_THAT(part, testing::Pointwise(testing::FloatNear(error), expected)) << format;
+        }
+    }
+}
+
+} // namespace
+} // namespace audlmd::test

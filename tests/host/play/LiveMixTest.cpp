@@ -1,0 +1,105 @@
+#include "host/play/MixedTimeline.hpp"
+#include "tests/host/mix/TestTimeline.hpp"
+#include "tests/host/play/LiveDeck.hpp"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <mutex>
+#include <thread>
+
+namespace audlmd::test {
+namespace {
+
+constexpr std::size_t length = 150000;
+
+/// Reads wait while the gate is locked.
+class GatedSource final : public SampleSource {
+public:
+    explicit GatedSource(std::mutex& gate) : gate_(gate) {}
+    std::int64_t length() const override { return 48000; }
+    void read(std::int64_t, std::span<float> samples) override {
+        const std::lock_guard passing(gate_);
+        std::ranges::fill(samples, 0.25F);
+    }
+    /// As of a file: one loader thread alone waits.
+    const void* exclusiveResource() const override { return this; }
+
+private:
+    std::mutex& gate_;
+};
+
+/// In real time from 0.3 seconds on, so that the mixer is ready.
+std::vector<float> pullSteadily(LiveDeck& deck, std::size_t frames) {
+    std::vector<float> heard = deck.pull(14400);
+    while (heard.size() < frames) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        const std::vector<float> more = deck.pull(std::min<std::size_t>(960, frames - heard.size()));
+        heard.insert(heard.end(), more.begin(), more.end());
+    }
+    return heard;
+}
+
+/// Two strips, and one on the gate from sample 100000 to 120000. The second one carries state up to sample
+/// 70000.
+Timeline gatedTimeline() {
+    TimelineStrip carrying = stripOf("sound", 1000, 69000);
+    carrying.settings.converter = Converter::filtering;
+    carrying.settings.speed = 0.5;
+    Timeline timeline = timelineOf({stripOf("sound", 0, length), carrying, stripOf("gated", 100000, 20000)});
+    timeline.length = length;
+    return timeline;
+}
+
+class LiveMixTest : public testing::Test {
+protected:
+    /// What a mixer alone plays, but for the fade at the start.
+    void expectSound(const std::vector<float>& heard, const Timeline& timeline) {
+        Mixer alone(timeline, open_);
+        const std::vector<float> expected = mixed(alone, 0, length).front();
+        EXPECT_TRUE(std::equal(heard.begin() + LiveDeck::fadeFrames, heard.end(),
+                               expected.begin() + LiveDeck::fadeFrames));
+    }
+
+    std::shared_ptr<SampleSource> sound_ = std::make_shared<MemorySource>(soundNumber(1, length));
+    std::mutex gate_;
+    OpenMedia open_ = [this](const std::string& name) {
+        return name == "gated" ? Media{.channels = {std::make_shared<GatedSource>(gate_)}}
+                               : Media{.channels = {sound_}};
+    };
+    Timeline timeline_ = gatedTimeline();
+    LiveMix live_{timeline_, open_, {.threads = 1, .wait = false}};
+    LiveDeck deck_{
+        MixedTimeline::sources(std::make_shared<MixedTimeline>(timeline_, open_, MixerOptions{.threads = 1})),
+        wholeStrip(length), MixedTimeline::headroom, &live_};
+};
+
+TEST_F(LiveMixTest, TakesOverWithoutASeam) {
+    EXPECT_EQ(live_.placeFrom(60000), 70000);
+    EXPECT_EQ(live_.placeFrom(1000), 1000);
+    EXPECT_EQ(live_.placeFrom(length), std::nullopt);
+    deck_.play(1.0);
+    expectSound(pullSteadily(deck_, length), timeline_);
+    EXPECT_EQ(live_.takeovers(), 1U);
+    EXPECT_EQ(live_.lateSamples(), 0U);
+    EXPECT_EQ(deck_.content.totals().underrunSamples, 0U);
+}
+
+TEST_F(LiveMixTest, SilencesTheLateStripAloneAndNamesTheStrip) {
+    std::unique_lock closed(gate_);
+    deck_.play(1.0);
+    const std::vector<float> heard = pullSteadily(deck_, length);
+    closed.unlock();
+    timeline_.tracks[0].strips.pop_back();
+    expectSound(heard, timeline_);
+    EXPECT_EQ(live_.takeovers(), 1U);
+    EXPECT_EQ(live_.lateSamples(), 20000U);
+    const std::vector<StripReport> report = live_.report();
+    const auto late = std::ranges::find(report, 20000U, &StripReport::underrunSamples);
+    ASSERT_NE(late, report.end());
+    EXPECT_EQ(late->strip, 2U);
+    EXPECT_EQ(late->silent, (std::vector{OutputSpan{.from = 100000, .to = 120000}}));
+}
+
+} // namespace
+} // namespace audlmd::test

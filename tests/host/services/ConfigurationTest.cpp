@@ -1,0 +1,45 @@
+#include "host/services/Configuration.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sys/stat.h>
+
+namespace audlmd::test {
+namespace {
+
+using testing::HasSubstr;
+
+TEST(Configuration, PrefersTheEnvironmentToTheFileToTheDefault) {
+    const auto path = std::filesystem::path(testing::TempDir()) / "audlmd-test.conf";
+    std::ofstream(path) << "# numbers\n\n Speed.Limit = 2.5 # fast\nSpeed.Limit=3\n"
+                           "no setting\nBroken = 4,5\nHuge = inf\n";
+    testing::internal::CaptureStderr();
+    const Configuration configuration(path);
+    std::filesystem::remove(path);
+    // A pipe that nobody writes into would never end.
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    EXPECT_EQ(Configuration(path).number("Speed.Limit", 1.25), 1.25);
+    std::filesystem::remove(path);
+    EXPECT_EQ(configuration.number("Other", 1.25), 1.25);
+    EXPECT_EQ(configuration.number("Speed.Limit", 1.0), 3.0);
+    setenv("AUDLMD_Speed_Limit", " +4e0 ", 1);
+    EXPECT_EQ(configuration.number("Speed.Limit", 1.0), 4.0);
+    setenv("AUDLMD_Speed_Limit", "fast", 1);
+    for (const char* key : {"Speed.Limit", "Broken", "Huge", "Speed.Limit", "Broken"})
+        EXPECT_EQ(configuration.number(key, 1.0), 1.0) << key;
+    unsetenv("AUDLMD_Speed_Limit");
+
+    const std::string reported = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(std::count(reported.begin(), reported.end(), '\n'), 5) << reported;
+    for (const char* part :
+         {"audlmd-test.conf:5: ", "audlmd-test.conf: not a regular file",
+          "environment variable AUDLMD_Speed_Limit: 'fast'", "audlmd-test.conf:6: Broken: '4,5'"})
+        EXPECT_THAT(reported, HasSubstr(part));
+}
+
+} // namespace
+} // namespace audlmd::test

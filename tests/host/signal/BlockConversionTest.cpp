@@ -1,0 +1,50 @@
+#include "host/signal/BlockConversion.hpp"
+
+#include "tests/ole/Aud/EveryKindOfFloat.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <vector>
+
+namespace audlmd::test {
+namespace {
+
+/// Not inlined, so that the sample is in a register and the container in memory, as in a render function. Of
+/// two NaNs the sum is then the sample's.
+template <class Out>
+[[gnu::noinline]] void deliverOne(float x, Out& out) {
+    Aud::Render::deliver(x, out);
+}
+
+/// Delivers into containers of random bytes, among them NaNs, with one container around on either side.
+template <class Out>
+void expectTheBytesOfSingleSamples(const std::vector<float>& floats) {
+    auto expected = randomContainers<Out>(floats.size() + 2);
+    auto converted = expected;
+    Out single(&expected[1]);
+    for (const float x : floats)
+        deliverOne(x, single);
+    Out block(&converted[1]);
+    convertBlock(floats.data(), floats.size(), block);
+    for (std::size_t i = 0; i < expected.size(); ++i)
+        ASSERT_EQ(std::memcmp(&expected[i], &converted[i], sizeof expected[0]), 0)
+            << "container " << i << " of " << expected.size() << " in " << __PRETTY_FUNCTION__;
+    // The position has moved, so that the next sample goes to the last container.
+    deliverOne(0.25F, single);
+    deliverOne(0.25F, block);
+    EXPECT_EQ(std::memcmp(&expected.back(), &converted.back(), sizeof expected[0]), 0);
+}
+
+void expectTheBytesOfSingleSamplesInAll(const std::vector<float>& floats) {
+    model::forEachOutputType([&]<class Out>(std::size_t) { expectTheBytesOfSingleSamples<Out>(floats); });
+}
+
+TEST(BlockConversion, DeliversTheBytesOfSingleSamples) {
+    expectTheBytesOfSingleSamplesInAll(everyKindOfFloat());
+    for (std::size_t count = 0; count < 38; ++count)
+        expectTheBytesOfSingleSamplesInAll(std::vector<float>(count, 0.4F));
+}
+
+} // namespace
+} // namespace audlmd::test

@@ -1,0 +1,29 @@
+#include "host/signal/Speed.hpp"
+
+#include <gtest/gtest.h>
+
+namespace audlmd::test {
+namespace {
+
+using Aud::SubSamplePos;
+
+TEST(Speed, RoundsToTheNearestPosition) {
+    EXPECT_EQ(subSamplePosOf(0.5), SubSamplePos(0, 536870912)) << "half of 2^30 - 1 fractions, a tie";
+    EXPECT_EQ(subSamplePosOf(1.6), SubSamplePos(1, 644245094)) << "not 644245093.8";
+    EXPECT_EQ(subSamplePosOf(7.0 - 1e-12), SubSamplePos(7, 0));
+    EXPECT_EQ(subSamplePosOf(-0.25), SubSamplePos(-1, 805306367));
+}
+
+TEST(Speed, ManyStepsAtOnceAreWhatTheConverterAddsUp) {
+    const SubSamplePos step = subSamplePosOf(1.2345678);
+    SubSamplePos position(0, 1);
+    for (std::uint64_t n = 0; n < 5000; ++n, position += step) {
+        ASSERT_EQ(advanced(SubSamplePos(0, 1), step, n), position);
+        const SubSamplePos last(300, 17);
+        ASSERT_EQ(n < positionsUpTo(last, SubSamplePos(0, 1), step), position <= last);
+    }
+    EXPECT_EQ(advanced({0, 0}, {0, 1}, 1'000'000'000'000).sample, 931);
+}
+
+} // namespace
+} // namespace audlmd::test

@@ -1,0 +1,98 @@
+#include "host/signal/StripPlan.hpp"
+
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <stdexcept>
+
+namespace audlmd::test {
+namespace {
+
+using Change = std::function<void(StripSettings&)>;
+
+StripSettings settingsOf(std::int64_t length, const Change& change) {
+    StripSettings settings;
+    settings.from = 100;
+    settings.to = 100 + length;
+    change(settings);
+    return settings;
+}
+
+Change speed(Converter converter, double speed) {
+    return [=](StripSettings& s) { s.converter = converter, s.speed = speed; };
+}
+
+const AutomationWalk automation{Automation({{0, 1.0F}}), DynamicLevelDirection::forwards};
+
+TEST(StripPlan, FollowsFromTheSettings) {
+    struct {
+        std::int64_t length;
+        Change change;
+        unsigned long code, fullLevelCode;
+        double speedInForce;
+        std::uint64_t outputLength;
+    } const table[] = {
+        {7, [](auto&) {}, 1024, 1024, 1.0, 7},
+        {7, [](auto& s) { s.reverse = true, s.outerLevel = 0.5F; }, 512, 512, 1.0, 7},
+        {7, [](auto& s) { s.automation = automation, s.equaliser.resize(5); }, 1409, 1409, 1.0, 7},
+        {7,
+         [](auto& s) {
+             s.fade = {1, 2}, s.middleLevel = 1.0F;
+         },
+         1046, 1026, 1.0, 7},
+        {7,
+         [](auto& s) {
+             s.fade = {7, 0, FadeCurve::log};
+         },
+         1028, 1024, 1.0, 7},
+        {7, speed(Converter::linear, 2.0), 1056, 1056, 2.0, 4},
+        // Either speed is rounded down, so that the rounded speed would make one sample more.
+        {1, speed(Converter::linear, 0.1), 1056, 1056, 107374182.0 / 1073741823.0, 10},
+        {7, speed(Converter::filtering, 0.7), 1088, 1088, static_cast<double>(0.7F), 10},
+        {60, speed(Converter::filtering, 6.0), 1088, 1088, 6.0, 10},
+        {2, speed(Converter::filtering, 1.0 / 1024.0), 1088, 1088, 1.0 / 1024.0, 2048},
+    };
+    for (const auto& row : table) {
+        const StripPlan plan(settingsOf(row.length, row.change));
+        EXPECT_EQ(plan.modeCode, row.code);
+        EXPECT_EQ(plan.fullLevelModeCode, row.fullLevelCode) << row.code;
+        EXPECT_EQ(plan.speedInForce, row.speedInForce);
+        EXPECT_EQ(plan.outputLength, row.outputLength) << row.speedInForce;
+        EXPECT_EQ(plan.materialPosition(2), plan.settings.reverse ? 104 : 102);
+        EXPECT_EQ(plan.sampleAt(plan.materialPosition(2)), 2);
+    }
+}
+
+TEST(StripPlan, RefusesWhatCannotBePlayed) {
+    const std::pair<Change, const char*> table[] = {
+        {[](auto& s) { s.to = s.from; }, "is empty"},
+        {[](auto& s) { s.to = s.from + longestRange + 1; }, "longer than"},
+        {[](auto& s) { s.from = -farthestPosition - 1, s.to = s.from + 9; },
+         "the start of the range is sample"},
+        {[](auto& s) { s.from = std::numeric_limits<std::int64_t>::min(), s.to = s.from + 9; },
+         "the start of"},
+        {[](auto& s) { s.from = farthestPosition - 8, s.to = s.from + 9; }, "the end of the range is sample"},
+        {[](auto& s) {
+             s.fade = {6, 5};
+         },
+         "do not fit"},
+        {[](auto& s) { s.middleLevel = std::nanf(""); }, "middle level"},
+        {[](auto& s) { s.outerLevel = HUGE_VALF; }, "outer level"},
+        {[](auto& s) { s.outerLevel = 1.0F, s.automation = automation; }, "same place"},
+        {[](auto& s) { s.equaliser.resize(6); }, "at most 5 bands"},
+        {[](auto& s) { s.equaliser.resize(1), s.sampleRate = 2000.0; }, "half the sample rate"},
+        {speed(Converter::none, 2.0), "needs a converter"},
+        {speed(Converter::linear, 0.0), "the speed must be"},
+        {speed(Converter::filtering, 6.0001),
+         "from 0.000976562 to 6 (the setting AudioPlaybackSpeedLimit), not at"},
+        {speed(Converter::filtering, 1e-6), "choose the linear converter"},
+    };
+    for (const auto& row : table)
+        EXPECT_THAT([&] { StripPlan(settingsOf(10, row.first)); },
+                    testing::ThrowsMessage<std::invalid_argument>(testing::HasSubstr(row.second)));
+}
+
+} // namespace
+} // namespace audlmd::test
