@@ -16,7 +16,7 @@ foreach(header
         mix/Media mix/MixReport mix/Mixer mix/RateConvertedSource mix/ScaledSource mix/Timeline
         play/LiveOptions play/LivePlayer play/Transport
         services/Configuration services/Event services/Identities services/ImageFormats services/RenderFunctions
-        services/SampleRates
+        services/SampleRates services/Threads
         signal/Automation signal/BlockLoops signal/BlockConversion signal/Equaliser signal/Fade signal/GainLaws
         signal/RecordNumbers signal/Speed signal/StripPlan signal/StripPlayer signal/StripSettings
         signal/Unclipped)

@@ -1,10 +1,10 @@
 #include "host/cache/SoundFile.hpp"
 
 #include "host/cache/FrameDecoder.hpp"
+#include "host/services/Threads.hpp"
 
 #include <algorithm>
 #include <deque>
-#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -16,23 +16,24 @@ constexpr std::size_t mostKeptSamples = (std::size_t{8} << 20) / sizeof(float);
 
 } // namespace
 
-/// The decoder and the excerpts that were decoded last. The lock guards both.
+/// The decoder and the excerpts that were decoded last.
 class SoundFile::KeptExcerpts {
 public:
     explicit KeptExcerpts(const std::filesystem::path& path) : decoder_(path) {}
 
-    /// What never changes, for use without the lock.
-    const FrameDecoder& decoder() const { return decoder_; }
+    const FrameDecoder& decoder() const AUDLMD_UNCHECKED("its const functions give what never changes") {
+        return decoder_;
+    }
 
     std::uint64_t decodedExcerpts() const {
-        const std::lock_guard lock(mutex_);
+        const Lock lock(mutex_);
         return decodedExcerpts_;
     }
 
     /// Holds the lock while it decodes, so that a thread that needs the same excerpt for another channel
     /// waits until the excerpt is there.
     void read(int channel, std::int64_t position, std::span<float> samples) {
-        const std::lock_guard lock(mutex_);
+        const Lock lock(mutex_);
         // No other channel will ask for the frames: they need not be kept.
         if (channels_ == 1)
             return decode(position, samples);
@@ -57,7 +58,7 @@ private:
     };
 
     /// A kept excerpt that holds all the frames, else one decoded for them.
-    Excerpt& find(std::int64_t position, std::size_t frames) {
+    Excerpt& find(std::int64_t position, std::size_t frames) AUDLMD_REQUIRES(mutex_) {
         const auto holdsAll = [&](const Excerpt& excerpt) {
             const auto kept = static_cast<std::int64_t>(excerpt.samples.size() / channels_);
             return excerpt.position <= position &&
@@ -70,7 +71,7 @@ private:
     /// Displaces an excerpt that all channels have read, whose memory is still in the processor's caches;
     /// else the oldest ones, to make room. Reuses the memory of the last one displaced. The two newest are
     /// kept however long they are, for two readers that stand at a border between segments.
-    Excerpt& decodeExcerpt(std::int64_t position, std::size_t frames) {
+    Excerpt& decodeExcerpt(std::int64_t position, std::size_t frames) AUDLMD_REQUIRES(mutex_) {
         Excerpt excerpt{};
         const auto wasRead = [](const Excerpt& kept) { return kept.read >= kept.samples.size(); };
         if (const auto done = std::find_if(kept_.begin(), kept_.end(), wasRead); done != kept_.end())
@@ -85,25 +86,25 @@ private:
         return kept_.emplace_back(std::move(excerpt));
     }
 
-    Excerpt take(const std::deque<Excerpt>::iterator& place) {
+    Excerpt take(const std::deque<Excerpt>::iterator& place) AUDLMD_REQUIRES(mutex_) {
         Excerpt taken = std::move(*place);
         keptSamples_ -= taken.samples.size();
         kept_.erase(place);
         return taken;
     }
 
-    void decode(std::int64_t position, std::span<float> interleaved) {
+    void decode(std::int64_t position, std::span<float> interleaved) AUDLMD_REQUIRES(mutex_) {
         ++decodedExcerpts_;
         decoder_.decode(position, interleaved);
     }
 
-    mutable std::mutex mutex_;
-    FrameDecoder decoder_;
+    mutable Mutex mutex_;
+    FrameDecoder decoder_ AUDLMD_GUARDED_BY(mutex_);
     const std::size_t channels_ = static_cast<std::size_t>(decoder_.info().channels);
     /// The excerpt that was decoded first comes first.
-    std::deque<Excerpt> kept_;
-    std::size_t keptSamples_ = 0;
-    std::uint64_t decodedExcerpts_ = 0;
+    std::deque<Excerpt> kept_ AUDLMD_GUARDED_BY(mutex_);
+    std::size_t keptSamples_ AUDLMD_GUARDED_BY(mutex_) = 0;
+    std::uint64_t decodedExcerpts_ AUDLMD_GUARDED_BY(mutex_) = 0;
 };
 
 SoundFile::SoundFile(const std::filesystem::path& path) : excerpts_(std::make_unique<KeptExcerpts>(path)) {}

@@ -39,12 +39,12 @@ MixedTimeline::sources(const std::shared_ptr<MixedTimeline>& timeline) {
 }
 
 MixReport MixedTimeline::report() const {
-    const std::lock_guard lock(reporting_);
+    const Lock lock(reporting_);
     return report_;
 }
 
 void MixedTimeline::read(std::size_t channel, std::int64_t position, std::span<float> samples) {
-    const std::lock_guard lock(mutex_);
+    const Lock lock(mutex_);
     Excerpt& excerpt = excerptAt(position, samples.size());
     std::ranges::copy(excerpt.channels[channel], samples.begin());
     if (++excerpt.readers == excerpt.channels.size())
@@ -65,7 +65,7 @@ MixedTimeline::Excerpt& MixedTimeline::excerptAt(std::int64_t position, std::siz
     mixer_.render(position, std::vector<std::span<float>>(excerpt.channels.begin(), excerpt.channels.end()));
     {
         MixReport report = mixer_.report();
-        const std::lock_guard lock(reporting_);
+        const Lock lock(reporting_);
         report_ = std::move(report);
     }
     return kept_.emplace_back(std::move(excerpt));

@@ -2,10 +2,10 @@
 
 #include "host/cache/SampleSource.hpp"
 #include "host/mix/Mixer.hpp"
+#include "host/services/Threads.hpp"
 
 #include <cstddef>
 #include <memory>
-#include <mutex>
 #include <vector>
 
 namespace audlmd {
@@ -26,11 +26,13 @@ public:
     /// The sources share this object. What fails in a strip makes that strip silent.
     static std::vector<std::shared_ptr<SampleSource>> sources(const std::shared_ptr<MixedTimeline>& timeline);
 
-    const Timeline& timeline() const { return mixer_.timeline(); }
+    const Timeline& timeline() const AUDLMD_UNCHECKED("the timeline never changes") {
+        return mixer_.timeline();
+    }
     /// See Mixer::report(); as of the last segment that was rendered. Waits for none.
     MixReport report() const;
     /// See Mixer::callOff().
-    void callOff() { mixer_.callOff(); }
+    void callOff() AUDLMD_UNCHECKED("for any thread, while another renders") { mixer_.callOff(); }
 
 private:
     class Source;
@@ -42,16 +44,15 @@ private:
     };
 
     void read(std::size_t channel, std::int64_t position, std::span<float> samples);
-    Excerpt& excerptAt(std::int64_t position, std::size_t frames);
+    Excerpt& excerptAt(std::int64_t position, std::size_t frames) AUDLMD_REQUIRES(mutex_);
 
-    /// Held while a segment is rendered. Guards the mixer but for callOff(), and the excerpts.
-    std::mutex mutex_;
-    Mixer mixer_;
+    /// Held while a segment is rendered.
+    Mutex mutex_;
+    Mixer mixer_ AUDLMD_GUARDED_BY(mutex_);
     /// The oldest comes first.
-    std::vector<Excerpt> kept_;
-    mutable std::mutex reporting_;
-    /// Guarded by `reporting_`.
-    MixReport report_;
+    std::vector<Excerpt> kept_ AUDLMD_GUARDED_BY(mutex_);
+    mutable Mutex reporting_;
+    MixReport report_ AUDLMD_GUARDED_BY(reporting_);
 };
 
 } // namespace audlmd
