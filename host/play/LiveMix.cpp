@@ -151,7 +151,6 @@ std::unique_ptr<Mixer> LiveMix::take(std::int64_t place) {
     std::unique_ptr<Mixer> mixer = std::move(ready_->mixer);
     ready_.reset();
     playing_ = mixer.get();
-    ++takeovers_;
     return mixer;
 }
 

@@ -47,8 +47,6 @@ public:
     /// The underruns of all strips together, up to a part of a second ago.
     std::uint64_t lateSamples() const { return lateSamples_; }
     std::uint64_t lateEpisodes() const { return lateEpisodes_; }
-    /// How often a mixer has taken over.
-    std::uint64_t takeovers() const { return takeovers_; }
 
 private:
     class Voice;
@@ -78,7 +76,6 @@ private:
     MixNotes notes_;
     /// The one that plays.
     const Mixer* playing_ = nullptr;
-    std::uint64_t takeovers_ = 0;
     std::uint64_t lateSamples_ = 0;
     std::uint64_t lateEpisodes_ = 0;
 
