@@ -2,34 +2,33 @@
 
 #include "host/mix/MixReport.hpp"
 
-#include <cstddef>
 #include <map>
 #include <string>
+#include <vector>
 
 namespace audlmd {
 
-/// What a mixer remembers of strips that it has closed. Strips are numbers, in the order of the timeline.
-/// Takes memory for strips with problems only.
+/// Sums up what happened to the strips of a timeline. Takes memory for strips with problems only.
 class MixNotes {
 public:
     /// Adds what an open strip reports, after so many seconds of rendering. A strip may be added several
     /// times.
-    void add(std::size_t strip, const StripReport& report, double seconds);
+    void add(const StripKey& key, const StripReport& report, double seconds);
+    /// Adds what a mixer reports of its strips.
+    void add(const MixReport& report);
     /// Adds that a strip was silent because it was not open. `failure` says why, or is empty if the strip was
     /// late.
-    void addSilence(std::size_t strip, OutputSpan span, const std::string& failure);
+    void addSilence(const StripKey& key, OutputSpan span, const std::string& failure);
 
-    const std::map<std::size_t, StripReport>& strips() const { return strips_; }
-
-    struct Slowest {
-        std::size_t strip = 0;
-        double seconds = 0.0;
-    };
-    Slowest slowest() const { return slowest_; }
+    /// Those with problems, in the order of the timeline.
+    std::vector<StripReport> strips() const;
+    const SlowestStrip& slowest() const { return slowest_; }
 
 private:
-    std::map<std::size_t, StripReport> strips_;
-    Slowest slowest_;
+    StripReport& sumOf(const StripKey& key);
+
+    std::map<StripKey, StripReport> strips_;
+    SlowestStrip slowest_;
 };
 
 } // namespace audlmd

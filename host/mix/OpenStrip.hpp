@@ -55,7 +55,7 @@ public:
 
     /// The processor time that rendering has taken, in seconds.
     double seconds() const;
-    /// What went wrong since the strip was opened, without the place.
+    /// What went wrong since the strip was opened; without its key.
     StripReport report() const;
 
 private:

@@ -67,7 +67,7 @@ public:
             rendered = first_->render(frames);
         position_ += static_cast<std::int64_t>(rendered);
         if (mixer_ != nullptr && position_ >= countedAt_ + seconds(countedEvery)) {
-            mix_.count();
+            mix_.countLate();
             countedAt_ = position_;
         }
         return rendered;
@@ -155,9 +155,9 @@ std::unique_ptr<Mixer> LiveMix::take(std::int64_t place) {
 }
 
 void LiveMix::retire(std::unique_ptr<Mixer> mixer) {
-    note(notes_, *mixer);
+    notes_.add(mixer->report());
     playing_ = nullptr;
-    count();
+    countLate();
     {
         const std::lock_guard lock(mutex_);
         retired_.push_back(std::move(mixer));
@@ -195,15 +195,7 @@ void LiveMix::serve(const std::stop_token& stop) {
     }
 }
 
-void LiveMix::note(MixNotes& notes, const Mixer& mixer) const {
-    std::vector<std::size_t> firstOfTrack{0};
-    for (const TimelineTrack& track : timeline_.tracks)
-        firstOfTrack.push_back(firstOfTrack.back() + track.strips.size());
-    for (const StripReport& strip : mixer.report().strips)
-        notes.add(firstOfTrack[strip.track] + strip.strip, strip, 0.0);
-}
-
-void LiveMix::count() {
+void LiveMix::countLate() {
     lateSamples_ = 0;
     lateEpisodes_ = 0;
     for (const StripReport& strip : report()) {
@@ -215,17 +207,8 @@ void LiveMix::count() {
 std::vector<StripReport> LiveMix::report() const {
     MixNotes notes = notes_;
     if (playing_ != nullptr)
-        note(notes, *playing_);
-    std::vector<StripReport> strips;
-    std::size_t number = 0;
-    for (std::size_t track = 0; track < timeline_.tracks.size(); ++track)
-        for (std::size_t strip = 0; strip < timeline_.tracks[track].strips.size(); ++strip, ++number)
-            if (const auto found = notes.strips().find(number); found != notes.strips().end()) {
-                strips.push_back(found->second);
-                strips.back().track = track;
-                strips.back().strip = strip;
-            }
-    return strips;
+        notes.add(playing_->report());
+    return notes.strips();
 }
 
 } // namespace audlmd

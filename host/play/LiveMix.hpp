@@ -64,8 +64,8 @@ private:
     /// Keeps the mixer's report. Hands the mixer to this object's thread, because destroying it waits for
     /// reads.
     void retire(std::unique_ptr<Mixer> mixer);
-    void note(MixNotes& notes, const Mixer& mixer) const;
-    void count();
+    /// Brings lateSamples() and lateEpisodes() up to date.
+    void countLate();
     std::unique_ptr<Mixer> make(std::int64_t place) const;
     void serve(const std::stop_token& stop);
 

@@ -88,7 +88,7 @@ TEST_F(LiveMixTest, TakesOverWithoutASeam) {
     deck_.play(1.0);
     expectSound(pullSteadily(deck_, length), timeline_);
     EXPECT_EQ(live_.lateSamples(), 0U);
-    EXPECT_EQ(deck_.content.totals().underrunSamples, 0U);
+    EXPECT_EQ(deck_.content.totals().lateSamples, 0U);
 }
 
 TEST_F(LiveMixTest, SilencesTheLateStripAloneAndNamesTheStrip) {
