@@ -27,8 +27,8 @@ struct Overload {
     std::vector<OutputSpan> spans;
 };
 
-/// Which strip of a timeline: the numbers of the track and of the strip in it, from 0. Keys are ordered as the
-/// timeline is.
+/// Which strip of a timeline: the numbers of the track and of the strip in it, from 0. Keys are ordered as
+/// the timeline is.
 struct StripKey {
     std::size_t track = 0;
     std::size_t strip = 0;

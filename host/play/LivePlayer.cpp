@@ -145,8 +145,7 @@ void LivePlayer::Impl::serve(const std::stop_token& stop) {
         hasRoom = follow(next, stop);
         const SoundReport sound = content.totals();
         lateSamples.store(sound.lateSamples + (mix ? mix->lateSamples() : 0), std::memory_order_relaxed);
-        lateEpisodes.store(sound.lateEpisodes + (mix ? mix->lateEpisodes() : 0),
-                           std::memory_order_relaxed);
+        lateEpisodes.store(sound.lateEpisodes + (mix ? mix->lateEpisodes() : 0), std::memory_order_relaxed);
     }
 }
 

@@ -1,20 +1,19 @@
 #pragma once
 
+#include "host/cache/ChannelExcerpts.hpp"
 #include "host/cache/SampleSource.hpp"
 #include "host/mix/Mixer.hpp"
 
-#include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <mutex>
+#include <span>
 #include <vector>
 
 namespace audlmd {
 
 /// A timeline as a material: a source for each channel of the output, which a cache can load forwards,
 /// backwards and at any speed. The samples are those of a Mixer that waits for its files.
-///
-/// A cache reads each channel on its own, while a mixer renders all channels together. So excerpts are kept
-/// until all channels have read them.
 class MixedTimeline {
 public:
     /// The power of two by which a player must scale these sources down: their sum may exceed full scale.
@@ -34,21 +33,13 @@ public:
 
 private:
     class Source;
-    struct Excerpt {
-        std::int64_t position = 0;
-        std::vector<std::vector<float>> channels;
-        /// How many channels have read the excerpt.
-        std::size_t readers = 0;
-    };
 
-    void read(std::size_t channel, std::int64_t position, std::span<float> samples);
-    Excerpt& excerptAt(std::int64_t position, std::size_t frames);
+    /// Renders all channels, one after another.
+    void render(std::int64_t position, std::span<float> samples);
 
-    /// Held while a segment is rendered. Guards the mixer but for callOff(), and the excerpts.
-    std::mutex mutex_;
+    /// Used by the excerpts alone, but for callOff(): on one thread at a time.
     Mixer mixer_;
-    /// The oldest comes first.
-    std::vector<Excerpt> kept_;
+    ChannelExcerpts excerpts_;
     mutable std::mutex reporting_;
     /// Guarded by `reporting_`.
     MixReport report_;
