@@ -1,7 +1,6 @@
 #include "bench/soak/Session.hpp"
 
 #include "bench/soak/RandomPlayer.hpp"
-#include "tools/audlmd/play/CarryOut.hpp"
 
 #include <algorithm>
 #include <chrono>

@@ -2,7 +2,6 @@
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Subcommands.hpp"
 #include "tools/audlmd/files/TemporaryFile.hpp"
-#include "tools/audlmd/play/CarryOut.hpp"
 #include "tools/audlmd/play/PlayInput.hpp"
 #include "tools/audlmd/play/PlayOptions.hpp"
 #include "tools/audlmd/play/SoundDevice.hpp"
