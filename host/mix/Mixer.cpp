@@ -1,10 +1,10 @@
 #include "host/mix/Mixer.hpp"
 
 #include "host/cache/MaterialCache.hpp"
-#include "host/mix/MixNotes.hpp"
 #include "host/mix/OpenStrip.hpp"
 #include "host/mix/OverloadMeter.hpp"
 #include "host/mix/StripOpener.hpp"
+#include "host/mix/StripReports.hpp"
 #include "host/mix/StripSchedule.hpp"
 #include "host/mix/WorkerPool.hpp"
 
@@ -115,7 +115,7 @@ private:
     std::unique_ptr<OpenStrip> openStrip(const StripKey& key);
     std::shared_ptr<const PreparedMedia> mediaFor(const std::string& name);
     /// Adds what a strip has to report, if it is open.
-    void addReport(std::size_t strip, MixNotes& notes);
+    void addReport(std::size_t strip, StripReports& reports);
 
     const MixerOptions options_;
     const OpenMedia openMedia_;
@@ -125,7 +125,7 @@ private:
     /// In output samples.
     const std::int64_t openAhead_;
     MaterialCache cache_;
-    MixNotes notes_;
+    StripReports reports_;
     std::vector<OverloadMeter> channelMeters_;
     std::vector<Sounding> sounding_;
     std::vector<Job> jobs_;
@@ -191,7 +191,7 @@ void Mixer::Impl::follow(OutputSpan block) {
     position_.store(block.from, std::memory_order_relaxed);
     const StripSchedule::Change change = schedule_.moveTo({.from = block.from, .to = block.to + openAhead_});
     for (const std::size_t strip : change.closed) {
-        addReport(strip, notes_);
+        addReport(strip, reports_);
         opener_.close(strip);
     }
     for (const std::size_t strip : change.opened)
@@ -209,7 +209,7 @@ void Mixer::Impl::findSounding(OutputSpan block) {
         if (opened != nullptr && opened->strip != nullptr)
             sounding_.push_back({opened->strip.get(), span});
         else
-            notes_.addSilence(keys_[strip], span, opened != nullptr ? opened->failure : "");
+            reports_.addSilence(keys_[strip], span, opened != nullptr ? opened->failure : "");
     }
 }
 
@@ -239,16 +239,16 @@ void Mixer::Impl::callOff() {
     cache_.callOff();
 }
 
-void Mixer::Impl::addReport(std::size_t strip, MixNotes& notes) {
+void Mixer::Impl::addReport(std::size_t strip, StripReports& reports) {
     if (const StripOpener::Opened* const opened = opener_.find(strip); opened && opened->strip)
-        notes.add(keys_[strip], opened->strip->report(), opened->strip->seconds());
+        reports.add(keys_[strip], opened->strip->report(), opened->strip->seconds());
 }
 
 MixReport Mixer::Impl::report() {
-    MixNotes notes = notes_;
+    StripReports reports = reports_;
     for (const std::size_t strip : schedule_.open())
-        addReport(strip, notes);
-    MixReport report{.strips = notes.strips(), .channels = {}, .slowest = notes.slowest()};
+        addReport(strip, reports);
+    MixReport report{.strips = reports.strips(), .channels = {}, .slowest = reports.slowest()};
     for (const OverloadMeter& meter : channelMeters_)
         report.channels.push_back(meter.overload());
     return report;

@@ -155,7 +155,7 @@ std::unique_ptr<Mixer> LiveMix::take(std::int64_t place) {
 }
 
 void LiveMix::retire(std::unique_ptr<Mixer> mixer) {
-    notes_.add(mixer->report());
+    reports_.add(mixer->report());
     playing_ = nullptr;
     countLate();
     {
@@ -205,10 +205,10 @@ void LiveMix::countLate() {
 }
 
 std::vector<StripReport> LiveMix::report() const {
-    MixNotes notes = notes_;
+    StripReports reports = reports_;
     if (playing_ != nullptr)
-        notes.add(playing_->report());
-    return notes.strips();
+        reports.add(playing_->report());
+    return reports.strips();
 }
 
 } // namespace audlmd

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/mix/MixNotes.hpp"
 #include "host/mix/Mixer.hpp"
+#include "host/mix/StripReports.hpp"
 #include "host/play/LiveVoice.hpp"
 
 #include <condition_variable>
@@ -73,7 +73,7 @@ private:
     const OpenMedia open_;
     const MixerOptions options_;
     // This object's own thread touches nothing from here to the mutex, so nothing guards these.
-    MixNotes notes_;
+    StripReports reports_;
     /// The one that plays.
     const Mixer* playing_ = nullptr;
     std::uint64_t lateSamples_ = 0;

@@ -12,7 +12,7 @@
 
 namespace audlmd {
 
-/// A timeline as a material: a source for each channel of the output, which a cache can load forwards,
+/// A timeline as media: a source for each channel of the output, which a cache can load forwards,
 /// backwards and at any speed. The samples are those of a Mixer that waits for its files.
 class MixedTimeline {
 public:

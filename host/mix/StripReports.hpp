@@ -9,7 +9,7 @@
 namespace audlmd {
 
 /// Sums up what happened to the strips of a timeline. Takes memory for strips with problems only.
-class MixNotes {
+class StripReports {
 public:
     /// Adds what an open strip reports, after so many seconds of rendering. A strip may be added several
     /// times.

@@ -1,4 +1,4 @@
-#include "host/mix/MixNotes.hpp"
+#include "host/mix/StripReports.hpp"
 
 #include "host/mix/SpanList.hpp"
 
@@ -32,13 +32,13 @@ void append(Overload& overload, const Overload& more) {
 
 } // namespace
 
-StripReport& MixNotes::sumOf(const StripKey& key) {
+StripReport& StripReports::sumOf(const StripKey& key) {
     StripReport& sum = strips_[key];
     static_cast<StripKey&>(sum) = key;
     return sum;
 }
 
-void MixNotes::add(const StripKey& key, const StripReport& report, double seconds) {
+void StripReports::add(const StripKey& key, const StripReport& report, double seconds) {
     if (seconds > slowest_.seconds)
         slowest_ = {key, seconds};
     if (!hasProblems(report))
@@ -52,14 +52,14 @@ void MixNotes::add(const StripKey& key, const StripReport& report, double second
     append(sum.overload, report.overload);
 }
 
-void MixNotes::add(const MixReport& report) {
+void StripReports::add(const MixReport& report) {
     for (const StripReport& strip : report.strips)
         add(strip, strip, 0.0);
     if (report.slowest.seconds > slowest_.seconds)
         slowest_ = report.slowest;
 }
 
-void MixNotes::addSilence(const StripKey& key, OutputSpan span, const std::string& failure) {
+void StripReports::addSilence(const StripKey& key, OutputSpan span, const std::string& failure) {
     StripReport& sum = sumOf(key);
     if (sum.failure.empty())
         sum.failure = failure;
@@ -71,7 +71,7 @@ void MixNotes::addSilence(const StripKey& key, OutputSpan span, const std::strin
     append(sum.silent, {span});
 }
 
-std::vector<StripReport> MixNotes::strips() const {
+std::vector<StripReport> StripReports::strips() const {
     std::vector<StripReport> strips;
     for (const auto& [key, report] : strips_)
         strips.push_back(report);
