@@ -15,8 +15,8 @@ namespace {
 
 using Access = Aud::SampleCacheSegmentAccess;
 
-/// Called under the cache's lock. Readers may be counting underruns at the same time.
-MaterialStatistics statisticsOf(const Material& material) {
+/// Readers may be counting underruns at the same time.
+MaterialStatistics statisticsOf(const Material& material) AUDLMD_REQUIRES(cacheLock) {
     return {.underrunSamples = material.underrunSamples.load(std::memory_order_relaxed),
             .underrunEpisodes = material.underrunEpisodes.load(std::memory_order_relaxed),
             .failedSegments = material.failedSegments,
@@ -54,7 +54,7 @@ void CacheCore::add(const Cookie& cookie, std::shared_ptr<SampleSource> source) 
                                     " samples does not fit into the sample cache, which holds up to " +
                                     std::to_string(mostSegments * segmentLength_) + ": " + toString(cookie));
     auto material = std::make_shared<Material>(shared_from_this(), std::move(source), length, segmentLength_);
-    const Lock lock(mutex_);
+    const Lock lock(mutex());
     material->removed = isCalledOff_;
     if (!materials_.emplace(cookie, std::move(material)).second)
         throw std::invalid_argument("the sample cache already holds material " + toString(cookie));
@@ -62,8 +62,8 @@ void CacheCore::add(const Cookie& cookie, std::shared_ptr<SampleSource> source) 
 
 MaterialStatistics CacheCore::remove(const Cookie& cookie) {
     SegmentLists::List taken;
-    Lock lock(mutex_);
-    find(lock, cookie); // Throws where the cookie is unknown.
+    Lock lock(mutex());
+    find(cookie); // Throws where the cookie is unknown.
     const auto node = materials_.extract(cookie);
     Material& material = *node.mapped();
     takeAll(material, taken);
@@ -74,18 +74,18 @@ MaterialStatistics CacheCore::remove(const Cookie& cookie) {
 }
 
 MaterialStatistics CacheCore::statistics(const Cookie& cookie) {
-    const Lock lock(mutex_);
-    return statisticsOf(find(lock, cookie));
+    const Lock lock(mutex());
+    return statisticsOf(find(cookie));
 }
 
 MaterialCacheUsage CacheCore::usage() {
-    const Lock lock(mutex_);
+    const Lock lock(mutex());
     return lists_.usage();
 }
 
 void CacheCore::callOff() {
     SegmentLists::List taken;
-    Lock lock(mutex_);
+    Lock lock(mutex());
     isCalledOff_ = true;
     for (const auto& [cookie, material] : materials_)
         takeAll(*material, taken);
@@ -95,7 +95,7 @@ void CacheCore::callOff() {
 
 void CacheCore::close() {
     SegmentLists::List taken;
-    Lock lock(mutex_);
+    Lock lock(mutex());
     const auto materials = std::move(materials_);
     for (const auto& [cookie, material] : materials)
         takeAll(*material, taken);
@@ -104,25 +104,22 @@ void CacheCore::close() {
 }
 
 void CacheCore::serve(const std::stop_token& stop) {
-    Lock lock(mutex_);
+    Lock lock(mutex());
     CachedSegment* next = nullptr;
-    while (requested_.wait(lock, stop, [&] { return (next = lists_.nextRequest()) != nullptr; }))
-        load(lock, *next);
-}
-
-void CacheCore::load(Lock& lock, CachedSegment& segment) {
-    SegmentLists::List taken;
-    const bool hasRoom = lists_.startLoading(segment, taken);
-    lock.unlock();
-    if (hasRoom) {
-        LoadedSamples loaded = readSamples(segment, taken);
-        lock.lock();
-        const EventPtr completed = publish(segment, std::move(loaded), taken);
+    const auto isRequested = [&]() AUDLMD_REQUIRES(cacheLock) {
+        return (next = lists_.nextRequest()) != nullptr;
+    };
+    while (requested_.wait(lock, stop, isRequested)) {
+        SegmentLists::List taken;
+        const bool hasRoom = lists_.startLoading(*next, taken);
         lock.unlock();
-        completed->signal();
+        if (hasRoom) {
+            LoadedSamples loaded = readSamples(*next, taken);
+            publish(*next, std::move(loaded), taken)->signal();
+        }
+        letGo(taken);
+        lock.lock();
     }
-    letGo(taken);
-    lock.lock();
 }
 
 CacheCore::LoadedSamples CacheCore::readSamples(const CachedSegment& segment, SegmentLists::List& taken) {
@@ -146,6 +143,7 @@ CacheCore::LoadedSamples CacheCore::readSamples(const CachedSegment& segment, Se
 
 EventPtr CacheCore::publish(CachedSegment& segment, LoadedSamples loaded, SegmentLists::List& taken) {
     Material& material = *segment.material;
+    const Lock lock(mutex());
     if (loaded.samples != nullptr) {
         segment.storage = std::move(loaded.samples);
         segment.samples = segment.storage.get();
@@ -164,7 +162,7 @@ EventPtr CacheCore::publish(CachedSegment& segment, LoadedSamples loaded, Segmen
     return segment.completed;
 }
 
-Material& CacheCore::find(const Lock&, const Cookie& cookie) const {
+Material& CacheCore::find(const Cookie& cookie) const {
     const auto found = materials_.find(cookie);
     if (found == materials_.end())
         throw UnknownMaterial(cookie);
@@ -181,7 +179,7 @@ std::uint32_t CacheCore::reach(const Orv::OutputGearing& gearing, std::uint32_t 
     return static_cast<std::uint32_t>(std::min({wanted, most, 1e6}));
 }
 
-Aud::SampleCacheSegment CacheCore::enter(const Lock&, Material& material, std::uint32_t number,
+Aud::SampleCacheSegment CacheCore::enter(Material& material, std::uint32_t number,
                                          const LookAhead& lookAhead) {
     requestAhead(material, number + step(lookAhead.direction), lookAhead);
     // A reader of removed material gets a segment of its own that nobody will load.
@@ -190,25 +188,24 @@ Aud::SampleCacheSegment CacheCore::enter(const Lock&, Material& material, std::u
                             : Access::share(request(material, number, CachedSegment::eUrgent));
 }
 
-Aud::SampleCacheSegment CacheCore::approach(const Lock&, Material& material, const LookAhead& lookAhead) {
+Aud::SampleCacheSegment CacheCore::approach(Material& material, const LookAhead& lookAhead) {
     const std::int64_t first =
         lookAhead.direction == Aud::Render::Direction::forward ? 0 : material.segmentCount() - 1;
     requestAhead(material, first, lookAhead);
     return Access::adopt(new CachedSegment(Aud::eSegmentEmpty, 0, material.shared_from_this(), 0));
 }
 
-CacheCore::Standing CacheCore::stand(const Lock& lock, Material& material, std::int64_t sample,
-                                     const LookAhead& lookAhead) {
+CacheCore::Standing CacheCore::stand(Material& material, std::int64_t sample, const LookAhead& lookAhead) {
     if (sample >= 0 && sample < material.length) {
         const auto number = static_cast<std::uint32_t>(sample / material.segmentLength);
-        return {.segment = enter(lock, material, number, lookAhead),
+        return {.segment = enter(material, number, lookAhead),
                 .number = number,
                 .index = static_cast<std::int32_t>(sample % material.segmentLength)};
     }
     const bool isBefore = lookAhead.direction == Aud::Render::Direction::forward ? sample < 0 : sample >= 0;
     if (!isBefore)
         return {};
-    return {.segment = approach(lock, material, lookAhead)};
+    return {.segment = approach(material, lookAhead)};
 }
 
 void CacheCore::requestAhead(Material& material, std::int64_t first, const LookAhead& lookAhead) {

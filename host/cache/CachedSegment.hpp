@@ -2,6 +2,7 @@
 
 #include "host/cache/SegmentBody.hpp"
 #include "host/services/Event.hpp"
+#include "host/services/Threads.hpp"
 
 #include <cstdint>
 #include <list>
@@ -11,7 +12,12 @@ namespace audlmd {
 
 struct Material;
 
-/// A segment of a material. The cache alone uses the members declared here, under its lock.
+/// The name of a cache's mutex in declarations, see CacheCore::mutex(). One name for the mutexes of all
+/// caches, because the compiler cannot know which cache a segment or a material belongs to.
+class AUDLMD_CAPABILITY CacheLock {};
+inline constexpr CacheLock cacheLock{};
+
+/// A segment of a material. The cache alone uses the members declared here.
 class CachedSegment final : public Aud::SampleCacheSegmentAccess::Body {
 public:
     /// How far the segment's loading has come. The cache keeps one list of segments for each stage.
@@ -41,15 +47,16 @@ public:
     const std::shared_ptr<Material> material;
     /// Counted from 0 at the start of the material.
     const std::uint32_t number;
-    /// Owns what requestCompleted points to.
+    /// Owns what requestCompleted points to. Set before the segment is listed.
     EventPtr completed;
-    /// Owns what samples points to.
+    /// Owns what samples points to. In the hands of one thread at a time: of the loader that reads the
+    /// segment, later of who drops it.
     std::unique_ptr<float[]> storage;
-    Stage stage = eFailed;
+    Stage stage AUDLMD_GUARDED_BY(cacheLock) = eFailed;
     /// Counts the requests of a cache: greater for a later one.
-    std::uint64_t requestNumber = 0;
+    std::uint64_t requestNumber AUDLMD_GUARDED_BY(cacheLock) = 0;
     /// Where the segment stands in the list of its stage.
-    std::list<CachedSegment*>::iterator place;
+    std::list<CachedSegment*>::iterator place AUDLMD_GUARDED_BY(cacheLock);
 };
 
 } // namespace audlmd

@@ -9,7 +9,7 @@ ChannelExcerpts::ChannelExcerpts(std::size_t channels, Layout layout, const Limi
     : channels_(channels), layout_(layout), limits_(limits), make_(std::move(make)) {}
 
 void ChannelExcerpts::read(std::size_t channel, std::int64_t position, std::span<float> samples) {
-    const std::lock_guard lock(mutex_);
+    const Lock lock(mutex_);
     // No other channel will ask for the frames: they need not be kept.
     if (channels_ == 1)
         return make_(position, samples);

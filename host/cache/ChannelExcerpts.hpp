@@ -1,10 +1,11 @@
 #pragma once
 
+#include "host/services/Threads.hpp"
+
 #include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <functional>
-#include <mutex>
 #include <span>
 #include <vector>
 
@@ -51,20 +52,19 @@ private:
     };
 
     /// A kept excerpt that holds all the frames, else one made for them.
-    Excerpt& find(std::int64_t position, std::size_t frames);
-    Excerpt& add(std::int64_t position, std::size_t frames);
-    Excerpt take(std::deque<Excerpt>::iterator kept);
+    Excerpt& find(std::int64_t position, std::size_t frames) AUDLMD_REQUIRES(mutex_);
+    Excerpt& add(std::int64_t position, std::size_t frames) AUDLMD_REQUIRES(mutex_);
+    Excerpt take(std::deque<Excerpt>::iterator kept) AUDLMD_REQUIRES(mutex_);
 
     const std::size_t channels_;
     const Layout layout_;
     const Limits limits_;
-    /// Called with the lock held.
-    const Make make_;
-    std::mutex mutex_;
-    // Guarded by the mutex.
+    Mutex mutex_;
+    /// Guarded, so that it is called on one thread at a time.
+    const Make make_ AUDLMD_GUARDED_BY(mutex_);
     /// The oldest comes first.
-    std::deque<Excerpt> kept_;
-    std::size_t keptSamples_ = 0;
+    std::deque<Excerpt> kept_ AUDLMD_GUARDED_BY(mutex_);
+    std::size_t keptSamples_ AUDLMD_GUARDED_BY(mutex_) = 0;
 };
 
 } // namespace audlmd

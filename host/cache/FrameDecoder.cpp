@@ -3,6 +3,7 @@
 #include "host/cache/FilmContainer.hpp"
 #include "host/cache/SoundFile.hpp"
 #include "host/services/SampleRates.hpp"
+#include "host/services/Threads.hpp"
 
 #include <algorithm>
 #include <array>
@@ -11,7 +12,6 @@
 #include <cstddef>
 #include <fcntl.h>
 #include <limits>
-#include <mutex>
 #include <optional>
 #include <string_view>
 #include <system_error>
@@ -149,8 +149,8 @@ void FrameDecoder::decode(std::int64_t position, std::span<float> interleaved) {
 
 FrameDecoder::File FrameDecoder::open(SF_INFO& info) const {
     // libsndfile says why it could not open a file in one place for the whole process.
-    static std::mutex opening;
-    const std::lock_guard lock(opening);
+    static Mutex opening;
+    const Lock lock(opening);
     requireReadable(path_);
     File file(sf_open(path_.c_str(), SFM_READ, &info));
     if (file == nullptr)

@@ -25,7 +25,7 @@ constexpr std::int64_t step(Aud::Render::Direction direction) {
 /// One material that a cache knows, its segments and its statistics.
 ///
 /// The first four members never change. The counters of underruns are atomic, because readers count without a
-/// lock. The cache's lock guards the other members.
+/// lock.
 struct Material : std::enable_shared_from_this<Material> {
     /// Both lengths are in samples.
     Material(std::shared_ptr<CacheCore> itsCore, std::shared_ptr<SampleSource> itsSource,
@@ -67,11 +67,11 @@ struct Material : std::enable_shared_from_this<Material> {
     std::atomic<std::int64_t> lastUnderrun{-1000};
 
     /// The segments that the cache lists, by number.
-    std::unordered_map<std::uint32_t, CachedSegment*> segments;
+    std::unordered_map<std::uint32_t, CachedSegment*> segments AUDLMD_GUARDED_BY(cacheLock);
     /// Set when the cache forgets the material. Readers find silence from their next segment on.
-    bool removed = false;
-    std::uint64_t failedSegments = 0;
-    std::string firstFailure;
+    bool removed AUDLMD_GUARDED_BY(cacheLock) = false;
+    std::uint64_t failedSegments AUDLMD_GUARDED_BY(cacheLock) = 0;
+    std::string firstFailure AUDLMD_GUARDED_BY(cacheLock);
 };
 
 } // namespace audlmd

@@ -2,8 +2,7 @@
 
 #include "host/cache/CacheCore.hpp"
 #include "host/services/Identities.hpp"
-
-#include <pthread.h>
+#include "host/services/Threads.hpp"
 
 namespace audlmd {
 
@@ -13,11 +12,8 @@ UnknownMaterial::UnknownMaterial(const Cookie& cookie)
 MaterialCache::MaterialCache(const MaterialCacheOptions& options)
     : core_(std::make_shared<CacheCore>(options)) {
     for (unsigned int i = 0; i < options.loaderThreads; ++i)
-        loaders_.emplace_back([core = core_.get()](const std::stop_token& stop) {
-            // For debuggers and system monitors; at most 15 characters.
-            pthread_setname_np(pthread_self(), "audlmd-loader");
-            core->serve(stop);
-        });
+        loaders_.push_back(namedThread(
+            "audlmd-loader", [core = core_.get()](const std::stop_token& stop) { core->serve(stop); }));
 }
 
 MaterialCache::~MaterialCache() {
@@ -41,8 +37,8 @@ Aud::SampleCacheSegment MaterialCache::request(const Cookie& cookie, std::int64_
                                                Aud::Render::Direction direction,
                                                const Orv::OutputGearing& gearing, std::uint32_t held) {
     const std::uint32_t reach = core_->reach(gearing, held);
-    const auto lock = core_->lock();
-    return core_->stand(lock, core_->find(lock, cookie), sample, {direction, reach, {}}).segment;
+    const Lock lock(core_->mutex());
+    return core_->stand(core_->find(cookie), sample, {direction, reach, {}}).segment;
 }
 
 MaterialStatistics MaterialCache::statistics(const Cookie& cookie) const {

@@ -36,12 +36,12 @@ SampleCache::ForwardIterator::ForwardIterator(const Cookie& cookie, long positio
     hostSegmentsAhead = std::min(extra, hostReach);
     hostHeldSegments.resize(hostSegmentsAhead);
 
-    const auto lock = core.lock();
-    audlmd::Material& material = core.find(lock, cookie);
+    const audlmd::Lock lock(core.mutex());
+    audlmd::Material& material = core.find(cookie);
     hostMaterial = &material;
     materialLength = material.length;
     const audlmd::CacheCore::Standing standing =
-        core.stand(lock, material, cachePosition, {Direction::forward, hostReach, hostHeldSegments});
+        core.stand(material, cachePosition, {Direction::forward, hostReach, hostHeldSegments});
     currentSegment = standing.segment;
     hostSegmentNumber = standing.number;
     segmentIndex = standing.index;
@@ -54,20 +54,19 @@ void SampleCache::ForwardIterator::internal_inc_hitFirstSegment() {
     // Material without samples is entered too, but has no segment to stand on.
     if (materialLength == 0)
         return;
-    const auto lock = material.core->lock();
+    const audlmd::Lock lock(material.core->mutex());
     segmentIndex = 0;
     hostSegmentNumber = 0;
-    currentSegment =
-        material.core->enter(lock, material, 0, {Direction::forward, hostReach, hostHeldSegments});
+    currentSegment = material.core->enter(material, 0, {Direction::forward, hostReach, hostHeldSegments});
 }
 
 void SampleCache::ForwardIterator::internal_inc_moveToNextSegment() {
     audlmd::Material& material = materialBehind(hostMaterial);
-    const auto lock = material.core->lock();
+    const audlmd::Lock lock(material.core->mutex());
     segmentIndex = 0;
     ++hostSegmentNumber;
-    currentSegment = material.core->enter(lock, material, hostSegmentNumber,
-                                          {Direction::forward, hostReach, hostHeldSegments});
+    currentSegment =
+        material.core->enter(material, hostSegmentNumber, {Direction::forward, hostReach, hostHeldSegments});
 }
 
 void SampleCache::ForwardIterator::internal_incrementAudioUnderrunCounter() const {
@@ -82,13 +81,13 @@ SampleCache::ReverseIterator::ReverseIterator(const Cookie& cookie, long positio
     audlmd::CacheCore& core = *static_cast<audlmd::MaterialCache&>(cache).core_;
     hostReach = core.reach(gearing, 0);
 
-    const auto lock = core.lock();
-    audlmd::Material& material = core.find(lock, cookie);
+    const audlmd::Lock lock(core.mutex());
+    audlmd::Material& material = core.find(cookie);
     hostMaterial = &material;
     materialLength = material.length;
     // A reverse reader holds no segments ahead: the renderer gives it no number of them.
     const audlmd::CacheCore::Standing standing =
-        core.stand(lock, material, cachePosition, {Direction::reverse, hostReach, {}});
+        core.stand(material, cachePosition, {Direction::reverse, hostReach, {}});
     currentSegment = standing.segment;
     hostSegmentNumber = standing.number;
     segmentIndex = standing.index;
@@ -100,20 +99,18 @@ void SampleCache::ReverseIterator::internal_inc_hitLastSegment() {
     audlmd::Material& material = materialBehind(hostMaterial);
     if (materialLength == 0)
         return;
-    const auto lock = material.core->lock();
+    const audlmd::Lock lock(material.core->mutex());
     hostSegmentNumber = static_cast<std::uint32_t>(material.segmentCount() - 1);
     segmentIndex = material.lengthOf(hostSegmentNumber) - 1;
-    currentSegment =
-        material.core->enter(lock, material, hostSegmentNumber, {Direction::reverse, hostReach, {}});
+    currentSegment = material.core->enter(material, hostSegmentNumber, {Direction::reverse, hostReach, {}});
 }
 
 void SampleCache::ReverseIterator::internal_inc_moveToNextSegment() {
     audlmd::Material& material = materialBehind(hostMaterial);
-    const auto lock = material.core->lock();
+    const audlmd::Lock lock(material.core->mutex());
     --hostSegmentNumber;
     segmentIndex = material.segmentLength - 1;
-    currentSegment =
-        material.core->enter(lock, material, hostSegmentNumber, {Direction::reverse, hostReach, {}});
+    currentSegment = material.core->enter(material, hostSegmentNumber, {Direction::reverse, hostReach, {}});
 }
 
 void SampleCache::ReverseIterator::internal_incrementAudioUnderrunCounter() const {

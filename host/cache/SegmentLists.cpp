@@ -8,8 +8,10 @@
 namespace audlmd {
 namespace {
 
-/// By a reader. Under the lock a segment that only the cache holds cannot get another holder.
-bool isHeld(const CachedSegment& segment) {
+/// By a reader. Under the lock a segment that only the cache holds cannot get another holder; and as the
+/// acquire meets the release of the last handle, what that reader has read is read before its memory is used
+/// again.
+bool isHeld(const CachedSegment& segment) AUDLMD_REQUIRES(cacheLock) {
     return segment.holders.load(std::memory_order_acquire) > 1;
 }
 
@@ -49,8 +51,8 @@ CachedSegment* SegmentLists::nextRequest() {
         else if (canLoad(segment))
             return &segment;
     }
-    const bool isBlocked =
-        std::ranges::all_of(blockedBy_, [this](const void* resource) { return isBusy(resource); });
+    const bool isBlocked = std::ranges::all_of(
+        blockedBy_, [this](const void* resource) AUDLMD_REQUIRES(cacheLock) { return isBusy(resource); });
     const List& ahead = lists_[CachedSegment::eAhead];
     for (auto latest = ahead.rbegin(); latest != ahead.rend(); ++latest) {
         if (isBlocked && (*latest)->requestNumber <= blockedUpTo_)
@@ -120,7 +122,7 @@ void SegmentLists::moveTo(CachedSegment::Stage stage, CachedSegment& segment) no
 
 bool SegmentLists::makeRoom(std::size_t bytes, List& taken) noexcept {
     List& ready = lists_[CachedSegment::eReady];
-    const auto fits = [&] {
+    const auto fits = [&]() AUDLMD_REQUIRES(cacheLock) {
         return usage_.residentBytes <= memoryBudget_ && bytes <= memoryBudget_ - usage_.residentBytes;
     };
     for (auto next = ready.begin(); next != ready.end() && !fits();) {

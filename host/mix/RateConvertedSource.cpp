@@ -40,8 +40,8 @@ std::invalid_argument refusal(int inRate, int outRate, const std::string& reason
 /// builds tables that all share, and libsoxr 0.1.3 does not lock them. So one is built
 /// here, under our lock.
 void tryRates(int inRate, int outRate) {
-    static std::mutex designing;
-    const std::lock_guard lock(designing);
+    static Mutex designing;
+    const Lock lock(designing);
     soxr_error_t error = nullptr;
     const soxr_quality_spec_t spec = quality();
     soxr_delete(soxr_create(inRate, outRate, 1, &error, nullptr, &spec, nullptr));
@@ -77,7 +77,7 @@ void RateConvertedSource::read(std::int64_t position, std::span<float> samples) 
         const auto count = std::min(samples.size(), static_cast<std::size_t>(perBlock - first));
         const std::shared_ptr<Block> block = blockAt(position / perBlock);
         {
-            const std::lock_guard lock(block->mutex);
+            const Lock lock(block->mutex);
             if (block->samples.empty())
                 block->samples = convert(block->index);
             std::copy_n(block->samples.begin() + first, count, samples.begin());
@@ -89,7 +89,7 @@ void RateConvertedSource::read(std::int64_t position, std::span<float> samples) 
 
 /// A new block is still empty. Who uses a block that is dropped meanwhile holds it to the end.
 std::shared_ptr<RateConvertedSource::Block> RateConvertedSource::blockAt(std::int64_t index) {
-    const std::lock_guard lock(mutex_);
+    const Lock lock(mutex_);
     const auto found = std::find_if(kept_.begin(), kept_.end(),
                                     [index](const auto& block) { return block->index == index; });
     std::shared_ptr<Block> block;

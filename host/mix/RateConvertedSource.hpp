@@ -1,12 +1,12 @@
 #pragma once
 
 #include "host/cache/SampleSource.hpp"
+#include "host/services/Threads.hpp"
 
 #include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <memory>
-#include <mutex>
 #include <span>
 #include <vector>
 
@@ -47,8 +47,8 @@ private:
     struct Block {
         std::int64_t index = 0;
         /// Held while the block is converted: whoever needs the same block waits.
-        std::mutex mutex;
-        std::vector<float> samples;
+        Mutex mutex;
+        std::vector<float> samples AUDLMD_GUARDED_BY(mutex);
     };
 
     std::shared_ptr<Block> blockAt(std::int64_t index);
@@ -66,9 +66,9 @@ private:
     /// How far before and behind a block its filters reach, in input samples.
     std::int64_t margin_;
 
-    std::mutex mutex_;
+    Mutex mutex_;
     /// The one used last comes last.
-    std::deque<std::shared_ptr<Block>> kept_;
+    std::deque<std::shared_ptr<Block>> kept_ AUDLMD_GUARDED_BY(mutex_);
 };
 
 /// The source at another rate: the source itself where the rates are equal, else a RateConvertedSource.

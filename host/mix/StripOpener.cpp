@@ -2,23 +2,19 @@
 
 #include "host/services/FailureText.hpp"
 
-#include <pthread.h>
 #include <utility>
 
 namespace audlmd {
 
 StripOpener::StripOpener(Open open)
-    : open_(std::move(open)), thread_([this](const std::stop_token& stop) {
-          // For debuggers and system monitors; at most 15 characters.
-          pthread_setname_np(pthread_self(), "audlmd-opener");
-          serve(stop);
-      }) {}
+    : open_(std::move(open)),
+      thread_(namedThread("audlmd-opener", [this](const std::stop_token& stop) { serve(stop); })) {}
 
 StripOpener::~StripOpener() = default;
 
 void StripOpener::open(std::size_t strip) {
     {
-        const std::lock_guard lock(mutex_);
+        const Lock lock(mutex_);
         strips_.emplace(strip, nullptr);
         if (!isCalledOff_)
             requests_.push_back({.strip = strip, .opened = std::make_unique<Opened>()});
@@ -27,21 +23,21 @@ void StripOpener::open(std::size_t strip) {
 }
 
 StripOpener::Opened* StripOpener::find(std::size_t strip) {
-    const std::lock_guard lock(mutex_);
+    const Lock lock(mutex_);
     return strips_.at(strip).get();
 }
 
 StripOpener::Opened* StripOpener::wait(std::size_t strip) {
-    std::unique_lock lock(mutex_);
+    Lock lock(mutex_);
     // Stays valid while the table changes: only close() removes it, which the waiting thread itself calls.
     const std::unique_ptr<Opened>& opened = strips_.at(strip);
-    opened_.wait(lock, [&] { return opened != nullptr || isCalledOff_; });
+    opened_.wait(lock.native(), [&]() AUDLMD_REQUIRES(mutex_) { return opened != nullptr || isCalledOff_; });
     return opened.get();
 }
 
 void StripOpener::callOff() {
     {
-        const std::lock_guard lock(mutex_);
+        const Lock lock(mutex_);
         isCalledOff_ = true;
         requests_.clear();
     }
@@ -50,7 +46,7 @@ void StripOpener::callOff() {
 
 void StripOpener::close(std::size_t strip) {
     {
-        const std::lock_guard lock(mutex_);
+        const Lock lock(mutex_);
         // If the strip is being opened right now, finish() will find no entry and close it.
         auto node = strips_.extract(strip);
         if (node.mapped() != nullptr)
@@ -62,8 +58,9 @@ void StripOpener::close(std::size_t strip) {
 }
 
 void StripOpener::serve(const std::stop_token& stop) {
-    std::unique_lock lock(mutex_);
-    while (requested_.wait(lock, stop, [this] { return !requests_.empty() || !closed_.empty(); })) {
+    Lock lock(mutex_);
+    while (requested_.wait(
+        lock, stop, [this]() AUDLMD_REQUIRES(mutex_) { return !requests_.empty() || !closed_.empty(); })) {
         std::vector<std::unique_ptr<Opened>> closed = std::exchange(closed_, {});
         Request request;
         if (!requests_.empty()) {

@@ -1,13 +1,13 @@
 #pragma once
 
 #include "host/mix/OpenStrip.hpp"
+#include "host/services/Threads.hpp"
 
 #include <condition_variable>
 #include <cstddef>
 #include <deque>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <stop_token>
 #include <string>
 #include <thread>
@@ -60,18 +60,17 @@ private:
 
     void openNow(Request& request) const noexcept;
     /// Leaves the request's strip to the caller where nobody wants it any longer.
-    void finish(Request& request);
+    void finish(Request& request) AUDLMD_REQUIRES(mutex_);
 
     Open open_;
-    std::mutex mutex_;
+    Mutex mutex_;
     std::condition_variable_any requested_;
     std::condition_variable opened_;
-    // The members from here on are guarded by the mutex.
-    std::deque<Request> requests_;
+    std::deque<Request> requests_ AUDLMD_GUARDED_BY(mutex_);
     /// Null while the strip is not open yet.
-    std::unordered_map<std::size_t, std::unique_ptr<Opened>> strips_;
-    std::vector<std::unique_ptr<Opened>> closed_;
-    bool isCalledOff_ = false;
+    std::unordered_map<std::size_t, std::unique_ptr<Opened>> strips_ AUDLMD_GUARDED_BY(mutex_);
+    std::vector<std::unique_ptr<Opened>> closed_ AUDLMD_GUARDED_BY(mutex_);
+    bool isCalledOff_ AUDLMD_GUARDED_BY(mutex_) = false;
     /// Declared last: the thread ends before anything that it uses.
     std::jthread thread_;
 };

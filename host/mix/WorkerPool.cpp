@@ -1,17 +1,12 @@
 #include "host/mix/WorkerPool.hpp"
 
-#include <pthread.h>
 #include <utility>
 
 namespace audlmd {
 
 WorkerPool::WorkerPool(std::size_t threads) {
     for (std::size_t i = 1; i < threads; ++i)
-        threads_.emplace_back([this](const std::stop_token& stop) {
-            // For debuggers and system monitors; at most 15 characters.
-            pthread_setname_np(pthread_self(), "audlmd-mixer");
-            serve(stop);
-        });
+        threads_.push_back(namedThread("audlmd-mixer", [this](const std::stop_token& stop) { serve(stop); }));
 }
 
 /// Asked to stop all at once, the threads end side by side.
@@ -27,7 +22,7 @@ void WorkerPool::run(std::size_t count, const std::function<void(std::size_t)>& 
         return;
     }
     {
-        const std::lock_guard lock(mutex_);
+        const Lock lock(mutex_);
         job_ = &job;
         count_ = count;
         next_.store(0, std::memory_order_relaxed);
@@ -35,34 +30,36 @@ void WorkerPool::run(std::size_t count, const std::function<void(std::size_t)>& 
         ++round_;
     }
     started_.notify_all();
-    work();
-    std::unique_lock lock(mutex_);
-    finished_.wait(lock, [this] { return busy_ == 0; });
+    work(job, count);
+    Lock lock(mutex_);
+    finished_.wait(lock.native(), [this]() AUDLMD_REQUIRES(mutex_) { return busy_ == 0; });
     if (const auto failure = std::exchange(failure_, nullptr))
         std::rethrow_exception(failure);
 }
 
 void WorkerPool::serve(const std::stop_token& stop) {
     std::uint64_t done = 0;
-    std::unique_lock lock(mutex_);
-    while (started_.wait(lock, stop, [&] { return round_ != done; })) {
+    Lock lock(mutex_);
+    while (started_.wait(lock, stop, [&]() AUDLMD_REQUIRES(mutex_) { return round_ != done; })) {
         done = round_;
+        const Job& job = *job_;
+        const std::size_t count = count_;
         lock.unlock();
-        work();
+        work(job, count);
         lock.lock();
         if (--busy_ == 0)
             finished_.notify_one();
     }
 }
 
-void WorkerPool::work() {
+void WorkerPool::work(const Job& job, std::size_t count) {
     try {
-        for (std::size_t i = 0; (i = next_.fetch_add(1, std::memory_order_relaxed)) < count_;)
-            (*job_)(i);
+        for (std::size_t i = 0; (i = next_.fetch_add(1, std::memory_order_relaxed)) < count;)
+            job(i);
     } catch (...) {
         // No thread takes another job.
-        next_.store(count_, std::memory_order_relaxed);
-        const std::lock_guard lock(mutex_);
+        next_.store(count, std::memory_order_relaxed);
+        const Lock lock(mutex_);
         if (failure_ == nullptr)
             failure_ = std::current_exception();
     }

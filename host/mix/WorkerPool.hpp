@@ -1,12 +1,13 @@
 #pragma once
 
+#include "host/services/Threads.hpp"
+
 #include <atomic>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
 #include <exception>
 #include <functional>
-#include <mutex>
 #include <thread>
 #include <vector>
 
@@ -27,22 +28,23 @@ public:
     void run(std::size_t count, const std::function<void(std::size_t)>& job);
 
 private:
+    using Job = std::function<void(std::size_t)>;
+
     void serve(const std::stop_token& stop);
     /// Takes jobs of the round until none is left.
-    void work();
+    void work(const Job& job, std::size_t count) AUDLMD_EXCLUDES(mutex_);
 
-    std::mutex mutex_;
+    Mutex mutex_;
     std::condition_variable_any started_;
     std::condition_variable finished_;
-    /// The members from here to failure_ are guarded by mutex_, except that a round's job and count are
-    /// read without the mutex while the round lasts.
-    std::uint64_t round_ = 0;
+    std::uint64_t round_ AUDLMD_GUARDED_BY(mutex_) = 0;
     /// The threads, without the calling one, that have not finished the round.
-    std::size_t busy_ = 0;
-    const std::function<void(std::size_t)>* job_ = nullptr;
-    std::size_t count_ = 0;
-    std::exception_ptr failure_;
-    /// The next job to take.
+    std::size_t busy_ AUDLMD_GUARDED_BY(mutex_) = 0;
+    const Job* job_ AUDLMD_GUARDED_BY(mutex_) = nullptr;
+    std::size_t count_ AUDLMD_GUARDED_BY(mutex_) = 0;
+    std::exception_ptr failure_ AUDLMD_GUARDED_BY(mutex_);
+    /// The next job to take. A thread that comes late takes none of the next round: there is no next round
+    /// before all threads have finished this one.
     std::atomic<std::size_t> next_{0};
     /// Declared last: the threads end before anything that they use.
     std::vector<std::jthread> threads_;

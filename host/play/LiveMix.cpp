@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <pthread.h>
 #include <utility>
 
 namespace audlmd {
@@ -108,11 +107,7 @@ private:
 
 LiveMix::LiveMix(Timeline timeline, OpenMedia open, const MixerOptions& options)
     : timeline_(std::move(timeline)), open_(std::move(open)), options_(options),
-      thread_([this](const std::stop_token& stop) {
-          // For debuggers and system monitors; at most 15 characters.
-          pthread_setname_np(pthread_self(), "audlmd-livemix");
-          serve(stop);
-      }) {}
+      thread_(namedThread("audlmd-livemix", [this](const std::stop_token& stop) { serve(stop); })) {}
 
 LiveMix::~LiveMix() = default;
 
@@ -138,14 +133,14 @@ std::unique_ptr<LiveVoice> LiveMix::play(std::unique_ptr<LiveVoice> first) {
 
 void LiveMix::prepare(std::int64_t place) {
     {
-        const std::lock_guard lock(mutex_);
+        const Lock lock(mutex_);
         wanted_ = place;
     }
     requested_.notify_one();
 }
 
 std::unique_ptr<Mixer> LiveMix::take(std::int64_t place) {
-    const std::lock_guard lock(mutex_);
+    const Lock lock(mutex_);
     if (!ready_ || ready_->place != place)
         return nullptr;
     std::unique_ptr<Mixer> mixer = std::move(ready_->mixer);
@@ -159,7 +154,7 @@ void LiveMix::retire(std::unique_ptr<Mixer> mixer) {
     playing_ = nullptr;
     countLate();
     {
-        const std::lock_guard lock(mutex_);
+        const Lock lock(mutex_);
         retired_.push_back(std::move(mixer));
     }
     requested_.notify_one();
@@ -180,8 +175,9 @@ std::unique_ptr<Mixer> LiveMix::make(std::int64_t place) const {
 }
 
 void LiveMix::serve(const std::stop_token& stop) {
-    std::unique_lock lock(mutex_);
-    while (requested_.wait(lock, stop, [this] { return wanted_ || !retired_.empty(); })) {
+    Lock lock(mutex_);
+    while (requested_.wait(lock, stop,
+                           [this]() AUDLMD_REQUIRES(mutex_) { return wanted_ || !retired_.empty(); })) {
         std::vector<std::unique_ptr<Mixer>> unused = std::exchange(retired_, {});
         const std::optional<std::int64_t> place = std::exchange(wanted_, std::nullopt);
         if (place && ready_)

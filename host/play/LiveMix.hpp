@@ -3,11 +3,11 @@
 #include "host/mix/Mixer.hpp"
 #include "host/mix/StripReports.hpp"
 #include "host/play/LiveVoice.hpp"
+#include "host/services/Threads.hpp"
 
 #include <condition_variable>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <thread>
 #include <vector>
@@ -72,20 +72,19 @@ private:
     const Timeline timeline_;
     const OpenMedia open_;
     const MixerOptions options_;
-    // This object's own thread touches nothing from here to the mutex, so nothing guards these.
+    // From here to the mutex: the voice's and the reporter's, who take turns. A player holds a mutex of its
+    // own while either of them runs. This object's thread touches none of these.
     StripReports reports_;
     /// The one that plays.
     const Mixer* playing_ = nullptr;
     std::uint64_t lateSamples_ = 0;
     std::uint64_t lateEpisodes_ = 0;
 
-    std::mutex mutex_;
+    Mutex mutex_;
     std::condition_variable_any requested_;
-    // Guarded by the mutex. All members above are the voice's and the reporter's, who take turns: a player
-    // holds a mutex of its own while either of them runs.
-    std::optional<std::int64_t> wanted_;
-    std::optional<Ready> ready_;
-    std::vector<std::unique_ptr<Mixer>> retired_;
+    std::optional<std::int64_t> wanted_ AUDLMD_GUARDED_BY(mutex_);
+    std::optional<Ready> ready_ AUDLMD_GUARDED_BY(mutex_);
+    std::vector<std::unique_ptr<Mixer>> retired_ AUDLMD_GUARDED_BY(mutex_);
     /// Declared last: the thread ends before anything that it uses.
     std::jthread thread_;
 };

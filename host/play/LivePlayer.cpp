@@ -4,14 +4,13 @@
 #include "host/play/LiveRenderer.hpp"
 #include "host/play/MixedTimeline.hpp"
 #include "host/play/Transport.hpp"
+#include "host/services/Threads.hpp"
 #include "host/signal/GainLaws.hpp"
 
 #include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <condition_variable>
-#include <mutex>
-#include <pthread.h>
 #include <stdexcept>
 #include <thread>
 #include <utility>
@@ -45,20 +44,17 @@ StripSettings wholeOf(const Timeline& timeline) {
 /// generation alone.
 // In the order in which the members are made. NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding)
 struct LivePlayer::Impl {
-    Impl(const std::vector<std::shared_ptr<SampleSource>>& channels, StripSettings strip, int rate,
+    Impl(const std::vector<std::shared_ptr<SampleSource>>& sources, StripSettings strip, int rate,
          std::shared_ptr<MixedTimeline> mixed, std::unique_ptr<LiveMix> live, const LiveOptions& options)
         : settings(std::move(strip)), sampleRate(rate), timeline(std::move(mixed)), mix(std::move(live)),
           sizes(LiveRenderer::sizesFor(options, rate)),
-          content(channels, settings, options.cache, timeline != nullptr ? MixedTimeline::headroom : 0,
+          content(sources, settings, options.cache, timeline != nullptr ? MixedTimeline::headroom : 0,
                   options.inlined),
           ring(2 * sizes.blocksAhead + 2, sizes.blockFrames * content.channels()),
-          output(ring, content.channels(), sizes.fadeFrames),
-          transport(content.length(), std::llround(shortestLoop * rate)),
-          renderer(content, mix.get(), ring, sizes), thread([this](const std::stop_token& stop) {
-              // For debuggers and system monitors; at most 15 characters.
-              pthread_setname_np(pthread_self(), "audlmd-live");
-              serve(stop);
-          }) {}
+          output(ring, content.channels(), sizes.fadeFrames), channels(content.channels()),
+          length(content.length()), transport(length, std::llround(shortestLoop * rate)),
+          renderer(content, mix.get(), ring, sizes),
+          thread(namedThread("audlmd-live", [this](const std::stop_token& stop) { serve(stop); })) {}
     ~Impl() {
         // A loader may be mixing a segment, and waits for the strips' files.
         if (timeline != nullptr)
@@ -68,10 +64,10 @@ struct LivePlayer::Impl {
     Impl& operator=(const Impl&) = delete;
 
     std::int64_t position() const {
-        return std::clamp<std::int64_t>(std::llround(output.position()), 0, content.length());
+        return std::clamp<std::int64_t>(std::llround(output.position()), 0, length);
     }
-    /// Of the order in force. Under the mutex.
-    Transport::Heard heard() const {
+    /// Of the order in force.
+    Transport::Heard heard() const AUDLMD_REQUIRES(mutex) {
         return {.position = position(), .hasEnded = output.hasEnded(transport.order().generation)};
     }
     /// Gives the transport an order, and hands a new generation over.
@@ -83,8 +79,13 @@ struct LivePlayer::Impl {
     /// loaded, or until another order or the end of the player calls that off. Returns whether the ring had
     /// room.
     bool follow(const LiveOrder& next, const std::stop_token& stop);
+    /// For the thread, which asks whether it has something to do, and loads, without holding anything.
+    const LiveRenderer& ownRenderer() const AUDLMD_UNCHECKED("only the thread changes the renderer") {
+        return renderer;
+    }
+    void countLate() AUDLMD_REQUIRES(rendering);
     bool isStill(std::uint64_t generation) const {
-        const std::lock_guard lock(mutex);
+        const Lock lock(mutex);
         return transport.order().generation == generation;
     }
 
@@ -92,32 +93,31 @@ struct LivePlayer::Impl {
     const int sampleRate;
     /// Both null where a material is played.
     const std::shared_ptr<MixedTimeline> timeline;
-    const std::unique_ptr<LiveMix> mix;
+    const std::unique_ptr<LiveMix> mix AUDLMD_PT_GUARDED_BY(rendering);
     const LiveRenderer::Sizes sizes;
-    LiveContent content;
+    LiveContent content AUDLMD_GUARDED_BY(rendering);
     BlockRing ring;
     LiveOutput output;
+    const std::size_t channels;
+    const std::int64_t length;
     std::atomic<std::uint64_t> lateSamples{0};
     std::atomic<std::uint64_t> lateEpisodes{0};
 
-    mutable std::mutex mutex;
+    mutable Mutex mutex;
     std::condition_variable_any changed;
-    /// Guarded by `mutex`.
-    Transport transport;
+    Transport transport AUDLMD_GUARDED_BY(mutex);
 
     /// Held while a block is rendered, and never while the first samples of an order load.
-    mutable std::mutex rendering;
-    /// Guarded by `rendering`, as what the content and the mix note is. The thread alone asks the renderer
-    /// for its generation.
-    LiveRenderer renderer;
-    std::string failure;
+    mutable Mutex rendering;
+    LiveRenderer renderer AUDLMD_GUARDED_BY(rendering);
+    std::string failure AUDLMD_GUARDED_BY(rendering);
     /// Declared last: the thread ends before anything that it uses.
     std::jthread thread;
 };
 
 template <class Order>
 void LivePlayer::Impl::give(Order order) {
-    const std::lock_guard lock(mutex);
+    const Lock lock(mutex);
     const std::uint64_t before = transport.order().generation;
     order(transport, heard());
     const LiveOrder& next = transport.order();
@@ -134,34 +134,42 @@ void LivePlayer::Impl::serve(const std::stop_token& stop) {
     const std::chrono::duration<double> pause(static_cast<double>(sizes.blockFrames) / sampleRate);
     bool hasRoom = false;
     while (!stop.stop_requested()) {
-        std::unique_lock lock(mutex);
-        const auto isNew = [&] { return transport.order().generation != renderer.generation(); };
-        if (renderer.isIdle())
+        Lock lock(mutex);
+        const auto isNew = [&]() AUDLMD_REQUIRES(mutex) {
+            return transport.order().generation != ownRenderer().generation();
+        };
+        if (ownRenderer().isIdle())
             changed.wait(lock, stop, isNew);
         else if (!hasRoom)
             changed.wait_for(lock, stop, pause, isNew);
         const LiveOrder next = transport.order();
         lock.unlock();
         hasRoom = follow(next, stop);
-        const SoundReport sound = content.totals();
-        lateSamples.store(sound.lateSamples + (mix ? mix->lateSamples() : 0), std::memory_order_relaxed);
-        lateEpisodes.store(sound.lateEpisodes + (mix ? mix->lateEpisodes() : 0), std::memory_order_relaxed);
     }
+}
+
+void LivePlayer::Impl::countLate() {
+    const SoundReport sound = content.totals();
+    lateSamples.store(sound.lateSamples + (mix ? mix->lateSamples() : 0), std::memory_order_relaxed);
+    lateEpisodes.store(sound.lateEpisodes + (mix ? mix->lateEpisodes() : 0), std::memory_order_relaxed);
 }
 
 bool LivePlayer::Impl::follow(const LiveOrder& next, const std::stop_token& stop) {
     try {
         const auto from = static_cast<double>(position());
         const auto isWanted = [&] { return !stop.stop_requested() && isStill(next.generation); };
-        if (next.plays && next.generation != renderer.generation() &&
-            !renderer.awaitStart(next, from, isWanted))
+        if (next.plays && next.generation != ownRenderer().generation() &&
+            !ownRenderer().awaitStart(next, from, isWanted))
             return true;
-        const std::lock_guard busy(rendering);
-        return renderer.follow(next, from);
+        const Lock busy(rendering);
+        const bool hasRoom = renderer.follow(next, from);
+        countLate();
+        return hasRoom;
     } catch (const std::exception& error) {
-        const std::lock_guard busy(rendering);
+        const Lock busy(rendering);
         failure = error.what();
         renderer.giveUp(next);
+        countLate();
         return false;
     }
 }
@@ -184,7 +192,7 @@ LivePlayer::LivePlayer(Timeline timeline, OpenMedia open, const LiveOptions& opt
 LivePlayer::~LivePlayer() = default;
 
 std::size_t LivePlayer::channels() const {
-    return impl_->content.channels();
+    return impl_->channels;
 }
 
 int LivePlayer::sampleRate() const {
@@ -192,7 +200,7 @@ int LivePlayer::sampleRate() const {
 }
 
 std::int64_t LivePlayer::length() const {
-    return impl_->content.length();
+    return impl_->length;
 }
 
 void LivePlayer::fill(std::span<float> interleaved) noexcept {
@@ -235,17 +243,17 @@ std::int64_t LivePlayer::position() const {
 }
 
 double LivePlayer::speed() const {
-    const std::lock_guard lock(impl_->mutex);
+    const Lock lock(impl_->mutex);
     return impl_->transport.speed();
 }
 
 bool LivePlayer::isPlaying() const {
-    const std::lock_guard lock(impl_->mutex);
+    const Lock lock(impl_->mutex);
     return impl_->transport.isPlaying(impl_->heard());
 }
 
 std::optional<LoopRange> LivePlayer::loop() const {
-    const std::lock_guard lock(impl_->mutex);
+    const Lock lock(impl_->mutex);
     return impl_->transport.order().loop;
 }
 
@@ -274,7 +282,7 @@ LiveReport LivePlayer::report() const {
     // The mixer behind the cache waits for its files, so its strips are never late. It knows what failed.
     if (impl_->timeline != nullptr)
         report.strips = impl_->timeline->report().strips;
-    const std::lock_guard busy(impl_->rendering);
+    const Lock busy(impl_->rendering);
     report.sound = impl_->content.report();
     if (!impl_->failure.empty())
         report.sound.failure = impl_->failure;

@@ -40,7 +40,7 @@ MixedTimeline::sources(const std::shared_ptr<MixedTimeline>& timeline) {
 }
 
 MixReport MixedTimeline::report() const {
-    const std::lock_guard lock(reporting_);
+    const Lock lock(reporting_);
     return report_;
 }
 
@@ -51,7 +51,7 @@ void MixedTimeline::render(std::int64_t position, std::span<float> samples) {
         channels.push_back(samples.first(frames));
     mixer_.render(position, channels);
     MixReport report = mixer_.report();
-    const std::lock_guard lock(reporting_);
+    const Lock lock(reporting_);
     report_ = std::move(report);
 }
 

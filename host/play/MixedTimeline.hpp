@@ -3,10 +3,10 @@
 #include "host/cache/ChannelExcerpts.hpp"
 #include "host/cache/SampleSource.hpp"
 #include "host/mix/Mixer.hpp"
+#include "host/services/Threads.hpp"
 
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <span>
 #include <vector>
 
@@ -40,9 +40,8 @@ private:
     /// Used by the excerpts alone, but for callOff(): on one thread at a time.
     Mixer mixer_;
     ChannelExcerpts excerpts_;
-    mutable std::mutex reporting_;
-    /// Guarded by `reporting_`.
-    MixReport report_;
+    mutable Mutex reporting_;
+    MixReport report_ AUDLMD_GUARDED_BY(reporting_);
 };
 
 } // namespace audlmd

@@ -109,7 +109,7 @@ double Configuration::number(const std::string& key, double defaultValue) const 
 double Configuration::parsed(std::string_view value, const std::string& place, double defaultValue) const {
     if (const std::optional<double> result = parseNumber(trimmed(value)))
         return *result;
-    const std::lock_guard lock(mutex_);
+    const Lock lock(mutex_);
     // The same number may be asked for many times; one report for each place is enough.
     if (reported_.insert(place).second)
         report(place + ": '" + std::string(value) + "' is not a number; the default is used");

@@ -1,8 +1,9 @@
 #pragma once
 
+#include "host/services/Threads.hpp"
+
 #include <filesystem>
 #include <map>
-#include <mutex>
 #include <set>
 #include <string>
 #include <string_view>
@@ -55,11 +56,11 @@ private:
     double parsed(std::string_view value, const std::string& place, double defaultValue) const;
 
     std::filesystem::path file_;
+    /// Never changes once the configuration is made.
     std::map<std::string, Setting, std::less<>> settings_;
-    /// Guards reported_; the settings never change.
-    mutable std::mutex mutex_;
+    mutable Mutex mutex_;
     /// The places of the values that were reported.
-    mutable std::set<std::string> reported_;
+    mutable std::set<std::string> reported_ AUDLMD_GUARDED_BY(mutex_);
 };
 
 } // namespace audlmd

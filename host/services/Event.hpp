@@ -1,11 +1,11 @@
 #pragma once
 
 #include "contract/ThreadEvent.hpp"
+#include "host/services/Threads.hpp"
 #include "ole/Orv/Ptr.hpp"
 
 #include <condition_variable>
 #include <cstdint>
-#include <mutex>
 
 namespace audlmd {
 
@@ -25,10 +25,10 @@ public:
     void signal();
 
 private:
-    std::mutex mutex_;
+    Mutex mutex_;
     std::condition_variable changed_;
     /// Never becomes false again.
-    bool signalled_ = false;
+    bool signalled_ AUDLMD_GUARDED_BY(mutex_) = false;
 };
 
 /// The count of holders lies inside the event, so a pointer can be made from a plain pointer again.

@@ -90,7 +90,7 @@ void look(FoundMedium& medium) {
 } // namespace
 
 const FoundMedium& MediaFinder::find(const std::string& media) {
-    const std::lock_guard lock(mutex_);
+    const Lock lock(mutex_);
     const auto found = found_.find(media);
     return found != found_.end() ? found->second : found_.emplace(media, search(media)).first->second;
 }

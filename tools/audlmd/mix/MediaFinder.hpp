@@ -2,12 +2,12 @@
 
 #include "host/mix/Media.hpp"
 #include "host/mix/Timeline.hpp"
+#include "host/services/Threads.hpp"
 #include "tools/timeline/ReadOptions.hpp"
 
 #include <cstddef>
 #include <filesystem>
 #include <map>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -49,20 +49,19 @@ public:
     Media open(const std::string& media);
 
 private:
-    FoundMedium search(const std::string& media);
+    FoundMedium search(const std::string& media) AUDLMD_REQUIRES(mutex_);
     /// Tries sound files that are named like the medium, but for the extension.
-    std::optional<FoundMedium> searchSoundOf(const std::string& media);
+    std::optional<FoundMedium> searchSoundOf(const std::string& media) AUDLMD_REQUIRES(mutex_);
     /// The file of exactly this name: at the path, or else below the folders.
-    FoundMedium locate(const std::string& media);
-    void listFolders();
+    FoundMedium locate(const std::string& media) AUDLMD_REQUIRES(mutex_);
+    void listFolders() AUDLMD_REQUIRES(mutex_);
 
     std::vector<std::filesystem::path> folders_;
-    /// Guards all members below.
-    std::mutex mutex_;
-    bool listed_ = false;
+    Mutex mutex_;
+    bool listed_ AUDLMD_GUARDED_BY(mutex_) = false;
     /// All files below the folders, by file name.
-    std::multimap<std::string, std::filesystem::path> files_;
-    std::map<std::string, FoundMedium> found_;
+    std::multimap<std::string, std::filesystem::path> files_ AUDLMD_GUARDED_BY(mutex_);
+    std::map<std::string, FoundMedium> found_ AUDLMD_GUARDED_BY(mutex_);
 };
 
 } // namespace audlmd::command
