@@ -14,8 +14,8 @@ struct UUID {
 
 } // namespace Orv
 
-/// Names one strip of material in the sample cache. The renderer hands it from the strip's handle to the
-/// cache and knows only its layout, which is part of the source iterators'.
+/// Names one material in the sample cache: a channel of a recording. The renderer hands the name from the
+/// strip's handle to the cache and knows only its layout, which is part of the source iterators'.
 struct Cookie {
     Orv::UUID material;
     std::uint16_t channel = 0;
@@ -30,7 +30,7 @@ public:
     ce_handle() = default;
     explicit ce_handle(const Cookie& stripCookie) : stripCookie_(stripCookie) {}
 
-    /// The identity, in the sample cache, of the strip that this handle stands for.
+    /// The material, in the sample cache, of the strip that this handle stands for.
     Cookie get_strip_cookie() const;
 
 private:

@@ -1,7 +1,6 @@
 #include "bench/soak/Session.hpp"
 
 #include "bench/soak/RandomPlayer.hpp"
-#include "tools/audlmd/play/CarryOut.hpp"
 
 #include <algorithm>
 #include <chrono>
@@ -65,7 +64,7 @@ void requirePlayingOn(LivePlayer& player, SoakTotals& totals) {
     throw std::runtime_error("the transport stands still at sample " + std::to_string(player.position()) +
                              "; the device took " + std::to_string(totals.frames - framesBefore) +
                              " frames, " + std::to_string(player.starvedFrames()) + " starved so far. " +
-                             player.report().late.failure);
+                             player.report().sound.failure);
 }
 
 } // namespace
@@ -102,8 +101,8 @@ void runSession(unsigned int seed, const command::SoundDevices& devices, SoakTot
     if (isWrong)
         throw std::runtime_error("a sample is not a number, or too large");
     const LiveReport report = player->report();
-    if (!report.late.failure.empty())
-        throw std::runtime_error(report.late.failure);
+    if (!report.sound.failure.empty())
+        throw std::runtime_error(report.sound.failure);
     totals.lateSamples += player->lateSamples();
     totals.starvedFrames += player->starvedFrames();
     ++totals.sessions;

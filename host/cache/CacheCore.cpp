@@ -38,10 +38,10 @@ std::size_t CacheCore::CookieHash::operator()(const Cookie& cookie) const noexce
     std::uint64_t halves[2];
     static_assert(sizeof halves == sizeof cookie.material.bytes);
     std::memcpy(halves, cookie.material.bytes.data(), sizeof halves);
-    const std::uint64_t strip = std::uint64_t{cookie.channel} << 8 | cookie.kind;
+    const std::uint64_t channel = std::uint64_t{cookie.channel} << 8 | cookie.kind;
     // Multiplicative hashing with 2^64 divided by the golden ratio (Knuth, The Art of Computer Programming,
     // volume 3, section 6.4).
-    return static_cast<std::size_t>((halves[0] ^ (halves[1] + strip)) * 0x9E3779B97F4A7C15U);
+    return static_cast<std::size_t>((halves[0] ^ (halves[1] + channel)) * 0x9E3779B97F4A7C15U);
 }
 
 void CacheCore::add(const Cookie& cookie, std::shared_ptr<SampleSource> source) {

@@ -22,7 +22,7 @@ constexpr std::int64_t step(Aud::Render::Direction direction) {
     return direction == Aud::Render::Direction::forward ? 1 : -1;
 }
 
-/// One strip that a cache knows, its segments and its statistics.
+/// One material that a cache knows, its segments and its statistics.
 ///
 /// The first four members never change. The counters of underruns are atomic, because readers count without a
 /// lock.

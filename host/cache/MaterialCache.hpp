@@ -68,11 +68,12 @@ public:
 
 /// The stand-alone host's sample cache, which the `cache` of a render record points to.
 ///
-/// The host adds each strip once, under a cookie, with the source that delivers the samples. The cache cuts
-/// the strip into segments. Each render call makes a reader, which requests segments: the one that it stands
-/// on, and those ahead of it in its direction. Loader threads read the requested segments from the source,
-/// those that readers stand on first. When the samples exceed the budget, the cache drops the segments that
-/// were used longest ago and that no reader holds. So material of any length is rendered in constant memory.
+/// The host adds each material once, under a cookie, with the source that delivers the samples. The cache
+/// cuts the material into segments. Each render call makes a reader, which requests segments: the one that it
+/// stands on, and those ahead of it in its direction. Loader threads read the requested segments from the
+/// source, those that readers stand on first. When the samples exceed the budget, the cache drops the
+/// segments that were used longest ago and that no reader holds. So material of any length is rendered in
+/// constant memory.
 ///
 /// The renderer makes the reader with these values from the record, whose meaning is the host's choice. This
 /// cache has chosen:
@@ -115,10 +116,10 @@ public:
     MaterialCache(const MaterialCache&) = delete;
     MaterialCache& operator=(const MaterialCache&) = delete;
 
-    /// Makes a strip known under a cookie. Reads nothing yet. Throws std::invalid_argument if the cookie is
-    /// taken, or if the source is null, has a negative length or makes more than 4294967295 segments.
+    /// Makes a material known under a cookie. Reads nothing yet. Throws std::invalid_argument if the cookie
+    /// is taken, or if the source is null, has a negative length or makes more than 4294967295 segments.
     void add(const Cookie& cookie, std::shared_ptr<SampleSource> source);
-    /// Forgets a strip; the cookie may then be used again. Returns the final statistics. Throws
+    /// Forgets a material; the cookie may then be used again. Returns the final statistics. Throws
     /// UnknownMaterial.
     MaterialStatistics remove(const Cookie& cookie);
 

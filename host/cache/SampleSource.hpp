@@ -7,8 +7,8 @@
 
 namespace audlmd {
 
-/// Where the samples of one strip, a single channel, come from. Derive from this class to play from something
-/// other than sound files and memory.
+/// Where the samples of one material, a single channel, come from. Derive from this class to play from
+/// something other than sound files and memory.
 ///
 /// The loader threads of a cache call every operation, several of them at the same time. A source may be
 /// destroyed on any thread that lets go of its last segment, which may be a reader's.

@@ -50,12 +50,9 @@ public:
     /// Throws SoundFileError, also for a file that ends too early.
     void read(int channel, std::int64_t position, std::span<float> samples);
 
-    /// How often the file was decoded, for tests and measurements: once for each excerpt.
-    std::uint64_t decodedExcerpts() const;
-
 private:
-    class KeptExcerpts;
-    std::unique_ptr<KeptExcerpts> excerpts_;
+    struct Impl;
+    std::unique_ptr<Impl> impl_;
 };
 
 /// One channel of a sound file, as a cache reads it.

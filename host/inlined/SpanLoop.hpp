@@ -1,7 +1,6 @@
 #pragma once
 
-#include "host/inlined/FadeLoop.hpp"
-#include "host/inlined/ReadySpan.hpp"
+#include "contract/SampleCache.hpp"
 #include "host/signal/BlockEqualiser.hpp"
 #include "host/signal/BlockLoops.hpp"
 #include "ole/Aud/Aud__RenderIterators"
@@ -11,6 +10,58 @@
 #include <cstdint>
 #include <span>
 #include <type_traits>
+
+namespace Aud::Render {
+
+/// Neighbouring samples that a reader can take without asking again: those of its segment, if the segment is
+/// ready, but for the last one.
+///
+/// The contract has the segment asked for every sample, because a host may take a segment away. The
+/// stand-alone host promises more: a segment that is ready stays ready while a handle is held. The samples
+/// and the places of the reader are those of SampleReader, see ole/Aud/SampleCacheIterators.hpp.
+struct ReadySpan {
+    /// The sample that the reader stands on. Later ones follow in the direction of reading.
+    const float* samples = nullptr;
+    /// How many steps stay inside the segment. If 0, read one sample through the reader.
+    std::int64_t length = 0;
+
+    explicit ReadySpan(const SampleCache::ForwardIterator& it) {
+        if (!isReady(it))
+            return;
+        samples = it.currentSegment.pSamples() + it.segmentIndex;
+        length = std::min(it.currentSegment.length() - std::int64_t{it.segmentIndex},
+                          it.materialLength - it.cachePosition) -
+                 1;
+    }
+
+    explicit ReadySpan(const SampleCache::ReverseIterator& it) {
+        if (!isReady(it))
+            return;
+        samples = it.currentSegment.pSamples() + it.segmentIndex;
+        length = std::min(std::int64_t{it.segmentIndex}, it.cachePosition);
+    }
+
+    /// Steps a reader `count` times, at most the length of its span.
+    static void advance(SampleCache::ForwardIterator& it, std::int64_t count) {
+        it.cachePosition += count;
+        it.segmentIndex += static_cast<std::int32_t>(count);
+    }
+
+    static void advance(SampleCache::ReverseIterator& it, std::int64_t count) {
+        it.cachePosition -= count;
+        it.segmentIndex -= static_cast<std::int32_t>(count);
+    }
+
+private:
+    /// A reader outside the material stands on no segment that is ready.
+    template <class Iterator>
+    static bool isReady(const Iterator& it) {
+        return it.cachePosition >= 0 && it.cachePosition < it.materialLength &&
+               it.currentSegment.status() == eSegmentReady;
+    }
+};
+
+} // namespace Aud::Render
 
 namespace audlmd {
 
@@ -52,6 +103,47 @@ struct SourceSamples {
             copyReversed(at(from), out);
     }
 };
+
+/// Multiplies samples by gains on one curve, whose u-value moves by `step` behind each sample. Returns the
+/// u-value after the last step.
+template <Aud::GainCurve::eCurveType CurveType>
+float rampOn(std::span<float> samples, float uValue, float step) {
+    for (float& sample : samples) {
+        sample = Aud::GainCurve::Curve<CurveType>::mapUValueToMagnitude(uValue) * sample;
+        uValue += step;
+    }
+    return uValue;
+}
+
+/// The same on the curve of a shape: one loop for each curve, so that no sample calls it or decides on it.
+/// Out of line, because all chains share it.
+[[gnu::noinline]] inline float ramp(const Aud::Render::EnvelopeTraits::Phase& phase,
+                                    std::span<float> samples) {
+    using namespace Aud::GainCurve;
+    if (phase.curve == &Curve<eMixerStyleLog>::mapUValueToMagnitude)
+        return rampOn<eMixerStyleLog>(samples, phase.uValue, phase.step);
+    if (phase.curve == &Curve<eConstantPower>::mapUValueToMagnitude)
+        return rampOn<eConstantPower>(samples, phase.uValue, phase.step);
+    return rampOn<eLinear>(samples, phase.uValue, phase.step);
+}
+
+/// Multiplies samples by the gains of a shape, and advances the shape past them. The arithmetic is the
+/// shape's own, in its order.
+template <class Shape>
+void fade(Shape& shape, std::span<float> samples) {
+    while (!samples.empty()) {
+        const Aud::Render::EnvelopeTraits::Phase phase = shape.phase();
+        const std::size_t count = std::min<std::size_t>(samples.size(), phase.length);
+        const std::span<float> together = samples.first(count);
+        float uValue = phase.uValue;
+        if (phase.holds)
+            multiply(together, phase.curve(uValue));
+        else
+            uValue = ramp(phase, together);
+        shape.skip(static_cast<std::uint32_t>(count), uValue);
+        samples = samples.subspan(count);
+    }
+}
 
 /// The layer below, to be changed: a chain holds its layers by value.
 template <class Layer>

@@ -9,7 +9,7 @@
 
 namespace audlmd {
 
-/// A material as a mixer needs it: its channels, all of one length and one sample rate.
+/// All channels of a recording, which have one length and one sample rate.
 struct Media {
     std::vector<std::shared_ptr<SampleSource>> channels;
     /// In samples per second.

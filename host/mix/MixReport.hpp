@@ -1,5 +1,6 @@
 #pragma once
 
+#include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -26,11 +27,17 @@ struct Overload {
     std::vector<OutputSpan> spans;
 };
 
-/// What went wrong with one strip.
-struct StripReport {
-    /// The places in the timeline, from 0.
+/// Which strip of a timeline: the numbers of the track and of the strip in it, from 0. Keys are ordered as
+/// the timeline is.
+struct StripKey {
     std::size_t track = 0;
     std::size_t strip = 0;
+
+    friend auto operator<=>(const StripKey&, const StripKey&) = default;
+};
+
+/// What went wrong with one strip.
+struct StripReport : StripKey {
     /// Why the strip, or a part of it, is silent: the text of the first error of its material. Empty: no
     /// error.
     std::string failure;
@@ -45,9 +52,7 @@ struct StripReport {
 };
 
 /// The strip that took most time to render.
-struct SlowestStrip {
-    std::size_t track = 0;
-    std::size_t strip = 0;
+struct SlowestStrip : StripKey {
     /// Of the processor.
     double seconds = 0.0;
 };

@@ -1,10 +1,10 @@
 #include "host/mix/Mixer.hpp"
 
 #include "host/cache/MaterialCache.hpp"
-#include "host/mix/MixNotes.hpp"
 #include "host/mix/OpenStrip.hpp"
 #include "host/mix/OverloadMeter.hpp"
 #include "host/mix/StripOpener.hpp"
+#include "host/mix/StripReports.hpp"
 #include "host/mix/StripSchedule.hpp"
 #include "host/mix/WorkerPool.hpp"
 
@@ -31,6 +31,14 @@ constexpr std::int32_t segmentLength = 16384;
 constexpr std::size_t segmentsOfAChannel = 4;
 constexpr std::size_t leastBudget = std::size_t{4} << 20;
 constexpr std::size_t mostBudget = std::size_t{256} << 20;
+
+std::vector<StripKey> keysIn(const Timeline& timeline) {
+    std::vector<StripKey> keys;
+    for (std::size_t track = 0; track < timeline.tracks.size(); ++track)
+        for (std::size_t strip = 0; strip < timeline.tracks[track].strips.size(); ++strip)
+            keys.push_back({track, strip});
+    return keys;
+}
 
 std::vector<OutputSpan> spansIn(const Timeline& timeline) {
     std::vector<OutputSpan> spans;
@@ -88,13 +96,6 @@ public:
     const Timeline timeline;
 
 private:
-    /// Where a strip stands in the timeline.
-    struct Place {
-        std::size_t track;
-        std::size_t strip;
-    };
-    static std::vector<Place> placesIn(const Timeline& timeline);
-
     /// A strip that is open and sounds in the block.
     struct Sounding {
         OpenStrip* strip;
@@ -106,26 +107,25 @@ private:
         OutputSpan span;
     };
 
-    const TimelineStrip& stripAt(std::size_t strip) const {
-        return timeline.tracks[places_[strip].track].strips[places_[strip].strip];
-    }
-
     void renderBlock(OutputSpan block, std::span<const std::span<float>> channels);
     /// Opens and closes strips for a block and the time after it.
     void follow(OutputSpan block);
     void findSounding(OutputSpan block);
     /// On the opener's thread.
-    std::unique_ptr<OpenStrip> openStrip(std::size_t strip);
+    std::unique_ptr<OpenStrip> openStrip(const StripKey& key);
     std::shared_ptr<const PreparedMedia> mediaFor(const std::string& name);
+    /// Adds what a strip has to report, if it is open.
+    void addReport(std::size_t strip, StripReports& reports);
 
     const MixerOptions options_;
     const OpenMedia openMedia_;
-    const std::vector<Place> places_;
+    /// By the numbers that the schedule and the opener know strips by.
+    const std::vector<StripKey> keys_;
     StripSchedule schedule_;
     /// In output samples.
     const std::int64_t openAhead_;
     MaterialCache cache_;
-    MixNotes notes_;
+    StripReports reports_;
     std::vector<OverloadMeter> channelMeters_;
     std::vector<Sounding> sounding_;
     std::vector<Job> jobs_;
@@ -140,20 +140,12 @@ private:
 
 Mixer::Impl::Impl(Timeline theTimeline, OpenMedia open, const MixerOptions& options)
     : timeline(std::move(theTimeline)), options_(checked(options)), openMedia_(std::move(open)),
-      places_(placesIn(checked(timeline))), schedule_(spansIn(timeline)),
+      keys_(keysIn(checked(timeline))), schedule_(spansIn(timeline)),
       openAhead_(std::llround(options.openAhead * timeline.sampleRate)),
       cache_(cacheOptions(options,
                           schedule_.mostOpen(openAhead_) * std::max<std::size_t>(2, timeline.channels))),
       channelMeters_(timeline.channels, OverloadMeter(mostSpansOfTheOutput)), pool_(threadsFor(options)),
-      opener_([this](std::size_t strip) { return openStrip(strip); }) {}
-
-std::vector<Mixer::Impl::Place> Mixer::Impl::placesIn(const Timeline& timeline) {
-    std::vector<Place> places;
-    for (std::size_t track = 0; track < timeline.tracks.size(); ++track)
-        for (std::size_t strip = 0; strip < timeline.tracks[track].strips.size(); ++strip)
-            places.push_back({track, strip});
-    return places;
-}
+      opener_([this](std::size_t strip) { return openStrip(keys_[strip]); }) {}
 
 void Mixer::Impl::render(std::int64_t position, std::span<const std::span<float>> channels) {
     if (channels.size() != timeline.channels)
@@ -199,8 +191,7 @@ void Mixer::Impl::follow(OutputSpan block) {
     position_.store(block.from, std::memory_order_relaxed);
     const StripSchedule::Change change = schedule_.moveTo({.from = block.from, .to = block.to + openAhead_});
     for (const std::size_t strip : change.closed) {
-        if (const StripOpener::Opened* const opened = opener_.find(strip); opened && opened->strip)
-            notes_.add(strip, opened->strip->report(), opened->strip->seconds());
+        addReport(strip, reports_);
         opener_.close(strip);
     }
     for (const std::size_t strip : change.opened)
@@ -218,12 +209,12 @@ void Mixer::Impl::findSounding(OutputSpan block) {
         if (opened != nullptr && opened->strip != nullptr)
             sounding_.push_back({opened->strip.get(), span});
         else
-            notes_.addSilence(strip, span, opened != nullptr ? opened->failure : "");
+            reports_.addSilence(keys_[strip], span, opened != nullptr ? opened->failure : "");
     }
 }
 
-std::unique_ptr<OpenStrip> Mixer::Impl::openStrip(std::size_t strip) {
-    const TimelineStrip& opened = stripAt(strip);
+std::unique_ptr<OpenStrip> Mixer::Impl::openStrip(const StripKey& key) {
+    const TimelineStrip& opened = timeline.tracks[key.track].strips[key.strip];
     const OpenStrip::Output output{.channels = timeline.channels,
                                    .sampleRate = timeline.sampleRate,
                                    .block = options_.block,
@@ -248,23 +239,18 @@ void Mixer::Impl::callOff() {
     cache_.callOff();
 }
 
+void Mixer::Impl::addReport(std::size_t strip, StripReports& reports) {
+    if (const StripOpener::Opened* const opened = opener_.find(strip); opened && opened->strip)
+        reports.add(keys_[strip], opened->strip->report(), opened->strip->seconds());
+}
+
 MixReport Mixer::Impl::report() {
-    MixNotes notes = notes_;
+    StripReports reports = reports_;
     for (const std::size_t strip : schedule_.open())
-        if (const StripOpener::Opened* const opened = opener_.find(strip); opened && opened->strip)
-            notes.add(strip, opened->strip->report(), opened->strip->seconds());
-    MixReport report;
-    for (const auto& [strip, problems] : notes.strips()) {
-        report.strips.push_back(problems);
-        report.strips.back().track = places_[strip].track;
-        report.strips.back().strip = places_[strip].strip;
-    }
+        addReport(strip, reports);
+    MixReport report{.strips = reports.strips(), .channels = {}, .slowest = reports.slowest()};
     for (const OverloadMeter& meter : channelMeters_)
         report.channels.push_back(meter.overload());
-    if (const MixNotes::Slowest slowest = notes.slowest(); slowest.seconds > 0.0)
-        report.slowest = {.track = places_[slowest.strip].track,
-                          .strip = places_[slowest.strip].strip,
-                          .seconds = slowest.seconds};
     return report;
 }
 

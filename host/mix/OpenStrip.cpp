@@ -49,19 +49,19 @@ StripSettings playerSettings(const TimelineStrip& strip, int sampleRate, bool wa
     return settings;
 }
 
-Routing routingOf(const TimelineStrip& strip, std::size_t materialChannels, std::size_t outputChannels) {
+Routing routingOf(const TimelineStrip& strip, std::size_t mediaChannels, std::size_t outputChannels) {
     if (!strip.routing)
-        return defaultRouting(materialChannels, outputChannels);
-    const auto fits = [&](const std::vector<float>& row) { return row.size() == materialChannels; };
+        return defaultRouting(mediaChannels, outputChannels);
+    const auto fits = [&](const std::vector<float>& row) { return row.size() == mediaChannels; };
     if (strip.routing->rows.size() != outputChannels || !std::ranges::all_of(strip.routing->rows, fits))
         throw std::invalid_argument("the routing needs a row for each of the " +
                                     std::to_string(outputChannels) +
                                     " output channels, with a gain for each of the " +
-                                    std::to_string(materialChannels) + " channels of the material");
+                                    std::to_string(mediaChannels) + " channels of the material");
     return *strip.routing;
 }
 
-/// The gains of one channel of the material in all channels of the output, times a power of two.
+/// The gains of one channel of the media in all channels of the output, times a power of two.
 std::vector<float> gainsOf(const Routing& routing, std::size_t channel, int exponent) {
     std::vector<float> gains;
     for (const std::vector<float>& row : routing.rows)

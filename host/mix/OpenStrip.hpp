@@ -13,7 +13,7 @@
 
 namespace audlmd {
 
-/// The channels of a material ready for the players of a mix: at the timeline's sample rate, with headroom.
+/// The channels of media ready for the players of a mix: at the timeline's sample rate, with headroom.
 using PreparedMedia = std::vector<std::shared_ptr<SampleSource>>;
 
 /// Throws std::invalid_argument for media without channels, and for rates that cannot be converted.
@@ -39,12 +39,12 @@ public:
     };
 
     /// Has the cache load what is heard from output sample `first` on. Throws std::invalid_argument for a
-    /// routing that does not fit the material or the output, and what the players throw. Strip and cache must
+    /// routing that does not fit the media or the output, and what the players throw. Strip and cache must
     /// outlive this object.
     OpenStrip(const TimelineStrip& strip, std::shared_ptr<const PreparedMedia> media, MaterialCache& cache,
               const Output& output, std::int64_t first);
 
-    /// The channels of the material that are heard.
+    /// The channels of the media that are heard.
     std::size_t channels() const { return channels_.size(); }
 
     /// Renders one channel, counted from 0 to channels(). The span lies where the strip sounds, and is not
@@ -55,7 +55,7 @@ public:
 
     /// The processor time that rendering has taken, in seconds.
     double seconds() const;
-    /// What went wrong since the strip was opened, without the place.
+    /// What went wrong since the strip was opened; without its key.
     StripReport report() const;
 
 private:

@@ -5,15 +5,15 @@
 
 namespace audlmd {
 
-Routing defaultRouting(std::size_t materialChannels, std::size_t outputChannels) {
-    if (materialChannels > outputChannels)
-        throw std::invalid_argument("the material has " + std::to_string(materialChannels) +
+Routing defaultRouting(std::size_t mediaChannels, std::size_t outputChannels) {
+    if (mediaChannels > outputChannels)
+        throw std::invalid_argument("the material has " + std::to_string(mediaChannels) +
                                     " channels, more than the output's " + std::to_string(outputChannels) +
                                     ": the strip needs a routing of its own");
-    Routing routing{std::vector(outputChannels, std::vector<float>(materialChannels))};
-    for (std::size_t channel = 0; channel < materialChannels; ++channel)
+    Routing routing{std::vector(outputChannels, std::vector<float>(mediaChannels))};
+    for (std::size_t channel = 0; channel < mediaChannels; ++channel)
         routing.rows[channel][channel] = 1.0F;
-    if (materialChannels == 1 && outputChannels > 1)
+    if (mediaChannels == 1 && outputChannels > 1)
         routing.rows[1][0] = 1.0F;
     return routing;
 }

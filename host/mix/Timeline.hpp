@@ -9,26 +9,26 @@
 
 namespace audlmd {
 
-/// How the channels of a material are summed into the channels of the output: rows[o][m] is the linear gain
-/// of material channel m in output channel o.
+/// How the channels of media are summed into the channels of the output: rows[o][m] is the linear gain
+/// of media channel m in output channel o.
 struct Routing {
     std::vector<std::vector<float>> rows;
 };
 
 /// The routing of a strip that names none. One channel goes to the first two outputs at 0 dB each (other
 /// programs lower it by 3 dB there); several channels go one to one, and further outputs stay silent. Throws
-/// std::invalid_argument where the material has more channels than the output: that needs a routing of its
+/// std::invalid_argument where the media have more channels than the output: that needs a routing of its
 /// own.
-Routing defaultRouting(std::size_t materialChannels, std::size_t outputChannels);
+Routing defaultRouting(std::size_t mediaChannels, std::size_t outputChannels);
 
-/// A part of a material, placed on the output.
+/// A part of media, placed on the output.
 struct TimelineStrip {
     /// For the list and the report.
     std::string name;
-    /// Names the material for whoever opens it: a path, or a key of the program's own.
+    /// Names the media for whoever opens it: a path, or a key of the program's own.
     std::string media;
     /// Why the strip is silent. Empty: it sounds. A strip with a reason keeps its place for lists and
-    /// pictures; a mixer passes over it and does not open its material.
+    /// pictures; a mixer passes over it and does not open its media.
     std::string silence;
     /// The first output sample.
     std::int64_t at = 0;
@@ -39,7 +39,7 @@ struct TimelineStrip {
     /// and automation stay where the whole range has them: this is how a strip is cut in the middle of a
     /// fade.
     std::int64_t skip = 0;
-    /// Range, direction, speed, fades, equaliser and automation. Samples are the material's at the timeline's
+    /// Range, direction, speed, fades, equaliser and automation. Samples are the media's at the timeline's
     /// sample rate. Cookie, sample rate, levels and waiting are set by the mixer.
     StripSettings settings;
     /// Fixed gain of the whole strip, in decibels: minus infinity up to +60, which is more than one level

@@ -92,7 +92,7 @@ public:
             rendered = LiveContent::render(*players_[channel], channels[channel]);
             multiply(channels[channel].first(rendered), content_.headroomGain_);
         }
-        content_.note(from, position());
+        content_.noteLate(from, position());
         return rendered;
     }
 
@@ -158,28 +158,28 @@ std::vector<Aud::SampleCacheSegment> LiveContent::request(double position, doubl
     return segments;
 }
 
-void LiveContent::note(double from, double to) {
-    const std::uint64_t before = std::exchange(lateSamples_, totals().underrunSamples);
+void LiveContent::noteLate(double from, double to) {
+    const std::uint64_t before = std::exchange(lateSamples_, totals().lateSamples);
     if (lateSamples_ != before)
         late_.add({.from = static_cast<std::int64_t>(std::floor(std::min(from, to))),
                    .to = static_cast<std::int64_t>(std::ceil(std::max(from, to)))});
 }
 
-StripReport LiveContent::totals() const {
-    StripReport report;
+SoundReport LiveContent::totals() const {
+    SoundReport report;
     for (const Cookie& cookie : cookies_) {
         const MaterialStatistics statistics = cache_.statistics(cookie);
-        report.underrunSamples += statistics.underrunSamples;
-        report.underrunEpisodes += statistics.underrunEpisodes;
+        report.lateSamples += statistics.underrunSamples;
+        report.lateEpisodes += statistics.underrunEpisodes;
         if (report.failure.empty() && statistics.failedSegments != 0)
             report.failure = statistics.firstFailure.empty() ? "a read failed" : statistics.firstFailure;
     }
     return report;
 }
 
-StripReport LiveContent::report() const {
-    StripReport report = totals();
-    report.silent = late_.spans();
+SoundReport LiveContent::report() const {
+    SoundReport report = totals();
+    report.late = late_.spans();
     return report;
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "host/cache/MaterialCache.hpp"
-#include "host/mix/MixReport.hpp"
 #include "host/mix/SpanList.hpp"
+#include "host/play/LiveReport.hpp"
 #include "host/play/LiveVoice.hpp"
 #include "host/services/RenderFunctions.hpp"
 #include "host/signal/StripSettings.hpp"
@@ -55,9 +55,9 @@ public:
                      const std::function<bool()>& isWanted);
 
     /// What was late so far, in all channels together.
-    StripReport totals() const;
+    SoundReport totals() const;
     /// The same, and where: in positions of this object.
-    StripReport report() const;
+    SoundReport report() const;
 
 private:
     class Voice;
@@ -67,7 +67,7 @@ private:
     /// The segments that so many frames read, in the order of reading.
     std::vector<Aud::SampleCacheSegment> request(double position, double speed, std::size_t frames);
     /// Counts what a voice has missed between two positions.
-    void note(double from, double to);
+    void noteLate(double from, double to);
 
     StripSettings strip_;
     std::int32_t segmentLength_;

@@ -66,7 +66,7 @@ public:
             rendered = first_->render(frames);
         position_ += static_cast<std::int64_t>(rendered);
         if (mixer_ != nullptr && position_ >= countedAt_ + seconds(countedEvery)) {
-            mix_.count();
+            mix_.countLate();
             countedAt_ = position_;
         }
         return rendered;
@@ -146,14 +146,13 @@ std::unique_ptr<Mixer> LiveMix::take(std::int64_t place) {
     std::unique_ptr<Mixer> mixer = std::move(ready_->mixer);
     ready_.reset();
     playing_ = mixer.get();
-    ++takeovers_;
     return mixer;
 }
 
 void LiveMix::retire(std::unique_ptr<Mixer> mixer) {
-    note(notes_, *mixer);
+    reports_.add(mixer->report());
     playing_ = nullptr;
-    count();
+    countLate();
     {
         const Lock lock(mutex_);
         retired_.push_back(std::move(mixer));
@@ -192,15 +191,7 @@ void LiveMix::serve(const std::stop_token& stop) {
     }
 }
 
-void LiveMix::note(MixNotes& notes, const Mixer& mixer) const {
-    std::vector<std::size_t> firstOfTrack{0};
-    for (const TimelineTrack& track : timeline_.tracks)
-        firstOfTrack.push_back(firstOfTrack.back() + track.strips.size());
-    for (const StripReport& strip : mixer.report().strips)
-        notes.add(firstOfTrack[strip.track] + strip.strip, strip, 0.0);
-}
-
-void LiveMix::count() {
+void LiveMix::countLate() {
     lateSamples_ = 0;
     lateEpisodes_ = 0;
     for (const StripReport& strip : report()) {
@@ -210,19 +201,10 @@ void LiveMix::count() {
 }
 
 std::vector<StripReport> LiveMix::report() const {
-    MixNotes notes = notes_;
+    StripReports reports = reports_;
     if (playing_ != nullptr)
-        note(notes, *playing_);
-    std::vector<StripReport> strips;
-    std::size_t number = 0;
-    for (std::size_t track = 0; track < timeline_.tracks.size(); ++track)
-        for (std::size_t strip = 0; strip < timeline_.tracks[track].strips.size(); ++strip, ++number)
-            if (const auto found = notes.strips().find(number); found != notes.strips().end()) {
-                strips.push_back(found->second);
-                strips.back().track = track;
-                strips.back().strip = strip;
-            }
-    return strips;
+        reports.add(playing_->report());
+    return reports.strips();
 }
 
 } // namespace audlmd

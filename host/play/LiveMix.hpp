@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/mix/MixNotes.hpp"
 #include "host/mix/Mixer.hpp"
+#include "host/mix/StripReports.hpp"
 #include "host/play/LiveVoice.hpp"
 #include "host/services/Threads.hpp"
 
@@ -47,8 +47,6 @@ public:
     /// The underruns of all strips together, up to a part of a second ago.
     std::uint64_t lateSamples() const { return lateSamples_; }
     std::uint64_t lateEpisodes() const { return lateEpisodes_; }
-    /// How often a mixer has taken over.
-    std::uint64_t takeovers() const { return takeovers_; }
 
 private:
     class Voice;
@@ -66,8 +64,8 @@ private:
     /// Keeps the mixer's report. Hands the mixer to this object's thread, because destroying it waits for
     /// reads.
     void retire(std::unique_ptr<Mixer> mixer);
-    void note(MixNotes& notes, const Mixer& mixer) const;
-    void count();
+    /// Brings lateSamples() and lateEpisodes() up to date.
+    void countLate();
     std::unique_ptr<Mixer> make(std::int64_t place) const;
     void serve(const std::stop_token& stop);
 
@@ -76,10 +74,9 @@ private:
     const MixerOptions options_;
     // From here to the mutex: the voice's and the reporter's, who take turns. A player holds a mutex of its
     // own while either of them runs. This object's thread touches none of these.
-    MixNotes notes_;
+    StripReports reports_;
     /// The one that plays.
     const Mixer* playing_ = nullptr;
-    std::uint64_t takeovers_ = 0;
     std::uint64_t lateSamples_ = 0;
     std::uint64_t lateEpisodes_ = 0;
 

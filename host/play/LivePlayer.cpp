@@ -149,9 +149,9 @@ void LivePlayer::Impl::serve(const std::stop_token& stop) {
 }
 
 void LivePlayer::Impl::countLate() {
-    const StripReport late = content.totals();
-    lateSamples.store(late.underrunSamples + (mix ? mix->lateSamples() : 0), std::memory_order_relaxed);
-    lateEpisodes.store(late.underrunEpisodes + (mix ? mix->lateEpisodes() : 0), std::memory_order_relaxed);
+    const SoundReport sound = content.totals();
+    lateSamples.store(sound.lateSamples + (mix ? mix->lateSamples() : 0), std::memory_order_relaxed);
+    lateEpisodes.store(sound.lateEpisodes + (mix ? mix->lateEpisodes() : 0), std::memory_order_relaxed);
 }
 
 bool LivePlayer::Impl::follow(const LiveOrder& next, const std::stop_token& stop) {
@@ -283,9 +283,9 @@ LiveReport LivePlayer::report() const {
     if (impl_->timeline != nullptr)
         report.strips = impl_->timeline->report().strips;
     const Lock busy(impl_->rendering);
-    report.late = impl_->content.report();
+    report.sound = impl_->content.report();
     if (!impl_->failure.empty())
-        report.late.failure = impl_->failure;
+        report.sound.failure = impl_->failure;
     if (impl_->mix != nullptr)
         for (StripReport& strip : impl_->mix->report())
             report.strips.push_back(std::move(strip));

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "host/mix/Media.hpp"
-#include "host/mix/MixReport.hpp"
 #include "host/mix/Timeline.hpp"
 #include "host/play/LiveOptions.hpp"
+#include "host/play/LiveReport.hpp"
 #include "host/play/Transport.hpp"
 #include "host/signal/StripSettings.hpp"
 
@@ -15,17 +15,6 @@
 #include <vector>
 
 namespace audlmd {
-
-/// What was late or failed so far.
-struct LiveReport {
-    /// What was not loaded in time, of all channels together, and where: in samples of the sound. Rendered as
-    /// silence; some of that may have been dropped before it was heard. `failure` is the first error of the
-    /// material, or what ended the rendering.
-    StripReport late;
-    /// Of a timeline: the strips that failed or were late, see MixReport. A strip may be there twice: as the
-    /// cache has played it, and as a mixer has.
-    std::vector<StripReport> strips;
-};
 
 /// Plays a sound or a timeline live, forwards and backwards, at any speed, from any place. Knows no audio
 /// device: the program's audio callback calls fill(), all other functions are for the program's other

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <random>
-#include <stdexcept>
+#include <string_view>
 
 /// The library asks the strip in a record for its material by this function, once for each render call.
 Cookie ce_handle::get_strip_cookie() const {
@@ -22,21 +22,6 @@ constexpr std::size_t textPosition(std::size_t byte) {
     return 2 * byte + (byte >= 4) + (byte >= 6) + (byte >= 8) + (byte >= 10);
 }
 
-constexpr bool isHyphenPosition(std::size_t position) {
-    return position == 8 || position == 13 || position == 18 || position == 23;
-}
-
-/// -1 if the character is not a hexadecimal digit.
-constexpr int digitValue(char digit) {
-    if (digit >= '0' && digit <= '9')
-        return digit - '0';
-    if (digit >= 'a' && digit <= 'f')
-        return digit - 'a' + 10;
-    if (digit >= 'A' && digit <= 'F')
-        return digit - 'A' + 10;
-    return -1;
-}
-
 } // namespace
 
 Orv::UUID makeUuid() {
@@ -51,23 +36,6 @@ Orv::UUID makeUuid() {
     // The version, 4, and the variant of RFC 4122, sections 4.1.3 and 4.1.1.
     uuid.bytes[6] = static_cast<std::uint8_t>(0x40 | (uuid.bytes[6] & 0x0F));
     uuid.bytes[8] = static_cast<std::uint8_t>(0x80 | (uuid.bytes[8] & 0x3F));
-    return uuid;
-}
-
-Orv::UUID parseUuid(std::string_view text) {
-    // The form is checked in full before a byte is read, so the loop below needs no checks.
-    bool wellFormed = text.size() == textLength;
-    for (std::size_t i = 0; wellFormed && i < textLength; ++i)
-        wellFormed = isHyphenPosition(i) ? text[i] == '-' : digitValue(text[i]) >= 0;
-    if (!wellFormed)
-        throw std::invalid_argument("'" + std::string(text) +
-                                    "' is not a UUID: 32 hexadecimal digits are expected, as 8-4-4-4-12");
-    Orv::UUID uuid;
-    for (std::size_t byte = 0; byte < uuid.bytes.size(); ++byte) {
-        const std::size_t position = textPosition(byte);
-        uuid.bytes[byte] =
-            static_cast<std::uint8_t>(16 * digitValue(text[position]) + digitValue(text[position + 1]));
-    }
     return uuid;
 }
 

@@ -1,7 +1,6 @@
 #include "host/signal/Equaliser.hpp"
 
 #include <cmath>
-#include <complex>
 #include <numbers>
 #include <sstream>
 #include <stdexcept>
@@ -30,10 +29,6 @@ void validate(const EqualiserBand& band, double sampleRate) {
         refuse("the gain of an equaliser band must be a number of decibels, not ", band.gainDb);
     if (!(std::isfinite(band.q) && band.q > 0.0))
         refuse("the Q of an equaliser band must be above 0, not ", band.q);
-}
-
-double decibels(double magnitude) {
-    return 20.0 * std::log10(magnitude);
 }
 
 } // namespace
@@ -71,22 +66,6 @@ Coefficients sectionOf(const EqualiserBand& band, double sampleRate) {
         return normalised((1.0 - c) / 2.0, 1.0 - c, (1.0 - c) / 2.0, 1.0 + alpha, -2.0 * c, 1.0 - alpha);
     }
     refuse("no such kind of equaliser band: ", static_cast<int>(band.kind));
-}
-
-double responseDb(const Coefficients& section, double frequency, double sampleRate) {
-    // A delay of one sample.
-    const std::complex<double> z1 = std::polar(1.0, -2.0 * std::numbers::pi * frequency / sampleRate);
-    // Both polynomials in z^-1, by Horner's scheme.
-    const auto numerator = section.b0 + z1 * (section.b1 + z1 * section.b2);
-    const auto denominator = 1.0 + z1 * (section.a1 + z1 * section.a2);
-    return decibels(std::abs(numerator / denominator));
-}
-
-double responseDb(std::span<const EqualiserBand> bands, double frequency, double sampleRate) {
-    double sum = 0.0;
-    for (const EqualiserBand& band : bands)
-        sum += responseDb(sectionOf(band, sampleRate), frequency, sampleRate);
-    return sum;
 }
 
 void setBands(Aud::Filter::MultiBandBiquad<5U>& equaliser, std::span<const EqualiserBand> bands,

@@ -33,13 +33,6 @@ inline constexpr std::size_t equaliserBandCount = 5;
 /// transform squeezes the curve, so a band there is narrower than its Q says.
 Aud::Filter::Biquad::Coefficients sectionOf(const EqualiserBand& band, double sampleRate);
 
-/// The magnitude of one section's response at a frequency, in decibels. Frequency and sample rate are in
-/// hertz. Use this to draw or to test a band.
-double responseDb(const Aud::Filter::Biquad::Coefficients& section, double frequency, double sampleRate);
-
-/// The response of bands in series. Throws as sectionOf() does. The decibels of the sections add up.
-double responseDb(std::span<const EqualiserBand> bands, double frequency, double sampleRate);
-
 /// Sets the sections of an equaliser from bands, the first section from the first band. Sections without a
 /// band pass samples through. All sections forget the samples that they have filtered. Throws
 /// std::invalid_argument for more than five bands, and as sectionOf() does. Use this before the first sample

@@ -58,8 +58,4 @@ double constantPowerGain(double uValue) {
     return std::sin(limited(uValue, 1.0) * (std::numbers::pi / 2.0));
 }
 
-double constantPowerUValue(double gain) {
-    return std::asin(limited(gain, 1.0)) * (2.0 / std::numbers::pi);
-}
-
 } // namespace audlmd

@@ -40,7 +40,5 @@ double mixerStyleUValueOfDecibels(double decibels);
 /// the nearer end. Where two u-values add up to 1, the squares of the gains add up to 1. At the middle of a
 /// crossfade, u = 0.5, each side is 3 dB down.
 double constantPowerGain(double uValue);
-/// The inverse. A gain outside 0 to 1 gives the nearer end.
-double constantPowerUValue(double gain);
 
 } // namespace audlmd

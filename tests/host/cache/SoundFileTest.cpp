@@ -4,7 +4,7 @@
 
 #include <sndfile.hh>
 
-#include <array>
+#include <atomic>
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
@@ -16,6 +16,7 @@ namespace {
 
 /// So many calls of read() succeed, then one fails. Negative: none fails.
 int readsLeft = -1;
+std::atomic<std::size_t> bytesRead{0};
 
 } // namespace
 
@@ -25,6 +26,7 @@ extern "C" ssize_t read(int descriptor, void* bytes, std::size_t count) {
         errno = EIO;
         return -1;
     }
+    bytesRead += count;
     return syscall(SYS_read, descriptor, bytes, count);
 }
 
@@ -68,6 +70,7 @@ TEST_F(SoundFiles, DecodeOnceForAllChannelsInEitherDirection) {
     const std::uint16_t channels = 5;
     const auto file = std::make_shared<SoundFile>(write("a.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, channels));
     MaterialCache cache({.segmentLength = 2048});
+    bytesRead = 0;
     std::vector<std::jthread> threads;
     for (std::uint16_t channel = 0; channel < channels; ++channel) {
         cache.add(cookieOf(channel), std::make_shared<SoundFileSource>(file, channel));
@@ -81,39 +84,7 @@ TEST_F(SoundFiles, DecodeOnceForAllChannelsInEitherDirection) {
         });
     }
     threads.clear();
-    EXPECT_EQ(file->decodedExcerpts(), static_cast<unsigned int>((frames + 2047) / 2048));
-}
-
-TEST_F(SoundFiles, KeepTheLast8MebibytesThatWereDecoded) {
-    SoundFile file(write("a.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT));
-    // 41 such excerpts of two channels take less than 8 MiB, 42 take more.
-    std::vector<float> samples(25000);
-    for (std::int64_t i = 0; i < 60; ++i)
-        file.read(0, 100 * i, samples);
-    for (std::int64_t i = 19; i < 60; ++i) {
-        file.read(1, 100 * i, samples);
-        ASSERT_EQ(samples.front(), sampleAt(100 * i, 1)) << i;
-    }
-    EXPECT_EQ(file.decodedExcerpts(), 60U);
-    file.read(1, 1800, samples);
-    EXPECT_EQ(file.decodedExcerpts(), 61U);
-}
-
-TEST_F(SoundFiles, ReuseAnExcerptOnlyWhereItHoldsAllFrames) {
-    // The first frame, how many, and how often the file is then decoded beside the frames 1000 to 1099.
-    const std::array<std::array<unsigned int, 3>, 6> rows{
-        {{1000, 100, 0}, {1001, 99, 0}, {1000, 99, 0}, {999, 100, 1}, {1001, 100, 1}, {1000, 101, 1}}};
-    const auto path = write("a.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT);
-    for (const auto& [position, count, decoded] : rows) {
-        SoundFile file(path);
-        std::vector<float> samples(100);
-        file.read(0, 1000, samples);
-        samples.resize(count);
-        file.read(1, position, samples);
-        EXPECT_EQ(file.decodedExcerpts(), 1 + decoded) << position << ", " << count;
-        EXPECT_EQ(samples.front(), sampleAt(position, 1)) << position << ", " << count;
-        EXPECT_EQ(samples.back(), sampleAt(position + count - 1, 1)) << position << ", " << count;
-    }
+    EXPECT_LT(bytesRead, 1.5 * channels * frames * sizeof(float));
 }
 
 TEST_F(SoundFiles, ThatVanishAfterAFailureStillGiveWhatWasDecoded) {

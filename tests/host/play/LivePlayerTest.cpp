@@ -126,11 +126,11 @@ TEST(LivePlayer, PlaysFromASlowDiskAndCountsWhatIsLate) {
             std::this_thread::sleep_for(700ms);
             return player.lateSamples() == late;
         }));
-        const StripReport report = player.report().late;
-        EXPECT_EQ(report.underrunSamples, late);
-        EXPECT_GE(report.underrunEpisodes, 1U);
-        ASSERT_FALSE(report.silent.empty());
-        const OutputSpan first = report.silent.front();
+        const SoundReport report = player.report().sound;
+        EXPECT_EQ(report.lateSamples, late);
+        EXPECT_GE(report.lateEpisodes, 1U);
+        ASSERT_FALSE(report.late.empty());
+        const OutputSpan first = report.late.front();
         EXPECT_TRUE(direction > 0.0 ? first.from > player.length() / 2 : first.to < player.length() / 2);
     }
 }
@@ -171,7 +171,7 @@ TEST(LivePlayer, CallsOffAStartThatWaitsForADisk) {
         player->stop();
         EXPECT_FALSE(player->isPlaying());
         player->play();
-        EXPECT_EQ(player->report().late.failure, "");
+        EXPECT_EQ(player->report().sound.failure, "");
         // The end waits for the one read that has begun, and for no other.
         const auto end = std::async(std::launch::async, [&] { player.reset(); });
         EXPECT_EQ(end.wait_for(50ms), std::future_status::timeout);
@@ -191,7 +191,7 @@ TEST(LivePlayer, TellsWhatFailed) {
     const Device device(player);
     player.play();
     EXPECT_TRUE(within(5s, [&] { return player.position() == 9600; }));
-    EXPECT_EQ(player.report().late.failure, "bad sector");
+    EXPECT_EQ(player.report().sound.failure, "bad sector");
     EXPECT_GE(player.lateSamples(), 9600U);
 
     Timeline timeline = timelineOf({stripOf("gone", 0, 9600)});
@@ -221,7 +221,7 @@ TEST(LivePlayer, TakesOrdersFromSeveralThreads) {
                     [&] { player.setLoop(LoopRange{.from = 1000, .to = 9000}); },
                     [&] { player.setLevel(0.5F); },
                     [&] { EXPECT_LE(player.takePeak(0), 0.5F); },
-                    [&] { EXPECT_EQ(player.report().late.failure, ""); },
+                    [&] { EXPECT_EQ(player.report().sound.failure, ""); },
                     [&] { EXPECT_LE(player.position(), player.length()); }};
                 orders[random() % std::size(orders)]();
                 std::this_thread::sleep_for(1ms);

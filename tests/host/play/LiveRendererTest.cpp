@@ -60,7 +60,7 @@ void expectBytes(const StripSettings& strip, double speed, std::int64_t from, co
     EXPECT_NEAR(deck.output.position(), speed < 0.0 ? 0.0 : static_cast<double>(soundLength),
                 alone.speed - 0.5);
     EXPECT_EQ(deck.output.starvedFrames(), 0U);
-    EXPECT_EQ(deck.content.totals().underrunSamples, 0U);
+    EXPECT_EQ(deck.content.totals().lateSamples, 0U);
 }
 
 TEST(LiveRenderer, DeliversTheBytesOfAStripPlayerAtAnySteadySpeed) {

@@ -39,10 +39,8 @@ TEST(GainLaws, CurvesFollowTheirLawsWithinTheResolutionOfTheTables) {
 }
 
 TEST(GainLaws, InversesLeadBack) {
-    for (double u = 0.001; u < 1.0; u += 0.0137) {
+    for (double u = 0.001; u < 1.0; u += 0.0137)
         EXPECT_NEAR(mixerStyleUValue(mixerStyleGain(u)), u, 1e-12);
-        EXPECT_NEAR(constantPowerUValue(constantPowerGain(u)), u, 1e-9);
-    }
     EXPECT_EQ(mixerStyleUValueOfDecibels(40.0), 1.5);
     EXPECT_EQ(mixerStyleUValueOfDecibels(-std::numeric_limits<double>::infinity()), 0.0);
 }

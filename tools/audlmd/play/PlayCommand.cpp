@@ -2,7 +2,6 @@
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Subcommands.hpp"
 #include "tools/audlmd/files/TemporaryFile.hpp"
-#include "tools/audlmd/play/CarryOut.hpp"
 #include "tools/audlmd/play/PlayInput.hpp"
 #include "tools/audlmd/play/PlayOptions.hpp"
 #include "tools/audlmd/play/SoundDevice.hpp"
@@ -112,8 +111,8 @@ void tell(LivePlayer& player, const PlayInput& input) {
         if (strip.underrunSamples != 0)
             std::printf("late: %s, %llu samples\n", input.nameOf(strip).c_str(),
                         static_cast<unsigned long long>(strip.underrunSamples));
-    if (!report.late.failure.empty())
-        throw CommandError(report.late.failure);
+    if (!report.sound.failure.empty())
+        throw CommandError(report.sound.failure);
     for (const StripReport& strip : report.strips)
         if (!strip.failure.empty())
             throw CommandError(input.nameOf(strip) + ": " + strip.failure);

@@ -1,5 +1,7 @@
 #include "tools/audlmd/play/TransportKeys.hpp"
 
+#include "host/signal/GainLaws.hpp"
+
 #include <algorithm>
 #include <array>
 #include <cctype>
@@ -29,6 +31,21 @@ double nextSpeed(double speed, double towards) {
 constexpr std::pair<std::string_view, Key> sequences[] = {{"C", rightKey}, {"D", leftKey},  {"H", homeKey},
                                                           {"F", endKey},   {"1~", homeKey}, {"4~", endKey},
                                                           {"7~", homeKey}, {"8~", endKey}};
+
+struct Orders {
+    LivePlayer& player;
+
+    void operator()(Play) const { player.play(); }
+    void operator()(Stop) const { player.stop(); }
+    void operator()(Quit) const {}
+    void operator()(SetSpeed command) const { player.setSpeed(command.speed); }
+    void operator()(Seek command) const { player.seek(command.position); }
+    void operator()(Jog command) const { player.jog(command.samples); }
+    void operator()(SetLoop command) const { player.setLoop(command.range); }
+    void operator()(SetLevel command) const {
+        player.setLevel(static_cast<float>(mixerStyleUValueOfDecibels(command.decibels)));
+    }
+};
 
 } // namespace
 
@@ -123,6 +140,10 @@ std::vector<TransportCommand> TransportKeys::markLoop(Key end, std::int64_t posi
 std::vector<TransportCommand> TransportKeys::changeLevel(double decibels) {
     level_ = std::clamp(level_ + decibels, leastDecibels, mostDecibels);
     return {SetLevel{level_}};
+}
+
+void carryOut(const TransportCommand& command, LivePlayer& player) {
+    std::visit(Orders{player}, command);
 }
 
 } // namespace audlmd::command

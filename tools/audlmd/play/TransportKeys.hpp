@@ -43,6 +43,9 @@ struct SetLevel {
 };
 using TransportCommand = std::variant<Play, Stop, Quit, SetSpeed, Seek, Jog, SetLoop, SetLevel>;
 
+/// Has the player do what a command says. Does nothing for Quit, which concerns the program.
+void carryOut(const TransportCommand& command, LivePlayer& player);
+
 /// What keys do depends on where the transport stands.
 struct TransportNow {
     bool isPlaying = false;

@@ -1,4 +1,4 @@
-#include "host/mix/MixNotes.hpp"
+#include "host/mix/StripReports.hpp"
 
 #include "host/mix/SpanList.hpp"
 
@@ -32,12 +32,18 @@ void append(Overload& overload, const Overload& more) {
 
 } // namespace
 
-void MixNotes::add(std::size_t strip, const StripReport& report, double seconds) {
+StripReport& StripReports::sumOf(const StripKey& key) {
+    StripReport& sum = strips_[key];
+    static_cast<StripKey&>(sum) = key;
+    return sum;
+}
+
+void StripReports::add(const StripKey& key, const StripReport& report, double seconds) {
     if (seconds > slowest_.seconds)
-        slowest_ = {.strip = strip, .seconds = seconds};
+        slowest_ = {key, seconds};
     if (!hasProblems(report))
         return;
-    StripReport& sum = strips_[strip];
+    StripReport& sum = sumOf(key);
     if (sum.failure.empty())
         sum.failure = report.failure;
     sum.underrunSamples += report.underrunSamples;
@@ -46,8 +52,15 @@ void MixNotes::add(std::size_t strip, const StripReport& report, double seconds)
     append(sum.overload, report.overload);
 }
 
-void MixNotes::addSilence(std::size_t strip, OutputSpan span, const std::string& failure) {
-    StripReport& sum = strips_[strip];
+void StripReports::add(const MixReport& report) {
+    for (const StripReport& strip : report.strips)
+        add(strip, strip, 0.0);
+    if (report.slowest.seconds > slowest_.seconds)
+        slowest_ = report.slowest;
+}
+
+void StripReports::addSilence(const StripKey& key, OutputSpan span, const std::string& failure) {
+    StripReport& sum = sumOf(key);
     if (sum.failure.empty())
         sum.failure = failure;
     if (failure.empty()) {
@@ -56,6 +69,13 @@ void MixNotes::addSilence(std::size_t strip, OutputSpan span, const std::string&
             ++sum.underrunEpisodes;
     }
     append(sum.silent, {span});
+}
+
+std::vector<StripReport> StripReports::strips() const {
+    std::vector<StripReport> strips;
+    for (const auto& [key, report] : strips_)
+        strips.push_back(report);
+    return strips;
 }
 
 } // namespace audlmd
