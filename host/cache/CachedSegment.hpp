@@ -56,7 +56,7 @@ public:
     /// Counts the requests of a cache: greater for a later one.
     std::uint64_t requestNumber AUDLMD_GUARDED_BY(cacheLock) = 0;
     /// Where the segment stands in the list of its stage.
-    std::list<CachedSegment*>::iterator place AUDLMD_GUARDED_BY(cacheLock);
+    std::list<CachedSegment*>::iterator entry AUDLMD_GUARDED_BY(cacheLock);
 };
 
 } // namespace audlmd

@@ -27,7 +27,7 @@ void SegmentLists::add(CachedSegment::Stage stage, List& node) noexcept {
     CachedSegment& segment = *node.front();
     segment.stage = stage;
     segment.requestNumber = ++requests_;
-    segment.place = node.begin();
+    segment.entry = node.begin();
     lists_[stage].splice(lists_[stage].end(), node);
 }
 
@@ -81,7 +81,7 @@ void SegmentLists::demote(CachedSegment& segment) noexcept {
     auto behind = ahead.end();
     while (behind != ahead.begin() && (*std::prev(behind))->requestNumber > segment.requestNumber)
         --behind;
-    ahead.splice(behind, lists_[CachedSegment::eUrgent], segment.place);
+    ahead.splice(behind, lists_[CachedSegment::eUrgent], segment.entry);
     segment.stage = CachedSegment::eAhead;
 }
 
@@ -112,11 +112,11 @@ void SegmentLists::take(CachedSegment& segment, List& taken) noexcept {
         // Nobody will load the segment: readers must not wait for it again.
         segment.status.store(Aud::eSegmentEmpty, std::memory_order_release);
     segment.material->segments.erase(segment.number);
-    taken.splice(taken.end(), lists_[segment.stage], segment.place);
+    taken.splice(taken.end(), lists_[segment.stage], segment.entry);
 }
 
 void SegmentLists::moveTo(CachedSegment::Stage stage, CachedSegment& segment) noexcept {
-    lists_[stage].splice(lists_[stage].end(), lists_[segment.stage], segment.place);
+    lists_[stage].splice(lists_[stage].end(), lists_[segment.stage], segment.entry);
     segment.stage = stage;
 }
 

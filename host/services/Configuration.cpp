@@ -106,13 +106,13 @@ double Configuration::number(const std::string& key, double defaultValue) const 
     return parsed(value, file_.string() + ":" + std::to_string(line) + ": " + key, defaultValue);
 }
 
-double Configuration::parsed(std::string_view value, const std::string& place, double defaultValue) const {
+double Configuration::parsed(std::string_view value, const std::string& origin, double defaultValue) const {
     if (const std::optional<double> result = parseNumber(trimmed(value)))
         return *result;
     const Lock lock(mutex_);
-    // The same number may be asked for many times; one report for each place is enough.
-    if (reported_.insert(place).second)
-        report(place + ": '" + std::string(value) + "' is not a number; the default is used");
+    // The same number may be asked for many times; one report for each origin is enough.
+    if (reported_.insert(origin).second)
+        report(origin + ": '" + std::string(value) + "' is not a number; the default is used");
     return defaultValue;
 }
 

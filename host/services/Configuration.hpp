@@ -19,7 +19,8 @@ namespace audlmd {
 /// 3. The default that the caller gives.
 ///
 /// A number is a finite decimal number with a point, in any locale: 2.5, 25e-1. Anything else counts as the
-/// default, and is reported on standard error with the place where it stands: once for each place.
+/// default, and is reported on standard error with the file and line, or the variable, where it stands: once
+/// for each.
 ///
 /// Thread safe. The trap: no thread may change the environment meanwhile.
 ///
@@ -52,14 +53,14 @@ private:
     /// Stores the setting of one line. The number is read later, when somebody asks, so that a mistake in an
     /// unused key disturbs nobody.
     void readLine(std::string_view text, int line);
-    /// `place` is where the value comes from, for the report.
-    double parsed(std::string_view value, const std::string& place, double defaultValue) const;
+    /// `origin` is where the value comes from, for the report.
+    double parsed(std::string_view value, const std::string& origin, double defaultValue) const;
 
     std::filesystem::path file_;
     /// Never changes once the configuration is made.
     std::map<std::string, Setting, std::less<>> settings_;
     mutable Mutex mutex_;
-    /// The places of the values that were reported.
+    /// The origins of the values that were reported.
     mutable std::set<std::string> reported_ AUDLMD_GUARDED_BY(mutex_);
 };
 

@@ -52,8 +52,8 @@ public:
 /// names only, so a static function appears as an offset in its library.
 std::string describeCall(const void* address) {
     std::ostringstream text;
-    Dl_info place{};
-    if (dladdr(address, &place) == 0 || place.dli_fname == nullptr) {
+    Dl_info symbol{};
+    if (dladdr(address, &symbol) == 0 || symbol.dli_fname == nullptr) {
         text << address;
         return text.str();
     }
@@ -61,15 +61,15 @@ std::string describeCall(const void* address) {
         return static_cast<const char*>(address) - static_cast<const char*>(start);
     };
     text << std::hex;
-    if (place.dli_sname != nullptr) {
+    if (symbol.dli_sname != nullptr) {
         int status = 0;
         const std::unique_ptr<char, void (*)(void*)> demangled(
-            abi::__cxa_demangle(place.dli_sname, nullptr, nullptr, &status), &std::free);
+            abi::__cxa_demangle(symbol.dli_sname, nullptr, nullptr, &status), &std::free);
         // The name of a C function cannot be demangled, and is written as it is.
-        text << (status == 0 ? demangled.get() : place.dli_sname) << " + 0x" << offsetFrom(place.dli_saddr)
-             << " in " << place.dli_fname;
+        text << (status == 0 ? demangled.get() : symbol.dli_sname) << " + 0x" << offsetFrom(symbol.dli_saddr)
+             << " in " << symbol.dli_fname;
     } else {
-        text << place.dli_fname << " + 0x" << offsetFrom(place.dli_fbase);
+        text << symbol.dli_fname << " + 0x" << offsetFrom(symbol.dli_fbase);
     }
     return text.str();
 }

@@ -85,7 +85,7 @@ private:
 
         void add(float result) { results[count++] = result; }
         /// Counted from the last one, which is 1.
-        float fromEnd(std::size_t place) const { return results[count - place]; }
+        float fromEnd(std::size_t index) const { return results[count - index]; }
     };
 
     void runAhead() {
@@ -135,8 +135,8 @@ private:
         const HostStorage::Biquad alone;
         const HostStorage::Biquad& low = equaliser_.band(band);
         const HostStorage::Biquad& high = band + 1 < bandCount ? equaliser_.band(band + 1) : alone;
-        const auto unread = [&](unsigned int ofBand, std::size_t place) {
-            return ofBand + 1 < bandCount ? static_cast<double>(unread_[ofBand].fromEnd(place)) : 0.0;
+        const auto unread = [&](unsigned int ofBand, std::size_t index) {
+            return ofBand + 1 < bandCount ? static_cast<double>(unread_[ofBand].fromEnd(index)) : 0.0;
         };
         return {.b0 = _mm_set_pd(high.b0_, low.b0_),
                 .b1 = _mm_set_pd(high.b1b2_.first, low.b1b2_.first),
