@@ -1,6 +1,7 @@
 #include "bench/soak/Session.hpp"
 
 #include "bench/soak/RandomPlayer.hpp"
+#include "tools/audlmd/play/TransportKeys.hpp"
 
 #include <algorithm>
 #include <chrono>
