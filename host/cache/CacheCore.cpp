@@ -195,17 +195,19 @@ Aud::SampleCacheSegment CacheCore::approach(Material& material, const LookAhead&
     return Access::adopt(new CachedSegment(Aud::eSegmentEmpty, 0, material.shared_from_this(), 0));
 }
 
-CacheCore::Standing CacheCore::stand(Material& material, std::int64_t sample, const LookAhead& lookAhead) {
+CacheCore::Standing CacheCore::stand(const Cookie& cookie, std::int64_t sample, const LookAhead& lookAhead) {
+    const Lock lock(mutex());
+    Material& material = find(cookie);
+    Standing standing{.material = &material, .materialLength = material.length, .segment = {}};
+    const bool isForward = lookAhead.direction == Aud::Render::Direction::forward;
     if (sample >= 0 && sample < material.length) {
-        const auto number = static_cast<std::uint32_t>(sample / material.segmentLength);
-        return {.segment = enter(material, number, lookAhead),
-                .number = number,
-                .index = static_cast<std::int32_t>(sample % material.segmentLength)};
+        standing.number = static_cast<std::uint32_t>(sample / material.segmentLength);
+        standing.index = static_cast<std::int32_t>(sample % material.segmentLength);
+        standing.segment = enter(material, standing.number, lookAhead);
+    } else if (isForward ? sample < 0 : sample >= 0) {
+        standing.segment = approach(material, lookAhead);
     }
-    const bool isBefore = lookAhead.direction == Aud::Render::Direction::forward ? sample < 0 : sample >= 0;
-    if (!isBefore)
-        return {};
-    return {.segment = approach(material, lookAhead)};
+    return standing;
 }
 
 void CacheCore::requestAhead(Material& material, std::int64_t first, const LookAhead& lookAhead) {

@@ -55,29 +55,27 @@ public:
 
     /// Who holds this mutex holds cacheLock, and may use what cacheLock guards.
     Mutex& mutex() AUDLMD_RETURNS_MUTEX(cacheLock) { return mutex_; }
-    /// Throws UnknownMaterial.
-    Material& find(const Cookie& cookie) const AUDLMD_REQUIRES(cacheLock);
     /// The number of segments that a reader requests ahead if it holds `held` of them: the larger of `held`
     /// and segmentsAhead, times a speed above 1, but at most half the budget, or one segment. Needs no lock.
     std::uint32_t reach(const Orv::OutputGearing& gearing, std::uint32_t held) const;
     /// Where a reader stands.
     struct Standing {
+        /// Valid while the reader holds a segment of the material.
+        Material* material = nullptr;
+        std::int64_t materialLength = 0;
         /// Empty behind the end of the material, in the reader's direction.
         Aud::SampleCacheSegment segment;
         std::uint32_t number = 0;
         /// Of the sample in the segment.
         std::int32_t index = 0;
     };
-    /// Places a reader on a sample, inside the material or outside, and requests what it reads next.
-    Standing stand(Material& material, std::int64_t sample, const LookAhead& lookAhead)
-        AUDLMD_REQUIRES(cacheLock);
+    /// Places a reader on a sample, inside the material or outside, and requests what it reads next. Throws
+    /// UnknownMaterial.
+    Standing stand(const Cookie& cookie, std::int64_t sample, const LookAhead& lookAhead)
+        AUDLMD_EXCLUDES(cacheLock);
     /// Requests the segment that a reader stands on, and those ahead of it. Where the material was removed,
     /// the segment returned is never ready.
     Aud::SampleCacheSegment enter(Material& material, std::uint32_t number, const LookAhead& lookAhead)
-        AUDLMD_REQUIRES(cacheLock);
-    /// Requests the segments that a reader outside the material will enter first. The segment returned is
-    /// never ready; it keeps the material alive.
-    Aud::SampleCacheSegment approach(Material& material, const LookAhead& lookAhead)
         AUDLMD_REQUIRES(cacheLock);
 
 private:
@@ -92,6 +90,12 @@ private:
         std::string failure;
     };
 
+    /// Throws UnknownMaterial.
+    Material& find(const Cookie& cookie) const AUDLMD_REQUIRES(cacheLock);
+    /// Requests the segments that a reader outside the material will enter first. The segment returned is
+    /// never ready; it keeps the material alive.
+    Aud::SampleCacheSegment approach(Material& material, const LookAhead& lookAhead)
+        AUDLMD_REQUIRES(cacheLock);
     void requestAhead(Material& material, std::int64_t first, const LookAhead& lookAhead)
         AUDLMD_REQUIRES(cacheLock);
     CachedSegment& request(Material& material, std::uint32_t number, CachedSegment::Stage stage)

@@ -37,8 +37,7 @@ Aud::SampleCacheSegment MaterialCache::request(const Cookie& cookie, std::int64_
                                                Aud::Render::Direction direction,
                                                const Orv::OutputGearing& gearing, std::uint32_t held) {
     const std::uint32_t reach = core_->reach(gearing, held);
-    const Lock lock(core_->mutex());
-    return core_->stand(core_->find(cookie), sample, {direction, reach, {}}).segment;
+    return core_->stand(cookie, sample, {direction, reach, {}}).segment;
 }
 
 MaterialStatistics MaterialCache::statistics(const Cookie& cookie) const {

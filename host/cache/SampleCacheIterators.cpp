@@ -36,12 +36,10 @@ SampleCache::ForwardIterator::ForwardIterator(const Cookie& cookie, long positio
     hostSegmentsAhead = std::min(extra, hostReach);
     hostHeldSegments.resize(hostSegmentsAhead);
 
-    const audlmd::Lock lock(core.mutex());
-    audlmd::Material& material = core.find(cookie);
-    hostMaterial = &material;
-    materialLength = material.length;
     const audlmd::CacheCore::Standing standing =
-        core.stand(material, cachePosition, {Direction::forward, hostReach, hostHeldSegments});
+        core.stand(cookie, cachePosition, {Direction::forward, hostReach, hostHeldSegments});
+    hostMaterial = standing.material;
+    materialLength = standing.materialLength;
     currentSegment = standing.segment;
     hostSegmentNumber = standing.number;
     segmentIndex = standing.index;
@@ -81,13 +79,11 @@ SampleCache::ReverseIterator::ReverseIterator(const Cookie& cookie, long positio
     audlmd::CacheCore& core = *static_cast<audlmd::MaterialCache&>(cache).core_;
     hostReach = core.reach(gearing, 0);
 
-    const audlmd::Lock lock(core.mutex());
-    audlmd::Material& material = core.find(cookie);
-    hostMaterial = &material;
-    materialLength = material.length;
     // A reverse reader holds no segments ahead: the renderer gives it no number of them.
     const audlmd::CacheCore::Standing standing =
-        core.stand(material, cachePosition, {Direction::reverse, hostReach, {}});
+        core.stand(cookie, cachePosition, {Direction::reverse, hostReach, {}});
+    hostMaterial = standing.material;
+    materialLength = standing.materialLength;
     currentSegment = standing.segment;
     hostSegmentNumber = standing.number;
     segmentIndex = standing.index;
