@@ -16,6 +16,10 @@ void* operator new(std::size_t size) {
     void* const storage = std::exchange(noMemory, false) ? nullptr : std::malloc(size == 0 ? 1 : size);
     return storage != nullptr ? storage : throw std::bad_alloc();
 }
+// What one of these makes, the deletes below free: under a sanitizer the standard library's has another heap.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return std::malloc(size == 0 ? 1 : size);
+}
 void operator delete(void* storage) noexcept {
     std::free(storage);
 }
