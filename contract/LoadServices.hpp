@@ -20,8 +20,8 @@ public:
     ~FormatUID();
 
 private:
-    /// The host's own. The size is compiled into the renderer.
-    std::uint32_t number_;
+    /// The host's own; a host without pictures does not read it. The size is compiled into the renderer.
+    [[maybe_unused]] std::uint32_t number_;
 };
 
 } // namespace Orv::Image
