@@ -44,7 +44,8 @@ std::string shortened(const std::vector<std::string>& lines) {
 /// Those by which something is silent come first, so that they are not among those left out.
 std::string notes(const Timeline& timeline) {
     std::vector<TimelineNote> ordered = timeline.notes;
-    std::ranges::stable_partition(ordered, &TimelineNote::silences);
+    std::stable_partition(ordered.begin(), ordered.end(),
+                          [](const TimelineNote& note) { return note.silences; });
     return shortened(timeline::noteLines(ordered, timeline.sampleRate));
 }
 
