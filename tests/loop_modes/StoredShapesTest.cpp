@@ -8,6 +8,9 @@
 
 #include <cstring>
 #include <dlfcn.h>
+#include <string>
+#include <tuple>
+#include <utility>
 
 // Made by the library, not by this program.
 #define MADE_BY_THE_LIBRARY(Filter, Source)                                                                  \
@@ -49,40 +52,33 @@ Number at(std::size_t offset, const EnvelopeApplyingIterator<Inner, Shape>& laye
 static_assert(sizeof(RampHold) == 24 && sizeof(HoldRamp) == 24 && sizeof(RampHoldRamp) == 40);
 static_assert(sizeof(SimpleRamp<Aud::GainCurve::eMixerStyleLog>) == 8);
 
+template <class Shape, class Inner>
+void expectOneRamp(const Inner& inner, const EnvelopeParameters& fade, float uValue) {
+    const auto layer = EnvelopeApplyingIteratorMaker<Inner, Shape>::make(inner, fade);
+    EXPECT_EQ(std::tuple(at<float>(0, layer), at<float>(4, layer), at<std::uint32_t>(8, layer)),
+              std::tuple(uValue, 0.5F, 3U));
+    EXPECT_EQ(at<const void*>(16, layer), exportedCurve(fade.oneRamp.curveType));
+}
+
 template <class Inner>
 void expectState(const Inner& inner) {
+    using Ramp = SimpleRamp<Aud::GainCurve::eConstantPower>;
     for (std::uint32_t curve = 1; curve <= 3; ++curve) {
         SCOPED_TRACE(curve);
         const std::uint32_t other = curve % 3 + 1;
         EnvelopeParameters fade{1, 0.25F, 0.0F, eRampHold, {.oneRamp{0.5F, 4, curve, {}}}};
-        const auto rampHold = EnvelopeApplyingIteratorMaker<Inner, RampHold>::make(inner, fade);
-        EXPECT_EQ(at<float>(0, rampHold), 0.75F);
-        EXPECT_EQ(at<float>(4, rampHold), 0.5F);
-        EXPECT_EQ(at<std::uint32_t>(8, rampHold), 3U);
-        EXPECT_EQ(at<const void*>(16, rampHold), exportedCurve(curve));
-
-        fade.type = eHoldRamp;
-        const auto holdRamp = EnvelopeApplyingIteratorMaker<Inner, HoldRamp>::make(inner, fade);
-        EXPECT_EQ(at<float>(0, holdRamp), 0.25F);
-        EXPECT_EQ(at<float>(4, holdRamp), 0.5F);
-        EXPECT_EQ(at<std::uint32_t>(8, holdRamp), 3U);
-        EXPECT_EQ(at<const void*>(16, holdRamp), exportedCurve(curve));
-
-        const EnvelopeParameters fades{
-            1, 0.25F, 0.0F, eRampHoldRamp, {.twoRamps{0.5F, -0.125F, 4, 9, curve, other}}};
-        const auto rampHoldRamp = EnvelopeApplyingIteratorMaker<Inner, RampHoldRamp>::make(inner, fades);
-        EXPECT_EQ(at<float>(0, rampHoldRamp), 0.75F);
-        EXPECT_EQ(at<float>(4, rampHoldRamp), 0.5F);
-        EXPECT_EQ(at<float>(8, rampHoldRamp), -0.125F);
-        EXPECT_EQ(at<std::uint32_t>(12, rampHoldRamp), 3U);
-        EXPECT_EQ(at<std::uint32_t>(16, rampHoldRamp), 9U);
-        EXPECT_EQ(at<const void*>(24, rampHoldRamp), exportedCurve(curve));
-        EXPECT_EQ(at<const void*>(32, rampHoldRamp), exportedCurve(other));
-
-        using Ramp = SimpleRamp<Aud::GainCurve::eConstantPower>;
+        expectOneRamp<RampHold>(inner, fade, 0.75F);
         const EnvelopeApplyingIterator<Inner, Ramp> ramp(inner, Ramp(fade));
-        EXPECT_EQ(at<float>(0, ramp), 0.75F);
-        EXPECT_EQ(at<float>(4, ramp), 0.5F);
+        EXPECT_EQ(std::pair(at<float>(0, ramp), at<float>(4, ramp)), std::pair(0.75F, 0.5F));
+        fade.type = eHoldRamp;
+        expectOneRamp<HoldRamp>(inner, fade, 0.25F);
+        fade = {1, 0.25F, 0.0F, eRampHoldRamp, {.twoRamps{0.5F, -0.125F, 4, 9, curve, other}}};
+        const auto two = EnvelopeApplyingIteratorMaker<Inner, RampHoldRamp>::make(inner, fade);
+        EXPECT_EQ(std::tuple(at<float>(0, two), at<float>(4, two), at<float>(8, two),
+                             at<std::uint32_t>(12, two), at<std::uint32_t>(16, two)),
+                  std::tuple(0.75F, 0.5F, -0.125F, 3U, 9U));
+        EXPECT_EQ(std::pair(at<const void*>(24, two), at<const void*>(32, two)),
+                  std::pair(exportedCurve(curve), exportedCurve(other)));
     }
 }
 
