@@ -9,7 +9,7 @@
 namespace audlmd {
 namespace {
 
-constexpr ChannelExcerpts::Limits kept{.samples = (std::size_t{8} << 20) / sizeof(float), .excerpts = 2};
+constexpr ChannelExcerpts::Limits ofAFile{.samples = (std::size_t{8} << 20) / sizeof(float), .excerpts = 2};
 
 } // namespace
 
@@ -17,7 +17,7 @@ struct SoundFile::Impl {
     explicit Impl(const std::filesystem::path& path)
         : decoder(path),
           excerpts(static_cast<std::size_t>(decoder.info().channels), ChannelExcerpts::Layout::interleaved,
-                   kept, [this](std::int64_t position, std::span<float> interleaved) {
+                   ofAFile, [this](std::int64_t position, std::span<float> interleaved) {
                        decoder.decode(position, interleaved);
                    }) {}
 

@@ -6,7 +6,7 @@ namespace audlmd {
 namespace {
 
 /// Readers of the channels may be a segment apart, at both sides of a turn.
-constexpr ChannelExcerpts::Limits kept{.samples = 0, .excerpts = 8};
+constexpr ChannelExcerpts::Limits ofAMix{.samples = 0, .excerpts = 8};
 
 } // namespace
 
@@ -28,7 +28,7 @@ private:
 
 MixedTimeline::MixedTimeline(Timeline timeline, OpenMedia open, const MixerOptions& options)
     : mixer_(std::move(timeline), std::move(open), options),
-      excerpts_(mixer_.timeline().channels, ChannelExcerpts::Layout::planar, kept,
+      excerpts_(mixer_.timeline().channels, ChannelExcerpts::Layout::planar, ofAMix,
                 [this](std::int64_t position, std::span<float> samples) { render(position, samples); }) {}
 
 std::vector<std::shared_ptr<SampleSource>>
