@@ -53,7 +53,7 @@ ChannelExcerpts::Excerpt& ChannelExcerpts::add(std::int64_t position, std::size_
     return kept_.emplace_back(std::move(excerpt));
 }
 
-ChannelExcerpts::Excerpt ChannelExcerpts::take(std::deque<Excerpt>::iterator kept) {
+ChannelExcerpts::Excerpt ChannelExcerpts::take(const std::deque<Excerpt>::iterator& kept) {
     Excerpt taken = std::move(*kept);
     keptSamples_ -= taken.samples.size();
     kept_.erase(kept);

@@ -54,7 +54,7 @@ private:
     /// A kept excerpt that holds all the frames, else one made for them.
     Excerpt& find(std::int64_t position, std::size_t frames) AUDLMD_REQUIRES(mutex_);
     Excerpt& add(std::int64_t position, std::size_t frames) AUDLMD_REQUIRES(mutex_);
-    Excerpt take(std::deque<Excerpt>::iterator kept) AUDLMD_REQUIRES(mutex_);
+    Excerpt take(const std::deque<Excerpt>::iterator& kept) AUDLMD_REQUIRES(mutex_);
 
     const std::size_t channels_;
     const Layout layout_;

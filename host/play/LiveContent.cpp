@@ -132,12 +132,14 @@ void LiveContent::load(double position, double speed) {
 bool LiveContent::awaitLoaded(double position, double speed, std::size_t frames,
                               const std::function<bool()>& isWanted) {
     constexpr std::uint32_t askEvery = 5; // milliseconds
-    for (const Aud::SampleCacheSegment& segment : request(position, speed, frames))
+    const std::vector<Aud::SampleCacheSegment> segments = request(position, speed, frames);
+    return std::ranges::all_of(segments, [&](const Aud::SampleCacheSegment& segment) {
         while (segment.status() == Aud::eSegmentRequestOutstanding &&
                !segment.getRequestCompletedEvent()->wait(askEvery))
             if (!isWanted())
                 return false;
-    return true;
+        return true;
+    });
 }
 
 std::vector<Aud::SampleCacheSegment> LiveContent::request(double position, double speed, std::size_t frames) {

@@ -15,6 +15,7 @@ public:
     /// one.
     explicit CheckedDescriptor(int descriptor, std::int64_t pretended = 0)
         : descriptor_(descriptor), pretended_(pretended) {}
+    ~CheckedDescriptor() = default;
     CheckedDescriptor(const CheckedDescriptor&) = delete;
     CheckedDescriptor& operator=(const CheckedDescriptor&) = delete;
 
