@@ -118,6 +118,12 @@ void tell(LivePlayer& player, const PlayInput& input) {
             throw CommandError(input.nameOf(strip) + ": " + strip.failure);
 }
 
+/// How far rendering must be ahead, in seconds. A device may fill its buffer at one go, and some sound servers
+/// take a few blocks more than they were opened with.
+double aheadOf(const DeviceFormat& format) {
+    return std::min(1.25 * format.latency + static_cast<double>(format.block) / format.sampleRate, 2.0);
+}
+
 void play(const PlayOptions& options) {
     options.requireCompatible();
     const SoundDevices devices;
@@ -134,8 +140,7 @@ void play(const PlayOptions& options) {
         // The threads that the player starts leave the signals to this thread.
         const EndingSignalsBlocked blocked;
         LiveOptions live;
-        live.latency = std::clamp(options.latency / 2000.0, 0.005, 2.0) +
-                       static_cast<double>(options.block) / format.sampleRate;
+        live.latency = aheadOf(format);
         live.inlined = options.throughTables ? nullptr : &inlinedRenderFunction;
         player = input.makePlayer(live);
     }
