@@ -141,7 +141,8 @@ Samples delivered(const StripSettings& settings, const Samples& material, double
         bands.emplace_back(band, sampleRate);
     Samples samples;
     for (std::int64_t sample = first; sample < first + count; ++sample) {
-        const std::int64_t position = settings.reverse ? settings.to - 1 - sample : settings.from + sample;
+        const std::int64_t position =
+            (settings.reverse ? settings.to - 1 - sample : settings.from + sample).number();
         const bool isThere = 0 <= position && position < std::ssize(material);
         double x = isThere ? material[static_cast<std::size_t>(position)] : 0.0;
         for (Band& band : bands)
@@ -239,8 +240,8 @@ Samples played(const StripSettings& settings, const Samples& material, int sampl
 
 } // namespace
 
-OutputSpan addStrip(const TimelineStrip& strip, const Medium& medium, int sampleRate, std::int64_t from,
-                    Output& output) {
+TimelineSpan addStrip(const TimelineStrip& strip, const Medium& medium, int sampleRate, TimelineSample from,
+                      Output& output) {
     const StripSettings& settings = strip.settings;
     const auto outputs = static_cast<std::int64_t>(
         std::ceil(static_cast<double>(settings.to - settings.from) / settings.speed));
@@ -250,12 +251,12 @@ OutputSpan addStrip(const TimelineStrip& strip, const Medium& medium, int sample
     for (std::size_t channel = 0; channel < medium.channels.size(); ++channel) {
         const Samples samples =
             played(settings, atRate(medium.channels[channel], medium.sampleRate, sampleRate), sampleRate,
-                   strip.skip, count);
+                   strip.skip.number(), count);
         for (std::size_t bus = 0; bus < output.size(); ++bus) {
             const double gain =
                 ofDecibels(strip.gainDb) * routedGain(strip, medium.channels.size(), channel, bus);
             for (std::int64_t n = std::max<std::int64_t>(from - strip.at, 0);
-                 n < std::min(count, from + std::ssize(output[bus]) - strip.at); ++n)
+                 n < std::min<std::int64_t>(count, from + std::ssize(output[bus]) - strip.at); ++n)
                 output[bus][static_cast<std::size_t>(strip.at + n - from)] +=
                     samples[static_cast<std::size_t>(n)] * gain;
         }

@@ -28,7 +28,7 @@ using Output = std::vector<std::vector<double>>;
 ///
 /// Trap: bands, fades and routings are taken as they are, without the checks of a player; a strip with more
 /// channels than the output needs a routing; positions must fit into 2^33 source samples.
-OutputSpan addStrip(const TimelineStrip& strip, const Medium& medium, int sampleRate, std::int64_t from,
-                    Output& output);
+TimelineSpan addStrip(const TimelineStrip& strip, const Medium& medium, int sampleRate, TimelineSample from,
+                      Output& output);
 
 } // namespace audlmd::model

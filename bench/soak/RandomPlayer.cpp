@@ -69,7 +69,7 @@ Timeline randomTimeline(std::mt19937& random) {
         }
     }
     for (const TimelineStrip& strip : timeline.tracks.front().strips)
-        timeline.length = std::max(timeline.length, strip.at + strip.length);
+        timeline.length = std::max<std::int64_t>(timeline.length, (strip.at + strip.length).number());
     return timeline;
 }
 

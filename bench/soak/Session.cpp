@@ -62,10 +62,10 @@ void requirePlayingOn(LivePlayer& player, SoakTotals& totals) {
             return;
         std::this_thread::sleep_for(5ms);
     }
-    throw std::runtime_error("the transport stands still at sample " + std::to_string(player.position()) +
-                             "; the device took " + std::to_string(totals.frames - framesBefore) +
-                             " frames, " + std::to_string(player.starvedFrames()) + " starved so far. " +
-                             player.report().sound.failure);
+    throw std::runtime_error(
+        "the transport stands still at sample " + std::to_string(player.position().number()) +
+        "; the device took " + std::to_string(totals.frames - framesBefore) + " frames, " +
+        std::to_string(player.starvedFrames()) + " starved so far. " + player.report().sound.failure);
 }
 
 } // namespace

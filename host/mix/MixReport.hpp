@@ -1,5 +1,7 @@
 #pragma once
 
+#include "host/signal/Clocks.hpp"
+
 #include <compare>
 #include <cstddef>
 #include <cstdint>
@@ -8,23 +10,15 @@
 
 namespace audlmd {
 
-/// Output samples from `from` to `to`; sample `to` is excluded.
-struct OutputSpan {
-    std::int64_t from = 0;
-    std::int64_t to = 0;
-
-    friend bool operator==(const OutputSpan&, const OutputSpan&) = default;
-};
-
 /// Samples beyond full scale: above 1.0 or below -1.0. The output clips them when it is stored.
 struct Overload {
     std::uint64_t samples = 0;
     /// The magnitude of the largest sample, also where none is beyond full scale. 1.0 is full scale.
     float peak = 0.0F;
-    /// The output sample that was the first, in the order of rendering. 0 where `samples` is 0.
-    std::int64_t firstAt = 0;
+    /// The sample that was the first, in the order of rendering. 0 where `samples` is 0.
+    TimelineSample firstAt;
     /// Where, to within a block of the mixer. Neighbouring spans are joined where there are many.
-    std::vector<OutputSpan> spans;
+    std::vector<TimelineSpan> spans;
 };
 
 /// Which strip of a timeline: the numbers of the track and of the strip in it, from 0. Keys are ordered as
@@ -46,7 +40,7 @@ struct StripReport : StripKey {
     std::uint64_t underrunSamples = 0;
     std::uint64_t underrunEpisodes = 0;
     /// Where the strip was silent though it should have sounded, as Overload::spans.
-    std::vector<OutputSpan> silent;
+    std::vector<TimelineSpan> silent;
     /// Of the strip alone, before it is summed with others, in its loudest output channel.
     Overload overload;
 };

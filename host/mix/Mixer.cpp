@@ -40,8 +40,8 @@ std::vector<StripKey> keysIn(const Timeline& timeline) {
     return keys;
 }
 
-std::vector<OutputSpan> spansIn(const Timeline& timeline) {
-    std::vector<OutputSpan> spans;
+std::vector<TimelineSpan> spansIn(const Timeline& timeline) {
+    std::vector<TimelineSpan> spans;
     for (const TimelineTrack& track : timeline.tracks)
         for (const TimelineStrip& strip : track.strips)
             try {
@@ -89,7 +89,7 @@ class Mixer::Impl {
 public:
     Impl(Timeline timeline, OpenMedia open, const MixerOptions& options);
 
-    void render(std::int64_t position, std::span<const std::span<float>> channels);
+    void render(TimelineSample position, std::span<const std::span<float>> channels);
     void callOff();
     MixReport report();
 
@@ -99,18 +99,18 @@ private:
     /// A strip that is open and sounds in the block.
     struct Sounding {
         OpenStrip* strip;
-        OutputSpan span;
+        TimelineSpan span;
     };
     struct Job {
         OpenStrip* strip;
         std::size_t channel;
-        OutputSpan span;
+        TimelineSpan span;
     };
 
-    void renderBlock(OutputSpan block, std::span<const std::span<float>> channels);
+    void renderBlock(TimelineSpan block, std::span<const std::span<float>> channels);
     /// Opens and closes strips for a block and the time after it.
-    void follow(OutputSpan block);
-    void findSounding(OutputSpan block);
+    void follow(TimelineSpan block);
+    void findSounding(TimelineSpan block);
     /// On the opener's thread.
     std::unique_ptr<OpenStrip> openStrip(const StripKey& key);
     std::shared_ptr<const PreparedMedia> mediaFor(const std::string& name);
@@ -122,8 +122,7 @@ private:
     /// By the numbers that the schedule and the opener know strips by.
     const std::vector<StripKey> keys_;
     StripSchedule schedule_;
-    /// In output samples.
-    const std::int64_t openAhead_;
+    const Distance<OutputRate> openAhead_;
     MaterialCache cache_;
     StripReports reports_;
     std::vector<OverloadMeter> channelMeters_;
@@ -131,8 +130,8 @@ private:
     std::vector<Job> jobs_;
     /// What strips that are open share. Used by the opener's thread only.
     std::unordered_map<std::string, std::weak_ptr<const PreparedMedia>> media_;
-    /// The first output sample of the block, for strips that are opened in their middle.
-    std::atomic<std::int64_t> position_{0};
+    /// Where the block begins, for strips that are opened in their middle.
+    std::atomic<TimelineSample> position_;
     WorkerPool pool_;
     /// Declared last: strips close, and the thread ends, before anything that they use.
     StripOpener opener_;
@@ -147,7 +146,7 @@ Mixer::Impl::Impl(Timeline theTimeline, OpenMedia open, const MixerOptions& opti
       channelMeters_(timeline.channels, OverloadMeter(mostSpansOfTheOutput)), pool_(threadsFor(options)),
       opener_([this](std::size_t strip) { return openStrip(keys_[strip]); }) {}
 
-void Mixer::Impl::render(std::int64_t position, std::span<const std::span<float>> channels) {
+void Mixer::Impl::render(TimelineSample position, std::span<const std::span<float>> channels) {
     if (channels.size() != timeline.channels)
         throw std::invalid_argument("the timeline has " + std::to_string(timeline.channels) +
                                     " channels, not " + std::to_string(channels.size()));
@@ -157,18 +156,18 @@ void Mixer::Impl::render(std::int64_t position, std::span<const std::span<float>
             throw std::invalid_argument("the buffer of channel " + std::to_string(channel + 1) + " has " +
                                         std::to_string(channels[channel].size()) +
                                         " samples, but that of channel 1 has " + std::to_string(frames));
-    requirePosition(position, "the start of the stretch");
+    requirePosition(position.number(), "the start of the stretch");
     std::vector<std::span<float>> block(channels.size());
     for (std::size_t done = 0; done < frames; done += options_.block) {
         const std::size_t count = std::min(options_.block, frames - done);
         for (std::size_t channel = 0; channel < channels.size(); ++channel)
             block[channel] = channels[channel].subspan(done, count);
-        const std::int64_t from = position + static_cast<std::int64_t>(done);
+        const TimelineSample from = position + static_cast<std::int64_t>(done);
         renderBlock({.from = from, .to = from + static_cast<std::int64_t>(count)}, block);
     }
 }
 
-void Mixer::Impl::renderBlock(OutputSpan block, std::span<const std::span<float>> channels) {
+void Mixer::Impl::renderBlock(TimelineSpan block, std::span<const std::span<float>> channels) {
     follow(block);
     findSounding(block);
     jobs_.clear();
@@ -182,12 +181,12 @@ void Mixer::Impl::renderBlock(OutputSpan block, std::span<const std::span<float>
         std::ranges::fill(bus, 0.0F);
         for (const auto& [strip, span] : sounding_)
             strip->addTo(channel, bus.subspan(static_cast<std::size_t>(span.from - block.from),
-                                              static_cast<std::size_t>(span.to - span.from)));
+                                              static_cast<std::size_t>(span.length())));
         channelMeters_[channel].measure(bus, 1.0F, block.from);
     });
 }
 
-void Mixer::Impl::follow(OutputSpan block) {
+void Mixer::Impl::follow(TimelineSpan block) {
     position_.store(block.from, std::memory_order_relaxed);
     const StripSchedule::Change change = schedule_.moveTo({.from = block.from, .to = block.to + openAhead_});
     for (const std::size_t strip : change.closed) {
@@ -198,11 +197,11 @@ void Mixer::Impl::follow(OutputSpan block) {
         opener_.open(strip);
 }
 
-void Mixer::Impl::findSounding(OutputSpan block) {
+void Mixer::Impl::findSounding(TimelineSpan block) {
     sounding_.clear();
     for (const std::size_t strip : schedule_.open()) {
-        const OutputSpan whole = schedule_.spanOf(strip);
-        const OutputSpan span{.from = std::max(block.from, whole.from), .to = std::min(block.to, whole.to)};
+        const TimelineSpan whole = schedule_.spanOf(strip);
+        const TimelineSpan span{.from = std::max(block.from, whole.from), .to = std::min(block.to, whole.to)};
         if (span.from >= span.to)
             continue;
         const StripOpener::Opened* const opened = options_.wait ? opener_.wait(strip) : opener_.find(strip);
@@ -263,7 +262,7 @@ const Timeline& Mixer::timeline() const {
     return impl_->timeline;
 }
 
-void Mixer::render(std::int64_t position, std::span<const std::span<float>> channels) {
+void Mixer::render(TimelineSample position, std::span<const std::span<float>> channels) {
     impl_->render(position, channels);
 }
 

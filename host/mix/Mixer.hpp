@@ -62,14 +62,14 @@ public:
 
     const Timeline& timeline() const;
 
-    /// Renders the output from sample `position` on, which may lie anywhere: a buffer for each channel of the
+    /// Renders the output from `position` on, which may lie anywhere: a buffer for each channel of the
     /// timeline, all of one length. Beyond the strips, and before 0, is silence.
     ///
     /// To go on where the last stretch ended is cheapest. Throws NoSuchMode if a mode has no render function,
     /// and std::invalid_argument, before anything is written, for a position beyond farthestPosition, for
     /// another number of buffers than the timeline has channels, and for buffers of different lengths. What
     /// fails in a strip makes that strip silent and is reported.
-    void render(std::int64_t position, std::span<const std::span<float>> channels);
+    void render(TimelineSample position, std::span<const std::span<float>> channels);
 
     /// Ends waiting, for whoever wants to destroy the mixer or no longer needs what it renders: a call of
     /// render() that waits, on another thread, goes on in silence as soon as the read that has begun ends,

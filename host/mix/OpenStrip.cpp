@@ -81,19 +81,19 @@ PreparedMedia prepare(const Media& media, int sampleRate) {
     return prepared;
 }
 
-OutputSpan soundingSpan(const TimelineStrip& strip, int sampleRate) {
+TimelineSpan soundingSpan(const TimelineStrip& strip, int sampleRate) {
     if (!strip.silence.empty())
         return {.from = strip.at, .to = strip.at};
-    requirePosition(strip.at, "the place");
+    requirePosition(strip.at.number(), "the place");
     requireLength(strip.length, "the length");
-    requireLength(strip.skip, "the part that is skipped");
+    requireLength(strip.skip.number(), "the part that is skipped");
     const StripPlan plan(playerSettings(strip, sampleRate, true));
-    const std::int64_t heard = static_cast<std::int64_t>(plan.outputLength) - strip.skip;
-    return {.from = strip.at, .to = strip.at + std::clamp<std::int64_t>(heard, 0, strip.length)};
+    const OutputSample end = static_cast<std::int64_t>(plan.outputLength);
+    return {.from = strip.at, .to = strip.at + std::clamp<std::int64_t>(end - strip.skip, 0, strip.length)};
 }
 
 OpenStrip::OpenStrip(const TimelineStrip& strip, std::shared_ptr<const PreparedMedia> media,
-                     MaterialCache& cache, const Output& output, std::int64_t first)
+                     MaterialCache& cache, const Output& output, TimelineSample first)
     : strip_(strip), media_(std::move(media)) {
     const Routing routing = routingOf(strip, media_->size(), output.channels);
     const int exponent = headroomExponent + doublingsOf(strip.gainDb);
@@ -106,14 +106,13 @@ OpenStrip::OpenStrip(const TimelineStrip& strip, std::shared_ptr<const PreparedM
             continue;
         settings.cookie.channel = static_cast<std::uint16_t>(channel);
         channels_.push_back(std::make_unique<StripChannel>(
-            cache, settings, (*media_)[channel], std::move(gains), static_cast<std::uint64_t>(strip.skip),
-            output.block, output.inlined));
-        channels_.back()->load(static_cast<std::uint64_t>(strip.skip + left));
+            cache, settings, (*media_)[channel], std::move(gains), strip.skip, output.block, output.inlined));
+        channels_.back()->load(strip.skip + left);
     }
 }
 
-void OpenStrip::render(std::size_t channel, OutputSpan span) {
-    channels_[channel]->render(static_cast<std::uint64_t>(strip_.skip + span.from - strip_.at),
+void OpenStrip::render(std::size_t channel, TimelineSpan span) {
+    channels_[channel]->render(strip_.skip + (span.from - strip_.at),
                                static_cast<std::size_t>(span.to - span.from), span.from);
 }
 

@@ -19,9 +19,9 @@ using PreparedMedia = std::vector<std::shared_ptr<SampleSource>>;
 /// Throws std::invalid_argument for media without channels, and for rates that cannot be converted.
 PreparedMedia prepare(const Media& media, int sampleRate);
 
-/// Where in the output a strip sounds: nowhere if it has a reason for silence. Throws std::invalid_argument
+/// Where a strip sounds: nowhere if it has a reason for silence. Throws std::invalid_argument
 /// for times or a gain out of range, and what StripPlan throws.
-OutputSpan soundingSpan(const TimelineStrip& strip, int sampleRate);
+TimelineSpan soundingSpan(const TimelineStrip& strip, int sampleRate);
 
 /// A strip while it is open.
 class OpenStrip {
@@ -38,18 +38,18 @@ public:
         RenderFunctionLookUp<Unclipped> inlined = nullptr;
     };
 
-    /// Has the cache load what is heard from output sample `first` on. Throws std::invalid_argument for a
+    /// Has the cache load what is heard from `first` on. Throws std::invalid_argument for a
     /// routing that does not fit the media or the output, and what the players throw. Strip and cache must
     /// outlive this object.
     OpenStrip(const TimelineStrip& strip, std::shared_ptr<const PreparedMedia> media, MaterialCache& cache,
-              const Output& output, std::int64_t first);
+              const Output& output, TimelineSample first);
 
     /// The channels of the media that are heard.
     std::size_t channels() const { return channels_.size(); }
 
     /// Renders one channel, counted from 0 to channels(). The span lies where the strip sounds, and is not
     /// longer than a block. Different channels may be rendered at the same time.
-    void render(std::size_t channel, OutputSpan span);
+    void render(std::size_t channel, TimelineSpan span);
     /// Adds all channels as they were rendered last to an output channel: `bus` begins where their span does.
     void addTo(std::size_t outputChannel, std::span<float> bus) const;
 

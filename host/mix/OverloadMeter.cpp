@@ -6,7 +6,7 @@
 
 namespace audlmd {
 
-void OverloadMeter::measure(std::span<const float> samples, float gain, std::int64_t at) {
+void OverloadMeter::measure(std::span<const float> samples, float gain, TimelineSample at) {
     const float peak = peakOf(samples) * gain;
     overload_.peak = std::max(overload_.peak, peak);
     if (!(peak > 1.0F))

@@ -15,15 +15,15 @@ public:
     /// Keeps up to `mostSpans` spans, see SpanList.
     explicit OverloadMeter(std::size_t mostSpans) : spans_(mostSpans) {}
 
-    /// Looks at samples that are heard `gain` times as loud, from output sample `at` on. `gain` is not
+    /// Looks at samples that are heard `gain` times as loud, from sample `at` on. `gain` is not
     /// negative.
-    void measure(std::span<const float> samples, float gain, std::int64_t at);
+    void measure(std::span<const float> samples, float gain, TimelineSample at);
 
     Overload overload() const;
 
 private:
     Overload overload_;
-    SpanList spans_;
+    SpanList<TimelineClock> spans_;
 };
 
 } // namespace audlmd

@@ -4,7 +4,8 @@
 
 namespace audlmd {
 
-void SpanList::add(OutputSpan span) {
+template <class Clock>
+void SpanList<Clock>::add(Span<Clock> span) {
     const bool atTheEnd = spans_.empty() || span.from >= spans_.back().from;
     if (!spans_.empty() && atTheEnd && span.from <= spans_.back().to + gap_) {
         spans_.back().to = std::max(spans_.back().to, span.to);
@@ -17,15 +18,19 @@ void SpanList::add(OutputSpan span) {
         gap_ = std::max<std::int64_t>(1, gap_ * 2);
 }
 
-void SpanList::join() {
-    std::ranges::sort(spans_, {}, &OutputSpan::from);
+template <class Clock>
+void SpanList<Clock>::join() {
+    std::ranges::sort(spans_, {}, &Span<Clock>::from);
     std::size_t last = 0;
-    for (const OutputSpan span : spans_)
+    for (const Span<Clock> span : spans_)
         if (span.from <= spans_[last].to + gap_)
             spans_[last].to = std::max(spans_[last].to, span.to);
         else
             spans_[++last] = span;
     spans_.resize(last + 1);
 }
+
+template class SpanList<RangeClock>;
+template class SpanList<TimelineClock>;
 
 } // namespace audlmd

@@ -37,24 +37,25 @@ StripChannel::CachedMaterial::~CachedMaterial() {
 }
 
 StripChannel::StripChannel(MaterialCache& cache, const StripSettings& settings,
-                           std::shared_ptr<SampleSource> source, std::vector<float> gains,
-                           std::uint64_t start, std::size_t block, RenderFunctionLookUp<Unclipped> inlined)
+                           std::shared_ptr<SampleSource> source, std::vector<float> gains, OutputSample start,
+                           std::size_t block, RenderFunctionLookUp<Unclipped> inlined)
     : material_(cache, settings.cookie, std::move(source)), player_(cache, settings, inlined),
       gains_(std::move(gains)), loudestGain_(largestMagnitude(gains_)), start_(start), block_(block),
       silent_(mostSpansOfAStrip), overload_(mostSpansOfAStrip) {
     player_.seek(start);
 }
 
-void StripChannel::load(std::uint64_t position) const {
+void StripChannel::load(OutputSample position) const {
     const StripPlan& plan = player_.plan();
     // The mixer may have moved on beyond the end since the strip was requested.
-    const auto output = static_cast<double>(std::min(position, plan.outputLength));
-    const std::int64_t sample = plan.materialPosition(static_cast<std::int64_t>(output * plan.speedInForce));
-    material_.cache.request(material_.cookie, sample, plan.direction(), plan.gearing,
-                            plan.settings.forwardArgument);
+    const OutputSample end = static_cast<std::int64_t>(plan.outputLength);
+    const auto output = static_cast<double>(std::min(position, end).number());
+    const RangeSample sample = static_cast<std::int64_t>(output * plan.speedInForce);
+    material_.cache.request(material_.cookie, plan.inMaterial(sample).number(), plan.direction(),
+                            plan.gearing, plan.settings.forwardArgument);
 }
 
-void StripChannel::render(std::uint64_t position, std::size_t count, std::int64_t at) {
+void StripChannel::render(OutputSample position, std::size_t count, TimelineSample at) {
     const double before = processorTime();
     moveTo(position);
     const std::span<float> samples = std::span(block_).first(count);
@@ -71,7 +72,7 @@ void StripChannel::render(std::uint64_t position, std::size_t count, std::int64_
 
 /// The equaliser and the filtering converter carry state from the first sample that is heard. So samples
 /// that were left out are played, and not heard.
-void StripChannel::moveTo(std::uint64_t position) {
+void StripChannel::moveTo(OutputSample position) {
     const StripSettings& settings = player_.plan().settings;
     if (settings.equaliser.empty() && settings.converter != Converter::filtering) {
         if (player_.position() != position)

@@ -22,14 +22,14 @@ public:
     /// is heard; `block` the most that are rendered at a time. The cache must outlive this object. Throws
     /// what StripPlayer throws.
     StripChannel(MaterialCache& cache, const StripSettings& settings, std::shared_ptr<SampleSource> source,
-                 std::vector<float> gains, std::uint64_t start, std::size_t block,
+                 std::vector<float> gains, OutputSample start, std::size_t block,
                  RenderFunctionLookUp<Unclipped> inlined);
 
     /// Has the cache load what the player reads from one of its samples on.
-    void load(std::uint64_t position) const;
+    void load(OutputSample position) const;
 
-    /// Renders so many samples of the player, from `position` on. They are heard at output sample `at`.
-    void render(std::uint64_t position, std::size_t count, std::int64_t at);
+    /// Renders so many samples of the player, from `position` on, which are heard from `at` on.
+    void render(OutputSample position, std::size_t count, TimelineSample at);
     /// Adds what was rendered last to an output channel.
     void addTo(std::size_t outputChannel, std::span<float> bus) const;
 
@@ -37,7 +37,7 @@ public:
     double seconds() const { return seconds_; }
     const MaterialStatistics& statistics() const { return statistics_; }
     /// Where samples were missing.
-    const std::vector<OutputSpan>& silent() const { return silent_.spans(); }
+    const std::vector<TimelineSpan>& silent() const { return silent_.spans(); }
     Overload overload() const { return overload_.overload(); }
 
 private:
@@ -53,19 +53,19 @@ private:
         const Cookie cookie;
     };
 
-    void moveTo(std::uint64_t position);
+    void moveTo(OutputSample position);
 
     CachedMaterial material_;
     StripPlayer player_;
     std::vector<float> gains_;
     /// The largest magnitude of the gains.
     float loudestGain_;
-    std::uint64_t start_;
+    OutputSample start_;
     std::vector<float> block_;
     std::size_t rendered_ = 0;
 
     MaterialStatistics statistics_;
-    SpanList silent_;
+    SpanList<TimelineClock> silent_;
     OverloadMeter overload_;
     double seconds_ = 0.0;
 };

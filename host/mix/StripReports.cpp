@@ -13,11 +13,11 @@ bool hasProblems(const StripReport& report) {
            !report.silent.empty();
 }
 
-void append(std::vector<OutputSpan>& spans, const std::vector<OutputSpan>& more) {
-    SpanList list(mostSpansOfAStrip);
-    for (const OutputSpan span : spans)
+void append(std::vector<TimelineSpan>& spans, const std::vector<TimelineSpan>& more) {
+    SpanList<TimelineClock> list(mostSpansOfAStrip);
+    for (const TimelineSpan span : spans)
         list.add(span);
-    for (const OutputSpan span : more)
+    for (const TimelineSpan span : more)
         list.add(span);
     spans = list.spans();
 }
@@ -59,7 +59,7 @@ void StripReports::add(const MixReport& report) {
         slowest_ = report.slowest;
 }
 
-void StripReports::addSilence(const StripKey& key, OutputSpan span, const std::string& failure) {
+void StripReports::addSilence(const StripKey& key, TimelineSpan span, const std::string& failure) {
     StripReport& sum = sumOf(key);
     if (sum.failure.empty())
         sum.failure = failure;

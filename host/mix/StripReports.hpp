@@ -18,7 +18,7 @@ public:
     void add(const MixReport& report);
     /// Adds that a strip was silent because it was not open. `failure` says why, or is empty if the strip was
     /// late.
-    void addSilence(const StripKey& key, OutputSpan span, const std::string& failure);
+    void addSilence(const StripKey& key, TimelineSpan span, const std::string& failure);
 
     /// Those with problems, in the order of the timeline.
     std::vector<StripReport> strips() const;

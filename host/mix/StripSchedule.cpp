@@ -5,14 +5,14 @@
 
 namespace audlmd {
 
-StripSchedule::StripSchedule(std::vector<OutputSpan> strips) : strips_(std::move(strips)) {
+StripSchedule::StripSchedule(std::vector<TimelineSpan> strips) : strips_(std::move(strips)) {
     for (std::size_t strip = 0; strip < strips_.size(); ++strip)
         if (strips_[strip].from < strips_[strip].to)
             byStart_.push_back(strip);
     std::ranges::stable_sort(byStart_, {}, [this](std::size_t strip) { return strips_[strip].from; });
 }
 
-StripSchedule::Change StripSchedule::moveTo(OutputSpan window) {
+StripSchedule::Change StripSchedule::moveTo(TimelineSpan window) {
     const bool movesOn = window.from >= window_.from && window.from <= window_.to && window.to >= window_.to;
     window_ = window;
     if (!movesOn)
@@ -46,8 +46,8 @@ StripSchedule::Change StripSchedule::jumpTo() {
     return change;
 }
 
-std::size_t StripSchedule::mostOpen(std::int64_t windowLength) const {
-    std::vector<std::int64_t> ends;
+std::size_t StripSchedule::mostOpen(Distance<OutputRate> windowLength) const {
+    std::vector<TimelineSample> ends;
     std::size_t most = 0;
     // A heap with the earliest end on top.
     for (const std::size_t strip : byStart_) {

@@ -16,21 +16,21 @@ namespace audlmd {
 class StripSchedule {
 public:
     /// Where each strip sounds; an empty span for a strip that never does.
-    explicit StripSchedule(std::vector<OutputSpan> strips);
+    explicit StripSchedule(std::vector<TimelineSpan> strips);
 
     struct Change {
         std::vector<std::size_t> opened;
         std::vector<std::size_t> closed;
     };
     /// Moves the window, and tells which strips it meets and which it leaves.
-    Change moveTo(OutputSpan window);
+    Change moveTo(TimelineSpan window);
 
     /// The strips in the window.
     const std::set<std::size_t>& open() const { return open_; }
-    OutputSpan spanOf(std::size_t strip) const { return strips_[strip]; }
+    TimelineSpan spanOf(std::size_t strip) const { return strips_[strip]; }
 
     /// The most strips that a window of so many samples meets at one time.
-    std::size_t mostOpen(std::int64_t windowLength) const;
+    std::size_t mostOpen(Distance<OutputRate> windowLength) const;
 
 private:
     Change jumpTo();
@@ -38,12 +38,12 @@ private:
         return strips_[strip].from < window_.to && strips_[strip].to > window_.from;
     }
 
-    std::vector<OutputSpan> strips_;
+    std::vector<TimelineSpan> strips_;
     /// The numbers of the strips that sound, by where they start.
     std::vector<std::size_t> byStart_;
     /// In byStart_, the first that starts behind the window.
     std::size_t next_ = 0;
-    OutputSpan window_;
+    TimelineSpan window_;
     std::set<std::size_t> open_;
 };
 

@@ -18,8 +18,8 @@ Routing defaultRouting(std::size_t mediaChannels, std::size_t outputChannels) {
     return routing;
 }
 
-std::int64_t endOfSound(const Timeline& timeline) {
-    std::int64_t end = 0;
+TimelineSample endOfSound(const Timeline& timeline) {
+    TimelineSample end;
     for (const TimelineTrack& track : timeline.tracks)
         for (const TimelineStrip& strip : track.strips)
             if (strip.silence.empty())

@@ -30,15 +30,15 @@ struct TimelineStrip {
     /// Why the strip is silent. Empty: it sounds. A strip with a reason keeps its place for lists and
     /// pictures; a mixer passes over it and does not open its media.
     std::string silence;
-    /// The first output sample.
-    std::int64_t at = 0;
-    /// Output samples that the strip lasts. Where the range gives fewer, the rest is silent; more are cut
+    /// The first sample that is heard.
+    TimelineSample at;
+    /// How long the strip lasts. Where the range gives fewer, the rest is silent; more are cut
     /// off.
-    std::int64_t length = 0;
-    /// Output samples of the settings' range that are left out before `at`, as by StripPlayer::seek(). Fades
+    Distance<OutputRate> length;
+    /// What of the strip is heard first: what lies before is left out, as by StripPlayer::seek(). Fades
     /// and automation stay where the whole range has them: this is how a strip is cut in the middle of a
     /// fade.
-    std::int64_t skip = 0;
+    OutputSample skip;
     /// Range, direction, speed, fades, equaliser and automation. Samples are the media's at the timeline's
     /// sample rate. Cookie, sample rate, levels and waiting are set by the mixer.
     StripSettings settings;
@@ -54,10 +54,10 @@ struct TimelineTrack {
     std::vector<TimelineStrip> strips;
 };
 
-/// A named time, in output samples.
+/// A named time.
 struct TimelineMarker {
     std::string name;
-    std::int64_t at = 0;
+    TimelineSample at;
 };
 
 /// Something of the timeline that is not played as it was written, in words for the user.
@@ -65,20 +65,20 @@ struct TimelineNote {
     /// The track and the clip.
     std::string where;
     std::string text;
-    /// Where it is in the output, in samples. Nothing where it has no one place.
-    std::optional<std::int64_t> at = std::nullopt;
+    /// Nothing where it has no one place.
+    std::optional<TimelineSample> at = std::nullopt;
     /// Whether something is silent because of it that the file meant to be heard, or is heard at another
     /// time or without its fade. Counts as a failure.
     bool silences = false;
 };
 
-/// What a mixer plays. Times are output samples from the start of the output.
+/// What a mixer plays.
 struct Timeline {
     std::string name;
     int sampleRate = 48000;
     std::size_t channels = 2;
     /// As long as the programme, pictures included: the sound may end earlier, see endOfSound().
-    std::int64_t length = 0;
+    Distance<OutputRate> length;
     /// The time of the first output sample on the user's clock, such as 1:00:00:00.
     std::int64_t timeReference = 0;
     std::vector<TimelineTrack> tracks;
@@ -86,7 +86,7 @@ struct Timeline {
     std::vector<TimelineNote> notes;
 };
 
-/// Where the last strip ends that is not silent, in output samples. 0 without strips.
-std::int64_t endOfSound(const Timeline& timeline);
+/// Where the last strip ends that is not silent. 0 without strips.
+TimelineSample endOfSound(const Timeline& timeline);
 
 } // namespace audlmd

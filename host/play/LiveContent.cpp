@@ -80,9 +80,9 @@ public:
         }
         const auto length = static_cast<double>(content.length());
         const double played = std::clamp(speed < 0.0 ? length - position : position, 0.0, length);
-        const auto output = static_cast<std::uint64_t>(std::llround(played / sourceStep()));
+        const OutputSample output = std::llround(played / sourceStep());
         for (const std::unique_ptr<StripPlayer>& player : players_)
-            player->seek(std::min(output, player->outputLength()));
+            player->seek(std::min<OutputSample>(output, endOf(*player)));
     }
 
     std::size_t render(std::span<const std::span<float>> channels) override {
@@ -96,16 +96,19 @@ public:
         return rendered;
     }
 
-    bool isAtEnd() const override { return players_.front()->position() == players_.front()->outputLength(); }
+    bool isAtEnd() const override { return players_.front()->position() == endOf(*players_.front()); }
     double position() const override {
         const auto length = static_cast<double>(content_.length());
         const double played =
-            std::min(static_cast<double>(players_.front()->position()) * sourceStep(), length);
+            std::min(static_cast<double>(players_.front()->position().number()) * sourceStep(), length);
         return speed_ < 0.0 ? length - played : played;
     }
     double step() const override { return speed_ < 0.0 ? -sourceStep() : sourceStep(); }
 
 private:
+    static OutputSample endOf(const StripPlayer& player) {
+        return static_cast<std::int64_t>(player.outputLength());
+    }
     double sourceStep() const { return players_.front()->speedInForce(); }
 
     LiveContent& content_;
@@ -145,17 +148,18 @@ bool LiveContent::awaitLoaded(double position, double speed, std::size_t frames,
 std::vector<Aud::SampleCacheSegment> LiveContent::request(double position, double speed, std::size_t frames) {
     const StripPlan plan(settingsAt(strip_, speed));
     const double played = speed < 0.0 ? static_cast<double>(length()) - position : position;
-    const std::int64_t first = plan.materialPosition(std::llround(played));
+    const MaterialSample first = plan.inMaterial(std::llround(played));
     const double samples =
         std::min(static_cast<double>(frames) * plan.speedInForce, static_cast<double>(length()) - played);
     // One more, because the first samples may lie near the end of their segment.
     const std::int64_t last = static_cast<std::int64_t>(samples / segmentLength_) + 1;
     std::vector<Aud::SampleCacheSegment> segments;
     for (std::int64_t segment = 0; segment <= last; ++segment) {
-        const std::int64_t away = segment * segmentLength_;
+        const Distance<SourceRate> away = segment * segmentLength_;
+        const MaterialSample sample = plan.settings.reverse ? first - away : first + away;
         for (const Cookie& cookie : cookies_)
-            segments.push_back(cache_.request(cookie, plan.settings.reverse ? first - away : first + away,
-                                              plan.direction(), plan.gearing, strip_.forwardArgument));
+            segments.push_back(cache_.request(cookie, sample.number(), plan.direction(), plan.gearing,
+                                              strip_.forwardArgument));
     }
     return segments;
 }

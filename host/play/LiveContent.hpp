@@ -26,8 +26,8 @@ class StripPlayer;
 /// std::invalid_argument for 0, for what is not a number, and for speeds that a strip cannot have.
 StripSettings settingsAt(const StripSettings& strip, double speed);
 
-/// The channels of a sound in a cache, all played as one strip with the same settings. Positions are source
-/// samples from the start of the strip's range, in the order in which a speed of 1 plays the range.
+/// The channels of a sound in a cache, all played as one strip with the same settings. Positions are samples
+/// of the strip's range as a speed of 1 plays it.
 ///
 /// Readers do not wait: samples that are late are silent, and counted. Use from one thread at a time.
 class LiveContent {
@@ -40,7 +40,7 @@ public:
                 RenderFunctionLookUp<Unclipped> inlined = nullptr);
 
     std::size_t channels() const { return cookies_.size(); }
-    std::int64_t length() const { return strip_.to - strip_.from; }
+    Distance<SourceRate> length() const { return strip_.to - strip_.from; }
 
     /// Starts at the output sample that is nearest to the position; requests nothing yet. Throws what
     /// settingsAt() throws.
@@ -76,7 +76,7 @@ private:
     MaterialCache cache_;
     std::vector<Cookie> cookies_;
     std::uint64_t lateSamples_ = 0;
-    SpanList late_;
+    SpanList<RangeClock> late_;
 };
 
 } // namespace audlmd

@@ -22,15 +22,15 @@ bool carriesState(const TimelineStrip& strip) {
 
 } // namespace
 
-Timeline cutAt(Timeline timeline, std::int64_t sample) {
+Timeline cutAt(Timeline timeline, TimelineSample sample) {
     for (TimelineTrack& track : timeline.tracks)
         for (TimelineStrip& strip : track.strips)
             if (strip.at + strip.length <= sample) {
                 strip.length = 0;
-            } else if (const std::int64_t cut = sample - strip.at; cut > 0) {
+            } else if (const Distance<OutputRate> cut = sample - strip.at; cut > 0) {
                 strip.at += cut;
                 strip.skip += cut;
-                strip.length -= cut;
+                strip.length = strip.length - cut;
             }
     return timeline;
 }
@@ -49,7 +49,7 @@ public:
     Voice& operator=(const Voice&) = delete;
 
     std::size_t render(std::span<const std::span<float>> channels) override {
-        std::int64_t end = mix_.timeline_.length;
+        TimelineSample end = mix_.end();
         if (mixer_ == nullptr) {
             approach();
             if (mixer_ == nullptr)
@@ -72,12 +72,12 @@ public:
         return rendered;
     }
 
-    bool isAtEnd() const override { return position_ >= mix_.timeline_.length; }
-    double position() const override { return static_cast<double>(position_); }
+    bool isAtEnd() const override { return position_ >= mix_.end(); }
+    double position() const override { return static_cast<double>(position_.number()); }
     double step() const override { return 1.0; }
 
 private:
-    std::int64_t seconds(double time) const { return std::llround(time * mix_.timeline_.sampleRate); }
+    Distance<OutputRate> seconds(double time) const { return std::llround(time * mix_.timeline_.sampleRate); }
 
     /// Asks for a mixer, and takes the mixer when its place is there. A mixer that is not ready by then gets
     /// another place.
@@ -98,11 +98,11 @@ private:
     LiveMix& mix_;
     std::unique_ptr<LiveVoice> first_;
     std::unique_ptr<Mixer> mixer_;
-    std::int64_t position_;
+    TimelineSample position_;
     /// Where to ask for a mixer.
-    std::int64_t steadyFrom_;
-    std::optional<std::int64_t> place_;
-    std::int64_t countedAt_ = 0;
+    TimelineSample steadyFrom_;
+    std::optional<TimelineSample> place_;
+    TimelineSample countedAt_;
 };
 
 LiveMix::LiveMix(Timeline timeline, OpenMedia open, const MixerOptions& options)
@@ -111,11 +111,11 @@ LiveMix::LiveMix(Timeline timeline, OpenMedia open, const MixerOptions& options)
 
 LiveMix::~LiveMix() = default;
 
-std::optional<std::int64_t> LiveMix::placeFrom(std::int64_t sample) const {
-    const std::int64_t latest = sample + std::llround(longTime * timeline_.sampleRate);
+std::optional<TimelineSample> LiveMix::placeFrom(TimelineSample sample) const {
+    const TimelineSample latest = sample + std::llround(longTime * timeline_.sampleRate);
     // Every round leaves at least one strip behind.
-    for (std::int64_t place = sample; place < std::min(latest, timeline_.length);) {
-        std::int64_t free = place;
+    for (TimelineSample place = sample; place < std::min(latest, end());) {
+        TimelineSample free = place;
         for (const TimelineTrack& track : timeline_.tracks)
             for (const TimelineStrip& strip : track.strips)
                 if (carriesState(strip) && strip.at < free && strip.at + strip.length > free)
@@ -131,7 +131,7 @@ std::unique_ptr<LiveVoice> LiveMix::play(std::unique_ptr<LiveVoice> first) {
     return std::make_unique<Voice>(*this, std::move(first));
 }
 
-void LiveMix::prepare(std::int64_t place) {
+void LiveMix::prepare(TimelineSample place) {
     {
         const Lock lock(mutex_);
         wanted_ = place;
@@ -139,7 +139,7 @@ void LiveMix::prepare(std::int64_t place) {
     requested_.notify_one();
 }
 
-std::unique_ptr<Mixer> LiveMix::take(std::int64_t place) {
+std::unique_ptr<Mixer> LiveMix::take(TimelineSample place) {
     const Lock lock(mutex_);
     if (!ready_ || ready_->place != place)
         return nullptr;
@@ -163,7 +163,7 @@ void LiveMix::retire(std::unique_ptr<Mixer> mixer) {
 /// A mixer that is asked for a sample opens what sounds in the seconds behind that sample. The timeline is
 /// cut, so the sample itself is silent, and nothing can be late there. Null where there is no mixer to be
 /// had: then the voice asks again later.
-std::unique_ptr<Mixer> LiveMix::make(std::int64_t place) const {
+std::unique_ptr<Mixer> LiveMix::make(TimelineSample place) const {
     try {
         auto mixer = std::make_unique<Mixer>(cutAt(timeline_, place), open_, options_);
         std::vector<std::vector<float>> silence(timeline_.channels, std::vector<float>(1));
@@ -179,7 +179,7 @@ void LiveMix::serve(const std::stop_token& stop) {
     while (requested_.wait(lock, stop,
                            [this]() AUDLMD_REQUIRES(mutex_) { return wanted_ || !retired_.empty(); })) {
         std::vector<std::unique_ptr<Mixer>> unused = std::exchange(retired_, {});
-        const std::optional<std::int64_t> place = std::exchange(wanted_, std::nullopt);
+        const std::optional<TimelineSample> place = std::exchange(wanted_, std::nullopt);
         if (place && ready_)
             unused.push_back(std::move(std::exchange(ready_, std::nullopt)->mixer));
         lock.unlock();

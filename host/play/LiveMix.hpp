@@ -17,7 +17,7 @@ namespace audlmd {
 /// The part of a timeline from an output sample on: a strip that sounds there starts there, with its fades
 /// and automation as they were. Strips keep their places in the timeline; those that are over last for no
 /// time.
-Timeline cutAt(Timeline timeline, std::int64_t sample);
+Timeline cutAt(Timeline timeline, TimelineSample sample);
 
 /// Plays a timeline by a mixer that does not wait, so that one slow disk silences the strips that lie on the
 /// disk and no others, and each late strip is named in the report.
@@ -37,7 +37,7 @@ public:
     LiveMix& operator=(const LiveMix&) = delete;
 
     /// Where a mixer can take over: `sample`, or later. Nothing if that is a long time away.
-    std::optional<std::int64_t> placeFrom(std::int64_t sample) const;
+    std::optional<TimelineSample> placeFrom(TimelineSample sample) const;
 
     /// Plays on where `first` stands, at speed 1. This object must outlive the voice.
     std::unique_ptr<LiveVoice> play(std::unique_ptr<LiveVoice> first);
@@ -53,21 +53,23 @@ private:
     /// A mixer with its files open, ready to take over at `place`. It has rendered the silent sample before
     /// that.
     struct Ready {
-        std::int64_t place;
+        TimelineSample place;
         std::unique_ptr<Mixer> mixer;
     };
 
     /// Has a mixer made ready. Drops a request, and a mixer, from before.
-    void prepare(std::int64_t place);
+    void prepare(TimelineSample place);
     /// Takes the mixer for a place, or null if there is none yet.
-    std::unique_ptr<Mixer> take(std::int64_t place);
+    std::unique_ptr<Mixer> take(TimelineSample place);
     /// Keeps the mixer's report. Hands the mixer to this object's thread, because destroying it waits for
     /// reads.
     void retire(std::unique_ptr<Mixer> mixer);
     /// Brings lateSamples() and lateEpisodes() up to date.
     void countLate();
-    std::unique_ptr<Mixer> make(std::int64_t place) const;
+    std::unique_ptr<Mixer> make(TimelineSample place) const;
     void serve(const std::stop_token& stop);
+
+    TimelineSample end() const { return TimelineSample() + timeline_.length; }
 
     const Timeline timeline_;
     const OpenMedia open_;
@@ -82,7 +84,7 @@ private:
 
     Mutex mutex_;
     std::condition_variable_any requested_;
-    std::optional<std::int64_t> wanted_ AUDLMD_GUARDED_BY(mutex_);
+    std::optional<TimelineSample> wanted_ AUDLMD_GUARDED_BY(mutex_);
     std::optional<Ready> ready_ AUDLMD_GUARDED_BY(mutex_);
     std::vector<std::unique_ptr<Mixer>> retired_ AUDLMD_GUARDED_BY(mutex_);
     /// Declared last: the thread ends before anything that it uses.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/play/BlockRing.hpp"
+#include "host/signal/Clocks.hpp"
 
 #include <atomic>
 #include <cstddef>
@@ -31,15 +32,15 @@ public:
     void turnTo(std::uint64_t generation) { wanted_.store(generation, std::memory_order_release); }
     /// Notes where a generation starts. position() says so at once, until the callback has begun that
     /// generation or a later one. Call this before turnTo().
-    void startAt(std::int64_t position, std::uint64_t generation) {
+    void startAt(RangeSample position, std::uint64_t generation) {
         start_.store(position, std::memory_order_relaxed);
         startOf_.store(generation, std::memory_order_release);
     }
 
-    /// In samples of the sound that is played: what the device is given next.
+    /// In samples of the range that is played: what the device is given next.
     double position() const {
         if (startOf_.load(std::memory_order_acquire) > begun_.load(std::memory_order_acquire))
-            return static_cast<double>(start_.load(std::memory_order_relaxed));
+            return static_cast<double>(start_.load(std::memory_order_relaxed).number());
         return position_.load(std::memory_order_acquire);
     }
     /// Whether a generation was played to its end.
@@ -89,7 +90,7 @@ private:
     std::atomic<std::uint64_t> ended_{0};
     std::atomic<double> position_{0.0};
     /// The last start that was asked for, and the generation that starts there.
-    std::atomic<std::int64_t> start_{0};
+    std::atomic<RangeSample> start_;
     std::atomic<std::uint64_t> startOf_{0};
     /// The last generation of which the callback has played a block.
     std::atomic<std::uint64_t> begun_{0};

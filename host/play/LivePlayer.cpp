@@ -33,7 +33,8 @@ StripSettings rangeOf(const Media& media, StripSettings settings) {
 
 StripSettings wholeOf(const Timeline& timeline) {
     StripSettings settings;
-    settings.to = timeline.length;
+    // The mix of the timeline is the material.
+    settings.to = std::int64_t{timeline.length};
     settings.sampleRate = timeline.sampleRate;
     return settings;
 }
@@ -63,7 +64,7 @@ struct LivePlayer::Impl {
     Impl(const Impl&) = delete;
     Impl& operator=(const Impl&) = delete;
 
-    std::int64_t position() const {
+    RangeSample position() const {
         return std::clamp<std::int64_t>(std::llround(output.position()), 0, length);
     }
     /// Of the order in force.
@@ -99,7 +100,7 @@ struct LivePlayer::Impl {
     BlockRing ring;
     LiveOutput output;
     const std::size_t channels;
-    const std::int64_t length;
+    const Distance<SourceRate> length;
     std::atomic<std::uint64_t> lateSamples{0};
     std::atomic<std::uint64_t> lateEpisodes{0};
 
@@ -156,7 +157,7 @@ void LivePlayer::Impl::countLate() {
 
 bool LivePlayer::Impl::follow(const LiveOrder& next, const std::stop_token& stop) {
     try {
-        const auto from = static_cast<double>(position());
+        const auto from = static_cast<double>(position().number());
         const auto isWanted = [&] { return !stop.stop_requested() && isStill(next.generation); };
         if (next.plays && next.generation != ownRenderer().generation() &&
             !ownRenderer().awaitStart(next, from, isWanted))
@@ -220,17 +221,17 @@ void LivePlayer::setSpeed(double speed) {
     impl_->give([speed](Transport& transport, const Transport::Heard&) { transport.setSpeed(speed); });
 }
 
-void LivePlayer::seek(std::int64_t position) {
+void LivePlayer::seek(RangeSample position) {
     impl_->give(
         [position](Transport& transport, const Transport::Heard& heard) { transport.seek(position, heard); });
 }
 
-void LivePlayer::jog(std::int64_t samples) {
+void LivePlayer::jog(Distance<SourceRate> samples) {
     impl_->give(
         [samples](Transport& transport, const Transport::Heard& heard) { transport.jog(samples, heard); });
 }
 
-void LivePlayer::setLoop(std::optional<LoopRange> range) {
+void LivePlayer::setLoop(std::optional<RangeSpan> range) {
     impl_->give([range](Transport& transport, const Transport::Heard&) { transport.setLoop(range); });
 }
 
@@ -238,7 +239,7 @@ void LivePlayer::setLevel(float uValue) {
     impl_->output.setGain(static_cast<float>(mixerStyleGain(static_cast<double>(uValue))));
 }
 
-std::int64_t LivePlayer::position() const {
+RangeSample LivePlayer::position() const {
     return impl_->position();
 }
 
@@ -252,7 +253,7 @@ bool LivePlayer::isPlaying() const {
     return impl_->transport.isPlaying(impl_->heard());
 }
 
-std::optional<LoopRange> LivePlayer::loop() const {
+std::optional<RangeSpan> LivePlayer::loop() const {
     const Lock lock(impl_->mutex);
     return impl_->transport.order().loop;
 }

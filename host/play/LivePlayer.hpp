@@ -51,7 +51,7 @@ public:
 
     std::size_t channels() const;
     int sampleRate() const;
-    /// In samples of the sound.
+    /// In samples.
     std::int64_t length() const;
 
     /// The audio callback's: fills a buffer of interleaved frames, with silence where nothing plays.
@@ -66,23 +66,23 @@ public:
     /// and fastestSpeed.
     void setSpeed(double speed);
     /// Jumps; a player that plays goes on playing. Positions beyond the sound count as its ends.
-    void seek(std::int64_t position);
+    void seek(RangeSample position);
     /// While stopped, plays so many samples of the sound, backwards where negative, and stops behind them.
     /// While playing, jumps by as many.
-    void jog(std::int64_t samples);
+    void jog(Distance<SourceRate> samples);
     /// Plays a part again and again: from its end on the sound goes on at its start. Throws
     /// std::invalid_argument for parts shorter than 0.05 seconds, or outside the sound.
-    void setLoop(std::optional<LoopRange> range);
+    void setLoop(std::optional<RangeSpan> range);
     /// A u-value of the mixer-style curve; 1 is full level.
     void setLevel(float uValue);
 
     // What the device was given last.
 
-    std::int64_t position() const;
+    RangeSample position() const;
     double speed() const;
     /// False at the end of the sound, and while jogging.
     bool isPlaying() const;
-    std::optional<LoopRange> loop() const;
+    std::optional<RangeSpan> loop() const;
     /// The largest magnitude of a channel since the last call.
     float takePeak(std::size_t channel);
     /// Samples of all channels that were not loaded in time, and how often that began. See

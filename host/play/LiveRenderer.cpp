@@ -113,24 +113,25 @@ bool LiveRenderer::renderBlock(const LiveOrder& order) {
     return true;
 }
 
-std::size_t LiveRenderer::loop(const LoopRange& range, double speed) {
+std::size_t LiveRenderer::loop(const RangeSpan& range, double speed) {
     const auto [end, begin] = speed < 0.0 ? std::pair{range.from, range.to} : std::pair{range.to, range.from};
     const std::size_t left = framesTo(end);
     if ((left == 0 && fade_ == 0) || voice_->isAtEnd()) {
-        voice_ = start(static_cast<double>(begin), speed);
+        voice_ = start(static_cast<double>(begin.number()), speed);
         fade_ = 0;
         loopIsRequested_ = false;
         return framesTo(end);
     }
     if (!loopIsRequested_ && static_cast<double>(left) < loopAhead * sizes_.sampleRate) {
-        content_.load(static_cast<double>(begin), speed);
+        content_.load(static_cast<double>(begin.number()), speed);
         loopIsRequested_ = true;
     }
     return left;
 }
 
-std::size_t LiveRenderer::framesTo(std::int64_t position) const {
-    const double frames = std::ceil((static_cast<double>(position) - voice_->position()) / voice_->step());
+std::size_t LiveRenderer::framesTo(RangeSample position) const {
+    const double frames =
+        std::ceil((static_cast<double>(position.number()) - voice_->position()) / voice_->step());
     return frames > 0.0 ? static_cast<std::size_t>(std::min(frames, 0x1p62)) : 0;
 }
 

@@ -62,9 +62,9 @@ private:
     bool renderBlock(const LiveOrder& order);
     /// Jumps to the start of the loop where the voice has reached the end and is silent. Returns how many
     /// frames are left up to the end.
-    std::size_t loop(const LoopRange& range, double speed);
+    std::size_t loop(const RangeSpan& range, double speed);
     /// Frames from the next one to a position; 0 where the voice is there, or beyond.
-    std::size_t framesTo(std::int64_t position) const;
+    std::size_t framesTo(RangeSample position) const;
     void interleave(LiveBlock& block, std::size_t framesToSeam);
 
     LiveContent& content_;

@@ -16,8 +16,8 @@ struct SoundReport {
     /// that may have been dropped before it was heard. See MaterialStatistics.
     std::uint64_t lateSamples = 0;
     std::uint64_t lateEpisodes = 0;
-    /// Where, in samples of the sound. Neighbouring spans are joined where there are many.
-    std::vector<OutputSpan> late;
+    /// Where. Neighbouring spans are joined where there are many.
+    std::vector<RangeSpan> late;
 };
 
 /// What was late or failed so far in what a LivePlayer plays.

@@ -18,10 +18,10 @@ constexpr std::int64_t gridUnity = std::int64_t{1} << 24;
 /// Samples between two points where a fade lies on the straight line. A shorter interval stays closer to the
 /// line, and makes more render calls.
 constexpr std::uint64_t interval = 1024;
-/// Longer than any range. A quarter of the largest number, so that sums do not overflow.
-constexpr std::int64_t forever = std::numeric_limits<std::int64_t>::max() / 4;
+/// Beyond any range. A quarter of the largest number, so that sums do not overflow.
+constexpr RangeSample forever = std::numeric_limits<std::int64_t>::max() / 4;
 /// The longest hold of one placement: fits into the envelope's 32-bit lengths, and is aligned.
-constexpr std::int64_t longestHold = std::int64_t{1} << 31;
+constexpr Distance<SourceRate> longestHold = std::int64_t{1} << 31;
 
 /// Exact, because the grid has 24 bits like the mantissa of a float.
 float asUValue(std::int64_t value) {
@@ -30,9 +30,9 @@ float asUValue(std::int64_t value) {
 
 /// Limits a length to the 32 bits of an envelope. The limit is never reached in sound: a placement ends after
 /// longestHold at the latest.
-std::uint32_t asLength(std::int64_t samples) {
+std::uint32_t asLength(Distance<SourceRate> samples) {
     return static_cast<std::uint32_t>(
-        std::clamp(samples, std::int64_t{0}, std::int64_t{std::numeric_limits<std::uint32_t>::max()}));
+        std::clamp<std::int64_t>(samples, 0, std::int64_t{std::numeric_limits<std::uint32_t>::max()}));
 }
 
 /// The gain that the renderer reads off the nodes of the curve, not the exact law.
@@ -82,9 +82,9 @@ double gainOf(FadeCurve curve, double uValue) {
 }
 
 FadeEnvelope::FadeEnvelope(const FadePlan& plan, std::uint64_t rangeLength, std::uint32_t alignment,
-                           std::int64_t origin)
+                           RangeSample origin)
     : plan_(plan), fadeInEnd_(static_cast<std::int64_t>(plan.fadeInSamples)), fadeOutBegin_(forever),
-      length_(static_cast<std::int64_t>(rangeLength)), alignment_(alignment), origin_(origin),
+      rangeEnd_(static_cast<std::int64_t>(rangeLength)), alignment_(alignment), origin_(origin),
       kind_(kindOf(plan, rangeLength)) {
     // Subtracted, because the sum of two lengths could overflow.
     if (plan.fadeInSamples > rangeLength || plan.fadeOutSamples > rangeLength - plan.fadeInSamples)
@@ -96,37 +96,36 @@ FadeEnvelope::FadeEnvelope(const FadePlan& plan, std::uint64_t rangeLength, std:
         fadeOutBegin_ = static_cast<std::int64_t>(rangeLength - plan.fadeOutSamples);
 }
 
-std::int64_t FadeEnvelope::alignedDown(std::int64_t sample) const {
+RangeSample FadeEnvelope::alignedDown(RangeSample sample) const {
     // The remainder is negative before the origin.
     const std::int64_t past = (sample - origin_) % alignment_;
     return past < 0 ? sample - alignment_ - past : sample - past;
 }
 
 /// An aligned sample gives itself.
-std::int64_t FadeEnvelope::alignedUp(std::int64_t sample) const {
+RangeSample FadeEnvelope::alignedUp(RangeSample sample) const {
     return alignedDown(sample + alignment_ - 1);
 }
 
-FadeEnvelope::Piece FadeEnvelope::pieceOf(std::int64_t begin, std::int64_t end, bool rising,
-                                          std::int64_t sample) const {
+FadeEnvelope::Piece FadeEnvelope::pieceOf(RangeSpan fade, bool rising, RangeSample sample) const {
     // Intervals are counted from the origin, like aligned samples, so that an interval ends on one of them.
     const auto wholeIntervals = static_cast<std::int64_t>(interval);
-    const std::int64_t start = ((begin - origin_) % wholeIntervals + wholeIntervals) % wholeIntervals;
+    const std::int64_t start = ((fade.from - origin_) % wholeIntervals + wholeIntervals) % wholeIntervals;
     const GridRamp ramp{.first = rising ? 0 : gridUnity,
                         .last = rising ? gridUnity : 0,
-                        .length = static_cast<std::uint64_t>(end - begin),
+                        .length = static_cast<std::uint64_t>(fade.length()),
                         .interval = interval,
                         .alignment = static_cast<std::uint64_t>(alignment_),
                         .start = static_cast<std::uint64_t>(start)};
-    const auto offset = static_cast<std::uint64_t>(sample - begin);
+    const auto offset = static_cast<std::uint64_t>(sample - fade.from);
     const GridRamp::Piece piece = ramp.pieceAt(offset);
-    return {piece.valueAt(offset), piece.slope, begin + static_cast<std::int64_t>(piece.end)};
+    return {piece.valueAt(offset), piece.slope, fade.from + static_cast<std::int64_t>(piece.end)};
 }
 
-FadeEnvelope::Placement FadeEnvelope::at(std::int64_t sample) const {
+FadeEnvelope::Placement FadeEnvelope::at(RangeSample sample) const {
     // Between aligned samples an envelope runs on its own. An envelope that starts there starts as if the
     // envelope had run on from the aligned sample before.
-    const std::int64_t aligned = alignedDown(sample);
+    const RangeSample aligned = alignedDown(sample);
     const Pieces pieces = piecesAt(aligned);
     Placement placement{parametersOf(aligned, pieces), placementEnd(aligned, pieces)};
     placement.parameters.elapsed = static_cast<std::uint32_t>(sample - aligned);
@@ -134,21 +133,21 @@ FadeEnvelope::Placement FadeEnvelope::at(std::int64_t sample) const {
 }
 
 /// Asks for each fade only inside its own samples, because a ramp has no pieces outside of its length.
-FadeEnvelope::Pieces FadeEnvelope::piecesAt(std::int64_t sample) const {
+FadeEnvelope::Pieces FadeEnvelope::piecesAt(RangeSample sample) const {
     Pieces pieces{{gridUnity, 0, fadeInEnd_}, {gridUnity, 0, forever}};
     if (sample < fadeInEnd_)
-        pieces.fadeIn = pieceOf(0, fadeInEnd_, true, sample);
+        pieces.fadeIn = pieceOf({0, fadeInEnd_}, true, sample);
     if (isOver(sample))
         pieces.fadeOut.value = 0;
     else if (fadeOutBegin_ != forever)
-        pieces.fadeOut = pieceOf(fadeOutBegin_, length_, false, std::max(sample, fadeOutBegin_));
+        pieces.fadeOut = pieceOf({fadeOutBegin_, rangeEnd_}, false, std::max(sample, fadeOutBegin_));
     return pieces;
 }
 
 /// Ends the placement where the slope changes. A fade may end between aligned samples; the envelope then
 /// carries on to the next one, so an incomplete ramp must not be held for long.
-std::int64_t FadeEnvelope::placementEnd(std::int64_t sample, const Pieces& pieces) const {
-    std::int64_t end = isOver(sample) ? forever : alignedUp(pieces.fadeOut.end);
+RangeSample FadeEnvelope::placementEnd(RangeSample sample, const Pieces& pieces) const {
+    RangeSample end = isOver(sample) ? forever : alignedUp(pieces.fadeOut.end);
     const Piece& fadeIn = pieces.fadeIn;
     if (sample < fadeInEnd_) {
         const bool changes = fadeIn.end < fadeInEnd_;
@@ -161,7 +160,7 @@ std::int64_t FadeEnvelope::placementEnd(std::int64_t sample, const Pieces& piece
 
 /// Writes the pieces as the renderer counts: a ramp from its own sample on, the hold after the ramp. The
 /// lengths are those of the whole fades; the placement ends where a slope changes.
-Aud::Render::EnvelopeParameters FadeEnvelope::parametersOf(std::int64_t sample, const Pieces& pieces) const {
+Aud::Render::EnvelopeParameters FadeEnvelope::parametersOf(RangeSample sample, const Pieces& pieces) const {
     const auto& [fadeIn, fadeOut] = pieces;
     Aud::Render::EnvelopeParameters parameters{};
     parameters.startUValue = asUValue(sample >= fadeOutBegin_ ? fadeOut.value : fadeIn.value);
@@ -190,7 +189,7 @@ Aud::Render::EnvelopeParameters FadeEnvelope::parametersOf(std::int64_t sample, 
     return parameters;
 }
 
-std::int64_t FadeEnvelope::fullLevelEnd(std::int64_t sample) const {
+RangeSample FadeEnvelope::fullLevelEnd(RangeSample sample) const {
     if (kind_ == EnvelopeKind::none)
         return forever;
     // A hold between two fades has the curve of the fade-out.
@@ -201,17 +200,17 @@ std::int64_t FadeEnvelope::fullLevelEnd(std::int64_t sample) const {
     return std::max(sample, fadeOutBegin_ == forever ? forever : alignedDown(fadeOutBegin_));
 }
 
-double FadeEnvelope::uValueAt(std::int64_t sample) const {
+double FadeEnvelope::uValueAt(RangeSample sample) const {
     if (sample < fadeInEnd_)
-        return static_cast<double>(sample) / static_cast<double>(plan_.fadeInSamples);
+        return static_cast<double>(sample.number()) / static_cast<double>(plan_.fadeInSamples);
     if (sample < fadeOutBegin_)
         return 1.0;
-    return static_cast<double>(std::max(length_ - sample, std::int64_t{0})) /
+    return static_cast<double>(std::max<std::int64_t>(rangeEnd_ - sample, 0)) /
            static_cast<double>(plan_.fadeOutSamples);
 }
 
 /// The hold between two fades has the curve of the fade-out, as in fullLevelEnd().
-double FadeEnvelope::gainAt(std::int64_t sample) const {
+double FadeEnvelope::gainAt(RangeSample sample) const {
     return gainOf(sample < fadeInEnd_ ? plan_.fadeInCurve : plan_.fadeOutCurve, uValueAt(sample));
 }
 

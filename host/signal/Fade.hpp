@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/signal/Clocks.hpp"
 #include "loop_modes/ModeCode.hpp"
 #include "ole/Aud/EnvelopeParameters.hpp"
 #include "ole/Aud/GainCurves.hpp"
@@ -45,14 +46,12 @@ struct FadePlan {
 /// The u-value follows the straight line in pieces that differ from the line by at most 2^-16 (1.5e-5), and
 /// the gain of a constant-power fade differs from the sine by at most 2^-14.6 (4e-5). A single step for the
 /// whole fade would not do: the sum near u = 1.0 is rounded, and a fade of a minute would end 3 % off.
-///
-/// A sample below is counted from the start of the range, in the order of delivery.
 class FadeEnvelope {
 public:
     /// The envelope from one sample on. Valid for samples in [sample, end); with alignment 1 also at `end`.
     struct Placement {
         Aud::Render::EnvelopeParameters parameters;
-        std::int64_t end;
+        RangeSample end;
     };
 
     /// The slope changes, and a placement ends, only at samples whose distance to `origin` is a multiple of
@@ -64,7 +63,7 @@ public:
     /// trap: a linear fade-out that ends between them runs on below silence up to there. A converter that
     /// reads beyond the end of the range hears that in its last few outputs, and louder the shorter the fade.
     FadeEnvelope(const FadePlan& plan, std::uint64_t rangeLength, std::uint32_t alignment = 1,
-                 std::int64_t origin = 0);
+                 RangeSample origin = 0);
 
     /// The kind of envelope that fits: ramp-hold for a fade-in, hold-ramp for a fade-out, ramp-hold-ramp for
     /// both, none without a fade. One fade over the whole range is a simple ramp, except with the linear
@@ -73,24 +72,24 @@ public:
 
     /// The placement for a sample. The u-value of the middle level is 1. A placement starts in the middle of
     /// a fade as the renderer would have arrived there.
-    Placement at(std::int64_t sample) const;
+    Placement at(RangeSample sample) const;
 
     /// The end of the full level at a sample, on an aligned sample: up to there the envelope multiplies by
     /// exactly 1, and can be left out. `sample` if the envelope does not. Beyond the longest range if the
     /// level stays full. Use this to choose the cheaper mode code for as long as the level is full.
-    std::int64_t fullLevelEnd(std::int64_t sample) const;
+    RangeSample fullLevelEnd(RangeSample sample) const;
 
     /// The u-value on the straight line of the plan, and the gain by the law of the curve. These two are the
     /// ideal; the renderer comes as close as the class comment says.
-    double uValueAt(std::int64_t sample) const;
-    double gainAt(std::int64_t sample) const;
+    double uValueAt(RangeSample sample) const;
+    double gainAt(RangeSample sample) const;
 
 private:
     /// A piece of one fade from a sample on: u-value and slope in steps of the grid.
     struct Piece {
         std::int64_t value;
         std::int64_t slope;
-        std::int64_t end;
+        RangeSample end;
     };
 
     /// The pieces of both fades. A fade-in that is over holds the full level; a fade-out that has not begun
@@ -100,24 +99,24 @@ private:
         Piece fadeOut;
     };
 
-    Pieces piecesAt(std::int64_t alignedSample) const;
-    std::int64_t placementEnd(std::int64_t alignedSample, const Pieces& pieces) const;
-    Aud::Render::EnvelopeParameters parametersOf(std::int64_t alignedSample, const Pieces& pieces) const;
+    Pieces piecesAt(RangeSample alignedSample) const;
+    RangeSample placementEnd(RangeSample alignedSample, const Pieces& pieces) const;
+    Aud::Render::EnvelopeParameters parametersOf(RangeSample alignedSample, const Pieces& pieces) const;
     /// A piece of the ramp between two samples, which rises to full level or falls to silence.
-    Piece pieceOf(std::int64_t begin, std::int64_t end, bool rising, std::int64_t sample) const;
+    Piece pieceOf(RangeSpan fade, bool rising, RangeSample sample) const;
     /// Beyond the range a fade-out stays silent, and a range without a fade-out is never over.
-    bool isOver(std::int64_t sample) const { return sample >= length_ && sample >= fadeOutBegin_; }
+    bool isOver(RangeSample sample) const { return sample >= rangeEnd_ && sample >= fadeOutBegin_; }
     /// The nearest aligned sample at or before `sample`, and the nearest at or after.
-    std::int64_t alignedDown(std::int64_t sample) const;
-    std::int64_t alignedUp(std::int64_t sample) const;
+    RangeSample alignedDown(RangeSample sample) const;
+    RangeSample alignedUp(RangeSample sample) const;
 
     FadePlan plan_;
-    std::int64_t fadeInEnd_;
+    RangeSample fadeInEnd_;
     /// Beyond the longest range without a fade-out.
-    std::int64_t fadeOutBegin_;
-    std::int64_t length_;
+    RangeSample fadeOutBegin_;
+    RangeSample rangeEnd_;
     std::int64_t alignment_;
-    std::int64_t origin_;
+    RangeSample origin_;
     Aud::Render::EnvelopeKind kind_;
 };
 

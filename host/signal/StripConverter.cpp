@@ -20,7 +20,7 @@ public:
     using StripConverter::StripConverter;
 
     /// The chain starts on the left neighbour of the position, and the offset leads to the position.
-    CallStart startOfCall(std::uint64_t output) const override {
+    CallStart startOfCall(OutputSample output) const override {
         const SubSamplePos position = readPosition(output);
         const std::int64_t left = speedIsWhole() ? position.sample - 1 : position.sample;
         return {left, SubSamplePos(position.sample - left, position.fraction)};
@@ -28,9 +28,9 @@ public:
 
     /// A placement with alignment 1 is still valid at `end`, and so is a position there. With a speed that is
     /// not whole, a call ends before an output on a whole position.
-    std::uint64_t mostOutputs(std::uint64_t output, std::int64_t end) const override {
+    std::uint64_t mostOutputs(OutputSample output, RangeSample end) const override {
         const SubSamplePos position = readPosition(output);
-        const std::uint64_t most = positionsUpTo(SubSamplePos(end, 0), position, plan_.step);
+        const std::uint64_t most = positionsUpTo(SubSamplePos(end.number(), 0), position, plan_.step);
         const std::uint64_t lagsAt = speedIsWhole() ? 0 : stepsToWholePosition(position, plan_.step);
         return lagsAt == 0 ? most : std::min(most, lagsAt);
     }
@@ -38,7 +38,7 @@ public:
     bool levelCarriesOn() const override { return false; }
 
     /// The next call reads the left neighbour again, unless the call starts on the sample that was read last.
-    void afterCall(Aud::Render::PerSourceRecord& record, std::uint64_t next) override {
+    void afterCall(Aud::Render::PerSourceRecord& record, OutputSample next) override {
         if (speedIsWhole() || readPosition(next).fraction != 0)
             stepBack(record.equaliser);
     }
@@ -50,8 +50,9 @@ private:
     /// position is whole, so start at 1: there the lagging converter gives sample 0. Other speeds start the
     /// least fraction beyond 0. Because steps are rounded to fractions, they
     /// may still meet a whole position: at speed 0.75 with the fifth output.
-    SubSamplePos readPosition(std::uint64_t output) const {
-        return advanced(speedIsWhole() ? SubSamplePos(1, 0) : SubSamplePos(0, 1), plan_.step, output);
+    SubSamplePos readPosition(OutputSample output) const {
+        return advanced(speedIsWhole() ? SubSamplePos(1, 0) : SubSamplePos(0, 1), plan_.step,
+                        static_cast<std::uint64_t>(output.number()));
     }
 };
 
@@ -74,20 +75,20 @@ public:
     }
 
     /// Aligned to the blocks, which are counted from the first sample of the opening call.
-    FadeEnvelope envelopeFrom(std::uint64_t output) const override {
+    FadeEnvelope envelopeFrom(OutputSample output) const override {
         return {plan_.settings.fade, static_cast<std::uint64_t>(plan_.rangeLength), fadeAlignment,
                 startOfCall(output).sample};
     }
 
     /// Primes with a call of 0 samples and an offset of one step, so that the first output belongs to the
     /// range's first sample and not to the old state. Later calls ignore the offset.
-    CallStart startOfCall(std::uint64_t output) const override {
+    CallStart startOfCall(OutputSample output) const override {
         if (state_.opened == 0)
-            return {std::llround(static_cast<double>(output) * plan_.speedInForce), plan_.step};
-        return {plan_.sampleAt(state_.nextSourcePos), plan_.step};
+            return {std::llround(static_cast<double>(output.number()) * plan_.speedInForce), plan_.step};
+        return {plan_.inRange(state_.nextSourcePos), plan_.step};
     }
 
-    std::uint64_t mostOutputs(std::uint64_t output, std::int64_t end) const override {
+    std::uint64_t mostOutputs(OutputSample output, RangeSample end) const override {
         if (state_.opened == 0)
             return 0;
         // The least number of output samples that a block is good for; more may fit into some blocks. The
@@ -109,17 +110,17 @@ private:
 } // namespace
 
 /// Without blocks every sample may change the slope: alignment 1.
-FadeEnvelope StripConverter::envelopeFrom(std::uint64_t) const {
+FadeEnvelope StripConverter::envelopeFrom(OutputSample) const {
     return {plan_.settings.fade, static_cast<std::uint64_t>(plan_.rangeLength)};
 }
 
 /// Without a converter output samples are source samples, which these two functions rely on.
-CallStart StripConverter::startOfCall(std::uint64_t output) const {
-    return {static_cast<std::int64_t>(output), Aud::zeroSubSamplePos};
+CallStart StripConverter::startOfCall(OutputSample output) const {
+    return {output.number(), Aud::zeroSubSamplePos};
 }
 
-std::uint64_t StripConverter::mostOutputs(std::uint64_t output, std::int64_t end) const {
-    return static_cast<std::uint64_t>(end) - output;
+std::uint64_t StripConverter::mostOutputs(OutputSample output, RangeSample end) const {
+    return static_cast<std::uint64_t>(end - startOfCall(output).sample);
 }
 
 std::unique_ptr<StripConverter> makeStripConverter(const StripPlan& plan, FilteringSRCState& state) {

@@ -11,11 +11,10 @@ namespace audlmd {
 /// The most output samples of one render call. A render function counts in 32 bits.
 inline constexpr std::uint64_t longestCall = std::uint64_t{1} << 30;
 
-/// Where the chain of a render call starts.
+/// Where the chain of a render call starts: reads `sample` first, and moves on by `offset` before the first
+/// output.
 struct CallStart {
-    /// In source samples from the start of the range, in the order of delivery.
-    std::int64_t sample;
-    /// Handed to the converter as its start offset.
+    RangeSample sample;
     Aud::SubSamplePos offset;
 };
 
@@ -36,22 +35,23 @@ public:
 
     /// The fades as the calls from an output sample on can follow them. Ask after restart(). A converter that
     /// reads ahead in blocks can follow a change of slope between its blocks only.
-    virtual FadeEnvelope envelopeFrom(std::uint64_t output) const;
+    virtual FadeEnvelope envelopeFrom(OutputSample output) const;
 
     /// Of the call whose first output sample is `output`. Depends on the output sample alone, or, with an
     /// open resampler, on what the calls so far have read.
-    virtual CallStart startOfCall(std::uint64_t output) const;
+    virtual CallStart startOfCall(OutputSample output) const;
 
-    /// How many output samples a call that starts with `output` can render before the envelope must be placed
-    /// anew, at source sample `end`. May exceed longestCall. 0: a call of 0 samples must come first.
-    virtual std::uint64_t mostOutputs(std::uint64_t output, std::int64_t end) const;
+    /// How many output samples a call that starts with `output` can render before it reads beyond `end`,
+    /// where the envelope must be placed anew. May exceed longestCall. 0: a call of 0 samples must come
+    /// first.
+    virtual std::uint64_t mostOutputs(OutputSample output, RangeSample end) const;
 
     /// Whether the dynamic level starts a call where the level ended the call before. Otherwise the level is
     /// placed for every call.
     virtual bool levelCarriesOn() const { return true; }
 
     /// Undoes in the record what the next call, from output sample `next` on, will do again.
-    virtual void afterCall(Aud::Render::PerSourceRecord&, std::uint64_t /*next*/) {}
+    virtual void afterCall(Aud::Render::PerSourceRecord&, OutputSample /*next*/) {}
 
 protected:
     const StripPlan& plan_;

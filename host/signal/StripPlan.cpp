@@ -11,13 +11,15 @@
 namespace audlmd {
 namespace {
 
-std::int64_t lengthOf(const StripSettings& settings) {
-    requirePosition(settings.from, "the start of the range");
-    requirePosition(settings.to, "the end of the range");
-    if (settings.from >= settings.to)
-        throw std::invalid_argument("the range from sample " + std::to_string(settings.from) + " to sample " +
-                                    std::to_string(settings.to) + " is empty");
-    const std::int64_t length = settings.to - settings.from;
+Distance<SourceRate> lengthOf(const StripSettings& settings) {
+    const auto from = settings.from.number();
+    const auto to = settings.to.number();
+    requirePosition(from, "the start of the range");
+    requirePosition(to, "the end of the range");
+    if (from >= to)
+        throw std::invalid_argument("the range from sample " + std::to_string(from) + " to sample " +
+                                    std::to_string(to) + " is empty");
+    const Distance<SourceRate> length = settings.to - settings.from;
     if (length > longestRange)
         throw std::invalid_argument("the range is longer than " + std::to_string(longestRange) + " samples");
     return length;
@@ -110,17 +112,19 @@ void StripPlan::chooseSpeed() {
 }
 
 /// In reverse the range is read from its last sample, which lies one before `to`.
-std::int64_t StripPlan::materialPosition(std::int64_t sample) const {
-    return settings.reverse ? settings.to - 1 - sample : settings.from + sample;
+MaterialSample StripPlan::inMaterial(RangeSample sample) const {
+    const Distance<SourceRate> delivered = sample - RangeSample();
+    return settings.reverse ? settings.to - 1 - delivered : settings.from + delivered;
 }
 
-std::int64_t StripPlan::sampleAt(std::int64_t materialPosition) const {
-    return settings.reverse ? settings.to - 1 - materialPosition : materialPosition - settings.from;
+RangeSample StripPlan::inRange(MaterialSample sample) const {
+    return RangeSample() + (settings.reverse ? settings.to - 1 - sample : sample - settings.from);
 }
 
-std::int64_t StripPlan::automationPosition(std::int64_t sample) const {
-    return settings.automation->direction == DynamicLevelDirection::forwards ? sample
-                                                                             : rangeLength - 1 - sample;
+std::int64_t StripPlan::automationPosition(RangeSample sample) const {
+    const auto delivered = sample.number();
+    const bool walksForwards = settings.automation->direction == DynamicLevelDirection::forwards;
+    return walksForwards ? delivered : rangeLength - 1 - delivered;
 }
 
 } // namespace audlmd

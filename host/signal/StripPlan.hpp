@@ -22,8 +22,6 @@ void requirePosition(std::int64_t position, const std::string& what);
 
 /// What follows from the settings of a strip alone: mode codes, lengths, speeds, positions. A plan needs
 /// neither cache nor library, and never changes.
-///
-/// A sample below is counted in source samples from the start of the range, in the order of delivery.
 struct StripPlan {
     /// Throws std::invalid_argument, with a sentence for the user, for settings that are out of range or
     /// exclude each other.
@@ -33,18 +31,15 @@ struct StripPlan {
         return settings.reverse ? Aud::Render::Direction::reverse : Aud::Render::Direction::forward;
     }
 
-    /// The position of a sample in the material.
-    std::int64_t materialPosition(std::int64_t sample) const;
-    /// The inverse of materialPosition().
-    std::int64_t sampleAt(std::int64_t materialPosition) const;
+    MaterialSample inMaterial(RangeSample sample) const;
+    RangeSample inRange(MaterialSample sample) const;
     /// The position of a sample on the automation. Needs settings.automation. Independent of the direction in
     /// which the material is read.
-    std::int64_t automationPosition(std::int64_t sample) const;
+    std::int64_t automationPosition(RangeSample sample) const;
 
     StripSettings settings;
-    /// In source samples.
-    std::int64_t rangeLength;
-    /// ceil(range / requested speed). Uses the requested speed, not the rounded step.
+    Distance<SourceRate> rangeLength;
+    /// In output samples: ceil(range / requested speed). Uses the requested speed, not the rounded step.
     std::uint64_t outputLength = 0;
 
     /// Names the stages that the settings need, and no others.

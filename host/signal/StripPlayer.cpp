@@ -49,19 +49,20 @@ std::uint64_t StripPlayer::renderFloats(std::span<float> samples) {
 }
 
 std::uint64_t StripPlayer::renderThrough(const RenderFunctionCall& render, std::uint64_t count) {
-    const std::uint64_t begin = position_;
-    const std::uint64_t end = begin + std::min(count, plan_.outputLength - begin);
+    const OutputSample begin = position_;
+    const std::uint64_t left = plan_.outputLength - static_cast<std::uint64_t>(begin.number());
+    const OutputSample end = begin + static_cast<std::int64_t>(std::min(count, left));
     try {
         // A call may deliver 0 samples: the one that opens the filtering converter's resampler.
         while (position_ != end)
-            renderOnce(render, end - position_);
+            renderOnce(render, static_cast<std::uint64_t>(end - position_));
     } catch (...) {
         // The record may be half changed, and what the chain has read ahead is lost: a fresh start is the
         // only state that is known.
         restartAt(begin);
         throw;
     }
-    return end - begin;
+    return static_cast<std::uint64_t>(end - begin);
 }
 
 void StripPlayer::renderOnce(const RenderFunctionCall& render, std::uint64_t count) {
@@ -78,7 +79,7 @@ void StripPlayer::renderOnce(const RenderFunctionCall& render, std::uint64_t cou
 
 StripPlayer::Call StripPlayer::nextCall(std::uint64_t count) const {
     const CallStart start = converter_->startOfCall(position_);
-    const std::int64_t position = plan_.materialPosition(start.sample);
+    const auto position = plan_.inMaterial(start.sample).number();
     Call call{.modeCode = plan_.fullLevelModeCode,
               .count = 0,
               .firstSample = start.sample,
@@ -87,7 +88,7 @@ StripPlayer::Call StripPlayer::nextCall(std::uint64_t count) const {
               .offset = start.offset,
               .envelope = {}};
     // Full level needs no envelope. Anywhere else the envelope is placed, up to the next change of the slope.
-    std::int64_t end = fade_.fullLevelEnd(start.sample);
+    RangeSample end = fade_.fullLevelEnd(start.sample);
     if (end == start.sample) {
         const FadeEnvelope::Placement placement = fade_.at(start.sample);
         call.modeCode = plan_.modeCode;
@@ -142,7 +143,7 @@ void StripPlayer::primeEqualiser(const Call& call) {
 }
 
 std::vector<RecordNumber> StripPlayer::recordNumbers() const {
-    const Call call = nextCall(plan_.outputLength - position_);
+    const Call call = nextCall(plan_.outputLength - static_cast<std::uint64_t>(position_.number()));
     // A copy, because filling the record changes what carries on.
     Aud::Render::PerSourceRecord record = record_;
     std::vector<Aud::Filter::Biquad::Coefficients> sections;
@@ -151,18 +152,19 @@ std::vector<RecordNumber> StripPlayer::recordNumbers() const {
     return audlmd::recordNumbers(fill(record, call), call.modeCode, sections);
 }
 
-void StripPlayer::seek(std::uint64_t outputPosition) {
-    if (outputPosition > plan_.outputLength)
-        throw std::out_of_range("output sample " + std::to_string(outputPosition) + " lies beyond the " +
-                                std::to_string(plan_.outputLength) + " of the strip");
-    restartAt(outputPosition);
+void StripPlayer::seek(OutputSample position) {
+    if (position < 0 || static_cast<std::uint64_t>(position.number()) > plan_.outputLength)
+        throw std::out_of_range("output sample " + std::to_string(position.number()) +
+                                " does not lie among the " + std::to_string(plan_.outputLength) +
+                                " of the strip");
+    restartAt(position);
 }
 
-void StripPlayer::restartAt(std::uint64_t outputPosition) {
-    position_ = outputPosition;
+void StripPlayer::restartAt(OutputSample position) {
+    position_ = position;
     carriesOn_ = false;
     converter_->restart();
-    fade_ = converter_->envelopeFrom(outputPosition);
+    fade_ = converter_->envelopeFrom(position);
 }
 
 } // namespace audlmd

@@ -52,7 +52,7 @@ public:
     double speedInForce() const { return plan_.speedInForce; }
 
     /// The next output sample to render.
-    std::uint64_t position() const { return position_; }
+    OutputSample position() const { return position_; }
 
     /// What the next render call reads in the record, see audlmd::recordNumbers(). With the filtering
     /// converter the first call opens the resampler.
@@ -89,7 +89,7 @@ public:
     /// equaliser and the filtering converter start afresh from silence. The filtering converter starts at the
     /// nearest whole source sample. Use a seek to cut a strip in the middle of a fade or automation, which
     /// keep their course. Costs a new placement, and with the filtering converter a new resampler.
-    void seek(std::uint64_t outputPosition);
+    void seek(OutputSample position);
 
 private:
     using RenderFunctionCall =
@@ -100,8 +100,7 @@ private:
         unsigned long modeCode;
         /// The number of output samples.
         unsigned int count;
-        /// In source samples from the start of the range.
-        std::int64_t firstSample;
+        RangeSample firstSample;
         /// Of firstSample in the material.
         std::int64_t position;
         /// One sample after `position`, for reverse readers, which take the end of what they read.
@@ -131,7 +130,7 @@ private:
     /// Gives the equaliser the first sample of a call that carries nothing on.
     void primeEqualiser(const Call& call);
     /// Forgets all that carries on from call to call.
-    void restartAt(std::uint64_t outputPosition);
+    void restartAt(OutputSample position);
 
     const StripPlan plan_;
     Aud::SampleCache& cache_;
@@ -141,7 +140,7 @@ private:
     std::unique_ptr<StripConverter> converter_;
     /// Made anew after every jump, because the alignment counts from where the filtering converter starts.
     FadeEnvelope fade_;
-    std::uint64_t position_ = 0;
+    OutputSample position_;
     /// Whether the record holds the state that the call before has left.
     bool carriesOn_ = false;
 };

@@ -3,6 +3,7 @@
 #include "contract/Identity.hpp"
 #include "contract/SampleCache.hpp"
 #include "host/signal/Automation.hpp"
+#include "host/signal/Clocks.hpp"
 #include "host/signal/Equaliser.hpp"
 #include "host/signal/Fade.hpp"
 #include "loop_modes/ModeCode.hpp"
@@ -29,10 +30,9 @@ struct AutomationWalk {
 struct StripSettings {
     /// Names the material in the sample cache.
     Cookie cookie;
-    /// The range, in samples of the material; sample `to` is excluded. A range may reach beyond the material,
-    /// and is silent there.
-    std::int64_t from = 0;
-    std::int64_t to = 0;
+    /// The range; sample `to` is excluded. A range may reach beyond the material, and is silent there.
+    MaterialSample from;
+    MaterialSample to;
     /// Plays from the last sample of the range to the first.
     bool reverse = false;
 

@@ -14,7 +14,7 @@ std::string overloadText(const Overload& overload, int sampleRate) {
     if (overload.peak > 0.0F)
         text << ", by up to " << std::fixed << std::setprecision(2)
              << decibelsOfGain(static_cast<double>(overload.peak)) << " dB";
-    text << ", first at " << timeline::clock(overload.firstAt, sampleRate);
+    text << ", first at " << timeline::clock(overload.firstAt.number(), sampleRate);
     return text.str();
 }
 

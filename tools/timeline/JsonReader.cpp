@@ -128,9 +128,9 @@ void readPlace(Fields& fields, const FileContext& file, TimelineStrip& strip) {
     strip.at = timeIn(fields, "at", 0, file.sampleRate());
     strip.skip = timeIn(fields, "skip", 0, file.sampleRate());
     const double samples = std::ceil(static_cast<double>(settings.to - settings.from) / settings.speed);
-    const double whole = std::clamp(samples - static_cast<double>(strip.skip), 0.0, 0x1p60);
+    const double whole = std::clamp(samples - static_cast<double>(strip.skip.number()), 0.0, 0x1p60);
     strip.length = timeIn(fields, "length", static_cast<std::int64_t>(whole), file.sampleRate());
-    if (!isInRange(strip.at + strip.length))
+    if (!isInRange((strip.at + strip.length).number()))
         fields.fail("length", "leads beyond 2^60 samples");
 }
 
@@ -262,7 +262,7 @@ Timeline readJson(const Json& root, const ReadOptions& options) {
     readMarkersAndNotes(fields, timeline);
     MediaAnswers media(options);
     const FileContext file{options, media, timeline};
-    std::int64_t end = 0;
+    TimelineSample end;
     if (const Json* tracks = fields.list("tracks"))
         for (const Json& track : *tracks) {
             timeline.tracks.push_back(
@@ -270,7 +270,7 @@ Timeline readJson(const Json& root, const ReadOptions& options) {
             for (const TimelineStrip& strip : timeline.tracks.back().strips)
                 end = std::max(end, strip.at + strip.length);
         }
-    timeline.length = timeIn(fields, "length", end, timeline.sampleRate);
+    timeline.length = timeIn(fields, "length", end.number(), timeline.sampleRate);
     dropRepeatedNotes(timeline.notes);
     fields.finish();
     return timeline;

@@ -39,11 +39,11 @@ Json stripOf(const TimelineStrip& strip) {
     const StripSettings& settings = strip.settings;
     Json value{{"name", strip.name},
                {"media", strip.media},
-               {"at", strip.at},
-               {"length", strip.length},
-               {"skip", strip.skip},
-               {"from", settings.from},
-               {"to", settings.to},
+               {"at", strip.at.number()},
+               {"length", std::int64_t{strip.length}},
+               {"skip", strip.skip.number()},
+               {"from", settings.from.number()},
+               {"to", settings.to.number()},
                {"reverse", settings.reverse},
                {"speed", settings.speed},
                {"converter", wordOf(converterWords, settings.converter)},
@@ -67,7 +67,7 @@ Json writeJson(const Timeline& timeline) {
               {"name", timeline.name},
               {"sampleRate", timeline.sampleRate},
               {"channels", timeline.channels},
-              {"length", timeline.length},
+              {"length", std::int64_t{timeline.length}},
               {"timeReference", timeline.timeReference},
               {"tracks", Json::array()},
               {"markers", Json::array()},
@@ -79,11 +79,11 @@ Json writeJson(const Timeline& timeline) {
         root["tracks"].push_back({{"name", track.name}, {"strips", strips}});
     }
     for (const TimelineMarker& marker : timeline.markers)
-        root["markers"].push_back({{"name", marker.name}, {"at", marker.at}});
+        root["markers"].push_back({{"name", marker.name}, {"at", marker.at.number()}});
     for (const TimelineNote& note : timeline.notes) {
         root["notes"].push_back({{"where", note.where}, {"text", note.text}, {"silences", note.silences}});
         if (note.at)
-            root["notes"].back()["at"] = *note.at;
+            root["notes"].back()["at"] = note.at->number();
     }
     return root;
 }

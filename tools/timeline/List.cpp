@@ -19,8 +19,9 @@ std::size_t widthOf(const std::string& text) {
         text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; }));
 }
 
-std::string span(std::int64_t begin, std::int64_t end, int sampleRate) {
-    return clock(begin, sampleRate) + " - " + clock(end, sampleRate);
+template <class Clock>
+std::string spanText(Span<Clock> span, int sampleRate) {
+    return clock(span.from.number(), sampleRate) + " - " + clock(span.to.number(), sampleRate);
 }
 
 std::string number(double value) {
@@ -68,11 +69,11 @@ Row rowOf(const Timeline& timeline, const std::string& track, const TimelineStri
           const FileText& fileOf) {
     const StripSettings& settings = strip.settings;
     const int sampleRate = timeline.sampleRate;
-    const SourceSpan heard = heardOf(strip);
+    const MaterialSpan heard = heardOf(strip);
     Row row{printable(track),
             printable(strip.name),
-            span(strip.at, strip.at + strip.length, sampleRate),
-            span(heard.from, heard.to, sampleRate),
+            spanText(TimelineSpan{strip.at, strip.at + strip.length}, sampleRate),
+            spanText(heard, sampleRate),
             number(settings.speed),
             settings.reverse ? "backwards" : "forwards",
             number(strip.gainDb) + " dB" + (settings.automation ? " + automation" : ""),
@@ -80,7 +81,7 @@ Row rowOf(const Timeline& timeline, const std::string& track, const TimelineStri
             equaliserText(settings.equaliser),
             printable(strip.silence.empty() ? fileOf(strip.media) : "silent: " + strip.silence)};
     if (timeline.timeReference != 0)
-        row.insert(row.begin() + 2, clock(timeline.timeReference + strip.at, sampleRate));
+        row.insert(row.begin() + 2, clock(timeline.timeReference + strip.at.number(), sampleRate));
     return row;
 }
 
@@ -114,7 +115,7 @@ std::string headingOf(const Timeline& timeline) {
             counted(strips, "clip") + " on " + counted(timeline.tracks.size(), "track");
     if (timeline.timeReference != 0)
         text += "; starts at " + clock(timeline.timeReference, timeline.sampleRate);
-    if (const std::int64_t end = endOfSound(timeline); end < timeline.length)
+    if (const std::int64_t end = endOfSound(timeline).number(); end < timeline.length)
         text += "; the last sound ends at " + clock(end, timeline.sampleRate);
     return text + "\n";
 }
@@ -150,7 +151,7 @@ std::vector<std::string> noteLines(std::span<const TimelineNote> notes, int samp
             ++counts[known->second];
             continue;
         }
-        const std::string at = note.at ? ", at " + clock(*note.at, sampleRate) : "";
+        const std::string at = note.at ? ", at " + clock(note.at->number(), sampleRate) : "";
         lines.push_back("note: " + printable(note.where, std::string::npos) + at + ": " +
                         printable(note.text, std::string::npos));
         counts.push_back(1);
@@ -168,7 +169,8 @@ std::string list(const Timeline& timeline, const FileText& fileOf) {
             rows.push_back(rowOf(timeline, track.name, strip, fileOf));
     std::string text = headingOf(timeline) + table(rows);
     for (const TimelineMarker& marker : timeline.markers)
-        text += "marker " + clock(marker.at, timeline.sampleRate) + "  " + printable(marker.name) + "\n";
+        text +=
+            "marker " + clock(marker.at.number(), timeline.sampleRate) + "  " + printable(marker.name) + "\n";
     for (const std::string& line : noteLines(timeline.notes, timeline.sampleRate))
         text += line + "\n";
     return text;

@@ -36,9 +36,9 @@ std::int64_t lengthAt(int sampleRate, const MediaFacts& facts) {
         std::min(static_cast<double>(facts.length) * scale, static_cast<double>(farthestPosition)));
 }
 
-SourceSpan heardOf(const TimelineStrip& strip) {
+MaterialSpan heardOf(const TimelineStrip& strip) {
     const StripSettings& settings = strip.settings;
-    const auto skipped = std::llround(static_cast<double>(strip.skip) * settings.speed);
+    const auto skipped = std::llround(static_cast<double>(strip.skip.number()) * settings.speed);
     const auto played = std::llround(static_cast<double>(strip.length) * settings.speed);
     const std::int64_t range = settings.to - settings.from;
     const std::int64_t begin = std::min<std::int64_t>(range, skipped);
@@ -56,7 +56,7 @@ std::string inSeconds(std::int64_t samples, int sampleRate) {
 
 void noteSilentEnds(const TimelineStrip& strip, std::optional<std::int64_t> length, std::int64_t rounding,
                     bool emptyStart, const Where& where, Timeline& timeline) {
-    const SourceSpan heard = heardOf(strip);
+    const MaterialSpan heard = heardOf(strip);
     const auto note = [&](std::int64_t samples, const char* end, bool isMeant) {
         if (samples > tolerance)
             timeline.notes.push_back({.where = where.text(),
@@ -64,10 +64,11 @@ void noteSilentEnds(const TimelineStrip& strip, std::optional<std::int64_t> leng
                                       .at = strip.at,
                                       .silences = !isMeant && samples > rounding});
     };
-    note(std::min<std::int64_t>(heard.to, 0) - heard.from, " before the start of its file; silence there",
+    note(std::min<MaterialSample>(heard.to, 0) - heard.from, " before the start of its file; silence there",
          emptyStart);
     if (length)
-        note(heard.to - std::max(*length, heard.from), " beyond the end of its file; silence there", false);
+        note(heard.to - std::max<MaterialSample>(*length, heard.from),
+             " beyond the end of its file; silence there", false);
 }
 
 void noteOutsideAutomation(const TimelineStrip& strip, const Where& where, Timeline& timeline) {

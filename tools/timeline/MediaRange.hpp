@@ -33,13 +33,8 @@ private:
 /// The length of a file at the timeline's sample rate, rounded. At most farthestPosition.
 std::int64_t lengthAt(int sampleRate, const MediaFacts& facts);
 
-/// What a strip plays of its material, without the part that is skipped: `from` is included, `to` excluded.
-/// In samples at the timeline's rate.
-struct SourceSpan {
-    std::int64_t from = 0;
-    std::int64_t to = 0;
-};
-SourceSpan heardOf(const TimelineStrip& strip);
+/// What a strip plays of its material, without the part that is skipped. In samples at the timeline's rate.
+MaterialSpan heardOf(const TimelineStrip& strip);
 
 /// For messages, with milliseconds.
 std::string inSeconds(std::int64_t samples, int sampleRate);

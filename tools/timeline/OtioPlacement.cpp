@@ -185,9 +185,9 @@ void noteMissingMaterial(const ClipPlacement& placement, const TimelineStrip& st
 /// left.
 bool cutToWindow(const ClipPlacement& placement, TimelineStrip& strip) {
     const Frame& around = placement.around;
-    const std::int64_t begin = placement.samples(std::max(placement.begin, around.windowBegin()));
-    const std::int64_t end = placement.samples(std::min(placement.end, around.windowEnd()));
-    strip.skip = begin - strip.at;
+    const TimelineSample begin = placement.samples(std::max(placement.begin, around.windowBegin()));
+    const TimelineSample end = placement.samples(std::min(placement.end, around.windowEnd()));
+    strip.skip = OutputSample() + (begin - strip.at);
     strip.at = begin;
     strip.length = end - begin;
     return end > begin;
@@ -234,7 +234,8 @@ TimelineStrip silentClip(const OtioItem& clip, const Rational& start, const Fram
         std::max<std::int64_t>(samplesAt(std::min(end, around.windowEnd()), sampleRate) - strip.at, 0);
     strip.settings.sampleRate = sampleRate;
     strip.settings.from = samplesAt(clip.range.start - clip.mediaStart, sampleRate);
-    strip.settings.to = strip.settings.from + strip.length;
+    // At normal speed, until the effects are read.
+    strip.settings.to = strip.settings.from + std::int64_t{strip.length};
     return strip;
 }
 

@@ -219,7 +219,8 @@ private:
             return;
         for (const TimelineTrack& track : timeline_.tracks)
             for (const TimelineStrip& strip : track.strips)
-                timeline_.length = std::max(timeline_.length, strip.at + strip.length);
+                timeline_.length =
+                    std::max<std::int64_t>(timeline_.length, (strip.at + strip.length).number());
     }
 
     Timeline& timeline_;

@@ -77,7 +77,7 @@ TEST(Mixer, SumsWithoutClippingAndReportsWhatTheOutputWillClip) {
     ASSERT_EQ(report.strips.size(), 1U);
     EXPECT_EQ(report.strips.front().strip, 3U);
     EXPECT_EQ(report.strips.front().overload.samples, 1U);
-    EXPECT_THAT(report.strips.front().overload.spans, ElementsAre(OutputSpan{.from = 6, .to = 7}));
+    EXPECT_THAT(report.strips.front().overload.spans, ElementsAre(TimelineSpan{.from = 6, .to = 7}));
 }
 
 TEST(Mixer, SumsInTheOrderOfTheTimelineInSinglePrecision) {
@@ -130,10 +130,10 @@ TEST(Mixer, ReportsWhatIsMissingAndPlaysTheRest) {
     const MixReport report = mixer.report();
     ASSERT_EQ(report.strips.size(), 4U);
     EXPECT_EQ(report.strips[0].failure, "no medium 'gone'");
-    EXPECT_THAT(report.strips[0].silent, ElementsAre(OutputSpan{.from = 2, .to = 5}));
+    EXPECT_THAT(report.strips[0].silent, ElementsAre(TimelineSpan{.from = 2, .to = 5}));
     EXPECT_EQ(report.strips[1].failure, "bad sector");
     EXPECT_EQ(report.strips[1].underrunSamples, 10U);
-    EXPECT_THAT(report.strips[1].silent, ElementsAre(OutputSpan{.from = 5, .to = 15}));
+    EXPECT_THAT(report.strips[1].silent, ElementsAre(TimelineSpan{.from = 5, .to = 15}));
     EXPECT_EQ(report.strips[2].track, 1U);
     EXPECT_THAT(report.strips[2].failure, HasSubstr("routing"));
     EXPECT_THAT(report.strips[3].failure, HasSubstr("needs a routing of its own"));
@@ -153,7 +153,7 @@ TEST(Mixer, CountsWhatIsLateWhereItMustNotWait) {
     ASSERT_EQ(report.strips.size(), 1U);
     EXPECT_EQ(report.strips.front().underrunSamples, 1000U);
     EXPECT_EQ(report.strips.front().underrunEpisodes, 1U);
-    EXPECT_THAT(report.strips.front().silent, ElementsAre(OutputSpan{.from = 0, .to = 1000}));
+    EXPECT_THAT(report.strips.front().silent, ElementsAre(TimelineSpan{.from = 0, .to = 1000}));
     mayOpen = true;
     mayOpen.notify_all();
 }

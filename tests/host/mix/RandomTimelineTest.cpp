@@ -173,14 +173,15 @@ Expected expectedOf(const RandomTimeline& random) {
     for (const TimelineTrack& track : random.timeline.tracks)
         for (const TimelineStrip& strip : track.strips) {
             const model::Medium& medium = random.media.at(strip.media);
-            const OutputSpan span =
+            const TimelineSpan span =
                 model::addStrip(strip, medium, random.timeline.sampleRate, mixStart, expected.samples);
             const Routing routing =
                 strip.routing ? *strip.routing : defaultRouting(medium.channels.size(), silence.size());
             const double error = largestError(strip, medium);
             for (std::size_t channel = 0; channel < silence.size(); ++channel)
                 for (const float gain : routing.rows[channel])
-                    for (std::int64_t n = span.from - mixStart; n < span.to - mixStart; ++n)
+                    for (std::int64_t n = (span.from - mixStart).number(); n < span.to.number() - mixStart;
+                         ++n)
                         expected.errors[channel][static_cast<std::size_t>(n)] +=
                             error * static_cast<double>(std::fabs(gain));
         }

@@ -9,18 +9,19 @@ namespace {
 using testing::ElementsAre;
 
 TEST(SpanList, JoinsWhatTouchesAndSortsWhatComesLate) {
-    SpanList list(10);
+    SpanList<TimelineClock> list(10);
     list.add({.from = 100, .to = 200});
     list.add({.from = 200, .to = 250});
     list.add({.from = 400, .to = 500});
     list.add({.from = 0, .to = 10});
     list.add({.from = 240, .to = 300});
-    EXPECT_THAT(list.spans(), ElementsAre(OutputSpan{.from = 0, .to = 10}, OutputSpan{.from = 100, .to = 300},
-                                          OutputSpan{.from = 400, .to = 500}));
+    EXPECT_THAT(list.spans(),
+                ElementsAre(TimelineSpan{.from = 0, .to = 10}, TimelineSpan{.from = 100, .to = 300},
+                            TimelineSpan{.from = 400, .to = 500}));
 }
 
 TEST(SpanList, JoinsTheClosestNeighboursWhereThereAreTooMany) {
-    SpanList list(4);
+    SpanList<TimelineClock> list(4);
     for (std::int64_t group = 0; group < 3; ++group)
         for (std::int64_t place = 0; place < 50; ++place)
             list.add({.from = group * 100'000 + place * 20, .to = group * 100'000 + place * 20 + 5});
@@ -28,7 +29,7 @@ TEST(SpanList, JoinsTheClosestNeighboursWhereThereAreTooMany) {
     EXPECT_EQ(list.spans().front().from, 0);
     EXPECT_EQ(list.spans().back().to, 200'985);
     EXPECT_THAT(list.spans(), testing::Each(testing::Truly(
-                                  [](const OutputSpan& span) { return span.to - span.from <= 1000; })))
+                                  [](const TimelineSpan& span) { return span.to - span.from <= 1000; })))
         << "groups far apart stay apart";
 }
 

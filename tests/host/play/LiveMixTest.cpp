@@ -103,7 +103,7 @@ TEST_F(LiveMixTest, SilencesTheLateStripAloneAndNamesTheStrip) {
     const auto late = std::ranges::find(report, 20000U, &StripReport::underrunSamples);
     ASSERT_NE(late, report.end());
     EXPECT_EQ(late->strip, 2U);
-    EXPECT_EQ(late->silent, (std::vector{OutputSpan{.from = 100000, .to = 120000}}));
+    EXPECT_EQ(late->silent, (std::vector{TimelineSpan{.from = 100000, .to = 120000}}));
 }
 
 } // namespace

@@ -84,7 +84,7 @@ TEST(LivePlayer, FollowsTheTransport) {
         // At its end the sound is played again, from the other end.
         player.play();
         EXPECT_TRUE(within(5s, [&] { return player.position() > 50000; }));
-        player.setLoop(LoopRange{.from = 40000, .to = 48000});
+        player.setLoop(RangeSpan{.from = 40000, .to = 48000});
         EXPECT_TRUE(within(5s, [&] { return player.position() < 41000; }));
         EXPECT_TRUE(within(5s, [&] { return player.position() > 47000; }));
         EXPECT_GT(player.takePeak(0), 0.49F);
@@ -99,7 +99,7 @@ TEST(LivePlayer, RefusesWhatCannotBePlayed) {
     EXPECT_THROW(LivePlayer(steadyMedia(100), {}, {.latency = 0.001}), std::invalid_argument);
     EXPECT_THROW(LivePlayer(Timeline{}, TestMedia().opener()), std::invalid_argument);
     LivePlayer player(steadyMedia(9600), {});
-    EXPECT_THROW(player.setLoop(LoopRange{5000, 9601}), std::invalid_argument);
+    EXPECT_THROW(player.setLoop(RangeSpan{5000, 9601}), std::invalid_argument);
     for (const double speed : {0.0, 2e6, -1e-7, std::numeric_limits<double>::quiet_NaN()})
         EXPECT_THAT([&] { player.setSpeed(speed); }, testing::ThrowsMessage<std::invalid_argument>(
                                                          testing::HasSubstr("with a minus sign, not at")));
@@ -130,7 +130,7 @@ TEST(LivePlayer, PlaysFromASlowDiskAndCountsWhatIsLate) {
         EXPECT_EQ(report.lateSamples, late);
         EXPECT_GE(report.lateEpisodes, 1U);
         ASSERT_FALSE(report.late.empty());
-        const OutputSpan first = report.late.front();
+        const RangeSpan first = report.late.front();
         EXPECT_TRUE(direction > 0.0 ? first.from > player.length() / 2 : first.to < player.length() / 2);
     }
 }
@@ -218,7 +218,7 @@ TEST(LivePlayer, TakesOrdersFromSeveralThreads) {
                     [&] { player.seek(static_cast<std::int64_t>(random() % 480000)); },
                     [&] { player.jog(static_cast<std::int64_t>(random() % 4000) - 2000); },
                     [&] { player.setSpeed(random() % 2 == 0 ? 2.0 : -1.0); },
-                    [&] { player.setLoop(LoopRange{.from = 1000, .to = 9000}); },
+                    [&] { player.setLoop(RangeSpan{.from = 1000, .to = 9000}); },
                     [&] { player.setLevel(0.5F); },
                     [&] { EXPECT_LE(player.takePeak(0), 0.5F); },
                     [&] { EXPECT_EQ(player.report().sound.failure, ""); },

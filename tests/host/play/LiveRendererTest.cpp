@@ -181,7 +181,7 @@ TEST(LiveRenderer, PlaysALoopInBothDirections) {
         ramp[n] = static_cast<float>(n) * 0x1p-16F;
     for (const double speed : {1.0, -1.0}) {
         LiveDeck deck({std::make_shared<MemorySource>(ramp)}, wholeStrip(20000));
-        deck.order.loop = LoopRange{.from = 5000, .to = 8000};
+        deck.order.loop = RangeSpan{.from = 5000, .to = 8000};
         deck.seek(6000);
         deck.play(speed);
         const std::vector<float> heard = deck.pull(12000);

@@ -89,7 +89,7 @@ TEST(Transport, MakesTheNextOrderOfWhatIsAskedForAndHeard) {
 
 TEST(Transport, LoopsInsideTheSoundAndNotTooFast) {
     Transport transport(length, 50);
-    for (const LoopRange range : {LoopRange{-1, 500},
+    for (const RangeSpan range : {RangeSpan{-1, 500},
                                   {0, 1001},
                                   {500, 549},
                                   {500, 100},
@@ -97,8 +97,8 @@ TEST(Transport, LoopsInsideTheSoundAndNotTooFast) {
                                   {-farthest - 1, farthest},
                                   {500, -farthest - 1}})
         EXPECT_THROW(transport.setLoop(range), std::invalid_argument) << range.from;
-    transport.setLoop(LoopRange{500, 550});
-    EXPECT_EQ(transport.order().loop, (LoopRange{500, 550}));
+    transport.setLoop(RangeSpan{500, 550});
+    EXPECT_EQ(transport.order().loop, (RangeSpan{500, 550}));
     EXPECT_EQ(transport.order().generation, 0U) << "what is heard goes on";
 }
 

@@ -19,15 +19,16 @@ template <class Shape>
 void expectFollowed(const FadePlan& plan, std::int64_t length, std::uint32_t alignment) {
     const FadeEnvelope fade(plan, static_cast<std::uint64_t>(length), alignment);
     // The first placement ends early, so that others begin anywhere.
-    for (std::int64_t begin = 0, ragged = 5; begin < length;) {
+    std::int64_t ragged = 5;
+    for (RangeSample begin = 0; begin < length;) {
         const FadeEnvelope::Placement placement = fade.at(begin);
         ASSERT_GT(placement.end, begin);
-        ASSERT_TRUE(alignment == 1 || placement.end % alignment == 0);
+        ASSERT_TRUE(alignment == 1 || placement.end.number() % alignment == 0);
         Aud::Render::EnvelopeParameters parameters = placement.parameters;
         Shape shape(parameters);
-        std::int64_t sample = begin;
+        RangeSample sample = begin;
         // 2e-5 in u-value, times the steepest slope of a curve.
-        for (; sample < std::min(placement.end, length); ++sample, shape.advance()) {
+        for (; sample < std::min<RangeSample>(placement.end, length); ++sample, shape.advance()) {
             ASSERT_NEAR(shape.gain(), fade.gainAt(sample), 7e-5) << sample;
             ASSERT_TRUE(sample == fade.fullLevelEnd(sample) || shape.gain() == 1.0F) << sample;
         }
@@ -48,7 +49,7 @@ TEST(FadeEnvelope, FollowsTheStraightLineThroughTheRenderersShapes) {
 }
 
 TEST(FadeEnvelope, BeginsSilentReachesFullLevelExactlyAndEndsSilent) {
-    const auto startAt = [](const FadeEnvelope& fade, std::int64_t sample) {
+    const auto startAt = [](const FadeEnvelope& fade, RangeSample sample) {
         return fade.at(sample).parameters.startUValue;
     };
     // A minute at 48 kHz: single-precision steps of 1/2880000 alone would miss the top by 3 %.
@@ -63,7 +64,7 @@ TEST(FadeEnvelope, BeginsSilentReachesFullLevelExactlyAndEndsSilent) {
     // A hold longer than the envelope's lengths can say.
     constexpr std::int64_t length = 20'000'000'000;
     const FadeEnvelope longHold({.fadeInSamples = 100, .fadeOutSamples = 100}, length);
-    for (std::int64_t sample = longHold.at(100).end; sample < length - 100; sample = longHold.at(sample).end)
+    for (RangeSample sample = longHold.at(100).end; sample < length - 100; sample = longHold.at(sample).end)
         ASSERT_EQ(startAt(longHold, sample), 1.0F) << sample;
 }
 

@@ -60,8 +60,8 @@ TEST(StripPlan, FollowsFromTheSettings) {
         EXPECT_EQ(plan.fullLevelModeCode, row.fullLevelCode) << row.code;
         EXPECT_EQ(plan.speedInForce, row.speedInForce);
         EXPECT_EQ(plan.outputLength, row.outputLength) << row.speedInForce;
-        EXPECT_EQ(plan.materialPosition(2), plan.settings.reverse ? 104 : 102);
-        EXPECT_EQ(plan.sampleAt(plan.materialPosition(2)), 2);
+        EXPECT_EQ(plan.inMaterial(2), plan.settings.reverse ? 104 : 102);
+        EXPECT_EQ(plan.inRange(plan.inMaterial(2)), 2);
     }
 }
 

@@ -42,7 +42,8 @@ TimelineStrip strip(std::int64_t at, std::int64_t length, const std::string& med
     TimelineStrip strip;
     strip.name = strip.media = media;
     strip.at = at;
-    strip.length = strip.settings.to = length;
+    strip.length = length;
+    strip.settings.to = length;
     return strip;
 }
 

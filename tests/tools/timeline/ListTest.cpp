@@ -25,7 +25,7 @@ TEST(List, ShowsWhatSoundsWhen) {
     door.settings.fade.fadeOutCurve = FadeCurve::log;
     door.settings.equaliser = {{BandKind::peak, 1000, -3, 2}, {BandKind::highPass, 80, 0, 0.5}};
     TimelineStrip rain = strip("rain\033[2J", 0, 48'000LL * 3661);
-    rain.settings.to = rain.length;
+    rain.settings.to = std::int64_t{rain.length};
     rain.settings.automation = AutomationWalk{Automation({{0, 1.0F}})};
     rain.gainDb = -6.5;
     TimelineStrip off = strip("off", 96'000, 48'000);

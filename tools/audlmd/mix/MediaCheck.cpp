@@ -20,11 +20,11 @@ struct Use {
     std::size_t count = 0;
 };
 
-bool soundsIn(const TimelineStrip& strip, OutputSpan part) {
+bool soundsIn(const TimelineStrip& strip, TimelineSpan part) {
     return strip.silence.empty() && strip.at < part.to && strip.at + strip.length > part.from;
 }
 
-std::map<std::string, Use> usesOf(const Timeline& timeline, OutputSpan part) {
+std::map<std::string, Use> usesOf(const Timeline& timeline, TimelineSpan part) {
     std::map<std::string, Use> uses;
     for (std::size_t track = 0; track < timeline.tracks.size(); ++track)
         for (std::size_t i = 0; i < timeline.tracks[track].strips.size(); ++i)
@@ -33,17 +33,17 @@ std::map<std::string, Use> usesOf(const Timeline& timeline, OutputSpan part) {
     return uses;
 }
 
-std::string placeOf(const std::string& where, std::int64_t at) {
-    return where + "\n" + std::to_string(at);
+std::string placeOf(const std::string& where, TimelineSample at) {
+    return where + "\n" + std::to_string(at.number());
 }
 
 /// Where the strips end, by name and start. Among equals the last end.
-std::unordered_map<std::string, std::int64_t> endsOf(const Timeline& timeline) {
-    std::unordered_map<std::string, std::int64_t> ends;
+std::unordered_map<std::string, TimelineSample> endsOf(const Timeline& timeline) {
+    std::unordered_map<std::string, TimelineSample> ends;
     for (std::size_t track = 0; track < timeline.tracks.size(); ++track)
         for (std::size_t i = 0; i < timeline.tracks[track].strips.size(); ++i) {
             const TimelineStrip& strip = timeline.tracks[track].strips[i];
-            std::int64_t& end = ends[placeOf(timeline::whereIs(timeline, track, i).text(), strip.at)];
+            TimelineSample& end = ends[placeOf(timeline::whereIs(timeline, track, i).text(), strip.at)];
             end = std::max(end, strip.at + strip.length);
         }
     return ends;
@@ -51,7 +51,7 @@ std::unordered_map<std::string, std::int64_t> endsOf(const Timeline& timeline) {
 
 } // namespace
 
-MediaCheck checkMedia(const Timeline& timeline, OutputSpan part, MediaFinder& finder) {
+MediaCheck checkMedia(const Timeline& timeline, TimelineSpan part, MediaFinder& finder) {
     MediaCheck check;
     for (const auto& [media, use] : usesOf(timeline, part)) {
         const FoundMedium& medium = finder.find(media);
@@ -75,12 +75,12 @@ MediaCheck checkMedia(const Timeline& timeline, OutputSpan part, MediaFinder& fi
     return check;
 }
 
-std::vector<TimelineNote> silencesIn(const Timeline& timeline, OutputSpan part) {
+std::vector<TimelineNote> silencesIn(const Timeline& timeline, TimelineSpan part) {
     std::vector<TimelineNote> silences;
     std::ranges::copy_if(timeline.notes, std::back_inserter(silences), &TimelineNote::silences);
     if (silences.empty())
         return silences;
-    const std::unordered_map<std::string, std::int64_t> ends = endsOf(timeline);
+    const std::unordered_map<std::string, TimelineSample> ends = endsOf(timeline);
     std::erase_if(silences, [&](const TimelineNote& note) {
         if (!note.at)
             return false;

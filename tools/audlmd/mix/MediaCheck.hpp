@@ -21,10 +21,10 @@ struct MediaCheck {
 
 /// Looks at the medium of every strip that sounds in a part of the output, each medium once. A strip that is
 /// silent anyway needs none.
-MediaCheck checkMedia(const Timeline& timeline, OutputSpan part, MediaFinder& finder);
+MediaCheck checkMedia(const Timeline& timeline, TimelineSpan part, MediaFinder& finder);
 
 /// The timeline's notes on silence in a part of the output. A note on a strip counts where the strip sounds,
 /// any other from its place on.
-std::vector<TimelineNote> silencesIn(const Timeline& timeline, OutputSpan part);
+std::vector<TimelineNote> silencesIn(const Timeline& timeline, TimelineSpan part);
 
 } // namespace audlmd::command

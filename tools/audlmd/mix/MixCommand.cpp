@@ -100,9 +100,9 @@ private:
     }
 
     /// Of the output: what is looked at.
-    OutputSpan part() const {
+    TimelineSpan part() const {
         constexpr std::int64_t far = std::numeric_limits<std::int64_t>::max();
-        return target_ ? span_ : OutputSpan{-far, far};
+        return target_ ? span_ : TimelineSpan{-far, far};
     }
 
     /// Before anything is written.
@@ -184,8 +184,8 @@ private:
     double writeOutput(Mixer& mixer) const {
         OutputLayout layout{.channels = static_cast<int>(timeline_.channels),
                             .sampleRate = timeline_.sampleRate,
-                            .frames = span_.to - span_.from,
-                            .timeReference = timeline_.timeReference + span_.from};
+                            .frames = span_.length(),
+                            .timeReference = timeline_.timeReference + span_.from.number()};
         layout.format = options_.format.value_or(defaultFormatOf(*target_->kind));
         OutputFile output(*target_, layout);
         Progress progress(layout.frames, layout.sampleRate);
@@ -242,7 +242,7 @@ private:
     /// All files to write.
     std::vector<OutputPath> outputs_;
     Timeline timeline_;
-    OutputSpan span_;
+    TimelineSpan span_;
 };
 
 } // namespace

@@ -26,7 +26,7 @@ void choose(std::type_identity<Format*>, void (*&chosen)(std::span<const float>,
 
 } // namespace
 
-MixJob::MixJob(Mixer& mixer, OutputSpan span, const OutputLayout& layout)
+MixJob::MixJob(Mixer& mixer, TimelineSpan span, const OutputLayout& layout)
     : mixer_(mixer), span_(span), layout_(layout),
       chunks_((static_cast<std::size_t>(layout.frames) + chunkFrames - 1) / chunkFrames) {
     const auto channels = static_cast<std::size_t>(layout.channels);

@@ -16,7 +16,7 @@ namespace audlmd::command {
 class MixJob {
 public:
     /// The layout has the timeline's channels and the part's frames. The mixer must outlive the job.
-    MixJob(Mixer& mixer, OutputSpan span, const OutputLayout& layout);
+    MixJob(Mixer& mixer, TimelineSpan span, const OutputLayout& layout);
 
     /// Calls `written` after every chunk with the number of frames written so far; `written` may use the
     /// mixer, and an exception from it ends the job. Throws what the mixer or the output throws.
@@ -32,7 +32,7 @@ private:
     void write(std::size_t chunk, OutputFile& output);
 
     Mixer& mixer_;
-    OutputSpan span_;
+    TimelineSpan span_;
     OutputLayout layout_;
     Store store_ = nullptr;
     std::size_t chunks_;

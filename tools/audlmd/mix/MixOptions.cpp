@@ -143,26 +143,28 @@ void MixOptions::requireCompatible() const {
         throw CommandError("--as json is for --list");
 }
 
-OutputSpan MixOptions::spanOf(const Timeline& timelineToMix) const {
-    const std::int64_t length =
-        untilLastSound ? std::min(endOfSound(timelineToMix), timelineToMix.length) : timelineToMix.length;
-    OutputSpan span{.from = from ? from->samples(timelineToMix.sampleRate) : 0,
-                    .to = to ? to->samples(timelineToMix.sampleRate) : length};
-    for (const std::int64_t time : {span.from, span.to})
-        if (time > length)
-            throw CommandError("sample " + std::to_string(time) +
-                               " lies outside the timeline, which ends at sample " + std::to_string(length));
+TimelineSpan MixOptions::spanOf(const Timeline& timelineToMix) const {
+    TimelineSample end = TimelineSample() + timelineToMix.length;
+    if (untilLastSound)
+        end = std::min(endOfSound(timelineToMix), end);
+    TimelineSpan span{.from = from ? from->samples(timelineToMix.sampleRate) : 0,
+                      .to = to ? to->samples(timelineToMix.sampleRate) : end};
+    for (const TimelineSample time : {span.from, span.to})
+        if (time > end)
+            throw CommandError("sample " + std::to_string(time.number()) +
+                               " lies outside the timeline, which ends at sample " +
+                               std::to_string(end.number()));
     if (slice) {
         // A part at a time, because the product of a length and a number may overflow.
-        const std::int64_t whole = span.to - span.from;
+        const std::int64_t whole = span.length();
         const auto border = [&](std::int64_t number) {
             return span.from + whole / slice->count * number + whole % slice->count * number / slice->count;
         };
         span = {.from = border(slice->number - 1), .to = border(slice->number)};
     }
-    if (span.from >= span.to)
-        throw CommandError("there is nothing to mix from sample " + std::to_string(span.from) +
-                           " to sample " + std::to_string(span.to));
+    if (span.isEmpty())
+        throw CommandError("there is nothing to mix from sample " + std::to_string(span.from.number()) +
+                           " to sample " + std::to_string(span.to.number()));
     return span;
 }
 

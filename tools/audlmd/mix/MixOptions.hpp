@@ -77,7 +77,7 @@ struct MixOptions {
 
     /// The part of the output to mix. Throws CommandError for a part without samples, or outside the
     /// timeline.
-    OutputSpan spanOf(const Timeline& timeline) const;
+    TimelineSpan spanOf(const Timeline& timeline) const;
 };
 
 } // namespace audlmd::command

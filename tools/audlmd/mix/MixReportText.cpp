@@ -64,7 +64,7 @@ std::vector<std::string> silences(const MixReport& report, const Timeline& timel
         if (isNew) {
             std::string place = nameOf(timeline, strip.track, strip.strip);
             if (!strip.silent.empty())
-                place += ", first at " + clockAt(timeline, strip.silent.front().from);
+                place += ", first at " + clockAt(timeline, strip.silent.front().from.number());
             found.emplace_back(&known->first, Silence{std::move(place), 0});
         }
         ++found[known->second].second.strips;
@@ -80,15 +80,15 @@ std::vector<std::string> silences(const MixReport& report, const Timeline& timel
 }
 
 std::string summary(const MixReport& report, const Timeline& timeline, const MixRun& run) {
-    const double length = static_cast<double>(run.span.to - run.span.from) / timeline.sampleRate;
+    const double length = static_cast<double>(run.span.length()) / timeline.sampleRate;
     std::ostringstream text;
-    text << std::fixed << std::setprecision(3) << "mixed " << run.span.to - run.span.from << " samples on "
+    text << std::fixed << std::setprecision(3) << "mixed " << run.span.length() << " samples on "
          << timeline.channels << (timeline.channels == 1 ? " channel (" : " channels (") << length
          << " s) of '" << timeline::printable(run.timeline) << "' into '" << timeline::printable(run.output)
          << "' in " << run.seconds << " s: " << std::setprecision(1) << length / std::max(run.seconds, 1e-6)
          << " times real time\n";
-    if (const std::int64_t end = endOfSound(timeline); end < timeline.length && end <= run.span.to)
-        text << "the last sound ends at " << clockAt(timeline, end) << ", the programme at "
+    if (const TimelineSample end = endOfSound(timeline); end.number() < timeline.length && end <= run.span.to)
+        text << "the last sound ends at " << clockAt(timeline, end.number()) << ", the programme at "
              << clockAt(timeline, timeline.length) << "\n";
     if (report.slowest.seconds > 0.0)
         text << "slowest: " << nameOf(timeline, report.slowest.track, report.slowest.strip) << ", "
@@ -96,10 +96,10 @@ std::string summary(const MixReport& report, const Timeline& timeline, const Mix
     return text.str();
 }
 
-Json spans(const std::vector<OutputSpan>& spans) {
+Json spans(const std::vector<TimelineSpan>& spans) {
     Json json = Json::array();
-    for (const OutputSpan span : spans)
-        json.push_back({span.from, span.to});
+    for (const TimelineSpan span : spans)
+        json.push_back({span.from.number(), span.to.number()});
     return json;
 }
 
@@ -112,7 +112,7 @@ Json decibels(float gain) {
 Json overloadJson(const Overload& overload) {
     Json json{{"samples", overload.samples}, {"peak", decibels(overload.peak)}};
     if (overload.samples != 0) {
-        json["first"] = overload.firstAt;
+        json["first"] = overload.firstAt.number();
         json["spans"] = spans(overload.spans);
     }
     return json;
@@ -136,7 +136,7 @@ std::string reportText(const MixReport& report, const Timeline& timeline, const 
         std::ostringstream place;
         place << nameOf(timeline, strip.track, strip.strip);
         if (!strip.silent.empty())
-            place << ", first at " << clockAt(timeline, strip.silent.front().from);
+            place << ", first at " << clockAt(timeline, strip.silent.front().from.number());
         if (strip.failure.empty() && strip.underrunSamples != 0)
             late.push_back("late: " + place.str() + ": " + std::to_string(strip.underrunSamples) +
                            " samples, " + std::to_string(strip.underrunEpisodes) + " times");
@@ -153,14 +153,14 @@ std::string reportText(const MixReport& report, const Timeline& timeline, const 
 }
 
 std::string reportJson(const MixReport& report, const Timeline& timeline, const MixRun& run) {
-    Json json{{"timeline", timeline.name}, {"sampleRate", timeline.sampleRate},
-              {"from", run.span.from},     {"to", run.span.to},
-              {"seconds", run.seconds},    {"clips", Json::array()},
-              {"channels", Json::array()}, {"notes", Json::array()}};
+    Json json{{"timeline", timeline.name},      {"sampleRate", timeline.sampleRate},
+              {"from", run.span.from.number()}, {"to", run.span.to.number()},
+              {"seconds", run.seconds},         {"clips", Json::array()},
+              {"channels", Json::array()},      {"notes", Json::array()}};
     for (const TimelineNote& note : timeline.notes)
         json["notes"].push_back({{"where", note.where},
                                  {"text", note.text},
-                                 {"at", note.at ? Json(*note.at) : Json(nullptr)},
+                                 {"at", note.at ? Json(note.at->number()) : Json(nullptr)},
                                  {"silences", note.silences}});
     for (const StripReport& strip : report.strips) {
         Json entry = placeJson(timeline, strip.track, strip.strip);

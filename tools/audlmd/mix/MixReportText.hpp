@@ -9,7 +9,7 @@ namespace audlmd::command {
 
 /// What was mixed, and how long that took.
 struct MixRun {
-    OutputSpan span;
+    TimelineSpan span;
     /// Of wall-clock time.
     double seconds = 0.0;
     /// The files, as the user has named them.

@@ -20,10 +20,11 @@ struct Rates {
 };
 
 /// The end of the input itself is allowed, since the end of a range is exclusive.
-void requireInside(const StripInput& input, const char* what, std::int64_t sample) {
+void requireInside(const StripInput& input, const char* what, MaterialSample sample) {
     if (sample > input.frames)
-        throw CommandError(std::string(what) + " is at sample " + std::to_string(sample) + ", outside '" +
-                           input.path.string() + "', which ends at sample " + std::to_string(input.frames));
+        throw CommandError(std::string(what) + " is at sample " + std::to_string(sample.number()) +
+                           ", outside '" + input.path.string() + "', which ends at sample " +
+                           std::to_string(input.frames));
 }
 
 /// An empty range is refused here, in samples, because two different times may round to the same sample.
@@ -35,15 +36,15 @@ void resolveRange(const StripOptions& options, const StripInput& input, StripSet
         const std::int64_t length = options.duration->samples(input.sampleRate);
         // The length alone is checked first, so that the sum cannot overflow.
         requireInside(input, "the end of --duration",
-                      std::max(length, length <= frames ? settings.from + length : 0));
+                      std::max<MaterialSample>(length, length <= frames ? settings.from + length : 0));
         settings.to = settings.from + length;
     } else {
         settings.to = options.to ? options.to->samples(input.sampleRate) : frames;
         requireInside(input, "--to", settings.to);
     }
     if (settings.from >= settings.to)
-        throw CommandError("the range from sample " + std::to_string(settings.from) + " to " +
-                           std::to_string(settings.to) + " holds nothing to render");
+        throw CommandError("the range from sample " + std::to_string(settings.from.number()) + " to " +
+                           std::to_string(settings.to.number()) + " holds nothing to render");
     settings.reverse = options.reverse;
 }
 

@@ -31,7 +31,7 @@ PlayStatus statusOf(LivePlayer& player, const SoundDevices::Stream& stream) {
     PlayStatus status{.isPlaying = player.isPlaying(),
                       .loops = player.loop().has_value(),
                       .speed = player.speed(),
-                      .position = player.position(),
+                      .position = player.position().number(),
                       .length = player.length(),
                       .sampleRate = player.sampleRate(),
                       .peaks = {},
@@ -118,8 +118,8 @@ void tell(LivePlayer& player, const PlayInput& input) {
             throw CommandError(input.nameOf(strip) + ": " + strip.failure);
 }
 
-/// How far rendering must be ahead, in seconds. A device may fill its buffer at one go, and some sound servers
-/// take a few blocks more than they were opened with.
+/// How far rendering must be ahead, in seconds. A device may fill its buffer at one go, and some sound
+/// servers take a few blocks more than they were opened with.
 double aheadOf(const DeviceFormat& format) {
     return std::min(1.25 * format.latency + static_cast<double>(format.block) / format.sampleRate, 2.0);
 }

@@ -71,8 +71,8 @@ std::vector<Key> keysIn(std::string_view bytes) {
 }
 
 std::vector<TransportCommand> TransportKeys::press(Key key, const TransportNow& now) {
-    const auto seek = [&](std::int64_t position) -> std::vector<TransportCommand> {
-        return {Seek{std::clamp<std::int64_t>(position, 0, length_)}};
+    const auto seek = [&](RangeSample position) -> std::vector<TransportCommand> {
+        return {Seek{std::clamp<RangeSample>(position, 0, end_)}};
     };
     switch (key) {
     case U' ':
@@ -94,7 +94,7 @@ std::vector<TransportCommand> TransportKeys::press(Key key, const TransportNow& 
     case homeKey:
         return seek(0);
     case endKey:
-        return seek(length_);
+        return seek(end_);
     case U'i':
     case U'o':
     case U'x':
@@ -118,8 +118,8 @@ std::vector<TransportCommand> TransportKeys::shuttle(double towards, const Trans
 }
 
 /// An end that would leave no loop displaces the other end.
-std::vector<TransportCommand> TransportKeys::markLoop(Key end, std::int64_t position) {
-    const std::int64_t shortest = sampleRate_ / 10;
+std::vector<TransportCommand> TransportKeys::markLoop(Key end, RangeSample position) {
+    const Distance<SourceRate> shortest = sampleRate_ / 10;
     if (end == U'i') {
         loopFrom_ = position;
         if (loopTo_ && *loopTo_ - position < shortest)
@@ -133,7 +133,7 @@ std::vector<TransportCommand> TransportKeys::markLoop(Key end, std::int64_t posi
         loopTo_.reset();
     }
     if (loopFrom_ && loopTo_)
-        return {SetLoop{LoopRange{*loopFrom_, *loopTo_}}};
+        return {SetLoop{RangeSpan{*loopFrom_, *loopTo_}}};
     return {SetLoop{std::nullopt}};
 }
 

@@ -21,7 +21,7 @@ inline constexpr Key endKey = 0x110003;
 /// Turns what a terminal sends into keys. Escape sequences of other keys vanish.
 std::vector<Key> keysIn(std::string_view bytes);
 
-// What a transport can be told. Positions and lengths are samples of the sound.
+// What a transport can be told.
 struct Play {};
 struct Stop {};
 struct Quit {};
@@ -29,13 +29,13 @@ struct SetSpeed {
     double speed;
 };
 struct Seek {
-    std::int64_t position;
+    RangeSample position;
 };
 struct Jog {
-    std::int64_t samples;
+    Distance<SourceRate> samples;
 };
 struct SetLoop {
-    std::optional<LoopRange> range;
+    std::optional<RangeSpan> range;
 };
 /// In decibels.
 struct SetLevel {
@@ -50,7 +50,7 @@ void carryOut(const TransportCommand& command, LivePlayer& player);
 struct TransportNow {
     bool isPlaying = false;
     double speed = 1.0;
-    std::int64_t position = 0;
+    RangeSample position;
 };
 
 /// The keys of the transport: turns key after key into commands. Knows neither terminal nor player.
@@ -60,19 +60,20 @@ public:
     static constexpr const char* help = "space play/stop  J K L shuttle  , . frame  arrows second  Home End  "
                                         "I O loop  X no loop  + - level  Q quit";
 
-    TransportKeys(std::int64_t length, int sampleRate) : length_(length), sampleRate_(sampleRate) {}
+    TransportKeys(Distance<SourceRate> length, int sampleRate)
+        : end_(RangeSample() + length), sampleRate_(sampleRate) {}
 
     std::vector<TransportCommand> press(Key key, const TransportNow& now);
 
 private:
     std::vector<TransportCommand> shuttle(double towards, const TransportNow& now) const;
-    std::vector<TransportCommand> markLoop(Key end, std::int64_t position);
+    std::vector<TransportCommand> markLoop(Key end, RangeSample position);
     std::vector<TransportCommand> changeLevel(double decibels);
 
-    std::int64_t length_;
+    RangeSample end_;
     int sampleRate_;
-    std::optional<std::int64_t> loopFrom_;
-    std::optional<std::int64_t> loopTo_;
+    std::optional<RangeSample> loopFrom_;
+    std::optional<RangeSample> loopTo_;
     double level_ = 0.0;
 };
 

@@ -56,7 +56,7 @@ void renderInlined(StripPlayer& player, std::byte* at, std::size_t frames, std::
     std::vector<float> samples(std::min(frames, block));
     for (std::size_t count = 0; frames != 0; frames -= count) {
         count = std::min(frames, block);
-        const auto position = static_cast<std::int64_t>(player.position());
+        const auto position = player.position().number();
         const std::span<float> rendered(samples.data(), count);
         player.renderFloats(rendered);
         if constexpr (Containers::summing)
@@ -72,7 +72,7 @@ void renderThroughTables(StripPlayer& player, std::byte* at, std::size_t frames,
                          RenderJob::Clipped& clipped) {
     using Format = typename ContainersOf<Out>::Type;
     Out out(reinterpret_cast<Format*>(at));
-    const auto position = static_cast<std::int64_t>(player.position());
+    const auto position = player.position().number();
     const std::size_t all = frames;
     for (std::size_t count = 0; frames != 0; frames -= count) {
         count = std::min(frames, block);

@@ -120,12 +120,12 @@ void paintStrip(const Pen& pen, const TimelineLayout& layout, const StripSketch&
     if (box.width >= narrowestWithLines)
         paintLines(pen, layout, strip, body);
     if (strip.failure.empty())
-        for (const OutputSpan& span : strip.silent)
+        for (const TimelineSpan& span : strip.silent)
             paintSilence(pen, layout.part(body, span));
     else
         paintSilence(pen, body);
     pen.colour(PictureColours::trouble);
-    for (const OutputSpan& span : strip.overloads)
+    for (const TimelineSpan& span : strip.overloads)
         pen.fill(layout.part({body.left, body.top, body.width, 3.0}, span));
     pen.colour(!strip.failure.empty() ? PictureColours::trouble
                : strip.isSilent       ? Palette::frame

@@ -53,7 +53,7 @@ private:
     }
     /// At least one sample, where the medium has one there.
     SampleSpan inColumn(std::size_t nth) const {
-        const MaterialSpan span = sketch_->materialIn(columnOf(nth));
+        const MaterialPart span = sketch_->materialIn(columnOf(nth));
         const double from = std::floor(span.from * samplesPerSample_);
         const double to = std::max(from + 1.0, std::ceil(span.to * samplesPerSample_));
         const auto inMedium = [this](double sample) {

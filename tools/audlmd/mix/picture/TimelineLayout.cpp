@@ -81,10 +81,10 @@ double TimelineLayout::x(double sample) const {
     return trackNameWidth + lanesWidth * sample / length_;
 }
 
-Rectangle TimelineLayout::part(const Rectangle& area, const OutputSpan& span) const {
+Rectangle TimelineLayout::part(const Rectangle& area, const TimelineSpan& span) const {
     constexpr double narrowest = 0.5;
-    const double left = x(static_cast<double>(span.from));
-    const double width = std::max(narrowest, x(static_cast<double>(span.to)) - left);
+    const double left = x(static_cast<double>(span.from.number()));
+    const double width = std::max(narrowest, x(static_cast<double>(span.to.number())) - left);
     // A narrow part at the end of the picture stays inside.
     return {std::min(left, area.right() - width), area.top, width, area.height};
 }

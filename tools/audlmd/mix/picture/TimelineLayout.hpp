@@ -41,7 +41,7 @@ public:
     /// Where an output sample lies.
     double x(double sample) const;
     /// The part of an area from one output sample to another, at least half a point wide.
-    plot::Rectangle part(const plot::Rectangle& area, const OutputSpan& span) const;
+    plot::Rectangle part(const plot::Rectangle& area, const TimelineSpan& span) const;
 
 private:
     /// Of the picture's time, in output samples.

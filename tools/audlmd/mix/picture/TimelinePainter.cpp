@@ -117,7 +117,7 @@ void paintMarkers(const Pen& pen, const TimelineSketch& sketch, const TimelineLa
     pen.colour(PictureColours::marker);
     for (const TimelineMarker& marker : markers)
         if (marker.at >= 0 && marker.at <= sketch.columns.length)
-            paintMarker(pen, layout, marker.name, layout.x(static_cast<double>(marker.at)), ends);
+            paintMarker(pen, layout, marker.name, layout.x(static_cast<double>(marker.at.number())), ends);
 }
 
 void paintName(const Pen& pen, const std::string& name, const Rectangle& lane) {
@@ -154,7 +154,7 @@ void paintOutput(const Pen& pen, const TimelineSketch& sketch, const TimelineLay
     pen.colour(PictureColours::trouble);
     for (std::size_t channel = 0; channel < sketch.output.size(); ++channel) {
         const Rectangle row{lane.left, lane.top + height * static_cast<double>(channel), lane.width, height};
-        for (const OutputSpan& span : sketch.output[channel].spans)
+        for (const TimelineSpan& span : sketch.output[channel].spans)
             pen.fill(layout.part(row, span));
         peak = std::max(peak, sketch.output[channel].peak);
     }

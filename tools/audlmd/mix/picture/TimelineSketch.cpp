@@ -44,10 +44,10 @@ std::string noteOf(const TimelineStrip& strip) {
     return note;
 }
 
-/// Source samples from the start of the range, in the order of delivery.
+/// On the clock of the range, with a fraction.
 double sourceAt(const StripSketch& sketch, double outputSample) {
-    const double source = (outputSample - static_cast<double>(sketch.rangeAt)) * sketch.speed;
-    return std::min(source, static_cast<double>(sketch.rangeTo - sketch.rangeFrom));
+    const double source = (outputSample - static_cast<double>(sketch.rangeAt.number())) * sketch.speed;
+    return std::min(source, static_cast<double>(sketch.range.length()));
 }
 
 std::vector<float> fadeAlong(const StripSketch& sketch, const StripPlan& plan) {
@@ -102,8 +102,8 @@ std::vector<LevelRange> levelsAlong(const StripSketch& sketch, const StripPlan& 
 }
 
 void addColumns(StripSketch& sketch, const TimeColumns& columns) {
-    const auto from = static_cast<double>(sketch.sounds.from);
-    const auto to = static_cast<double>(sketch.sounds.to);
+    const auto from = static_cast<double>(sketch.sounds.from.number());
+    const auto to = static_cast<double>(sketch.sounds.to.number());
     const double first = std::floor(columns.columnAt(from));
     const double end = std::max(first + 1.0, std::ceil(columns.columnAt(to)));
     sketch.borders.push_back(from);
@@ -121,11 +121,10 @@ std::optional<StripSketch> sketchStrip(const TimelineStrip& strip, const Timelin
     sketch.media = strip.media;
     sketch.note = noteOf(strip);
     sketch.sounds = {strip.at, strip.at + strip.length};
-    sketch.rangeFrom = asked.from;
-    sketch.rangeTo = asked.to;
+    sketch.range = {asked.from, asked.to};
     sketch.reverse = asked.reverse;
     sketch.speed = asked.speed;
-    sketch.rangeAt = strip.at - strip.skip;
+    sketch.rangeAt = strip.at - (strip.skip - OutputSample());
     sketch.isSilent = !strip.silence.empty();
     std::optional<StripPlan> plan;
     if (!sketch.isSilent)
@@ -134,14 +133,14 @@ std::optional<StripSketch> sketchStrip(const TimelineStrip& strip, const Timelin
             settings.sampleRate = picture.sampleRate;
             plan.emplace(std::move(settings));
             sketch.speed = plan->speedInForce;
-            const std::int64_t soundEnd = sketch.rangeAt + static_cast<std::int64_t>(plan->outputLength);
+            const TimelineSample soundEnd = sketch.rangeAt + static_cast<std::int64_t>(plan->outputLength);
             sketch.sounds.to = std::min(sketch.sounds.to, soundEnd);
         } catch (const std::invalid_argument&) {
             sketch.failure = "not playable";
         }
-    sketch.sounds.from = std::max<std::int64_t>(sketch.sounds.from, 0);
-    sketch.sounds.to = std::min(sketch.sounds.to, picture.columns.length);
-    if (sketch.sounds.from >= sketch.sounds.to)
+    sketch.sounds.from = std::max<TimelineSample>(sketch.sounds.from, 0);
+    sketch.sounds.to = std::min<TimelineSample>(sketch.sounds.to, picture.columns.length);
+    if (sketch.sounds.isEmpty())
         return std::nullopt;
     addColumns(sketch, picture.columns);
     if (plan) {
@@ -157,11 +156,11 @@ void stackOverlaps(std::vector<StripSketch>& strips) {
     std::ranges::stable_sort(strips, {}, [](const StripSketch& strip) { return strip.sounds.from; });
     for (std::size_t first = 0; first < strips.size();) {
         // The ends of the strips in each row.
-        std::vector<std::int64_t> ends;
-        std::int64_t lastEnd = strips[first].sounds.to;
+        std::vector<TimelineSample> ends;
+        TimelineSample lastEnd = strips[first].sounds.to;
         std::size_t next = first;
         for (; next < strips.size() && (next == first || strips[next].sounds.from < lastEnd); ++next) {
-            const OutputSpan& sounds = strips[next].sounds;
+            const TimelineSpan& sounds = strips[next].sounds;
             const auto free = std::ranges::find_if(ends, [&](auto end) { return end <= sounds.from; });
             strips[next].row = static_cast<std::size_t>(free - ends.begin());
             if (free == ends.end())
@@ -176,9 +175,9 @@ void stackOverlaps(std::vector<StripSketch>& strips) {
 }
 
 /// The spans inside `sounds`, cut to that.
-std::vector<OutputSpan> inside(const OutputSpan& sounds, const std::vector<OutputSpan>& spans) {
-    std::vector<OutputSpan> cut;
-    for (const OutputSpan& span : spans)
+std::vector<TimelineSpan> inside(const TimelineSpan& sounds, const std::vector<TimelineSpan>& spans) {
+    std::vector<TimelineSpan> cut;
+    for (const TimelineSpan& span : spans)
         if (span.from < sounds.to && span.to > sounds.from)
             cut.push_back({std::max(span.from, sounds.from), std::min(span.to, sounds.to)});
     return cut;
@@ -193,12 +192,12 @@ const StripReport* reportOf(const MixReport& report, std::size_t track, std::siz
 
 } // namespace
 
-MaterialSpan StripSketch::materialIn(std::size_t column) const {
+MaterialPart StripSketch::materialIn(std::size_t column) const {
     const double from = sourceAt(*this, borders[column]);
     const double to = sourceAt(*this, borders[column + 1]);
-    const auto begin = static_cast<double>(rangeFrom);
-    const auto end = static_cast<double>(rangeTo);
-    return reverse ? MaterialSpan{end - to, end - from} : MaterialSpan{begin + from, begin + to};
+    const auto begin = static_cast<double>(range.from.number());
+    const auto end = static_cast<double>(range.to.number());
+    return reverse ? MaterialPart{end - to, end - from} : MaterialPart{begin + from, begin + to};
 }
 
 TimelineSketch sketchTimeline(const Timeline& shown, const MixReport& report, std::size_t columns) {

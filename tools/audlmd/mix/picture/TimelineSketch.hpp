@@ -33,7 +33,7 @@ struct LevelRange {
 };
 
 /// A part of the material, from `from` to `to`. In samples at the timeline's sample rate, with a fraction.
-struct MaterialSpan {
+struct MaterialPart {
     double from = 0.0;
     double to = 0.0;
 };
@@ -41,7 +41,7 @@ struct MaterialSpan {
 /// One strip as a picture shows the strip. A column below is counted from the strip's first one.
 struct StripSketch {
     /// The samples of the material that sound in a column. In reverse the first column has the last samples.
-    MaterialSpan materialIn(std::size_t column) const;
+    MaterialPart materialIn(std::size_t column) const;
     std::size_t columnCount() const { return peaks.size(); }
 
     std::string name;
@@ -55,7 +55,7 @@ struct StripSketch {
     bool isSilent = false;
 
     /// Where the strip sounds, inside the picture.
-    OutputSpan sounds;
+    TimelineSpan sounds;
     /// The box's place among strips of the track at the same time: row 0 is the uppermost of `rows`.
     std::size_t row = 0;
     std::size_t rows = 1;
@@ -70,17 +70,15 @@ struct StripSketch {
     /// Automation and fixed gain together, for each column. Empty where both change nothing.
     std::vector<LevelRange> levels;
 
-    std::vector<OutputSpan> silent;
-    std::vector<OutputSpan> overloads;
+    std::vector<TimelineSpan> silent;
+    std::vector<TimelineSpan> overloads;
 
-    /// The range in the material. In samples at the timeline's sample rate.
-    std::int64_t rangeFrom = 0;
-    std::int64_t rangeTo = 0;
+    MaterialSpan range;
     bool reverse = false;
     /// Source samples per output sample.
     double speed = 1.0;
     /// The output sample at which the whole range would begin.
-    std::int64_t rangeAt = 0;
+    TimelineSample rangeAt;
 };
 
 struct TrackSketch {
