@@ -25,8 +25,8 @@ enum class FadeCurve : std::uint32_t {
 /// the law for drawings and tests.
 double gainOf(FadeCurve curve, double uValue);
 
-/// The fades of a range. Lengths are in source samples, in the order of delivery: a fade-in is at the start
-/// of the sound, in reverse too, and lasts half as long at twice the speed.
+/// The fades of a range, on the clock of the range: a fade-in is at the start of the sound, in reverse too,
+/// and lasts half as long at twice the speed.
 struct FadePlan {
     /// The first sample of the range is silent. The first sample after the fade-in has full level. 0: no
     /// fade-in.

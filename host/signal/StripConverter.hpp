@@ -18,8 +18,9 @@ struct CallStart {
     Aud::SubSamplePos offset;
 };
 
-/// What depends on the kind of converter around the render calls of a strip: where a call starts, how far a
-/// call may go, and what carries on to the next call. The base class is the strip without a converter.
+/// What depends on the kind of converter around the render calls of a strip: where a call starts, how far it
+/// may go, and what carries on to the next one. docs/architecture.md has the picture and a table. The base
+/// class is the strip without a converter.
 ///
 /// All functions but restart() are asked once per render call, never per sample.
 class StripConverter {

@@ -65,6 +65,24 @@ TEST(StripPlan, FollowsFromTheSettings) {
     }
 }
 
+template <class Left, class Right>
+concept Add = requires(Left left, Right right) {
+    left + right;
+};
+template <class Left, class Right>
+concept Subtract = requires(Left left, Right right) {
+    left - right;
+};
+
+TEST(StripPlan, DoesNotMixClocks) {
+    static_assert(!std::is_constructible_v<MaterialSample, RangeSample>);
+    static_assert(!std::is_constructible_v<std::int64_t, TimelineSample>);
+    static_assert(!Add<RangeSample, Distance<OutputRate>> && Add<RangeSample, Distance<SourceRate>>);
+    static_assert(!Subtract<OutputSample, TimelineSample> && Subtract<OutputSample, OutputSample>);
+    EXPECT_EQ((MaterialSpan{.from = -3, .to = 4}.length()), 7);
+    EXPECT_EQ(RangeSample(5) - 7, -2);
+}
+
 TEST(StripPlan, RefusesWhatCannotBePlayed) {
     const std::pair<Change, const char*> table[] = {
         {[](auto& s) { s.to = s.from; }, "is empty"},
