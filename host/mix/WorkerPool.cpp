@@ -59,10 +59,14 @@ void WorkerPool::work(const Job& job, std::size_t count) {
     } catch (...) {
         // No thread takes another job.
         next_.store(count, std::memory_order_relaxed);
-        const Lock lock(mutex_);
-        if (failure_ == nullptr)
-            failure_ = std::current_exception();
+        keep(std::current_exception());
     }
+}
+
+void WorkerPool::keep(std::exception_ptr failure) {
+    const Lock lock(mutex_);
+    if (failure_ == nullptr)
+        failure_ = std::move(failure);
 }
 
 } // namespace audlmd

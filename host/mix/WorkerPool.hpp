@@ -33,6 +33,8 @@ private:
     void serve(const std::stop_token& stop);
     /// Takes jobs of the round until none is left.
     void work(const Job& job, std::size_t count) AUDLMD_EXCLUDES(mutex_);
+    /// Keeps the first failure of a round.
+    void keep(std::exception_ptr failure) AUDLMD_EXCLUDES(mutex_);
 
     Mutex mutex_;
     std::condition_variable_any started_;

@@ -84,6 +84,7 @@ struct LivePlayer::Impl {
     const LiveRenderer& ownRenderer() const AUDLMD_UNCHECKED("only the thread changes the renderer") {
         return renderer;
     }
+    void giveUp(const LiveOrder& order, const char* reason) AUDLMD_EXCLUDES(rendering);
     void countLate() AUDLMD_REQUIRES(rendering);
     bool isStill(std::uint64_t generation) const {
         const Lock lock(mutex);
@@ -167,12 +168,16 @@ bool LivePlayer::Impl::follow(const LiveOrder& next, const std::stop_token& stop
         countLate();
         return hasRoom;
     } catch (const std::exception& error) {
-        const Lock busy(rendering);
-        failure = error.what();
-        renderer.giveUp(next);
-        countLate();
+        giveUp(next, error.what());
         return false;
     }
+}
+
+void LivePlayer::Impl::giveUp(const LiveOrder& order, const char* reason) {
+    const Lock busy(rendering);
+    failure = reason;
+    renderer.giveUp(order);
+    countLate();
 }
 
 LivePlayer::LivePlayer(const Media& media, StripSettings settings, const LiveOptions& options)

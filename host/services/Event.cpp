@@ -5,13 +5,15 @@
 namespace audlmd {
 
 bool Event::wait(std::uint32_t timeOutMilliseconds) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeOutMilliseconds);
     Lock lock(mutex_);
     // The flag decides, not the waking: a thread may wake without a signal, and a signal may come before the
     // wait.
-    const auto isSignalled = [this]() AUDLMD_REQUIRES(mutex_) { return signalled_; };
-    if (timeOutMilliseconds != noTimeLimit)
-        return changed_.wait_for(lock.native(), std::chrono::milliseconds(timeOutMilliseconds), isSignalled);
-    changed_.wait(lock.native(), isSignalled);
+    while (!signalled_)
+        if (timeOutMilliseconds == noTimeLimit)
+            changed_.wait(lock.native());
+        else if (changed_.wait_until(lock.native(), end) == std::cv_status::timeout)
+            return signalled_;
     return true;
 }
 
