@@ -1,7 +1,7 @@
 // Converts all 2^32 floats to each format of at most 24 bits by the block, and compares the bytes with those
 // of the format's own encoding of single samples. Takes about two minutes; the tests take a sample.
 
-#include "host/signal/BlockConversion.hpp"
+#include "host/signal/Unclipped.hpp"
 #include "ole/Aud/SummingOutputSampleIterator.hpp"
 
 #include <bit>

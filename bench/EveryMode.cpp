@@ -8,7 +8,7 @@
 #include "host/cache/MaterialCache.hpp"
 #include "host/cache/SegmentBody.hpp"
 #include "host/inlined/InlinedRenderFunctions.hpp"
-#include "host/signal/BlockConversion.hpp"
+#include "host/signal/Unclipped.hpp"
 #include "loop_modes/RegistrationOrder.hpp"
 #include "model/OutputTypes.hpp"
 

@@ -3,8 +3,8 @@
 
 #include "host/cache/MaterialCache.hpp"
 #include "host/inlined/InlinedRenderFunctions.hpp"
-#include "host/signal/BlockConversion.hpp"
 #include "host/signal/StripPlayer.hpp"
+#include "host/signal/Unclipped.hpp"
 #include "model/OutputTypes.hpp"
 
 #include <algorithm>

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <span>
 #include <utility>
@@ -36,7 +37,9 @@ public:
     explicit MemorySource(std::vector<float> samples) : samples_(std::move(samples)) {}
 
     std::int64_t length() const override { return static_cast<std::int64_t>(samples_.size()); }
-    void read(std::int64_t position, std::span<float> samples) override;
+    void read(std::int64_t position, std::span<float> samples) override {
+        std::copy_n(samples_.begin() + position, samples.size(), samples.begin());
+    }
 
 private:
     std::vector<float> samples_;

@@ -2,9 +2,8 @@
 
 #include "host/cache/MaterialCache.hpp"
 #include "host/mix/OpenStrip.hpp"
-#include "host/mix/OverloadMeter.hpp"
+#include "host/mix/Reporting.hpp"
 #include "host/mix/StripOpener.hpp"
-#include "host/mix/StripReports.hpp"
 #include "host/mix/StripSchedule.hpp"
 #include "host/mix/WorkerPool.hpp"
 

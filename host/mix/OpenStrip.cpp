@@ -1,7 +1,6 @@
 #include "host/mix/OpenStrip.hpp"
 
-#include "host/mix/RateConvertedSource.hpp"
-#include "host/mix/ScaledSource.hpp"
+#include "host/mix/ConvertedSources.hpp"
 #include "host/services/Identities.hpp"
 #include "host/signal/GainLaws.hpp"
 

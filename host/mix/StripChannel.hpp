@@ -1,8 +1,7 @@
 #pragma once
 
 #include "host/cache/MaterialCache.hpp"
-#include "host/mix/OverloadMeter.hpp"
-#include "host/mix/SpanList.hpp"
+#include "host/mix/Reporting.hpp"
 #include "host/signal/StripPlayer.hpp"
 #include "host/signal/Unclipped.hpp"
 

@@ -1,11 +1,11 @@
 #include "host/play/LiveContent.hpp"
 
-#include "host/mix/ScaledSource.hpp"
+#include "host/mix/ConvertedSources.hpp"
 #include "host/services/Identities.hpp"
-#include "host/signal/BlockConversion.hpp"
 #include "host/signal/BlockLoops.hpp"
 #include "host/signal/Speed.hpp"
 #include "host/signal/StripPlayer.hpp"
+#include "host/signal/Unclipped.hpp"
 
 #include <algorithm>
 #include <cmath>

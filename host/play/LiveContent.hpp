@@ -1,7 +1,7 @@
 #pragma once
 
 #include "host/cache/MaterialCache.hpp"
-#include "host/mix/SpanList.hpp"
+#include "host/mix/Reporting.hpp"
 #include "host/play/LiveReport.hpp"
 #include "host/play/LiveVoice.hpp"
 #include "host/services/RenderFunctions.hpp"

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "host/mix/Mixer.hpp"
-#include "host/mix/StripReports.hpp"
+#include "host/mix/Reporting.hpp"
 #include "host/play/LiveVoice.hpp"
 #include "host/services/Threads.hpp"
 

@@ -4,6 +4,7 @@
 #include "host/services/Threads.hpp"
 #include "ole/Orv/Ptr.hpp"
 
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 
@@ -18,11 +19,27 @@ public:
     /// Returns whether the event is signalled. The time limit is in milliseconds; noTimeLimit waits for as
     /// long as it takes. A limit of 0 asks without sleeping. Trap: the result of a wait with a limit must be
     /// looked at.
-    bool wait(std::uint32_t timeOutMilliseconds) override;
+    bool wait(std::uint32_t timeOutMilliseconds) override {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeOutMilliseconds);
+        Lock lock(mutex_);
+        // The flag decides, not the waking: a thread may wake without a signal, and a signal may come before
+        // the wait.
+        while (!signalled_)
+            if (timeOutMilliseconds == noTimeLimit)
+                changed_.wait(lock.native());
+            else if (changed_.wait_until(lock.native(), end) == std::cv_status::timeout)
+                return signalled_;
+        return true;
+    }
 
     /// Wakes all threads that wait. The trap: the caller must hold the event until this returns, because a
     /// thread that wakes may let go of the event at once. Signalling twice does no harm.
-    void signal();
+    void signal() {
+        const Lock lock(mutex_);
+        signalled_ = true;
+        // Under the lock, so that no waiter can return between the flag and the notification.
+        changed_.notify_all();
+    }
 
 private:
     Mutex mutex_;

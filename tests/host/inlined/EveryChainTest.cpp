@@ -2,7 +2,7 @@
 // of the loaded library.
 
 #include "host/inlined/InlinedRenderFunctions.hpp"
-#include "host/signal/BlockConversion.hpp"
+#include "host/signal/Unclipped.hpp"
 #include "tests/host/signal/EveryCombination.hpp"
 #include "tests/host/signal/TestStrip.hpp"
 

@@ -1,6 +1,4 @@
-#include "host/mix/RateConvertedSource.hpp"
-
-#include "host/mix/ScaledSource.hpp"
+#include "host/mix/ConvertedSources.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "host/mix/SpanList.hpp"
+#include "host/mix/Reporting.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,5 +1,4 @@
-#include "host/signal/BlockConversion.hpp"
-
+#include "host/signal/Unclipped.hpp"
 #include "tests/ole/Aud/EveryKindOfFloat.hpp"
 
 #include <gtest/gtest.h>

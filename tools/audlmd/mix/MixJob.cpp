@@ -1,6 +1,6 @@
 #include "tools/audlmd/mix/MixJob.hpp"
 
-#include "host/signal/BlockConversion.hpp"
+#include "host/signal/Unclipped.hpp"
 #include "tools/audlmd/files/SampleLayouts.hpp"
 
 #include <algorithm>

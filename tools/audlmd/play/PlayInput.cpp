@@ -1,6 +1,6 @@
 #include "tools/audlmd/play/PlayInput.hpp"
 
-#include "host/mix/RateConvertedSource.hpp"
+#include "host/mix/ConvertedSources.hpp"
 #include "host/play/LiveContent.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/mix/TimelineInput.hpp"

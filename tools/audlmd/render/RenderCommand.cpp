@@ -1,7 +1,7 @@
 #include "host/cache/MaterialCache.hpp"
 #include "host/cache/SoundFile.hpp"
 #include "host/inlined/InlinedRenderFunctions.hpp"
-#include "host/mix/RateConvertedSource.hpp"
+#include "host/mix/ConvertedSources.hpp"
 #include "host/services/Identities.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/OverloadText.hpp"

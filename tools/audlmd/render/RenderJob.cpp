@@ -1,6 +1,6 @@
 #include "tools/audlmd/render/RenderJob.hpp"
 
-#include "host/signal/BlockConversion.hpp"
+#include "host/signal/Unclipped.hpp"
 #include "tools/audlmd/files/SampleLayouts.hpp"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/mix/OverloadMeter.hpp"
+#include "host/mix/Reporting.hpp"
 #include "host/signal/StripPlayer.hpp"
 #include "tools/audlmd/files/ExistingMix.hpp"
 #include "tools/audlmd/files/OutputFile.hpp"

@@ -1,6 +1,7 @@
-#include "host/mix/RateConvertedSource.hpp"
+#include "host/mix/ConvertedSources.hpp"
 
 #include "host/services/SampleRates.hpp"
+#include "host/signal/BlockLoops.hpp"
 
 #include <soxr.h>
 
@@ -143,6 +144,11 @@ std::shared_ptr<SampleSource> convertedTo(std::shared_ptr<SampleSource> source, 
     if (inRate == outRate)
         return source;
     return std::make_shared<RateConvertedSource>(std::move(source), inRate, outRate);
+}
+
+void ScaledSource::read(std::int64_t position, std::span<float> samples) {
+    source_->read(position, samples);
+    multiply(samples, factor_);
 }
 
 } // namespace audlmd

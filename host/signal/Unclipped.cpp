@@ -1,4 +1,4 @@
-#include "host/signal/BlockConversion.hpp"
+#include "host/signal/Unclipped.hpp"
 
 #include "host/signal/PackedEncoding.hpp"
 #include "loop_modes/RegistrationOrder.hpp"

@@ -3,11 +3,13 @@
 #include "host/cache/SampleSource.hpp"
 #include "host/services/Threads.hpp"
 
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <memory>
 #include <span>
+#include <utility>
 #include <vector>
 
 namespace audlmd {
@@ -73,5 +75,22 @@ private:
 
 /// The source at another rate: the source itself where the rates are equal, else a RateConvertedSource.
 std::shared_ptr<SampleSource> convertedTo(std::shared_ptr<SampleSource> source, int inRate, int outRate);
+
+/// A source times a power of two. Use it for headroom: scaled down by 2^-n and up again by 2^n, a sample
+/// keeps all its bits. Only samples that become smaller than 1.2e-38 lose some.
+class ScaledSource final : public SampleSource {
+public:
+    /// Multiplies by 2^exponent, from -126 to 127.
+    ScaledSource(std::shared_ptr<SampleSource> source, int exponent)
+        : source_(std::move(source)), factor_(std::ldexp(1.0F, exponent)) {}
+
+    std::int64_t length() const override { return source_->length(); }
+    void read(std::int64_t position, std::span<float> samples) override;
+    const void* exclusiveResource() const override { return source_->exclusiveResource(); }
+
+private:
+    std::shared_ptr<SampleSource> source_;
+    float factor_;
+};
 
 } // namespace audlmd

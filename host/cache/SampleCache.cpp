@@ -1,19 +1,24 @@
 #include "contract/SampleCache.hpp"
+
+#include "contract/SampleCacheSegment.hpp"
 #include "host/cache/CacheCore.hpp"
+#include "host/cache/CachedSegment.hpp"
 #include "host/cache/MaterialCache.hpp"
 #include "ole/Aud/Wrapping.hpp"
+#include "ole/Orv/Ptr.hpp"
 
 #include <algorithm>
+#include <utility>
 
-// The host's half of the readers: making them and walking their segments. Reading and stepping inside a
-// segment are compiled into the render functions.
-//
-// A reader keeps its material alive through its current segment. A reader that starts outside the material
-// stands on an empty segment of its own until it enters. A reader that has left the material never enters it
-// again.
+#define AUDLMD_HOST_OPERATION
+#include "host/cache/SampleCacheSegment.ipp"
 
 namespace Aud {
 namespace {
+
+/// The segment that all empty handles point to, so that no operation has to test for a null pointer. Made
+/// with one holder that never goes, so that nobody deletes it.
+constinit SampleCacheSegmentAccess::Body noSegment(eSegmentEmpty, 0);
 
 using Render::Direction;
 
@@ -24,6 +29,33 @@ audlmd::Material& materialBehind(void* hostMaterial) {
 }
 
 } // namespace
+
+void SampleCacheSegmentAccess::release(Body* body) noexcept {
+    // Acquire and release: the holder that deletes sees all that the others did to the segment.
+    if (body->holders.fetch_sub(1, std::memory_order_acq_rel) == 1)
+        delete static_cast<audlmd::CachedSegment*>(body);
+}
+
+SampleCacheSegment::SampleCacheSegment() : body_(&noSegment) {
+    SampleCacheSegmentAccess::hold(body_);
+}
+
+SampleCacheSegment& SampleCacheSegment::operator=(const SampleCacheSegment& other) {
+    SampleCacheSegment copy(other);
+    std::swap(body_, copy.body_);
+    return *this;
+}
+
+ThreadEventPtr SampleCacheSegment::getRequestCompletedEvent() const {
+    return ThreadEventPtr(body_->requestCompleted);
+}
+
+// The host's half of the readers: making them and walking their segments. Reading and stepping inside a
+// segment are compiled into the render functions.
+//
+// A reader keeps its material alive through its current segment. A reader that starts outside the material
+// stands on an empty segment of its own until it enters. A reader that has left the material never enters it
+// again.
 
 SampleCache::ForwardIterator::ForwardIterator(const Cookie& cookie, long position, bool flag,
                                               SampleCache& cache, unsigned int extra, bool,

@@ -1,6 +1,6 @@
-#include "host/mix/StripReports.hpp"
+#include "host/mix/Reporting.hpp"
 
-#include "host/mix/SpanList.hpp"
+#include "host/signal/BlockLoops.hpp"
 
 #include <algorithm>
 #include <vector>
@@ -31,6 +31,53 @@ void append(Overload& overload, const Overload& more) {
 }
 
 } // namespace
+
+template <class Clock>
+void SpanList<Clock>::add(Span<Clock> span) {
+    const bool atTheEnd = spans_.empty() || span.from >= spans_.back().from;
+    if (!spans_.empty() && atTheEnd && span.from <= spans_.back().to + gap_) {
+        spans_.back().to = std::max(spans_.back().to, span.to);
+        return;
+    }
+    spans_.push_back(span);
+    if (!atTheEnd)
+        join();
+    for (; spans_.size() > most_; join())
+        gap_ = std::max<std::int64_t>(1, gap_ * 2);
+}
+
+template <class Clock>
+void SpanList<Clock>::join() {
+    std::ranges::sort(spans_, {}, &Span<Clock>::from);
+    std::size_t last = 0;
+    for (const Span<Clock> span : spans_)
+        if (span.from <= spans_[last].to + gap_)
+            spans_[last].to = std::max(spans_[last].to, span.to);
+        else
+            spans_[++last] = span;
+    spans_.resize(last + 1);
+}
+
+template class SpanList<RangeClock>;
+template class SpanList<TimelineClock>;
+
+void OverloadMeter::measure(std::span<const float> samples, float gain, TimelineSample at) {
+    const float peak = peakOf(samples) * gain;
+    overload_.peak = std::max(overload_.peak, peak);
+    if (!(peak > 1.0F))
+        return;
+    const CountAbove above = countAbove(samples, 1.0F / gain);
+    if (overload_.samples == 0)
+        overload_.firstAt = at + above.first;
+    overload_.samples += above.samples;
+    spans_.add({.from = at + above.first, .to = at + above.last + 1});
+}
+
+Overload OverloadMeter::overload() const {
+    Overload overload = overload_;
+    overload.spans = spans_.spans();
+    return overload;
+}
 
 StripReport& StripReports::sumOf(const StripKey& key) {
     StripReport& sum = strips_[key];
