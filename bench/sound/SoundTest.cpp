@@ -12,6 +12,15 @@
 #include <string>
 #include <vector>
 
+namespace audlmd::sound {
+
+/// For googletest, which would print bytes.
+static void PrintTo(const Conversion& conversion, std::ostream* out) {
+    *out << rowHead(conversion);
+}
+
+} // namespace audlmd::sound
+
 namespace audlmd::test {
 namespace {
 

@@ -11,7 +11,9 @@
 // reads over them. They stand behind a member, a function's parameters, or a lambda's.
 //
 // The compiler goes by names: it takes two expressions for the same mutex where they read the same. Where
-// that is too little, a name stands for a mutex, see cacheLock in host/cache/CachedSegment.hpp.
+// that is too little, a name stands for a mutex, see cacheLock in host/cache/CachedSegment.hpp. The trap: it
+// checks neither constructors nor destructors, nor what catch blocks and callers of lambdas hold. Have those
+// call a function that takes the mutex.
 
 #if defined(__clang__)
 #define AUDLMD_THREAD_SAFETY(attribute) __attribute__((attribute))
