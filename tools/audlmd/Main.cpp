@@ -1,7 +1,7 @@
+#include "host/timeline/TimelineError.hpp"
 #include "loop_modes/RenderFunction.hpp"
 #include "ole/Orv/Exception.hpp"
 #include "tools/audlmd/Subcommands.hpp"
-#include "tools/timeline/TimelineError.hpp"
 
 #include <CLI/CLI.hpp>
 

@@ -1,4 +1,5 @@
 #include "host/inlined/InlinedRenderFunctions.hpp"
+#include "host/timeline/TimelineFiles.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Progress.hpp"
 #include "tools/audlmd/Subcommands.hpp"
@@ -9,7 +10,6 @@
 #include "tools/audlmd/mix/MixReportText.hpp"
 #include "tools/audlmd/mix/TimelineInput.hpp"
 #include "tools/audlmd/mix/picture/TimelineFigure.hpp"
-#include "tools/timeline/TimelineFiles.hpp"
 
 #include <CLI/CLI.hpp>
 

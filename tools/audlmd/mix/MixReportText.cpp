@@ -1,9 +1,9 @@
 #include "tools/audlmd/mix/MixReportText.hpp"
 
 #include "host/signal/GainLaws.hpp"
+#include "host/timeline/Json.hpp"
+#include "host/timeline/TimelineFiles.hpp"
 #include "tools/audlmd/OverloadText.hpp"
-#include "tools/timeline/Json.hpp"
-#include "tools/timeline/TimelineFiles.hpp"
 
 #include <algorithm>
 #include <cmath>

@@ -2,9 +2,9 @@
 
 #include "host/cache/FilmContainer.hpp"
 #include "host/cache/SoundFile.hpp"
+#include "host/timeline/TimelineFiles.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/options/Parsers.hpp"
-#include "tools/timeline/TimelineFiles.hpp"
 
 #include <cerrno>
 #include <fstream>

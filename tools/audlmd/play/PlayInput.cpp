@@ -2,9 +2,9 @@
 
 #include "host/mix/RateConvertedSource.hpp"
 #include "host/play/LiveContent.hpp"
+#include "host/timeline/TimelineFiles.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/mix/TimelineInput.hpp"
-#include "tools/timeline/TimelineFiles.hpp"
 
 #include <utility>
 

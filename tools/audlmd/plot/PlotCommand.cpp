@@ -1,4 +1,5 @@
 #include "host/services/SampleRates.hpp"
+#include "host/timeline/TimelineError.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Progress.hpp"
 #include "tools/audlmd/Subcommands.hpp"
@@ -7,7 +8,6 @@
 #include "tools/audlmd/options/ParsedOption.hpp"
 #include "tools/audlmd/options/Parsers.hpp"
 #include "tools/audlmd/plot/Figures.hpp"
-#include "tools/timeline/TimelineError.hpp"
 
 #include <CLI/CLI.hpp>
 

@@ -1,8 +1,8 @@
 #include "host/cache/SoundFile.hpp"
+#include "host/timeline/TimelineError.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/plot/Figures.hpp"
 #include "tools/plot/Spectrogram.hpp"
-#include "tools/timeline/TimelineError.hpp"
 
 #include <algorithm>
 #include <string>

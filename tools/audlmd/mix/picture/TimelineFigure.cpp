@@ -1,8 +1,8 @@
 #include "tools/audlmd/mix/picture/TimelineFigure.hpp"
 
+#include "host/timeline/TimelineError.hpp"
 #include "tools/audlmd/mix/picture/StripPeaks.hpp"
 #include "tools/audlmd/mix/picture/TimelinePainter.hpp"
-#include "tools/timeline/TimelineError.hpp"
 
 #include <memory>
 #include <string>

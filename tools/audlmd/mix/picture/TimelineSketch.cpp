@@ -2,7 +2,7 @@
 
 #include "host/signal/GainLaws.hpp"
 #include "host/signal/StripPlan.hpp"
-#include "tools/timeline/TimelineError.hpp"
+#include "host/timeline/TimelineError.hpp"
 
 #include <algorithm>
 #include <cmath>

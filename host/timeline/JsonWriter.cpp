@@ -1,0 +1,91 @@
+#include "host/signal/GainLaws.hpp"
+#include "host/timeline/TimelineFiles.hpp"
+
+#include <cmath>
+
+namespace audlmd::timeline {
+namespace {
+
+/// JSON has no infinity.
+Json decibels(double value) {
+    return std::isinf(value) ? Json("-inf") : Json(value);
+}
+
+Json fade(std::uint64_t samples, FadeCurve curve) {
+    return {{"length", samples}, {"curve", wordOf(curveWords, curve)}};
+}
+
+Json equaliser(const std::vector<EqualiserBand>& bands) {
+    Json list = Json::array();
+    for (const EqualiserBand& band : bands)
+        list.push_back({{"kind", wordOf(bandWords, band.kind)},
+                        {"frequency", band.frequency},
+                        {"gain", band.gainDb},
+                        {"q", band.q}});
+    return list;
+}
+
+/// A level is written in decibels, as a user reads levels; reading turns them into u-values again.
+Json automation(const AutomationWalk& walk) {
+    Json points = Json::array();
+    for (const LevelNode& node : walk.automation.nodes())
+        points.push_back(Json::array(
+            {node.position, decibels(decibelsOfGain(mixerStyleGain(static_cast<double>(node.uValue))))}));
+    return {{"points", points}, {"reverse", walk.direction == DynamicLevelDirection::reverse}};
+}
+
+/// Defaults are written out, so that a reader of the file need not know them.
+Json stripOf(const TimelineStrip& strip) {
+    const StripSettings& settings = strip.settings;
+    Json value{{"name", strip.name},
+               {"media", strip.media},
+               {"at", strip.at.number()},
+               {"length", std::int64_t{strip.length}},
+               {"skip", strip.skip.number()},
+               {"from", settings.from.number()},
+               {"to", settings.to.number()},
+               {"reverse", settings.reverse},
+               {"speed", settings.speed},
+               {"converter", wordOf(converterWords, settings.converter)},
+               {"gain", decibels(strip.gainDb)},
+               {"fadeIn", fade(settings.fade.fadeInSamples, settings.fade.fadeInCurve)},
+               {"fadeOut", fade(settings.fade.fadeOutSamples, settings.fade.fadeOutCurve)},
+               {"equaliser", equaliser(settings.equaliser)}};
+    if (settings.automation)
+        value["automation"] = automation(*settings.automation);
+    if (!strip.silence.empty())
+        value["silence"] = strip.silence;
+    if (strip.routing)
+        value["routing"] = strip.routing->rows;
+    return value;
+}
+
+} // namespace
+
+Json writeJson(const Timeline& timeline) {
+    Json root{{"audlmd", 1},
+              {"name", timeline.name},
+              {"sampleRate", timeline.sampleRate},
+              {"channels", timeline.channels},
+              {"length", std::int64_t{timeline.length}},
+              {"timeReference", timeline.timeReference},
+              {"tracks", Json::array()},
+              {"markers", Json::array()},
+              {"notes", Json::array()}};
+    for (const TimelineTrack& track : timeline.tracks) {
+        Json strips = Json::array();
+        for (const TimelineStrip& strip : track.strips)
+            strips.push_back(stripOf(strip));
+        root["tracks"].push_back({{"name", track.name}, {"strips", strips}});
+    }
+    for (const TimelineMarker& marker : timeline.markers)
+        root["markers"].push_back({{"name", marker.name}, {"at", marker.at.number()}});
+    for (const TimelineNote& note : timeline.notes) {
+        root["notes"].push_back({{"where", note.where}, {"text", note.text}, {"silences", note.silences}});
+        if (note.at)
+            root["notes"].back()["at"] = note.at->number();
+    }
+    return root;
+}
+
+} // namespace audlmd::timeline
