@@ -1,7 +1,10 @@
 #include "host/timeline/Json.hpp"
 
+#include "host/timeline/TimelineError.hpp"
+
 #include <algorithm>
 #include <cctype>
+#include <limits>
 #include <vector>
 
 namespace audlmd::timeline {
@@ -116,86 +119,6 @@ std::optional<double> decibelsOf(const Json& value, double highest) {
     if (value.is_number() && value.get<double>() <= highest)
         return value.get<double>();
     return std::nullopt;
-}
-
-Fields::Fields(const Json& object, Where where) : object_(object), where_(std::move(where)) {
-    if (!object.is_object())
-        where_.fail("an object in braces is missing here");
-}
-
-const Json* Fields::find(const std::string& key) {
-    // Noted even where the member is missing: the key is one that somebody asked for.
-    known_.insert(key);
-    return member(object_, key);
-}
-
-const Json* Fields::list(const std::string& key) {
-    const Json* found = find(key);
-    if (found != nullptr && !found->is_array())
-        fail(key, "must be a list");
-    return found;
-}
-
-std::string Fields::text(const std::string& key, const std::string& otherwise) {
-    const Json* found = find(key);
-    if (found == nullptr)
-        return otherwise;
-    if (!found->is_string())
-        fail(key, "must be a text");
-    return found->get<std::string>();
-}
-
-bool Fields::flag(const std::string& key, bool otherwise) {
-    const Json* found = find(key);
-    if (found == nullptr)
-        return otherwise;
-    if (!found->is_boolean())
-        fail(key, "must be true or false");
-    return found->get<bool>();
-}
-
-double Fields::number(const std::string& key, double otherwise, double lowest, double highest) {
-    const Json* found = find(key);
-    if (found == nullptr)
-        return otherwise;
-    if (!found->is_number() || !(found->get<double>() >= lowest && found->get<double>() <= highest))
-        fail(key, "must be a number from " + Json(lowest).dump() + " to " + Json(highest).dump());
-    return found->get<double>();
-}
-
-std::int64_t Fields::whole(const std::string& key, std::int64_t otherwise, std::int64_t lowest,
-                           std::int64_t highest) {
-    const Json* found = find(key);
-    if (found == nullptr)
-        return otherwise;
-    // Integers above the signed range are stored without a sign, and would wrap when read with one.
-    const bool fits = found->is_number_integer() &&
-                      !(found->is_number_unsigned() &&
-                        found->get<std::uint64_t>() > std::numeric_limits<std::int64_t>::max()) &&
-                      found->get<std::int64_t>() >= lowest && found->get<std::int64_t>() <= highest;
-    if (!fits)
-        fail(key, "must be a whole number from " + std::to_string(lowest) + " to " + std::to_string(highest));
-    return found->get<std::int64_t>();
-}
-
-double Fields::decibels(const std::string& key, double otherwise, double highest) {
-    const Json* found = find(key);
-    if (found == nullptr)
-        return otherwise;
-    const std::optional<double> value = decibelsOf(*found, highest);
-    if (!value)
-        fail(key, "must be decibels up to " + Json(highest).dump() + ", or \"-inf\" for silence");
-    return *value;
-}
-
-void Fields::finish() const {
-    for (const auto& [key, value] : object_.items())
-        if (!known_.contains(key))
-            fail(key, "is not known here");
-}
-
-void Fields::fail(const std::string& key, const std::string& sentence) const {
-    where_.fail("\"" + printable(key) + "\" " + sentence);
 }
 
 } // namespace audlmd::timeline

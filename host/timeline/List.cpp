@@ -1,5 +1,8 @@
-#include "host/timeline/MediaRange.hpp"
-#include "host/timeline/TimelineFiles.hpp"
+#include "host/timeline/List.hpp"
+
+#include "host/timeline/StripCheck.hpp"
+#include "host/timeline/TimelineError.hpp"
+#include "host/timeline/Words.hpp"
 
 #include <algorithm>
 #include <array>
@@ -131,14 +134,6 @@ std::string clock(std::int64_t samples, int sampleRate) {
         static_cast<long long>(milliseconds / 3'600'000), static_cast<long long>(milliseconds / 60'000 % 60),
         static_cast<long long>(milliseconds / 1000 % 60), static_cast<long long>(milliseconds % 1000));
     return text.data();
-}
-
-Where whereIs(const Timeline& timeline, std::size_t track, std::size_t strip) {
-    const auto named = [](const std::string& name, std::size_t number) {
-        return name.empty() ? "#" + std::to_string(number + 1) : name;
-    };
-    return {.track = named(timeline.tracks[track].name, track),
-            .clip = named(timeline.tracks[track].strips[strip].name, strip)};
 }
 
 std::vector<std::string> noteLines(std::span<const TimelineNote> notes, int sampleRate) {

@@ -2,9 +2,8 @@
 
 #include "host/mix/Timeline.hpp"
 #include "host/timeline/Json.hpp"
-#include "host/timeline/MediaRange.hpp"
 #include "host/timeline/Rational.hpp"
-#include "host/timeline/ReadOptions.hpp"
+#include "host/timeline/Reading.hpp"
 
 #include <optional>
 #include <string>
@@ -103,14 +102,6 @@ struct OtioItem {
     }
 };
 
-/// What every part of the reader has at hand.
-struct OtioContext {
-    const ReadOptions& options;
-    MediaAnswers& media;
-    /// What is read so far. The parser leaves it alone.
-    Timeline& timeline;
-};
-
 /// Compositions may hold one another so deeply.
 inline constexpr int deepestNesting = 64;
 
@@ -120,7 +111,7 @@ inline constexpr int deepestNesting = 64;
 /// Items that cannot be played are silent and keep their duration, so that the later ones stay in place. A
 /// clip whose length cannot be known lasts no time. Throws TimelineError where the structure of the file is
 /// wrong: schemas that are not known, members of a wrong type. Inside items that are not played, as a video
-/// track, such a child lasts no time.
-OtioItem parseItem(const Json& value, const Where& where, int depth, const OtioContext& context);
+/// track, such a child lasts no time. Adds nothing to the timeline.
+OtioItem parseItem(const Json& value, int depth, const Reading& reading);
 
 } // namespace audlmd::timeline

@@ -3,8 +3,7 @@
 #include "host/signal/GainLaws.hpp"
 #include "host/signal/Speed.hpp"
 #include "host/timeline/DecibelLine.hpp"
-#include "host/timeline/JsonParts.hpp"
-#include "host/timeline/MediaRange.hpp"
+#include "host/timeline/StripCheck.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -21,9 +20,9 @@ std::int64_t samplesAt(const Rational& seconds, int sampleRate) {
     return samples;
 }
 
-Frame Frame::into(const OtioItem& item, const Rational& start) const {
+TimeMap TimeMap::into(const OtioItem& item, const Rational& start) const {
     const Rational end = start + item.range.duration;
-    Frame inside(*this);
+    TimeMap inside(*this);
     inside.scale_ = scale_ / item.sound.speed * Rational(item.sound.reverse ? -1 : 1);
     // The content starts where the item starts; played backwards, the content starts where the item ends.
     inside.origin_ = at(item.sound.reverse ? end : start) - inside.scale_ * item.range.start;
@@ -35,15 +34,19 @@ Frame Frame::into(const OtioItem& item, const Rational& start) const {
     return inside;
 }
 
+std::pair<Rational, Rational> Surroundings::outputOf(const OtioItem& item) const {
+    return std::minmax(
+        {time.at(start - transitions.before), time.at(start + item.range.duration + transitions.after)});
+}
+
 namespace {
 
 /// One clip on its way to a strip.
 struct ClipPlacement {
     const OtioItem& clip;
-    const Frame& around;
-    const Frame& inside;
-    const Where& where;
-    const OtioContext& context;
+    const Surroundings& around;
+    const TimeMap& inside;
+    const Reading& reading;
     /// Output seconds.
     Rational begin;
     Rational end;
@@ -51,13 +54,10 @@ struct ClipPlacement {
     Rational sourceRate;
 
     std::int64_t samples(const Rational& seconds) const {
-        return samplesAt(seconds, context.timeline.sampleRate);
+        return samplesAt(seconds, reading.timeline.sampleRate);
     }
     void note(std::string text, bool silences = false) const {
-        context.timeline.notes.push_back({.where = where.text(),
-                                          .text = std::move(text),
-                                          .at = samples(std::max(begin, around.windowBegin())),
-                                          .silences = silences});
+        reading.note(std::move(text), samples(std::max(begin, around.time.windowBegin())), silences);
     }
 };
 
@@ -75,7 +75,7 @@ void setRange(const ClipPlacement& placement, TimelineStrip& strip) {
     settings.from = settings.reverse ? first - count : first;
     settings.to = settings.from + count;
     if (count > longestRange || settings.from < -farthestPosition || settings.to > farthestPosition)
-        placement.where.fail("plays more samples than any file can have");
+        placement.reading.fail("plays more samples than any file can have");
     settings.speed = speed.value();
 }
 
@@ -85,13 +85,13 @@ void setConverter(const ClipPlacement& placement, StripSettings& settings) {
     try {
         requireSpeed(settings.speed);
     } catch (const std::invalid_argument& error) {
-        placement.where.fail(error.what());
+        placement.reading.fail(error.what());
     }
     settings.converter = placement.clip.sound.converter.value_or(Converter::filtering);
     if (settings.speed == 1.0) {
         settings.converter = Converter::none;
     } else if (settings.converter == Converter::none) {
-        placement.where.fail("the converter \"none\" plays at speed 1 only");
+        placement.reading.fail("the converter \"none\" plays at speed 1 only");
     } else if (settings.converter == Converter::filtering && !isFilteringSpeed(settings.speed)) {
         settings.converter = Converter::linear;
         placement.note(linearInstead);
@@ -113,7 +113,7 @@ void fitFades(const ClipPlacement& placement, std::uint64_t range, FadePlan& pla
     }
     placement.note(
         "the fades are longer than the clip by " +
-            inSeconds(static_cast<std::int64_t>(sum - range), placement.context.timeline.sampleRate) +
+            inSeconds(static_cast<std::int64_t>(sum - range), placement.reading.timeline.sampleRate) +
             ", and shortened",
         true);
     const double share = static_cast<double>(range) / static_cast<double>(sum);
@@ -123,7 +123,8 @@ void fitFades(const ClipPlacement& placement, std::uint64_t range, FadePlan& pla
 
 /// Fades belong to the start and the end of the clip in the time around the clip. Where that time runs
 /// backwards, the two change places.
-void setFades(const ClipPlacement& placement, const Transitions& transitions, StripSettings& settings) {
+void setFades(const ClipPlacement& placement, StripSettings& settings) {
+    const Transitions& transitions = placement.around.transitions;
     const ItemSound& sound = placement.clip.sound;
     const auto length = [&](const std::optional<Rational>& transition, const std::optional<Rational>& fade) {
         const Rational seconds = transition.value_or(fade.value_or(Rational()));
@@ -134,7 +135,7 @@ void setFades(const ClipPlacement& placement, const Transitions& transitions, St
     plan.fadeOutSamples = length(transitions.fadeOut, sound.fadeOut);
     plan.fadeInCurve = transitions.fadeIn ? transitions.fadeInCurve : sound.fadeInCurve;
     plan.fadeOutCurve = transitions.fadeOut ? transitions.fadeOutCurve : sound.fadeOutCurve;
-    if (placement.around.reversed()) {
+    if (placement.around.time.reversed()) {
         std::swap(plan.fadeInSamples, plan.fadeOutSamples);
         std::swap(plan.fadeInCurve, plan.fadeOutCurve);
     }
@@ -142,20 +143,21 @@ void setFades(const ClipPlacement& placement, const Transitions& transitions, St
         placement.note("a transition takes the place of the clip's own fade");
     fitFades(placement, static_cast<std::uint64_t>(settings.to - settings.from), plan);
 }
+
 /// Key times count from where the item starts, not from where a transition lets the clip start. On the
 /// automation the positions are source samples of the strip.
-void setLevels(const ClipPlacement& placement, const Rational& start, double gainDb, TimelineStrip& strip) {
+void setLevels(const ClipPlacement& placement, TimelineStrip& strip) {
     const ItemSound& sound = placement.clip.sound;
-    strip.gainDb = sound.gainDb + gainDb;
+    strip.gainDb = sound.gainDb + placement.around.gainDb;
     std::vector<DecibelKey> keys;
     double loudest = silentDecibels;
     for (const TimedDecibels& key : sound.keys) {
-        const Rational output = placement.around.at(start + key.time);
+        const Rational output = placement.around.time.at(placement.around.start + key.time);
         const Rational played = (output - placement.begin) / magnitude(placement.inside.scale());
         keys.push_back({placement.samples(played), key.decibels});
         loudest = std::max(loudest, key.decibels);
     }
-    if (placement.around.reversed())
+    if (placement.around.time.reversed())
         std::reverse(keys.begin(), keys.end());
     // An automation ends at +10 dB; the fixed gain carries what is above.
     const double above = std::max(0.0, loudest - faderTopDecibels);
@@ -165,26 +167,23 @@ void setLevels(const ClipPlacement& placement, const Rational& start, double gai
         strip.settings.automation = AutomationWalk{Automation(nodesAlong(keys))};
     strip.gainDb += above;
     if (strip.gainDb > highestGainDb)
-        placement.where.fail("all gains together are more than +60 dB");
+        placement.reading.fail("all gains together are more than +60 dB");
 }
 
 /// What the file is known to have counts; else what the timeline says of it.
 void noteMissingMaterial(const ClipPlacement& placement, const TimelineStrip& strip) {
     const OtioItem& clip = placement.clip;
-    Timeline& timeline = placement.context.timeline;
-    std::optional<std::int64_t> length;
-    if (const std::optional<MediaFacts>& facts = placement.context.media.of(clip.media).facts)
-        length = lengthAt(timeline.sampleRate, *facts);
-    else if (clip.mediaDuration)
+    std::optional<std::int64_t> length = placement.reading.lengthOf(clip.media);
+    if (!length && clip.mediaDuration)
         length = placement.samples(*clip.mediaDuration);
-    noteSilentEnds(strip, length, placement.samples(clip.frame), clip.startsEmpty, placement.where, timeline);
-    noteOutsideAutomation(strip, placement.where, timeline);
+    noteSilentEnds(strip, length, placement.samples(clip.frame), clip.startsEmpty, placement.reading);
+    noteOutsideAutomation(strip, placement.reading);
 }
 
 /// Leaves the part inside the window, with fades and automation as they are. Returns false where nothing is
 /// left.
 bool cutToWindow(const ClipPlacement& placement, TimelineStrip& strip) {
-    const Frame& around = placement.around;
+    const TimeMap& around = placement.around.time;
     const TimelineSample begin = placement.samples(std::max(placement.begin, around.windowBegin()));
     const TimelineSample end = placement.samples(std::min(placement.end, around.windowEnd()));
     strip.skip = OutputSample() + (begin - strip.at);
@@ -195,43 +194,41 @@ bool cutToWindow(const ClipPlacement& placement, TimelineStrip& strip) {
 
 } // namespace
 
-std::optional<TimelineStrip> placeClip(const OtioItem& clip, const Rational& start, const Frame& around,
-                                       const Transitions& transitions, double gainDb, const Where& where,
-                                       const OtioContext& context) {
-    // The frame is that of the clip without transitions, which lengthen the clip but do not move the content.
-    const Frame inside = around.into(clip, start);
-    const auto [begin, end] = std::minmax(
-        {around.at(start - transitions.before), around.at(start + clip.range.duration + transitions.after)});
-    const Rational rate(context.timeline.sampleRate);
-    const ClipPlacement placement{clip,    around, inside, where,
-                                  context, begin,  end,    magnitude(around.scale() / inside.scale()) * rate};
+std::optional<TimelineStrip> placeClip(const OtioItem& clip, const Surroundings& around,
+                                       const Reading& reading) {
+    // Of the clip without transitions, which lengthen the clip but do not move the content.
+    const TimeMap inside = around.time.into(clip, around.start);
+    const auto [begin, end] = around.outputOf(clip);
+    const Rational rate(reading.timeline.sampleRate);
+    const ClipPlacement placement{
+        clip, around, inside, reading, begin, end, magnitude(around.time.scale() / inside.scale()) * rate};
     TimelineStrip strip;
     strip.name = clip.name;
     strip.media = clip.media;
     strip.routing = clip.sound.routing;
     setRange(placement, strip);
     setConverter(placement, strip.settings);
-    setFades(placement, transitions, strip.settings);
-    setLevels(placement, start, gainDb, strip);
-    strip.settings.sampleRate = context.timeline.sampleRate;
+    setFades(placement, strip.settings);
+    setLevels(placement, strip);
+    strip.settings.sampleRate = reading.timeline.sampleRate;
     strip.settings.equaliser = clip.sound.equaliser;
-    requireBands(strip.settings.equaliser, strip.settings.sampleRate, where);
+    requireBands(strip.settings.equaliser, reading);
     if (!cutToWindow(placement, strip))
         return std::nullopt;
     noteMissingMaterial(placement, strip);
     return strip;
 }
 
-TimelineStrip silentClip(const OtioItem& clip, const Rational& start, const Frame& around,
-                         const OtioContext& context) {
-    const auto [begin, end] = std::minmax({around.at(start), around.at(start + clip.range.duration)});
-    const int sampleRate = context.timeline.sampleRate;
+TimelineStrip silentClip(const OtioItem& clip, const Surroundings& around, int sampleRate) {
+    const TimeMap& time = around.time;
+    const auto [begin, end] =
+        std::minmax({time.at(around.start), time.at(around.start + clip.range.duration)});
     TimelineStrip strip;
     strip.name = clip.name;
     strip.media = clip.media;
-    strip.at = samplesAt(std::max(begin, around.windowBegin()), sampleRate);
+    strip.at = samplesAt(std::max(begin, time.windowBegin()), sampleRate);
     strip.length =
-        std::max<std::int64_t>(samplesAt(std::min(end, around.windowEnd()), sampleRate) - strip.at, 0);
+        std::max<std::int64_t>(samplesAt(std::min(end, time.windowEnd()), sampleRate) - strip.at, 0);
     strip.settings.sampleRate = sampleRate;
     strip.settings.from = samplesAt(clip.range.start - clip.mediaStart, sampleRate);
     // At normal speed, until the effects are read.

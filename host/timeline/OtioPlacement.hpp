@@ -3,20 +3,21 @@
 #include "host/timeline/OtioItem.hpp"
 
 #include <optional>
+#include <utility>
 
 namespace audlmd::timeline {
 
 /// How the time inside an item becomes output time: straight, and exact. A negative scale plays backwards.
-/// output = origin + scale x content. Frames are nested from the whole timeline down to the content of a
-/// clip; fractions keep the place exact at any depth.
-class Frame {
+/// output = origin + scale x content. Maps are nested from the whole timeline down to the content of a clip;
+/// fractions keep the place exact at any depth.
+class TimeMap {
 public:
     /// Of the whole timeline: output time is the time inside, from 0 on.
-    Frame() = default;
+    TimeMap() = default;
 
-    /// The frame of the content of an item that starts at `start` of this frame's time. The item's range and
+    /// The map of the content of an item that starts at `start` of the time inside. The item's range and
     /// speed count. Where the item trims its content, nothing outside of it sounds.
-    Frame into(const OtioItem& item, const Rational& start) const;
+    TimeMap into(const OtioItem& item, const Rational& start) const;
 
     /// Of the content, in output seconds.
     Rational at(const Rational& content) const { return origin_ + scale_ * content; }
@@ -51,19 +52,30 @@ struct Transitions {
     FadeCurve fadeOutCurve = FadeCurve::power;
 };
 
+/// Where an item stands, and what its surroundings make of it.
+struct Surroundings {
+    /// The time around the item.
+    TimeMap time;
+    /// Where the item starts in that time.
+    Rational start;
+    Transitions transitions = {};
+    /// Of all compositions around the item.
+    double gainDb = 0.0;
+
+    /// From when to when the item sounds, in output seconds, with its transitions and beyond the window.
+    std::pair<Rational, Rational> outputOf(const OtioItem& item) const;
+};
+
 /// The nearest sample. Throws std::overflow_error beyond farthestPosition.
 std::int64_t samplesAt(const Rational& seconds, int sampleRate);
 
-/// Where and how a clip sounds that starts at `start` of the time around it. Nothing where it lies outside of
-/// the frame's window. `gainDb` is that of all compositions around the clip. Throws TimelineError for speeds,
+/// Where and how a clip sounds. Nothing where it lies outside of the window. Throws TimelineError for speeds,
 /// gains and equalisers that a strip cannot have, and std::overflow_error. The times of a clip are rounded to
 /// samples here, and only here: neighbours whose ends meet exactly round to the same sample.
-std::optional<TimelineStrip> placeClip(const OtioItem& clip, const Rational& start, const Frame& around,
-                                       const Transitions& transitions, double gainDb, const Where& where,
-                                       const OtioContext& context);
+std::optional<TimelineStrip> placeClip(const OtioItem& clip, const Surroundings& around,
+                                       const Reading& reading);
 
 /// The place of a clip that is silent, and where its material begins; no speed, fades or levels.
-TimelineStrip silentClip(const OtioItem& clip, const Rational& start, const Frame& around,
-                         const OtioContext& context);
+TimelineStrip silentClip(const OtioItem& clip, const Surroundings& around, int sampleRate);
 
 } // namespace audlmd::timeline

@@ -10,7 +10,7 @@ namespace audlmd::timeline {
 /// The name of a value's OTIO_SCHEMA, without its version. Empty where the value has none. Throws
 /// TimelineError for a version of a known schema that this reader does not know. An unknown schema is no
 /// error here: whoever asks decides between a note and an error.
-std::string schemaOf(const Json& value, const Where& where);
+std::string schemaOf(const Json& value, const Reading& reading);
 
 /// Only the letters of ASCII, in any locale. Programs differ in how they write words.
 std::string lowered(std::string text);
@@ -38,7 +38,7 @@ enum class Sign { notNegative, any };
 /// Throws TimelineError for a time that is missing, of a sign that is not allowed or longer than
 /// longestSeconds; the text starts with `what`. Reads a RationalTime: the value is frames, which may have a
 /// fraction.
-OtioTime timeIn(const Json& parent, const std::string& key, const Where& where, const std::string& what,
+OtioTime timeIn(const Json& parent, const std::string& key, const Reading& reading, const std::string& what,
                 Sign sign = Sign::notNegative);
 
 /// A range, the rate of its duration, and its start as it is written.
@@ -49,8 +49,15 @@ struct OtioRange {
 };
 
 /// Nothing where the member is missing or null. Throws TimelineError as timeIn() does. The start may be
-/// negative. Start and duration may
-/// have different rates; the one of the duration counts as the item's frame rate.
-std::optional<OtioRange> rangeIn(const Json& parent, const std::string& key, const Where& where);
+/// negative. Start and duration may have different rates; the one of the duration counts as the item's frame
+/// rate.
+std::optional<OtioRange> rangeIn(const Json& parent, const std::string& key, const Reading& reading);
+
+/// Reads a clip's active media reference: the path, and why the clip is silent if the reference names no
+/// sound. A clip without a reference to a file has its own name, or that of its reference, for a path.
+/// Returns the medium's range, from the timeline, else from ReadOptions::media; nothing where neither knows.
+/// `shown` is the clip's source_range. Sets item.media, and adds a silence and notes.
+std::optional<OtioRange> readMedia(const Json& clip, const std::optional<OtioRange>& shown,
+                                   const Reading& reading, OtioItem& item);
 
 } // namespace audlmd::timeline

@@ -61,8 +61,12 @@ std::string Where::text() const {
     return place.empty() ? "timeline" : place;
 }
 
-void Where::fail(const std::string& sentence) const {
-    throw TimelineError(text(), sentence);
+Where whereIs(const Timeline& timeline, std::size_t track, std::size_t strip) {
+    const auto named = [](const std::string& name, std::size_t number) {
+        return name.empty() ? "#" + std::to_string(number + 1) : name;
+    };
+    return {.track = named(timeline.tracks[track].name, track),
+            .clip = named(timeline.tracks[track].strips[strip].name, strip)};
 }
 
 } // namespace audlmd::timeline

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "host/mix/Timeline.hpp"
+
 #include <cstddef>
 #include <stdexcept>
 #include <string>
@@ -28,16 +30,17 @@ private:
 /// every text of a file that goes into a message.
 std::string printable(std::string_view text, std::size_t longest = 80);
 
-/// The place in a timeline that a message is about. Empty names are left out. Passed down while a timeline is
-/// read, so that every error can name its place.
+/// The place in a timeline that a message is about. Empty names are left out.
 struct Where {
     std::string track;
     std::string clip;
 
     /// "track 'A1', clip 'door'", or "timeline" where both names are empty.
     std::string text() const;
-    /// Throws TimelineError: the place, a colon, the sentence.
-    [[noreturn]] void fail(const std::string& sentence) const;
 };
+
+/// The place of a strip, for messages. Tracks and strips are counted from 0; those without a name are shown
+/// as #1, #2 and so on.
+Where whereIs(const Timeline& timeline, std::size_t track, std::size_t strip);
 
 } // namespace audlmd::timeline

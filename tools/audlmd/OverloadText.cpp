@@ -1,7 +1,7 @@
 #include "tools/audlmd/OverloadText.hpp"
 
 #include "host/signal/GainLaws.hpp"
-#include "host/timeline/TimelineFiles.hpp"
+#include "host/timeline/List.hpp"
 
 #include <iomanip>
 #include <sstream>

@@ -18,7 +18,7 @@ TEST(JsonTimeline, KeepsEveryKey) {
             "automation": {"points": [[-1, "-inf"], [2, "-inf"]], "reverse": true},
             "routing": [[0.5, -0.25]]}]}]})");
     const Timeline read = readJson(written, options());
-    EXPECT_EQ(writeJson(read), written);
+    EXPECT_EQ(Json::parse(writeJson(read)), written);
     const TimelineStrip& strip = read.tracks.at(0).strips.at(0);
     EXPECT_EQ(strip.settings.fade.fadeOutSamples, 6U);
     EXPECT_EQ(strip.settings.fade.fadeOutCurve, FadeCurve::power);
@@ -67,7 +67,7 @@ TEST(JsonTimeline, NotesWhatIsSilentOnce) {
         EXPECT_EQ(read.notes[i].silences, i < 2);
     }
     EXPECT_EQ(endOfSound(read), 9 + 97'000);
-    EXPECT_EQ(writeJson(readJson(writeJson(read), how)), writeJson(read));
+    EXPECT_EQ(writeJson(readTimeline(writeJson(read), how)), writeJson(read));
 }
 
 TEST(JsonTimeline, RefusesNamingStripAndKey) {

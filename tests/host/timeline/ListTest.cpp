@@ -1,3 +1,5 @@
+#include "host/timeline/List.hpp"
+
 #include "tests/host/timeline/TimelineFixture.hpp"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "host/timeline/JsonReader.hpp"
+#include "host/timeline/OtioReader.hpp"
 #include "host/timeline/TimelineError.hpp"
 #include "host/timeline/TimelineFiles.hpp"
 

@@ -1,4 +1,6 @@
 #include "host/inlined/InlinedRenderFunctions.hpp"
+#include "host/timeline/List.hpp"
+#include "host/timeline/TimelineError.hpp"
 #include "host/timeline/TimelineFiles.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Progress.hpp"
@@ -134,7 +136,7 @@ private:
 
     void list() {
         if (options_.as == "json") {
-            std::fprintf(report(), "%s\n", timeline::writeJson(timeline_).dump(2).c_str());
+            std::fprintf(report(), "%s\n", timeline::writeJson(timeline_).c_str());
             // Not in the JSON: who mixes that may have the media.
             return tellNotes(stderr, failures_);
         }

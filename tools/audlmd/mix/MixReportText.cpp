@@ -1,9 +1,11 @@
 #include "tools/audlmd/mix/MixReportText.hpp"
 
 #include "host/signal/GainLaws.hpp"
-#include "host/timeline/Json.hpp"
-#include "host/timeline/TimelineFiles.hpp"
+#include "host/timeline/List.hpp"
+#include "host/timeline/TimelineError.hpp"
 #include "tools/audlmd/OverloadText.hpp"
+
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cmath>
@@ -15,7 +17,7 @@
 namespace audlmd::command {
 namespace {
 
-using timeline::Json;
+using Json = nlohmann::json;
 
 constexpr std::size_t mostLines = 12;
 

@@ -2,6 +2,7 @@
 
 #include "host/cache/FilmContainer.hpp"
 #include "host/cache/SoundFile.hpp"
+#include "host/timeline/TimelineError.hpp"
 #include "host/timeline/TimelineFiles.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/options/Parsers.hpp"

@@ -2,7 +2,7 @@
 
 #include "host/mix/RateConvertedSource.hpp"
 #include "host/play/LiveContent.hpp"
-#include "host/timeline/TimelineFiles.hpp"
+#include "host/timeline/TimelineError.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/mix/TimelineInput.hpp"
 

@@ -1,11 +1,11 @@
-#include "host/timeline/MediaRange.hpp"
+#include "host/timeline/StripCheck.hpp"
 
 #include <algorithm>
 #include <cmath>
-#include <exception>
 #include <iomanip>
 #include <span>
 #include <sstream>
+#include <stdexcept>
 
 namespace audlmd::timeline {
 namespace {
@@ -15,25 +15,15 @@ constexpr std::int64_t tolerance = 2;
 
 } // namespace
 
-const MediaAnswers::Answer& MediaAnswers::of(const std::string& media) {
-    const auto [entry, isNew] = answers_.try_emplace(media);
-    Answer& answer = entry->second;
-    if (!isNew || !options_.media)
-        return answer;
+void requireBands(const std::vector<EqualiserBand>& bands, const Reading& reading) {
+    if (bands.size() > equaliserBandCount)
+        reading.fail("the equaliser has " + std::to_string(bands.size()) + " bands; five is the most");
     try {
-        answer.facts = options_.media(media);
-        if (answer.facts && answer.facts->sampleRate <= 0)
-            answer = {std::nullopt, "it has no sample rate"};
-    } catch (const std::exception& error) {
-        answer.problem = printable(error.what(), std::string_view::npos);
+        for (const EqualiserBand& band : bands)
+            sectionOf(band, reading.timeline.sampleRate);
+    } catch (const std::invalid_argument& error) {
+        reading.fail(std::string("equaliser: ") + error.what());
     }
-    return answer;
-}
-
-std::int64_t lengthAt(int sampleRate, const MediaFacts& facts) {
-    const double scale = static_cast<double>(sampleRate) / facts.sampleRate;
-    return std::llround(
-        std::min(static_cast<double>(facts.length) * scale, static_cast<double>(farthestPosition)));
 }
 
 MaterialSpan heardOf(const TimelineStrip& strip) {
@@ -55,14 +45,12 @@ std::string inSeconds(std::int64_t samples, int sampleRate) {
 }
 
 void noteSilentEnds(const TimelineStrip& strip, std::optional<std::int64_t> length, std::int64_t rounding,
-                    bool emptyStart, const Where& where, Timeline& timeline) {
+                    bool emptyStart, const Reading& reading) {
     const MaterialSpan heard = heardOf(strip);
     const auto note = [&](std::int64_t samples, const char* end, bool isMeant) {
         if (samples > tolerance)
-            timeline.notes.push_back({.where = where.text(),
-                                      .text = "plays " + inSeconds(samples, timeline.sampleRate) + end,
-                                      .at = strip.at,
-                                      .silences = !isMeant && samples > rounding});
+            reading.note("plays " + inSeconds(samples, reading.timeline.sampleRate) + end, strip.at,
+                         !isMeant && samples > rounding);
     };
     note(std::min<MaterialSample>(heard.to, 0) - heard.from, " before the start of its file; silence there",
          emptyStart);
@@ -71,7 +59,7 @@ void noteSilentEnds(const TimelineStrip& strip, std::optional<std::int64_t> leng
              " beyond the end of its file; silence there", false);
 }
 
-void noteOutsideAutomation(const TimelineStrip& strip, const Where& where, Timeline& timeline) {
+void noteOutsideAutomation(const TimelineStrip& strip, const Reading& reading) {
     const StripSettings& settings = strip.settings;
     if (!settings.automation)
         return;
@@ -80,10 +68,8 @@ void noteOutsideAutomation(const TimelineStrip& strip, const Where& where, Timel
         if (samples <= tolerance)
             return;
         const auto heard = static_cast<std::int64_t>(static_cast<double>(samples) / settings.speed);
-        timeline.notes.push_back(
-            {.where = where.text(),
-             .text = "the automation has points up to " + inSeconds(heard, timeline.sampleRate) + end,
-             .at = strip.at});
+        reading.note("the automation has points up to " + inSeconds(heard, reading.timeline.sampleRate) + end,
+                     strip.at);
     };
     note(-nodes.front().position, " before the clip");
     note(nodes.back().position - (settings.to - settings.from), " beyond the clip");

@@ -1,7 +1,8 @@
 #include "host/timeline/OtioItem.hpp"
-#include "host/timeline/OtioMedia.hpp"
+
 #include "host/timeline/OtioSchema.hpp"
 #include "host/timeline/OtioSound.hpp"
+#include "host/timeline/TimelineError.hpp"
 
 #include <algorithm>
 #include <stdexcept>
@@ -33,13 +34,13 @@ void lackLength(OtioItem& item, const std::string& reason) {
 }
 
 /// Where the medium of a clip begins, and what the clip shows of it. Returns the clip's frame rate.
-Rational readClipRange(const Json& value, const Where& where, const OtioContext& context, OtioItem& item) {
+Rational readClipRange(const Json& value, const Reading& reading, OtioItem& item) {
     std::optional<OtioRange> shown;
     std::optional<OtioRange> available;
-    const bool isShown = attempt(item, [&] { shown = rangeIn(value, "source_range", where); });
-    attempt(item, [&] { available = readMedia(value, shown, where, context, item); });
+    const bool isShown = attempt(item, [&] { shown = rangeIn(value, "source_range", reading); });
+    attempt(item, [&] { available = readMedia(value, shown, reading, item); });
     if (!isShown || (!shown && !available)) {
-        const std::string& problem = context.media.of(item.media).problem;
+        const std::string& problem = reading.media.of(item.media).problem;
         lackLength(item,
                    "neither source_range nor available_range says how long the clip is, and its file '" +
                        printable(item.media) +
@@ -71,9 +72,9 @@ Rational contentDuration(const OtioItem& item) {
 }
 
 /// A child of an item that is not played. Only its length counts.
-OtioItem parseUnheard(const Json& value, const Where& where, int depth, const OtioContext& context) {
+OtioItem parseUnheard(const Json& value, int depth, const Reading& reading) {
     try {
-        return parseItem(value, where, depth, context);
+        return parseItem(value, depth, reading);
     } catch (const TimelineError& error) {
         OtioItem unreadable;
         lackLength(unreadable, error.sentence());
@@ -82,65 +83,62 @@ OtioItem parseUnheard(const Json& value, const Where& where, int depth, const Ot
 }
 
 /// A child without a name gets its number, counted from 1, so that every message names a place.
-void parseChildren(const Json& value, const Where& where, int depth, const OtioContext& context,
-                   OtioItem& item) {
+void parseChildren(const Json& value, int depth, const Reading& reading, OtioItem& item) {
     const Json* children = member(value, "children");
     if (children == nullptr)
         return;
     if (!children->is_array())
-        where.fail("\"children\" is not a list");
+        reading.fail("\"children\" is not a list");
     for (const Json& child : *children) {
         const std::size_t number = item.children.size() + 1;
         std::string name = textIn(child, "name");
         if (name.empty())
             name = "#" + std::to_string(number);
         // The rows of the user are the tracks at the top.
-        const Where inside = depth == 0 ? Where{name, {}} : Where{where.track, name};
-        item.children.push_back(item.silence.empty() ? parseItem(child, inside, depth + 1, context)
-                                                     : parseUnheard(child, inside, depth + 1, context));
+        const Reading inside = reading.at(depth == 0 ? Where{name, {}} : Where{reading.where.track, name});
+        item.children.push_back(item.silence.empty() ? parseItem(child, depth + 1, inside)
+                                                     : parseUnheard(child, depth + 1, inside));
         item.children.back().name = name;
     }
 }
 
 /// How an item that is not silent sounds.
-void readSoundOf(const Json& value, const Rational& frameRate, const Where& where, const OtioContext& context,
-                 OtioItem& item) {
+void readSoundOf(const Json& value, const Rational& frameRate, const Reading& reading, OtioItem& item) {
     if (item.silence.empty())
-        attempt(item, [&] { readSound(value, frameRate, where, context, item); });
+        attempt(item, [&] { readSound(value, frameRate, reading, item); });
 }
 
 /// Children are read first, because the duration follows from them where the file gives none.
-void parseComposition(const Json& value, const Where& where, int depth, const OtioContext& context,
-                      OtioItem& item) {
+void parseComposition(const Json& value, int depth, const Reading& reading, OtioItem& item) {
     if (depth > deepestNesting)
-        where.fail("stacks and tracks hold one another more than " + std::to_string(deepestNesting) +
-                   " levels deep");
-    parseChildren(value, where, depth, context, item);
+        reading.fail("stacks and tracks hold one another more than " + std::to_string(deepestNesting) +
+                     " levels deep");
+    parseChildren(value, depth, reading, item);
     std::optional<OtioRange> range;
-    if (!attempt(item, [&] { range = rangeIn(value, "source_range", where); }))
+    if (!attempt(item, [&] { range = rangeIn(value, "source_range", reading); }))
         lackLength(item, {});
     item.trimmed = range.has_value();
     item.range = range ? range->range : Range{Rational(), contentDuration(item)};
-    readSoundOf(value, range ? range->rate : Rational(24), where, context, item);
+    readSoundOf(value, range ? range->rate : Rational(24), reading, item);
 }
 
 /// The curve of both sides is kept in fadeInCurve.
-void parseTransition(const Json& value, const Where& where, OtioItem& item) {
-    item.inOffset = timeIn(value, "in_offset", where, "the in_offset of a transition").seconds;
-    item.outOffset = timeIn(value, "out_offset", where, "the out_offset of a transition").seconds;
+void parseTransition(const Json& value, const Reading& reading, OtioItem& item) {
+    item.inOffset = timeIn(value, "in_offset", reading, "the in_offset of a transition").seconds;
+    item.outOffset = timeIn(value, "out_offset", reading, "the out_offset of a transition").seconds;
     item.sound.fadeInCurve = curveIn(value, FadeCurve::power);
 }
 
 /// A marker changes nothing of the sound, so a broken one becomes a note.
-void parseMarkers(const Json& value, const Where& where, OtioItem& item) {
+void parseMarkers(const Json& value, const Reading& reading, OtioItem& item) {
     const Json* markers = member(value, "markers");
     if (markers == nullptr)
         return;
     for (const Json& marker : *markers) {
         const std::string name = textIn(marker, "name");
         try {
-            schemaOf(marker, where);
-            if (const std::optional<OtioRange> range = rangeIn(marker, "marked_range", where))
+            schemaOf(marker, reading);
+            if (const std::optional<OtioRange> range = rangeIn(marker, "marked_range", reading))
                 item.markers.emplace_back(name, range->range.start);
         } catch (const TimelineError& error) {
             item.note("the marker '" + printable(name) + "' is left out: " + error.sentence());
@@ -149,7 +147,7 @@ void parseMarkers(const Json& value, const Where& where, OtioItem& item) {
 }
 
 /// "Filler" and "Sequence" are the old names of Gap and Track.
-ItemKind kindOf(const std::string& schema, const Where& where) {
+ItemKind kindOf(const std::string& schema, const Reading& reading) {
     if (schema == "Clip")
         return ItemKind::clip;
     if (schema == "Gap" || schema == "Filler")
@@ -161,48 +159,47 @@ ItemKind kindOf(const std::string& schema, const Where& where) {
     if (schema == "Transition")
         return ItemKind::transition;
     if (schema.empty())
-        where.fail("there is no OTIO_SCHEMA here");
-    where.fail("schema " + printable(schema) + " is not known in this place");
+        reading.fail("there is no OTIO_SCHEMA here");
+    reading.fail("schema " + printable(schema) + " is not known in this place");
 }
 
 /// Sums of times can overflow anywhere below, see parseItem().
-void parseContent(const Json& value, const Where& where, int depth, const OtioContext& context,
-                  OtioItem& item) {
+void parseContent(const Json& value, int depth, const Reading& reading, OtioItem& item) {
     switch (item.kind) {
     case ItemKind::stack:
     case ItemKind::track:
-        parseComposition(value, where, depth, context, item);
+        parseComposition(value, depth, reading, item);
         break;
     case ItemKind::transition:
-        attempt(item, [&] { parseTransition(value, where, item); });
+        attempt(item, [&] { parseTransition(value, reading, item); });
         break;
     case ItemKind::gap:
         if (!attempt(item, [&] {
-                if (const std::optional<OtioRange> range = rangeIn(value, "source_range", where))
+                if (const std::optional<OtioRange> range = rangeIn(value, "source_range", reading))
                     item.range = range->range;
             }))
             lackLength(item, {});
         break;
     case ItemKind::clip:
-        readSoundOf(value, readClipRange(value, where, context, item), where, context, item);
+        readSoundOf(value, readClipRange(value, reading, item), reading, item);
         break;
     }
-    parseMarkers(value, where, item);
+    parseMarkers(value, reading, item);
 }
 
 /// Whether a member has the type that it must have, if it is there.
 void requireType(const Json& value, const std::string& key, Json::value_t type, const char* what,
-                 const Where& where) {
+                 const Reading& reading) {
     const Json* found = member(value, key);
     if (found != nullptr && found->type() != type)
-        where.fail("\"" + key + "\" is not " + what);
+        reading.fail("\"" + key + "\" is not " + what);
 }
 
 /// Whether the author has switched the item off, or the item is no sound.
-void readSwitches(const Json& value, const Where& where, OtioItem& item) {
-    requireType(value, "enabled", Json::value_t::boolean, "true or false", where);
-    requireType(value, "effects", Json::value_t::array, "a list", where);
-    requireType(value, "markers", Json::value_t::array, "a list", where);
+void readSwitches(const Json& value, const Reading& reading, OtioItem& item) {
+    requireType(value, "enabled", Json::value_t::boolean, "true or false", reading);
+    requireType(value, "effects", Json::value_t::array, "a list", reading);
+    requireType(value, "markers", Json::value_t::array, "a list", reading);
     if (const Json* enabled = member(value, "enabled"); enabled != nullptr && *enabled == false)
         item.beSilent("disabled in the timeline", false);
     const std::string kind = textIn(value, "kind", "Audio");
@@ -216,15 +213,15 @@ void readSwitches(const Json& value, const Where& where, OtioItem& item) {
 
 } // namespace
 
-OtioItem parseItem(const Json& value, const Where& where, int depth, const OtioContext& context) {
+OtioItem parseItem(const Json& value, int depth, const Reading& reading) {
     OtioItem item;
-    item.kind = kindOf(schemaOf(value, where), where);
+    item.kind = kindOf(schemaOf(value, reading), reading);
     item.name = textIn(value, "name");
-    readSwitches(value, where, item);
+    readSwitches(value, reading, item);
     try {
-        parseContent(value, where, depth, context, item);
+        parseContent(value, depth, reading, item);
     } catch (const std::overflow_error& error) {
-        where.fail(error.what());
+        reading.fail(error.what());
     }
     return item;
 }

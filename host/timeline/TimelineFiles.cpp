@@ -1,7 +1,13 @@
-#include "host/signal/GainLaws.hpp"
 #include "host/timeline/TimelineFiles.hpp"
 
+#include "host/signal/GainLaws.hpp"
+#include "host/timeline/JsonReader.hpp"
+#include "host/timeline/OtioReader.hpp"
+#include "host/timeline/TimelineError.hpp"
+#include "host/timeline/Words.hpp"
+
 #include <cmath>
+#include <vector>
 
 namespace audlmd::timeline {
 namespace {
@@ -62,7 +68,18 @@ Json stripOf(const TimelineStrip& strip) {
 
 } // namespace
 
-Json writeJson(const Timeline& timeline) {
+Timeline readTimeline(std::string_view text, const ReadOptions& options) {
+    const Json root = parseJson(text);
+    if (member(root, "OTIO_SCHEMA") != nullptr)
+        return readOtio(root, options);
+    if (member(root, "audlmd") != nullptr)
+        return readJson(root, options);
+    throw TimelineError(
+        "this is no timeline: there is neither an OTIO_SCHEMA, as in OpenTimelineIO (.otio), nor "
+        "the key \"audlmd\", as in our own JSON");
+}
+
+std::string writeJson(const Timeline& timeline) {
     Json root{{"audlmd", 1},
               {"name", timeline.name},
               {"sampleRate", timeline.sampleRate},
@@ -85,7 +102,7 @@ Json writeJson(const Timeline& timeline) {
         if (note.at)
             root["notes"].back()["at"] = note.at->number();
     }
-    return root;
+    return root.dump(2, ' ', false, Json::error_handler_t::replace);
 }
 
 } // namespace audlmd::timeline
