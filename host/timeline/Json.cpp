@@ -51,11 +51,9 @@ std::size_t behindQuoted(std::string_view text, std::size_t begin) {
 /// looked at, so that a sound file is not taken for a deep timeline.
 PlainText plainTextOf(std::string_view text) {
     PlainText plain;
-    const std::size_t start = text.find_first_not_of(" \t\r\n");
-    const bool looksLikeJson = start != std::string_view::npos && (text[start] == '{' || text[start] == '[');
     std::size_t copied = 0;
     int depth = 0;
-    for (std::size_t i = looksLikeJson ? start : text.size(); i < text.size();) {
+    for (std::size_t i = std::min(startOfJson(text), text.size()); i < text.size();) {
         const char c = text[i];
         if (c == '"') {
             i = behindQuoted(text, i);
@@ -87,6 +85,14 @@ std::string lineAndColumn(std::string_view text, std::size_t byte) {
 }
 
 } // namespace
+
+std::size_t startOfJson(std::string_view text) {
+    const std::size_t mark = text.starts_with("\xEF\xBB\xBF") ? 3 : 0;
+    const std::size_t start = text.find_first_not_of(" \t\r\n", mark);
+    return start != std::string_view::npos && (text[start] == '{' || text[start] == '[')
+               ? start
+               : std::string_view::npos;
+}
 
 Json parseJson(std::string_view text) {
     const PlainText plain = plainTextOf(text);

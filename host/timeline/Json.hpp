@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -10,6 +11,10 @@ namespace audlmd::timeline {
 
 /// A JSON value of any type, after RFC 8259.
 using Json = nlohmann::json;
+
+/// Where the brace or the bracket stands with which a JSON text begins, behind blanks and a mark of the byte
+/// order. npos for any other text.
+std::size_t startOfJson(std::string_view text);
 
 /// Reads JSON, in a time that grows with its length only. Throws TimelineError, with line and column, for a
 /// text that is not JSON, or that is nested more than 512 levels deep.

@@ -6,9 +6,11 @@
 #include "host/timeline/StrictObject.hpp"
 #include "host/timeline/StripCheck.hpp"
 #include "host/timeline/TimelineError.hpp"
+#include "host/words/StripWords.hpp"
+#include "host/words/Text.hpp"
+#include "host/words/Times.hpp"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <limits>
 #include <set>
@@ -32,15 +34,10 @@ std::optional<std::int64_t> timeOf(const Json& value, int sampleRate) {
         return value.get<std::int64_t>();
     if (!value.is_string())
         return std::nullopt;
-    const std::string& text = value.get_ref<const std::string&>();
-    double seconds = 0.0;
-    const char* end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, seconds);
-    const double samples = seconds * sampleRate;
-    if (error != std::errc() || stop == end || std::string_view(stop, end) != "s" ||
-        !(std::abs(samples) <= static_cast<double>(farthestPosition)))
+    const std::optional<double> seconds = words::secondsIn(value.get_ref<const std::string&>());
+    if (!seconds || !(std::abs(*seconds * sampleRate) <= static_cast<double>(farthestPosition)))
         return std::nullopt;
-    return std::llround(samples);
+    return std::llround(*seconds * sampleRate);
 }
 
 /// `otherwise` and `lowest` are samples.
@@ -64,7 +61,7 @@ void readFade(StrictObject& parent, const std::string& key, std::uint64_t& sampl
         return;
     StrictObject fields(*found, parent.reading());
     samples = static_cast<std::uint64_t>(timeIn(fields, "length", 0));
-    curve = fields.word("curve", curveWords).value_or(curve);
+    curve = fields.word("curve", words::curveWords).value_or(curve);
     fields.finish();
 }
 
@@ -153,7 +150,7 @@ void noteUnplayed(const TimelineStrip& strip, const Reading& reading) {
 /// place.
 bool readSpeed(StrictObject& fields, StripSettings& settings) {
     settings.speed = fields.number("speed", 1.0, slowestSpeed, fastestSpeed);
-    settings.converter = fields.word("converter", converterWords)
+    settings.converter = fields.word("converter", words::converterWords)
                              .value_or(settings.speed == 1.0 ? Converter::none : Converter::filtering);
     if (settings.converter != Converter::filtering || isFilteringSpeed(settings.speed))
         return false;
@@ -223,7 +220,7 @@ void readNotes(StrictObject& fields, const Reading& reading) {
             StrictObject note(value, reading);
             // Shown as they are.
             const auto text = [&](const char* key) {
-                return printable(note.text(key, ""), std::string_view::npos);
+                return words::printable(note.text(key, ""), std::string_view::npos);
             };
             TimelineNote read{text("where"), text("text")};
             if (note.find("at") != nullptr)
@@ -258,8 +255,8 @@ Timeline readJson(const Json& root, const ReadOptions& options) {
     timeline.channels = static_cast<std::size_t>(
         fields.whole("channels", static_cast<std::int64_t>(options.channels), 1, mostChannels));
     if (!options.timeline.empty() && timeline.name != options.timeline)
-        throw TimelineError("no timeline of the file is named '" + printable(options.timeline) +
-                            "'; there is '" + printable(timeline.name) + "'");
+        throw TimelineError("no timeline of the file is named '" + words::printable(options.timeline) +
+                            "'; there is '" + words::printable(timeline.name) + "'");
     timeline.timeReference = timeIn(fields, "timeReference", 0);
     readMarkers(fields, reading);
     readNotes(fields, reading);

@@ -2,7 +2,7 @@
 
 #include "host/mix/Timeline.hpp"
 #include "host/timeline/Json.hpp"
-#include "host/timeline/ReadOptions.hpp"
+#include "host/timeline/TimelineFiles.hpp"
 
 namespace audlmd::timeline {
 

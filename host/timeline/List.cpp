@@ -2,13 +2,12 @@
 
 #include "host/timeline/StripCheck.hpp"
 #include "host/timeline/TimelineError.hpp"
-#include "host/timeline/Words.hpp"
+#include "host/words/Numbers.hpp"
+#include "host/words/StripWords.hpp"
+#include "host/words/Text.hpp"
+#include "host/words/Times.hpp"
 
 #include <algorithm>
-#include <array>
-#include <cmath>
-#include <cstdio>
-#include <sstream>
 #include <unordered_map>
 
 namespace audlmd::timeline {
@@ -24,14 +23,7 @@ std::size_t widthOf(const std::string& text) {
 
 template <class Clock>
 std::string spanText(Span<Clock> span, int sampleRate) {
-    return clock(span.from.number(), sampleRate) + " - " + clock(span.to.number(), sampleRate);
-}
-
-std::string number(double value) {
-    std::ostringstream text;
-    text.precision(6);
-    text << value;
-    return text.str();
+    return words::clock(span.from.number(), sampleRate) + " - " + words::clock(span.to.number(), sampleRate);
 }
 
 /// Lengths as heard.
@@ -40,7 +32,8 @@ std::string fades(const StripSettings& settings, int sampleRate) {
         if (samples == 0)
             return std::string();
         const double seconds = static_cast<double>(samples) / settings.speed / sampleRate;
-        return std::string(name) + " " + number(seconds) + "s " + std::string(wordOf(curveWords, curve));
+        return std::string(name) + " " + words::numberText(seconds) + "s " +
+               std::string(words::wordOf(words::curveWords, curve));
     };
     const FadePlan& plan = settings.fade;
     const std::string in = one("in", plan.fadeInSamples, plan.fadeInCurve);
@@ -48,14 +41,10 @@ std::string fades(const StripSettings& settings, int sampleRate) {
     return in.empty() || out.empty() ? in + out : in + ", " + out;
 }
 
-/// In the form of the command line's option for bands. Pass filters have no gain.
 std::string equaliserText(const std::vector<EqualiserBand>& bands) {
     std::string text;
-    for (const EqualiserBand& band : bands) {
-        const bool hasGain = band.kind != BandKind::highPass && band.kind != BandKind::lowPass;
-        text += (text.empty() ? "" : " ") + std::string(wordOf(bandWords, band.kind)) + ":" +
-                number(band.frequency) + (hasGain ? ":" + number(band.gainDb) : "") + ":" + number(band.q);
-    }
+    for (const EqualiserBand& band : bands)
+        text += (text.empty() ? "" : " ") + words::bandText(band);
     return text;
 }
 
@@ -73,18 +62,18 @@ Row rowOf(const Timeline& timeline, const std::string& track, const TimelineStri
     const StripSettings& settings = strip.settings;
     const int sampleRate = timeline.sampleRate;
     const MaterialSpan heard = heardOf(strip);
-    Row row{printable(track),
-            printable(strip.name),
+    Row row{words::printable(track),
+            words::printable(strip.name),
             spanText(TimelineSpan{strip.at, strip.at + strip.length}, sampleRate),
             spanText(heard, sampleRate),
-            number(settings.speed),
+            words::numberText(settings.speed),
             settings.reverse ? "backwards" : "forwards",
-            number(strip.gainDb) + " dB" + (settings.automation ? " + automation" : ""),
+            words::numberText(strip.gainDb) + " dB" + (settings.automation ? " + automation" : ""),
             fades(settings, sampleRate),
             equaliserText(settings.equaliser),
-            printable(strip.silence.empty() ? fileOf(strip.media) : "silent: " + strip.silence)};
+            words::printable(strip.silence.empty() ? fileOf(strip.media) : "silent: " + strip.silence)};
     if (timeline.timeReference != 0)
-        row.insert(row.begin() + 2, clock(timeline.timeReference + strip.at.number(), sampleRate));
+        row.insert(row.begin() + 2, words::clock(timeline.timeReference + strip.at.number(), sampleRate));
     return row;
 }
 
@@ -104,37 +93,22 @@ std::string table(const std::vector<Row>& rows) {
     return text;
 }
 
-std::string counted(std::size_t count, const char* thing) {
-    return std::to_string(count) + " " + thing + (count == 1 ? "" : "s");
-}
-
 std::string headingOf(const Timeline& timeline) {
     std::size_t strips = 0;
     for (const TimelineTrack& track : timeline.tracks)
         strips += track.strips.size();
-    std::string text = timeline.name.empty() ? "timeline" : printable(timeline.name);
-    text += ": " + clock(timeline.length, timeline.sampleRate) + " at " +
-            std::to_string(timeline.sampleRate) + " Hz, " + counted(timeline.channels, "channel") + ", " +
-            counted(strips, "clip") + " on " + counted(timeline.tracks.size(), "track");
+    std::string text = timeline.name.empty() ? "timeline" : words::printable(timeline.name);
+    text += ": " + words::clock(timeline.length, timeline.sampleRate) + " at " +
+            std::to_string(timeline.sampleRate) + " Hz, " + words::counted(timeline.channels, "channel") +
+            ", " + words::counted(strips, "clip") + " on " + words::counted(timeline.tracks.size(), "track");
     if (timeline.timeReference != 0)
-        text += "; starts at " + clock(timeline.timeReference, timeline.sampleRate);
+        text += "; starts at " + words::clock(timeline.timeReference, timeline.sampleRate);
     if (const std::int64_t end = endOfSound(timeline).number(); end < timeline.length)
-        text += "; the last sound ends at " + clock(end, timeline.sampleRate);
+        text += "; the last sound ends at " + words::clock(end, timeline.sampleRate);
     return text + "\n";
 }
 
 } // namespace
-
-std::string clock(std::int64_t samples, int sampleRate) {
-    const double seconds = static_cast<double>(samples) / sampleRate;
-    const std::int64_t milliseconds = std::llround(std::abs(seconds) * 1000.0);
-    std::array<char, 48> text{};
-    std::snprintf(
-        text.data(), text.size(), "%s%lld:%02lld:%02lld.%03lld", samples < 0 ? "-" : "",
-        static_cast<long long>(milliseconds / 3'600'000), static_cast<long long>(milliseconds / 60'000 % 60),
-        static_cast<long long>(milliseconds / 1000 % 60), static_cast<long long>(milliseconds % 1000));
-    return text.data();
-}
 
 std::vector<std::string> noteLines(std::span<const TimelineNote> notes, int sampleRate) {
     std::unordered_map<std::string, std::size_t> lineOf;
@@ -146,9 +120,9 @@ std::vector<std::string> noteLines(std::span<const TimelineNote> notes, int samp
             ++counts[known->second];
             continue;
         }
-        const std::string at = note.at ? ", at " + clock(note.at->number(), sampleRate) : "";
-        lines.push_back("note: " + printable(note.where, std::string::npos) + at + ": " +
-                        printable(note.text, std::string::npos));
+        const std::string at = note.at ? ", at " + words::clock(note.at->number(), sampleRate) : "";
+        lines.push_back("note: " + words::printable(note.where, std::string::npos) + at + ": " +
+                        words::printable(note.text, std::string::npos));
         counts.push_back(1);
     }
     for (std::size_t line = 0; line < lines.size(); ++line)
@@ -164,8 +138,8 @@ std::string list(const Timeline& timeline, const FileText& fileOf) {
             rows.push_back(rowOf(timeline, track.name, strip, fileOf));
     std::string text = headingOf(timeline) + table(rows);
     for (const TimelineMarker& marker : timeline.markers)
-        text +=
-            "marker " + clock(marker.at.number(), timeline.sampleRate) + "  " + printable(marker.name) + "\n";
+        text += "marker " + words::clock(marker.at.number(), timeline.sampleRate) + "  " +
+                words::printable(marker.name) + "\n";
     for (const std::string& line : noteLines(timeline.notes, timeline.sampleRate))
         text += line + "\n";
     return text;

@@ -2,7 +2,6 @@
 
 #include "host/mix/Timeline.hpp"
 
-#include <cstdint>
 #include <functional>
 #include <span>
 #include <string>
@@ -14,13 +13,10 @@ namespace audlmd::timeline {
 using FileText = std::function<std::string(const std::string& media)>;
 
 /// What sounds when, as text for a terminal: a line about the whole, a table of strips, then markers, then
-/// notes. Names are shortened as by printable(). Trap: made for people, the columns may change.
+/// notes. Names are shortened as by words::printable(). Trap: made for people, the columns may change.
 std::string list(const Timeline& timeline, const FileText& fileOf);
 
 /// Notes as lines for a terminal, in their order. Equal ones are one line with their number.
 std::vector<std::string> noteLines(std::span<const TimelineNote> notes, int sampleRate);
-
-/// A time for people: h:mm:ss.mmm.
-std::string clock(std::int64_t samples, int sampleRate);
 
 } // namespace audlmd::timeline

@@ -3,6 +3,7 @@
 #include "host/timeline/OtioSchema.hpp"
 #include "host/timeline/OtioSound.hpp"
 #include "host/timeline/TimelineError.hpp"
+#include "host/words/Text.hpp"
 
 #include <algorithm>
 #include <stdexcept>
@@ -43,7 +44,7 @@ Rational readClipRange(const Json& value, const Reading& reading, OtioItem& item
         const std::string& problem = reading.media.of(item.media).problem;
         lackLength(item,
                    "neither source_range nor available_range says how long the clip is, and its file '" +
-                       printable(item.media) +
+                       words::printable(item.media) +
                        (problem.empty() ? "' was not found" : "' cannot be read: " + problem));
         return 1;
     }
@@ -141,7 +142,7 @@ void parseMarkers(const Json& value, const Reading& reading, OtioItem& item) {
             if (const std::optional<OtioRange> range = rangeIn(marker, "marked_range", reading))
                 item.markers.emplace_back(name, range->range.start);
         } catch (const TimelineError& error) {
-            item.note("the marker '" + printable(name) + "' is left out: " + error.sentence());
+            item.note("the marker '" + words::printable(name) + "' is left out: " + error.sentence());
         }
     }
 }
@@ -160,7 +161,7 @@ ItemKind kindOf(const std::string& schema, const Reading& reading) {
         return ItemKind::transition;
     if (schema.empty())
         reading.fail("there is no OTIO_SCHEMA here");
-    reading.fail("schema " + printable(schema) + " is not known in this place");
+    reading.fail("schema " + words::printable(schema) + " is not known in this place");
 }
 
 /// Sums of times can overflow anywhere below, see parseItem().
@@ -203,12 +204,12 @@ void readSwitches(const Json& value, const Reading& reading, OtioItem& item) {
     if (const Json* enabled = member(value, "enabled"); enabled != nullptr && *enabled == false)
         item.beSilent("disabled in the timeline", false);
     const std::string kind = textIn(value, "kind", "Audio");
-    if (item.kind != ItemKind::track || lowered(kind) == "audio")
+    if (item.kind != ItemKind::track || words::lowered(kind) == "audio")
         return;
-    if (lowered(kind) == "video")
-        item.beSilent("a track of the kind '" + printable(kind) + "'", false);
+    if (words::lowered(kind) == "video")
+        item.beSilent("a track of the kind '" + words::printable(kind) + "'", false);
     else
-        item.beSilent("a track of the kind '" + printable(kind) + "', which is not known", true);
+        item.beSilent("a track of the kind '" + words::printable(kind) + "', which is not known", true);
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "host/timeline/OtioPlacement.hpp"
 #include "host/timeline/OtioSchema.hpp"
 #include "host/timeline/TimelineError.hpp"
+#include "host/words/Text.hpp"
 
 #include <algorithm>
 #include <map>
@@ -236,7 +237,7 @@ std::string namesOf(const std::vector<const Json*>& timelines) {
     constexpr std::size_t most = 20;
     std::string names;
     for (std::size_t i = 0; i < std::min(timelines.size(), most); ++i)
-        names += (i == 0 ? "'" : ", '") + printable(textIn(*timelines[i], "name")) + "'";
+        names += (i == 0 ? "'" : ", '") + words::printable(textIn(*timelines[i], "name")) + "'";
     return names + (timelines.size() > most ? " and more" : "");
 }
 
@@ -246,12 +247,13 @@ const Json& timelineIn(const Json& root, const Reading& reading) {
     std::vector<const Json*> found;
     findTimelines(root, 0, reading, found);
     if (found.empty())
-        throw TimelineError("the file holds a " + printable(schemaOf(root, reading)) + ", not a Timeline");
+        throw TimelineError("the file holds a " + words::printable(schemaOf(root, reading)) +
+                            ", not a Timeline");
     std::vector<const Json*> fitting = found;
     if (!name.empty())
         std::erase_if(fitting, [&](const Json* timeline) { return textIn(*timeline, "name") != name; });
     if (fitting.empty())
-        throw TimelineError("no timeline of the file is named '" + printable(name) + "'; there is " +
+        throw TimelineError("no timeline of the file is named '" + words::printable(name) + "'; there is " +
                             namesOf(found));
     if (fitting.size() > 1)
         throw TimelineError("the file holds " + std::to_string(fitting.size()) + " timelines" +

@@ -1,10 +1,11 @@
 #include "host/timeline/OtioSchema.hpp"
 
 #include "host/timeline/TimelineError.hpp"
+#include "host/words/Numbers.hpp"
+#include "host/words/Text.hpp"
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <stdexcept>
 #include <string_view>
@@ -58,16 +59,9 @@ std::string schemaOf(const Json& value, const Reading& reading) {
         return name;
     const std::string version = dot == std::string::npos ? "" : schema.substr(dot + 1);
     if (version.size() != 1 || version[0] < '1' || version[0] > known->second)
-        reading.fail("schema " + printable(schema) + " is not known; versions 1 to " + known->second +
+        reading.fail("schema " + words::printable(schema) + " is not known; versions 1 to " + known->second +
                      " of " + name + " are");
     return name;
-}
-
-std::string lowered(std::string text) {
-    std::ranges::transform(text, text.begin(), [](char c) {
-        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    });
-    return text;
 }
 
 Rational differenceOf(const OtioTime& a, const OtioTime& b) {
@@ -112,16 +106,11 @@ namespace {
 std::string percentDecoded(std::string_view text) {
     std::string decoded;
     for (std::size_t i = 0; i < text.size(); ++i) {
-        unsigned int byte = 0;
-        if (text[i] == '%' && i + 2 < text.size()) {
-            const char* end = text.data() + i + 3;
-            if (std::from_chars(text.data() + i + 1, end, byte, 16).ptr == end) {
-                decoded += static_cast<char>(byte);
-                i += 2;
-                continue;
-            }
-        }
-        decoded += text[i];
+        const std::optional<unsigned int> byte = text[i] == '%' && i + 2 < text.size()
+                                                     ? words::wholeIn<unsigned int>(text.substr(i + 1, 2), 16)
+                                                     : std::nullopt;
+        decoded += byte ? static_cast<char>(*byte) : text[i];
+        i += byte ? 2 : 0;
     }
     return decoded;
 }
@@ -131,7 +120,7 @@ std::string percentDecoded(std::string_view text) {
 /// signs; any other is a relative URL, and decoded.
 std::string pathOfUrl(const std::string& url, const Reading& reading) {
     constexpr std::string_view scheme = "file:";
-    if (lowered(url.substr(0, scheme.size())) != scheme) {
+    if (words::lowered(url.substr(0, scheme.size())) != scheme) {
         if (url.find("://") != std::string::npos)
             return url;
         // A URL without a scheme is relative; what starts at the root is a path.
@@ -197,7 +186,7 @@ void lookForByName(const Json* reference, const Reading& reading, OtioItem& item
     if (name.empty())
         return item.beSilent("it refers to no file", true);
     item.media = reading.pathOf(name);
-    item.note("it refers to no file; a file named '" + printable(name) + "' is looked for");
+    item.note("it refers to no file; a file named '" + words::printable(name) + "' is looked for");
 }
 
 } // namespace
@@ -213,13 +202,13 @@ std::optional<OtioRange> readMedia(const Json& clip, const std::optional<OtioRan
     } else if (schema == "MissingReference") {
         lookForByName(reference, reading, item);
     } else {
-        item.beSilent("a " + printable(schema.empty() ? "reference without a schema" : schema) +
+        item.beSilent("a " + words::printable(schema.empty() ? "reference without a schema" : schema) +
                           " is not a sound file",
                       true);
     }
     // The system would take the part before the byte for the whole name.
     if (item.media.find('\0') != std::string::npos) {
-        item.beSilent("the name of its file '" + printable(item.media) + "' has a zero byte", true);
+        item.beSilent("the name of its file '" + words::printable(item.media) + "' has a zero byte", true);
         item.media.clear();
     }
     std::optional<OtioRange> available;

@@ -12,9 +12,6 @@ namespace audlmd::timeline {
 /// error here: whoever asks decides between a note and an error.
 std::string schemaOf(const Json& value, const Reading& reading);
 
-/// Only the letters of ASCII, in any locale. Programs differ in how they write words.
-std::string lowered(std::string text);
-
 /// A time of OpenTimelineIO, a number of frames and a rate.
 struct OtioTime {
     Rational seconds;

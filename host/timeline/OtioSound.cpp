@@ -6,9 +6,11 @@
 #include "host/timeline/StrictObject.hpp"
 #include "host/timeline/StripCheck.hpp"
 #include "host/timeline/TimelineError.hpp"
+#include "host/words/Numbers.hpp"
+#include "host/words/StripWords.hpp"
+#include "host/words/Text.hpp"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <initializer_list>
 #include <limits>
@@ -43,12 +45,11 @@ std::vector<TimedDecibels> keyFramesIn(const Json& frames, const Rational& frame
                                        const Reading& reading) {
     std::vector<TimedDecibels> keys;
     for (const auto& [frame, key] : frames.items()) {
-        double number = 0.0;
-        const char* end = frame.data() + frame.size();
-        const auto [stop, error] = std::from_chars(frame.data(), end, number);
-        if (error != std::errc() || stop != end || !(number >= -1e12 && number <= 1e12))
-            reading.fail("the key frame '" + printable(frame) + "' of \"volume\" is not a number of frames");
-        keys.push_back({secondsOf(number, frameRate), volumeIn(member(key, "Value"), reading)});
+        const std::optional<double> number = words::numberIn(frame);
+        if (!number || !(*number >= -1e12 && *number <= 1e12))
+            reading.fail("the key frame '" + words::printable(frame) +
+                         "' of \"volume\" is not a number of frames");
+        keys.push_back({secondsOf(*number, frameRate), volumeIn(member(key, "Value"), reading)});
     }
     std::stable_sort(keys.begin(), keys.end(),
                      [](const TimedDecibels& a, const TimedDecibels& b) { return a.time < b.time; });
@@ -59,7 +60,7 @@ std::vector<TimedDecibels> keyFramesIn(const Json& frames, const Rational& frame
 std::string firstText(std::initializer_list<std::string> texts) {
     for (const std::string& text : texts)
         if (text.find_first_not_of(' ') != std::string::npos)
-            return printable(text);
+            return words::printable(text);
     return "?";
 }
 
@@ -110,7 +111,7 @@ bool readParameter(const Json& parameter, const Rational& frameRate, const Readi
 /// Whether a parameter switches off the effect that it belongs to.
 bool switchesOff(const Json& parameter) {
     const std::string name =
-        lowered(firstText({textIn(parameter, "Parameter ID"), textIn(parameter, "DisplayName")}));
+        words::lowered(firstText({textIn(parameter, "Parameter ID"), textIn(parameter, "DisplayName")}));
     const Json* value = valueOf(parameter);
     return value != nullptr && ((name == "bypass" && *value == true) ||
                                 (name.find("enable") != std::string::npos && *value == false));
@@ -178,7 +179,7 @@ void readTimeWarp(const Json& effect, const Reading& reading, OtioItem& item) {
 
 std::string nameOfEffect(const Json& effect) {
     const std::string name = textIn(effect, "name");
-    return printable(name.empty() ? textIn(effect, "effect_name", "without a name") : name);
+    return words::printable(name.empty() ? textIn(effect, "effect_name", "without a name") : name);
 }
 
 void readEffect(const Json& effect, const Rational& frameRate, const Reading& reading, OtioItem& item) {
@@ -197,16 +198,8 @@ void readEffect(const Json& effect, const Rational& frameRate, const Reading& re
     else if (schema == "Effect")
         readExportedParameters(effect, frameRate, reading, item);
     else
-        item.note("the effect '" + nameOfEffect(effect) + "' (" + printable(schema) +
+        item.note("the effect '" + nameOfEffect(effect) + "' (" + words::printable(schema) +
                   ") is not known and not played");
-}
-
-/// Exporters write the word with a capital or without.
-FadeCurve curveNamed(const std::string& name, FadeCurve otherwise) {
-    for (const auto& [word, curve] : curveWords)
-        if (word == lowered(name))
-            return curve;
-    return otherwise;
 }
 
 /// Our own times are seconds, so the rate is 1 frame per second.
@@ -249,12 +242,12 @@ void readOwnBlock(const Json& item, const Reading& reading, ItemSound& sound) {
         sound.fadeIn = fadeIn;
     if (const std::optional<Rational> fadeOut = secondsIn(fields, "fadeOut"))
         sound.fadeOut = fadeOut;
-    sound.fadeInCurve = fields.word("fadeInCurve", curveWords).value_or(sound.fadeInCurve);
-    sound.fadeOutCurve = fields.word("fadeOutCurve", curveWords).value_or(sound.fadeOutCurve);
+    sound.fadeInCurve = fields.word("fadeInCurve", words::curveWords).value_or(sound.fadeInCurve);
+    sound.fadeOutCurve = fields.word("fadeOutCurve", words::curveWords).value_or(sound.fadeOutCurve);
     if (std::vector<TimedDecibels> keys = automationIn(fields); !keys.empty())
         sound.keys = std::move(keys);
     sound.equaliser = equaliserIn(fields);
-    sound.converter = fields.word("converter", converterWords);
+    sound.converter = fields.word("converter", words::converterWords);
     sound.routing = routingIn(fields);
     fields.finish();
 }
@@ -273,7 +266,8 @@ FadeCurve curveIn(const Json& item, FadeCurve otherwise) {
     if (const Json* metadata = member(item, "metadata"); metadata != nullptr && metadata->is_object())
         for (const auto& [name, block] : metadata->items())
             if (const std::string curve = textIn(block, "curve"); !curve.empty())
-                return curveNamed(curve, otherwise);
+                // Exporters write the word with a capital or without.
+                return words::valueOf(words::curveWords, words::lowered(curve)).value_or(otherwise);
     return otherwise;
 }
 

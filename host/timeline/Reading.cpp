@@ -1,5 +1,7 @@
 #include "host/timeline/Reading.hpp"
 
+#include "host/words/Text.hpp"
+
 #include <algorithm>
 #include <cmath>
 #include <exception>
@@ -17,7 +19,7 @@ const MediaAnswers::Answer& MediaAnswers::of(const std::string& media) {
         if (answer.facts && answer.facts->sampleRate <= 0)
             answer = {std::nullopt, "it has no sample rate"};
     } catch (const std::exception& error) {
-        answer.problem = printable(error.what(), std::string_view::npos);
+        answer.problem = words::printable(error.what(), std::string_view::npos);
     }
     return answer;
 }

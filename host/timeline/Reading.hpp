@@ -1,8 +1,8 @@
 #pragma once
 
 #include "host/mix/Timeline.hpp"
-#include "host/timeline/ReadOptions.hpp"
 #include "host/timeline/TimelineError.hpp"
+#include "host/timeline/TimelineFiles.hpp"
 
 #include <cstdint>
 #include <map>

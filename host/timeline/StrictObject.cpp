@@ -1,10 +1,12 @@
 #include "host/timeline/StrictObject.hpp"
 
 #include "host/timeline/TimelineError.hpp"
+#include "host/words/StripWords.hpp"
+#include "host/words/Text.hpp"
 
 #include <cmath>
-#include <exception>
 #include <limits>
+#include <stdexcept>
 
 namespace audlmd::timeline {
 
@@ -85,21 +87,17 @@ void StrictObject::finish() const {
 }
 
 void StrictObject::fail(const std::string& key, const std::string& sentence) const {
-    reading_.fail("\"" + printable(key) + "\" " + sentence);
+    reading_.fail("\"" + words::printable(key) + "\" " + sentence);
 }
 
 namespace {
 
-/// A text is read by whoever calls the reader, so that files and the command line share one form.
 EqualiserBand bandIn(const Json& value, const StrictObject& parent) {
-    const ReadOptions& options = parent.reading().options;
     if (value.is_string()) {
-        if (!options.band)
-            parent.fail("equaliser", "must hold objects with kind, frequency, gain and q");
         try {
-            return options.band(value.get_ref<const std::string&>());
-        } catch (const std::exception& error) {
-            parent.fail("equaliser", "cannot be read: " + printable(error.what(), 200));
+            return words::bandIn(value.get_ref<const std::string&>());
+        } catch (const std::invalid_argument& error) {
+            parent.fail("equaliser", "cannot be read: equaliser: " + words::printable(error.what(), 200));
         }
     }
     if (!value.is_object())
@@ -108,7 +106,7 @@ EqualiserBand bandIn(const Json& value, const StrictObject& parent) {
     constexpr double most = 1e9;
     StrictObject fields(value, parent.reading());
     EqualiserBand band;
-    band.kind = fields.word("kind", bandWords).value_or(band.kind);
+    band.kind = fields.word("kind", words::bandWords).value_or(band.kind);
     band.frequency = fields.number("frequency", band.frequency, 0.0, most);
     band.gainDb = fields.number("gain", band.gainDb, -most, most);
     band.q = fields.number("q", band.q, 0.0, most);

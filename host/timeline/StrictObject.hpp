@@ -2,7 +2,7 @@
 
 #include "host/timeline/Json.hpp"
 #include "host/timeline/Reading.hpp"
-#include "host/timeline/Words.hpp"
+#include "host/words/StripWords.hpp"
 
 #include <cstdint>
 #include <functional>
@@ -39,17 +39,17 @@ public:
     /// The value that a word stands for, nothing where the member is missing. Refuses other words, and names
     /// those that are known.
     template <class Value, std::size_t count>
-    std::optional<Value> word(const std::string& key, const Words<Value, count>& words) {
+    std::optional<Value> word(const std::string& key, const words::Words<Value, count>& known) {
         const Json* found = find(key);
         if (found == nullptr)
             return std::nullopt;
-        std::string known;
-        for (const auto& [name, value] : words) {
+        std::string names;
+        for (const auto& [name, value] : known) {
             if (found->is_string() && found->get_ref<const std::string&>() == name)
                 return value;
-            known += (known.empty() ? "" : ", ") + std::string(name);
+            names += (names.empty() ? "" : ", ") + std::string(name);
         }
-        fail(key, "must be one of " + known);
+        fail(key, "must be one of " + names);
     }
 
     /// Throws TimelineError if the object has a member that was not asked for. Call this last. A mistyped key
@@ -67,9 +67,9 @@ private:
     std::set<std::string, std::less<>> known_;
 };
 
-/// The list "equaliser": at most five bands, each an object {"kind", "frequency", "gain", "q"} or a text for
-/// ReadOptions::band. The number of bands and their limits are checked by requireBands(), once the sample
-/// rate is known.
+/// The list "equaliser": at most five bands, each an object {"kind", "frequency", "gain", "q"} or a text as
+/// on the command line, see words::bandIn(). The number of bands and their limits are checked by
+/// requireBands(), once the sample rate is known.
 std::vector<EqualiserBand> equaliserIn(StrictObject& fields);
 
 /// Nothing where there is no "routing". Throws unless there is a row for each of the output's channels, and

@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <stdexcept>
 #include <string>
-#include <string_view>
 
 namespace audlmd::timeline {
 
@@ -23,12 +22,6 @@ public:
 private:
     std::string sentence_;
 };
-
-/// A name or a path for one line of a terminal: what could change the line or its order becomes a question
-/// mark, and texts of more than `longest` characters are shortened. These are control characters, separators
-/// of lines and paragraphs, marks of the direction of writing, and bytes that are no UTF-8. Use this for
-/// every text of a file that goes into a message.
-std::string printable(std::string_view text, std::size_t longest = 80);
 
 /// The place in a timeline that a message is about. Empty names are left out.
 struct Where {

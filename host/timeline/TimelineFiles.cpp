@@ -4,7 +4,7 @@
 #include "host/timeline/JsonReader.hpp"
 #include "host/timeline/OtioReader.hpp"
 #include "host/timeline/TimelineError.hpp"
-#include "host/timeline/Words.hpp"
+#include "host/words/StripWords.hpp"
 
 #include <cmath>
 #include <vector>
@@ -18,13 +18,13 @@ Json decibels(double value) {
 }
 
 Json fade(std::uint64_t samples, FadeCurve curve) {
-    return {{"length", samples}, {"curve", wordOf(curveWords, curve)}};
+    return {{"length", samples}, {"curve", words::wordOf(words::curveWords, curve)}};
 }
 
 Json equaliser(const std::vector<EqualiserBand>& bands) {
     Json list = Json::array();
     for (const EqualiserBand& band : bands)
-        list.push_back({{"kind", wordOf(bandWords, band.kind)},
+        list.push_back({{"kind", words::wordOf(words::bandWords, band.kind)},
                         {"frequency", band.frequency},
                         {"gain", band.gainDb},
                         {"q", band.q}});
@@ -52,7 +52,7 @@ Json stripOf(const TimelineStrip& strip) {
                {"to", settings.to.number()},
                {"reverse", settings.reverse},
                {"speed", settings.speed},
-               {"converter", wordOf(converterWords, settings.converter)},
+               {"converter", words::wordOf(words::converterWords, settings.converter)},
                {"gain", decibels(strip.gainDb)},
                {"fadeIn", fade(settings.fade.fadeInSamples, settings.fade.fadeInCurve)},
                {"fadeOut", fade(settings.fade.fadeOutSamples, settings.fade.fadeOutCurve)},
@@ -67,6 +67,10 @@ Json stripOf(const TimelineStrip& strip) {
 }
 
 } // namespace
+
+bool mayBeTimeline(std::string_view start) {
+    return startOfJson(start) != std::string_view::npos;
+}
 
 Timeline readTimeline(std::string_view text, const ReadOptions& options) {
     const Json root = parseJson(text);

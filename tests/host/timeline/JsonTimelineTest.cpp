@@ -31,10 +31,13 @@ TEST(JsonTimeline, KeepsEveryKey) {
 TEST(JsonTimeline, FillsInWhatIsLeftOut) {
     ReadOptions how = options();
     how.media = [](const std::string&) { return MediaFacts{44'100, 44'100, 0}; };
-    const Timeline read = readTimeline(R"({"audlmd": 1, "tracks": [{"strips": [
-        {"media": "x.wav", "at": "1.5s", "speed": 2, "skip": 1000, "fadeIn": {"length": "0.25s"}},
+    // Behind a mark of the byte order, which some editors write.
+    const Timeline read = readTimeline("\xEF\xBB\xBF"
+                                       R"( {"audlmd": 1, "name": NaN, "tracks": [{"strips": [
+        {"media": "x.wav", "at": "15e-1s", "speed": 2, "skip": 1000, "fadeIn": {"length": "0.25s"}},
         {"media": "x.wav", "speed": 0.0005, "length": 5}]}]})",
                                        how);
+    EXPECT_EQ(read.name, "NaN");
     const TimelineStrip& strip = read.tracks.at(0).strips.at(0);
     EXPECT_EQ(strip.media, "/media/x.wav");
     EXPECT_EQ(strip.at, 72'000);
@@ -75,6 +78,8 @@ TEST(JsonTimeline, RefusesNamingStripAndKey) {
              {R"("too": 9)", "\"too\" is not known"},
              {R"("at": -1)", "\"at\" must be"},
              {R"("at": "1.5")", "\"at\" must be"},
+             {R"("at": "+1.5s")", "\"at\" must be"},
+             {R"("at": "infs")", "\"at\" must be"},
              {R"("at": 18446744073709551615)", "\"at\" must be"},
              {R"("at": 1152921504606846977)", "at most 2^60 samples"},
              {R"("at": 1152921504606846976)", "\"length\" leads beyond 2^60"},
@@ -92,6 +97,7 @@ TEST(JsonTimeline, RefusesNamingStripAndKey) {
              {R"("automation": {"points": []})", "at least one node"},
              {R"("automation": {"points": [[0, 11]]})", "\"points\""},
              {R"("automation": {"points": [[5, 0], [4, 0]]})", "before the node"},
+             {R"("equaliser": ["peak:1k:loud"])", "'loud' is not a number"},
              {R"("equaliser": [{}, {}, {}, {}, {}, {}])", "five is the most"},
              {R"("routing": [[1], [1, 1]])", "\"routing\""}}) {
         const std::string line =

@@ -37,7 +37,7 @@ TEST(List, ShowsWhatSoundsWhen) {
     timeline.timeReference = 48'000LL * 3600;
     timeline.tracks = {{"A1", {door, off}}, {"A2", {rain}}};
     timeline.markers = {{"cue", 72'000}};
-    timeline.notes = {{"track 'A1'", "muted"}, {"clip 'a\xC2\x9B'", "odd", 24'000}, {"track 'A1'", "muted"}};
+    timeline.notes = {{"track 'A1'", "muted"}, {"clip 'a\xC2\x9B'", "odd", -24'030}, {"track 'A1'", "muted"}};
     EXPECT_EQ(
         list(timeline, [](const std::string& media) { return "/found" + media; }),
         "film?: 1:01:40.000 at 48000 Hz, 2 channels, 3 clips on 2 tracks; starts at 1:00:00.000; the last "
@@ -56,7 +56,7 @@ TEST(List, ShowsWhatSoundsWhen) {
         "-6.5 dB + automation                                                /found/a.wav\n"
         "marker 0:00:01.500  cue\n"
         "note: track 'A1': muted (2 times)\n"
-        "note: clip 'a?', at 0:00:00.500: odd\n");
+        "note: clip 'a?', at -0:00:00.501: odd\n");
 }
 
 } // namespace

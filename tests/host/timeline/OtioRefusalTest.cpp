@@ -1,3 +1,4 @@
+#include "host/words/Text.hpp"
 #include "tests/host/timeline/TimelineFixture.hpp"
 
 #include <gtest/gtest.h>
@@ -54,7 +55,8 @@ TEST(OtioRefusal, IsOneLineThatNamesTrackAndClip) {
              {{clip("x", 0, 5, {{"markers", 1}})}, "\"markers\" is not a list", true},
              {{clip("x", 0, 5, own({{"gain", 61}}))}, "\"gain\" must be decibels up to 60"},
              {{clip("x", 0, 5, own({{"gian", 1}}))}, "\"gian\" is not known"},
-             {{clip("x", 0, 5, own({{"equaliser", {"fuzz"}}}))}, "no such band"},
+             {{clip("x", 0, 5, own({{"equaliser", {"fuzz"}}}))},
+              "cannot be read: equaliser: 'fuzz' is not a kind of band"},
              {{clip("x", 0, 5, own({{"equaliser", {{{"frequency", 24000}}}}}))}, "equaliser: "},
              {{clip("x", 0, 5, own({{"routing", {{1}}}}))}, "must have 2 rows"},
              {{clip("x", 0, 5, own({{"gain", 50}, {"level", 10.1}}))}, "\"level\""},
@@ -75,7 +77,7 @@ TEST(OtioRefusal, IsPrintableAndShort) {
              {"T\u00fcr \u65e5 \U0001F3B5", "T\u00fcr \u65e5 \U0001F3B5"},
              {"\xfc\xc0\x80 \xed\xa0\x80 \xe6\x97", "??? ??? ??"},
              {std::string(500, 'x'), std::string(80, 'x') + "..."}})
-        EXPECT_EQ(printable(text), expected);
+        EXPECT_EQ(words::printable(text), expected);
     const std::string line = failureOf({clip("two\nlines" + std::string(500, 'x'), 0, -1)});
     EXPECT_EQ(line.find('\n'), std::string::npos);
     EXPECT_LT(line.size(), 300U);

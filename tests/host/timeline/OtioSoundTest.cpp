@@ -61,7 +61,7 @@ TEST(OtioSound, NotesParametersThatChangeSomethingOnce) {
 }
 
 TEST(OtioSound, FollowsKeyFramesFromTheStartOfTheClip) {
-    const Json keys{{"2", {{"Value", 16}}}, {"10", {{"Value", -24}}}, {"0", {{"Value", -24}}}};
+    const Json keys{{"2", {{"Value", 16}}}, {"+10", {{"Value", -24}}}, {"0", {{"Value", -24}}}};
     const Json more{{"effects", {warp(2), exported({parameter("volume", 3, keys)})}}};
     const TimelineStrip strip = stripsOf({gap(9), transition(1, 0), clip("a", 50, 20, more)}).at(0);
     // 6 dB are above what an automation reaches. The transition begins one frame before the clip.
@@ -81,7 +81,7 @@ TEST(OtioSound, FollowsKeyFramesFromTheStartOfTheClip) {
 TEST(OtioSound, ReadsOurOwnBlock) {
     const Json block = Json::parse(R"({"gain": -2, "level": 1.5, "fadeIn": 0.5, "fadeOut": 0.25,
         "fadeInCurve": "log", "converter": "linear", "automation": [[0, 0], [0.5, "-inf"]],
-        "equaliser": ["lowpass", {"kind": "peak", "frequency": 500, "gain": 3, "q": 2}],
+        "equaliser": ["lowpass:1.5k", {"kind": "peak", "frequency": 500, "gain": 3, "q": 2}],
         "routing": [[1, 0], [0.5, -0.5]]})");
     const Json more{{"effects", {warp(1.5)}}, {"metadata", {{"audlmd", block}}}};
     const TimelineStrip strip = stripsOf({clip("a", 0, 50, more)}).at(0);
@@ -94,6 +94,7 @@ TEST(OtioSound, ReadsOurOwnBlock) {
     EXPECT_TRUE(std::isinf(decibelsAt(strip, 36'000)));
     ASSERT_EQ(strip.settings.equaliser.size(), 2U);
     EXPECT_EQ(strip.settings.equaliser[0].kind, BandKind::lowPass);
+    EXPECT_DOUBLE_EQ(strip.settings.equaliser[0].frequency, 1500.0);
     EXPECT_DOUBLE_EQ(strip.settings.equaliser[1].q, 2.0);
     EXPECT_EQ(strip.routing.value().rows[1], (std::vector<float>{0.5F, -0.5F}));
 }

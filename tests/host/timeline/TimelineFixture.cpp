@@ -1,7 +1,5 @@
 #include "tests/host/timeline/TimelineFixture.hpp"
 
-#include <stdexcept>
-
 namespace audlmd::test {
 
 Json time(double value, double rate) {
@@ -62,11 +60,6 @@ Json timeline(const std::vector<Json>& tracks, const Json& more) {
 ReadOptions options() {
     ReadOptions how;
     how.folder = "/media";
-    how.band = [](std::string_view text) {
-        if (text != "lowpass")
-            throw std::invalid_argument("no such band");
-        return EqualiserBand{.kind = BandKind::lowPass};
-    };
     return how;
 }
 

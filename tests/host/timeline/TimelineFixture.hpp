@@ -27,7 +27,7 @@ Json composition(const std::string& schema, const std::vector<Json>& children,
 Json track(const std::vector<Json>& children, const Json& more = Json::object());
 Json timeline(const std::vector<Json>& tracks, const Json& more = Json::object());
 
-/// For 48,000 Hz and two channels. Bands are written as "kind" alone.
+/// For 48,000 Hz and two channels.
 ReadOptions options();
 /// The strips of one track of these children.
 std::vector<TimelineStrip> stripsOf(const std::vector<Json>& children,
