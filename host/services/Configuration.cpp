@@ -2,8 +2,9 @@
 
 #include "contract/LoadServices.hpp"
 #include "host/services/Immortal.hpp"
+#include "host/words/Numbers.hpp"
+#include "host/words/Text.hpp"
 
-#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -23,27 +24,6 @@ void report(const std::string& message) {
 std::optional<std::string> environment(const std::string& name) {
     const char* const value = std::getenv(name.c_str());
     if (value == nullptr || *value == '\0')
-        return std::nullopt;
-    return value;
-}
-
-/// Files that were written on other systems end their lines with a carriage return, which counts as a blank.
-std::string_view trimmed(std::string_view text) {
-    constexpr std::string_view blanks = " \t\r";
-    const std::size_t first = text.find_first_not_of(blanks);
-    if (first == std::string_view::npos)
-        return {};
-    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
-}
-
-/// Reads a finite number in any locale, with an optional plus sign. Nothing if the text is not one.
-/// std::from_chars knows no plus sign and no locale, which is why the sign is taken off here.
-std::optional<double> parseNumber(std::string_view text) {
-    if (text.starts_with('+') && !text.starts_with("+-"))
-        text.remove_prefix(1);
-    double value = 0.0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(value))
         return std::nullopt;
     return value;
 }
@@ -82,16 +62,16 @@ Configuration::Configuration(const std::filesystem::path& file) : file_(file) {
 }
 
 void Configuration::readLine(std::string_view text, int line) {
-    const std::string_view setting = trimmed(text.substr(0, text.find('#')));
+    const std::string_view setting = words::trimmed(text.substr(0, text.find('#')));
     if (setting.empty())
         return;
     // The first sign counts, so that a value may hold further ones.
     const std::size_t sign = setting.find('=');
-    const std::string key(trimmed(setting.substr(0, sign)));
+    const std::string key(words::trimmed(setting.substr(0, sign)));
     if (sign == std::string_view::npos || key.empty())
         report(file_.string() + ":" + std::to_string(line) + ": 'key = value' is expected; line ignored");
     else
-        settings_[key] = {std::string(trimmed(setting.substr(sign + 1))), line};
+        settings_[key] = {std::string(words::trimmed(setting.substr(sign + 1))), line};
 }
 
 double Configuration::number(const std::string& key, double defaultValue) const {
@@ -107,7 +87,8 @@ double Configuration::number(const std::string& key, double defaultValue) const 
 }
 
 double Configuration::parsed(std::string_view value, const std::string& origin, double defaultValue) const {
-    if (const std::optional<double> result = parseNumber(trimmed(value)))
+    if (const std::optional<double> result = words::numberIn(words::trimmed(value));
+        result && std::isfinite(*result))
         return *result;
     const Lock lock(mutex_);
     // The same number may be asked for many times; one report for each origin is enough.

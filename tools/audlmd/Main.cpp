@@ -1,7 +1,7 @@
+#include "host/words/Text.hpp"
 #include "loop_modes/RenderFunction.hpp"
 #include "ole/Orv/Exception.hpp"
 #include "tools/audlmd/Subcommands.hpp"
-#include "tools/timeline/TimelineError.hpp"
 
 #include <CLI/CLI.hpp>
 
@@ -22,7 +22,7 @@ constexpr int usageError = 2;
 /// orders to a terminal.
 int complain(std::string line, int status) {
     std::ranges::replace(line, '\n', ' ');
-    std::fprintf(stderr, "audlmd: %s\n", audlmd::timeline::printable(line, line.size()).c_str());
+    std::fprintf(stderr, "audlmd: %s\n", audlmd::words::printable(line, line.size()).c_str());
     return status;
 }
 

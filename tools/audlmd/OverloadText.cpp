@@ -1,7 +1,8 @@
 #include "tools/audlmd/OverloadText.hpp"
 
 #include "host/signal/GainLaws.hpp"
-#include "tools/timeline/TimelineFiles.hpp"
+#include "host/words/Text.hpp"
+#include "host/words/Times.hpp"
 
 #include <iomanip>
 #include <sstream>
@@ -10,11 +11,11 @@ namespace audlmd::command {
 
 std::string overloadText(const Overload& overload, int sampleRate) {
     std::ostringstream text;
-    text << overload.samples << (overload.samples == 1 ? " sample" : " samples");
+    text << words::counted(overload.samples, "sample");
     if (overload.peak > 0.0F)
         text << ", by up to " << std::fixed << std::setprecision(2)
              << decibelsOfGain(static_cast<double>(overload.peak)) << " dB";
-    text << ", first at " << timeline::clock(overload.firstAt.number(), sampleRate);
+    text << ", first at " << words::clock(overload.firstAt.number(), sampleRate);
     return text.str();
 }
 

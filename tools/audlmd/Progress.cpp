@@ -1,5 +1,7 @@
 #include "tools/audlmd/Progress.hpp"
 
+#include "host/words/Text.hpp"
+
 #include <algorithm>
 #include <cstdio>
 #include <iomanip>
@@ -51,11 +53,11 @@ double Progress::elapsed() const {
 
 std::string RenderSummary::line() const {
     std::ostringstream text;
-    text << std::fixed << "rendered " << frames << " samples on " << channels
-         << (channels == 1 ? " channel (" : " channels (") << std::setprecision(3)
-         << static_cast<double>(frames) / sampleRate << " s) in " << seconds << " s: " << std::setprecision(1)
-         << timesRealTime(frames, sampleRate, seconds) << " times real time; underruns: " << underrunSamples
-         << " samples in " << underrunEpisodes << (underrunEpisodes == 1 ? " episode" : " episodes");
+    text << std::fixed << "rendered " << frames << " samples on " << words::counted(channels, "channel")
+         << " (" << std::setprecision(3) << static_cast<double>(frames) / sampleRate << " s) in " << seconds
+         << " s: " << std::setprecision(1) << timesRealTime(frames, sampleRate, seconds)
+         << " times real time; underruns: " << underrunSamples << " samples in "
+         << words::counted(underrunEpisodes, "episode");
     return text.str();
 }
 

@@ -43,12 +43,17 @@ TEST_F(PlayCommand, PlaysTheSamplesOfRenderAndMix) {
 TEST_F(PlayCommand, SaysWhatCannotBePlayed) {
     writeSound(in("a.wav"), noise(1, 4800));
     writeBytes(in("film.json"), R"({"audlmd": 1, "tracks": []})");
+    // The content says which file is a timeline.
+    writeBytes(in("film.wav"), "\n" + readBytes(in("film.json")));
+    std::filesystem::copy(in("a.wav"), in("a.otio"));
     EXPECT_THAT(output("play --list-devices"), testing::StartsWith("* default  (ALSA, "));
     expectRefused("play", "name a sound file");
     expectRefused("play gone.wav", "gone.wav");
     expectRefused("play film.json", "nothing to play");
-    expectRefused("play film.json --gain 3", "its own levels");
-    expectRefused("play a.wav --media .", "goes with a timeline");
+    for (const std::string film : {"film.json", "film.wav"})
+        expectRefused("play " + film + " --gain 3", "its own levels");
+    for (const std::string sound : {"a.wav", "a.otio"})
+        expectRefused("play " + sound + " --media .", "goes with a timeline");
     expectRefused("play a.wav --device piano", "'piano'; --list-devices");
     writeBytes(in("asoundrc"), "pcm.unusable.word 1\n");
     expectRefused("play a.wav", "no sound device");

@@ -39,6 +39,8 @@ TEST_F(Refusals, OfOptions) {
                  {"--fade-in 1:round", "'round' is not a curve"},
                  {"--fade-out 0", "shorter than one sample"},
                  {"--gain +11", "--gain: '+11' is not a level"},
+                 {"--level +-3", "--level: '+-3' is not a number"},
+                 {"--from 0:+9", "--from: '0:+9' is not a time"},
                  {"--level nan", "--level: 'nan' is not a level"},
                  {"--eq bell:1k:3", "'bell' is not a kind of band"},
                  {"--eq peak:1k", "should be peak:frequency:gain"},

@@ -1,6 +1,6 @@
 #include "tools/audlmd/mix/MediaCheck.hpp"
 
-#include "tools/timeline/TimelineFiles.hpp"
+#include "host/timeline/TimelineError.hpp"
 
 #include <algorithm>
 #include <cstddef>

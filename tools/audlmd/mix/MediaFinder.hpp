@@ -3,7 +3,7 @@
 #include "host/mix/Media.hpp"
 #include "host/mix/Timeline.hpp"
 #include "host/services/Threads.hpp"
-#include "tools/timeline/ReadOptions.hpp"
+#include "host/timeline/TimelineFiles.hpp"
 
 #include <cstddef>
 #include <filesystem>

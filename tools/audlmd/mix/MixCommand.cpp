@@ -1,4 +1,8 @@
 #include "host/inlined/InlinedRenderFunctions.hpp"
+#include "host/timeline/List.hpp"
+#include "host/timeline/TimelineError.hpp"
+#include "host/timeline/TimelineFiles.hpp"
+#include "host/words/Text.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Progress.hpp"
 #include "tools/audlmd/Subcommands.hpp"
@@ -9,7 +13,6 @@
 #include "tools/audlmd/mix/MixReportText.hpp"
 #include "tools/audlmd/mix/TimelineInput.hpp"
 #include "tools/audlmd/mix/picture/TimelineFigure.hpp"
-#include "tools/timeline/TimelineFiles.hpp"
 
 #include <CLI/CLI.hpp>
 
@@ -134,7 +137,7 @@ private:
 
     void list() {
         if (options_.as == "json") {
-            std::fprintf(report(), "%s\n", timeline::writeJson(timeline_).dump(2).c_str());
+            std::fprintf(report(), "%s\n", timeline::writeJson(timeline_).c_str());
             // Not in the JSON: who mixes that may have the media.
             return tellNotes(stderr, failures_);
         }
@@ -156,7 +159,7 @@ private:
             line += "; " + silences[i].where + ": " + silences[i].text;
         if (silences.size() > most)
             line += "; and " + std::to_string(silences.size() - most) + " more, see --list";
-        throw CommandError(timeline::printable(line, std::string::npos));
+        throw CommandError(words::printable(line, std::string::npos));
     }
 
     MixReport mix() {
@@ -202,7 +205,7 @@ private:
         for (const StripReport& strip : report.strips)
             if (!strip.failure.empty())
                 throw CommandError(timeline::whereIs(timeline_, strip.track, strip.strip).text() + ": " +
-                                   timeline::printable(strip.failure, std::string::npos));
+                                   words::printable(strip.failure, std::string::npos));
     }
 
     void tell(const MixReport& told, const MixRun& run) const {
@@ -231,7 +234,7 @@ private:
         if (all != 0)
             throw CommandError(std::to_string(all) + (all == 1 ? " clip is" : " clips are") +
                                " silent, if only in part, see above; '" +
-                               timeline::printable(target_->path.string()) + "' is written");
+                               words::printable(target_->path.string()) + "' is written");
     }
 
     const MixOptions& options_;

@@ -1,11 +1,11 @@
 #include "tools/audlmd/mix/MixOptions.hpp"
 
 #include "host/services/SampleRates.hpp"
+#include "host/words/Numbers.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/options/ParsedOption.hpp"
 
 #include <algorithm>
-#include <charconv>
 
 namespace audlmd::command {
 namespace {
@@ -37,14 +37,6 @@ EXAMPLES
   audlmd mix film.otio --list --as json > film.json      (edit it, and mix it)
   audlmd mix film.json -o reel2.wav --from 20:00 --to 40:00
   audlmd mix film.json -o part3.wav --slice 3/8)";
-
-std::optional<std::int64_t> wholeNumber(std::string_view text) {
-    std::int64_t value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || end != text.data() + text.size())
-        return std::nullopt;
-    return value;
-}
 
 void declareOutput(CLI::App& mix, MixOptions& options) {
     mix.add_option("-o,--output", options.output, "The file to write")
@@ -109,9 +101,9 @@ void declareReports(CLI::App& mix, MixOptions& options) {
 
 Slice parseSlice(std::string_view text, std::string_view option) {
     const std::size_t bar = text.find('/');
-    const std::optional<std::int64_t> number = wholeNumber(text.substr(0, bar));
+    const std::optional<std::int64_t> number = words::wholeIn<std::int64_t>(text.substr(0, bar));
     const std::optional<std::int64_t> count =
-        bar == std::string_view::npos ? std::nullopt : wholeNumber(text.substr(bar + 1));
+        bar == std::string_view::npos ? std::nullopt : words::wholeIn<std::int64_t>(text.substr(bar + 1));
     if (!number || !count || *number < 1 || *number > *count || *count > mostSlices)
         throw CommandError(std::string(option) + ": '" + std::string(text) +
                            "' is not K/N, such as 2/4 for the second of four parts");

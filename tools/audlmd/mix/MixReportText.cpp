@@ -1,9 +1,13 @@
 #include "tools/audlmd/mix/MixReportText.hpp"
 
 #include "host/signal/GainLaws.hpp"
+#include "host/timeline/List.hpp"
+#include "host/timeline/TimelineError.hpp"
+#include "host/words/Text.hpp"
+#include "host/words/Times.hpp"
 #include "tools/audlmd/OverloadText.hpp"
-#include "tools/timeline/Json.hpp"
-#include "tools/timeline/TimelineFiles.hpp"
+
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cmath>
@@ -15,7 +19,7 @@
 namespace audlmd::command {
 namespace {
 
-using timeline::Json;
+using Json = nlohmann::json;
 
 constexpr std::size_t mostLines = 12;
 
@@ -28,7 +32,7 @@ std::string nameOf(const Timeline& timeline, std::size_t track, std::size_t stri
 }
 
 std::string clockAt(const Timeline& timeline, std::int64_t sample) {
-    return timeline::clock(sample, timeline.sampleRate);
+    return words::clock(sample, timeline.sampleRate);
 }
 
 /// A dozen lines, and how many more there are.
@@ -74,7 +78,7 @@ std::vector<std::string> silences(const MixReport& report, const Timeline& timel
         const std::string count =
             silence.strips == 1 ? "" : " (" + std::to_string(silence.strips) + " clips)";
         lines.push_back("silent: " + silence.firstPlace + ": " +
-                        timeline::printable(*failure, std::string::npos) + count);
+                        words::printable(*failure, std::string::npos) + count);
     }
     return lines;
 }
@@ -83,9 +87,9 @@ std::string summary(const MixReport& report, const Timeline& timeline, const Mix
     const double length = static_cast<double>(run.span.length()) / timeline.sampleRate;
     std::ostringstream text;
     text << std::fixed << std::setprecision(3) << "mixed " << run.span.length() << " samples on "
-         << timeline.channels << (timeline.channels == 1 ? " channel (" : " channels (") << length
-         << " s) of '" << timeline::printable(run.timeline) << "' into '" << timeline::printable(run.output)
-         << "' in " << run.seconds << " s: " << std::setprecision(1) << length / std::max(run.seconds, 1e-6)
+         << words::counted(timeline.channels, "channel") << " (" << length << " s) of '"
+         << words::printable(run.timeline) << "' into '" << words::printable(run.output) << "' in "
+         << run.seconds << " s: " << std::setprecision(1) << length / std::max(run.seconds, 1e-6)
          << " times real time\n";
     if (const TimelineSample end = endOfSound(timeline); end.number() < timeline.length && end <= run.span.to)
         text << "the last sound ends at " << clockAt(timeline, end.number()) << ", the programme at "

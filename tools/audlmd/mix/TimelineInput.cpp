@@ -2,9 +2,9 @@
 
 #include "host/cache/FilmContainer.hpp"
 #include "host/cache/SoundFile.hpp"
+#include "host/timeline/TimelineFiles.hpp"
+#include "host/words/Text.hpp"
 #include "tools/audlmd/CommandError.hpp"
-#include "tools/audlmd/options/Parsers.hpp"
-#include "tools/timeline/TimelineFiles.hpp"
 
 #include <cerrno>
 #include <fstream>
@@ -23,7 +23,7 @@ std::string readText(const std::filesystem::path& path) {
     // A folder opens, and fails only when it is read.
     if (!file.is_open() || file.bad() || std::filesystem::is_directory(path))
         throw CommandError(
-            "cannot read '" + timeline::printable(path.string()) +
+            "cannot read '" + words::printable(path.string()) +
             "': " + std::generic_category().message(std::filesystem::is_directory(path) ? EISDIR : errno));
     return text;
 }
@@ -39,16 +39,15 @@ bool isSound(const std::filesystem::path& path) {
 
 /// Names the file, and what can be read in its place where the file is something else.
 [[noreturn]] void refuse(const std::filesystem::path& path, const std::string& text, const char* reason) {
-    const std::string name = "'" + timeline::printable(path.string()) + "'";
-    const std::size_t start = text.find_first_not_of(" \t\r\n");
-    const bool isJson = start != std::string::npos && (text[start] == '{' || text[start] == '[');
+    const std::string name = "'" + words::printable(path.string()) + "'";
+    const bool isJson = timeline::mayBeTimeline(text);
     if (!isJson && isFilmContainer(path))
         throw CommandError(name + " is a film container, not a timeline; " + filmContainerAdvice(path));
     if (!isJson && isSound(path))
         throw CommandError(name + " is a sound file, not a timeline; use audlmd render for it");
     const bool isOurs =
         text.find("\"OTIO_SCHEMA\"") != std::string::npos || text.find("\"audlmd\"") != std::string::npos;
-    throw CommandError(name + ": " + timeline::printable(reason, std::string::npos) +
+    throw CommandError(name + ": " + words::printable(reason, std::string::npos) +
                        (isOurs ? ""
                                : "; what can be read is OpenTimelineIO JSON (.otio), which otioconvert "
                                  "makes of other timelines, and what mix --list --as json writes"));
@@ -64,6 +63,17 @@ void requireSame(const char* option, std::optional<Number> asked, Number told) {
 
 } // namespace
 
+bool isTimelineFile(const std::filesystem::path& path) {
+    const bool isNamedSo = path.extension() == ".otio" || path.extension() == ".json";
+    std::error_code none;
+    // What is read from a pipe is gone.
+    if (!std::filesystem::is_regular_file(path, none))
+        return isNamedSo;
+    std::string start(64, ' ');
+    std::ifstream(path, std::ios::binary).read(start.data(), std::ssize(start));
+    return timeline::mayBeTimeline(start) || (isNamedSo && !isSound(path));
+}
+
 Timeline readTimelineFile(const std::filesystem::path& path, const AskedOutput& asked, MediaFinder& finder) {
     const auto factsOf = [&finder](const std::string& media) {
         const FoundMedium& medium = finder.find(media);
@@ -71,13 +81,11 @@ Timeline readTimelineFile(const std::filesystem::path& path, const AskedOutput& 
             throw CommandError(medium.failure);
         return medium.facts;
     };
-    const timeline::ReadOptions how{
-        .sampleRate = asked.rate.value_or(48000),
-        .channels = asked.channels.value_or(2),
-        .folder = std::filesystem::absolute(path).parent_path(),
-        .timeline = asked.timeline,
-        .media = factsOf,
-        .band = [](std::string_view text) { return parseBand(text, "equaliser"); }};
+    const timeline::ReadOptions how{.sampleRate = asked.rate.value_or(48000),
+                                    .channels = asked.channels.value_or(2),
+                                    .folder = std::filesystem::absolute(path).parent_path(),
+                                    .timeline = asked.timeline,
+                                    .media = factsOf};
     const std::string text = readText(path);
     try {
         Timeline read = timeline::readTimeline(text, how);

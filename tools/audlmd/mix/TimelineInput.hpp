@@ -18,6 +18,10 @@ struct AskedOutput {
     std::string timeline = {};
 };
 
+/// Whether a file is to be read as a timeline: its content decides. Where the file is neither JSON nor a
+/// sound file, or cannot be read, the extension decides which of both errors there will be.
+bool isTimelineFile(const std::filesystem::path& path);
+
 /// Reads a timeline's file; asks the finder about its media. Throws CommandError for a file that cannot be
 /// read or is no timeline, and where the command line asks for something else than the timeline says. The
 /// text names the file.

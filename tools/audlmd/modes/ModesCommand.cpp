@@ -1,4 +1,5 @@
 #include "host/services/RenderFunctions.hpp"
+#include "host/words/Numbers.hpp"
 #include "loop_modes/RegistrationOrder.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Subcommands.hpp"
@@ -9,7 +10,6 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <charconv>
 #include <cstdio>
 #include <memory>
 
@@ -20,12 +20,9 @@ namespace {
 unsigned long parseCode(std::string_view text, std::string_view /*option*/) {
     const bool hexadecimal = text.starts_with("0x") || text.starts_with("0X");
     const std::string_view digits = text.substr(hexadecimal ? 2 : 0);
-    unsigned long code = 0;
-    const auto [end, error] =
-        std::from_chars(digits.data(), digits.data() + digits.size(), code, hexadecimal ? 16 : 10);
-    if (digits.empty() || error != std::errc() || end != digits.data() + digits.size())
-        throw CommandError("'" + std::string(text) + "' is not a mode code; write it as 1603 or 0x643");
-    return code;
+    if (const auto code = words::wholeIn<unsigned long>(digits, hexadecimal ? 16 : 10))
+        return *code;
+    throw CommandError("'" + std::string(text) + "' is not a mode code; write it as 1603 or 0x643");
 }
 
 /// In how many of the fourteen despatch tables the code has a render function.

@@ -1,9 +1,9 @@
 #include "tools/audlmd/options/AutomationFile.hpp"
 
+#include "host/words/Text.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/options/Parsers.hpp"
 
-#include <algorithm>
 #include <cerrno>
 #include <cmath>
 #include <fstream>
@@ -13,16 +13,6 @@
 #include <utility>
 
 namespace audlmd::command {
-namespace {
-
-/// Carriage returns count as space, so files of other systems read alike.
-std::string_view trimmed(std::string_view text) {
-    constexpr std::string_view space = " \t\r";
-    text.remove_prefix(std::min(text.find_first_not_of(space), text.size()));
-    return text.substr(0, text.find_last_not_of(space) + 1);
-}
-
-} // namespace
 
 std::vector<AutomationPoint> readAutomationFile(const std::filesystem::path& path) {
     std::ifstream file(path);
@@ -32,7 +22,7 @@ std::vector<AutomationPoint> readAutomationFile(const std::filesystem::path& pat
     bool headings = true;
     std::string text;
     for (int number = 1; std::getline(file, text); ++number) {
-        const std::string_view line = trimmed(std::string_view(text).substr(0, text.find('#')));
+        const std::string_view line = words::trimmed(std::string_view(text).substr(0, text.find('#')));
         if (line.empty())
             continue;
         // Only the first line that says something may be a line of headings.
@@ -43,8 +33,8 @@ std::vector<AutomationPoint> readAutomationFile(const std::filesystem::path& pat
         const std::size_t comma = line.find(',');
         if (comma == std::string_view::npos)
             throw CommandError(place + ": should be a time, a comma and decibels");
-        points.push_back({TimeValue::parse(trimmed(line.substr(0, comma)), place),
-                          parseLevel(trimmed(line.substr(comma + 1)), place)});
+        points.push_back({TimeValue::parse(words::trimmed(line.substr(0, comma)), place),
+                          parseLevel(words::trimmed(line.substr(comma + 1)), place)});
     }
     if (file.bad() || points.empty())
         throw CommandError("'" + path.string() +

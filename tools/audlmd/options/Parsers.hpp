@@ -13,8 +13,7 @@ namespace audlmd::command {
 // Turn the text of an option into its value. All throw CommandError, naming `option`, for a text that they
 // cannot read. Where a value's range depends on the input, whoever knows the input checks the range.
 
-/// Reads decibels, at most +10, or "-inf" for silence. Returns the u-value of the mixer-style curve. Use this
-/// for levels, not for the gain of an equaliser band, which is a plain number of decibels.
+/// Decibels as the u-value of the mixer-style curve, see words::levelIn().
 float parseLevel(std::string_view text, std::string_view option);
 
 /// How long a fade is, as heard, and how its gain runs.
@@ -26,9 +25,7 @@ struct FadeValue {
 /// `TIME` or `TIME:curve`, the curve one of linear, log and power. Without a curve the fade is linear.
 FadeValue parseFade(std::string_view text, std::string_view option);
 
-/// `kind:frequency[:gain][:q]`: peak, lowshelf and highshelf with a gain, highpass and lowpass without. A
-/// frequency may be written as 1.5k. The equaliser checks the ranges of the numbers. Frequencies are in
-/// hertz, gains in decibels; q is 1/sqrt(2) where it is left out.
+/// `kind:frequency[:gain][:q]`, see words::bandIn().
 EqualiserBand parseBand(std::string_view text, std::string_view option);
 
 /// A speed within the limits of a strip, and the text for messages.

@@ -2,9 +2,9 @@
 
 #include "host/mix/ConvertedSources.hpp"
 #include "host/play/LiveContent.hpp"
+#include "host/timeline/TimelineError.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/mix/TimelineInput.hpp"
-#include "tools/timeline/TimelineFiles.hpp"
 
 #include <utility>
 
@@ -23,8 +23,8 @@ StripSettings forwards(const StripSettings& asRendered, bool converts) {
 
 } // namespace
 
-PlayInput::PlayInput(const PlayOptions& options) : options_(options) {
-    if (options.isTimeline())
+PlayInput::PlayInput(const PlayOptions& options) : options_(options), isTimeline_(options.isTimeline()) {
+    if (isTimeline_)
         openTimeline();
     else
         openSound();
@@ -52,15 +52,15 @@ void PlayInput::openTimeline() {
 }
 
 std::size_t PlayInput::channels() const {
-    return options_.isTimeline() ? timeline_.channels : media_.channels.size();
+    return isTimeline_ ? timeline_.channels : media_.channels.size();
 }
 
 int PlayInput::sampleRate() const {
-    return options_.isTimeline() ? timeline_.sampleRate : media_.sampleRate;
+    return isTimeline_ ? timeline_.sampleRate : media_.sampleRate;
 }
 
 void PlayInput::doubleChannel() {
-    if (options_.isTimeline())
+    if (isTimeline_)
         timeline_.channels = 2;
     else
         media_.channels.push_back(media_.channels.front());
@@ -71,7 +71,7 @@ std::string PlayInput::nameOf(const StripReport& strip) const {
 }
 
 std::unique_ptr<LivePlayer> PlayInput::makePlayer(const LiveOptions& live) const {
-    if (!options_.isTimeline())
+    if (!isTimeline_)
         return std::make_unique<LivePlayer>(media_, settings_, live);
     return std::make_unique<LivePlayer>(
         timeline_, [this](const std::string& medium) { return finder_->open(medium); }, live);

@@ -31,6 +31,7 @@ private:
     void openTimeline();
 
     const PlayOptions& options_;
+    const bool isTimeline_;
     std::unique_ptr<MediaFinder> finder_;
     Media media_;
     StripSettings settings_;

@@ -3,6 +3,7 @@
 #include "host/services/SampleRates.hpp"
 #include "host/signal/Speed.hpp"
 #include "tools/audlmd/CommandError.hpp"
+#include "tools/audlmd/mix/TimelineInput.hpp"
 #include "tools/audlmd/options/ParsedOption.hpp"
 
 #include <CLI/CLI.hpp>
@@ -63,7 +64,7 @@ void declareDevice(CLI::App& play, PlayOptions& options) {
 } // namespace
 
 void PlayOptions::declare(CLI::App& play) {
-    play.add_option("INPUT", input, "A sound file, or a timeline (.otio or .json)");
+    play.add_option("INPUT", input, "A sound file or a timeline; the content decides");
     declareDevice(play, *this);
     play.add_option("--media", media, "A folder in which a timeline's media are looked for")
         ->option_text("FOLDER")
@@ -83,16 +84,17 @@ void PlayOptions::requireCompatible() const {
     // Without --converter the transport takes the linear converter by itself.
     if (strip.converter == Converter::filtering)
         requireFilteringSpeed(strip.speed->factor);
-    if (isTimeline() && (!strip.equaliser.empty() || strip.fadeIn || strip.fadeOut || strip.gain ||
-                         strip.level || strip.automation || strip.converter))
+    const bool playsTimeline = isTimeline();
+    if (playsTimeline && (!strip.equaliser.empty() || strip.fadeIn || strip.fadeOut || strip.gain ||
+                          strip.level || strip.automation || strip.converter))
         throw CommandError("a timeline has its own levels, fades and equalisers: only --speed, --reverse and "
                            "--from go with a timeline");
-    if (!isTimeline() && !media.empty())
+    if (!playsTimeline && !media.empty())
         throw CommandError("--media goes with a timeline");
 }
 
 bool PlayOptions::isTimeline() const {
-    return input.extension() == ".otio" || input.extension() == ".json";
+    return isTimelineFile(input);
 }
 
 double PlayOptions::speed() const {

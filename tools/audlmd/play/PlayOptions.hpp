@@ -40,6 +40,7 @@ struct PlayOptions {
     /// Throws CommandError for options that cannot stand together, or alone.
     void requireCompatible() const;
 
+    /// Looks into the file, see isTimelineFile().
     bool isTimeline() const;
     /// The first speed of the transport: negative backwards.
     double speed() const;

@@ -1,11 +1,11 @@
 #include "tools/audlmd/play/SoundDevice.hpp"
 
+#include "host/words/Text.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/files/TemporaryFile.hpp"
 
 #include <algorithm>
 #include <atomic>
-#include <cctype>
 #include <cmath>
 #include <cstdio>
 #include <fcntl.h>
@@ -61,12 +61,6 @@ std::vector<int> playingDevices() {
     return devices;
 }
 
-std::string lowerCase(std::string text) {
-    std::ranges::transform(text, text.begin(),
-                           [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
-    return text;
-}
-
 } // namespace
 
 SoundDevices::SoundDevices() {
@@ -103,7 +97,7 @@ int SoundDevices::find(const std::optional<std::string>& name) const {
         const std::string candidate = Pa_GetDeviceInfo(device)->name;
         if (candidate == *name)
             return device;
-        if (lowerCase(candidate).find(lowerCase(*name)) != std::string::npos)
+        if (words::lowered(candidate).find(words::lowered(*name)) != std::string::npos)
             found.push_back(device);
     }
     if (found.size() != 1)

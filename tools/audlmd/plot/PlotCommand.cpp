@@ -1,4 +1,5 @@
 #include "host/services/SampleRates.hpp"
+#include "host/words/Text.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Progress.hpp"
 #include "tools/audlmd/Subcommands.hpp"
@@ -7,7 +8,6 @@
 #include "tools/audlmd/options/ParsedOption.hpp"
 #include "tools/audlmd/options/Parsers.hpp"
 #include "tools/audlmd/plot/Figures.hpp"
-#include "tools/timeline/TimelineError.hpp"
 
 #include <CLI/CLI.hpp>
 
@@ -91,8 +91,8 @@ Figure drawAutomation(const PlotOptions& options, const Watcher& watcher) {
                                                                           : DynamicLevelDirection::forwards});
     const std::int64_t length = options.durationOr(std::max<std::int64_t>(options.rate, last + last / 20));
     Figure figure = automationFigure(settings, length, options.rate, watcher);
-    figure.subtitle = timeline::printable(options.input.filename().string()) +
-                      (options.reverse ? ", walked backwards" : "");
+    figure.subtitle =
+        words::printable(options.input.filename().string()) + (options.reverse ? ", walked backwards" : "");
     return figure;
 }
 

@@ -1,8 +1,8 @@
 #include "host/cache/SoundFile.hpp"
+#include "host/words/Text.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/plot/Figures.hpp"
 #include "tools/plot/Spectrogram.hpp"
-#include "tools/timeline/TimelineError.hpp"
 
 #include <algorithm>
 #include <string>
@@ -32,7 +32,7 @@ Figure spectrogramFigure(const std::filesystem::path& path, int channel, double 
         watcher(position, file.frames(), file.sampleRate());
     }
     Figure figure;
-    figure.title = timeline::printable(path.filename().string());
+    figure.title = words::printable(path.filename().string());
     figure.subtitle = "Channel " + std::to_string(channel) + " of " + std::to_string(file.channels()) + ", " +
                       std::to_string(file.sampleRate()) + " Hz";
     figure.charts = {spectrogram.chart(floor)};

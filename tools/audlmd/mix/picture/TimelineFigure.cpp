@@ -1,8 +1,8 @@
 #include "tools/audlmd/mix/picture/TimelineFigure.hpp"
 
+#include "host/words/Text.hpp"
 #include "tools/audlmd/mix/picture/StripPeaks.hpp"
 #include "tools/audlmd/mix/picture/TimelinePainter.hpp"
-#include "tools/timeline/TimelineError.hpp"
 
 #include <memory>
 #include <string>
@@ -18,10 +18,6 @@ constexpr double finePixels = 2.0;
 /// Larger pictures of more lanes would take more than 130 MB of memory.
 constexpr std::size_t mostLanesInFinePixels = 150;
 
-std::string counted(std::size_t count, const char* thing) {
-    return std::to_string(count) + " " + thing + (count == 1 ? "" : "s");
-}
-
 std::string clockOf(std::int64_t samples, int sampleRate) {
     return clockText(static_cast<double>(samples) / sampleRate, 0.001);
 }
@@ -30,9 +26,10 @@ std::string subtitleOf(const Timeline& timeline) {
     std::size_t strips = 0;
     for (const TimelineTrack& track : timeline.tracks)
         strips += track.strips.size();
-    std::string text = counted(strips, "strip") + " on " + counted(timeline.tracks.size(), "track") + ", " +
-                       clockOf(timeline.length, timeline.sampleRate) + " at " +
-                       std::to_string(timeline.sampleRate) + " Hz, " + counted(timeline.channels, "channel");
+    std::string text =
+        words::counted(strips, "strip") + " on " + words::counted(timeline.tracks.size(), "track") + ", " +
+        clockOf(timeline.length, timeline.sampleRate) + " at " + std::to_string(timeline.sampleRate) +
+        " Hz, " + words::counted(timeline.channels, "channel");
     if (timeline.timeReference > 0)
         text += "; time 0 is " + clockOf(timeline.timeReference, timeline.sampleRate) +
                 " on the timeline's clock";
@@ -47,7 +44,7 @@ Figure drawTimeline(const Timeline& shown, const MixReport& report, const OpenMe
         sketchTimeline(shown, report, static_cast<std::size_t>(finePixels * lanesWidth)));
     readPeaks(*sketch, openMedia, progress);
     Figure figure;
-    figure.title = shown.name.empty() ? "Timeline" : timeline::printable(shown.name);
+    figure.title = shown.name.empty() ? "Timeline" : words::printable(shown.name);
     figure.subtitle = subtitleOf(shown);
     figure.chartWidth = pictureWidth;
     figure.chartHeight = TimelineLayout(*sketch, 0.0).height();

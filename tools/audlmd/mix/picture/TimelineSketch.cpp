@@ -2,7 +2,7 @@
 
 #include "host/signal/GainLaws.hpp"
 #include "host/signal/StripPlan.hpp"
-#include "tools/timeline/TimelineError.hpp"
+#include "host/words/Text.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -22,14 +22,14 @@ std::string formatted(const char* format, double value) {
 
 /// A file's name says more than no name.
 std::string nameOf(const TimelineStrip& strip) {
-    return timeline::printable(strip.name.empty() ? strip.media.substr(strip.media.find_last_of('/') + 1)
-                                                  : strip.name);
+    return words::printable(strip.name.empty() ? strip.media.substr(strip.media.find_last_of('/') + 1)
+                                               : strip.name);
 }
 
 std::string noteOf(const TimelineStrip& strip) {
     std::string note;
     if (!strip.silence.empty())
-        return timeline::printable(strip.silence);
+        return words::printable(strip.silence);
     const auto add = [&note](const std::string& words) { note += (note.empty() ? "" : ", ") + words; };
     if (strip.settings.reverse)
         add("reverse");
@@ -205,13 +205,13 @@ TimelineSketch sketchTimeline(const Timeline& shown, const MixReport& report, st
     sketch.columns = {std::max<std::int64_t>(shown.length, 1), columns};
     sketch.sampleRate = shown.sampleRate;
     for (const TimelineMarker& marker : shown.markers)
-        sketch.markers.push_back({timeline::printable(marker.name), marker.at});
+        sketch.markers.push_back({words::printable(marker.name), marker.at});
     sketch.output = report.channels;
     const std::size_t lanes = std::min(shown.tracks.size(), mostLanes);
     sketch.tracksLeftOut = shown.tracks.size() - lanes;
     for (std::size_t track = 0; track < lanes; ++track) {
         const auto& strips = shown.tracks[track].strips;
-        TrackSketch lane{timeline::printable(shown.tracks[track].name), {}};
+        TrackSketch lane{words::printable(shown.tracks[track].name), {}};
         for (std::size_t strip = 0; strip < strips.size(); ++strip) {
             std::optional<StripSketch> sketched = sketchStrip(strips[strip], sketch);
             if (!sketched)

@@ -1,0 +1,33 @@
+#include "host/words/Numbers.hpp"
+
+#include "host/words/Text.hpp"
+
+#include <array>
+#include <stdexcept>
+
+namespace audlmd::words {
+
+/// std::from_chars knows no locale and no plus sign, which is why the sign is taken off here.
+std::optional<double> numberIn(std::string_view text) {
+    if (text.starts_with('+') && !text.starts_with("+-"))
+        text.remove_prefix(1);
+    double value = 0.0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, value);
+    return error == std::errc() && stop == end ? std::optional(value) : std::nullopt;
+}
+
+double requireNumber(std::string_view text) {
+    if (const std::optional<double> number = numberIn(text))
+        return *number;
+    throw std::invalid_argument(quoted(text) + " is not a number");
+}
+
+std::string numberText(double number) {
+    std::array<char, 32> text{};
+    const auto [end, error] =
+        std::to_chars(text.data(), text.data() + text.size(), number, std::chars_format::general, 6);
+    return {text.data(), end};
+}
+
+} // namespace audlmd::words

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <charconv>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+namespace audlmd::words {
+
+/// The whole text as a number, in any locale, with or without a sign; "inf" and "nan" are numbers too.
+/// Nothing for anything else, blanks included.
+std::optional<double> numberIn(std::string_view text);
+
+/// The same, or std::invalid_argument, which says that the text is not a number.
+double requireNumber(std::string_view text);
+
+/// The whole text as a whole number without a plus sign. Nothing for anything else, and for a number that the
+/// type cannot hold.
+template <class Integer>
+std::optional<Integer> wholeIn(std::string_view text, int base = 10) {
+    Integer value{};
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, value, base);
+    return error == std::errc() && stop == end ? std::optional(value) : std::nullopt;
+}
+
+/// A number for people, with six digits at most: "0.5", "1000", "1e+09".
+std::string numberText(double number);
+
+} // namespace audlmd::words

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace audlmd::words {
+
+/// A moment or a length of time as a user writes it, before the sample rate is known. Seconds stay seconds
+/// until then, so that a time is rounded once.
+struct WrittenTime {
+    double seconds = 0.0;
+    /// Where the time is written in samples; takes the place of `seconds`.
+    std::optional<std::int64_t> samples;
+};
+
+/// What timeIn() reads, for messages.
+inline constexpr const char* timeSyntax =
+    "seconds (12.5 or 3s), milliseconds (250ms), samples (480000smp) or timecode (1:02.5, 1:00:02.5)";
+
+/// Reads the notations of timeSyntax. Seconds may have a fraction; minutes and hours are whole. Nothing for
+/// anything else, a sign included.
+std::optional<WrittenTime> timeIn(std::string_view text);
+
+/// Seconds as our own JSON writes them: `1.5s`, with a minus sign or an exponent where there is one, and
+/// never with a plus sign. Nothing for anything else, and for what is not finite.
+std::optional<double> secondsIn(std::string_view text);
+
+/// A time for people: h:mm:ss.mmm, of the nearest millisecond, with a minus sign before 0.
+std::string clock(std::int64_t samples, int sampleRate);
+
+/// For a line that counts: h:mm:ss.t, of the last tenth of a second that has passed. `samples` is not
+/// negative.
+std::string runningClock(std::int64_t samples, int sampleRate);
+
+} // namespace audlmd::words

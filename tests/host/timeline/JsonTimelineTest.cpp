@@ -1,0 +1,114 @@
+#include "tests/host/timeline/TimelineFixture.hpp"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace audlmd::test {
+namespace {
+
+TEST(JsonTimeline, KeepsEveryKey) {
+    const Json written =
+        Json::parse(R"({"audlmd": 1, "name": "n", "sampleRate": 44100, "channels": 1, "length": 9,
+        "timeReference": 8, "markers": [{"name": "m", "at": 3}], "notes": [{"where": "w", "text": "t", "at": -3, "silences": true}],
+        "tracks": [{"name": "A", "strips": [{"name": "s", "media": "/m", "silence": "off", "at": 1, "length": 2, "skip": 4,
+            "from": -5, "to": 60, "reverse": true, "speed": 0.5, "converter": "linear", "gain": "-inf",
+            "fadeIn": {"length": 7, "curve": "log"}, "fadeOut": {"length": 6, "curve": "power"},
+            "equaliser": [{"kind": "lowshelf", "frequency": 100.5, "gain": -1.5, "q": 2.5}],
+            "automation": {"points": [[-1, "-inf"], [2, "-inf"]], "reverse": true},
+            "routing": [[0.5, -0.25]]}]}]})");
+    const Timeline read = readJson(written, options());
+    EXPECT_EQ(Json::parse(writeJson(read)), written);
+    const TimelineStrip& strip = read.tracks.at(0).strips.at(0);
+    EXPECT_EQ(strip.settings.fade.fadeOutSamples, 6U);
+    EXPECT_EQ(strip.settings.fade.fadeOutCurve, FadeCurve::power);
+    EXPECT_EQ(strip.settings.automation.value().direction, DynamicLevelDirection::reverse);
+    EXPECT_EQ(strip.settings.sampleRate, 44'100.0);
+    EXPECT_EQ(strip.settings.from, -5);
+    EXPECT_TRUE(strip.settings.reverse);
+}
+
+TEST(JsonTimeline, FillsInWhatIsLeftOut) {
+    ReadOptions how = options();
+    how.media = [](const std::string&) { return MediaFacts{44'100, 44'100, 0}; };
+    // Behind a mark of the byte order, which some editors write.
+    const Timeline read = readTimeline("\xEF\xBB\xBF"
+                                       R"( {"audlmd": 1, "name": NaN, "tracks": [{"strips": [
+        {"media": "x.wav", "at": "15e-1s", "speed": 2, "skip": 1000, "fadeIn": {"length": "0.25s"}},
+        {"media": "x.wav", "speed": 0.0005, "length": 5}]}]})",
+                                       how);
+    EXPECT_EQ(read.name, "NaN");
+    const TimelineStrip& strip = read.tracks.at(0).strips.at(0);
+    EXPECT_EQ(strip.media, "/media/x.wav");
+    EXPECT_EQ(strip.at, 72'000);
+    EXPECT_EQ(strip.settings.to, 48'000);
+    EXPECT_EQ(strip.length, 23'000);
+    EXPECT_EQ(strip.settings.converter, Converter::filtering);
+    EXPECT_EQ(strip.settings.fade.fadeInSamples, 12'000U);
+    EXPECT_EQ(read.length, 95'000);
+    // Slower than the filtering converter plays.
+    EXPECT_EQ(read.tracks.at(0).strips.at(1).settings.converter, Converter::linear);
+    EXPECT_NE(read.notes.at(0).text.find("the linear one is used"), std::string::npos);
+}
+
+TEST(JsonTimeline, NotesWhatIsSilentOnce) {
+    ReadOptions how = options();
+    how.media = [](const std::string&) { return MediaFacts{44'100, 44'100, 0}; };
+    const Timeline read = readTimeline(
+        R"({"audlmd": 1, "tracks": [{"name": "A", "strips": [
+        {"name": "x", "at": 9, "from": -1000, "to": 96000, "automation": {"points": [[-480, 0], [120000, 0]]}},
+        {"name": "y", "at": 0, "from": 0, "to": 96000, "length": 48000},
+        {"name": "z", "at": 0, "from": 0, "to": 96000, "silence": "muted"}]}]})",
+        how);
+    ASSERT_EQ(read.notes.size(), 4U);
+    const std::vector<std::string> expected{"plays 0.021 s before the start", "plays 1.000 s beyond the end",
+                                            "up to 0.010 s before", "up to 0.479 s beyond"};
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        EXPECT_EQ(read.notes[i].where, "track 'A', clip 'x'");
+        EXPECT_NE(read.notes[i].text.find(expected[i]), std::string::npos) << read.notes[i].text;
+        EXPECT_EQ(read.notes[i].at, 9);
+        EXPECT_EQ(read.notes[i].silences, i < 2);
+    }
+    EXPECT_EQ(endOfSound(read), 9 + 97'000);
+    EXPECT_EQ(writeJson(readTimeline(writeJson(read), how)), writeJson(read));
+}
+
+TEST(JsonTimeline, RefusesNamingStripAndKey) {
+    for (const auto& [strip, expected] : std::vector<std::pair<std::string, std::string>>{
+             {R"("too": 9)", "\"too\" is not known"},
+             {R"("at": -1)", "\"at\" must be"},
+             {R"("at": "1.5")", "\"at\" must be"},
+             {R"("at": "+1.5s")", "\"at\" must be"},
+             {R"("at": "infs")", "\"at\" must be"},
+             {R"("at": 18446744073709551615)", "\"at\" must be"},
+             {R"("at": 1152921504606846977)", "at most 2^60 samples"},
+             {R"("at": 1152921504606846976)", "\"length\" leads beyond 2^60"},
+             {R"("media": "a.wav\u0000b")", "zero byte"},
+             {R"("gain": NaN)", "\"gain\""},
+             {R"("from": 20)", "\"to\" lies before"},
+             {R"("from": -8796093022208)", "more samples than any file"},
+             {R"("to": null)", "\"to\" is missing"},
+             {R"("speed": 0)", "\"speed\" must be"},
+             {R"("speed": 2, "converter": "none")", "needs a converter"},
+             {R"("converter": "best")", "none, linear, filtering"},
+             {R"("fadeIn": {"length": 11})", "fade"},
+             {R"("fadeIn": {"curve": "s"})", "\"curve\" must be one of linear, log, power"},
+             {R"("gain": "loud")", "\"gain\""},
+             {R"("automation": {"points": []})", "at least one node"},
+             {R"("automation": {"points": [[0, 11]]})", "\"points\""},
+             {R"("automation": {"points": [[5, 0], [4, 0]]})", "before the node"},
+             {R"("equaliser": ["peak:1k:loud"])", "'loud' is not a number"},
+             {R"("equaliser": [{}, {}, {}, {}, {}, {}])", "five is the most"},
+             {R"("routing": [[1], [1, 1]])", "\"routing\""}}) {
+        const std::string line =
+            refusal(R"({"audlmd": 1, "tracks": [{"name": "A", "strips": [{"name": "x", "to": 10, )" + strip +
+                    "}]}]}");
+        EXPECT_TRUE(line.starts_with("track 'A', clip 'x': ")) << line;
+        EXPECT_NE(line.find(expected), std::string::npos) << line;
+    }
+    EXPECT_NE(refusal(R"({"audlmd": 2})").find("must be 1"), std::string::npos);
+    EXPECT_NE(refusal(R"({"audlmd": 1, "sampelRate": 2})").find("\"sampelRate\""), std::string::npos);
+}
+
+} // namespace
+} // namespace audlmd::test

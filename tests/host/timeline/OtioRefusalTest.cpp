@@ -1,0 +1,188 @@
+#include "host/words/Text.hpp"
+#include "tests/host/timeline/TimelineFixture.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <random>
+
+namespace audlmd::test {
+namespace {
+
+/// The line of an error, or of the first note that counts as a failure. Everything but that clip is played.
+std::string failureOf(std::vector<Json> children) {
+    children.push_back(clip("last", 0, 1));
+    try {
+        const Timeline read = readOtio(timeline({track(children)}), options());
+        EXPECT_EQ(read.tracks.at(0).strips.back().name, "last");
+        EXPECT_TRUE(read.tracks[0].strips.back().silence.empty());
+        const auto note = std::ranges::find_if(read.notes, &TimelineNote::silences);
+        return note == read.notes.end() ? "" : "played without " + note->where + ": " + note->text;
+    } catch (const TimelineError& error) {
+        return error.what();
+    }
+}
+
+TEST(OtioRefusal, IsOneLineThatNamesTrackAndClip) {
+    struct Case {
+        std::vector<Json> children;
+        std::string expected;
+        bool isRefused = false;
+    };
+    const Json ramp{{"effects", {{{"OTIO_SCHEMA", "TimeEffect.1"}, {"name", "ramp"}}}}};
+    const auto own = [](const Json& block) { return Json{{"metadata", {{"audlmd", block}}}}; };
+    const auto shown = [](const Json& times) { return Json{{"source_range", times}}; };
+    for (const Case& c : std::vector<Case>{
+             {{clip("x", 0, 5, ramp)}, "'ramp' changes the speed over time"},
+             {{clip("x", 0, -5)}, "the duration of source_range is negative"},
+             {{clip("x", 1e300, 5)}, "too long"},
+             {{clip("x", 0, 9223372036854775808.0)}, "too long"},
+             {{clip("x", 0, 5, shown(range(0, 5, 0)))}, "0 is not a rate"},
+             {{clip("x", 0, 5, shown({{"start_time", time(0)}}))}, "the duration of source_range is missing"},
+             {{clip("x", 0, 5, shown({{"start_time", 1}, {"duration", 2}}))}, "has no number"},
+             {{clip("x", 0, 5, {{"OTIO_SCHEMA", "Clip.3"}})}, "schema Clip.3 is not known", true},
+             {{clip("x", 0, 5, {{"OTIO_SCHEMA", "Clap.1"}})}, "schema Clap is not known", true},
+             {{clip("x", 0, 5, {{"OTIO_SCHEMA", nullptr}})}, "no OTIO_SCHEMA", true},
+             {{clip("x", 0, 5, {{"source_range", nullptr}, {"media_references", nullptr}})}, "how long"},
+             {{clip("x", 0, 5, {{"effects", {warp(1e8)}}})}, "the speed must be"},
+             {{clip("x", 0, 5, {{"effects", {warp(1e300)}}})}, "no speed that can be played"},
+             {{clip("x", 0, 2e10, {{"effects", {warp(1e5)}}})}, "more samples than any file"},
+             {{clip("x", 0, 5), transition(6, 0)}, "fades are longer than the clip by 0.040 s"},
+             {{clip("x", 0, 5, {{"enabled", 0}})}, "\"enabled\" is not true or false", true},
+             {{clip("x", 0, 5, {{"effects", Json::object()}})}, "\"effects\" is not a list", true},
+             {{clip("x", 0, 5, {{"markers", 1}})}, "\"markers\" is not a list", true},
+             {{clip("x", 0, 5, own({{"gain", 61}}))}, "\"gain\" must be decibels up to 60"},
+             {{clip("x", 0, 5, own({{"gian", 1}}))}, "\"gian\" is not known"},
+             {{clip("x", 0, 5, own({{"equaliser", {"fuzz"}}}))},
+              "cannot be read: equaliser: 'fuzz' is not a kind of band"},
+             {{clip("x", 0, 5, own({{"equaliser", {{{"frequency", 24000}}}}}))}, "equaliser: "},
+             {{clip("x", 0, 5, own({{"routing", {{1}}}}))}, "must have 2 rows"},
+             {{clip("x", 0, 5, own({{"gain", 50}, {"level", 10.1}}))}, "\"level\""},
+             {{clip("x", 0, 5, own({{"automation", {{1, 0}, {0, 0}}}}))}, "in order of time"}}) {
+        const std::string line = failureOf(c.children);
+        const std::string place =
+            c.isRefused ? "track 'A1', clip 'x': " : "played without track 'A1', clip 'x': ";
+        EXPECT_TRUE(line.starts_with(place)) << line;
+        EXPECT_NE(line.find(c.expected), std::string::npos) << line;
+    }
+}
+
+TEST(OtioRefusal, IsPrintableAndShort) {
+    for (const auto& [text, expected] : std::vector<std::pair<std::string, std::string>>{
+             {"two\nlines\033[2J\x7f", "two?lines?[2J?"},
+             {"\u009b2J \u0080", "?2J ?"},
+             {"\u202e\u202a\u2066\u2069\u200e\u200f\u061c\u2028\u2029", "?????????"},
+             {"T\u00fcr \u65e5 \U0001F3B5", "T\u00fcr \u65e5 \U0001F3B5"},
+             {"\xfc\xc0\x80 \xed\xa0\x80 \xe6\x97", "??? ??? ??"},
+             {std::string(500, 'x'), std::string(80, 'x') + "..."}})
+        EXPECT_EQ(words::printable(text), expected);
+    const std::string line = failureOf({clip("two\nlines" + std::string(500, 'x'), 0, -1)});
+    EXPECT_EQ(line.find('\n'), std::string::npos);
+    EXPECT_LT(line.size(), 300U);
+}
+
+TEST(OtioRefusal, LeavesOutTransitionsThatCannotBePlayed) {
+    EXPECT_NE(failureOf({clip("a", 0, 5), transition(1, 1), track({})}).find("beside a nested"),
+              std::string::npos);
+    EXPECT_NE(failureOf({transition(1, 1), transition(1, 1)}).find("follow one another"), std::string::npos);
+    const TimelineStrip hard =
+        stripsOf({clip("a", 0, 5), transition(1, 1), composition("Stack.1", {clip("b", 0, 5)})}).at(0);
+    EXPECT_EQ(hard.length, 5 * 1920);
+    EXPECT_EQ(hard.settings.fade.fadeOutSamples, 0U);
+}
+
+TEST(OtioRefusal, SaysWhatIsWrongWithAText) {
+    const auto nested = [](int depth, const std::string& open, const std::string& close) {
+        std::string text;
+        for (int i = 0; i < depth; ++i)
+            text += open;
+        for (int i = 0; i < depth; ++i)
+            text += close;
+        return text;
+    };
+    Json deep = track({});
+    for (int i = 0; i < 70; ++i)
+        deep = track({deep});
+    const auto collection = [](const std::vector<Json>& children) {
+        return composition("SerializableCollection.1", children);
+    };
+    const Json one = timeline({}, {{"name", "one"}});
+    const Json two = collection({timeline({}, {{"name", "two"}})});
+    ReadOptions chosen = options();
+    chosen.timeline = "two";
+    EXPECT_EQ(readOtio(collection({one, two}), chosen).name, "two");
+    EXPECT_NE(refusal(one.dump(), chosen).find("there is 'one'"), std::string::npos);
+    for (const auto& [text, expected] : std::vector<std::pair<std::string, std::string>>{
+             {"", "empty"},
+             {"{\n \"a\": [NaN, -Infinity, x]}", "line 2, column 24: this is not JSON"},
+             {"{\"audlmd\": 1, \"any\": \"[\\\"\", \"length\": Inf}", "\"length\" must be"},
+             {"{\"a\": 1e999}", "too large"},
+             {"RIFF....", "line 1, column 1: this is not JSON"},
+             {"[1]", "this is no timeline"},
+             {"{\"OTIO_SCHEMA\": \"Clip.1\"}", "holds a Clip, not a Timeline"},
+             {"{\"OTIO_SCHEMA\": \"Timeline.9\"}", "Timeline.9 is not known"},
+             {"{\"OTIO_SCHEMA\": \"Timeline.1\"}", "no Stack"},
+             {collection({}).dump(), "holds a SerializableCollection, not a Timeline"},
+             {collection({one, two}).dump(), "holds 2 timelines; name one: 'one', 'two'"},
+             {collection({one}).dump(), ""},
+             {timeline({deep}).dump(), "more than 64 levels deep"},
+             {nested(100'000, "[", "]"), "more than 512 levels deep"},
+             {nested(100'000, "{\"children\":[", "]}"), "more than 512 levels deep"}}) {
+        const std::string line = refusal(text);
+        EXPECT_NE(line.find(expected), std::string::npos) << line;
+        EXPECT_EQ(line.empty(), expected.empty()) << line;
+    }
+    // A few tenths of a second; a time that grew with the square would be minutes.
+    const auto begin = std::chrono::steady_clock::now();
+    std::string many = "[{}";
+    for (int i = 0; i < 200'000; ++i)
+        many += ",{}";
+    refusal(many + "]");
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
+}
+
+/// Files with some of everything.
+std::vector<std::string> seeds() {
+    const Json own{{"metadata", {{"audlmd", {{"gain", -2}, {"automation", {{0, 0}, {1, -6}}}}}}}};
+    const Json stack = composition("Stack.1", {track({clip("n", 5, 30)}), clip("m", 1, 2)},
+                                   {{"source_range", range(1, 25)}, {"effects", {warp(-0.5)}}});
+    const Timeline read = readOtio(
+        timeline({track({clip("a", 100, 50, own), transition(4, 4), clip("b", 200, 50), stack})}), options());
+    return {timeline({track({clip("a", 9, 50, own), transition(4, 4), clip("b", 20, 50), stack})}).dump(),
+            writeJson(read)};
+}
+
+// A longer run: AUDLMD_MUTATION_SECONDS=10
+TEST(OtioRefusal, SurvivesMutatedFiles) {
+    const unsigned int seed = std::random_device{}();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    const std::vector<std::string> files = seeds();
+    const std::vector<std::string> pieces{"-1",   "1e300", "null",   "[]",   "{}",   "9223372036854775808",
+                                          "\"\"", "0",     "1e-300", "NaN",  "true", ",",
+                                          "\"",   "}",     "0.1",    "24000"};
+    const char* seconds = std::getenv("AUDLMD_MUTATION_SECONDS");
+    const auto end =
+        std::chrono::steady_clock::now() + std::chrono::seconds(seconds ? std::atoi(seconds) : 0);
+    int understood = 0;
+    for (int i = 0; i < 1000 || std::chrono::steady_clock::now() < end; ++i) {
+        std::string text = files[random() % files.size()];
+        for (unsigned int changes = static_cast<unsigned int>(random() % 3) + 1; changes > 0; --changes) {
+            // Most changes replace a whole number or text, so that the file stays JSON.
+            std::size_t begin = text.find_first_of("0123456789:", random() % text.size());
+            begin = begin == std::string::npos ? 0 : begin + (text[begin] == ':' ? 1 : 0);
+            const std::size_t stop = std::min(text.find_first_of(",]}", begin), text.size());
+            text.replace(begin, random() % 8 == 0 ? random() % 5 : stop - begin,
+                         pieces[random() % pieces.size()]);
+        }
+        const std::string line = refusal(text);
+        ASSERT_EQ(line.find('\n'), std::string::npos) << text;
+        understood += line.empty() ? 1 : 0;
+    }
+    EXPECT_GT(understood, 20);
+}
+
+} // namespace
+} // namespace audlmd::test

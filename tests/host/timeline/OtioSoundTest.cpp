@@ -1,0 +1,103 @@
+#include "host/signal/GainLaws.hpp"
+#include "tests/host/timeline/TimelineFixture.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace audlmd::test {
+namespace {
+
+constexpr std::int64_t frame = 1920;
+
+Json exported(const std::vector<Json>& parameters, bool enabled = true) {
+    return {{"OTIO_SCHEMA", "Effect.1"},
+            {"metadata", {{"any", {{"Enabled", enabled}, {"Parameters", parameters}}}}}};
+}
+
+Json parameter(const std::string& name, const Json& value, const Json& keys = Json::object()) {
+    return {{"Parameter ID", name}, {"Parameter Value", value}, {"Key Frames", keys}};
+}
+
+double decibelsAt(const TimelineStrip& strip, std::int64_t position) {
+    const float u = strip.settings.automation.value().automation.uValueAt(position);
+    return decibelsOfGain(mixerStyleGain(static_cast<double>(u)));
+}
+
+TEST(OtioSound, ReadsVolumeAndFadersOfExporters) {
+    const Json loud = exported(
+        {parameter("volume", -6.5), parameter("faderIn", 5), parameter("faderOut", 7), parameter("pan", 30)});
+    const Json off = exported({parameter("volume", -40)}, false);
+    const Timeline read = readOtio(
+        timeline({track({clip("a", 0, 20, {{"effects", {warp(2), loud, off, exported({})}}})})}), options());
+    const TimelineStrip& strip = read.tracks[0].strips.at(0);
+    EXPECT_DOUBLE_EQ(strip.gainDb, -6.5);
+    EXPECT_EQ(strip.settings.fade.fadeInSamples, 10U * frame);
+    EXPECT_EQ(strip.settings.fade.fadeOutSamples, 14U * frame);
+    EXPECT_EQ(strip.settings.fade.fadeInCurve, FadeCurve::linear);
+    ASSERT_EQ(read.notes.size(), 1U);
+    EXPECT_NE(read.notes[0].text.find("pan"), std::string::npos);
+    const Json silent{{"effects", {exported({parameter("volume", -100)})}}};
+    EXPECT_TRUE(std::isinf(stripsOf({clip("a", 0, 20, silent)}).at(0).gainDb));
+}
+
+TEST(OtioSound, NotesParametersThatChangeSomethingOnce) {
+    const auto other = [](const std::string& name, const Json& value) {
+        return Json{{"DisplayName", name}, {"StartValue", {{"Value", value}}}};
+    };
+    Json usual = parameter("gain", 1.0);
+    usual["Default Parameter Value"] = 1;
+    const std::vector<Json> effects{
+        exported({usual, {{"DisplayName", "Bypass"}, {"Keyframes", Json::array()}}}),
+        exported({parameter("enabled", false), parameter("frequency", 500)}),
+        exported({other("Bypass", true), other("Level", 3)}),
+        exported({other(" ", 1), other("Level", 3), other("Level", 4), parameter("x", nullptr)})};
+    const Timeline read =
+        readOtio(timeline({track({gap(1), clip("a", 0, 20, {{"effects", effects}})})}), options());
+    ASSERT_EQ(read.notes.size(), 2U);
+    EXPECT_EQ(read.notes[0].text, "the parameter '?' of the effect '?' is not played");
+    EXPECT_EQ(read.notes[1].text, "the parameter 'Level' of the effect '?' is not played (2 times)");
+    EXPECT_EQ(read.notes[1].at, frame);
+}
+
+TEST(OtioSound, FollowsKeyFramesFromTheStartOfTheClip) {
+    const Json keys{{"2", {{"Value", 16}}}, {"+10", {{"Value", -24}}}, {"0", {{"Value", -24}}}};
+    const Json more{{"effects", {warp(2), exported({parameter("volume", 3, keys)})}}};
+    const TimelineStrip strip = stripsOf({gap(9), transition(1, 0), clip("a", 50, 20, more)}).at(0);
+    // 6 dB are above what an automation reaches. The transition begins one frame before the clip.
+    EXPECT_DOUBLE_EQ(strip.gainDb, 6.0);
+    EXPECT_NEAR(decibelsAt(strip, 2 * frame), -30.0, 0.01);
+    EXPECT_NEAR(decibelsAt(strip, 4 * frame), -10.0, 0.1);
+    EXPECT_NEAR(decibelsAt(strip, 6 * frame), 10.0, 0.01);
+    EXPECT_NEAR(decibelsAt(strip, 14 * frame), -10.0, 0.1);
+    EXPECT_NEAR(decibelsAt(strip, 40 * frame), -30.0, 0.01);
+
+    const Json stack = composition("Stack.1", {clip("a", 50, 20, more)}, {{"effects", {warp(-1)}}});
+    const TimelineStrip mirrored = stripsOf({stack}).at(0);
+    EXPECT_NEAR(decibelsAt(mirrored, 36 * frame), 10.0, 0.01);
+    EXPECT_NEAR(decibelsAt(mirrored, 28 * frame), -10.0, 0.1);
+}
+
+TEST(OtioSound, ReadsOurOwnBlock) {
+    const Json block = Json::parse(R"({"gain": -2, "level": 1.5, "fadeIn": 0.5, "fadeOut": 0.25,
+        "fadeInCurve": "log", "converter": "linear", "automation": [[0, 0], [0.5, "-inf"]],
+        "equaliser": ["lowpass:1.5k", {"kind": "peak", "frequency": 500, "gain": 3, "q": 2}],
+        "routing": [[1, 0], [0.5, -0.5]]})");
+    const Json more{{"effects", {warp(1.5)}}, {"metadata", {{"audlmd", block}}}};
+    const TimelineStrip strip = stripsOf({clip("a", 0, 50, more)}).at(0);
+    EXPECT_DOUBLE_EQ(strip.gainDb, -0.5);
+    EXPECT_EQ(strip.settings.fade.fadeInSamples, 36'000U);
+    EXPECT_EQ(strip.settings.fade.fadeOutSamples, 18'000U);
+    EXPECT_EQ(strip.settings.fade.fadeInCurve, FadeCurve::log);
+    EXPECT_EQ(strip.settings.converter, Converter::linear);
+    EXPECT_NEAR(decibelsAt(strip, 18'000), -50.0, 0.1);
+    EXPECT_TRUE(std::isinf(decibelsAt(strip, 36'000)));
+    ASSERT_EQ(strip.settings.equaliser.size(), 2U);
+    EXPECT_EQ(strip.settings.equaliser[0].kind, BandKind::lowPass);
+    EXPECT_DOUBLE_EQ(strip.settings.equaliser[0].frequency, 1500.0);
+    EXPECT_DOUBLE_EQ(strip.settings.equaliser[1].q, 2.0);
+    EXPECT_EQ(strip.routing.value().rows[1], (std::vector<float>{0.5F, -0.5F}));
+}
+
+} // namespace
+} // namespace audlmd::test
