@@ -16,12 +16,12 @@ constexpr int deepest = 512;
 /// A text in which every number that JSON does not have stands in quotes.
 struct PlainText {
     std::string text;
-    /// Where quotes were put, as places in `text`, in order.
+    /// Where quotes were put, as bytes of `text`, in order.
     std::vector<std::size_t> quotes;
 
-    /// The place in the original text.
-    std::size_t originalPlace(std::size_t place) const {
-        return place - static_cast<std::size_t>(std::ranges::lower_bound(quotes, place) - quotes.begin());
+    /// The number of a byte in the original text.
+    std::size_t originalByte(std::size_t byte) const {
+        return byte - static_cast<std::size_t>(std::ranges::lower_bound(quotes, byte) - quotes.begin());
     }
 };
 
@@ -39,7 +39,7 @@ std::size_t oddNumberAt(std::string_view text) {
     return 0;
 }
 
-/// The place behind a text in quotes that begins at `begin`, or the end of a file that breaks off in it.
+/// The byte behind a text in quotes that begins at `begin`, or the end of a file that breaks off in it.
 std::size_t behindQuoted(std::string_view text, std::size_t begin) {
     std::size_t i = begin + 1;
     while (i < text.size() && text[i] != '"')
@@ -76,7 +76,7 @@ PlainText plainTextOf(std::string_view text) {
     return plain;
 }
 
-/// `byte` is counted from 1, as the parser reports places. Columns are bytes.
+/// `byte` is counted from 1, as the parser reports bytes. Columns are bytes.
 std::string lineAndColumn(std::string_view text, std::size_t byte) {
     const std::string_view before = text.substr(0, std::min(byte == 0 ? 0 : byte - 1, text.size()));
     const std::size_t lineStart = before.rfind('\n') + 1; // 0 where there is no line before
@@ -101,7 +101,7 @@ Json parseJson(std::string_view text) {
     } catch (const Json::parse_error& error) {
         if (text.find_first_not_of(" \t\r\n") == std::string_view::npos)
             throw TimelineError("the file is empty");
-        throw TimelineError(lineAndColumn(text, plain.originalPlace(error.byte)) + ": this is not JSON");
+        throw TimelineError(lineAndColumn(text, plain.originalByte(error.byte)) + ": this is not JSON");
     } catch (const Json::out_of_range&) {
         throw TimelineError("the file holds a number that is too large for any time or level");
     }

@@ -114,7 +114,7 @@ void readRange(StrictObject& fields, TimelineStrip& strip) {
 }
 
 /// Without "length" a strip lasts as long as its range gives samples, after the part that is skipped.
-void readPlace(StrictObject& fields, TimelineStrip& strip) {
+void readPosition(StrictObject& fields, TimelineStrip& strip) {
     const StripSettings& settings = strip.settings;
     strip.at = timeIn(fields, "at", 0);
     strip.skip = timeIn(fields, "skip", 0);
@@ -175,7 +175,7 @@ TimelineStrip readStrip(const Json& value, Reading reading) {
     settings.reverse = fields.flag("reverse", false);
     const bool takesLinear = readSpeed(fields, settings);
     readRange(fields, strip);
-    readPlace(fields, strip);
+    readPosition(fields, strip);
     if (takesLinear)
         reading.note(linearInstead, strip.at);
     readFade(fields, "fadeIn", settings.fade.fadeInSamples, settings.fade.fadeInCurve);

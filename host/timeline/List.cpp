@@ -55,7 +55,7 @@ Row headings(const Timeline& timeline) {
     return row;
 }
 
-/// The source shows what is heard of the material, not the whole range of the strip. A strip that is silent
+/// The source shows what is heard of the media, not the whole range of the strip. A strip that is silent
 /// has its reason in the place of the file.
 Row rowOf(const Timeline& timeline, const std::string& track, const TimelineStrip& strip,
           const FileText& fileOf) {

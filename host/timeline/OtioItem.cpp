@@ -50,7 +50,7 @@ Rational readClipRange(const Json& value, const Reading& reading, OtioItem& item
     }
     const OtioRange& range = shown ? *shown : *available;
     item.range = range.range;
-    item.frame = Rational(1) / range.rate;
+    item.pictureFrame = Rational(1) / range.rate;
     item.startsEmpty = range.range.start < Rational();
     if (available) {
         item.mediaStart = range.range.start - differenceOf(range.start, available->start);

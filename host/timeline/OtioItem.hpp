@@ -42,7 +42,7 @@ struct ItemSound {
     std::optional<Routing> routing;
 };
 
-/// A note on an item, until its place is known.
+/// A note on an item, until it is known where the item lies.
 struct ItemNote {
     std::string text;
     /// See TimelineNote.
@@ -61,8 +61,8 @@ struct OtioItem {
     std::string silence;
     /// Whether the file meant the silent item to be heard.
     bool silenceIsFailure = false;
-    /// Whether the silent item lasts no time because its length is not known, so that what follows is in the
-    /// wrong place.
+    /// Whether the silent item lasts no time because its length is not known, so that what follows comes
+    /// too early.
     bool lacksLength = false;
     std::vector<ItemNote> notes;
     /// What the item shows of its content, in the content's time: the timecode of a clip's medium, or the
@@ -77,8 +77,8 @@ struct OtioItem {
     /// In the time of the range. Where the medium begins, and how long it is if that is known.
     Rational mediaStart;
     std::optional<Rational> mediaDuration;
-    /// One frame, in seconds: what exporters round times to.
-    Rational frame;
+    /// One frame of a picture, in seconds: what exporters round times to.
+    Rational pictureFrame;
     /// Whether the range begins before time 0, which is empty time.
     bool startsEmpty = false;
 

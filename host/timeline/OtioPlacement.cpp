@@ -171,12 +171,12 @@ void setLevels(const ClipPlacement& placement, TimelineStrip& strip) {
 }
 
 /// What the file is known to have counts; else what the timeline says of it.
-void noteMissingMaterial(const ClipPlacement& placement, const TimelineStrip& strip) {
+void noteMissingMedia(const ClipPlacement& placement, const TimelineStrip& strip) {
     const OtioItem& clip = placement.clip;
     std::optional<std::int64_t> length = placement.reading.lengthOf(clip.media);
     if (!length && clip.mediaDuration)
         length = placement.samples(*clip.mediaDuration);
-    noteSilentEnds(strip, length, placement.samples(clip.frame), clip.startsEmpty, placement.reading);
+    noteSilentEnds(strip, length, placement.samples(clip.pictureFrame), clip.startsEmpty, placement.reading);
     noteOutsideAutomation(strip, placement.reading);
 }
 
@@ -215,7 +215,7 @@ std::optional<TimelineStrip> placeClip(const OtioItem& clip, const Surroundings&
     requireBands(strip.settings.equaliser, reading);
     if (!cutToWindow(placement, strip))
         return std::nullopt;
-    noteMissingMaterial(placement, strip);
+    noteMissingMedia(placement, strip);
     return strip;
 }
 

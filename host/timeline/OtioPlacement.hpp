@@ -9,7 +9,7 @@ namespace audlmd::timeline {
 
 /// How the time inside an item becomes output time: straight, and exact. A negative scale plays backwards.
 /// output = origin + scale x content. Maps are nested from the whole timeline down to the content of a clip;
-/// fractions keep the place exact at any depth.
+/// fractions keep times exact at any depth.
 class TimeMap {
 public:
     /// Of the whole timeline: output time is the time inside, from 0 on.
@@ -75,7 +75,7 @@ std::int64_t samplesAt(const Rational& seconds, int sampleRate);
 std::optional<TimelineStrip> placeClip(const OtioItem& clip, const Surroundings& around,
                                        const Reading& reading);
 
-/// The place of a clip that is silent, and where its material begins; no speed, fades or levels.
+/// Where a clip lies that is silent, and where its media begin; no speed, fades or levels.
 TimelineStrip silentClip(const OtioItem& clip, const Surroundings& around, int sampleRate);
 
 } // namespace audlmd::timeline

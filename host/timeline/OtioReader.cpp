@@ -17,7 +17,7 @@ namespace audlmd::timeline {
 namespace {
 
 /// Why a transition cannot be played. Empty: it can. A transition lengthens the clips beside the cut, and
-/// a nested composition has no material beyond its ends.
+/// a nested composition has no sound beyond its ends.
 std::string faultOf(const OtioItem& parent, std::size_t i) {
     if (parent.kind == ItemKind::stack)
         return "a transition must stand in a track";

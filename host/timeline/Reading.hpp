@@ -30,9 +30,9 @@ private:
     std::map<std::string, Answer> answers_;
 };
 
-/// The reading of a timeline, as it stands at one place of the file: what every part of a reader has at hand.
-/// Handed down from part to part, each time at() the place that the part reads, so that every error and every
-/// note can name its place.
+/// The reading of a timeline, as it stands at one track or clip: what every part of a reader has at hand.
+/// Handed down from part to part, each time at() the track or clip that the part reads, so that every error
+/// and every note can name them.
 struct Reading {
     const ReadOptions& options;
     MediaAnswers& media;
@@ -40,9 +40,9 @@ struct Reading {
     Timeline& timeline;
     Where where = {};
 
-    Reading at(Where place) const { return {options, media, timeline, std::move(place)}; }
+    Reading at(Where there) const { return {options, media, timeline, std::move(there)}; }
 
-    /// Throws TimelineError: the place, a colon, the sentence.
+    /// Throws TimelineError: track and clip, a colon, the sentence.
     [[noreturn]] void fail(const std::string& sentence) const;
     /// Notes in the timeline what is not played as written, from the output sample `sample` on. `silences`:
     /// see TimelineNote.

@@ -14,7 +14,7 @@
 namespace audlmd::timeline {
 
 /// An object of our own JSON: gives its members, each with its type and limits, and refuses members that
-/// nobody asked for. Every TimelineError names the place and the key. Use one for each object: read all
+/// nobody asked for. Every TimelineError names track, clip and key. Use one for each object: read all
 /// members, then call finish().
 class StrictObject {
 public:
@@ -56,7 +56,7 @@ public:
     /// is found here instead of being ignored.
     void finish() const;
 
-    /// Throws TimelineError: the place, the key in quotes, the sentence.
+    /// Throws TimelineError: track and clip, the key in quotes, the sentence.
     [[noreturn]] void fail(const std::string& key, const std::string& sentence) const;
     /// For objects inside this one.
     const Reading& reading() const { return reading_; }

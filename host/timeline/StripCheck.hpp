@@ -22,14 +22,14 @@ inline constexpr const char* linearInstead =
 /// handed to a player, so that the message names the clip.
 void requireBands(const std::vector<EqualiserBand>& bands, const Reading& reading);
 
-/// What a strip plays of its material, without the part that is skipped. In samples at the timeline's rate.
+/// What a strip plays of its media, without the part that is skipped. In samples at the timeline's rate.
 MaterialSpan heardOf(const TimelineStrip& strip);
 
 /// For messages, with milliseconds.
 std::string inSeconds(std::int64_t samples, int sampleRate);
 
-/// Notes a strip that plays beyond an end of its material, where there is silence. `length` is the
-/// material's, if that is known. Up to `rounding` samples are no failure, because times in frames are often
+/// Notes a strip that plays beyond an end of its media, where there is silence. `length` is the
+/// media's, if that is known. Up to `rounding` samples are no failure, because times in frames are often
 /// longer than the file by a part of a frame. `emptyStart`: silence before the start is what the file asks
 /// for.
 void noteSilentEnds(const TimelineStrip& strip, std::optional<std::int64_t> length, std::int64_t rounding,

@@ -5,12 +5,12 @@
 namespace audlmd::timeline {
 
 std::string Where::text() const {
-    std::string place;
+    std::string text;
     if (!track.empty())
-        place = "track '" + words::printable(track) + "'";
+        text = "track '" + words::printable(track) + "'";
     if (!clip.empty())
-        place += (place.empty() ? "" : ", ") + ("clip '" + words::printable(clip) + "'");
-    return place.empty() ? "timeline" : place;
+        text += (text.empty() ? "" : ", ") + ("clip '" + words::printable(clip) + "'");
+    return text.empty() ? "timeline" : text;
 }
 
 Where whereIs(const Timeline& timeline, std::size_t track, std::size_t strip) {

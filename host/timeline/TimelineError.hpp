@@ -13,17 +13,17 @@ namespace audlmd::timeline {
 class TimelineError : public std::runtime_error {
 public:
     explicit TimelineError(const std::string& line) : std::runtime_error(line), sentence_(line) {}
-    TimelineError(const std::string& place, const std::string& sentence)
-        : std::runtime_error(place + ": " + sentence), sentence_(sentence) {}
+    TimelineError(const std::string& where, const std::string& sentence)
+        : std::runtime_error(where + ": " + sentence), sentence_(sentence) {}
 
-    /// Without the place, for a note that has the place already.
+    /// Without track and clip, for a note that has them already.
     const std::string& sentence() const { return sentence_; }
 
 private:
     std::string sentence_;
 };
 
-/// The place in a timeline that a message is about. Empty names are left out.
+/// The track and the clip that a message is about. Empty names are left out.
 struct Where {
     std::string track;
     std::string clip;
@@ -32,7 +32,7 @@ struct Where {
     std::string text() const;
 };
 
-/// The place of a strip, for messages. Tracks and strips are counted from 0; those without a name are shown
+/// Names a strip in messages. Tracks and strips are counted from 0; those without a name are shown
 /// as #1, #2 and so on.
 Where whereIs(const Timeline& timeline, std::size_t track, std::size_t strip);
 

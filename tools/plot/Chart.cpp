@@ -76,7 +76,7 @@ void paintYAxis(const Pen& pen, const Axis& axis, const Rectangle& plot, bool gr
         const double y = plot.bottom() - axis.position(tick.value) * plot.height;
         if (grid) {
             const bool unity = axis.scale == Scale::decibels && tick.value == 0.0;
-            pen.colour(unity ? Palette::frame : Palette::grid);
+            pen.colour(unity ? Palette::outline : Palette::grid);
             pen.line(plot.left, y, plot.right(), y, 1.0);
         }
         pen.colour(Palette::text);
@@ -182,7 +182,7 @@ void paintColourBar(const Pen& pen, const Axis& scale, const Rectangle& plot) {
         // Each step reaches into the next one, so that no seam shows.
         pen.fill({bar.left, bar.bottom() - (step + 1) * height, bar.width, height * (step == 0 ? 1.0 : 1.5)});
     }
-    pen.colour(Palette::frame);
+    pen.colour(Palette::outline);
     pen.outline(bar, 1.0);
     pen.colour(Palette::text);
     pen.font(tickSize);
@@ -219,7 +219,7 @@ void paintChart(const Pen& pen, const Chart& chart, const Rectangle& area) {
     for (const Series& series : chart.series)
         paintSeries(pen, chart, series, plot);
     cairo_restore(pen.context());
-    pen.colour(Palette::frame);
+    pen.colour(Palette::outline);
     pen.outline(plot, 1.0);
     if (chart.heatMap)
         paintColourBar(pen, chart.heatMap->scale, plot);

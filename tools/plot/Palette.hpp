@@ -34,7 +34,7 @@ inline constexpr Colour alarm = fromHex(0xC00000);
 inline constexpr std::array<Colour, 6> lines{blue, vermillion, green, purple, orange, skyBlue};
 
 inline constexpr Colour text = fromHex(0x222222);
-inline constexpr Colour frame = fromHex(0x666666);
+inline constexpr Colour outline = fromHex(0x666666);
 inline constexpr Colour grid = fromHex(0xDDDDDD);
 inline constexpr Colour paper = fromHex(0xFFFFFF);
 } // namespace Palette

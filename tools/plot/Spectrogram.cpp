@@ -8,7 +8,7 @@
 namespace audlmd::plot {
 namespace {
 
-/// In samples per second. Above this, the frames last no longer.
+/// In samples per second. Above this, the parts last no longer.
 constexpr int mostAnalysed = 1 << 20;
 
 /// A Kaiser window, scaled so that a sine at full scale has a power of 1 in its bin.
@@ -28,11 +28,11 @@ std::vector<float> kaiserWindow(std::size_t length) {
 
 } // namespace
 
-Spectrogram::Spectrogram(std::int64_t frames, int sampleRate, std::size_t mostColumns, std::size_t mostRows)
-    : frames_(std::max<std::int64_t>(frames, 1)), sampleRate_(sampleRate),
+Spectrogram::Spectrogram(std::int64_t samples, int sampleRate, std::size_t mostColumns, std::size_t mostRows)
+    : samples_(std::max<std::int64_t>(samples, 1)), sampleRate_(sampleRate),
       length_(std::bit_ceil(static_cast<unsigned int>(std::clamp(sampleRate, 384, mostAnalysed)) / 24U)),
-      hop_(std::clamp<std::size_t>(static_cast<std::size_t>(frames_) / mostColumns, 1, length_ / 2)),
-      columns_(std::min(mostColumns, static_cast<std::size_t>(frames_) / hop_ + 1)),
+      hop_(std::clamp<std::size_t>(static_cast<std::size_t>(samples_) / mostColumns, 1, length_ / 2)),
+      columns_(std::min(mostColumns, static_cast<std::size_t>(samples_) / hop_ + 1)),
       rows_(std::min(mostRows, length_ / 2)), window_(kaiserWindow(length_)), transform_(length_),
       recent_(length_), weighted_(length_), awaited_(length_ / 2), power_(columns_ * rows_),
       spectraInColumn_(columns_) {}
@@ -53,7 +53,7 @@ void Spectrogram::analyse() {
     std::ranges::transform(recent_, window_, weighted_.begin(), std::multiplies<>());
     const auto spectrum = transform_(weighted_);
     const auto columns = static_cast<std::int64_t>(columns_);
-    const auto column = static_cast<std::size_t>(std::min(centre_ * columns / frames_, columns - 1));
+    const auto column = static_cast<std::size_t>(std::min(centre_ * columns / samples_, columns - 1));
     const std::size_t bins = length_ / 2;
     for (std::size_t row = 0; row < rows_; ++row) {
         float largest = 0.0F;
@@ -71,7 +71,7 @@ Chart Spectrogram::chart(double floor) {
     add(silence);
 
     Chart chart;
-    chart.x = timeAxis(static_cast<double>(frames_) / sampleRate_);
+    chart.x = timeAxis(static_cast<double>(samples_) / sampleRate_);
     chart.y = {"Frequency (kHz)", 0.0, sampleRate_ / 2000.0, Scale::linear};
     chart.heatMap = HeatMap{columns_,
                             rows_,

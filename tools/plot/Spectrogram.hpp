@@ -12,14 +12,14 @@ namespace audlmd::plot {
 
 /// The level of a signal over time and frequency, in dB; 0 dB is a sine at full scale.
 ///
-/// The signal is cut into overlapping frames of 1/24 to 1/12 s. Each frame is weighted by a Kaiser window
+/// The signal is cut into overlapping parts of 1/24 to 1/12 s. Each part is weighted by a Kaiser window
 /// (Kaiser and Schafer, 1980) with side lobes below -120 dB, so that a level beside a tone comes from the
-/// signal. A cell holds the mean power of the frames in its column, and of each frame the largest bin in its
+/// signal. A cell holds the mean power of the parts in its column, and of each part the largest bin in its
 /// row, so that a tone stays visible at any size.
 class Spectrogram {
 public:
-    /// `frames` is the length of the whole signal, in samples; `sampleRate` is in samples per second.
-    Spectrogram(std::int64_t frames, int sampleRate, std::size_t mostColumns = 600,
+    /// `samples` is the length of the whole signal; `sampleRate` is in samples per second.
+    Spectrogram(std::int64_t samples, int sampleRate, std::size_t mostColumns = 600,
                 std::size_t mostRows = 320);
 
     /// Takes the next samples of the signal, in portions of any size.
@@ -33,9 +33,9 @@ private:
     /// Adds the spectrum of the latest samples to the column of their centre.
     void analyse();
 
-    std::int64_t frames_;
+    std::int64_t samples_;
     int sampleRate_;
-    /// Samples in a frame, and from one frame to the next.
+    /// Samples in a part, and from one part to the next.
     std::size_t length_;
     std::size_t hop_;
     std::size_t columns_;
@@ -49,7 +49,7 @@ private:
     std::size_t awaited_;
     /// The position of the sample in the middle of the next spectrum.
     std::int64_t centre_ = 0;
-    /// Sums over the frames of each column, laid out as HeatMap::values.
+    /// Sums over the parts of each column, laid out as HeatMap::values.
     std::vector<float> power_;
     std::vector<std::uint32_t> spectraInColumn_;
 };

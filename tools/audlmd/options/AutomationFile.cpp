@@ -29,12 +29,12 @@ std::vector<AutomationPoint> readAutomationFile(const std::filesystem::path& pat
         const bool first = std::exchange(headings, false);
         if (first && line.find_first_of("0123456789") == std::string_view::npos)
             continue;
-        const std::string place = path.string() + " line " + std::to_string(number);
+        const std::string where = path.string() + " line " + std::to_string(number);
         const std::size_t comma = line.find(',');
         if (comma == std::string_view::npos)
-            throw CommandError(place + ": should be a time, a comma and decibels");
-        points.push_back({TimeValue::parse(words::trimmed(line.substr(0, comma)), place),
-                          parseLevel(words::trimmed(line.substr(comma + 1)), place)});
+            throw CommandError(where + ": should be a time, a comma and decibels");
+        points.push_back({TimeValue::parse(words::trimmed(line.substr(0, comma)), where),
+                          parseLevel(words::trimmed(line.substr(comma + 1)), where)});
     }
     if (file.bad() || points.empty())
         throw CommandError("'" + path.string() +

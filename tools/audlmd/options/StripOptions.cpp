@@ -1,11 +1,91 @@
 #include "tools/audlmd/options/StripOptions.hpp"
 
 #include "tools/audlmd/CommandError.hpp"
+#include "tools/audlmd/options/AutomationFile.hpp"
 #include "tools/audlmd/options/ParsedOption.hpp"
 
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
 #include <string>
 
 namespace audlmd::command {
+namespace {
+
+/// What is needed to resolve times: those of the range are the input's, those of fades and automations are as
+/// heard.
+struct Rates {
+    /// Of the input and of the output, in samples per second.
+    int sampleRate;
+    /// In source samples per output sample.
+    double speed;
+};
+
+/// The end of the input itself is allowed, since the end of a range is exclusive.
+void requireInside(const StripInput& input, const char* what, MaterialSample sample) {
+    if (sample > input.frames)
+        throw CommandError(std::string(what) + " is at sample " + std::to_string(sample.number()) +
+                           ", outside '" + input.path.string() + "', which ends at sample " +
+                           std::to_string(input.frames));
+}
+
+/// An empty range is refused here, in samples, because two different times may round to the same sample.
+void resolveRange(const StripOptions& options, const StripInput& input, StripSettings& settings) {
+    const std::int64_t frames = input.frames;
+    settings.from = options.from ? options.from->samples(input.sampleRate) : 0;
+    requireInside(input, "--from", settings.from);
+    if (options.duration) {
+        const std::int64_t length = options.duration->samples(input.sampleRate);
+        // The length alone is checked first, so that the sum cannot overflow.
+        requireInside(input, "the end of --duration",
+                      std::max<MaterialSample>(length, length <= frames ? settings.from + length : 0));
+        settings.to = settings.from + length;
+    } else {
+        settings.to = options.to ? options.to->samples(input.sampleRate) : frames;
+        requireInside(input, "--to", settings.to);
+    }
+    if (settings.from >= settings.to)
+        throw CommandError("the range from sample " + std::to_string(settings.from.number()) + " to " +
+                           std::to_string(settings.to.number()) + " holds nothing to render");
+    settings.reverse = options.reverse;
+}
+
+/// The length of a fade in source samples.
+std::uint64_t fadeSamples(const TimeValue& time, const Rates& rates) {
+    const double length = std::round(static_cast<double>(time.samples(rates.sampleRate)) * rates.speed);
+    if (length < 1.0)
+        throw CommandError(time.option() + ": " + time.text() + " is shorter than one sample");
+    if (!(length < 0x1p62))
+        throw CommandError(time.option() + ": " + time.text() + " is longer than the range");
+    return static_cast<std::uint64_t>(length);
+}
+
+/// Rounding can make the fades exceed the range by up to speed + 1 samples; shortens the longer one.
+void fitIntoRange(FadePlan& fade, std::uint64_t range, double speed) {
+    const std::uint64_t total = fade.fadeInSamples + fade.fadeOutSamples;
+    if (total <= range || static_cast<double>(total - range) > speed + 1.0)
+        return;
+    std::uint64_t& longer =
+        fade.fadeInSamples > fade.fadeOutSamples ? fade.fadeInSamples : fade.fadeOutSamples;
+    longer -= total - range;
+}
+
+/// Only with a speed can rounding make two fades too long; without one, fades that do not fit are the user's.
+void resolveFades(const StripOptions& options, const Rates& rates, StripSettings& settings) {
+    FadePlan& fade = settings.fade;
+    if (options.fadeIn) {
+        fade.fadeInSamples = fadeSamples(options.fadeIn->length, rates);
+        fade.fadeInCurve = options.fadeIn->curve;
+    }
+    if (options.fadeOut) {
+        fade.fadeOutSamples = fadeSamples(options.fadeOut->length, rates);
+        fade.fadeOutCurve = options.fadeOut->curve;
+    }
+    if (settings.converter != Converter::none)
+        fitIntoRange(fade, static_cast<std::uint64_t>(settings.to - settings.from), rates.speed);
+}
+
+} // namespace
 
 void StripOptions::declareRange(CLI::App& app) {
     app.add_flag("--reverse", reverse, "Play the range from its last sample to its first")->group("Range");
@@ -70,6 +150,26 @@ void StripOptions::requireCompatible() const {
     if (equaliser.size() > equaliserBandCount)
         throw CommandError("--eq: " + std::to_string(equaliser.size()) + " bands, but the equaliser has " +
                            std::to_string(equaliserBandCount));
+}
+
+StripSettings StripOptions::settingsFor(const StripInput& input) const {
+    StripSettings settings;
+    settings.sampleRate = input.sampleRate;
+    settings.equaliser = equaliser;
+    settings.middleLevel = gain;
+    settings.outerLevel = level;
+    if (speed) {
+        settings.speed = speed->factor;
+        settings.converter = converter.value_or(Converter::filtering);
+    }
+    resolveRange(*this, input, settings);
+    const Rates rates{input.sampleRate, settings.speed};
+    resolveFades(*this, rates, settings);
+    if (automation)
+        settings.automation = AutomationWalk{
+            Automation(levelNodes(readAutomationFile(*automation), rates.sampleRate, rates.speed)),
+            automationReverse ? DynamicLevelDirection::reverse : DynamicLevelDirection::forwards};
+    return settings;
 }
 
 } // namespace audlmd::command

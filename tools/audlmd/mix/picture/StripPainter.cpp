@@ -60,7 +60,7 @@ void paintLines(const Pen& pen, const TimelineLayout& layout, const StripSketch&
                 const Rectangle& body) {
     if (strip.fade.empty() && strip.levels.empty())
         return;
-    pen.colour(Palette::frame, 0.6);
+    pen.colour(Palette::outline, 0.6);
     const double unity = heightAt(body, 1.0F);
     pen.line(body.left, unity, body.right(), unity, 0.5, true);
     cairo_t* const context = pen.context();
@@ -87,7 +87,7 @@ void paintTexts(const Pen& pen, const StripSketch& strip, const Rectangle& box) 
     const bool small = head.height < 12.0;
     pen.font(small ? smallNameSize : nameSize);
     pen.colour(!strip.failure.empty() ? PictureColours::trouble
-               : strip.isSilent       ? Palette::frame
+               : strip.isSilent       ? Palette::outline
                                       : Palette::text);
     const std::string reason = strip.isSilent          ? "silent: "
                                : strip.failure.empty() ? ""
@@ -96,7 +96,7 @@ void paintTexts(const Pen& pen, const StripSketch& strip, const Rectangle& box) 
     pen.write(name, box.left + margin, middle, {0.0, 0.5});
     const double noteLeft = box.left + margin + pen.widthOf(name) + 8.0;
     pen.font(small ? smallNameSize : nameSize - 1.0);
-    pen.colour(Palette::frame);
+    pen.colour(Palette::outline);
     if (noteLeft + pen.widthOf(strip.note) <= box.left + margin + room)
         pen.write(strip.note, noteLeft, middle, {0.0, 0.5});
 }
@@ -128,7 +128,7 @@ void paintStrip(const Pen& pen, const TimelineLayout& layout, const StripSketch&
     for (const TimelineSpan& span : strip.overloads)
         pen.fill(layout.part({body.left, body.top, body.width, 3.0}, span));
     pen.colour(!strip.failure.empty() ? PictureColours::trouble
-               : strip.isSilent       ? Palette::frame
+               : strip.isSilent       ? Palette::outline
                                       : Palette::blue);
     if (box.width >= narrowestWithFrame)
         pen.outline(box, 0.6);

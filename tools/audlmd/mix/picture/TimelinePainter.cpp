@@ -45,7 +45,7 @@ void paintLegend(const Pen& pen, const Rectangle& area) {
         pen.fill({swatch.left, y - 2.0, swatch.width, 4.0});
     });
     pen.font(smallSize);
-    pen.colour(Palette::frame);
+    pen.colour(Palette::outline);
     pen.write(
         "Peaks are linear, before fades and levels. Lines are the travel of a fader: silence at the foot, "
         "0 dB at the dashed line, +10 dB at the top.",
@@ -166,10 +166,10 @@ void paintOutput(const Pen& pen, const TimelineSketch& sketch, const TimelineLay
         std::snprintf(text, sizeof text, "peak %s%.1f dB", decibels < 0.0 ? "\u2212" : "+",
                       std::abs(decibels));
         pen.font(smallSize);
-        pen.colour(peak > 1.0F ? PictureColours::trouble : Palette::frame);
+        pen.colour(peak > 1.0F ? PictureColours::trouble : Palette::outline);
         pen.write(text, 14.0, lane.top + 0.8 * lane.height, {0.0, 0.5});
     }
-    pen.colour(Palette::frame);
+    pen.colour(Palette::outline);
     pen.outline(lane, 0.6);
 }
 
