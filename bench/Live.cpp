@@ -83,7 +83,7 @@ nlohmann::json latencyAt(std::size_t block) {
 }
 
 void requireInTime(const LivePlayer& player) {
-    if (player.lateSamples() != 0 || player.starvedFrames() != 0)
+    if (player.underruns().lateSamples != 0 || player.underruns().starvedFrames != 0)
         throw std::runtime_error("something was late: measure on an idle machine");
 }
 
@@ -109,7 +109,7 @@ bool playsInTime(const std::string& file, std::size_t count) {
     player.play();
     for (const auto end = Clock::now() + Seconds(measured + 2.0); Clock::now() < end;) {
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        if (player.lateSamples() != 0 || player.starvedFrames() != 0)
+        if (player.underruns().lateSamples != 0 || player.underruns().starvedFrames != 0)
             return false;
     }
     return static_cast<double>(player.position()) > measured * 48000.0;

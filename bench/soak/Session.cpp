@@ -62,10 +62,11 @@ void requirePlayingOn(LivePlayer& player, SoakTotals& totals) {
             return;
         std::this_thread::sleep_for(5ms);
     }
-    throw std::runtime_error(
-        "the transport stands still at sample " + std::to_string(player.position().number()) +
-        "; the device took " + std::to_string(totals.frames - framesBefore) + " frames, " +
-        std::to_string(player.starvedFrames()) + " starved so far. " + player.report().sound.failure);
+    throw std::runtime_error("the transport stands still at sample " +
+                             std::to_string(player.position().number()) + "; the device took " +
+                             std::to_string(totals.frames - framesBefore) + " frames, " +
+                             std::to_string(player.underruns().starvedFrames) + " starved so far. " +
+                             player.report().sound.failure);
 }
 
 } // namespace
@@ -104,8 +105,8 @@ void runSession(unsigned int seed, const command::SoundDevices& devices, SoakTot
     const LiveReport report = player->report();
     if (!report.sound.failure.empty())
         throw std::runtime_error(report.sound.failure);
-    totals.lateSamples += player->lateSamples();
-    totals.starvedFrames += player->starvedFrames();
+    totals.lateSamples += player->underruns().lateSamples;
+    totals.starvedFrames += player->underruns().starvedFrames;
     ++totals.sessions;
 }
 

@@ -267,20 +267,11 @@ float LivePlayer::takePeak(std::size_t channel) {
     return impl_->output.takePeak(channel);
 }
 
-std::uint64_t LivePlayer::lateSamples() const {
-    return impl_->lateSamples.load(std::memory_order_relaxed);
-}
-
-std::uint64_t LivePlayer::lateEpisodes() const {
-    return impl_->lateEpisodes.load(std::memory_order_relaxed);
-}
-
-std::uint64_t LivePlayer::starvedFrames() const {
-    return impl_->output.starvedFrames();
-}
-
-std::uint64_t LivePlayer::starvedEpisodes() const {
-    return impl_->output.starvedEpisodes();
+LiveUnderruns LivePlayer::underruns() const {
+    return {.lateSamples = impl_->lateSamples.load(std::memory_order_relaxed),
+            .lateEpisodes = impl_->lateEpisodes.load(std::memory_order_relaxed),
+            .starvedFrames = impl_->output.starvedFrames(),
+            .starvedEpisodes = impl_->output.starvedEpisodes()};
 }
 
 LiveReport LivePlayer::report() const {

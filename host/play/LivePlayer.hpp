@@ -85,13 +85,8 @@ public:
     std::optional<RangeSpan> loop() const;
     /// The largest magnitude of a channel since the last call.
     float takePeak(std::size_t channel);
-    /// Samples of all channels that were not loaded in time, and how often that began. See
-    /// MaterialStatistics.
-    std::uint64_t lateSamples() const;
-    std::uint64_t lateEpisodes() const;
-    /// Frames that were not rendered in time, and how often that began.
-    std::uint64_t starvedFrames() const;
-    std::uint64_t starvedEpisodes() const;
+    /// Waits for nothing.
+    LiveUnderruns underruns() const;
 
     /// All that was late or failed. May wait until some blocks are rendered, but not for a start that loads.
     LiveReport report() const;

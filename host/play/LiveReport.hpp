@@ -20,6 +20,17 @@ struct SoundReport {
     std::vector<RangeSpan> late;
 };
 
+/// What a LivePlayer could not play in time so far.
+struct LiveUnderruns {
+    /// Samples of all channels that were not loaded in time, and how often that began. See
+    /// MaterialStatistics.
+    std::uint64_t lateSamples = 0;
+    std::uint64_t lateEpisodes = 0;
+    /// Frames that were not rendered in time, and how often that began.
+    std::uint64_t starvedFrames = 0;
+    std::uint64_t starvedEpisodes = 0;
+};
+
 /// What was late or failed so far in what a LivePlayer plays.
 struct LiveReport {
     SoundReport sound;

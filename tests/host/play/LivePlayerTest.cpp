@@ -91,7 +91,7 @@ TEST(LivePlayer, FollowsTheTransport) {
         player.stop();
         EXPECT_FALSE(player.isPlaying());
     }
-    EXPECT_EQ(player.lateSamples(), 0U);
+    EXPECT_EQ(player.underruns().lateSamples, 0U);
 }
 
 TEST(LivePlayer, RefusesWhatCannotBePlayed) {
@@ -116,15 +116,15 @@ TEST(LivePlayer, PlaysFromASlowDiskAndCountsWhatIsLate) {
         player.play();
         ASSERT_TRUE(within(1s, [&] { return player.takePeak(0) == 0.5F; }));
         std::this_thread::sleep_for(1s);
-        EXPECT_EQ(player.lateSamples(), 0U);
+        EXPECT_EQ(player.underruns().lateSamples, 0U);
         player.setSpeed(8.0 * direction);
-        EXPECT_TRUE(within(5s, [&] { return player.lateSamples() > 10000; }));
+        EXPECT_TRUE(within(5s, [&] { return player.underruns().lateSamples > 10000; }));
         player.setSpeed(direction);
         std::uint64_t late = 0;
         EXPECT_TRUE(within(5s, [&] {
-            late = player.lateSamples();
+            late = player.underruns().lateSamples;
             std::this_thread::sleep_for(700ms);
-            return player.lateSamples() == late;
+            return player.underruns().lateSamples == late;
         }));
         const SoundReport report = player.report().sound;
         EXPECT_EQ(report.lateSamples, late);
@@ -192,7 +192,7 @@ TEST(LivePlayer, TellsWhatFailed) {
     player.play();
     EXPECT_TRUE(within(5s, [&] { return player.position() == 9600; }));
     EXPECT_EQ(player.report().sound.failure, "bad sector");
-    EXPECT_GE(player.lateSamples(), 9600U);
+    EXPECT_GE(player.underruns().lateSamples, 9600U);
 
     Timeline timeline = timelineOf({stripOf("gone", 0, 9600)});
     timeline.length = 9600;

@@ -20,6 +20,10 @@ TEST(SubSamplePos, NormalisesWithTheBorrowRule) {
     EXPECT_TRUE(is({5, -1}, 4, 1));
     EXPECT_TRUE(is({0, -one - 5}, -2, 5));
     EXPECT_TRUE(is({0, -2147483647 - 1}, -3, 2));
+    // As a host may have made it.
+    SubSamplePos byHand(0, 0);
+    byHand.fraction = 2 * one;
+    EXPECT_TRUE(is(byHand += SubSamplePos(0, 0), 2, 0));
 }
 
 } // namespace

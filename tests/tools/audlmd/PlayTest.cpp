@@ -238,15 +238,14 @@ TEST(TransportKeys, MarkALoop) {
 }
 
 TEST(StatusLine, ShowsWhereTheTransportStands) {
-    PlayStatus status{.isPlaying = true,
-                      .loops = true,
-                      .speed = -8.0,
-                      .position = 48000 * 3661 + 4800,
-                      .length = 48000 * 7200,
-                      .peaks = {0.0F, 1.5F, 0.1F}};
-    status.lateSamples = 12;
-    status.starvedEpisodes = 3;
-    status.deviceUnderruns = 1;
+    const PlayStatus status{.isPlaying = true,
+                            .loops = true,
+                            .speed = -8.0,
+                            .position = 48000 * 3661 + 4800,
+                            .length = 48000 * 7200,
+                            .peaks = {0.0F, 1.5F, 0.1F},
+                            .underruns = {.lateSamples = 12, .starvedEpisodes = 3},
+                            .deviceUnderruns = 1};
     EXPECT_EQ(statusLine(status),
               "> 1:01:01.1/2:00:00.0 -8x loop [--------][#######!][######--] late 12/0 starved 0/3 device 1");
 }

@@ -35,10 +35,7 @@ PlayStatus statusOf(LivePlayer& player, const SoundDevices::Stream& stream) {
                       .length = player.length(),
                       .sampleRate = player.sampleRate(),
                       .peaks = {},
-                      .lateSamples = player.lateSamples(),
-                      .lateEpisodes = player.lateEpisodes(),
-                      .starvedFrames = player.starvedFrames(),
-                      .starvedEpisodes = player.starvedEpisodes(),
+                      .underruns = player.underruns(),
                       .deviceUnderruns = stream.underruns()};
     for (std::size_t channel = 0; channel < player.channels(); ++channel)
         status.peaks.push_back(player.takePeak(channel));

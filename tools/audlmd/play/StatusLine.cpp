@@ -44,16 +44,16 @@ std::string statusLine(const PlayStatus& status) {
         std::max<std::size_t>(2, meterWidth / std::max<std::size_t>(1, status.peaks.size()));
     for (const float peak : status.peaks)
         line += meter(peak, width);
-    return line + " late " + count(status.lateSamples, status.lateEpisodes) + " starved " +
-           count(status.starvedFrames, status.starvedEpisodes) + " device " +
-           std::to_string(status.deviceUnderruns);
+    return line + " late " + count(status.underruns.lateSamples, status.underruns.lateEpisodes) +
+           " starved " + count(status.underruns.starvedFrames, status.underruns.starvedEpisodes) +
+           " device " + std::to_string(status.deviceUnderruns);
 }
 
 std::string underrunText(const PlayStatus& status) {
-    return "late: " + std::to_string(status.lateSamples) + " samples in " +
-           words::counted(status.lateEpisodes, "episode") +
-           "; starved: " + std::to_string(status.starvedFrames) + " frames in " +
-           words::counted(status.starvedEpisodes, "episode") +
+    return "late: " + std::to_string(status.underruns.lateSamples) + " samples in " +
+           words::counted(status.underruns.lateEpisodes, "episode") +
+           "; starved: " + std::to_string(status.underruns.starvedFrames) + " frames in " +
+           words::counted(status.underruns.starvedEpisodes, "episode") +
            "; device: " + words::counted(status.deviceUnderruns, "underrun");
 }
 

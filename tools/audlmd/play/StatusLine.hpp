@@ -1,5 +1,7 @@
 #pragma once
 
+#include "host/play/LiveReport.hpp"
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -17,10 +19,7 @@ struct PlayStatus {
     int sampleRate = 48000;
     /// Linear, one for each channel.
     std::vector<float> peaks;
-    std::uint64_t lateSamples = 0;
-    std::uint64_t lateEpisodes = 0;
-    std::uint64_t starvedFrames = 0;
-    std::uint64_t starvedEpisodes = 0;
+    LiveUnderruns underruns;
     std::uint64_t deviceUnderruns = 0;
 };
 
