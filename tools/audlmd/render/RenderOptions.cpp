@@ -1,11 +1,13 @@
 #include "tools/audlmd/render/RenderOptions.hpp"
 
-#include "host/services/SampleRates.hpp"
 #include "tools/audlmd/CommandError.hpp"
-#include "tools/audlmd/options/ParsedOption.hpp"
+
+#include <CLI/CLI.hpp>
 
 namespace audlmd::command {
 namespace {
+
+constexpr std::size_t mostBlock = std::size_t{1} << 24;
 
 constexpr const char* renderHelp =
     R"(TIMES of --from, --to and --duration are the input's; those of fades and automation are the output's,
@@ -41,42 +43,18 @@ EXAMPLES
   audlmd render song.wav -o cd.wav --rate 44100 --format s16
   audlmd render song.wav --fade-in 2s --explain)";
 
-void declareOutput(CLI::App& app, RenderOptions& options) {
-    app.add_option("-o,--output", options.output, "The file to write; may be left out with --explain")
-        ->option_text("OUTPUT")
-        ->group("Output");
-    addParsed(app, "--format", options.format, &parseFormat, "f32, s8, u8, s16, s24, s24in32 or s32")
-        ->option_text("FORMAT")
-        ->group("Output");
-    app.add_option("--rate", options.rate, "Samples per second of the output (default: the input's)")
-        ->option_text("HZ")
-        ->check(CLI::Range(lowestSampleRate, highestSampleRate))
-        ->group("Output");
-    app.add_option("--mix-into", options.mixInto,
-                   "Add to the samples of this file, which is only read, and write the sum to OUTPUT")
-        ->option_text("EXISTING")
-        ->group("Output");
-    app.add_option("--block", options.block, "Samples per render call (default 4096); changes no sample")
-        ->option_text("N")
-        ->check(CLI::Range(std::size_t{1}, std::size_t{1} << 24))
-        ->group("Output");
-    app.add_option("--threads", options.threads,
-                   "Channels rendered side by side (default: one per processor)")
-        ->option_text("N")
-        ->check(CLI::Range(1, 1024))
-        ->group("Output");
-    app.add_flag("--through-tables", options.throughTables,
-                 "Render through the loaded library, as a host does; changes no sample")
-        ->group("Output");
-    app.add_flag("--explain", options.explain, "Print mode code, fields, chain, output type and record")
-        ->group("Output");
-}
-
 } // namespace
 
 void RenderOptions::declare(CLI::App& render) {
     render.add_option("INPUT", input, "A sound file in any format that libsndfile reads")->required();
-    declareOutput(render, *this);
+    declareOutput(render, "The file to write; may be left out with --explain", "the input's", mostBlock);
+    render
+        .add_option("--mix-into", mixInto,
+                    "Add to the samples of this file, which is only read, and write the sum to OUTPUT")
+        ->option_text("EXISTING")
+        ->group("Output");
+    render.add_flag("--explain", explain, "Print mode code, fields, chain, output type and record")
+        ->group("Output");
     strip.declareRange(render);
     strip.declareSound(render);
     render.footer(renderHelp);
