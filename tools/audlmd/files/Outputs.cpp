@@ -1,5 +1,8 @@
 #include "tools/audlmd/files/Outputs.hpp"
 
+#include "tools/audlmd/CommandError.hpp"
+#include "tools/plot/Figure.hpp"
+
 #include <algorithm>
 #include <unistd.h>
 
@@ -24,6 +27,19 @@ FILE* Outputs::report() const {
 void Outputs::requireOther(const std::filesystem::path& input, const std::string& what) const {
     for (const OutputPath& output : all_)
         command::requireOther(output, input, what);
+}
+
+plot::PictureKind pictureKindOf(const std::filesystem::path& path) {
+    if (path.extension() == ".png")
+        return plot::PictureKind::png;
+    if (path.extension() == ".svg")
+        return plot::PictureKind::svg;
+    throw CommandError("'" + path.string() +
+                       "': the extension names the kind of picture to write; use .png or .svg");
+}
+
+void writePicture(const plot::Figure& figure, const OutputPath& target) {
+    writeOutput(target, plot::drawFigure(figure, pictureKindOf(target.path)));
 }
 
 } // namespace audlmd::command

@@ -9,6 +9,11 @@
 #include <string>
 #include <vector>
 
+namespace audlmd::plot {
+struct Figure;
+enum class PictureKind;
+} // namespace audlmd::plot
+
 namespace audlmd::command {
 
 /// The files that a command writes. Make this before anything is read, so that wrong names are refused at
@@ -33,5 +38,12 @@ private:
     std::optional<OutputTarget> sound_;
     std::vector<OutputPath> all_;
 };
+
+/// The kind of picture that the extension names. Throws CommandError for another extension. Call this before
+/// long work, so that a wrong name is refused at once.
+plot::PictureKind pictureKindOf(const std::filesystem::path& path);
+
+/// Draws a figure into a file. Throws CommandError.
+void writePicture(const plot::Figure& figure, const OutputPath& target);
 
 } // namespace audlmd::command

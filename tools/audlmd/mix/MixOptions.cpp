@@ -2,7 +2,7 @@
 
 #include "host/words/Numbers.hpp"
 #include "tools/audlmd/CommandError.hpp"
-#include "tools/audlmd/files/PictureFile.hpp"
+#include "tools/audlmd/files/Outputs.hpp"
 #include "tools/audlmd/options/ParsedOption.hpp"
 
 #include <algorithm>
