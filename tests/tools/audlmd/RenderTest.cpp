@@ -1,7 +1,12 @@
 // The samples in the files that `audlmd render` writes.
 
+#include "host/cache/MaterialCache.hpp"
 #include "host/signal/GainLaws.hpp"
+#include "host/signal/StripPlayer.hpp"
 #include "tests/tools/audlmd/CommandFixture.hpp"
+#include "tools/audlmd/options/StripOptions.hpp"
+
+#include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <cmath>
@@ -10,6 +15,26 @@
 
 namespace audlmd::test {
 namespace {
+
+/// The bytes of what a player of each channel delivers, one channel after the other.
+std::string bytesOfPlayers(const Channels& sound, const std::string& options) {
+    CLI::App app;
+    command::StripOptions strip;
+    strip.declareRange(app);
+    strip.declareSound(app);
+    app.parse(options);
+    std::string bytes;
+    for (const std::vector<float>& channel : sound) {
+        MaterialCache cache;
+        cache.add(Cookie{}, std::make_shared<MemorySource>(channel));
+        StripPlayer player(cache, strip.settingsFor({.path = "", .frames = std::ssize(channel)}));
+        std::vector<Aud::SampleF32> heard(player.outputLength());
+        Aud::SampleF32* out = heard.data();
+        player.render(out, heard.size());
+        bytes.append(reinterpret_cast<const char*>(heard.data()), heard.size() * sizeof(float));
+    }
+    return bytes;
+}
 
 class Render : public CommandFixture {
 protected:
@@ -129,21 +154,34 @@ TEST_F(Render, EndsWithFiguresAndRefusesWhatTheSpeedLimitExcludes) {
     unsetenv("AUDLMD_AudioPlaybackSpeedLimit");
 }
 
-TEST_F(Render, GivesTheSameBytesForAnyBlockAndAnyThreads) {
-    writeSound(in("a.wav"), noise(3, 100000));
+TEST_F(Render, WritesTheBytesOfAPlayerForAnyBlockThreadsAndFunctions) {
+    // What another way of scaling or summing would change: a zero below zero, a sample among the smallest
+    // floats, one beyond full scale, and silence in which an equaliser rings on.
+    Channels sound = noise(3, 100000);
+    for (std::vector<float>& channel : sound)
+        std::fill(channel.begin() + 60000, channel.end(), 0.0F);
+    sound[0][12350] = -0.0F;
+    sound[1][12351] = 1e-40F;
+    sound[2][12352] = 1.5F;
+    writeSound(in("a.wav"), sound);
     writeBytes(in("ride.csv"), "0,0\n1,-12\n2,3\n");
-    for (const std::string sound :
-         {"--format s24", "--eq peak:1k:3 --fade-in 0.7:log --fade-out 0.4:power --gain -2",
-          "--automation ride.csv --reverse --automation-reverse", "--speed 1.1 --eq lowshelf:200:4",
-          "--speed 0.7 --reverse --fade-in 1",
-          "--speed 1.3 --converter linear --reverse --automation ride.csv"}) {
-        rendered(sound);
-        const std::string bytes = readBytes(in("out.wav"));
-        for (const std::string sizes :
-             {" --block 1 --threads 1", " --block 777 --threads 2", " --block 16777216 --threads 7"}) {
-            rendered(sound + sizes);
-            EXPECT_TRUE(bytes == readBytes(in("out.wav"))) << sound << sizes;
-        }
+    const std::string ride = "--automation " + in("ride.csv").string();
+    for (const auto& [options, sizes] : std::map<std::string, std::string>{
+             {"--reverse", " --block 777 --threads 2"},
+             {"--eq peak:1k:3 --eq highpass:4k --fade-in 0.7:log --fade-out 0.4:power", " --block 99"},
+             {"--reverse --automation-reverse " + ride, " --block 16777216 --threads 7"},
+             {"--speed 1.9 --eq lowshelf:200:4 --level 6", " --block 777 --threads 1"},
+             {"--speed 1.3 --converter linear --reverse " + ride, ""},
+             {"--from 12345smp --duration 9smp --level 10 --gain 3", " --block 1 --threads 1"}}) {
+        std::string bytes;
+        for (const std::vector<float>& channel : rendered(options + sizes))
+            bytes.append(reinterpret_cast<const char*>(channel.data()), channel.size() * sizeof(float));
+        EXPECT_TRUE(bytes == bytesOfPlayers(sound, options)) << options << sizes;
+        const std::string line = " --format s24 " + options;
+        output("render a.wav -o plain.raw" + line);
+        output("render a.wav -o sum.raw --mix-into plain.raw" + line + sizes);
+        output("render a.wav -o tables.raw --mix-into plain.raw --through-tables" + line);
+        EXPECT_TRUE(readBytes(in("sum.raw")) == readBytes(in("tables.raw"))) << options << sizes;
     }
 }
 

@@ -2,7 +2,6 @@
 
 #include "tools/audlmd/mix/picture/TimelineFigure.hpp"
 
-#include "tools/audlmd/mix/picture/StripPeaks.hpp"
 #include "tools/audlmd/mix/picture/TimelineLayout.hpp"
 
 #include <gtest/gtest.h>

@@ -7,8 +7,15 @@
 
 namespace audlmd::command {
 
-// The renderer stores each channel alone, in containers of 1 to 4 bytes. Files hold the channels side by
-// side, and libsndfile exchanges 8 and 24 bits as ints. These functions change one layout into the other.
+// Samples become containers of 1 to 4 bytes, each channel alone. Files hold the channels side by side, and
+// libsndfile exchanges 8 and 24 bits as ints. These functions change one layout into the other.
+
+/// Stores samples as containers, with the bytes that the library stores; what is beyond full scale is
+/// clipped.
+void store(FormatId format, std::span<const float> samples, std::byte* containers);
+
+/// Adds what the containers hold to the samples, as the library does where it sums.
+void addStored(FormatId format, const std::byte* containers, std::span<float> samples);
 
 /// Puts the samples of the channels side by side. A container has `bytes` bytes; `interleaved` has room for
 /// `frames` containers of every channel. Copies bytes and changes no sample. The buffers must not overlap.

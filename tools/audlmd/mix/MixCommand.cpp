@@ -1,4 +1,4 @@
-#include "host/inlined/InlinedRenderFunctions.hpp"
+#include "host/mix/Mixer.hpp"
 #include "host/timeline/List.hpp"
 #include "host/timeline/TimelineError.hpp"
 #include "host/timeline/TimelineFiles.hpp"
@@ -6,9 +6,9 @@
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Progress.hpp"
 #include "tools/audlmd/Subcommands.hpp"
-#include "tools/audlmd/files/PictureFile.hpp"
-#include "tools/audlmd/mix/MediaCheck.hpp"
-#include "tools/audlmd/mix/MixJob.hpp"
+#include "tools/audlmd/files/ChunkWriter.hpp"
+#include "tools/audlmd/files/Outputs.hpp"
+#include "tools/audlmd/files/SampleLayouts.hpp"
 #include "tools/audlmd/mix/MixOptions.hpp"
 #include "tools/audlmd/mix/MixReportText.hpp"
 #include "tools/audlmd/mix/TimelineInput.hpp"
@@ -19,12 +19,13 @@
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
+#include <functional>
 #include <limits>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <sys/resource.h>
-#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -40,25 +41,59 @@ void allowManyOpenFiles() {
     }
 }
 
+/// A part of a timeline as the chunks of an output.
+class MixedChunks final : public ChunkProducer {
+public:
+    /// `from` is the output sample of the timeline with which the output begins. After each chunk, `mixed` is
+    /// called on the thread that mixes.
+    MixedChunks(Mixer& mixer, TimelineSample from, FormatId format, std::size_t block,
+                std::function<void()> mixed)
+        : mixer_(mixer), from_(from), format_(format), mixed_(std::move(mixed)),
+          samples_(mixer.timeline().channels, std::vector<float>(block)) {}
+
+    /// The mixer has threads of its own.
+    std::size_t parts() const override { return 1; }
+
+    /// Block by block, so that the sums are still in the processor's cache when they are stored.
+    void fill(std::size_t /*part*/, Chunk& chunk) override {
+        std::vector<std::span<float>> block(samples_.begin(), samples_.end());
+        for (std::size_t done = 0; done < chunk.frames; done += block.front().size()) {
+            for (std::span<float>& channel : block)
+                channel = channel.first(std::min(channel.size(), chunk.frames - done));
+            mixer_.render(from_ + chunk.from + static_cast<std::int64_t>(done), block);
+            for (std::size_t channel = 0; channel < block.size(); ++channel)
+                store(format_, block[channel], &chunk.channels[channel][done * outputFormat(format_).bytes]);
+        }
+        mixed_();
+    }
+
+private:
+    Mixer& mixer_;
+    TimelineSample from_;
+    FormatId format_;
+    std::function<void()> mixed_;
+    /// One block of each channel.
+    std::vector<std::vector<float>> samples_;
+};
+
 /// One mix, from the options to the last line of the report.
 class Mix {
 public:
-    explicit Mix(const MixOptions& options) : options_(options), media_(options.media) {
-        options.requireCompatible();
-    }
+    explicit Mix(const MixOptions& options)
+        : options_(options), media_(options.media),
+          outputs_(options.output, {options.report, options.picture}) {}
 
     void run() {
-        findOutputs();
         readTimeline();
         lookAtMedia();
         if (options_.list)
             list();
-        else if (!target_)
+        else if (!outputs_.sound())
             tellNotes(report(), allNotes());
         if (options_.strict)
             requireAllHeard();
         MixReport mixed;
-        if (target_)
+        if (outputs_.sound())
             mixed = mix();
         if (!options_.picture.empty())
             draw(mixed);
@@ -66,53 +101,29 @@ public:
     }
 
 private:
-    /// Where the report goes: standard output, or standard error if the samples go to a stream or another
-    /// output to standard output.
-    FILE* report() const {
-        const auto takesOutput = [](const OutputPath& output) { return output.inherited == STDOUT_FILENO; };
-        const bool taken = (target_ && target_->isStream) || std::ranges::any_of(outputs_, takesOutput);
-        return taken ? stderr : stdout;
-    }
-
-    /// Before anything is read, so that wrong names are refused at once.
-    void findOutputs() {
-        if (!options_.output.empty())
-            target_.emplace(options_.output);
-        if (!options_.picture.empty())
-            pictureKindOf(options_.picture); // Throws for a name that could not be written.
-        for (const std::filesystem::path& output : {options_.output, options_.report, options_.picture})
-            if (!output.empty())
-                outputs_.emplace_back(output);
-        requireDistinct(outputs_);
-    }
+    FILE* report() const { return outputs_.report(); }
 
     void readTimeline() {
         timeline_ = readTimelineFile(
             options_.timeline,
             {.rate = options_.rate, .channels = options_.channels, .timeline = options_.timelineName},
             media_);
-        requireOther(options_.timeline, "the timeline");
-        if (target_)
+        outputs_.requireOther(options_.timeline, "the timeline");
+        if (outputs_.sound())
             span_ = options_.spanOf(timeline_);
-    }
-
-    /// Throws CommandError if one of the files to write is an input. `what` says what the input is.
-    void requireOther(const std::filesystem::path& input, const std::string& what) const {
-        for (const OutputPath& output : outputs_)
-            command::requireOther(output, input, what);
     }
 
     /// Of the output: what is looked at.
     TimelineSpan part() const {
         constexpr std::int64_t far = std::numeric_limits<std::int64_t>::max();
-        return target_ ? span_ : TimelineSpan{-far, far};
+        return outputs_.sound() ? span_ : TimelineSpan{-far, far};
     }
 
     /// Before anything is written.
     void lookAtMedia() {
         MediaCheck check = checkMedia(timeline_, part(), media_);
         for (const std::filesystem::path& file : check.files)
-            requireOther(file, "a medium of the timeline");
+            outputs_.requireOther(file, "a medium of the timeline");
         timeline_.notes.insert(timeline_.notes.end(), check.choices.begin(), check.choices.end());
         failures_ = std::move(check.failures);
     }
@@ -170,9 +181,8 @@ private:
             const EndingSignalsBlocked blocked;
             mixer.emplace(
                 timeline_, [this](const std::string& medium) { return media_.open(medium); },
-                MixerOptions{.threads = options_.threads,
-                             .block = options_.block,
-                             .inlined = options_.throughTables ? nullptr : &inlinedRenderFunction});
+                MixerOptions{
+                    .threads = options_.threads, .block = options_.block, .inlined = options_.inlined()});
         }
         const double seconds = writeOutput(*mixer);
         MixReport mixed = mixer->report();
@@ -189,13 +199,16 @@ private:
                             .sampleRate = timeline_.sampleRate,
                             .frames = span_.length(),
                             .timeReference = timeline_.timeReference + span_.from.number()};
-        layout.format = options_.format.value_or(defaultFormatOf(*target_->kind));
-        OutputFile output(*target_, layout);
+        const OutputTarget& target = *outputs_.sound();
+        layout.format = options_.format.value_or(defaultFormatOf(*target.kind));
+        OutputFile output(target, layout);
         Progress progress(layout.frames, layout.sampleRate);
-        MixJob(mixer, span_, layout).run(output, [&](std::int64_t done) {
-            progress.update(done);
+        MixedChunks chunks(mixer, span_.from, layout.format, options_.block, [&] {
             if (options_.strict)
                 requireNoFailure(mixer.report());
+        });
+        ChunkWriter(chunks, layout, options_.block).run(output, [&](std::int64_t done) {
+            progress.update(done);
         });
         output.commit();
         return progress.elapsed();
@@ -226,7 +239,7 @@ private:
 
     /// The mix is written by then. Who runs it must still learn that something is missing in it.
     void requireSound(const MixReport& mixed) const {
-        if (!target_)
+        if (!outputs_.sound())
             return;
         const auto failed = std::ranges::count_if(
             mixed.strips, [](const StripReport& strip) { return !strip.failure.empty(); });
@@ -234,16 +247,14 @@ private:
         if (all != 0)
             throw CommandError(std::to_string(all) + (all == 1 ? " clip is" : " clips are") +
                                " silent, if only in part, see above; '" +
-                               words::printable(target_->path.string()) + "' is written");
+                               words::printable(outputs_.sound()->path.string()) + "' is written");
     }
 
     const MixOptions& options_;
     MediaFinder media_;
+    const Outputs outputs_;
     /// Of the media that cannot be played.
     std::vector<TimelineNote> failures_;
-    std::optional<OutputTarget> target_;
-    /// All files to write.
-    std::vector<OutputPath> outputs_;
     Timeline timeline_;
     TimelineSpan span_;
 };
@@ -254,7 +265,10 @@ void addMixCommand(CLI::App& app) {
     CLI::App* mix = app.add_subcommand("mix", "Mix a timeline into a sound file, or show what sounds when");
     const auto options = std::make_shared<MixOptions>();
     options->declare(*mix);
-    mix->callback([options] { Mix(*options).run(); });
+    mix->callback([options] {
+        options->requireCompatible();
+        Mix(*options).run();
+    });
 }
 
 } // namespace audlmd::command

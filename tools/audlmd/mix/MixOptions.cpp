@@ -1,8 +1,8 @@
 #include "tools/audlmd/mix/MixOptions.hpp"
 
-#include "host/services/SampleRates.hpp"
 #include "host/words/Numbers.hpp"
 #include "tools/audlmd/CommandError.hpp"
+#include "tools/audlmd/files/Outputs.hpp"
 #include "tools/audlmd/options/ParsedOption.hpp"
 
 #include <algorithm>
@@ -11,6 +11,9 @@ namespace audlmd::command {
 namespace {
 
 constexpr std::int64_t mostSlices = 1'000'000;
+
+/// As of MixerOptions.
+constexpr std::size_t mostBlock = 65536;
 
 constexpr const char* mixHelp =
     R"(TIMELINES are OpenTimelineIO JSON (.otio), or the short JSON of our own that --list --as json writes.
@@ -37,34 +40,6 @@ EXAMPLES
   audlmd mix film.otio --list --as json > film.json      (edit it, and mix it)
   audlmd mix film.json -o reel2.wav --from 20:00 --to 40:00
   audlmd mix film.json -o part3.wav --slice 3/8)";
-
-void declareOutput(CLI::App& mix, MixOptions& options) {
-    mix.add_option("-o,--output", options.output, "The file to write")
-        ->option_text("OUTPUT")
-        ->group("Output");
-    addParsed(mix, "--format", options.format, &parseFormat, "f32, s8, u8, s16, s24, s24in32 or s32")
-        ->option_text("FORMAT")
-        ->group("Output");
-    mix.add_option("--rate", options.rate, "Samples per second (default: the timeline's, else 48000)")
-        ->option_text("HZ")
-        ->check(CLI::Range(lowestSampleRate, highestSampleRate))
-        ->group("Output");
-    mix.add_option("--channels", options.channels, "Channels (default: the timeline's, else 2)")
-        ->option_text("N")
-        ->check(CLI::Range(1, 64))
-        ->group("Output");
-    mix.add_option("--block", options.block, "Samples per render call (default 4096); changes no sample")
-        ->option_text("N")
-        ->check(CLI::Range(1, 65536))
-        ->group("Output");
-    mix.add_option("--threads", options.threads, "Rendered side by side (default: one per processor)")
-        ->option_text("N")
-        ->check(CLI::Range(1, 1024))
-        ->group("Output");
-    mix.add_flag("--through-tables", options.throughTables,
-                 "Render through the loaded library, as a host does; changes no sample")
-        ->group("Output");
-}
 
 void declarePart(CLI::App& mix, MixOptions& options) {
     addParsed(mix, "--from", options.from, &TimeValue::parse, "Where to begin (default: the start)")
@@ -112,7 +87,11 @@ Slice parseSlice(std::string_view text, std::string_view option) {
 
 void MixOptions::declare(CLI::App& mix) {
     mix.add_option("TIMELINE", timeline, "OpenTimelineIO JSON, or JSON of our own")->required();
-    declareOutput(mix, *this);
+    declareOutput(mix, "The file to write", "the timeline's, else 48000", mostBlock);
+    mix.add_option("--channels", channels, "Channels (default: the timeline's, else 2)")
+        ->option_text("N")
+        ->check(CLI::Range(1, 64))
+        ->group("Output");
     declarePart(mix, *this);
     mix.add_option("--media", media, "Look for missing media below this folder; may be repeated")
         ->option_text("DIR")
@@ -131,6 +110,8 @@ void MixOptions::requireCompatible() const {
         throw CommandError("--report tells about a mix: name the file to write with -o");
     if (to && untilLastSound)
         throw CommandError("--to and --until-last-sound cannot stand together");
+    if (!picture.empty())
+        pictureKindOf(picture); // Throws for a name that could not be written.
     if (as == "json" && !list)
         throw CommandError("--as json is for --list");
 }

@@ -2,7 +2,7 @@
 
 #include "host/mix/MixReport.hpp"
 #include "host/mix/Timeline.hpp"
-#include "tools/audlmd/files/OutputFormat.hpp"
+#include "tools/audlmd/options/OutputOptions.hpp"
 #include "tools/audlmd/options/Time.hpp"
 
 #include <cstddef>
@@ -12,10 +12,6 @@
 #include <string>
 #include <string_view>
 #include <vector>
-
-namespace CLI {
-class App;
-}
 
 namespace audlmd::command {
 
@@ -29,14 +25,10 @@ struct Slice {
 /// Reads K/N. Throws CommandError, naming `option`, unless K is from 1 to N and N at most a million.
 Slice parseSlice(std::string_view text, std::string_view option);
 
-/// The options of `mix`.
-struct MixOptions {
+/// The options of `mix`. Block and threads are as in MixerOptions. Where neither the command line nor the
+/// timeline says a rate, it is 48000.
+struct MixOptions : OutputOptions {
     std::filesystem::path timeline;
-    /// Empty: nothing is mixed.
-    std::filesystem::path output;
-    std::optional<FormatId> format;
-    /// In samples per second. Not set: what the timeline says, else 48000.
-    std::optional<int> rate;
     /// Not set: what the timeline says, else 2.
     std::optional<std::size_t> channels;
 
@@ -62,12 +54,6 @@ struct MixOptions {
     std::filesystem::path report;
     /// A .png or .svg file. Empty: none.
     std::filesystem::path picture;
-
-    /// See MixerOptions.
-    std::size_t block = 4096;
-    std::size_t threads = 0;
-    /// Whether the functions of the loaded library render, and not those compiled into the command.
-    bool throughTables = false;
 
     /// Declares all options with their help. This object must outlive the app.
     void declare(CLI::App& mix);

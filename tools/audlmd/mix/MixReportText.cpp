@@ -5,7 +5,6 @@
 #include "host/timeline/TimelineError.hpp"
 #include "host/words/Text.hpp"
 #include "host/words/Times.hpp"
-#include "tools/audlmd/OverloadText.hpp"
 
 #include <nlohmann/json.hpp>
 
@@ -43,6 +42,17 @@ std::string shortened(const std::vector<std::string>& lines) {
     if (lines.size() > mostLines)
         text += "and " + std::to_string(lines.size() - mostLines) + " more; --report lists all\n";
     return text;
+}
+
+/// "37 samples, by up to 3.52 dB, first at 0:00:00.500". Leaves out a peak of 0, which nobody has measured.
+std::string overloadText(const Overload& overload, int sampleRate) {
+    std::ostringstream text;
+    text << words::counted(overload.samples, "sample");
+    if (overload.peak > 0.0F)
+        text << ", by up to " << std::fixed << std::setprecision(2)
+             << decibelsOfGain(static_cast<double>(overload.peak)) << " dB";
+    text << ", first at " << words::clock(overload.firstAt.number(), sampleRate);
+    return text.str();
 }
 
 /// Those by which something is silent come first, so that they are not among those left out.
@@ -132,6 +142,13 @@ Json placeJson(const Timeline& timeline, std::size_t track, std::size_t strip) {
 
 } // namespace
 
+std::string channelOverloadLine(const char* what, std::size_t channel, const Overload& overload,
+                                int sampleRate) {
+    if (overload.samples == 0)
+        return {};
+    return what + (": channel " + std::to_string(channel + 1)) + ": " + overloadText(overload, sampleRate);
+}
+
 std::string reportText(const MixReport& report, const Timeline& timeline, const MixRun& run) {
     std::vector<std::string> late;
     std::vector<std::string> loud;
@@ -149,9 +166,10 @@ std::string reportText(const MixReport& report, const Timeline& timeline, const 
                            ": " + overloadText(strip.overload, timeline.sampleRate));
     }
     for (std::size_t channel = 0; channel < report.channels.size(); ++channel)
-        if (report.channels[channel].samples != 0)
-            clipped.push_back("clipped: channel " + std::to_string(channel + 1) + ": " +
-                              overloadText(report.channels[channel], timeline.sampleRate));
+        if (std::string line =
+                channelOverloadLine("clipped", channel, report.channels[channel], timeline.sampleRate);
+            !line.empty())
+            clipped.push_back(std::move(line));
     return notes(timeline) + shortened(silences(report, timeline)) + shortened(late) + shortened(loud) +
            shortened(clipped) + summary(report, timeline, run);
 }

@@ -3,6 +3,7 @@
 #include "host/mix/MixReport.hpp"
 #include "host/mix/Timeline.hpp"
 
+#include <cstddef>
 #include <string>
 
 namespace audlmd::command {
@@ -23,5 +24,10 @@ std::string reportText(const MixReport& report, const Timeline& timeline, const 
 
 /// The whole report as JSON. Times are output samples of the timeline, levels are decibels over full scale.
 std::string reportJson(const MixReport& report, const Timeline& timeline, const MixRun& run);
+
+/// The line of a report on what an output has clipped in one channel, counted from 0. Empty where there is
+/// nothing to tell. `what` is the kind of line.
+std::string channelOverloadLine(const char* what, std::size_t channel, const Overload& overload,
+                                int sampleRate);
 
 } // namespace audlmd::command

@@ -1,4 +1,3 @@
-#include "host/inlined/InlinedRenderFunctions.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Subcommands.hpp"
 #include "tools/audlmd/files/TemporaryFile.hpp"
@@ -138,7 +137,7 @@ void play(const PlayOptions& options) {
         const EndingSignalsBlocked blocked;
         LiveOptions live;
         live.latency = aheadOf(format);
-        live.inlined = options.throughTables ? nullptr : &inlinedRenderFunction;
+        live.inlined = options.inlined();
         player = input.makePlayer(live);
     }
     player->setSpeed(options.speed());

@@ -1,6 +1,5 @@
 #include "tools/audlmd/play/PlayInput.hpp"
 
-#include "host/mix/ConvertedSources.hpp"
 #include "host/play/LiveContent.hpp"
 #include "host/timeline/TimelineError.hpp"
 #include "tools/audlmd/CommandError.hpp"
@@ -31,17 +30,11 @@ PlayInput::PlayInput(const PlayOptions& options) : options_(options), isTimeline
 }
 
 void PlayInput::openSound() {
-    media_ = openSoundFile(options_.input.string());
-    const int rate = options_.rate.value_or(media_.sampleRate);
-    for (std::shared_ptr<SampleSource>& channel : media_.channels)
-        channel = convertedTo(channel, media_.sampleRate, rate);
-    media_.sampleRate = rate;
-    if (media_.channels.front()->length() == 0)
-        throw CommandError("'" + options_.input.string() + "' holds no samples");
-    settings_ = forwards(
-        options_.strip.settingsFor(
-            {.path = options_.input, .frames = media_.channels.front()->length(), .sampleRate = rate}),
-        options_.strip.converter.has_value());
+    media_ = options_.open(options_.input);
+    settings_ = forwards(options_.strip.settingsFor({.path = options_.input,
+                                                     .frames = media_.channels.front()->length(),
+                                                     .sampleRate = media_.sampleRate}),
+                         options_.strip.converter.has_value());
 }
 
 void PlayInput::openTimeline() {

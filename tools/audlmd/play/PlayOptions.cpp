@@ -1,6 +1,5 @@
 #include "tools/audlmd/play/PlayOptions.hpp"
 
-#include "host/services/SampleRates.hpp"
 #include "host/signal/Speed.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/mix/TimelineInput.hpp"
@@ -43,13 +42,7 @@ void declareDevice(CLI::App& play, PlayOptions& options) {
         ->group("Device");
     play.add_flag("--list-devices", options.listDevices, "List the sound devices; * is the default one")
         ->group("Device");
-    play.add_option("--rate", options.rate, "Samples per second of the device (default: the input's)")
-        ->option_text("HZ")
-        ->check(CLI::Range(lowestSampleRate, highestSampleRate))
-        ->group("Device");
-    play.add_flag("--through-tables", options.throughTables,
-                  "Render through the loaded library, as a host does; changes no sample")
-        ->group("Device");
+    options.declareRendering(play, "Device", "the input's");
     play.add_option("--block", options.block, "Frames that the device asks for at a time (default 256)")
         ->option_text("N")
         ->check(CLI::Range(16, 16384))

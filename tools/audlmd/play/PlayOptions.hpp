@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tools/audlmd/options/OutputOptions.hpp"
 #include "tools/audlmd/options/StripOptions.hpp"
 
 #include <cstddef>
@@ -10,12 +11,10 @@
 
 namespace audlmd::command {
 
-/// The options of `play`.
-struct PlayOptions {
+/// The options of `play`. The rate is the device's.
+struct PlayOptions : RenderingOptions {
     /// A sound file or a timeline. Empty: only the devices are listed.
     std::filesystem::path input;
-    /// In samples per second. Not set: the input's.
-    std::optional<int> rate;
     /// See MediaFinder.
     std::vector<std::filesystem::path> media;
 
@@ -26,8 +25,6 @@ struct PlayOptions {
     std::size_t block = 256;
     /// From rendering to the loudspeaker, in milliseconds.
     double latency = 80.0;
-    /// Whether the functions of the loaded library render, and not those compiled into the command.
-    bool throughTables = false;
 
     /// Where playing starts. Not set: the start, or backwards the end.
     std::optional<TimeValue> from;

@@ -3,7 +3,7 @@
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Progress.hpp"
 #include "tools/audlmd/Subcommands.hpp"
-#include "tools/audlmd/files/PictureFile.hpp"
+#include "tools/audlmd/files/Outputs.hpp"
 #include "tools/audlmd/options/AutomationFile.hpp"
 #include "tools/audlmd/options/ParsedOption.hpp"
 #include "tools/audlmd/options/Parsers.hpp"

@@ -1,0 +1,45 @@
+#include "tools/audlmd/files/Outputs.hpp"
+
+#include "tools/audlmd/CommandError.hpp"
+#include "tools/plot/Figure.hpp"
+
+#include <algorithm>
+#include <unistd.h>
+
+namespace audlmd::command {
+
+Outputs::Outputs(const std::filesystem::path& sound, std::initializer_list<std::filesystem::path> others) {
+    if (!sound.empty())
+        all_.push_back(sound_.emplace(sound));
+    for (const std::filesystem::path& other : others)
+        if (!other.empty())
+            all_.emplace_back(other);
+    requireDistinct(all_);
+}
+
+FILE* Outputs::report() const {
+    const bool taken =
+        (sound_ && sound_->isStream) ||
+        std::ranges::any_of(all_, [](const OutputPath& output) { return output.inherited == STDOUT_FILENO; });
+    return taken ? stderr : stdout;
+}
+
+void Outputs::requireOther(const std::filesystem::path& input, const std::string& what) const {
+    for (const OutputPath& output : all_)
+        command::requireOther(output, input, what);
+}
+
+plot::PictureKind pictureKindOf(const std::filesystem::path& path) {
+    if (path.extension() == ".png")
+        return plot::PictureKind::png;
+    if (path.extension() == ".svg")
+        return plot::PictureKind::svg;
+    throw CommandError("'" + path.string() +
+                       "': the extension names the kind of picture to write; use .png or .svg");
+}
+
+void writePicture(const plot::Figure& figure, const OutputPath& target) {
+    writeOutput(target, plot::drawFigure(figure, pictureKindOf(target.path)));
+}
+
+} // namespace audlmd::command

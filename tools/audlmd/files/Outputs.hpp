@@ -1,0 +1,49 @@
+#pragma once
+
+#include "tools/audlmd/files/OutputFile.hpp"
+
+#include <cstdio>
+#include <filesystem>
+#include <initializer_list>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace audlmd::plot {
+struct Figure;
+enum class PictureKind;
+} // namespace audlmd::plot
+
+namespace audlmd::command {
+
+/// The files that a command writes. Make this before anything is read, so that wrong names are refused at
+/// once; making it writes nothing.
+class Outputs {
+public:
+    /// A sound file, and other files beside it. Those with an empty name are not written. Throws CommandError
+    /// for names that cannot be written, and where two are one file.
+    explicit Outputs(const std::filesystem::path& sound,
+                     std::initializer_list<std::filesystem::path> others = {});
+
+    const std::optional<OutputTarget>& sound() const { return sound_; }
+
+    /// Where the report goes: standard output, or standard error if the samples go to a stream, or another
+    /// output to standard output.
+    FILE* report() const;
+
+    /// Throws CommandError if one of the outputs is the file at `input`. `what` says what that file is.
+    void requireOther(const std::filesystem::path& input, const std::string& what) const;
+
+private:
+    std::optional<OutputTarget> sound_;
+    std::vector<OutputPath> all_;
+};
+
+/// The kind of picture that the extension names. Throws CommandError for another extension. Call this before
+/// long work, so that a wrong name is refused at once.
+plot::PictureKind pictureKindOf(const std::filesystem::path& path);
+
+/// Draws a figure into a file. Throws CommandError.
+void writePicture(const plot::Figure& figure, const OutputPath& target);
+
+} // namespace audlmd::command

@@ -1,0 +1,95 @@
+#include "tools/audlmd/render/RenderedChunks.hpp"
+
+#include "tools/audlmd/files/SampleLayouts.hpp"
+
+#include <algorithm>
+#include <cstring>
+#include <span>
+#include <type_traits>
+
+namespace audlmd::command {
+namespace {
+
+/// The container behind an output type.
+template <class Out>
+struct ContainerOf {
+    using Type = typename Out::Format;
+};
+template <class Format>
+struct ContainerOf<Format*> {
+    using Type = Format;
+};
+
+/// Counts the samples that stand at one of the limits of the format, where the library puts what is beyond.
+template <class Container>
+void countAtLimits(FormatId format, std::span<const Container> containers, std::int64_t at,
+                   Overload& overload) {
+    constexpr float beyond[] = {2.0F, -2.0F};
+    Container limits[2];
+    store(format, beyond, reinterpret_cast<std::byte*>(limits));
+    for (std::size_t n = 0; n < containers.size(); ++n)
+        if (std::memcmp(&containers[n], &limits[0], sizeof(Container)) == 0 ||
+            std::memcmp(&containers[n], &limits[1], sizeof(Container)) == 0)
+            if (overload.samples++ == 0)
+                overload.firstAt = at + static_cast<std::int64_t>(n);
+}
+
+} // namespace
+
+RenderedChunks::RenderedChunks(std::vector<std::unique_ptr<StripPlayer>>& players, const OutputLayout& layout,
+                               ExistingMix* existing, Sizes sizes, Through through)
+    : players_(players), format_(layout.format), existing_(existing), block_(sizes.block),
+      parts_(std::clamp<std::size_t>(sizes.threads, 1, players.size())), through_(through),
+      clipped_(players.size()) {}
+
+void RenderedChunks::begin(Chunk& chunk) {
+    if (existing_ == nullptr)
+        return;
+    const std::size_t bytes = outputFormat(format_).bytes;
+    interleaved_.resize(chunk.frames * players_.size() * bytes);
+    existing_->read(interleaved_.data(), chunk.frames);
+    std::vector<std::byte*> channels;
+    for (std::vector<std::byte>& channel : chunk.channels)
+        channels.push_back(channel.data());
+    deinterleave(interleaved_.data(), bytes, chunk.frames, channels);
+}
+
+/// Part 0 of three renders channels 0, 3, 6 and so on.
+void RenderedChunks::fill(std::size_t part, Chunk& chunk) {
+    const auto render =
+        through_ == Through::inlined ? &RenderedChunks::renderInlined : &RenderedChunks::renderThroughTables;
+    for (std::size_t channel = part; channel < players_.size(); channel += parts_)
+        (this->*render)(channel, chunk.channels[channel].data(), chunk.frames);
+}
+
+void RenderedChunks::renderInlined(std::size_t channel, std::byte* containers, std::size_t frames) {
+    StripPlayer& player = *players_[channel];
+    std::vector<float> samples(std::min(frames, block_));
+    for (std::size_t count = 0; frames != 0; frames -= count) {
+        count = std::min(frames, block_);
+        const auto position = player.position().number();
+        const std::span<float> rendered(samples.data(), count);
+        player.renderFloats(rendered);
+        if (existing_ != nullptr)
+            addStored(format_, containers, rendered);
+        clipped_[channel].meter.measure(rendered, 1.0F, position);
+        store(format_, rendered, containers);
+        containers += count * outputFormat(format_).bytes;
+    }
+}
+
+/// The library converts each sample.
+void RenderedChunks::renderThroughTables(std::size_t channel, std::byte* containers, std::size_t frames) {
+    StripPlayer& player = *players_[channel];
+    const auto position = player.position().number();
+    withOutputType(format_, existing_ != nullptr, [&]<class Out>(std::type_identity<Out>) {
+        using Container = typename ContainerOf<Out>::Type;
+        auto* const first = reinterpret_cast<Container*>(containers);
+        Out out(first);
+        for (std::size_t done = 0; done < frames; done += block_)
+            player.render(out, std::min(block_, frames - done));
+        countAtLimits<Container>(format_, {first, frames}, position, clipped_[channel].atLimits);
+    });
+}
+
+} // namespace audlmd::command
