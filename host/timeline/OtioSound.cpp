@@ -210,7 +210,7 @@ std::optional<Rational> secondsIn(StrictObject& fields, const std::string& key) 
 }
 
 /// Times may be negative: a transition can make the clip start earlier. Nodes at the same time make a jump.
-std::vector<TimedDecibels> automationIn(StrictObject& fields) {
+std::vector<TimedDecibels> keyFramesIn(StrictObject& fields) {
     std::vector<TimedDecibels> keys;
     const Json* list = fields.list("automation");
     if (list == nullptr)
@@ -244,7 +244,7 @@ void readOwnBlock(const Json& item, const Reading& reading, ItemSound& sound) {
         sound.fadeOut = fadeOut;
     sound.fadeInCurve = fields.word("fadeInCurve", words::curveWords).value_or(sound.fadeInCurve);
     sound.fadeOutCurve = fields.word("fadeOutCurve", words::curveWords).value_or(sound.fadeOutCurve);
-    if (std::vector<TimedDecibels> keys = automationIn(fields); !keys.empty())
+    if (std::vector<TimedDecibels> keys = keyFramesIn(fields); !keys.empty())
         sound.keys = std::move(keys);
     sound.equaliser = equaliserIn(fields);
     sound.converter = fields.word("converter", words::converterWords);
