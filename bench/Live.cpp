@@ -112,7 +112,7 @@ bool playsInTime(const std::string& file, std::size_t count) {
         if (player.underruns().lateSamples != 0 || player.underruns().starvedFrames != 0)
             return false;
     }
-    return static_cast<double>(player.position()) > measured * 48000.0;
+    return static_cast<double>(player.position().number()) > measured * 48000.0;
 }
 
 /// The largest number that plays in time, to a thirtieth. From now on all runs on one processor.
