@@ -53,11 +53,11 @@ double Progress::elapsed() const {
 
 std::string RenderSummary::line() const {
     std::ostringstream text;
-    text << std::fixed << "rendered " << frames << " samples on " << words::counted(channels, "channel")
-         << " (" << std::setprecision(3) << static_cast<double>(frames) / sampleRate << " s) in " << seconds
-         << " s: " << std::setprecision(1) << timesRealTime(frames, sampleRate, seconds)
-         << " times real time; underruns: " << underrunSamples << " samples in "
-         << words::counted(underrunEpisodes, "episode");
+    text << std::fixed << "rendered " << frames << " samples on "
+         << words::counted(static_cast<std::uint64_t>(channels), "channel") << " (" << std::setprecision(3)
+         << static_cast<double>(frames) / sampleRate << " s) in " << seconds << " s: " << std::setprecision(1)
+         << timesRealTime(frames, sampleRate, seconds) << " times real time; underruns: " << underrunSamples
+         << " samples in " << words::counted(underrunEpisodes, "episode");
     return text.str();
 }
 
