@@ -94,7 +94,7 @@ template <class Render>
 void play(benchmark::State& state, const StripSettings& settings, Render render) {
     StripPlayer player(cache(), settings, &inlinedRenderFunction);
     for ([[maybe_unused]] auto turn : state) {
-        if (player.outputLength() - player.position() < block)
+        if (player.position() + block > player.outputLength())
             player.seek(0);
         render(player);
         benchmark::ClobberMemory();

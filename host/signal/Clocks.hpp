@@ -31,11 +31,13 @@ struct TimelineClock {
 template <class Rate>
 class Distance {
 public:
-    constexpr Distance(std::int64_t samples = 0) : samples_(samples) {}
+    constexpr Distance() = default;
+    template <std::integral Number>
+    constexpr Distance(Number samples) : samples_(static_cast<std::int64_t>(samples)) {}
     constexpr operator std::int64_t() const { return samples_; }
 
 private:
-    std::int64_t samples_;
+    std::int64_t samples_ = 0;
 };
 
 /// A sample, by its number on a clock. A number becomes a sample where one is wanted. A sample never becomes
@@ -43,7 +45,9 @@ private:
 template <class Clock>
 class Sample {
 public:
-    constexpr Sample(std::int64_t number = 0) : number_(number) {}
+    constexpr Sample() = default;
+    template <std::integral Number>
+    constexpr Sample(Number number) : number_(static_cast<std::int64_t>(number)) {}
     constexpr std::int64_t number() const { return number_; }
 
     friend constexpr auto operator<=>(Sample, Sample) = default;
@@ -67,7 +71,7 @@ public:
     friend std::ostream& operator<<(std::ostream& out, Sample sample) { return out << sample.number_; }
 
 private:
-    std::int64_t number_;
+    std::int64_t number_ = 0;
 };
 
 using MaterialSample = Sample<MaterialClock>;

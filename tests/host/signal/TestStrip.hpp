@@ -35,7 +35,7 @@ public:
     }
 
     static std::vector<float> render(StripPlayer& player, std::uint64_t block = ~std::uint64_t{0}) {
-        std::vector<float> samples(player.outputLength() - player.position());
+        std::vector<float> samples(static_cast<std::size_t>(player.outputLength() - player.position()));
         std::span<float> rest(samples);
         while (const auto count = player.render(rest.first(std::min(block, rest.size()))))
             rest = rest.subspan(count);
