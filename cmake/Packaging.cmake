@@ -3,9 +3,10 @@ include(CMakePackageConfigHelpers)
 
 set_target_properties(audlmd PROPERTIES EXPORT_NAME render)
 set_target_properties(audlmd_host PROPERTIES EXPORT_NAME host)
+set_target_properties(audlmd_host_check PROPERTIES EXPORT_NAME host_check)
 # Includes are relative to the root of the tree, and stay so below include/audlmd. Each room names its headers.
-install(TARGETS audlmd audlmd_host EXPORT audlmd-targets FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/audlmd)
-install(TARGETS audlmd_tool)
+install(TARGETS audlmd audlmd_host audlmd_host_check EXPORT audlmd-targets FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/audlmd)
+install(TARGETS audlmd_tool audlmd_host_check_tool)
 
 install(FILES LICENSE README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR})

@@ -18,6 +18,10 @@ struct OutputGearing {
 
 } // namespace Orv
 
+namespace audlmd {
+struct IteratorInside;
+}
+
 namespace Aud {
 
 namespace Render {
@@ -62,6 +66,7 @@ public:
 private:
     friend struct Render::SampleReader;
     friend struct Render::ReadySpan;
+    friend struct audlmd::IteratorInside;
 
     /// Makes the segment that holds sample 0 current, with segmentIndex on that sample.
     void internal_inc_hitFirstSegment();
@@ -106,6 +111,7 @@ public:
 private:
     friend struct Render::SampleReader;
     friend struct Render::ReadySpan;
+    friend struct audlmd::IteratorInside;
 
     /// Makes the segment that holds the last sample current, with segmentIndex on that sample.
     void internal_inc_hitLastSegment();

@@ -1,0 +1,95 @@
+"""broken_hosts.py ROOT CHECK COMPILER...: breaks the minimal host of the documents at one place after the other, and fails
+where audlmd-host-check finds another rule broken than the one that was, or none.
+"""
+
+import concurrent.futures
+import pathlib
+import re
+import subprocess
+import sys
+import tempfile
+
+docs, check, compiler = pathlib.Path(sys.argv[1]) / "docs", sys.argv[2], [*sys.argv[3:], "-fPIC"]
+SOURCE, HOOKS = (docs / "minimal_host.cpp").read_text(), (docs / "minimal_host_check.cpp").read_text()
+FORWARD, REVERSE = "void Forward::internal_inc_moveToNextSegment() {", "void Reverse::internal_inc_moveToNextSegment() {"
+
+# The rule; what the minimal host has, once; what a broken host has instead.
+BROKEN = [
+    ("", "", ""),
+    ("operations", "float Filter::Biquad::getLastProcessSampleResult() {", "float unused(float lastResult_) {"),
+    ("settings", "return defaultValue;", "return defaultValue + 1.0;"),
+    ("formats", "number_(number) {}", "number_(number) { if (number > 1) throw 1; }"),
+    ("counts", "fetch_sub(1) - 1;", "fetch_sub(1);"),
+    ("counts", "std::atomic_ref(count).fetch_add(1);", "const int old = count; std::this_thread::yield(); count = old + 1;"),
+    ("heap", "throw std::bad_alloc();", "return nullptr;"),
+    ("heap", "std::max<std::size_t>(bytes, 1)", "std::min<std::size_t>(bytes, 24)"),
+    ("notes", "void record(ExceptionNotes&) override {}", "void record(ExceptionNotes&) override { throw 1; }"),
+    ("tables", "static typename Render", "thread_local typename Render"),
+    ("identity", "{ return stripCookie_; }", "{ return {stripCookie_.material, 1, 1}; }"),
+    ("empty", "    SampleCacheSegment copy(other);", "    if (!other.body_)\n        return *this;\n"
+     "    SampleCacheSegment copy(other);"),
+    ("start-forwards", "identity(cookie), cachePosition(position),",
+     "identity(cookie), cachePosition(position + (position > 1999)),"),
+    ("start-backwards", "cachePosition(position - 1)", "cachePosition(position - (position == 1234 ? 2 : 1))"),
+    ("walk-forwards", FORWARD, FORWARD + " ++cachePosition;"),
+    ("walk-forwards", FORWARD, FORWARD + " if (segmentIndex == 1000) return;"),
+    ("walk-forwards", "stand(currentSegment, hostMaterial, 0)", "stand(currentSegment, hostMaterial, 1)"),
+    ("walk-backwards", REVERSE, REVERSE + " --cachePosition;"),
+    ("walk-backwards", "stand(currentSegment, hostMaterial, materialLength - 1)", "stand(currentSegment, hostMaterial, 0)"),
+    ("waiting", "hostMaterial(find(cache, cookie)), waitForSegment(flag), hostSegmentsAhead",
+     "hostMaterial(find(cache, cookie)), waitForSegment(true), hostSegmentsAhead"),
+    ("gearing", "const Orv::OutputGearing&)\n    : identity(cookie), cachePosition(position - 1)",
+     "const Orv::OutputGearing& g)\n    : identity(cookie), cachePosition(position - 1 - (g.sourceSamplesPerOutputSample < 0))"),
+    ("unknown", "materials[cookie.channel].get() : nullptr", "materials[cookie.channel].get() : materials.front().get()"),
+    ("status", "std::atomic<Aud::eSegmentStatus> status = Aud::eSegmentReady;",
+     "struct {\n    Aud::eSegmentStatus first = Aud::eSegmentReady;\n    Aud::eSegmentStatus load() const { return first; }\n"
+     "    void operator=(Aud::eSegmentStatus s) { first = first == Aud::eSegmentReady ? s : first; }\n} status;"),
+    ("events", "signalled.wait_for(std::chrono::milliseconds(milliseconds)) == std::future_status::ready",
+     "signalled.wait_for(std::chrono::milliseconds(milliseconds)) == std::future_status::deferred"),
+    ("events", "const { return body_->material->held; }",
+     "const { ++body_->material->event->referenceCount; return body_->material->held; }"),
+    ("underruns", "++static_cast<Material*>(material)->underruns", "static_cast<Material*>(material)->underruns += 2"),
+    ("holders", "~SampleCacheSegment() { delete body_; }", "~SampleCacheSegment() {}"),
+    ("holders", "    std::swap(body_, copy.body_);", "    body_ = copy.body_;\n    copy.body_ = nullptr;"),
+    ("section", "{ return lastResult_; }", "{ return std::exchange(lastResult_, 0.0F); }"),
+    ("section", "    return lastResult_ = static_cast<float>(y);", "    lastResult_ = static_cast<float>(y);\n"
+     "    return lastResult_ * 2.0F;"),
+    ("curves", "fill(power, 101, 0.01,", "fill(power, 101, 0.011,"),
+    ("curves", "static_cast<float>(rise / spacing), 0.0F", "static_cast<float>(rise), 0.0F"),
+    ("levels-forwards", "{ loadRamp(state_, 1U); }", "{ loadRamp(state_, 1U); state_.samplesToNextNode = 0; }"),
+    ("levels-backwards", "{ loadRamp(state_, ~0U); }", "{ loadRamp(state_, 1U); }"),
+]
+
+
+def fault_of(number):
+    rule, has, instead = BROKEN[number]
+    if has and SOURCE.count(has) != 1:
+        return f"the minimal host has {SOURCE.count(has)} times {has!r}"
+    folder = pathlib.Path(temporary) / str(number)
+    folder.mkdir()
+    (folder / "minimal_host.cpp").write_text(SOURCE.replace(has, instead) if has else SOURCE)
+    (folder / "minimal_host_check.cpp").write_text(HOOKS)
+    done = subprocess.run([*compiler, "-include", headers, "-shared", "minimal_host_check.cpp", "-o", "libhost.so"], cwd=folder,
+                          capture_output=True, text=True)
+    if done.returncode != 0:
+        return done.stderr
+    done = subprocess.run([check, "libhost.so"], cwd=folder, capture_output=True, text=True)
+    found = re.findall(r"^broken +(\S+):", done.stdout, re.M)
+    if found == ([rule] if rule else []) and done.returncode == (rule != "") and "\nunchecked" not in done.stdout:
+        return None
+    return f"exit {done.returncode}, broken: {found}\n{done.stdout}{done.stderr}"
+
+
+with tempfile.TemporaryDirectory() as temporary, concurrent.futures.ThreadPoolExecutor(2) as workers:
+    # Compiled once, because most of the time goes there.
+    headers = pathlib.Path(temporary) / "headers.hpp"
+    headers.write_text("".join(re.findall(r"^#include [<\"](?!min).*\n", SOURCE + HOOKS, re.M)))
+    subprocess.run([*compiler, "-x", "c++-header", headers, "-o", f"{headers}.gch"], check=True)
+    faults = list(workers.map(fault_of, range(len(BROKEN))))
+listed = subprocess.run([check, "--list"], capture_output=True, text=True).stdout
+untested = set(re.findall(r"^[a-z-]+", listed, re.M)) - {rule for rule, _, _ in BROKEN}
+for (rule, has, _), fault in zip(BROKEN, faults):
+    if fault:
+        print(f"Broken at {rule} ({has}): {fault}")
+print(f"{len(BROKEN)} hosts, {sum(map(bool, faults))} failures; rules without a broken host: {', '.join(untested) or 'none'}")
+sys.exit(any(faults) or bool(untested))
