@@ -36,6 +36,8 @@ public:
         return put(std::make_shared<audlmd::MemorySource>(std::vector(samples.begin(), samples.end())));
     }
     std::optional<CheckedMaterial> addLate(std::span<const float> samples) override {
+        // Lets the one before arrive, too.
+        arrival_ = {};
         return put(std::make_shared<LateSource>(audlmd::MemorySource({samples.begin(), samples.end()}),
                                                 arrival_.get_future().share()));
     }

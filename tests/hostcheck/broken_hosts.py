@@ -17,6 +17,7 @@ FORWARD, REVERSE = "void Forward::internal_inc_moveToNextSegment() {", "void Rev
 BROKEN = [
     ("", "", ""),
     ("operations", "float Filter::Biquad::getLastProcessSampleResult() {", "float unused(float lastResult_) {"),
+    ("layout", "", "Cookie stripCookie_;\n    long more_ = 0;"), # in a header of the contract
     ("settings", "return defaultValue;", "return defaultValue + 1.0;"),
     ("formats", "number_(number) {}", "number_(number) { if (number > 1) throw 1; }"),
     ("counts", "fetch_sub(1) - 1;", "fetch_sub(1);"),
@@ -68,8 +69,14 @@ def fault_of(number):
     folder = pathlib.Path(temporary) / str(number)
     folder.mkdir()
     (folder / "minimal_host.cpp").write_text(SOURCE.replace(has, instead) if has else SOURCE)
+    options = ["-include", headers]
+    if rule == "layout": # stands before the contract's own, and outside the headers that are compiled
+        (folder / "contract").mkdir()
+        identity = (docs.parent / "contract/Identity.hpp").read_text()
+        (folder / "contract/Identity.hpp").write_text(identity.replace("Cookie stripCookie_;", instead))
+        options = ["-I."]
     (folder / "minimal_host_check.cpp").write_text(HOOKS)
-    done = subprocess.run([*compiler, "-include", headers, "-shared", "minimal_host_check.cpp", "-o", "libhost.so"], cwd=folder,
+    done = subprocess.run([compiler[0], *options, *compiler[1:], "-shared", "minimal_host_check.cpp", "-o", "libhost.so"], cwd=folder,
                           capture_output=True, text=True)
     if done.returncode != 0:
         return done.stderr

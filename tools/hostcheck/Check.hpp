@@ -31,6 +31,7 @@ void expect(bool condition, const Parts&... parts) {
         throw Broken{inWords(parts...)};
 }
 
+void checkLayout(HostUnderCheck&);
 void checkSettings(HostUnderCheck&);
 void checkFormats(HostUnderCheck&);
 void checkCounts(HostUnderCheck&);

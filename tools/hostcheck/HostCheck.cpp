@@ -19,6 +19,7 @@ struct Check {
 constexpr auto checks = std::to_array<Check>({
     // Whoever gets here has found them all.
     {"operations", [](HostUnderCheck&) {}},
+    {"layout", checkLayout},
     {"settings", checkSettings},
     {"formats", checkFormats},
     {"counts", checkCounts},
@@ -70,6 +71,8 @@ int checkHost(std::ostream& report) {
         const Verdict verdict = checkRule(rule);
         broken += verdict.outcome == Outcome::broken;
         report << toText(hostRules[rule], verdict) << std::flush;
+        if (broken != 0 && rule < firstRules)
+            break;
     }
     return broken;
 }

@@ -2,9 +2,13 @@
 
 #include "contract/DynamicLevel.hpp"
 #include "contract/Identity.hpp"
+#include "contract/LoadServices.hpp"
 #include "contract/SampleCache.hpp"
+#include "loop_modes/IteratorCreationParams.hpp"
 #include "loop_modes/ModeCode.hpp"
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -27,12 +31,34 @@ struct CheckedLevel {
     float uValue;
 };
 
+/// A type of the contract and its size in bytes.
+struct TypeSize {
+    const char* type;
+    std::size_t bytes;
+};
+/// As whoever includes this is compiled: the host on one side, the rules and the renderer on the other.
+constexpr std::array hostLayout{
+    TypeSize{"Filter::Biquad", sizeof(Aud::Filter::Biquad)},
+    TypeSize{"DynamicLevelApplyingIteratorState",
+             sizeof(Aud::DynamicLevelControl::DynamicLevelApplyingIteratorState)},
+    TypeSize{"ce_handle", sizeof(ce_handle)},
+    TypeSize{"FormatUID", sizeof(Orv::Image::FormatUID)},
+    TypeSize{"SampleCacheSegment", sizeof(Aud::SampleCacheSegment)},
+    TypeSize{"SampleCache::ForwardIterator", sizeof(Aud::SampleCache::ForwardIterator)},
+    TypeSize{"SampleCache::ReverseIterator", sizeof(Aud::SampleCache::ReverseIterator)},
+    TypeSize{"PerSourceRecord", sizeof(Aud::Render::PerSourceRecord)},
+    TypeSize{"IteratorCreationParams", sizeof(Aud::Render::IteratorCreationParams)},
+};
+
 /// What a host's author writes for audlmd-host-check, because the contract does not say how a host makes its
-/// materials and automations. Every rule is checked in a process of its own, where one object serves all
-/// calls.
+/// materials and automations. In audlmd-host-check each rule has an object in a process of its own; in a
+/// program with a host one object serves all rules.
 class HostUnderCheck {
 public:
     using LevelState = Aud::DynamicLevelControl::DynamicLevelApplyingIteratorState;
+
+    /// The sizes that the host is compiled with. Not for the host to define.
+    virtual const TypeSize* layout() const { return hostLayout.data(); }
 
     /// How many samples the check's materials have: enough for three segments, of which the last is shorter.
     virtual std::int64_t length() const = 0;

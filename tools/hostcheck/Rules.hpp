@@ -16,6 +16,8 @@ struct Rule {
 /// In the order of the checks. Whoever runs them in processes of their own knows the rules without a host.
 inline constexpr auto hostRules = std::to_array<Rule>({
     {"operations", "The host defines every operation that the contract declares."},
+    {"layout",
+     "The host is compiled with the sizes of the contract's types that the renderer is compiled with."},
     {"settings", "A setting that nobody has made has the default that the caller gives."},
     {"formats", "A picture format can be announced and taken back, and announced again."},
     {"counts", "Holders are counted up and down by one, atomically, and the holders left are returned."},
@@ -53,6 +55,9 @@ inline constexpr auto hostRules = std::to_array<Rule>({
      "Walking nodes forwards, a moving level never has 0 samples to go, and stays after the last node."},
     {"levels-backwards", "Walking nodes backwards, likewise, down to the first node."},
 });
+
+/// Where one of the first rules is broken, no other can be checked.
+inline constexpr std::size_t firstRules = 2;
 
 enum class Outcome { kept, broken, unchecked };
 

@@ -4,6 +4,8 @@
 #include "tools/hostcheck/Readers.hpp"
 
 #include <chrono>
+#include <functional>
+#include <memory>
 #include <thread>
 
 namespace audlmd {
@@ -12,7 +14,7 @@ namespace {
 using Aud::SampleCacheSegment;
 using Inside = IteratorInside;
 
-constexpr std::uint32_t patienceMilliseconds = 2000;
+constexpr std::uint32_t patienceMilliseconds = 5000;
 
 /// Whether it comes true before the patience ends.
 template <class Condition>
@@ -90,6 +92,9 @@ void checkEvents(HostUnderCheck& host) {
 void checkUnderruns(HostUnderCheck& host) {
     const auto samples = ramp(host);
     const CheckedMaterial late = lateMaterial(host, samples);
+    // At the end, so that no loader of the host is left waiting.
+    const std::unique_ptr<HostUnderCheck, std::function<void(HostUnderCheck*)>> arriving(
+        &host, [&](HostUnderCheck*) { host.load(late); });
     const auto expectUnderruns = [&](std::uint64_t expected) {
         expect(host.underruns(late) == expected, "After ", expected, " late samples the host has counted ",
                host.underruns(late), ".");

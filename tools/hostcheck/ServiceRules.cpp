@@ -54,6 +54,15 @@ void checkAllTables(std::tuple<Out...>*) {
 
 } // namespace
 
+void checkLayout(HostUnderCheck& host) {
+    const TypeSize* theirs = host.layout();
+    for (const TypeSize& ours : hostLayout) {
+        expect(theirs->bytes == ours.bytes, ours.type, " has ", theirs->bytes, " bytes in the host and ",
+               ours.bytes, " in the renderer: rebuild the one that has older headers.");
+        ++theirs;
+    }
+}
+
 void checkSettings(HostUnderCheck&) {
     for (const double value : {6.0, -0.25, 1e300}) {
         const double answer = config_double("a setting that nobody has made", value);
