@@ -57,8 +57,8 @@ class HostUnderCheck {
 public:
     using LevelState = Aud::DynamicLevelControl::DynamicLevelApplyingIteratorState;
 
-    /// The sizes that the host is compiled with. Not for the host to define.
-    virtual const TypeSize* layout() const { return hostLayout.data(); }
+    /// The sizes that the host is compiled with.
+    const TypeSize* layout() const { return layout_; }
 
     /// How many samples the check's materials have: enough for three segments, of which the last is shorter.
     virtual std::int64_t length() const = 0;
@@ -89,7 +89,13 @@ public:
                             Aud::Render::DynamicLevelDirection direction) = 0;
 
 protected:
+    /// The default argument is the host's own array, because each caller has its own. An inline function with
+    /// these sizes would be one for host and check, whichever the linker or the optimiser takes.
+    explicit HostUnderCheck(const TypeSize* layout = hostLayout.data()) : layout_(layout) {}
     ~HostUnderCheck() = default;
+
+private:
+    const TypeSize* layout_;
 };
 
 /// The host defines it, beside its operations.
