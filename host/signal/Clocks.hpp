@@ -50,6 +50,7 @@ public:
     constexpr Sample(Number number) : number_(static_cast<std::int64_t>(number)) {}
     constexpr std::int64_t number() const { return number_; }
 
+    // NOLINTNEXTLINE(modernize-use-nullptr): a comparison with the 0 that the compiler writes
     friend constexpr auto operator<=>(Sample, Sample) = default;
 
     friend constexpr Sample operator+(Sample sample, Distance<typename Clock::Rate> distance) {

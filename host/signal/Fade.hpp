@@ -50,7 +50,7 @@ class FadeEnvelope {
 public:
     /// The envelope from one sample on. Valid for samples in [sample, end); with alignment 1 also at `end`.
     struct Placement {
-        Aud::Render::EnvelopeParameters parameters;
+        Aud::Render::EnvelopeParameters parameters{};
         RangeSample end;
     };
 
@@ -87,8 +87,8 @@ public:
 private:
     /// A piece of one fade from a sample on: u-value and slope in steps of the grid.
     struct Piece {
-        std::int64_t value;
-        std::int64_t slope;
+        std::int64_t value = 0;
+        std::int64_t slope = 0;
         RangeSample end;
     };
 
