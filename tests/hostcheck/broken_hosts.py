@@ -1,15 +1,18 @@
-"""broken_hosts.py ROOT CHECK COMPILER...: breaks the minimal host of the documents at one place after the other, and fails
-where audlmd-host-check finds another rule broken than the one that was, or none.
+"""broken_hosts.py ROOT FOLDER CHECK COMPILER...: breaks the minimal host of the documents at one place after the other, and
+fails where audlmd-host-check finds another rule broken than the one that was, or none. The hosts are kept in FOLDER until
+something of which they are made changes.
 """
 
 import concurrent.futures
+import hashlib
 import pathlib
 import re
+import shutil
 import subprocess
 import sys
-import tempfile
 
-docs, check, compiler = pathlib.Path(sys.argv[1]) / "docs", sys.argv[2], [*sys.argv[3:], "-fPIC"]
+docs, kept, check = pathlib.Path(sys.argv[1]) / "docs", pathlib.Path(sys.argv[2]), sys.argv[3]
+compiler = [*sys.argv[4:], "-fPIC"]
 SOURCE, HOOKS = (docs / "minimal_host.cpp").read_text(), (docs / "minimal_host_check.cpp").read_text()
 FORWARD, REVERSE = "void Forward::internal_inc_moveToNextSegment() {", "void Reverse::internal_inc_moveToNextSegment() {"
 
@@ -66,20 +69,11 @@ def fault_of(number):
     rule, has, instead = BROKEN[number]
     if has and SOURCE.count(has) != 1:
         return f"the minimal host has {SOURCE.count(has)} times {has!r}"
-    folder = pathlib.Path(temporary) / str(number)
-    folder.mkdir()
-    (folder / "minimal_host.cpp").write_text(SOURCE.replace(has, instead) if has else SOURCE)
-    options = ["-include", headers]
-    if rule == "layout": # stands before the contract's own, and outside the headers that are compiled
-        (folder / "contract").mkdir()
-        identity = (docs.parent / "contract/Identity.hpp").read_text()
-        (folder / "contract/Identity.hpp").write_text(identity.replace("Cookie stripCookie_;", instead))
-        options = ["-I."]
-    (folder / "minimal_host_check.cpp").write_text(HOOKS)
-    done = subprocess.run([compiler[0], *options, *compiler[1:], "-shared", "minimal_host_check.cpp", "-o", "libhost.so"], cwd=folder,
-                          capture_output=True, text=True)
-    if done.returncode != 0:
-        return done.stderr
+    folder = kept / str(number)
+    if not (folder / "libhost.so").exists():
+        fault = compiled(folder, rule, has, instead)
+        if fault:
+            return fault
     done = subprocess.run([check, "libhost.so"], cwd=folder, capture_output=True, text=True)
     found = re.findall(r"^broken +(\S+):", done.stdout, re.M)
     if found == ([rule] if rule else []) and done.returncode == (rule != "") and "\nunchecked" not in done.stdout:
@@ -87,11 +81,39 @@ def fault_of(number):
     return f"exit {done.returncode}, broken: {found}\n{done.stdout}{done.stderr}"
 
 
-with tempfile.TemporaryDirectory() as temporary, concurrent.futures.ThreadPoolExecutor(2) as workers:
+def compiled(folder, rule, has, instead):
+    """What the compiler says where it refuses the host."""
+    folder.mkdir(exist_ok=True)
+    (folder / "minimal_host.cpp").write_text(SOURCE.replace(has, instead) if has else SOURCE)
+    options = ["-include", kept / "headers.hpp"]
+    if rule == "layout": # stands before the contract's own, and outside the headers that are compiled
+        (folder / "contract").mkdir(exist_ok=True)
+        identity = (docs.parent / "contract/Identity.hpp").read_text()
+        (folder / "contract/Identity.hpp").write_text(identity.replace("Cookie stripCookie_;", instead))
+        options = ["-I."]
+    (folder / "minimal_host_check.cpp").write_text(HOOKS)
+    done = subprocess.run([compiler[0], *options, *compiler[1:], "-shared", "minimal_host_check.cpp", "-o", "libhost.so"], cwd=folder,
+                          capture_output=True, text=True)
+    return done.stderr if done.returncode != 0 else None
+
+
+def made_of():
+    """A digest of all that the hosts are made of."""
+    rooms = [docs.parent / room for room in ("contract", "ole", "loop_modes", "tools/hostcheck")]
+    files = sorted(path for room in rooms for path in room.rglob("*") if path.suffix != ".cpp" and path.is_file())
+    texts = [path.read_bytes() for path in [*files, pathlib.Path(__file__)]]
+    return hashlib.sha256(b"".join(texts) + repr((SOURCE, HOOKS, compiler)).encode()).hexdigest()
+
+
+digest = made_of()
+if not (kept / "digest").exists() or (kept / "digest").read_text() != digest:
+    shutil.rmtree(kept, ignore_errors=True)
+    kept.mkdir()
     # Compiled once, because most of the time goes there.
-    headers = pathlib.Path(temporary) / "headers.hpp"
-    headers.write_text("".join(re.findall(r"^#include [<\"](?!min).*\n", SOURCE + HOOKS, re.M)))
-    subprocess.run([*compiler, "-x", "c++-header", headers, "-o", f"{headers}.gch"], check=True)
+    (kept / "headers.hpp").write_text("".join(re.findall(r"^#include [<\"](?!min).*\n", SOURCE + HOOKS, re.M)))
+    subprocess.run([*compiler, "-x", "c++-header", kept / "headers.hpp", "-o", kept / "headers.hpp.gch"], check=True)
+    (kept / "digest").write_text(digest)
+with concurrent.futures.ThreadPoolExecutor(2) as workers:
     faults = list(workers.map(fault_of, range(len(BROKEN))))
 listed = subprocess.run([check, "--list"], capture_output=True, text=True).stdout
 untested = set(re.findall(r"^[a-z-]+", listed, re.M)) - {rule for rule, _, _ in BROKEN}
