@@ -261,8 +261,10 @@ void expectNoDifference(const std::vector<unsigned int>& codes, std::size_t outp
     std::size_t differing = 0;
     const auto expectNone = [&](std::uint64_t seed, unsigned int code) {
         const CaseResult result = runCase(RandomCase(seed, code, outputType));
-        if (result.difference && ++differing <= 3)
+        if (result.difference) {
+            ++differing;
             ADD_FAILURE() << *result.difference;
+        }
     };
     if (only != nullptr) {
         std::uint64_t seed = 0;
@@ -276,8 +278,8 @@ void expectNoDifference(const std::vector<unsigned int>& codes, std::size_t outp
     }
     for (unsigned int seed = 1; seed <= seeds; ++seed)
         for (unsigned int code : codes)
-            expectNone(seed, code);
-    EXPECT_EQ(differing, 0U) << "cases differ";
+            if (differing < 3) // They say enough.
+                expectNone(seed, code);
 }
 
 void expectNoDifferenceWhateverFails(const std::vector<unsigned int>& codes) {

@@ -28,4 +28,9 @@ TEST_F(FilteringSRCIteratorTest, OpensAndSkipsTheStartOnlyWhereTheByteIsZero) {
     }
 }
 
+TEST(FilteringSRCIterator, IsOutermostBecauseNoLayerCanCopyIt) {
+    EXPECT_TRUE(Aud::Render::WrappableLayer<Tens>);
+    EXPECT_FALSE(Aud::Render::WrappableLayer<Converter>);
+}
+
 } // namespace audlmd::test
