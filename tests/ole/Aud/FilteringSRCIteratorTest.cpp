@@ -2,6 +2,8 @@
 
 #include "tests/ole/Aud/StageTest.hpp"
 
+#include <tuple>
+
 namespace audlmd::test {
 
 using Converter = Aud::Render::FilteringSRCIterator<Tens>;
@@ -12,6 +14,8 @@ using FilteringSRCIteratorTest = StageTest;
 TEST_F(FilteringSRCIteratorTest, OpensAndSkipsTheStartOnlyWhereTheByteIsZero) {
     Aud::Render::FilteringSRCState& state = record.srcState;
     const Aud::SubSamplePos start(0, 5);
+    EXPECT_EQ(std::tuple(state.readIndex, state.nextSourcePos, state.positionRecorded, state.opened),
+              std::tuple(0U, 0, 0, 0));
     Converter(Tens(), &state, start, 1.0F);
     EXPECT_EQ(host.count("open resampler"), 1U);
     EXPECT_EQ(host.count("resample"), 1U);
