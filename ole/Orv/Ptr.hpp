@@ -49,7 +49,6 @@ private:
     void release() noexcept {
         if (object_ != nullptr && OS().referenceCounts().decrement(RefCountTraits::count(*object_)) == 0)
             DestructionTraits::destroy(object_);
-        object_ = nullptr;
     }
 
     T* object_ = nullptr;

@@ -8,6 +8,7 @@
 #include "tests/scripted_host/ScriptedHost.hpp"
 
 #include <array>
+#include <cstring>
 #include <memory>
 #include <new>
 
@@ -58,13 +59,21 @@ private:
             host().note("release event", static_cast<std::uint64_t>(count - 1));
         return --count;
     }
+    // A block's size stands before its storage, a guard behind it. A block that was written beyond stays in
+    // use.
     void* allocate(std::size_t bytes) override {
         ++heapBlocks;
-        return ::operator new(bytes);
+        auto* const storage = static_cast<unsigned char*>(::operator new(blockHead + bytes + 1)) + blockHead;
+        std::memcpy(storage - blockHead, &bytes, sizeof bytes);
+        storage[bytes] = guard;
+        return storage;
     }
     void release(void* storage) noexcept override {
-        --heapBlocks;
-        ::operator delete(storage);
+        std::size_t bytes = 0;
+        unsigned char* const block = static_cast<unsigned char*>(storage) - blockHead;
+        std::memcpy(&bytes, block, sizeof bytes);
+        heapBlocks -= block[blockHead + bytes] == guard;
+        ::operator delete(block);
     }
     void record(ExceptionNotes& notes) override {
         if (ScriptedHost::current != nullptr) { // There is none while the library is being loaded.
@@ -74,6 +83,9 @@ private:
         const LightweightString<char> note("what the host knows");
         notes = {note, LightweightString<char>(), note};
     }
+
+    static constexpr std::size_t blockHead = 16;
+    static constexpr unsigned char guard = 0xA5;
 };
 
 } // namespace
