@@ -151,6 +151,21 @@ TEST_F(SoundFiles, WhoseDataEndsEarlyFailFromThereOnOnly) {
     EXPECT_THAT(cache.statistics(cookieOf(0)).firstFailure, HasSubstr("a.flac: cannot"));
 }
 
+TEST_F(SoundFiles, SayAtWhichFrameAReadBrokeOff) {
+    SoundFile file(write("a.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16));
+    std::vector<float> samples(frames);
+    bytesRead = 0;
+    readsLeft = 5;
+    try {
+        file.read(1, 0, samples);
+        ADD_FAILURE() << "nothing failed";
+    } catch (const SoundFileError& error) {
+        const std::string frame = std::to_string(bytesRead / 4);
+        EXPECT_THAT(error.what(), HasSubstr("a.wav: cannot be read at frame " + frame + " of 100000: "));
+    }
+    readsLeft = -1;
+}
+
 TEST_F(SoundFiles, GiveTheSameSamplesInAnyOrder) {
     for (const int format : {SF_FORMAT_OGG | SF_FORMAT_VORBIS, SF_FORMAT_OGG | SF_FORMAT_OPUS,
                              SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III, SF_FORMAT_FLAC | SF_FORMAT_PCM_24}) {

@@ -65,16 +65,20 @@ TEST(Mixer, SumsWithoutClippingAndReportsWhatTheOutputWillClip) {
     media.add("loud", {{0.8F, 0.8F, -0.8F, 0.5F}});
     media.add("minus", {{-0.8F, 0.8F, -0.8F, 0.5F}});
     media.add("hot", {{40.0F, 0.0F, 0.0F, 0.0F}});
-    Timeline timeline = timelineOf(
-        {stripOf("loud", 0, 4), stripOf("loud", 0, 4), stripOf("minus", 0, 4), stripOf("hot", 6, 1)});
+    media.add("warm", {{-1.25F}});
+    Timeline timeline = timelineOf({stripOf("loud", 0, 4), stripOf("loud", 0, 4), stripOf("minus", 0, 4),
+                                    stripOf("hot", 6, 1), stripOf("warm", 7, 1)});
     Mixer mixer(timeline, media.opener());
-    EXPECT_THAT(mixed(mixer, 0, 8).front(), ElementsAre(0.8F + 0.8F - 0.8F, 0.8F + 0.8F + 0.8F,
-                                                        -0.8F - 0.8F - 0.8F, 1.5F, 0.0F, 0.0F, 40.0F, 0.0F));
+    EXPECT_THAT(mixed(mixer, 0, 8).front(),
+                ElementsAre(0.8F + 0.8F - 0.8F, 0.8F + 0.8F + 0.8F, -0.8F - 0.8F - 0.8F, 1.5F, 0.0F, 0.0F,
+                            40.0F, -1.25F));
     const MixReport report = mixer.report();
-    EXPECT_EQ(report.channels.front().samples, 4U);
+    EXPECT_EQ(report.channels.front().samples, 5U);
     EXPECT_EQ(report.channels.front().firstAt, 1);
     EXPECT_EQ(report.channels.front().peak, 40.0F);
-    ASSERT_EQ(report.strips.size(), 1U);
+    ASSERT_EQ(report.strips.size(), 2U);
+    EXPECT_EQ(report.strips.back().overload.peak, 1.25F);
+    EXPECT_EQ(report.strips.back().overload.samples, 1U);
     EXPECT_EQ(report.strips.front().strip, 3U);
     EXPECT_EQ(report.strips.front().overload.samples, 1U);
     EXPECT_THAT(report.strips.front().overload.spans, ElementsAre(TimelineSpan{.from = 6, .to = 7}));
@@ -175,6 +179,11 @@ TEST(Mixer, OpensOnlyTheStripsAroundAStretch) {
     mixed(mixer, 100 * 48000, 2 * 48000);
     EXPECT_LE(opened, 9);
     EXPECT_GE(opened, 3);
+    // Strips that sound together share what is opened.
+    opened = 0;
+    Mixer together(timelineOf({stripOf("sound", 0, 100), stripOf("sound", 50, 100)}), open);
+    mixed(together, 60, 10);
+    EXPECT_EQ(opened, 1);
 }
 
 TEST(Mixer, RefusesTimelinesThatCannotBePlayed) {
@@ -194,6 +203,11 @@ TEST(Mixer, RefusesTimelinesThatCannotBePlayed) {
     EXPECT_THAT(refusal(strip), HasSubstr("the gain"));
     strip.silence = "not played, whatever its settings are";
     EXPECT_EQ(refusal(strip), "");
+    for (const auto& [options, part] : {std::pair{MixerOptions{.block = 0}, "a block of 0 samples"},
+                                        {MixerOptions{.block = 65537}, "a block of 65537 samples"},
+                                        {MixerOptions{.openAhead = 3601.0}, "0 to 3600 seconds ahead"}})
+        EXPECT_THAT([&] { Mixer(timelineOf({}), TestMedia().opener(), options); },
+                    testing::ThrowsMessage<std::invalid_argument>(HasSubstr(part)));
     strip = stripOf("sound", std::numeric_limits<std::int64_t>::max(), 10);
     EXPECT_THAT(refusal(strip), HasSubstr("the place is sample"));
     strip = stripOf("sound", 0, 10);

@@ -3,6 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <tuple>
+#include <utility>
+
 namespace audlmd::test {
 namespace {
 
@@ -18,6 +21,20 @@ TEST(SpanList, JoinsWhatTouchesAndSortsWhatComesLate) {
     EXPECT_THAT(list.spans(),
                 ElementsAre(TimelineSpan{.from = 0, .to = 10}, TimelineSpan{.from = 100, .to = 300},
                             TimelineSpan{.from = 400, .to = 500}));
+}
+
+TEST(StripReports, NameTheSlowestStrip) {
+    StripReports reports;
+    for (const auto& [strip, seconds] : {std::pair{4U, 1.0}, {5U, 3.0}, {6U, 2.0}})
+        reports.add(StripKey{.strip = strip}, {}, seconds);
+    EXPECT_EQ(reports.slowest().strip, 5U);
+    MixReport more;
+    for (const auto& [strip, seconds, slowest] : {std::tuple{7U, 2.5, 5U}, {8U, 3.5, 8U}}) {
+        more.slowest = {{.strip = strip}, seconds};
+        reports.add(more);
+        EXPECT_EQ(reports.slowest().strip, slowest);
+    }
+    EXPECT_TRUE(reports.strips().empty());
 }
 
 TEST(SpanList, JoinsTheClosestNeighboursWhereThereAreTooMany) {

@@ -96,7 +96,9 @@ TEST(LivePlayer, FollowsTheTransport) {
 
 TEST(LivePlayer, RefusesWhatCannotBePlayed) {
     EXPECT_THROW(LivePlayer(Media{}, {}), std::invalid_argument);
-    EXPECT_THROW(LivePlayer(steadyMedia(100), {}, {.latency = 0.001}), std::invalid_argument);
+    for (const LiveOptions& wrong :
+         {LiveOptions{.latency = 0.001}, {.latency = 2.1}, {.fade = 0.0009}, {.fade = 0.11}})
+        EXPECT_THROW(LivePlayer(steadyMedia(100), {}, wrong), std::invalid_argument);
     EXPECT_THROW(LivePlayer(Timeline{}, TestMedia().opener()), std::invalid_argument);
     LivePlayer player(steadyMedia(9600), {});
     EXPECT_THROW(player.setLoop(RangeSpan{5000, 9601}), std::invalid_argument);
@@ -187,21 +189,29 @@ TEST(LivePlayer, TellsWhatFailed) {
         std::int64_t length() const override { return 9600; }
         void read(std::int64_t, std::span<float>) override { throw std::runtime_error("bad sector"); }
     };
-    LivePlayer player({.channels = {std::make_shared<Broken>()}}, {}, options);
+    const Media broken{.channels = {std::make_shared<Broken>(), std::make_shared<Broken>()}};
+    LivePlayer player(broken, {}, options);
     const Device device(player);
     player.play();
     EXPECT_TRUE(within(5s, [&] { return player.position() == 9600; }));
     EXPECT_EQ(player.report().sound.failure, "bad sector");
-    EXPECT_GE(player.underruns().lateSamples, 9600U);
+    // Of both channels.
+    EXPECT_EQ(player.underruns().lateSamples, 19200U);
+    EXPECT_EQ(player.underruns().lateEpisodes, 2U);
 
-    Timeline timeline = timelineOf({stripOf("gone", 0, 9600)});
-    timeline.length = 9600;
-    LivePlayer mix(timeline, TestMedia().opener(), options);
+    // By then the mixer that does not wait has taken over.
+    Timeline timeline = timelineOf({stripOf("gone", 0, 9600), stripOf("broken", 150000, 9600)}, 2);
+    timeline.length = 160000;
+    const OpenMedia open = [&, none = TestMedia().opener()](const std::string& name) {
+        return name == "broken" ? broken : none(name);
+    };
+    LivePlayer mix(timeline, open, options);
     const Device second(mix);
     mix.play();
-    EXPECT_TRUE(within(5s, [&] { return !mix.isPlaying(); }));
-    ASSERT_EQ(mix.report().strips.size(), 1U);
+    EXPECT_TRUE(within(15s, [&] { return !mix.isPlaying(); }));
     EXPECT_EQ(mix.report().strips.front().failure, "no medium 'gone'");
+    EXPECT_EQ(mix.underruns().lateSamples, 19200U);
+    EXPECT_EQ(mix.underruns().lateEpisodes, 2U);
 }
 
 TEST(LivePlayer, TakesOrdersFromSeveralThreads) {

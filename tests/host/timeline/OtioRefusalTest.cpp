@@ -32,6 +32,15 @@ TEST(OtioRefusal, IsOneLineThatNamesTrackAndClip) {
         bool isRefused = false;
     };
     const Json ramp{{"effects", {{{"OTIO_SCHEMA", "TimeEffect.1"}, {"name", "ramp"}}}}};
+    const auto keyed = [](const char* frame) {
+        return Json{
+            {"effects",
+             {{{"OTIO_SCHEMA", "Effect.1"},
+               {"metadata",
+                {{"any",
+                  {{"Parameters",
+                    {{{"Parameter ID", "volume"}, {"Key Frames", {{frame, {{"Value", 1}}}}}}}}}}}}}}}};
+    };
     const auto own = [](const Json& block) { return Json{{"metadata", {{"audlmd", block}}}}; };
     const auto shown = [](const Json& times) { return Json{{"source_range", times}}; };
     for (const Case& c : std::vector<Case>{
@@ -53,6 +62,8 @@ TEST(OtioRefusal, IsOneLineThatNamesTrackAndClip) {
              {{clip("x", 0, 5, {{"enabled", 0}})}, "\"enabled\" is not true or false", true},
              {{clip("x", 0, 5, {{"effects", Json::object()}})}, "\"effects\" is not a list", true},
              {{clip("x", 0, 5, {{"markers", 1}})}, "\"markers\" is not a list", true},
+             {{clip("x", 0, 5, keyed("soon"))}, "the key frame 'soon' of \"volume\" is not a number"},
+             {{clip("x", 0, 5, keyed("1e13"))}, "the key frame '1e13' of \"volume\" is not a number"},
              {{clip("x", 0, 5, own({{"gain", 61}}))}, "\"gain\" must be decibels up to 60"},
              {{clip("x", 0, 5, own({{"gian", 1}}))}, "\"gian\" is not known"},
              {{clip("x", 0, 5, own({{"equaliser", {"fuzz"}}}))},

@@ -149,10 +149,16 @@ TEST_F(MixCommand, FindsMediaUnderOtherPathsAndSaysWhatStandsInTheirPlace) {
 }
 
 TEST_F(MixCommand, NamesAllFilmContainersAndFindsTheirExtractedSound) {
-    const std::string bytes = std::string("\0\0\0\x14"
-                                          "ftypqt  ",
-                                          12) +
-                              std::string(100, 'x');
+    const std::string bytes = "....ftypqt  " + std::string(100, 'x');
+    for (const std::string& start :
+         {std::string("....moov"), std::string("....mdat"), std::string("....wide"),
+          std::string("RIFF....AVI "), std::string("\x1A\x45\xDF\xA3"), std::string("\x06\x0E\x2B\x34"),
+          std::string("\x30\x26\xB2\x75"), std::string("FLV\x01"), std::string("\0\0\1\xBA", 4),
+          std::string("\0\0\1\xB3", 4)}) {
+        writeBytes(in("film"), start + bytes);
+        expectRefused("render film -o new.wav", "ffmpeg -i 'film'");
+    }
+    std::filesystem::remove(in("film"));
     for (const std::string name : {"it's.mov", "line\n\x1B[2J\xC2\x9B.mov"})
         writeBytes(in(name), bytes);
     writeTimeline(R"({"name": "shot", "media": "it's.mov"},
@@ -196,12 +202,15 @@ TEST_F(MixCommand, TellsOfSilenceInEveryMixAndEndsWhereItIsAskedTo) {
 
 TEST_F(MixCommand, ReportsClippingAndKeepsTheTimeReference) {
     writeSound(in("a.wav"), {std::vector<float>(100, 0.75F)});
-    writeTimeline(R"({"media": "a.wav", "at": 100, "from": 0, "to": 100, "gain": 10})",
-                  R"("timeReference": 5000000000, )");
+    writeTimeline(
+        R"({"media": "a.wav", "at": 100, "from": 0, "to": 100, "gain": 10, "routing": [[0.1], [1]]})",
+        R"("timeReference": 5000000000, )");
     const std::string told = output("mix film.json -o mix.wav --from 50smp --report r.json");
     EXPECT_THAT(told, HasSubstr("clipped: channel 2: 100 samples, by up to 7.50 dB, first at 0:00:00.002"));
     const auto report = nlohmann::json::parse(readBytes(in("r.json")));
-    EXPECT_EQ(report["channels"][0]["first"], 100);
+    EXPECT_EQ(told.find("channel 1"), std::string::npos);
+    EXPECT_EQ(report["channels"][0]["samples"], 0);
+    EXPECT_EQ(report["channels"][1]["first"], 100);
     SF_INFO info{};
     SNDFILE* const file = sf_open(in("mix.wav").c_str(), SFM_READ, &info);
     SF_BROADCAST_INFO broadcast{};
@@ -234,6 +243,8 @@ TEST_F(MixCommand, RefusesWhatCannotBeMixed) {
         {"film.json -o mix.wav --slice 0/2", "K/N"},
         {"film.json -o mix.wav --slice 1", "K/N"},
         {"film.json -o mix.wav --slice 1/1000", "nothing to mix"},
+        {"film.json -o mix.wav --block 0", "--block"},
+        {"film.json -o mix.wav --block 65537", "--block"},
         {"film.json -o mix.wav --from 1s", "outside the timeline"},
         {"film.json -o mix.wav --from 50smp --to 50smp", "nothing to mix"},
         {"film.json -o mix.wav --media nowhere", "nowhere"},

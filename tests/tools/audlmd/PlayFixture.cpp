@@ -46,8 +46,11 @@ void PlayFixture::expectPlaysWhatRenderWrites(const std::string& options) {
 
 bool holds(const std::vector<float>& heard, const std::vector<float>& sound) {
     const auto faded = static_cast<std::ptrdiff_t>(2 * 240);
-    return sound.size() > 4800 &&
-           std::search(heard.begin(), heard.end(), sound.begin() + faded, sound.end()) != heard.end();
+    const auto isHeard = [](float sample) { return sample != 0.0F; };
+    const auto first = std::ranges::find_if(heard, isHeard);
+    const auto found = std::search(first, heard.end(), sound.begin() + faded, sound.end());
+    return sound.size() > 4800 && found != heard.end() && found - first <= faded &&
+           std::none_of(found + std::ssize(sound), heard.end(), isHeard);
 }
 
 } // namespace audlmd::test

@@ -27,7 +27,7 @@ private:
     int lateRuns_ = 0;
 };
 
-/// Whether the sound is a part of what was heard, but for the fade at its start.
+/// Whether the sound is what was heard between silence, but for the fades at both ends.
 bool holds(const std::vector<float>& heard, const std::vector<float>& sound);
 
 } // namespace audlmd::test

@@ -1,7 +1,11 @@
 // `audlmd plot`: the content of a spectrogram, the files of all kinds of pictures, and refusals.
 
 #include "tests/tools/audlmd/CommandFixture.hpp"
+#include "tests/tools/plot/Drawing.hpp"
+#include "tools/audlmd/Subcommands.hpp"
 #include "tools/audlmd/plot/Figures.hpp"
+
+#include <CLI/CLI.hpp>
 
 #include <algorithm>
 
@@ -26,21 +30,23 @@ TEST_F(Plot, ShowsToneAndSilenceWhereTheyAreInASpectrogram) {
     EXPECT_LT(level(0.25, 6.01), -115.0F);
 }
 
-TEST_F(Plot, DrawsEveryKindAsPngAndSvg) {
+TEST_F(Plot, DrawsEveryKindAsItsPictureShows) {
     writeBytes(in("ride.csv"), "0,-20\n2,0\n3,-inf\n");
     writeSound(in("a.wav"), noise(2, 4800));
-    for (const std::string kind :
-         {"curves", "envelope --fade-in 1s:power --fade-out 2:log --duration 5s --gain -3",
-          "automation ride.csv --automation-reverse", "eq peak:1k:+3:0.7 highpass:30 --rate 44100",
-          "spectrogram a.wav --channel 2"}) {
-        EXPECT_EQ(output("plot " + kind + " -o a.png") + output("plot " + kind + " -o a.svg"), "");
-        const std::string png = readBytes(in("a.png"));
-        EXPECT_TRUE(png.starts_with("\x89PNG") && png.find("IEND") != std::string::npos) << kind;
-        const std::string svg = readBytes(in("a.svg"));
-        EXPECT_TRUE(svg.starts_with("<?xml") && svg.ends_with("</svg>\n")) << kind;
-        std::filesystem::remove(in("a.png"));
-        std::filesystem::remove(in("a.svg"));
-    }
+    for (const auto& [kind, options] : std::map<std::string, std::string>{
+             {"curves", ""},
+             {"envelope", "--fade-in 1s:power --fade-out 2:log --duration 5s --gain -3"},
+             {"automation", in("ride.csv").string() + " --automation-reverse"},
+             {"eq", "peak:1k:+3:0.7 highpass:30 --rate 44100"},
+             {"spectrogram", in("a.wav").string() + " --channel 2"}})
+        expectPicture(kind, [&](const plot::Pen&) {
+            CLI::App app;
+            command::addPlotCommand(app);
+            app.parse("plot " + kind + " " + options + " -o " + in(kind + ".svg").string());
+            EXPECT_TRUE(readBytes(in(kind + ".svg")).ends_with("</svg>\n")) << kind;
+        });
+    output("plot curves -o a.png");
+    EXPECT_TRUE(readBytes(in("a.png")).starts_with("\x89PNG"));
 }
 
 TEST_F(Plot, RefusesInOneLineAndLeavesThePictureThatWasThere) {

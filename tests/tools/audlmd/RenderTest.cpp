@@ -151,7 +151,18 @@ TEST_F(Render, EndsWithFiguresAndRefusesWhatTheSpeedLimitExcludes) {
     expectRefused(line, "to 2 (the setting AudioPlaybackSpeedLimit), not at 4: choose the linear converter");
     expectRefused("play a.wav --speed 4 --converter filtering", "choose the linear converter");
     output(line + " --converter linear");
-    unsetenv("AUDLMD_AudioPlaybackSpeedLimit");
+    // An empty variable is none, so the file counts, and without a file the default.
+    setenv("AUDLMD_AudioPlaybackSpeedLimit", "", 1);
+    writeBytes(in("my.conf"), "AudioPlaybackSpeedLimit = 3\n");
+    setenv("AUDLMD_CONFIG", in("my.conf").c_str(), 1);
+    expectRefused(line, "to 3 (the setting");
+    setenv("AUDLMD_CONFIG", "", 1);
+    expectRefused("render a.wav -o out.wav --speed 6.5", "to 6 (the setting");
+    setenv("AUDLMD_CONFIG", in("no.conf").c_str(), 1);
+    EXPECT_NE(run(line).errors.find("no.conf: AUDLMD_CONFIG names this file, but it is not there\n"),
+              std::string::npos);
+    for (const char* name : {"AUDLMD_AudioPlaybackSpeedLimit", "AUDLMD_CONFIG"})
+        unsetenv(name);
 }
 
 TEST_F(Render, WritesTheBytesOfAPlayerForAnyBlockThreadsAndFunctions) {
@@ -192,6 +203,13 @@ TEST_F(Render, ExplainsWhatItDoesWithoutDoingIt) {
          {"mode code 1602 (0x642)", "direction              1", "srcStage               2",
           "output type 2 of 14 in the registration order: Aud::Sample<16, 2,", "output length 32000 samples"})
         EXPECT_NE(text.find(part), std::string::npos) << part << "\nin\n" << text;
+    for (const auto& [options, number] : std::map<std::string, std::string>{
+             {"--speed 1.5 --converter linear", "subSampleStart                   0 + 1/1073741823"},
+             {"--speed 1.5", "subSampleStart                   1 + 536870912/1073741823"},
+             {"--fade-in 0.1 --fade-out 0.2", "envelope.lastRampStep            -0.000104188919"},
+             {"--gain 3 --level -6", "outerLevelUValue                 0.776060581 (-6.00 dB)"}})
+        EXPECT_NE(output("render a.wav --explain " + options).find("\n  " + number + "\n"), std::string::npos)
+            << options;
     // Between its fades the strip needs no envelope, and is rendered by the mode that has none.
     EXPECT_NE(output("render a.wav --fade-in 0.1 --explain").find("without the envelope: mode code 1024\n"),
               std::string::npos);

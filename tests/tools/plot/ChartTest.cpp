@@ -1,52 +1,64 @@
-#include "tools/plot/Chart.hpp"
+#include "tests/tools/plot/Drawing.hpp"
+#include "tools/plot/Figure.hpp"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstdint>
+#include <stdexcept>
 
 namespace audlmd::test {
 namespace {
 
 using namespace plot;
 
-/// The colour of a chart without title and legend at a place that is given in shares of the axes.
-std::uint32_t colourAt(const Chart& chart, double x, double y) {
-    cairo_surface_t* const image = cairo_image_surface_create(CAIRO_FORMAT_RGB24, 500, 400);
-    cairo_t* const context = cairo_create(image);
-    Pen(context).colour(Palette::paper);
-    cairo_paint(context);
-    paintChart(Pen(context), chart, {0.0, 0.0, 500.0, 400.0});
-    // The area inside the margins.
-    const Rectangle values{66.0, 8.0, chart.heatMap ? 332.0 : 416.0, 344.0};
-    const auto column = static_cast<int>(values.left + x * values.width);
-    const auto row = static_cast<int>(values.bottom() - y * values.height);
-    const auto* const pixels = reinterpret_cast<const std::uint32_t*>(cairo_image_surface_get_data(image));
-    const std::uint32_t colour = pixels[500 * row + column] & 0xFFFFFF;
-    cairo_destroy(context);
-    cairo_surface_destroy(image);
-    return colour;
-}
-
-TEST(Chart, LeadsALineThroughItsPointsAndOutOfTheAxis) {
+TEST(Chart, IsDrawnAsItsPictureShows) {
     Chart chart;
-    chart.series.resize(1);
-    chart.series[0].width = 8.0;
+    chart.title = "Title";
+    chart.x = {"Frequency (Hz)", 20.0, 2000.0, Scale::logarithmic};
+    chart.y = {"Gain (dB)", -12.0, 6.0, Scale::decibels};
+    chart.series = {{.name = "line", .points = {}},
+                    {.name = "dashes",
+                     .colour = Palette::green,
+                     .width = 1.5,
+                     .dashed = true,
+                     .points = {{20.0, -3.0}, {2000.0, 3.0}}},
+                    {.name = "a name that takes a row", .width = 4.0, .dots = true, .points = {{200.0, 0.0}}},
+                    {.name = "empty", .points = {}}};
+    // Straight, but for a step, and out of the chart at the end.
     for (int n = 0; n <= 1000; ++n)
-        chart.series[0].points.push_back({n / 1000.0, n < 500 ? 0.2 : n < 800 ? 0.7 : -INFINITY});
-    for (const Point& on : {Point{0.25, 0.2}, {0.5, 0.45}, {0.65, 0.7}, {0.8, 0.1}})
-        EXPECT_EQ(colourAt(chart, on.x, on.y), 0x0072B2U) << on.x << ", " << on.y;
-    for (const Point& beside : {Point{0.25, 0.65}, {0.9, 0.004}})
-        EXPECT_EQ(colourAt(chart, beside.x, beside.y), 0xFFFFFFU) << beside.x << ", " << beside.y;
+        chart.series[0].points.push_back({20.0 * std::pow(100.0, n / 1000.0), n < 500   ? -6.0
+                                                                              : n < 800 ? 3.0
+                                                                                        : -INFINITY});
+    expectPicture("chart", [&](const Pen& pen) { paintChart(pen, chart, {10.0, 20.0, 380.0, 280.0}); });
 }
 
 TEST(Chart, PutsTheFirstRowOfAHeatMapAtTheFoot) {
     Chart chart;
-    chart.heatMap = HeatMap{2, 2, {-40.0F, 5.0F, NAN, -20.0F}, {"", -40.0, 0.0}};
-    EXPECT_EQ(colourAt(chart, 0.25, 0.25), 0x000004U);
-    EXPECT_EQ(colourAt(chart, 0.25, 0.75), 0xFCFFA4U);
-    EXPECT_EQ(colourAt(chart, 0.75, 0.25), 0x000004U);
-    EXPECT_EQ(colourAt(chart, 0.75, 0.75), 0xBA3655U);
+    chart.x = timeAxis(2.0);
+    chart.y = {"kHz", 0.0, 24.0};
+    chart.heatMap = HeatMap{2, 3, {-40.0F, 5.0F, -35.0F, NAN, -20.0F, -1.0F}, {"dB", -40.0, 0.0}};
+    expectPicture("heat map", [&](const Pen& pen) { paintChart(pen, chart, {0.0, 0.0, 400.0, 150.0}); });
+}
+
+TEST(Figure, PutsChartsInRowsBelowItsTitleOrADrawingInTheirPlace) {
+    Figure figure;
+    figure.title = "T\xFFtle";
+    figure.subtitle = "what it was made from" + std::string(100, 'x');
+    figure.charts.resize(3);
+    figure.columns = 2;
+    figure.chartWidth = 150.0;
+    figure.chartHeight = 100.0;
+    expectPicture("figure", [&](const Pen&) {
+        EXPECT_TRUE(drawFigure(figure, PictureKind::svg).ends_with("</svg>\n"));
+    });
+    figure.charts.clear();
+    figure.columns = 1;
+    figure.drawing = [](const Pen& pen, const Rectangle& area) { pen.hatch(area, 50.0, 3.0); };
+    expectPicture("drawing", [&](const Pen&) {
+        EXPECT_TRUE(drawFigure(figure, PictureKind::png).starts_with("\x89PNG"));
+    });
+    figure.chartHeight = 20000.0;
+    EXPECT_THROW(drawFigure(figure, PictureKind::png), std::runtime_error);
 }
 
 } // namespace
