@@ -111,7 +111,7 @@ TEST_F(SoundFiles, ThatCannotBeOpenedAreNamedWithTheReason) {
     EXPECT_THROW(SoundFileSource(file, 2), std::out_of_range);
 }
 
-TEST_F(SoundFiles, OfWhichAPartOfTheHeaderCannotBeReadAreRefused) {
+TEST_F(SoundFiles, OfWhichAPartCannotBeReadAreRefused) {
     const auto path = write("a.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16);
     int reads = 0;
     for (bool isOpen = false; !isOpen; ++reads) {
@@ -126,6 +126,19 @@ TEST_F(SoundFiles, OfWhichAPartOfTheHeaderCannotBeReadAreRefused) {
     }
     readsLeft = -1;
     EXPECT_GT(reads, 7);
+    // A read of the samples tells how far it came.
+    SoundFile file(path);
+    std::vector<float> samples(frames);
+    bytesRead = 0;
+    readsLeft = 5;
+    std::string told;
+    try {
+        file.read(1, 0, samples);
+    } catch (const SoundFileError& error) {
+        told = error.what();
+    }
+    readsLeft = -1;
+    EXPECT_THAT(told, HasSubstr("cannot be read at frame " + std::to_string(bytesRead / 4) + " of 100000: "));
 }
 
 TEST_F(SoundFiles, ThatAreTruncatedAreRefusedUnlessTheirLengthIsLeftOpen) {
@@ -149,21 +162,6 @@ TEST_F(SoundFiles, WhoseDataEndsEarlyFailFromThereOnOnly) {
     EXPECT_EQ(*forwardReader(cache, frames - 1), 0.0F);
     EXPECT_NEAR(read(cache, 0, 1000).back(), sampleAt(999, 0), 1e-4);
     EXPECT_THAT(cache.statistics(cookieOf(0)).firstFailure, HasSubstr("a.flac: cannot"));
-}
-
-TEST_F(SoundFiles, SayAtWhichFrameAReadBrokeOff) {
-    SoundFile file(write("a.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16));
-    std::vector<float> samples(frames);
-    bytesRead = 0;
-    readsLeft = 5;
-    try {
-        file.read(1, 0, samples);
-        ADD_FAILURE() << "nothing failed";
-    } catch (const SoundFileError& error) {
-        const std::string frame = std::to_string(bytesRead / 4);
-        EXPECT_THAT(error.what(), HasSubstr("a.wav: cannot be read at frame " + frame + " of 100000: "));
-    }
-    readsLeft = -1;
 }
 
 TEST_F(SoundFiles, GiveTheSameSamplesInAnyOrder) {

@@ -3,9 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <tuple>
-#include <utility>
-
 namespace audlmd::test {
 namespace {
 
@@ -25,16 +22,14 @@ TEST(SpanList, JoinsWhatTouchesAndSortsWhatComesLate) {
 
 TEST(StripReports, NameTheSlowestStrip) {
     StripReports reports;
-    for (const auto& [strip, seconds] : {std::pair{4U, 1.0}, {5U, 3.0}, {6U, 2.0}})
-        reports.add(StripKey{.strip = strip}, {}, seconds);
-    EXPECT_EQ(reports.slowest().strip, 5U);
+    for (std::size_t strip = 0; const double seconds : {1.0, 3.0, 2.0})
+        reports.add({.strip = strip++}, {}, seconds);
     MixReport more;
-    for (const auto& [strip, seconds, slowest] : {std::tuple{7U, 2.5, 5U}, {8U, 3.5, 8U}}) {
-        more.slowest = {{.strip = strip}, seconds};
+    for (const auto& [seconds, slowest] : {std::pair{2.5, 1U}, {3.5, 7U}}) {
+        more.slowest = {{.strip = 7}, seconds};
         reports.add(more);
         EXPECT_EQ(reports.slowest().strip, slowest);
     }
-    EXPECT_TRUE(reports.strips().empty());
 }
 
 TEST(SpanList, JoinsTheClosestNeighboursWhereThereAreTooMany) {

@@ -32,14 +32,10 @@ TEST(OtioRefusal, IsOneLineThatNamesTrackAndClip) {
         bool isRefused = false;
     };
     const Json ramp{{"effects", {{{"OTIO_SCHEMA", "TimeEffect.1"}, {"name", "ramp"}}}}};
-    const auto keyed = [](const char* frame) {
-        return Json{
-            {"effects",
-             {{{"OTIO_SCHEMA", "Effect.1"},
-               {"metadata",
-                {{"any",
-                  {{"Parameters",
-                    {{{"Parameter ID", "volume"}, {"Key Frames", {{frame, {{"Value", 1}}}}}}}}}}}}}}}};
+    const auto keyed = [](const std::string& frame) {
+        return Json::parse(R"({"effects": [{"OTIO_SCHEMA": "Effect.1", "metadata": {"any": {"Parameters": [
+            {"Parameter ID": "volume", "Key Frames": {")" +
+                           frame + R"(": {"Value": 1}}}]}}}]})");
     };
     const auto own = [](const Json& block) { return Json{{"metadata", {{"audlmd", block}}}}; };
     const auto shown = [](const Json& times) { return Json{{"source_range", times}}; };

@@ -150,11 +150,8 @@ TEST_F(MixCommand, FindsMediaUnderOtherPathsAndSaysWhatStandsInTheirPlace) {
 
 TEST_F(MixCommand, NamesAllFilmContainersAndFindsTheirExtractedSound) {
     const std::string bytes = "....ftypqt  " + std::string(100, 'x');
-    for (const std::string& start :
-         {std::string("....moov"), std::string("....mdat"), std::string("....wide"),
-          std::string("RIFF....AVI "), std::string("\x1A\x45\xDF\xA3"), std::string("\x06\x0E\x2B\x34"),
-          std::string("\x30\x26\xB2\x75"), std::string("FLV\x01"), std::string("\0\0\1\xBA", 4),
-          std::string("\0\0\1\xB3", 4)}) {
+    for (const std::string start : {"....moov", "RIFF....AVI ", "\x1A\x45\xDF\xA3", "\x06\x0E\x2B\x34",
+                                    "\x30\x26\xB2\x75", "FLV\x01"}) {
         writeBytes(in("film"), start + bytes);
         expectRefused("render film -o new.wav", "ffmpeg -i 'film'");
     }
