@@ -128,17 +128,18 @@ TEST_F(SoundFiles, OfWhichAPartCannotBeReadAreRefused) {
     EXPECT_GT(reads, 7);
     // A read of the samples tells how far it came.
     SoundFile file(path);
-    std::vector<float> samples(frames);
+    std::vector<float> samples(70000);
     bytesRead = 0;
     readsLeft = 5;
     std::string told;
     try {
-        file.read(1, 0, samples);
+        file.read(1, 30000, samples);
     } catch (const SoundFileError& error) {
         told = error.what();
     }
     readsLeft = -1;
-    EXPECT_THAT(told, HasSubstr("cannot be read at frame " + std::to_string(bytesRead / 4) + " of 100000: "));
+    EXPECT_THAT(
+        told, HasSubstr("cannot be read at frame " + std::to_string(30000 + bytesRead / 4) + " of 100000: "));
 }
 
 TEST_F(SoundFiles, ThatAreTruncatedAreRefusedUnlessTheirLengthIsLeftOpen) {
@@ -161,7 +162,7 @@ TEST_F(SoundFiles, WhoseDataEndsEarlyFailFromThereOnOnly) {
     cache.add(cookieOf(0), std::make_shared<SoundFileSource>(std::make_shared<SoundFile>(path), 0));
     EXPECT_EQ(*forwardReader(cache, frames - 1), 0.0F);
     EXPECT_NEAR(read(cache, 0, 1000).back(), sampleAt(999, 0), 1e-4);
-    EXPECT_THAT(cache.statistics(cookieOf(0)).firstFailure, HasSubstr("a.flac: cannot"));
+    EXPECT_THAT(cache.statistics(cookieOf(0)).firstFailure, HasSubstr("a.flac: cannot go to frame 99000: "));
 }
 
 TEST_F(SoundFiles, GiveTheSameSamplesInAnyOrder) {
