@@ -255,6 +255,10 @@ CaseResult runCase(const RandomCase& randomCase) {
 
 } // namespace
 
+std::optional<std::string> differenceOf(const RandomCase& randomCase) {
+    return runCase(randomCase).difference;
+}
+
 void expectNoDifference(const std::vector<unsigned int>& codes, std::size_t outputType, unsigned int seeds) {
     prepareRuns();
     const char* const only = std::getenv("AUDLMD_CASE");

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstring>
 #include <random>
+#include <utility>
 
 namespace audlmd::test {
 namespace {
@@ -12,12 +13,18 @@ namespace {
 constexpr float infinity = std::numeric_limits<float>::infinity();
 constexpr float nan = std::numeric_limits<float>::quiet_NaN();
 
+RandomCase::Roll rollsOf(std::uint64_t seed) {
+    return [engine = std::mt19937_64(seed)](std::uint32_t sides) mutable {
+        return static_cast<std::uint32_t>(engine() >> 33) % sides;
+    };
+}
+
 class Dice {
 public:
-    explicit Dice(std::uint64_t seed) : engine_(seed) {}
+    explicit Dice(RandomCase::Roll roll) : roll_(std::move(roll)) {}
 
     /// 0 to `sides` - 1.
-    std::uint32_t roll(std::uint32_t sides) { return static_cast<std::uint32_t>(engine_() >> 33) % sides; }
+    std::uint32_t roll(std::uint32_t sides) { return roll_(sides); }
     bool oneIn(std::uint32_t sides) { return roll(sides) == 0; }
     float uniform(float low, float high) {
         return low + (high - low) * static_cast<float>(roll(1 << 24)) * 0x1p-24F;
@@ -28,12 +35,12 @@ public:
     }
 
 private:
-    std::mt19937_64 engine_;
+    RandomCase::Roll roll_;
 };
 
 const std::vector<float>& samplePool() {
     static const std::vector<float> pool = [] {
-        Dice dice(1);
+        Dice dice(rollsOf(1));
         std::vector<float> samples(4096);
         for (float& sample : samples)
             sample = dice.oneIn(200) ? dice.pick({nan, infinity, -infinity, 1e-40F, -0.0F, 3e38F})
@@ -181,8 +188,13 @@ void randomRecord(Dice& dice, Aud::Render::PerSourceRecord& record) {
 } // namespace
 
 RandomCase::RandomCase(std::uint64_t seedOfAll, unsigned int modeCode, std::size_t output)
-    : seed(seedOfAll), code(modeCode), outputType(output) {
-    Dice dice(seed * 32768 + code * 16 + outputType);
+    : RandomCase(rollsOf(seedOfAll * 32768 + modeCode * 16 + output), modeCode, output) {
+    seed = seedOfAll;
+}
+
+RandomCase::RandomCase(Roll roll, unsigned int modeCode, std::size_t output)
+    : code(modeCode), outputType(output) {
+    Dice dice(std::move(roll));
     curveTables = dice.roll(curveTableCount);
     speedLimit = dice.pick({6.0, 6.0, 1.5, 2.5, 8.0});
     host.keepsEvents = dice.oneIn(2);

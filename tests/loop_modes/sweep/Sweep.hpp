@@ -5,6 +5,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
 #include <vector>
 
 namespace audlmd::test {
@@ -27,11 +30,14 @@ struct Request {
     std::size_t interfereAt = ScriptedHost::never;
 };
 
-/// A few render calls in a row for one source. Every value follows from `seed`.
+/// A few render calls in a row for one source. Every value follows from `seed`, or from what `roll` gives: a
+/// number below the one that it is called with.
 struct RandomCase {
+    using Roll = std::function<std::uint32_t(std::uint32_t sides)>;
     RandomCase(std::uint64_t seed, unsigned int code, std::size_t outputType);
+    RandomCase(Roll roll, unsigned int code, std::size_t outputType);
 
-    std::uint64_t seed;
+    std::uint64_t seed = 0;
     unsigned int code;
     std::size_t outputType;
     unsigned int curveTables;
@@ -43,10 +49,13 @@ struct RandomCase {
     std::vector<std::uint8_t> buffer;
 };
 
-/// Renders random cases through the functions in the despatch table and through the model, `seeds` of them
-/// for each code, and compares samples, output position, host state, failures and the order of all host
-/// operations after every call. Expects no difference. The environment variable AUDLMD_CASE names one case to
-/// run alone: seed:code:output type.
+/// Renders a case through the function in the despatch table and through the model, and compares samples,
+/// output position, host state, failures and the order of all host operations after every call. Returns the
+/// first difference.
+std::optional<std::string> differenceOf(const RandomCase& randomCase);
+
+/// Expects no difference in `seeds` random cases of each code. The environment variable AUDLMD_CASE names one
+/// case to run alone: seed:code:output type.
 void expectNoDifference(const std::vector<unsigned int>& codes, std::size_t outputType, unsigned int seeds);
 
 /// Lets every host operation of a short case fail in turn, in output types that change from code to code.
