@@ -25,10 +25,11 @@ void validate(const EqualiserBand& band, double sampleRate) {
     if (!(band.frequency > 0.0 && band.frequency < sampleRate / 2.0))
         refuse("the frequency of an equaliser band must be above 0 and below ", sampleRate / 2.0,
                " Hz, half the sample rate, not ", band.frequency);
-    if (!std::isfinite(band.gainDb))
-        refuse("the gain of an equaliser band must be a number of decibels, not ", band.gainDb);
-    if (!(std::isfinite(band.q) && band.q > 0.0))
-        refuse("the Q of an equaliser band must be above 0, not ", band.q);
+    if (!(std::fabs(band.gainDb) <= mostBandGainDb))
+        refuse("the gain of an equaliser band must be from ", -mostBandGainDb, " to ", mostBandGainDb,
+               " dB, not ", band.gainDb);
+    if (!(band.q >= leastBandQ && band.q <= mostBandQ))
+        refuse("the Q of an equaliser band must be from ", leastBandQ, " to ", mostBandQ, ", not ", band.q);
 }
 
 } // namespace

@@ -16,11 +16,18 @@ struct EqualiserBand {
     BandKind kind = BandKind::peak;
     /// In hertz: the centre of a peak, the midpoint of a shelf, the corner of a pass filter.
     double frequency = 1000.0;
-    /// In decibels, for peaks and shelves.
+    /// In decibels, for peaks and shelves, at most mostBandGainDb up or down.
     double gainDb = 0.0;
-    /// The quality factor. The default is 1/sqrt(2): a pass filter or a shelf without a bump.
+    /// The quality factor, from leastBandQ to mostBandQ. The default is 1/sqrt(2): a pass filter or a shelf
+    /// without a bump.
     double q = 0.70710678118654752;
 };
+
+/// Beyond these limits the sections' coefficients need not be numbers, and five bands lead a sample beyond
+/// the largest float: an infinity, and silence of it no number.
+inline constexpr double mostBandGainDb = 120.0;
+inline constexpr double leastBandQ = 1e-6;
+inline constexpr double mostBandQ = 1e6;
 
 /// The number of bands in the renderer's cascade.
 inline constexpr std::size_t equaliserBandCount = 5;
@@ -28,9 +35,9 @@ inline constexpr std::size_t equaliserBandCount = 5;
 /// The section of one band, after R. Bristow-Johnson, "Cookbook formulae for audio equalizer biquad filter
 /// coefficients": the bilinear transform of an analogue prototype, with the frequency prewarped.
 ///
-/// Throws std::invalid_argument unless every number is finite, the sample rate (in hertz) positive, the
-/// frequency above 0 and below half the sample rate, and Q positive. Trap: close to half the sample rate the
-/// transform squeezes the curve, so a band there is narrower than its Q says.
+/// Throws std::invalid_argument unless the sample rate (in hertz) is finite and positive, the frequency above
+/// 0 and below half the sample rate, and gain and Q within their limits. Trap: close to half the sample rate
+/// the transform squeezes the curve, so a band there is narrower than its Q says.
 Aud::Filter::Biquad::Coefficients sectionOf(const EqualiserBand& band, double sampleRate);
 
 /// Sets the sections of an equaliser from bands, the first section from the first band. Sections without a
