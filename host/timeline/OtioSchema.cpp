@@ -121,10 +121,9 @@ std::string percentDecoded(std::string_view text) {
 std::string pathOfUrl(const std::string& url, const Reading& reading) {
     constexpr std::string_view scheme = "file:";
     if (words::lowered(url.substr(0, scheme.size())) != scheme) {
-        if (url.find("://") != std::string::npos)
-            return url;
         // A URL without a scheme is relative; what starts at the root is a path.
-        return reading.pathOf(url.starts_with('/') ? url : percentDecoded(url));
+        const bool isWritten = url.starts_with('/') || isElsewhere(url);
+        return reading.pathOf(isWritten ? url : percentDecoded(url));
     }
     std::string_view rest = std::string_view(url).substr(scheme.size());
     if (rest.starts_with("//")) {
@@ -135,8 +134,8 @@ std::string pathOfUrl(const std::string& url, const Reading& reading) {
     }
     std::string path = percentDecoded(rest);
     // Paths with a drive's letter have a slash more in a URL.
-    if (path.size() > 2 && path[0] == '/' && path[2] == ':')
-        return path.substr(1);
+    if (path.size() > 3 && path[2] == ':' && isElsewhere(path.substr(1)))
+        path.erase(0, 1);
     return reading.pathOf(path);
 }
 

@@ -3,11 +3,18 @@
 #include "host/words/Text.hpp"
 
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <exception>
 #include <filesystem>
 
 namespace audlmd::timeline {
+
+bool isElsewhere(std::string_view medium) {
+    const bool hasDrive = medium.size() > 2 && std::isalpha(static_cast<unsigned char>(medium[0])) != 0 &&
+                          medium[1] == ':' && (medium[2] == '/' || medium[2] == '\\');
+    return hasDrive || medium.find("://") != std::string_view::npos;
+}
 
 const MediaAnswers::Answer& MediaAnswers::of(const std::string& media) {
     const auto [entry, isNew] = answers_.try_emplace(media);
@@ -34,8 +41,9 @@ void Reading::note(std::string text, std::optional<TimelineSample> sample, bool 
 
 std::string Reading::pathOf(const std::string& medium) const {
     const std::filesystem::path path(medium);
-    return medium.empty() || path.is_absolute() ? medium
-                                                : (options.folder / path).lexically_normal().string();
+    return medium.empty() || path.is_absolute() || isElsewhere(medium)
+               ? medium
+               : (options.folder / path).lexically_normal().string();
 }
 
 std::optional<std::int64_t> Reading::lengthOf(const std::string& medium) const {

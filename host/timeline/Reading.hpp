@@ -8,9 +8,14 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace audlmd::timeline {
+
+/// Whether a name of a medium is no path of this system, and is kept as it is: a URL, or a path with a
+/// drive's letter.
+bool isElsewhere(std::string_view medium);
 
 /// What is known of a timeline's media. Asks about each of them once.
 class MediaAnswers {
@@ -47,8 +52,8 @@ struct Reading {
     /// Notes in the timeline what is not played as written, from the output sample `sample` on. `silences`:
     /// see TimelineNote.
     void note(std::string text, std::optional<TimelineSample> sample, bool silences = false) const;
-    /// A path as it stands in a file. Relative ones start in ReadOptions::folder. An empty path stays empty.
-    /// The file need not exist.
+    /// A path as it stands in a file. Relative ones start in ReadOptions::folder. An empty path stays empty,
+    /// and what is elsewhere stays as it is. The file need not exist.
     std::string pathOf(const std::string& medium) const;
     /// The length of a medium at the output's rate, rounded, at most farthestPosition. Nothing where it is
     /// not known.

@@ -11,7 +11,7 @@ TEST(JsonTimeline, KeepsEveryKey) {
     const Json written =
         Json::parse(R"({"audlmd": 1, "name": "n", "sampleRate": 44100, "channels": 1, "length": 9,
         "timeReference": 8, "markers": [{"name": "m", "at": 3}], "notes": [{"where": "w", "text": "t", "at": -3, "silences": true}],
-        "tracks": [{"name": "A", "strips": [{"name": "s", "media": "/m", "silence": "off", "at": 1, "length": 2, "skip": 4,
+        "tracks": [{"name": "A", "strips": [{"name": "s", "media": "C:/m", "silence": "off", "at": 1, "length": 2, "skip": 4,
             "from": -5, "to": 60, "reverse": true, "speed": 0.5, "converter": "linear", "gain": "-inf",
             "fadeIn": {"length": 7, "curve": "log"}, "fadeOut": {"length": 6, "curve": "power"},
             "equaliser": [{"kind": "lowshelf", "frequency": 100.5, "gain": -1.5, "q": 2.5}],
@@ -35,7 +35,7 @@ TEST(JsonTimeline, FillsInWhatIsLeftOut) {
     const Timeline read = readTimeline("\xEF\xBB\xBF"
                                        R"( {"audlmd": 1, "name": NaN, "tracks": [{"strips": [
         {"media": "x.wav", "at": "15e-1s", "speed": 2, "skip": 1000, "fadeIn": {"length": "0.25s"}},
-        {"media": "x.wav", "speed": 0.0005, "length": 5}]}]})",
+        {"media": "s3://x.wav", "speed": 0.0005, "length": 5}]}]})",
                                        how);
     EXPECT_EQ(read.name, "NaN");
     const TimelineStrip& strip = read.tracks.at(0).strips.at(0);
@@ -46,6 +46,7 @@ TEST(JsonTimeline, FillsInWhatIsLeftOut) {
     EXPECT_EQ(strip.settings.converter, Converter::filtering);
     EXPECT_EQ(strip.settings.fade.fadeInSamples, 12'000U);
     EXPECT_EQ(read.length, 95'000);
+    EXPECT_EQ(read.tracks.at(0).strips.at(1).media, "s3://x.wav");
     // Slower than the filtering converter plays.
     EXPECT_EQ(read.tracks.at(0).strips.at(1).settings.converter, Converter::linear);
     EXPECT_NE(read.notes.at(0).text.find("the linear one is used"), std::string::npos);
