@@ -56,10 +56,10 @@ int run(int argc, char** argv) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        if (error.get_exit_code() == 0)
-            return app.exit(error);
-        return complain(std::string(error.what()) + " (" + commandSoFar(app) + " --help tells more)",
-                        usageError);
+        if (error.get_exit_code() != 0)
+            return complain(std::string(error.what()) + " (" + commandSoFar(app) + " --help tells more)",
+                            usageError);
+        app.exit(error); // prints the help or the version
     }
     // The output may still be in a buffer, and writing it can fail.
     if (std::fflush(stdout) != 0)
@@ -67,19 +67,30 @@ int run(int argc, char** argv) {
     return EXIT_SUCCESS;
 }
 
-} // namespace
-
-int main(int argc, char** argv) {
+/// Runs the command, and says what failed unless it is a lack of memory.
+int runOrComplain(int argc, char** argv) {
     try {
         return run(argc, argv);
     } catch (const std::bad_alloc&) {
-        return complain("there is not enough memory for this: raise the limit, or try a shorter range",
-                        EXIT_FAILURE);
+        throw;
     } catch (const std::system_error& error) {
         return complain(textOf(error), EXIT_FAILURE);
     } catch (const std::exception& error) {
         return complain(error.what(), EXIT_FAILURE);
     } catch (const Orv::Exception::Base& error) {
         return complain(error.message(), EXIT_FAILURE);
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return runOrComplain(argc, argv);
+    } catch (const std::bad_alloc&) {
+        // Also where there is too little for a line about another failure, so this one takes none.
+        std::fputs("audlmd: there is not enough memory for this: raise the limit, or try a shorter range\n",
+                   stderr);
+        return EXIT_FAILURE;
     }
 }

@@ -221,10 +221,11 @@ private:
                                    words::printable(strip.failure, std::string::npos));
     }
 
+    /// The text first, which must be told also where the file cannot be written.
     void tell(const MixReport& told, const MixRun& run) const {
+        std::fputs(reportText(told, timeline_, run).c_str(), report());
         if (!options_.report.empty())
             command::writeOutput(OutputPath(options_.report), reportJson(told, timeline_, run));
-        std::fputs(reportText(told, timeline_, run).c_str(), report());
     }
 
     void draw(const MixReport& mixed) {
