@@ -1,9 +1,10 @@
 // audlmd-soak: random use of the transport on a sound device that takes frames up to many times faster than a
-// sound card. Ends with exit status 1 where something stands still, fails, plays what is no sound, or keeps
-// memory. See scripts/soak.
+// sound card; between its sessions, random use of cache and mixer by several threads. Ends with exit status 1
+// where something stands still, fails, plays what is no sound, or keeps memory. See scripts/soak.
 
 #include "bench/soak/FlatMemory.hpp"
 #include "bench/soak/Session.hpp"
+#include "bench/soak/Stress.hpp"
 
 #include <CLI/CLI.hpp>
 
@@ -48,11 +49,15 @@ void soak(double minutes, unsigned int seed, bool checksMemory) {
     const FastDevice device;
     const audlmd::command::SoundDevices devices;
     SoakTotals totals;
+    StressTotals cache;
+    StressTotals mixer;
     FlatMemory memory;
     const auto start = Clock::now();
     for (double seconds = 0.0; seconds < minutes * 60.0; ++seed) {
         try {
             runSession(seed, devices, totals);
+            stressCache(seed, cache);
+            stressMixer(seed, mixer);
         } catch (const std::exception& error) {
             throw std::runtime_error("seed " + std::to_string(seed) + ": " + error.what());
         }
@@ -60,19 +65,24 @@ void soak(double minutes, unsigned int seed, bool checksMemory) {
         seconds = std::chrono::duration<double>(Clock::now() - start).count();
         showProgress(seconds, minutes, totals);
     }
-    std::printf(
-        "soak: %llu sessions, %llu commands, %.1f hours of sound; late %llu samples, starved %llu frames; "
-        "longest start %.1f s, memory %.0f MiB\n",
-        static_cast<unsigned long long>(totals.sessions), static_cast<unsigned long long>(totals.commands),
-        static_cast<double>(totals.frames) / 48000.0 / 3600.0,
-        static_cast<unsigned long long>(totals.lateSamples),
-        static_cast<unsigned long long>(totals.starvedFrames), totals.longestStart, memory.largest());
+    const auto count = [](std::uint64_t number) { return static_cast<unsigned long long>(number); };
+    std::printf("transport: %llu sessions, %llu commands, %.1f hours of sound; late %llu samples, starved "
+                "%llu frames; longest "
+                "start %.1f s\n",
+                count(totals.sessions), count(totals.commands),
+                static_cast<double>(totals.frames) / 48000.0 / 3600.0, count(totals.lateSamples),
+                count(totals.starvedFrames), totals.longestStart);
+    std::printf("cache: %llu rounds of readers, %llu reads failed on purpose\n", count(cache.rounds),
+                count(cache.failedReads));
+    std::printf("mixer: %llu rounds, %llu samples, %llu strips failed on purpose\n", count(mixer.rounds),
+                count(mixer.samples), count(mixer.failedReads));
+    std::printf("memory: %.0f MiB at most\n", memory.largest());
     if (checksMemory)
         memory.requireFlat();
 }
 
 int run(int argc, char** argv) {
-    CLI::App app("Random use of the transport, many times faster than real time");
+    CLI::App app("Random use of transport, cache and mixer, many times faster than real time");
     double minutes = 1.0;
     unsigned int seed = 1;
     bool checksMemory = false;

@@ -59,6 +59,8 @@ void ChunkWriter::run(OutputFile& output, const std::function<void(std::int64_t)
 /// the signals to the calling thread.
 void ChunkWriter::start(std::vector<std::jthread>& threads) {
     const EndingSignalsBlocked blocked;
+    // A thread that has been started and finds no room here would be waited for before stop() is called.
+    threads.reserve(parts_);
     for (std::size_t part = 0; part < parts_; ++part)
         threads.push_back(
             namedThread("audlmd-chunks", [this, part](const std::stop_token& /*stop*/) { work(part); }));
