@@ -62,6 +62,10 @@ BROKEN = [
     ("curves", "static_cast<float>(rise / spacing), 0.0F", "static_cast<float>(rise), 0.0F"),
     ("levels-forwards", "{ loadRamp(state_, 1U); }", "{ loadRamp(state_, 1U); state_.samplesToNextNode = 0; }"),
     ("levels-backwards", "{ loadRamp(state_, ~0U); }", "{ loadRamp(state_, 1U); }"),
+    ("together", FORWARD, "static std::atomic<int> walkers;\n" + FORWARD + "\n    const int here = ++walkers;\n"
+     "    std::this_thread::yield();\n    cachePosition += walkers != here;\n    --walkers;"),
+    ("render", "double config_double(const char*, double defaultValue) { return defaultValue; }",
+     "double config_double(const char* name, double value) { return *name == 'a' ? value : throw 1; }"),
 ]
 
 
@@ -76,7 +80,8 @@ def fault_of(number):
             return fault
     done = subprocess.run([check, "libhost.so"], cwd=folder, capture_output=True, text=True)
     found = re.findall(r"^broken +(\S+):", done.stdout, re.M)
-    if found == ([rule] if rule else []) and done.returncode == (rule != "") and "\nunchecked" not in done.stdout:
+    waiting = re.findall(r"^unchecked +(\S+):", done.stdout, re.M)
+    if found == ([rule] if rule else []) and done.returncode == (rule != "") and set(waiting) <= {"together", "render"}:
         return None
     return f"exit {done.returncode}, broken: {found}\n{done.stdout}{done.stderr}"
 

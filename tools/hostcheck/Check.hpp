@@ -59,4 +59,7 @@ void checkCurves(HostUnderCheck&);
 void checkLevelsForwards(HostUnderCheck&);
 void checkLevelsBackwards(HostUnderCheck&);
 
+void checkTogether(HostUnderCheck&);
+void checkRender(HostUnderCheck&);
+
 } // namespace audlmd

@@ -43,6 +43,8 @@ constexpr auto checks = std::to_array<Check>({
     {"curves", checkCurves},
     {"levels-forwards", checkLevelsForwards},
     {"levels-backwards", checkLevelsBackwards},
+    {"together", checkTogether},
+    {"render", checkRender},
 });
 static_assert(std::ranges::equal(checks, hostRules, {}, &Check::name, &Rule::name));
 
@@ -68,7 +70,7 @@ Verdict checkRule(std::size_t rule) {
 int checkHost(std::ostream& report) {
     int broken = 0;
     for (std::size_t rule = 0; rule < hostRules.size(); ++rule) {
-        const Verdict verdict = checkRule(rule);
+        const Verdict verdict = waits(rule, broken) ? afterOthers() : checkRule(rule);
         broken += verdict.outcome == Outcome::broken;
         report << toText(hostRules[rule], verdict) << std::flush;
         if (broken != 0 && rule < firstRules)

@@ -81,7 +81,10 @@ bool reportRule(const char* host, std::size_t rule) {
 int checkHost(const char* host) {
     int broken = 0;
     for (std::size_t rule = 0; rule < hostRules.size(); ++rule) {
-        broken += !reportRule(host, rule);
+        if (audlmd::waits(rule, broken))
+            std::cout << toText(hostRules[rule], audlmd::afterOthers());
+        else
+            broken += !reportRule(host, rule);
         if (broken != 0 && rule < audlmd::firstRules)
             break;
     }

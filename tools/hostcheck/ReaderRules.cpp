@@ -19,9 +19,6 @@ namespace {
 using Inside = IteratorInside;
 
 template <class Iterator>
-constexpr std::string_view nameOf = std::same_as<Iterator, Forward> ? "forward" : "reverse";
-
-template <class Iterator>
 constexpr int stepOf = std::same_as<Iterator, Forward> ? 1 : -1;
 
 /// A reader stands on this sample: inside its segment, and reads it.

@@ -5,6 +5,7 @@
 
 #include <concepts>
 #include <cstdint>
+#include <string_view>
 #include <vector>
 
 namespace audlmd {
@@ -35,6 +36,9 @@ struct IteratorInside {
 
 using Forward = Aud::SampleCache::ForwardIterator;
 using Reverse = Aud::SampleCache::ReverseIterator;
+
+template <class Iterator>
+constexpr std::string_view nameOf = std::same_as<Iterator, Forward> ? "forward" : "reverse";
 
 /// A reader as the renderer makes it. The position is the one that the host takes.
 template <class Iterator>

@@ -54,10 +54,15 @@ inline constexpr auto hostRules = std::to_array<Rule>({
     {"levels-forwards",
      "Walking nodes forwards, a moving level never has 0 samples to go, and stays after the last node."},
     {"levels-backwards", "Walking nodes backwards, likewise, down to the first node."},
+    {"together", "Readers on several threads find the same samples as one reader alone."},
+    {"render", "The render library loads, renders what readers read, and lets a host's refusal pass."},
 });
 
 /// Where one of the first rules is broken, no other can be checked.
 inline constexpr std::size_t firstRules = 2;
+
+/// How many rules at the end stand on all the others: they are not checked where one is broken.
+inline constexpr std::size_t lastRules = 2;
 
 enum class Outcome { kept, broken, unchecked };
 
@@ -66,6 +71,15 @@ struct Verdict {
     /// What was seen, or why nothing was. Empty for a rule that is kept.
     std::string seen;
 };
+
+/// Whether a rule is one of the last, after so many broken ones.
+constexpr bool waits(std::size_t rule, int broken) {
+    return broken != 0 && rule + lastRules >= hostRules.size();
+}
+/// What is said of it.
+inline Verdict afterOthers() {
+    return {Outcome::unchecked, "Another rule is broken, on which this one stands."};
+}
 
 /// One line for the rule, and one more for what was seen.
 std::string toText(const Rule& rule, const Verdict& verdict);
