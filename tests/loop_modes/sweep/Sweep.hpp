@@ -55,7 +55,7 @@ struct RandomCase {
 std::optional<std::string> differenceOf(const RandomCase& randomCase);
 
 /// Expects no difference in `seeds` random cases of each code. The environment variable AUDLMD_CASE names one
-/// case to run alone: seed:code:output type.
+/// case to run alone, as seed:code:output type; AUDLMD_SEED the first seed, which is 1 otherwise.
 void expectNoDifference(const std::vector<unsigned int>& codes, std::size_t outputType, unsigned int seeds);
 
 /// Lets every host operation of a short case fail in turn, in output types that change from code to code.
