@@ -19,6 +19,7 @@ TEST(ModeCode, IsValidWhereNoTernaryDigitIsThree) {
         valid += isValidModeCode(code);
     }
     EXPECT_EQ(valid, 864U);
+    EXPECT_EQ(largestModeCode, 1751U);
     EXPECT_FALSE(isValidModeCode(static_cast<unsigned long>(-1)));
 }
 

@@ -8,7 +8,7 @@
 #include "tests/scripted_host/ScriptedHost.hpp"
 
 #include <array>
-#include <cstring>
+#include <map>
 #include <memory>
 #include <new>
 
@@ -59,21 +59,17 @@ private:
             host().note("release event", static_cast<std::uint64_t>(count - 1));
         return --count;
     }
-    // A block's size stands before its storage, a guard behind it. A block that was written beyond stays in
-    // use.
+    // Behind each block stands a guard; a block that was written beyond stays in use.
     void* allocate(std::size_t bytes) override {
         ++heapBlocks;
-        auto* const storage = static_cast<unsigned char*>(::operator new(blockHead + bytes + 1)) + blockHead;
-        std::memcpy(storage - blockHead, &bytes, sizeof bytes);
+        auto* const storage = static_cast<unsigned char*>(::operator new(bytes + 1));
         storage[bytes] = guard;
+        sizes_[storage] = bytes;
         return storage;
     }
     void release(void* storage) noexcept override {
-        std::size_t bytes = 0;
-        unsigned char* const block = static_cast<unsigned char*>(storage) - blockHead;
-        std::memcpy(&bytes, block, sizeof bytes);
-        heapBlocks -= block[blockHead + bytes] == guard;
-        ::operator delete(block);
+        heapBlocks -= static_cast<unsigned char*>(storage)[sizes_[storage]] == guard;
+        ::operator delete(storage);
     }
     void record(ExceptionNotes& notes) override {
         if (ScriptedHost::current != nullptr) { // There is none while the library is being loaded.
@@ -84,14 +80,14 @@ private:
         notes = {note, LightweightString<char>(), note};
     }
 
-    static constexpr std::size_t blockHead = 16;
     static constexpr unsigned char guard = 0xA5;
+    std::map<void*, std::size_t> sizes_;
 };
 
 } // namespace
 
 iOperatingSystem& OS() noexcept {
-    static ScriptedOperatingSystem system;
+    static ScriptedOperatingSystem& system = *new ScriptedOperatingSystem; // outlives all that it counts
     return system;
 }
 

@@ -33,7 +33,6 @@ TEST_F(FilteringSRCIteratorTest, OpensAndSkipsTheStartOnlyWhereTheByteIsZero) {
 }
 
 TEST(FilteringSRCIterator, IsOutermostBecauseNoLayerCanCopyIt) {
-    EXPECT_TRUE(Aud::Render::WrappableLayer<Tens>);
     EXPECT_FALSE(Aud::Render::WrappableLayer<Converter>);
 }
 

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <vector>
 
 namespace audlmd::test {
 
@@ -32,19 +31,8 @@ protected:
     }
     ~StageTest() override { ScriptedHost::current = nullptr; }
 
-    /// The next samples of a stage, which is stepped past them.
-    template <class Stage>
-    static std::vector<float> take(Stage& stage, std::size_t count) {
-        std::vector<float> samples;
-        for (; samples.size() < count; ++stage)
-            samples.push_back(*stage);
-        return samples;
-    }
-
     ScriptedHost host;
     Aud::Render::PerSourceRecord record;
 };
-
-using Samples = std::vector<float>;
 
 } // namespace audlmd::test

