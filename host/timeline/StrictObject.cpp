@@ -5,7 +5,6 @@
 #include "host/words/Text.hpp"
 
 #include <cmath>
-#include <limits>
 #include <stdexcept>
 
 namespace audlmd::timeline {
@@ -60,12 +59,8 @@ std::int64_t StrictObject::whole(const std::string& key, std::int64_t otherwise,
     const Json* found = find(key);
     if (found == nullptr)
         return otherwise;
-    // Integers above the signed range are stored without a sign, and would wrap when read with one.
-    const bool fits = found->is_number_integer() &&
-                      !(found->is_number_unsigned() &&
-                        found->get<std::uint64_t>() > std::numeric_limits<std::int64_t>::max()) &&
-                      found->get<std::int64_t>() >= lowest && found->get<std::int64_t>() <= highest;
-    if (!fits)
+    if (!found->is_number_integer() || found->get<std::int64_t>() < lowest ||
+        found->get<std::int64_t>() > highest)
         fail(key, "must be a whole number from " + std::to_string(lowest) + " to " + std::to_string(highest));
     return found->get<std::int64_t>();
 }

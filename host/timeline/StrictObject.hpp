@@ -30,7 +30,8 @@ public:
     bool flag(const std::string& key, bool otherwise);
     /// Refuses numbers outside `lowest` to `highest`.
     double number(const std::string& key, double otherwise, double lowest, double highest);
-    /// Refuses fractions, and numbers outside `lowest` to `highest`; 3.0 counts as a fraction.
+    /// Refuses fractions, and numbers outside `lowest` to `highest`; 3.0 counts as a fraction. Trap: a number
+    /// above the signed range counts as a negative one.
     std::int64_t whole(const std::string& key, std::int64_t otherwise, std::int64_t lowest,
                        std::int64_t highest);
     /// A number up to `highest`, or "-inf".

@@ -78,7 +78,6 @@ TEST(Mixer, SumsWithoutClippingAndReportsWhatTheOutputWillClip) {
     EXPECT_EQ(report.channels.front().peak, 40.0F);
     ASSERT_EQ(report.strips.size(), 2U);
     EXPECT_EQ(report.strips.back().overload.peak, 1.25F);
-    EXPECT_EQ(report.strips.back().overload.samples, 1U);
     EXPECT_EQ(report.strips.front().strip, 3U);
     EXPECT_EQ(report.strips.front().overload.samples, 1U);
     EXPECT_THAT(report.strips.front().overload.spans, ElementsAre(TimelineSpan{.from = 6, .to = 7}));
@@ -114,16 +113,11 @@ TEST(Mixer, RefusesBuffersThatDoNotFit) {
 }
 
 TEST(Mixer, ReportsWhatIsMissingAndPlaysTheRest) {
-    class Broken final : public SampleSource {
-    public:
-        std::int64_t length() const override { return 100; }
-        void read(std::int64_t, std::span<float>) override { throw std::runtime_error("bad sector"); }
-    };
     TestMedia media;
     media.add("there", {{0.5F}});
     media.add("wide", {{0.5F}, {0.5F}});
     const OpenMedia open = [there = media.opener()](const std::string& name) {
-        return name == "broken" ? Media{.channels = {std::make_shared<Broken>()}} : there(name);
+        return name == "broken" ? Media{.channels = {std::make_shared<BrokenSource>()}} : there(name);
     };
     TimelineStrip unroutable = stripOf("there", 0, 1);
     unroutable.routing = Routing{{{1.0F, 1.0F}}};

@@ -50,6 +50,12 @@ private:
     std::map<std::string, Media> media_;
 };
 
+class BrokenSource final : public SampleSource {
+public:
+    std::int64_t length() const override { return 9600; }
+    void read(std::int64_t, std::span<float>) override { throw std::runtime_error("bad sector"); }
+};
+
 /// A strip that plays all of a medium, or the first samples.
 inline TimelineStrip stripOf(const std::string& media, std::int64_t at, std::int64_t length) {
     TimelineStrip strip;

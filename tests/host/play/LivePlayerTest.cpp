@@ -184,12 +184,7 @@ TEST(LivePlayer, CallsOffAStartThatWaitsForADisk) {
 }
 
 TEST(LivePlayer, TellsWhatFailed) {
-    class Broken final : public SampleSource {
-    public:
-        std::int64_t length() const override { return 9600; }
-        void read(std::int64_t, std::span<float>) override { throw std::runtime_error("bad sector"); }
-    };
-    const Media broken{.channels = {std::make_shared<Broken>(), std::make_shared<Broken>()}};
+    const Media broken{.channels = {std::make_shared<BrokenSource>(), std::make_shared<BrokenSource>()}};
     LivePlayer player(broken, {}, options);
     const Device device(player);
     player.play();
@@ -200,7 +195,7 @@ TEST(LivePlayer, TellsWhatFailed) {
     EXPECT_EQ(player.underruns().lateEpisodes, 2U);
 
     // By then the mixer that does not wait has taken over.
-    Timeline timeline = timelineOf({stripOf("gone", 0, 9600), stripOf("broken", 150000, 9600)}, 2);
+    Timeline timeline = timelineOf({stripOf("broken", 150000, 9600), stripOf("gone", 150000, 9600)}, 2);
     timeline.length = 160000;
     const OpenMedia open = [&, none = TestMedia().opener()](const std::string& name) {
         return name == "broken" ? broken : none(name);
@@ -209,7 +204,7 @@ TEST(LivePlayer, TellsWhatFailed) {
     const Device second(mix);
     mix.play();
     EXPECT_TRUE(within(15s, [&] { return !mix.isPlaying(); }));
-    EXPECT_EQ(mix.report().strips.front().failure, "no medium 'gone'");
+    EXPECT_EQ(mix.report().strips.at(1).failure, "no medium 'gone'");
     EXPECT_EQ(mix.underruns().lateSamples, 19200U);
     EXPECT_EQ(mix.underruns().lateEpisodes, 2U);
 }

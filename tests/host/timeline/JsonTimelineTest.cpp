@@ -81,7 +81,7 @@ TEST(JsonTimeline, RefusesNamingStripAndKey) {
              {R"("at": "1.5")", "\"at\" must be"},
              {R"("at": "+1.5s")", "\"at\" must be"},
              {R"("at": "infs")", "\"at\" must be"},
-             {R"("at": 18446744073709551615)", "\"at\" must be"},
+             {R"("from": 18446744073709551615)", "\"from\" must be"},
              {R"("at": 1152921504606846977)", "at most 2^60 samples"},
              {R"("at": 1152921504606846976)", "\"length\" leads beyond 2^60"},
              {R"("media": "a.wav\u0000b")", "zero byte"},

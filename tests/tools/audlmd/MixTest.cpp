@@ -205,9 +205,8 @@ TEST_F(MixCommand, ReportsClippingAndKeepsTheTimeReference) {
     const std::string told = output("mix film.json -o mix.wav --from 50smp --report r.json");
     EXPECT_THAT(told, HasSubstr("clipped: channel 2: 100 samples, by up to 7.50 dB, first at 0:00:00.002"));
     const auto report = nlohmann::json::parse(readBytes(in("r.json")));
-    EXPECT_EQ(told.find("channel 1"), std::string::npos);
     EXPECT_EQ(report["channels"][0]["samples"], 0);
-    EXPECT_EQ(report["channels"][1]["first"], 100);
+    EXPECT_EQ(report["channels"][1].at("first"), 100);
     SF_INFO info{};
     SNDFILE* const file = sf_open(in("mix.wav").c_str(), SFM_READ, &info);
     SF_BROADCAST_INFO broadcast{};

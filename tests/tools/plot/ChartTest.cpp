@@ -1,10 +1,13 @@
 #include "tests/tools/plot/Drawing.hpp"
 #include "tools/plot/Figure.hpp"
+#include "tools/plot/Spectrogram.hpp"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <numbers>
 #include <stdexcept>
+#include <tuple>
 
 namespace audlmd::test {
 namespace {
@@ -37,11 +40,32 @@ TEST(Chart, IsDrawnAsItsPictureShows) {
     figure.chartWidth = 380.0;
     figure.chartHeight = 280.0;
     expectPicture("charts", [&] { drawFigure(figure, PictureKind::svg); });
-    EXPECT_TRUE(drawFigure(figure, PictureKind::svg).ends_with("</svg>\n"));
     // The picture's width and height.
     EXPECT_EQ(drawFigure(figure, PictureKind::png).substr(16, 8), std::string("\0\0\x05\xF0\0\0\x04\xD8", 8));
     figure.chartHeight = 9000.0;
     EXPECT_THROW(drawFigure(figure, PictureKind::png), std::runtime_error);
+}
+
+TEST(Spectrogram, HoldsTheMeanOfAColumnAndTheLargestOfARow) {
+    // A tone in the 24th of 64 bins, of which 16 are a row. It begins and ends in the middle of a part.
+    std::vector<float> signal(3072);
+    for (std::size_t n = signal.size() / 2; n < signal.size(); ++n)
+        signal[n] = 0.5F * static_cast<float>(std::sin(0.375 * std::numbers::pi * static_cast<double>(n)));
+    Spectrogram spectrogram(3072, 3072, 8, 4);
+    for (std::size_t n = 0; n < signal.size(); n += 96)
+        spectrogram.add(std::span(signal).subspan(n, 96));
+    const Chart chart = spectrogram.chart(-99.0);
+    ASSERT_EQ(chart.heatMap.value().values.size(), 32U);
+    for (std::size_t column = 0; column < 8; ++column)
+        for (std::size_t row = 0; row < 4; ++row) {
+            const float share = column == 4 ? 5.25F / 6.0F : column == 7 ? 6.25F / 7.0F : 1.0F;
+            const float level = chart.heatMap->values[4 * column + row];
+            if (column >= 4 && row == 1)
+                EXPECT_NEAR(level, 10.0F * std::log10(0.25F * share), 0.01) << column;
+            else
+                EXPECT_LT(level, column == 4 || column == 7 ? -30.0F : -120.0F) << column << ", " << row;
+        }
+    EXPECT_EQ(std::tuple(chart.x.to, chart.y.to, chart.heatMap->scale.from), std::tuple(1.0, 1.536, -99.0));
 }
 
 } // namespace
