@@ -2,11 +2,16 @@
 # Builds the fuzz targets as OSS-Fuzz asks: $SRC/audlmd holds this tree; $CXX, $CXXFLAGS and $LIB_FUZZING_ENGINE say how to
 # build; targets, seeds and dictionaries go to $OUT, and with them the shared libraries that the machine of the fuzzer may
 # not have.
+# What scripts/setup installs in the groups build and check must be there. The libraries come from Debian, and so does their
+# C++ library: libc++ would be a second one.
 cd "$SRC/audlmd"
+CXXFLAGS=${CXXFLAGS/-stdlib=libc++/}
+# So that libraries of libraries are found beside them.
+export LDFLAGS=-Wl,--disable-new-dtags
 build=${WORK:-/tmp}/audlmd
 cmake -S . -B "$build" -G Ninja -DCMAKE_CXX_COMPILER="$CXX" -DCMAKE_CXX_FLAGS="$CXXFLAGS" -DCMAKE_BUILD_TYPE=None \
     -DAUDLMD_SANITIZED=ON -DAUDLMD_FUZZ=ON -DAUDLMD_FUZZING_ENGINE="$LIB_FUZZING_ENGINE" \
-    -DCMAKE_BUILD_RPATH='$ORIGIN/lib' -DCMAKE_BUILD_WITH_INSTALL_RPATH=ON -DCMAKE_INSTALL_RPATH='$ORIGIN/lib'
+    -DCMAKE_BUILD_WITH_INSTALL_RPATH=ON -DCMAKE_INSTALL_RPATH='$ORIGIN/lib'
 cmake --build "$build" --target audlmd_fuzz
 
 mkdir -p "$OUT/lib"
