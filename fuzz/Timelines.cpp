@@ -1,4 +1,5 @@
 #include "fuzz/Fuzzing.hpp"
+#include "fuzz/SameTimeline.hpp"
 #include "host/mix/OpenStrip.hpp"
 #include "host/timeline/List.hpp"
 #include "host/timeline/TimelineError.hpp"
@@ -37,21 +38,15 @@ ReadOptions options() {
     return how;
 }
 
-std::string withoutNotes(Timeline timeline) {
-    timeline.notes.clear();
-    return writeJson(timeline);
-}
-
 /// Notes may change at the first writing: equal ones become one, and reading finds those of the media once
 /// more.
 void requireRoundTrip(const Timeline& read) {
-    const std::string written = writeJson(read);
-    const Timeline again = readTimeline(written, options());
-    require(withoutNotes(again) == withoutNotes(read),
-            "what is written reads to the same timeline:\n" + written);
-    const std::string writtenAgain = writeJson(again);
-    require(writeJson(readTimeline(writtenAgain, options())) == writtenAgain,
-            "notes stay as they are from the second writing on:\n" + writtenAgain);
+    const std::string text = writeJson(read);
+    const Timeline again = readTimeline(text, options());
+    require(areSame(read, again), "what is written reads to the same timeline:\n" + text);
+    const std::string textAgain = writeJson(again);
+    require(writeJson(readTimeline(textAgain, options())) == textAgain,
+            "notes stay as they are from the second writing on:\n" + textAgain);
 }
 
 void requireList(const Timeline& read) {

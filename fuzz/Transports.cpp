@@ -4,6 +4,7 @@
 #include "tests/host/play/LiveDeck.hpp"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 namespace audlmd::fuzz {
@@ -44,6 +45,9 @@ public:
     void pull(std::size_t frames, bool renders) {
         const LiveOrder& order = transport_.order();
         require(order.generation >= deck_.order.generation, "orders are numbered upwards");
+        for (const std::optional<RangeSample>& place : {order.startAt, order.stopAt})
+            require(!place || (*place >= 0 && *place <= RangeSample() + end_),
+                    "orders stay inside the sound");
         if (order.generation != deck_.order.generation) {
             if (order.startAt)
                 deck_.output.startAt(*order.startAt, order.generation);
