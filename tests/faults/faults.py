@@ -139,6 +139,8 @@ def attempt(words, outputs, wholes, fault):
         if "t.json" in words and kind == "allocate" and action.endswith("+"):
             killed = signal.SIGABRT
         wrong = verdict(outcome, contents(folder), outputs, wholes, killed)
+        if kind == "thread" and outcome.returncode == 1 and "a thread cannot be started" not in outcome.stderr:
+            wrong = wrong or outcome.stderr
         return fault, wrong, {-killed: "ended by a signal", 0: "succeeded"}.get(outcome.returncode, "refused")
 
 
@@ -172,7 +174,8 @@ def full_disk(words, outputs, wholes, size):
 
 
 def full_disks():
-    for words, outputs in (JOBS["render"], JOBS["convert"], JOBS["plot"]):
+    others = [(f"render a.wav -o out.{kind}", [f"out.{kind}"]) for kind in ("aiff", "raw")]
+    for words, outputs in (JOBS["render"], JOBS["convert"], JOBS["plot"], *others):
         with tempfile.TemporaryDirectory() as name:
             folder = pathlib.Path(name)
             fill(folder)

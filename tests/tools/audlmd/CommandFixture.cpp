@@ -3,9 +3,7 @@
 #include <sndfile.hh>
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
-#include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
 #include <fstream>
@@ -14,23 +12,10 @@
 #include <random>
 #include <sstream>
 #include <stdexcept>
-#include <sys/resource.h>
 #include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
 
 namespace audlmd::test {
-
-namespace {
-
-/// By the names alone: such a file grows, and may be long. Names of temporary files begin with a dot.
-bool hasTemporaryFile(const Path& folder) {
-    return std::ranges::any_of(std::filesystem::directory_iterator(folder), [](const auto& entry) {
-        return entry.path().filename().string().starts_with(".");
-    });
-}
-
-} // namespace
 
 CommandFixture::CommandFixture() {
     std::string name = (std::filesystem::temp_directory_path() / "audlmd-test-XXXXXX").string();
@@ -50,7 +35,7 @@ std::map<std::string, std::string> CommandFixture::files() const {
     return found;
 }
 
-Outcome CommandFixture::run(const std::string& line, const Surroundings& surroundings) const {
+Outcome CommandFixture::run(const std::string& line) const {
     std::istringstream stream("audlmd " + line);
     std::vector<std::string> words{std::istream_iterator<std::string>(stream), {}};
     std::vector<char*> argv;
@@ -64,24 +49,8 @@ Outcome CommandFixture::run(const std::string& line, const Surroundings& surroun
         dup2(open(output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDOUT_FILENO);
         dup2(open(errors.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDERR_FILENO);
         std::filesystem::current_path(folder_ / "files");
-        const auto limit = [](__rlimit_resource resource, std::size_t most) {
-            const rlimit both{most, most};
-            if (most != 0)
-                setrlimit(resource, &both);
-        };
-        limit(RLIMIT_FSIZE, surroundings.fileSizeLimit);
-        limit(RLIMIT_AS, surroundings.memoryLimit);
         execv(AUDLMD_COMMAND, argv.data());
         _exit(127);
-    }
-    if (surroundings.signal != 0) {
-        // A command that ends before it has a temporary file is a zombie until the wait below.
-        siginfo_t ended{};
-        while (!hasTemporaryFile(folder_ / "files") &&
-               waitid(P_PID, static_cast<id_t>(process), &ended, WEXITED | WNOHANG | WNOWAIT) == 0 &&
-               ended.si_pid == 0)
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        kill(process, surroundings.signal);
     }
     int status = 0;
     waitpid(process, &status, 0);
@@ -96,10 +65,9 @@ std::string CommandFixture::output(const std::string& line) const {
     return outcome.output;
 }
 
-void CommandFixture::expectRefused(const std::string& line, const std::string& part,
-                                   const Surroundings& surroundings) const {
+void CommandFixture::expectRefused(const std::string& line, const std::string& part) const {
     const auto before = files();
-    const Outcome outcome = run(line, surroundings);
+    const Outcome outcome = run(line);
     EXPECT_GT(outcome.status, 0) << line;
     EXPECT_TRUE(outcome.errors.starts_with("audlmd: ")) << outcome.errors;
     EXPECT_NE(outcome.errors.find(part), std::string::npos) << outcome.errors << "has no " << part;

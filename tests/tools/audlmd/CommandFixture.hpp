@@ -21,16 +21,6 @@ struct Outcome {
     std::string errors;
 };
 
-/// Unusual conditions of a run.
-struct Surroundings {
-    /// The most bytes that a file can have, as on a full disk. 0: no limit.
-    std::size_t fileSizeLimit = 0;
-    /// The most bytes of memory, stacks of threads included. 0: no limit.
-    std::size_t memoryLimit = 0;
-    /// Sent to the command as soon as there is a temporary file. 0: none.
-    int signal = 0;
-};
-
 /// Runs the command in a folder that each test has for itself.
 class CommandFixture : public testing::Test {
 protected:
@@ -42,13 +32,12 @@ protected:
     std::map<std::string, std::string> files() const;
 
     /// Runs `audlmd` in the folder with the words of `line`, and waits for its end.
-    Outcome run(const std::string& line, const Surroundings& surroundings = {}) const;
+    Outcome run(const std::string& line) const;
     /// Runs `audlmd`, expects exit status 0 and nothing on standard error, and returns standard output.
     std::string output(const std::string& line) const;
     /// Runs `audlmd`, and expects a failure: one line of error that contains `part`, no output, and all files
     /// unchanged.
-    void expectRefused(const std::string& line, const std::string& part,
-                       const Surroundings& surroundings = {}) const;
+    void expectRefused(const std::string& line, const std::string& part) const;
 
 private:
     Path folder_;

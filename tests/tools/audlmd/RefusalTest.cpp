@@ -3,7 +3,6 @@
 #include "tests/tools/audlmd/CommandFixture.hpp"
 
 #include <algorithm>
-#include <csignal>
 
 namespace audlmd::test {
 namespace {
@@ -100,12 +99,6 @@ TEST_F(Refusals, OfOutputThatCannotBeWritten) {
                                             {"circle.wav", "cannot write 'circle.wav': "},
                                             {"out.wav/out.wav", "cannot write 'out.wav/out.wav'"}})
         expectRefused("render a.wav -o " + name, part);
-    for (const std::string name : {"out.wav", "new.flac", "new.aiff", "new.raw"}) {
-        output("render a.wav -o whole-" + name);
-        const std::size_t size = std::filesystem::file_size(in("whole-" + name));
-        for (const std::size_t limit : {std::size_t{1000}, size - 1})
-            expectRefused("render a.wav -o " + name, "cannot write '" + name, {.fileSizeLimit = limit});
-    }
 }
 
 TEST_F(Refusals, OfOutputsThatAreInputsOrEachOther) {
@@ -120,15 +113,6 @@ TEST_F(Refusals, OfOutputsThatAreInputsOrEachOther) {
           "mix film.json -o x.wav --report film.json", "mix film.json -o x.wav --report ./x.wav",
           "mix film.json -o dangling.wav --picture new.svg"})
         expectRefused(line, "name another");
-}
-
-TEST_F(Refusals, ToRunWithoutThreads) {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    GTEST_SKIP() << "the sanitizers take more memory than the limit";
-#endif
-    writeSound(in("many.wav"), noise(64, 100));
-    expectRefused("render many.wav -o out.wav --threads 64", "a thread cannot be started",
-                  {.memoryLimit = std::size_t{400} << 20});
 }
 
 TEST_F(Refusals, OfMixesThatDoNotFit) {
@@ -150,16 +134,6 @@ TEST_F(Refusals, OfMixesThatDoNotFit) {
                  {"none.wav", "none.wav"}})
         expectRefused("render a.wav -o out.wav --mix-into " + existing, part);
     expectRefused("render a.wav -o b.wav --mix-into b.wav", "never changed");
-}
-
-TEST_F(Refusals, ToGoOnAfterASignalLeaveNothingBehind) {
-    writeSound(in("long.wav"), noise(1, 480000));
-    const auto before = files();
-    for (const int signal : {SIGINT, SIGTERM}) {
-        const std::string line = "render long.wav -o out.wav --speed 0.001 --converter linear --format u8";
-        EXPECT_EQ(run(line, {.signal = signal}).status, -signal);
-        EXPECT_TRUE(files() == before);
-    }
 }
 
 } // namespace
