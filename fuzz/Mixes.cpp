@@ -56,15 +56,22 @@ Timeline drawTimeline(FuzzedDataProvider& data) {
     return timeline;
 }
 
-/// From sample -200 on, in stretches of `stretch` samples. Nothing where a mode is not in this program.
+/// How the samples from -200 on are rendered: in stretches of so many, from the first to the last or back.
+struct Order {
+    std::size_t stretch;
+    bool backwards;
+};
+
 Channels mix(const Timeline& timeline, const OpenMedia& open, const MixerOptions& options,
-             std::size_t stretch) {
+             const Order& order) {
     Mixer mixer(timeline, open, options);
     Channels mixed(timeline.channels, std::vector<float>(mixLength));
-    for (std::size_t from = 0; from < mixLength; from += stretch) {
+    const std::size_t count = (mixLength + order.stretch - 1) / order.stretch;
+    for (std::size_t number = 0; number < count; ++number) {
+        const std::size_t from = order.stretch * (order.backwards ? count - 1 - number : number);
         std::vector<std::span<float>> buffers;
         for (std::vector<float>& channel : mixed)
-            buffers.push_back(std::span(channel).subspan(from, std::min(stretch, mixLength - from)));
+            buffers.push_back(std::span(channel).subspan(from, std::min(order.stretch, mixLength - from)));
         mixer.render(static_cast<std::int64_t>(from) - 200, buffers);
     }
     return mixed;
@@ -80,14 +87,15 @@ void mixTwice(FuzzedDataProvider& data) {
         return name == "mono" ? mono : name == "stereo" ? stereo : throw std::runtime_error("not there");
     };
     const std::size_t block = data.ConsumeIntegralInRange<std::size_t>(1, 300);
-    const std::size_t stretch = data.ConsumeIntegralInRange<std::size_t>(1, mixLength);
+    const Order order{.stretch = data.ConsumeIntegralInRange<std::size_t>(50, mixLength),
+                      .backwards = data.ConsumeBool()};
     const Timeline timeline = drawTimeline(data);
-    const Channels whole = mix(timeline, open, {.threads = 1}, mixLength);
-    const Channels parts = mix(timeline, open, {.threads = 2, .block = block, .openAhead = 0.005}, stretch);
+    const Channels whole = mix(timeline, open, {.threads = 1}, {mixLength, false});
+    const Channels parts = mix(timeline, open, {.threads = 2, .block = block, .openAhead = 0.005}, order);
     for (std::size_t channel = 0; channel < whole.size(); ++channel) {
         requireFinite(whole[channel]);
         require(std::memcmp(whole[channel].data(), parts[channel].data(), mixLength * sizeof(float)) == 0,
-                "blocks and stretches change no byte");
+                "blocks, stretches and their order change no byte");
     }
 }
 
