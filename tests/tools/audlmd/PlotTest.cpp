@@ -16,15 +16,15 @@ class Plot : public CommandFixture {};
 
 TEST_F(Plot, DrawsEveryKindAsItsPictureShows) {
     writeBytes(in("ride.csv"), "0,-20\n2,0\n3,-inf\n");
-    for (const auto& [kind, options] : std::map<std::string, std::string>{
+    for (const auto& row : std::map<std::string, std::string>{
              {"curves", ""},
              {"envelope", " --fade-in 1s:power --fade-out 2:log --duration 5s --gain -3"},
              {"automation", " --automation-reverse " + in("ride.csv").string()},
              {"eq", " peak:1k:+3:0.7 highpass:30 --rate 44100"}})
-        expectPicture(kind, [&] {
+        expectPicture(row.first, [&] {
             CLI::App app;
             command::addPlotCommand(app);
-            app.parse("plot " + kind + options + " -o " + in("a.svg").string());
+            app.parse("plot " + row.first + row.second + " -o " + in("a.svg").string());
         });
     writeSound(in("a.wav"), {std::vector<float>(4800), noise(1, 4800)[0]});
     const plot::Figure figure = command::spectrogramFigure(in("a.wav"), 2, -120.0, [](auto...) {});

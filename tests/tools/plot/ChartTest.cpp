@@ -33,15 +33,15 @@ TEST(Chart, IsDrawnAsItsPictureShows) {
     // From foot to head, one column after the other.
     heat.heatMap = HeatMap{2, 3, {-40.0F, 5.0F, -35.0F, NAN, -20.0F, -1.0F}, {"dB", -40.0, 0.0}};
     Figure figure;
-    figure.title = "T\xFFtle";
+    figure.title = "\xFFT\x7F\xE0\xA4\x95 \xED\xA0\x80 \xEF\xBF\xBE \xC1\xBF \xF0\x9F\x8E\xB5 \xE2\x82";
     figure.subtitle = "what it was made from" + std::string(100, 'x');
     figure.charts = {chart, heat, {}};
     figure.columns = 2;
-    figure.chartWidth = 380.0;
+    figure.chartWidth = 460.0;
     figure.chartHeight = 280.0;
     expectPicture("charts", [&] { drawFigure(figure, PictureKind::svg); });
     // The picture's width and height.
-    EXPECT_EQ(drawFigure(figure, PictureKind::png).substr(16, 8), std::string("\0\0\x05\xF0\0\0\x04\xD8", 8));
+    EXPECT_EQ(drawFigure(figure, PictureKind::png).substr(16, 8), std::string("\0\0\x07\x30\0\0\x04\xD8", 8));
     figure.chartHeight = 9000.0;
     EXPECT_THROW(drawFigure(figure, PictureKind::png), std::runtime_error);
 }

@@ -51,7 +51,8 @@ void cairo_show_text(cairo_t* context, const char* text) {
         return REAL(cairo_show_text)(context, text);
     cairo_text_extents_t size{};
     cairo_text_extents(context, text, &size);
-    double x = 0.0, y = 0.0;
+    double x = 0.0;
+    double y = 0.0;
     cairo_get_current_point(context, &x, &y);
     cairo_new_path(context);
     cairo_rectangle(context, x, y, size.x_advance, -size.height);
@@ -66,7 +67,7 @@ void audlmd::test::expectPicture(const std::string& name, const std::function<vo
     draw();
     cairo_device_destroy(script);
     script = nullptr;
-    const std::string path = AUDLMD_PICTURES "/" + name + ".cs";
+    const std::string path = AUDLMD_PICTURES "/" + name + ".cairo";
     if (std::getenv("AUDLMD_REDRAW") != nullptr)
         std::ofstream(path) << found;
     std::ifstream file(path);
