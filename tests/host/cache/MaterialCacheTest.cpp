@@ -56,6 +56,10 @@ TEST(MaterialCache, ServesWhoWaitsFirstAndOthersWhileAResourceIsBusy) {
     EXPECT_EQ(read(cache, 15, 5, {.channel = 1}), expectedRead(20, 15, 5));
     held.unlock();
     EXPECT_THAT(busy->awaitReads(11), ElementsAre(0, 500, 30, 40, 50, 60, 510, 520, 530, 10, 20));
+    held.lock();
+    read(cache, 900, 0);
+    busy->awaitReads(12);
+    cache.remove(cookieOf(0)); // while it is read
 }
 
 TEST(MaterialCache, FillsItsBudgetAndLoadsEachSegmentOnce) {

@@ -61,8 +61,7 @@ void expectNoDifference(const std::vector<unsigned int>& codes, std::size_t outp
 /// Lets every host operation of a short case fail in turn, in output types that change from code to code.
 void expectNoDifferenceWhateverFails(const std::vector<unsigned int>& codes);
 
-/// The codes of one mode in 25 by the output type for which the first call registers them: each for two of a
-/// kind, the plain type and the sum, so that the code at every seventh place of all is in one list.
+/// One mode in 25, by output type: the first call registers every seventh of them for a format and its sum.
 const std::vector<std::vector<unsigned int>>& sampleOfModes();
 
 } // namespace audlmd::test
