@@ -218,12 +218,11 @@ TEST(OtioReader, CrossesFadesOverATransition) {
 
 TEST(OtioReader, TrimsNestedCompositions) {
     // Of two clips nothing is left.
-    const Json inner = track({clip("a", 100, 50), transition(4, 4), clip("b", 200, 50), clip("none", 0, 0),
+    const Json inner = track({clip("a", 100, 50), transition(4, 4), clip("b", 200, 50),
                               clip("beyond", 0, 5, {{"effects", {warp(1e8)}}})},
                              {{"source_range", range(48, 30)}});
-    const Json stack = composition("Stack.1", {inner, clip("c", 300, 20), clip("none", 0, 0)},
-                                   {{"source_range", range(1, 25)}});
-    const std::vector<TimelineStrip> strips = stripsOf({gap(10), stack, clip("d", 0, 5)});
+    const Json stack = composition("Stack.1", {inner, clip("c", 300, 20)}, {{"source_range", range(1, 25)}});
+    const std::vector<TimelineStrip> strips = stripsOf({gap(10), stack, clip("none", 0, 0), clip("d", 0, 5)});
     ASSERT_EQ(strips.size(), 4U);
     const auto named = [&](const std::string& name) {
         return *std::find_if(strips.begin(), strips.end(), [&](const auto& s) { return s.name == name; });
