@@ -46,26 +46,16 @@ struct Fault {
     char action[16] = "";
     char path[512] = "";
     char other[512] = "";
-};
-
+} fault;
 std::array<std::atomic<long>, kinds> calls;
 
-const Fault& fault() {
-    static const Fault read = [] {
-        Fault made;
-        char kind[16] = "";
-        const char* text = std::getenv("AUDLMD_FAULT");
-        if (text == nullptr)
-            return made;
-        if (std::sscanf(text, "%15s %ld %15s %511s %511s", kind, &made.call, made.action, made.path,
-                        made.other) < 3)
-            std::abort();
-        made.kind = static_cast<int>(
-            std::ranges::find_if(names, [&](auto name) { return std::strcmp(name, kind) == 0; }) -
-            names.begin());
-        return made;
-    }();
-    return read;
+void readFault(const char* text) {
+    char kind[16] = "";
+    if (std::sscanf(text, "%15s %ld %15s %511s %511s", kind, &fault.call, fault.action, fault.path,
+                    fault.other) < 3)
+        std::abort();
+    const auto isNamed = [&](const char* name) { return std::strcmp(name, kind) == 0; };
+    fault.kind = static_cast<int>(std::ranges::find_if(names, isNamed) - names.begin());
 }
 
 using Main = int(int, char**, char**);
@@ -89,7 +79,8 @@ int findAllocator(dl_phdr_info* library, std::size_t, void*) {
 }
 
 int countedMain(int argc, char** argv, char** environment) {
-    fault(); // read while there is one thread, and before anything counts
+    if (const char* text = std::getenv("AUDLMD_FAULT"))
+        readFault(text);
     dl_iterate_phdr(&findAllocator, nullptr);
     mainHasBegun = true;
     return programMain(argc, argv, environment);
@@ -104,16 +95,15 @@ Function* real(Function*, const char* name) {
 
 /// What the world does beside the call.
 void disturb() {
-    const Fault& now = fault();
-    const auto is = [&](const char* action) { return std::strcmp(now.action, action) == 0; };
+    const auto is = [](const char* action) { return std::strcmp(fault.action, action) == 0; };
     if (is("signal"))
-        kill(getpid(), std::atoi(now.path));
-    else if (is("truncate") && truncate(now.path, 1000) != 0)
+        kill(getpid(), std::atoi(fault.path));
+    else if (is("truncate") && truncate(fault.path, 1000) != 0)
         std::abort();
-    else if (is("replace") && REAL(rename)(now.other, now.path) != 0)
+    else if (is("replace") && REAL(rename)(fault.other, fault.path) != 0)
         std::abort();
     else if (is("grow")) {
-        const int file = REAL(open)(now.path, O_WRONLY | O_APPEND);
+        const int file = REAL(open)(fault.path, O_WRONLY | O_APPEND);
         static constexpr std::array<char, 1000> more{};
         if (REAL(write)(file, more.data(), more.size()) != 1000 || REAL(close)(file) != 0)
             std::abort();
@@ -124,12 +114,11 @@ void disturb() {
 bool fails(Kind kind) {
     if (!mainHasBegun)
         return false;
-    const Fault& now = fault();
     const long call = ++calls[kind];
-    const bool lasting = std::strchr(now.action, '+') != nullptr;
-    if (now.kind != kind || (lasting ? call < now.call : call != now.call))
+    const bool lasting = std::strchr(fault.action, '+') != nullptr;
+    if (fault.kind != kind || (lasting ? call < fault.call : call != fault.call))
         return false;
-    if (const int error = std::atoi(now.action); error != 0) {
+    if (const int error = std::atoi(fault.action); error != 0) {
         errno = error;
         return true;
     }
@@ -144,8 +133,8 @@ bool failsToAllocate(const void* caller) {
 
 /// Of a call that has just been counted.
 std::size_t shortened(Kind kind, std::size_t bytes) {
-    const bool here = mainHasBegun && fault().kind == kind && calls[kind] == fault().call &&
-                      std::strcmp(fault().action, "short") == 0;
+    const bool here = mainHasBegun && fault.kind == kind && calls[kind] == fault.call &&
+                      std::strcmp(fault.action, "short") == 0;
     return here && bytes > 1 ? bytes / 2 : bytes;
 }
 
@@ -170,9 +159,6 @@ int __libc_start_main(Main* main, int argc, char** argv, void (*init)(), void (*
 }
 ssize_t read(int file, void* bytes, std::size_t count) {
     return fails(reading) ? -1 : REAL(read)(file, bytes, shortened(reading, count));
-}
-ssize_t pread(int file, void* bytes, std::size_t count, off_t at) {
-    return fails(reading) ? -1 : REAL(pread)(file, bytes, shortened(reading, count), at);
 }
 ssize_t write(int file, const void* bytes, std::size_t count) {
     return fails(writing) ? -1 : REAL(write)(file, bytes, shortened(writing, count));
@@ -223,10 +209,6 @@ void* realloc(void* block, std::size_t bytes) noexcept {
 }
 void* aligned_alloc(std::size_t alignment, std::size_t bytes) noexcept {
     return failsToAllocate(__builtin_return_address(0)) ? nullptr : __libc_memalign(alignment, bytes);
-}
-int posix_memalign(void** block, std::size_t alignment, std::size_t bytes) noexcept {
-    *block = aligned_alloc(alignment, bytes);
-    return *block != nullptr ? 0 : ENOMEM;
 }
 
 } // extern "C"

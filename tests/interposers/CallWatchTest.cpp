@@ -7,7 +7,6 @@
 #include <cstdlib>
 #include <functional>
 #include <mutex>
-#include <new>
 #include <thread>
 #include <unistd.h>
 
@@ -36,12 +35,6 @@ TEST(CallWatch, CountsWhatItsThreadAsksFor) {
         {"calloc", [] { std::free(kept(std::calloc(10, 10))); }, {.allocator = 2}},
         {"aligned_alloc", [] { std::free(kept(std::aligned_alloc(64, 128))); }, {.allocator = 2}},
         {"operator new", [] { ::operator delete(kept(::operator new(100))); }, {.allocator = 2}},
-        {"aligned operator new",
-         [] {
-             constexpr std::align_val_t alignment{64};
-             ::operator delete(kept(::operator new(100, alignment)), alignment);
-         },
-         {.allocator = 2}},
         {"a lock", [&] { const std::lock_guard lock(mutex); }, {.locks = 1}},
         {"a system call", [] { getppid(); }, {.system = 1}},
     };
