@@ -136,7 +136,7 @@ def attempt(words, outputs, wholes, fault):
             return fault, "hangs", "hung"
         killed = int(more[0]) if action == "signal" else 0
         # The destructor of a JSON value needs memory.
-        if "t.json" in words and kind == "allocate" and action.endswith("+"):
+        if "t.json" in words and kind == "allocate" and action.startswith(str(errno.ENOMEM)):
             killed = signal.SIGABRT
         wrong = verdict(outcome, contents(folder), outputs, wholes, killed)
         if kind == "thread" and outcome.returncode == 1 and "a thread cannot be started" not in outcome.stderr:
