@@ -6,7 +6,9 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <string>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace audlmd::test {
 namespace {
@@ -14,7 +16,7 @@ namespace {
 using testing::HasSubstr;
 
 TEST(Configuration, PrefersTheEnvironmentToTheFileToTheDefault) {
-    const auto path = std::filesystem::path(testing::TempDir()) / "audlmd-test.conf";
+    const auto path = std::filesystem::path(testing::TempDir()) / (std::to_string(getpid()) + "-test.conf");
     std::ofstream(path) << "# numbers\n\n Speed.Limit = 2.5 # fast\nSpeed.Limit=3\n"
                            "no setting\nBroken = 4,5\nHuge = inf\n";
     testing::internal::CaptureStderr();
@@ -36,9 +38,10 @@ TEST(Configuration, PrefersTheEnvironmentToTheFileToTheDefault) {
     const std::string reported = testing::internal::GetCapturedStderr();
     EXPECT_EQ(std::count(reported.begin(), reported.end(), '\n'), 5) << reported;
     for (const char* part :
-         {"audlmd-test.conf:5: ", "audlmd-test.conf: not a regular file",
-          "environment variable AUDLMD_Speed_Limit: 'fast'", "audlmd-test.conf:6: Broken: '4,5'"})
+         {"-test.conf:5: ", "-test.conf: not a regular file",
+          "environment variable AUDLMD_Speed_Limit: 'fast'", "-test.conf:6: Broken: '4,5'"})
         EXPECT_THAT(reported, HasSubstr(part));
+    EXPECT_EQ(Configuration::environmentName("/09:@AZ[`az{"), "AUDLMD__09__AZ__az_");
 }
 
 } // namespace
