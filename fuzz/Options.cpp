@@ -27,7 +27,7 @@ std::vector<std::string> wordsIn(std::string_view text) {
 void requirePlan(const command::StripOptions& options, std::int64_t frames, int sampleRate) {
     try {
         const StripPlan plan(
-            options.settingsFor({.path = "in.wav", .frames = frames, .sampleRate = sampleRate}));
+            options.settingsFor({.path = "in.wav", .frames = frames, .sampleRate = sampleRate}).settings);
         require(plan.outputLength > 0, "a strip has samples");
     } catch (const command::CommandError& error) {
         requireOneLine(error.what());

@@ -23,6 +23,23 @@ double requireNumber(std::string_view text) {
     throw std::invalid_argument(quoted(text) + " is not a number");
 }
 
+std::string_view withoutUnit(std::string_view text, std::string_view unit) {
+    if (text.size() <= unit.size() ||
+        lowered(std::string(text.substr(text.size() - unit.size()))) != lowered(std::string(unit)))
+        return text;
+    const std::string_view number = trimmed(text.substr(0, text.size() - unit.size()));
+    const auto isDigit = [](char c) { return (c >= '0' && c <= '9') || c == '.'; };
+    return !number.empty() && isDigit(number.back()) ? number : text;
+}
+
+double requireHertz(std::string_view text) {
+    // "kHz" ends with "Hz", too.
+    for (const std::string_view thousands : {"khz", "k"})
+        if (const std::string_view number = withoutUnit(text, thousands); number != text)
+            return 1000.0 * requireNumber(number);
+    return requireNumber(withoutUnit(text, "hz"));
+}
+
 std::string numberText(double number) {
     std::array<char, 32> text{};
     const auto [end, error] =

@@ -15,6 +15,14 @@ std::optional<double> numberIn(std::string_view text);
 /// The same, or std::invalid_argument, which says that the text is not a number.
 double requireNumber(std::string_view text);
 
+/// The text without a unit at its end and blanks before the unit, if the unit is there and a digit before it.
+/// The unit's letters may be capital or small.
+std::string_view withoutUnit(std::string_view text, std::string_view unit);
+
+/// Hertz: "1000", "1k", "44.1k", "1 kHz" or "1000Hz". Throws std::invalid_argument, which says that the text
+/// is not a number.
+double requireHertz(std::string_view text);
+
 /// The whole text as a whole number without a plus sign. Nothing for anything else, and for a number that the
 /// type cannot hold.
 template <class Integer>

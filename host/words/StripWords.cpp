@@ -24,17 +24,10 @@ std::vector<std::string_view> split(std::string_view text, char separator) {
     return parts;
 }
 
-/// In hertz; "1.5k" is 1500.
-double requireFrequency(std::string_view text) {
-    if (!text.ends_with('k'))
-        return requireNumber(text);
-    return 1000.0 * requireNumber(text.substr(0, text.size() - 1));
-}
-
 } // namespace
 
 float levelIn(std::string_view text) {
-    const double decibels = requireNumber(text);
+    const double decibels = requireNumber(withoutUnit(text, "dB"));
     if (!(decibels <= faderTopDecibels))
         throw std::invalid_argument(quoted(text) +
                                     " is not a level of at most +10 dB; write -inf for silence");
@@ -55,9 +48,9 @@ EqualiserBand bandIn(std::string_view text) {
         const std::string form = std::string(parts[0]) + ":frequency" + (hasGain(*kind) ? ":gain" : "");
         throw std::invalid_argument(quoted(text) + " should be " + form + " or " + form + ":q");
     }
-    band.frequency = requireFrequency(parts[1]);
+    band.frequency = requireHertz(parts[1]);
     if (hasGain(*kind))
-        band.gainDb = requireNumber(parts[2]);
+        band.gainDb = requireNumber(withoutUnit(parts[2], "dB"));
     if (parts.size() > required)
         band.q = requireNumber(parts[required]);
     return band;

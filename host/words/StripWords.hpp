@@ -48,15 +48,15 @@ std::optional<Value> valueOf(const Words<Value, count>& words, std::string_view 
     return std::nullopt;
 }
 
-/// Reads decibels, at most +10, or "-inf" for silence. Returns the u-value of the mixer-style curve. Use this
-/// for levels, not for the gain of an equaliser band, which is a plain number of decibels. Throws
-/// std::invalid_argument, which says what is wrong with the text.
+/// Reads decibels (-3 or -3dB), at most +10, or "-inf" for silence. Returns the u-value of the mixer-style
+/// curve. Use this for levels, not for the gain of an equaliser band, which is a plain number of decibels.
+/// Throws std::invalid_argument, which says what is wrong with the text.
 float levelIn(std::string_view text);
 
 /// Reads `kind:frequency[:gain][:q]`: peak, lowshelf and highshelf with a gain, highpass and lowpass without.
-/// A frequency may be written as 1.5k. The equaliser checks the ranges of the numbers. Frequencies are in
-/// hertz, gains in decibels; q is 1/sqrt(2) where it is left out. Throws std::invalid_argument, which says
-/// what is wrong with the text.
+/// A frequency may be written as 1.5k, see requireHertz(), a gain as 3dB. The equaliser checks the ranges of
+/// the numbers. Frequencies are in hertz, gains in decibels; q is 1/sqrt(2) where it is left out. Throws
+/// std::invalid_argument, which says what is wrong with the text.
 EqualiserBand bandIn(std::string_view text);
 
 /// A band in the form that bandIn() reads, with its q.

@@ -2,6 +2,7 @@
 
 #include "host/words/Numbers.hpp"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdio>
@@ -48,6 +49,63 @@ std::optional<double> timecodeSeconds(std::string_view text) {
     return larger + *seconds;
 }
 
+/// Frames per second, as a whole number times 1000 / 1001 or as the whole number.
+struct FrameRate {
+    std::int64_t nominal = 0;
+    bool slowed = false;
+};
+
+/// 23.976, 23.98, 29.97 and the like are a thousandth below a whole number.
+std::optional<FrameRate> frameRateIn(std::string_view text) {
+    constexpr std::int64_t mostFrames = 1000;
+    FrameRate rate;
+    if (takeSuffix(text, "/1001")) {
+        const std::optional<std::int64_t> thousandths = plainWhole(text);
+        if (!thousandths || *thousandths % 1000 != 0)
+            return std::nullopt;
+        rate = {*thousandths / 1000, true};
+    } else {
+        const std::optional<double> number = plainNumber(text);
+        if (!number || !(*number <= static_cast<double>(mostFrames)))
+            return std::nullopt;
+        rate.slowed = *number != std::round(*number);
+        rate.nominal = std::llround(*number);
+        if (rate.slowed && std::abs(*number * 1.001 - static_cast<double>(rate.nominal)) > 0.01)
+            return std::nullopt;
+    }
+    return rate.nominal >= 1 && rate.nominal <= mostFrames ? std::optional(rate) : std::nullopt;
+}
+
+/// h:m:s:f, or h:m:s;f where numbers are dropped: the first two (of 30) or four (of 60) of each minute but
+/// every tenth.
+std::optional<double> framesTimecodeSeconds(std::string_view text) {
+    const std::size_t at = text.find('@');
+    const std::optional<FrameRate> rate = frameRateIn(text.substr(at + 1));
+    const std::string_view code = text.substr(0, at);
+    const std::size_t last = code.find_last_of(":;");
+    if (!rate || last == std::string_view::npos)
+        return std::nullopt;
+    const std::optional<std::int64_t> frame = plainWhole(code.substr(last + 1));
+    const std::string_view clock = code.substr(0, last);
+    const std::optional<double> seconds =
+        std::ranges::count(clock, ':') == 2 && clock.find('.') == std::string_view::npos
+            ? timecodeSeconds(clock)
+            : std::nullopt;
+    if (!frame || *frame >= rate->nominal || !seconds || !(*seconds < 1e9))
+        return std::nullopt;
+    const auto whole = static_cast<std::int64_t>(*seconds);
+    std::int64_t frames = whole * rate->nominal + *frame;
+    if (code[last] == ';') {
+        const std::int64_t dropped = rate->nominal / 15;
+        const std::int64_t minutes = whole / 60;
+        const bool isDropped = whole % 60 == 0 && minutes % 10 != 0 && *frame < dropped;
+        if (!rate->slowed || rate->nominal % 30 != 0 || isDropped)
+            return std::nullopt;
+        frames -= dropped * (minutes - minutes / 10);
+    }
+    return static_cast<double>(frames) * (rate->slowed ? 1.001 : 1.0) / static_cast<double>(rate->nominal);
+}
+
 /// `parts` is a number of 10^-digits seconds.
 std::string clockOf(std::int64_t parts, int digits) {
     const std::int64_t second = std::llround(std::pow(10.0, digits));
@@ -71,6 +129,8 @@ std::optional<WrittenTime> timeIn(std::string_view text) {
         seconds = plainNumber(text);
         if (seconds)
             *seconds /= 1000.0;
+    } else if (text.find('@') != std::string_view::npos) {
+        seconds = framesTimecodeSeconds(text);
     } else {
         seconds = takeSuffix(text, "s") ? plainNumber(text) : timecodeSeconds(text);
     }

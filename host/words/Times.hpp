@@ -17,10 +17,13 @@ struct WrittenTime {
 
 /// What timeIn() reads, for messages.
 inline constexpr const char* timeSyntax =
-    "seconds (12.5 or 3s), milliseconds (250ms), samples (480000smp) or timecode (1:02.5, 1:00:02.5)";
+    "seconds (12.5 or 3s), milliseconds (250ms), samples (480000smp), a clock (1:02.5, 1:00:02.5) or "
+    "timecode with its frame rate (1:00:00:12@25, 1:00:00;12@29.97)";
 
-/// Reads the notations of timeSyntax. Seconds may have a fraction; minutes and hours are whole. Nothing for
-/// anything else, a sign included.
+/// Reads the notations of timeSyntax. Seconds may have a fraction; minutes and hours are whole. Rates of
+/// frames are whole, or whole times 1000/1001, written as 23.976 and the like, or as a quotient such as
+/// 30000/1001. A semicolon before the frames drops numbers as SMPTE ST 12-1 says. Nothing for anything else,
+/// a sign included.
 std::optional<WrittenTime> timeIn(std::string_view text);
 
 /// Seconds as our own JSON writes them: `1.5s`, with a minus sign or an exponent where there is one, and

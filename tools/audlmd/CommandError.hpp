@@ -5,11 +5,32 @@
 
 namespace audlmd::command {
 
-/// The command cannot do what was asked; its exit status is 1. The text is one line for the user: what was
-/// wrong, and what to do about it. The program's name is put in front when the line is printed.
+/// How the command ended, for scripts. A signal ends the process itself, so that a shell sees 128 + N.
+enum class ExitStatus {
+    done = 0,
+    /// What is none of the others: no memory, no thread.
+    failed = 1,
+    /// The command line cannot be understood, or asks for what cannot be.
+    usage = 2,
+    /// An input is not there, not readable, damaged, or of the wrong kind.
+    input = 3,
+    /// The output is written, and something that should sound in it is silent.
+    incomplete = 4,
+    /// The output, or the sound device, cannot be written.
+    output = 5,
+};
+
+/// The command cannot do what was asked. The text is one line for the user: what was wrong, and what to do
+/// about it. The program's name is put in front when the line is printed.
 class CommandError : public std::runtime_error {
 public:
-    explicit CommandError(const std::string& line) : std::runtime_error(line) {}
+    explicit CommandError(const std::string& line, ExitStatus status = ExitStatus::usage)
+        : std::runtime_error(line), status_(status) {}
+
+    ExitStatus status() const { return status_; }
+
+private:
+    ExitStatus status_;
 };
 
 } // namespace audlmd::command

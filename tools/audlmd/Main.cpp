@@ -1,6 +1,8 @@
 #include "host/words/Text.hpp"
 #include "loop_modes/RenderFunction.hpp"
 #include "ole/Orv/Exception.hpp"
+#include "tools/audlmd/CommandError.hpp"
+#include "tools/audlmd/Hint.hpp"
 #include "tools/audlmd/Subcommands.hpp"
 
 #include <CLI/CLI.hpp>
@@ -10,20 +12,30 @@
 #include <cstdlib>
 #include <exception>
 #include <new>
+#include <stdexcept>
 #include <string>
 #include <system_error>
 
 namespace {
 
-/// The exit status for a command line that cannot be understood. Other failures exit with EXIT_FAILURE.
-constexpr int usageError = 2;
+using audlmd::command::ExitStatus;
+
+constexpr const char* statusHelp =
+    R"(EXIT STATUS
+  0  done as asked
+  1  the machine failed: no memory, no thread
+  2  the command line cannot be understood, or asks for what cannot be
+  3  an input is not there, damaged, or of the wrong kind
+  4  the output is written, but something that should sound is silent
+  5  the output, or the sound device, cannot be written
+A signal, such as Ctrl-C, ends the command as signals do (a shell shows 130); nothing unfinished is left.)";
 
 /// Prints one line of error and returns the exit status. Paths and texts of files in the line must not give
 /// orders to a terminal.
-int complain(std::string line, int status) {
+int complain(std::string line, ExitStatus status) {
     std::ranges::replace(line, '\n', ' ');
     std::fprintf(stderr, "audlmd: %s\n", audlmd::words::printable(line, line.size()).c_str());
-    return status;
+    return static_cast<int>(status);
 }
 
 /// Says what to do where a system call has failed without a file to name.
@@ -43,11 +55,18 @@ std::string commandSoFar(const CLI::App& app) {
     return app.get_name() + (chosen.empty() ? "" : " " + commandSoFar(*chosen.front()));
 }
 
+/// Why the command line cannot be understood.
+std::string whyNot(const CLI::App& app, const CLI::ParseError& error) {
+    const std::string hint = audlmd::command::hintFor(app);
+    return hint.empty() ? error.what() : hint;
+}
+
 int run(int argc, char** argv) {
     CLI::App app("Renders audio through the render functions of libaudlmd.", "audlmd");
     app.set_version_flag("--version", audLMDDllVersionStr());
     app.require_subcommand(1);
     app.failure_message(CLI::FailureMessage::simple);
+    app.footer(statusHelp);
     audlmd::command::addRenderCommand(app);
     audlmd::command::addModesCommand(app);
     audlmd::command::addPlotCommand(app);
@@ -57,13 +76,13 @@ int run(int argc, char** argv) {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() != 0)
-            return complain(std::string(error.what()) + " (" + commandSoFar(app) + " --help tells more)",
-                            usageError);
+            return complain(whyNot(app, error) + " (" + commandSoFar(app) + " --help tells more)",
+                            ExitStatus::usage);
         app.exit(error); // prints the help or the version
     }
     // The output may still be in a buffer, and writing it can fail.
     if (std::fflush(stdout) != 0)
-        return complain("cannot write to standard output", EXIT_FAILURE);
+        return complain("cannot write to standard output", ExitStatus::output);
     return EXIT_SUCCESS;
 }
 
@@ -73,12 +92,17 @@ int runOrComplain(int argc, char** argv) {
         return run(argc, argv);
     } catch (const std::bad_alloc&) {
         throw;
+    } catch (const audlmd::command::CommandError& error) {
+        return complain(error.what(), error.status());
     } catch (const std::system_error& error) {
-        return complain(textOf(error), EXIT_FAILURE);
+        return complain(textOf(error), ExitStatus::failed);
+    } catch (const std::invalid_argument& error) {
+        return complain(error.what(), ExitStatus::usage);
     } catch (const std::exception& error) {
-        return complain(error.what(), EXIT_FAILURE);
+        // What else can fail in the host is reading a file.
+        return complain(error.what(), ExitStatus::input);
     } catch (const Orv::Exception::Base& error) {
-        return complain(error.message(), EXIT_FAILURE);
+        return complain(error.message(), ExitStatus::failed);
     }
 }
 
@@ -91,6 +115,6 @@ int main(int argc, char** argv) {
         // Also where there is too little for a line about another failure, so this one takes none.
         std::fputs("audlmd: there is not enough memory for this: raise the limit, or try a shorter range\n",
                    stderr);
-        return EXIT_FAILURE;
+        return static_cast<int>(ExitStatus::failed);
     }
 }

@@ -23,8 +23,8 @@ double timesRealTime(std::int64_t frames, int sampleRate, double seconds) {
 
 } // namespace
 
-Progress::Progress(std::int64_t total, int sampleRate)
-    : total_(total), sampleRate_(sampleRate), onTerminal_(isatty(STDERR_FILENO) == 1) {}
+Progress::Progress(std::int64_t total, int sampleRate, bool shown)
+    : total_(total), sampleRate_(sampleRate), onTerminal_(shown && isatty(STDERR_FILENO) == 1) {}
 
 Progress::~Progress() {
     if (drawn_)

@@ -10,8 +10,8 @@ namespace audlmd::command {
 /// a terminal.
 class Progress {
 public:
-    /// `total` in frames, `sampleRate` in frames per second.
-    Progress(std::int64_t total, int sampleRate);
+    /// `total` in frames, `sampleRate` in frames per second. Without `shown` nothing is drawn.
+    Progress(std::int64_t total, int sampleRate, bool shown = true);
     /// Erases the bar.
     ~Progress();
     Progress(const Progress&) = delete;

@@ -65,10 +65,10 @@ std::string CommandFixture::output(const std::string& line) const {
     return outcome.output;
 }
 
-void CommandFixture::expectRefused(const std::string& line, const std::string& part) const {
+void CommandFixture::expectRefused(const std::string& line, const std::string& part, int status) const {
     const auto before = files();
     const Outcome outcome = run(line);
-    EXPECT_GT(outcome.status, 0) << line;
+    EXPECT_EQ(outcome.status, status) << line;
     EXPECT_TRUE(outcome.errors.starts_with("audlmd: ")) << outcome.errors;
     EXPECT_NE(outcome.errors.find(part), std::string::npos) << outcome.errors << "has no " << part;
     EXPECT_EQ(std::ranges::count(outcome.errors, '\n'), 1) << outcome.errors;

@@ -36,8 +36,8 @@ protected:
     /// Runs `audlmd`, expects exit status 0 and nothing on standard error, and returns standard output.
     std::string output(const std::string& line) const;
     /// Runs `audlmd`, and expects a failure: one line of error that contains `part`, no output, and all files
-    /// unchanged.
-    void expectRefused(const std::string& line, const std::string& part) const;
+    /// unchanged. A status of 2 is one of usage, 3 of an input, 5 of an output.
+    void expectRefused(const std::string& line, const std::string& part, int status = 2) const;
 
 private:
     Path folder_;

@@ -48,15 +48,15 @@ TEST_F(PlayCommand, SaysWhatCannotBePlayed) {
     std::filesystem::copy(in("a.wav"), in("a.otio"));
     EXPECT_THAT(output("play --list-devices"), testing::StartsWith("* default  (ALSA, "));
     expectRefused("play", "name a sound file");
-    expectRefused("play gone.wav", "gone.wav");
-    expectRefused("play film.json", "nothing to play");
+    expectRefused("play gone.wav", "gone.wav", 3);
+    expectRefused("play film.json", "nothing to play", 3);
     for (const std::string film : {"film.json", "film.wav"})
         expectRefused("play " + film + " --gain 3", "its own levels");
     for (const std::string sound : {"a.wav", "a.otio"})
         expectRefused("play " + sound + " --media .", "goes with a timeline");
     expectRefused("play a.wav --device piano", "'piano'; --list-devices");
     writeBytes(in("asoundrc"), "pcm.unusable.word 1\n");
-    expectRefused("play a.wav", "no sound device");
+    expectRefused("play a.wav", "no sound device", 5);
 }
 
 /// The command on a terminal, which the test reads and types on.

@@ -30,10 +30,17 @@ TEST_F(Refusals, OfOptions) {
                  {"--converter linear", "--converter needs --speed"},
                  {"--format s12", "'s12' is not a format"},
                  {"--from soon", "--from: 'soon' is not a time"},
-                 {"--from 1.5", "--from is at sample 72000, outside 'a.wav'"},
-                 {"--to 48001smp", "--to is at sample 48001, outside 'a.wav'"},
-                 {"--duration 4611686018427387904smp", "outside 'a.wav'"},
-                 {"--from 0.5 --to 0.5", "holds nothing to render"},
+                 {"--from 1.5", "--from: 1.5 is outside 'a.wav', which is 1s long"},
+                 {"--to 48001smp", "--to: 48001smp is outside 'a.wav', which is 48000smp long"},
+                 {"--from -1001ms", "--from: -1001ms is outside 'a.wav', which is 1000ms long"},
+                 {"--from 1:00:00:00", "'1:00:00:00' is not a time"},
+                 {"--from 0:00:00:25@25", "is not a time"},
+                 {"--from 0:01:00;01@29.97", "is not a time"},
+                 {"--duration -1s", "'-1s' is not a time"},
+                 {"--fad-in 1", "'--fad-in' is no option; did you mean --fade-in?"},
+                 {"b.wav", "'b.wav' is one word too many (audlmd render --help tells more)"},
+                 {"--rate 44.1", "'44.1' is not a whole number of hertz"},
+                 {"--from 0.5 --to 0.5", "holds nothing"},
                  {"--block 0", "--block"},
                  {"--fade-in 1:round", "'round' is not a curve"},
                  {"--fade-out 0", "shorter than one sample"},
@@ -54,13 +61,16 @@ TEST_F(Refusals, OfOptions) {
                  {"--speed nan", "--speed"},
                  {"--speed 2 --converter cubic", "'cubic' is not a converter"},
                  {"--automation none.csv", "cannot read 'none.csv'"}})
-        expectRefused("render a.wav -o out.wav " + options, part);
+        expectRefused("render a.wav -o out.wav " + options, part,
+                      options.starts_with("--automation n") ? 3 : 2);
+    expectRefused("rendr a.wav", "'rendr' is no subcommand; did you mean render?");
+    expectRefused("render a.wav out.wav", "the file to write is named with -o: -o out.wav");
     for (const auto& [text, part] : Refused{{"0,0\n1 3\n", "bad.csv line 2"},
                                             {"0,0\n1,soft\n", "bad.csv line 2"},
                                             {"1,0\n0,0\n", "comes after a later one"},
                                             {"time,decibels\n", "holds no automation"}}) {
         writeBytes(in("bad.csv"), text);
-        expectRefused("render a.wav -o out.wav --automation bad.csv", part);
+        expectRefused("render a.wav -o out.wav --automation bad.csv", part, 3);
     }
 }
 
@@ -84,7 +94,7 @@ TEST_F(Refusals, OfInputThatIsNoWholeSound) {
                                              {"fast.wav", "2147483647 Hz is outside 1000 to 768000 Hz"},
                                              {"\x1b[2J\xc2\x9b\xe2\x80\xae.wav", " ?[2J??.wav: "},
                                              {"damaged.flac", "damaged.flac"}})
-        expectRefused("render " + input + " -o out.wav", part);
+        expectRefused("render " + input + " -o out.wav", part, 3);
 }
 
 TEST_F(Refusals, OfOutputThatCannotBeWritten) {
@@ -98,7 +108,7 @@ TEST_F(Refusals, OfOutputThatCannotBeWritten) {
                                             {std::string(300, 'a') + ".wav", "a.wav': File name too long"},
                                             {"circle.wav", "cannot write 'circle.wav': "},
                                             {"out.wav/out.wav", "cannot write 'out.wav/out.wav'"}})
-        expectRefused("render a.wav -o " + name, part);
+        expectRefused("render a.wav -o " + name, part, name == "out.mp3" ? 2 : 5);
 }
 
 TEST_F(Refusals, OfOutputsThatAreInputsOrEachOther) {
@@ -132,7 +142,7 @@ TEST_F(Refusals, OfMixesThatDoNotFit) {
                  {"odd.raw", "name it with --format"},
                  {"odd.raw --format s16", "not a whole number of frames"},
                  {"none.wav", "none.wav"}})
-        expectRefused("render a.wav -o out.wav --mix-into " + existing, part);
+        expectRefused("render a.wav -o out.wav --mix-into " + existing, part, 3);
     expectRefused("render a.wav -o b.wav --mix-into b.wav", "never changed");
 }
 

@@ -148,7 +148,7 @@ void OutputFile::requireLastFrame() const {
 }
 
 void OutputFile::fail(const std::string& why) const {
-    throw CommandError("cannot write '" + target_.path.string() + "': " + why);
+    throw CommandError("cannot write '" + target_.path.string() + "': " + why, ExitStatus::output);
 }
 
 } // namespace audlmd::command

@@ -161,7 +161,7 @@ void MediaFinder::listFolders() {
 Media MediaFinder::open(const std::string& media) {
     const FoundMedium& medium = find(media);
     if (!medium.failure.empty())
-        throw CommandError(medium.failure);
+        throw CommandError(medium.failure, ExitStatus::input);
     return openSoundFile(medium.path);
 }
 

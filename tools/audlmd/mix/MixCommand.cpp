@@ -26,6 +26,7 @@
 #include <span>
 #include <string>
 #include <sys/resource.h>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -110,7 +111,7 @@ private:
             media_);
         outputs_.requireOther(options_.timeline, "the timeline");
         if (outputs_.sound())
-            span_ = options_.spanOf(timeline_);
+            std::tie(span_, rangeNote_) = options_.spanOf(timeline_);
     }
 
     /// Of the output: what is looked at.
@@ -170,7 +171,7 @@ private:
             line += "; " + silences[i].where + ": " + silences[i].text;
         if (silences.size() > most)
             line += "; and " + std::to_string(silences.size() - most) + " more, see --list";
-        throw CommandError(words::printable(line, std::string::npos));
+        throw CommandError(words::printable(line, std::string::npos), ExitStatus::input);
     }
 
     MixReport mix() {
@@ -189,7 +190,8 @@ private:
         tell(mixed, {.span = span_,
                      .seconds = seconds,
                      .timeline = options_.timeline.string(),
-                     .output = options_.output.string()});
+                     .output = options_.output.string(),
+                     .quiet = options_.quiet});
         return mixed;
     }
 
@@ -202,7 +204,7 @@ private:
         const OutputTarget& target = *outputs_.sound();
         layout.format = options_.format.value_or(defaultFormatOf(*target.kind));
         OutputFile output(target, layout);
-        Progress progress(layout.frames, layout.sampleRate);
+        Progress progress(layout.frames, layout.sampleRate, !options_.quiet);
         MixedChunks chunks(mixer, span_.from, layout.format, options_.block, [&] {
             if (options_.strict)
                 requireNoFailure(mixer.report());
@@ -218,18 +220,21 @@ private:
         for (const StripReport& strip : report.strips)
             if (!strip.failure.empty())
                 throw CommandError(timeline::whereIs(timeline_, strip.track, strip.strip).text() + ": " +
-                                   words::printable(strip.failure, std::string::npos));
+                                       words::printable(strip.failure, std::string::npos),
+                                   ExitStatus::input);
     }
 
     /// The text first, which must be told also where the file cannot be written.
     void tell(const MixReport& told, const MixRun& run) const {
+        if (!rangeNote_.empty())
+            std::fprintf(report(), "%s\n", rangeNote_.c_str());
         std::fputs(reportText(told, timeline_, run).c_str(), report());
         if (!options_.report.empty())
             command::writeOutput(OutputPath(options_.report), reportJson(told, timeline_, run));
     }
 
     void draw(const MixReport& mixed) {
-        Progress bar(timeline_.length, timeline_.sampleRate);
+        Progress bar(timeline_.length, timeline_.sampleRate, !options_.quiet);
         const plot::Figure figure = drawTimeline(
             timeline_, mixed, [this](const std::string& medium) { return media_.open(medium); },
             [&](double share) {
@@ -247,8 +252,9 @@ private:
         const auto all = failed + std::ssize(silencesIn(timeline_, span_));
         if (all != 0)
             throw CommandError(std::to_string(all) + (all == 1 ? " clip is" : " clips are") +
-                               " silent, if only in part, see above; '" +
-                               words::printable(outputs_.sound()->path.string()) + "' is written");
+                                   " silent, if only in part, see above; '" +
+                                   words::printable(outputs_.sound()->path.string()) + "' is written",
+                               ExitStatus::incomplete);
     }
 
     const MixOptions& options_;
@@ -258,6 +264,7 @@ private:
     std::vector<TimelineNote> failures_;
     Timeline timeline_;
     TimelineSpan span_;
+    std::string rangeNote_;
 };
 
 } // namespace

@@ -24,10 +24,10 @@ MEDIA are found where the timeline says, else by file name below the folders of 
 the sound must be extracted first, the note says how; that sound is then found by itself.
 
 SILENCE where the timeline means sound, such as a clip whose medium is missing, is told; the output is
-written, and the exit status is 1. With --strict nothing is written.
+written, and the exit status is 4. With --strict nothing is written.
 
-TIMES of --from and --to are the output's: seconds (12.5 or 3s), milliseconds (250ms), samples (480000smp) or a
-timecode (1:02.5, 1:00:02.5). --slice 2/4 mixes the second of four equal parts of that; the parts, joined, are
+TIMES of --from, --to and --duration are the output's: seconds (12.5 or 3s), milliseconds (250ms), samples
+(480000smp), a clock (1:02.5, 1:00:02.5) or timecode with its rate (1:00:00:12@25). --slice 2/4 mixes the second of four equal parts of that; the parts, joined, are
 the whole byte for byte.
 
 LEVELS are summed without limits and clipped once, where the samples are stored; the report tells how many
@@ -42,12 +42,7 @@ EXAMPLES
   audlmd mix film.json -o part3.wav --slice 3/8)";
 
 void declarePart(CLI::App& mix, MixOptions& options) {
-    addParsed(mix, "--from", options.from, &TimeValue::parse, "Where to begin (default: the start)")
-        ->option_text("TIME")
-        ->group("Part");
-    addParsed(mix, "--to", options.to, &TimeValue::parse, "Where to end (default: the end)")
-        ->option_text("TIME")
-        ->group("Part");
+    options.range.declare(mix, "Part", "the output");
     mix.add_flag("--until-last-sound", options.untilLastSound,
                  "End with the last sound (default: with the programme, pictures included)")
         ->group("Part");
@@ -108,7 +103,8 @@ void MixOptions::requireCompatible() const {
         throw CommandError("name the file to write with -o, or use --list or --picture alone");
     if (output.empty() && !report.empty())
         throw CommandError("--report tells about a mix: name the file to write with -o");
-    if (to && untilLastSound)
+    range.requireCompatible();
+    if (range.to && untilLastSound)
         throw CommandError("--to and --until-last-sound cannot stand together");
     if (!picture.empty())
         pictureKindOf(picture); // Throws for a name that could not be written.
@@ -116,17 +112,13 @@ void MixOptions::requireCompatible() const {
         throw CommandError("--as json is for --list");
 }
 
-TimelineSpan MixOptions::spanOf(const Timeline& timelineToMix) const {
+std::pair<TimelineSpan, std::string> MixOptions::spanOf(const Timeline& timelineToMix) const {
     TimelineSample end = TimelineSample() + timelineToMix.length;
     if (untilLastSound)
         end = std::min(endOfSound(timelineToMix), end);
-    TimelineSpan span{.from = from ? from->samples(timelineToMix.sampleRate) : 0,
-                      .to = to ? to->samples(timelineToMix.sampleRate) : end};
-    for (const TimelineSample time : {span.from, span.to})
-        if (time > end)
-            throw CommandError("sample " + std::to_string(time.number()) +
-                               " lies outside the timeline, which ends at sample " +
-                               std::to_string(end.number()));
+    const ResolvedRange part =
+        range.in({.name = "the timeline", .length = end.number(), .sampleRate = timelineToMix.sampleRate});
+    TimelineSpan span{.from = part.from, .to = part.to};
     if (slice) {
         // A part at a time, because the product of a length and a number may overflow.
         const std::int64_t whole = span.length();
@@ -138,7 +130,7 @@ TimelineSpan MixOptions::spanOf(const Timeline& timelineToMix) const {
     if (span.isEmpty())
         throw CommandError("there is nothing to mix from sample " + std::to_string(span.from.number()) +
                            " to sample " + std::to_string(span.to.number()));
-    return span;
+    return {span, part.note};
 }
 
 } // namespace audlmd::command

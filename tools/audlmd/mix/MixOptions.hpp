@@ -3,7 +3,7 @@
 #include "host/mix/MixReport.hpp"
 #include "host/mix/Timeline.hpp"
 #include "tools/audlmd/options/OutputOptions.hpp"
-#include "tools/audlmd/options/Time.hpp"
+#include "tools/audlmd/options/Range.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -11,6 +11,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace audlmd::command {
@@ -39,8 +40,7 @@ struct MixOptions : OutputOptions {
     bool strict = false;
 
     /// In the output.
-    std::optional<TimeValue> from;
-    std::optional<TimeValue> to;
+    RangeOptions range;
     std::optional<Slice> slice;
     /// Whether the output ends with the last sound, and not with the programme.
     bool untilLastSound = false;
@@ -61,9 +61,9 @@ struct MixOptions : OutputOptions {
     /// Throws CommandError for options that cannot stand together, or alone.
     void requireCompatible() const;
 
-    /// The part of the output to mix. Throws CommandError for a part without samples, or outside the
-    /// timeline.
-    TimelineSpan spanOf(const Timeline& timeline) const;
+    /// The part of the output to mix, and what is not as it was asked. Throws CommandError for a part without
+    /// samples, or outside the timeline.
+    std::pair<TimelineSpan, std::string> spanOf(const Timeline& timeline) const;
 };
 
 } // namespace audlmd::command

@@ -171,7 +171,7 @@ std::string reportText(const MixReport& report, const Timeline& timeline, const 
             !line.empty())
             clipped.push_back(std::move(line));
     return notes(timeline) + shortened(silences(report, timeline)) + shortened(late) + shortened(loud) +
-           shortened(clipped) + summary(report, timeline, run);
+           shortened(clipped) + (run.quiet ? "" : summary(report, timeline, run));
 }
 
 std::string reportJson(const MixReport& report, const Timeline& timeline, const MixRun& run) {

@@ -16,6 +16,8 @@ struct MixRun {
     /// The files, as the user has named them.
     std::string timeline;
     std::string output;
+    /// Whether the text tells only what is not as it was asked.
+    bool quiet = false;
 };
 
 /// The report for a terminal, the timeline's notes included: lines, of which each kind of problem takes a

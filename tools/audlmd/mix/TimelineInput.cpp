@@ -13,6 +13,7 @@
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -24,14 +25,20 @@ namespace audlmd::command {
 namespace {
 
 std::string readText(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::string text(std::istreambuf_iterator<char>(file), {});
+    const auto refuse = [&path](int error) {
+        throw CommandError("cannot read '" + words::printable(path.string()) +
+                               "': " + std::generic_category().message(error),
+                           ExitStatus::input);
+    };
     // A folder opens, and fails only when it is read.
-    if (!file.is_open() || file.bad() || std::filesystem::is_directory(path))
-        throw CommandError(
-            "cannot read '" + words::printable(path.string()) +
-            "': " + std::generic_category().message(std::filesystem::is_directory(path) ? EISDIR : errno));
-    return text;
+    if (std::filesystem::is_directory(path))
+        refuse(EISDIR);
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream text;
+    if (!file.is_open() || (file.peek() != std::ifstream::traits_type::eof() && !(text << file.rdbuf())) ||
+        file.bad())
+        refuse(errno);
+    return std::move(text).str();
 }
 
 bool isSound(const std::filesystem::path& path) {
@@ -48,15 +55,18 @@ bool isSound(const std::filesystem::path& path) {
     const std::string name = "'" + words::printable(path.string()) + "'";
     const bool isJson = timeline::mayBeTimeline(text);
     if (!isJson && isFilmContainer(path))
-        throw CommandError(name + " is a film container, not a timeline; " + filmContainerAdvice(path));
+        throw CommandError(name + " is a film container, not a timeline; " + filmContainerAdvice(path),
+                           ExitStatus::input);
     if (!isJson && isSound(path))
-        throw CommandError(name + " is a sound file, not a timeline; use audlmd render for it");
+        throw CommandError(name + " is a sound file, not a timeline; use audlmd render for it",
+                           ExitStatus::input);
     const bool isOurs =
         text.find("\"OTIO_SCHEMA\"") != std::string::npos || text.find("\"audlmd\"") != std::string::npos;
     throw CommandError(name + ": " + words::printable(reason, std::string::npos) +
-                       (isOurs ? ""
-                               : "; what can be read is OpenTimelineIO JSON (.otio), which otioconvert "
-                                 "makes of other timelines, and what mix --list --as json writes"));
+                           (isOurs ? ""
+                                   : "; what can be read is OpenTimelineIO JSON (.otio), which otioconvert "
+                                     "makes of other timelines, and what mix --list --as json writes"),
+                       ExitStatus::input);
 }
 
 /// Throws CommandError where an option asks for something else than the timeline says.
@@ -120,7 +130,7 @@ Timeline readTimelineFile(const std::filesystem::path& path, const AskedOutput& 
     const auto factsOf = [&finder](const std::string& media) {
         const FoundMedium& medium = finder.find(media);
         if (!medium.facts && !medium.path.empty())
-            throw CommandError(medium.failure);
+            throw CommandError(medium.failure, ExitStatus::input);
         return medium.facts;
     };
     const timeline::ReadOptions how{.sampleRate = asked.rate.value_or(48000),
@@ -129,14 +139,17 @@ Timeline readTimelineFile(const std::filesystem::path& path, const AskedOutput& 
                                     .timeline = asked.timeline,
                                     .media = factsOf};
     const std::string text = readText(path);
-    try {
-        Timeline read = timeline::readTimeline(text, how);
-        requireSame("--rate", asked.rate, read.sampleRate);
-        requireSame("--channels", asked.channels, read.channels);
-        return read;
-    } catch (const std::runtime_error& error) {
-        refuse(path, text, error.what());
-    }
+    const auto read = [&] {
+        try {
+            return timeline::readTimeline(text, how);
+        } catch (const std::runtime_error& error) {
+            refuse(path, text, error.what());
+        }
+    };
+    Timeline timeline = read();
+    requireSame("--rate", asked.rate, timeline.sampleRate);
+    requireSame("--channels", asked.channels, timeline.channels);
+    return timeline;
 }
 
 MediaCheck checkMedia(const Timeline& timeline, TimelineSpan part, MediaFinder& finder) {

@@ -14,10 +14,27 @@
 
 namespace audlmd::command {
 
+namespace {
+
+AutomationPoint pointIn(std::string_view line, const std::string& where) {
+    const std::size_t comma = line.find(',');
+    if (comma == std::string_view::npos)
+        throw CommandError(where + ": should be a time, a comma and decibels", ExitStatus::input);
+    try {
+        return {TimeValue::parse(words::trimmed(line.substr(0, comma)), where),
+                parseLevel(words::trimmed(line.substr(comma + 1)), where)};
+    } catch (const CommandError& error) {
+        throw CommandError(error.what(), ExitStatus::input);
+    }
+}
+
+} // namespace
+
 std::vector<AutomationPoint> readAutomationFile(const std::filesystem::path& path) {
     std::ifstream file(path);
     if (!file)
-        throw CommandError("cannot read '" + path.string() + "': " + std::generic_category().message(errno));
+        throw CommandError("cannot read '" + path.string() + "': " + std::generic_category().message(errno),
+                           ExitStatus::input);
     std::vector<AutomationPoint> points;
     bool headings = true;
     std::string text;
@@ -29,16 +46,12 @@ std::vector<AutomationPoint> readAutomationFile(const std::filesystem::path& pat
         const bool first = std::exchange(headings, false);
         if (first && line.find_first_of("0123456789") == std::string_view::npos)
             continue;
-        const std::string where = path.string() + " line " + std::to_string(number);
-        const std::size_t comma = line.find(',');
-        if (comma == std::string_view::npos)
-            throw CommandError(where + ": should be a time, a comma and decibels");
-        points.push_back({TimeValue::parse(words::trimmed(line.substr(0, comma)), where),
-                          parseLevel(words::trimmed(line.substr(comma + 1)), where)});
+        points.push_back(pointIn(line, path.string() + " line " + std::to_string(number)));
     }
     if (file.bad() || points.empty())
         throw CommandError("'" + path.string() +
-                           "' holds no automation; write lines of a time, a comma and decibels");
+                               "' holds no automation; write lines of a time, a comma and decibels",
+                           ExitStatus::input);
     return points;
 }
 
@@ -50,11 +63,13 @@ std::vector<LevelNode> levelNodes(const std::vector<AutomationPoint>& points, in
         // range.
         const double position = std::round(static_cast<double>(point.time.samples(sampleRate)) * speed);
         if (!(position < 0x1p62))
-            throw CommandError("the automation's time " + point.time.text() + " is too late to be counted");
+            throw CommandError("the automation's time " + point.time.text() + " is too late to be counted",
+                               ExitStatus::input);
         nodes.push_back({static_cast<std::int64_t>(position), point.uValue});
         if (nodes.size() > 1 && nodes.back().position < nodes[nodes.size() - 2].position)
             throw CommandError("the automation's time " + point.time.text() +
-                               " comes after a later one; write the times in order");
+                                   " comes after a later one; write the times in order",
+                               ExitStatus::input);
     }
     return nodes;
 }

@@ -2,17 +2,17 @@
 
 #include "host/inlined/InlinedRenderFunctions.hpp"
 #include "host/mix/ConvertedSources.hpp"
-#include "host/services/SampleRates.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/options/ParsedOption.hpp"
+#include "tools/audlmd/options/Parsers.hpp"
 
 namespace audlmd::command {
 
 void RenderingOptions::declareRendering(CLI::App& app, const std::string& group,
                                         const std::string& defaultRate) {
-    app.add_option("--rate", rate, "Samples per second (default: " + defaultRate + ")")
+    addParsed(app, "--rate", rate, &parseRate,
+              "Samples per second, such as 48000 or 44.1k (default: " + defaultRate + ")")
         ->option_text("HZ")
-        ->check(CLI::Range(lowestSampleRate, highestSampleRate))
         ->group(group);
     app.add_flag("--through-tables", throughTables,
                  "Render through the loaded library, as a host does; changes no sample")
@@ -26,7 +26,7 @@ RenderFunctionLookUp<Unclipped> RenderingOptions::inlined() const {
 Media RenderingOptions::open(const std::filesystem::path& input) const {
     Media media = openSoundFile(input.string());
     if (media.channels.front()->length() == 0)
-        throw CommandError("'" + input.string() + "' holds no samples");
+        throw CommandError("'" + input.string() + "' holds no samples", ExitStatus::input);
     const int wanted = rate.value_or(media.sampleRate);
     for (std::shared_ptr<SampleSource>& channel : media.channels)
         channel = convertedTo(channel, media.sampleRate, wanted);
@@ -42,6 +42,8 @@ void OutputOptions::declareOutput(CLI::App& app, const std::string& outputHelp,
         ->option_text("FORMAT")
         ->group(group);
     declareRendering(app, group, defaultRate);
+    app.add_flag("--quiet", quiet, "Tell only what is not as it was asked: no progress, no summary")
+        ->group(group);
     app.add_option("--block", block, "Samples per render call (default 4096); changes no sample")
         ->option_text("N")
         ->check(CLI::Range(std::size_t{1}, mostBlock))

@@ -43,6 +43,8 @@ struct OutputOptions : RenderingOptions {
     std::optional<FormatId> format;
     /// Samples per render call.
     std::size_t block = 4096;
+    /// Whether only what is not as it was asked is told.
+    bool quiet = false;
     /// The most threads that render. 0: as many as there are processors.
     std::size_t threads = 0;
 

@@ -1,5 +1,6 @@
 #include "tools/audlmd/options/Parsers.hpp"
 
+#include "host/services/SampleRates.hpp"
 #include "host/signal/Speed.hpp"
 #include "host/words/Numbers.hpp"
 #include "host/words/StripWords.hpp"
@@ -58,11 +59,19 @@ EqualiserBand parseBand(std::string_view text, std::string_view option) {
 }
 
 SpeedValue parseSpeed(std::string_view text, std::string_view option) {
-    const double factor = valueFor(option, &words::requireNumber, text);
+    const double factor = valueFor(option, &words::requireNumber, words::withoutUnit(text, "x"));
     if (!std::isfinite(factor) || factor <= 0.0)
         fail(option, std::string(text) + " is not a finite number above 0; --reverse plays backwards");
     requireSpeed(factor);
     return {factor, std::string(text)};
+}
+
+int parseRate(std::string_view text, std::string_view option) {
+    const double rate = valueFor(option, &words::requireHertz, text);
+    if (!(rate >= lowestSampleRate && rate <= highestSampleRate) || rate != std::round(rate))
+        fail(option, words::quoted(text) + " is not a whole number of hertz from " +
+                         std::to_string(lowestSampleRate) + " to " + std::to_string(highestSampleRate));
+    return static_cast<int>(rate);
 }
 
 Converter parseConverter(std::string_view text, std::string_view option) {

@@ -38,6 +38,9 @@ struct SpeedValue {
 /// Throws std::invalid_argument too, for a number beyond slowestSpeed or fastestSpeed.
 SpeedValue parseSpeed(std::string_view text, std::string_view option);
 
+/// A sample rate in hertz within the limits of the host, such as 48000, 44.1k or 96 kHz.
+int parseRate(std::string_view text, std::string_view option);
+
 /// "filtering" or "linear". "none" is not a word here: a strip without a speed has no converter.
 Converter parseConverter(std::string_view text, std::string_view option);
 

@@ -1,5 +1,6 @@
 #include "tools/audlmd/options/StripOptions.hpp"
 
+#include "host/words/Text.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/options/AutomationFile.hpp"
 #include "tools/audlmd/options/ParsedOption.hpp"
@@ -8,6 +9,7 @@
 #include <cmath>
 #include <cstdint>
 #include <string>
+#include <utility>
 
 namespace audlmd::command {
 namespace {
@@ -20,35 +22,6 @@ struct Rates {
     /// In source samples per output sample.
     double speed;
 };
-
-/// The end of the input itself is allowed, since the end of a range is exclusive.
-void requireInside(const StripInput& input, const char* what, MaterialSample sample) {
-    if (sample > input.frames)
-        throw CommandError(std::string(what) + " is at sample " + std::to_string(sample.number()) +
-                           ", outside '" + input.path.string() + "', which ends at sample " +
-                           std::to_string(input.frames));
-}
-
-/// An empty range is refused here, in samples, because two different times may round to the same sample.
-void resolveRange(const StripOptions& options, const StripInput& input, StripSettings& settings) {
-    const std::int64_t frames = input.frames;
-    settings.from = options.from ? options.from->samples(input.sampleRate) : 0;
-    requireInside(input, "--from", settings.from);
-    if (options.duration) {
-        const std::int64_t length = options.duration->samples(input.sampleRate);
-        // The length alone is checked first, so that the sum cannot overflow.
-        requireInside(input, "the end of --duration",
-                      std::max<MaterialSample>(length, length <= frames ? settings.from + length : 0));
-        settings.to = settings.from + length;
-    } else {
-        settings.to = options.to ? options.to->samples(input.sampleRate) : frames;
-        requireInside(input, "--to", settings.to);
-    }
-    if (settings.from >= settings.to)
-        throw CommandError("the range from sample " + std::to_string(settings.from.number()) + " to " +
-                           std::to_string(settings.to.number()) + " holds nothing to render");
-    settings.reverse = options.reverse;
-}
 
 /// The length of a fade in source samples.
 std::uint64_t fadeSamples(const TimeValue& time, const Rates& rates) {
@@ -89,15 +62,7 @@ void resolveFades(const StripOptions& options, const Rates& rates, StripSettings
 
 void StripOptions::declareRange(CLI::App& app) {
     app.add_flag("--reverse", reverse, "Play the range from its last sample to its first")->group("Range");
-    addParsed(app, "--from", from, &TimeValue::parse, "Start of the range in the input (default: its start)")
-        ->option_text("TIME")
-        ->group("Range");
-    addParsed(app, "--to", to, &TimeValue::parse, "End of the range, exclusive (default: the end)")
-        ->option_text("TIME")
-        ->group("Range");
-    addParsed(app, "--duration", duration, &TimeValue::parse, "Length of the range, instead of --to")
-        ->option_text("TIME")
-        ->group("Range");
+    range.declare(app, "Range", "the input");
 }
 
 void StripOptions::declareSound(CLI::App& app) {
@@ -137,8 +102,7 @@ void StripOptions::declareSound(CLI::App& app) {
 
 /// Checks what no parser of one option can see. Every message says what to use instead, or why.
 void StripOptions::requireCompatible() const {
-    if (to && duration)
-        throw CommandError("--to and --duration cannot stand together: each says where the range ends");
+    range.requireCompatible();
     if (level && automation)
         throw CommandError(
             "--level and --automation cannot stand together: both are the outer level; a fixed "
@@ -152,7 +116,7 @@ void StripOptions::requireCompatible() const {
                            std::to_string(equaliserBandCount));
 }
 
-StripSettings StripOptions::settingsFor(const StripInput& input) const {
+ResolvedStrip StripOptions::settingsFor(const StripInput& input) const {
     StripSettings settings;
     settings.sampleRate = input.sampleRate;
     settings.equaliser = equaliser;
@@ -162,14 +126,18 @@ StripSettings StripOptions::settingsFor(const StripInput& input) const {
         settings.speed = speed->factor;
         settings.converter = converter.value_or(Converter::filtering);
     }
-    resolveRange(*this, input, settings);
+    const ResolvedRange part = range.in(
+        {.name = words::quoted(input.path.string()), .length = input.frames, .sampleRate = input.sampleRate});
+    settings.from = part.from;
+    settings.to = part.to;
+    settings.reverse = reverse;
     const Rates rates{input.sampleRate, settings.speed};
     resolveFades(*this, rates, settings);
     if (automation)
         settings.automation = AutomationWalk{
             Automation(levelNodes(readAutomationFile(*automation), rates.sampleRate, rates.speed)),
             automationReverse ? DynamicLevelDirection::reverse : DynamicLevelDirection::forwards};
-    return settings;
+    return {std::move(settings), part.note};
 }
 
 } // namespace audlmd::command

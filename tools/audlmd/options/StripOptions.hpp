@@ -2,10 +2,12 @@
 
 #include "host/signal/StripPlayer.hpp"
 #include "tools/audlmd/options/Parsers.hpp"
+#include "tools/audlmd/options/Range.hpp"
 
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace CLI {
@@ -24,14 +26,19 @@ struct StripInput {
     int sampleRate = 48000;
 };
 
+/// What the options say of an input.
+struct ResolvedStrip {
+    StripSettings settings;
+    /// Empty, or what is not as it was asked.
+    std::string note;
+};
+
 /// The options that say which range of an input is played, and how. They are read without the input:
 /// settingsFor() resolves what depends on the input's sample rate and length.
 struct StripOptions {
     bool reverse = false;
     /// In the input.
-    std::optional<TimeValue> from;
-    std::optional<TimeValue> to;
-    std::optional<TimeValue> duration;
+    RangeOptions range;
 
     /// In the order of the command line, which is the order of the cascade.
     std::vector<EqualiserBand> equaliser;
@@ -56,8 +63,8 @@ struct StripOptions {
 
     /// The settings of a player of any channel of the input; the caller sets the cookie. Reads the automation
     /// file. Throws CommandError. Times are rounded to samples at input.sampleRate; fades and automation
-    /// become source samples.
-    StripSettings settingsFor(const StripInput& input) const;
+    /// become source samples. The range is what RangeOptions::in() makes of it, with its note.
+    ResolvedStrip settingsFor(const StripInput& input) const;
 };
 
 } // namespace audlmd::command

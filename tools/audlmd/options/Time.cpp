@@ -1,5 +1,6 @@
 #include "tools/audlmd/options/Time.hpp"
 
+#include "host/words/Numbers.hpp"
 #include "tools/audlmd/CommandError.hpp"
 
 #include <cmath>
@@ -18,6 +19,14 @@ TimeValue TimeValue::parse(std::string_view text, std::string_view option) {
     return value;
 }
 
+TimeValue TimeValue::parseMoment(std::string_view text, std::string_view option) {
+    const bool fromEnd = text.starts_with('-');
+    TimeValue value = parse(text.substr(fromEnd ? 1 : 0), option);
+    value.countsFromEnd_ = fromEnd;
+    value.text_ = text;
+    return value;
+}
+
 std::int64_t TimeValue::samples(int sampleRate) const {
     if (time_.samples)
         return *time_.samples;
@@ -25,6 +34,16 @@ std::int64_t TimeValue::samples(int sampleRate) const {
     if (!(count < 0x1p62))
         throw CommandError(option_ + ": " + text_ + " is more samples than can be counted");
     return static_cast<std::int64_t>(count);
+}
+
+std::string TimeValue::inThisUnit(std::int64_t samples, int sampleRate) const {
+    const double seconds = static_cast<double>(samples) / sampleRate;
+    if (time_.samples)
+        return std::to_string(samples) + "smp";
+    if (text_.ends_with("ms"))
+        return words::numberText(seconds * 1000.0) + "ms";
+    return text_.find(':') == std::string::npos ? words::numberText(seconds) + "s"
+                                                : words::clock(samples, sampleRate);
 }
 
 } // namespace audlmd::command

@@ -14,10 +14,18 @@ public:
     /// Reads what words::timeIn() reads. Throws CommandError, naming `option`, for anything else.
     static TimeValue parse(std::string_view text, std::string_view option);
 
-    /// In samples of one channel, rounded to the nearest. `sampleRate` is in samples per second. Throws
-    /// CommandError from 2^62 samples on.
+    /// The same of a moment; with a minus sign it counts from the end of what it is in.
+    static TimeValue parseMoment(std::string_view text, std::string_view option);
+
+    /// In samples of one channel, rounded to the nearest; the time itself, wherever it counts from.
+    /// `sampleRate` is in samples per second. Throws CommandError from 2^62 samples on.
     std::int64_t samples(int sampleRate) const;
 
+    /// A number of samples in the unit in which this time was written, for a message.
+    std::string inThisUnit(std::int64_t samples, int sampleRate) const;
+
+    bool countsFromEnd() const { return countsFromEnd_; }
+    /// As written, with the sign.
     const std::string& text() const { return text_; }
     const std::string& option() const { return option_; }
 
@@ -25,6 +33,7 @@ private:
     std::string text_;
     std::string option_;
     words::WrittenTime time_;
+    bool countsFromEnd_ = false;
 };
 
 } // namespace audlmd::command

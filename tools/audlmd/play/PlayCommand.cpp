@@ -96,8 +96,9 @@ DeviceFormat formatFor(const SoundDevices& devices, int device, PlayInput& input
             return format;
     }
     throw CommandError("the sound device does not play " + std::to_string(format.channels) + " channels at " +
-                       std::to_string(format.sampleRate) +
-                       " Hz; choose another --rate or --device (--list-devices shows what there is)");
+                           std::to_string(format.sampleRate) +
+                           " Hz; choose another --rate or --device (--list-devices shows what there is)",
+                       ExitStatus::output);
 }
 
 /// Throws CommandError where a part of the sound has failed.
@@ -108,10 +109,10 @@ void tell(LivePlayer& player, const PlayInput& input) {
             std::printf("late: %s, %llu samples\n", input.nameOf(strip).c_str(),
                         static_cast<unsigned long long>(strip.underrunSamples));
     if (!report.sound.failure.empty())
-        throw CommandError(report.sound.failure);
+        throw CommandError(report.sound.failure, ExitStatus::input);
     for (const StripReport& strip : report.strips)
         if (!strip.failure.empty())
-            throw CommandError(input.nameOf(strip) + ": " + strip.failure);
+            throw CommandError(input.nameOf(strip) + ": " + strip.failure, ExitStatus::incomplete);
 }
 
 /// How far rendering must be ahead, in seconds. A device may fill its buffer at one go, and some sound
@@ -142,7 +143,7 @@ void play(const PlayOptions& options) {
     }
     player->setSpeed(options.speed());
     if (options.from)
-        player->seek(options.from->samples(format.sampleRate));
+        player->seek(momentIn(*options.from, input.whole()));
     {
         const SoundDevices::Stream stream(device, format,
                                           [&](std::span<float> frames) { player->fill(frames); });

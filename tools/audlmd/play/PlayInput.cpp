@@ -2,6 +2,7 @@
 
 #include "host/play/LiveContent.hpp"
 #include "host/timeline/TimelineError.hpp"
+#include "host/words/Text.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/mix/TimelineInput.hpp"
 
@@ -31,9 +32,11 @@ PlayInput::PlayInput(const PlayOptions& options) : options_(options), isTimeline
 
 void PlayInput::openSound() {
     media_ = options_.open(options_.input);
-    settings_ = forwards(options_.strip.settingsFor({.path = options_.input,
-                                                     .frames = media_.channels.front()->length(),
-                                                     .sampleRate = media_.sampleRate}),
+    settings_ = forwards(options_.strip
+                             .settingsFor({.path = options_.input,
+                                           .frames = media_.channels.front()->length(),
+                                           .sampleRate = media_.sampleRate})
+                             .settings,
                          options_.strip.converter.has_value());
 }
 
@@ -41,11 +44,17 @@ void PlayInput::openTimeline() {
     finder_ = std::make_unique<MediaFinder>(options_.media);
     timeline_ = readTimelineFile(options_.input, {.rate = options_.rate, .channels = {}}, *finder_);
     if (timeline_.length <= 0)
-        throw CommandError("'" + options_.input.string() + "' has nothing to play");
+        throw CommandError("'" + options_.input.string() + "' has nothing to play", ExitStatus::input);
 }
 
 std::size_t PlayInput::channels() const {
     return isTimeline_ ? timeline_.channels : media_.channels.size();
+}
+
+RangeOf PlayInput::whole() const {
+    return {.name = words::quoted(options_.input.string()),
+            .length = isTimeline_ ? std::int64_t{timeline_.length} : media_.channels.front()->length(),
+            .sampleRate = sampleRate()};
 }
 
 int PlayInput::sampleRate() const {

@@ -17,6 +17,8 @@ public:
 
     std::size_t channels() const;
     int sampleRate() const;
+    /// What moments on the command line are in.
+    RangeOf whole() const;
     /// Plays the one channel of the input on two, for devices that have no single one.
     void doubleChannel();
 

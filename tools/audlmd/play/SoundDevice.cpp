@@ -41,7 +41,7 @@ private:
 
 void require(PaError result, const std::string& what) {
     if (result != paNoError)
-        throw CommandError(what + ": " + Pa_GetErrorText(result));
+        throw CommandError(what + ": " + Pa_GetErrorText(result), ExitStatus::output);
 }
 
 PaStreamParameters parametersFor(int device, const DeviceFormat& format) {
@@ -89,7 +89,7 @@ std::string SoundDevices::list() const {
 int SoundDevices::find(const std::optional<std::string>& name) const {
     const std::vector<int> devices = playingDevices();
     if (devices.empty())
-        throw CommandError("this machine has no sound device to play on");
+        throw CommandError("this machine has no sound device to play on", ExitStatus::output);
     if (!name)
         return std::max(Pa_GetDefaultOutputDevice(), devices.front());
     std::vector<int> found;
@@ -159,7 +159,7 @@ SoundDevices::Stream::~Stream() {
 
 void SoundDevices::Stream::requireActive() const {
     if (Pa_IsStreamActive(stream_) != 1)
-        throw CommandError("the sound device has stopped; is it still connected?");
+        throw CommandError("the sound device has stopped; is it still connected?", ExitStatus::output);
 }
 
 std::uint64_t SoundDevices::Stream::underruns() const {

@@ -83,7 +83,8 @@ Figure spectrogramFigure(const std::filesystem::path& path, int channel, double 
                          const Watcher& watcher) {
     SoundFile file(path);
     if (file.frames() == 0)
-        throw CommandError("'" + path.string() + "' holds no samples, so there is nothing to draw");
+        throw CommandError("'" + path.string() + "' holds no samples, so there is nothing to draw",
+                           ExitStatus::input);
     if (channel < 1 || channel > file.channels())
         throw CommandError("--channel " + std::to_string(channel) + ": '" + path.string() + "' has " +
                            std::to_string(file.channels()) + " channel(s), counted from 1");

@@ -26,8 +26,9 @@ constexpr std::size_t mostBlock = std::size_t{1} << 24;
 
 constexpr const char* renderHelp =
     R"(TIMES of --from, --to and --duration are the input's; those of fades and automation are the output's,
-as heard. A time is written in seconds (12.5 or 3s), milliseconds (250ms), samples (480000smp) or as a
-timecode (1:02.5, 1:00:02.5).
+as heard. A time is written in seconds (12.5 or 3s), milliseconds (250ms), samples (480000smp), as a clock
+(1:02.5, 1:00:02.5) or as timecode with its frame rate (1:00:00:12@25, 1:00:00;12@29.97). --from and --to
+count from the end with a minus sign: --from -5s. A --duration beyond the end ends there, with a note.
 
 BANDS of --eq are written peak:FREQUENCY:GAIN[:Q], lowshelf:FREQUENCY:GAIN[:Q], highshelf:FREQUENCY:GAIN[:Q],
 highpass:FREQUENCY[:Q] or lowpass:FREQUENCY[:Q], in hertz (1k is 1000) and decibels. Without Q it is 0.707.
@@ -132,9 +133,12 @@ private:
 
     void makePlayers() {
         const Media input = options_.open(options_.input);
-        StripSettings settings = options_.strip.settingsFor({.path = options_.input,
-                                                             .frames = input.channels.front()->length(),
-                                                             .sampleRate = input.sampleRate});
+        ResolvedStrip strip = options_.strip.settingsFor({.path = options_.input,
+                                                          .frames = input.channels.front()->length(),
+                                                          .sampleRate = input.sampleRate});
+        if (!strip.note.empty())
+            std::fprintf(outputs_.report(), "%s\n", strip.note.c_str());
+        StripSettings& settings = strip.settings;
         // The threads that the cache starts leave the signals to this thread.
         const EndingSignalsBlocked blocked;
         cache_ = std::make_unique<MaterialCache>(cacheOptions(input.channels.size()));
@@ -170,7 +174,7 @@ private:
                                                      : RenderedChunks::Through::inlined);
         RenderSummary summary{layout_.frames, layout_.channels, layout_.sampleRate, 0.0, 0, 0};
         {
-            Progress progress(layout_.frames, layout_.sampleRate);
+            Progress progress(layout_.frames, layout_.sampleRate, !options_.quiet);
             ChunkWriter(chunks, layout_, options_.block).run(output, [&](std::int64_t done) {
                 requireWholeInput();
                 progress.update(done);
@@ -184,7 +188,8 @@ private:
             summary.underrunEpisodes += statistics.underrunEpisodes;
         }
         tellClipped(chunks);
-        std::fprintf(outputs_.report(), "%s\n", summary.line().c_str());
+        if (!options_.quiet || summary.underrunSamples != 0)
+            std::fprintf(outputs_.report(), "%s\n", summary.line().c_str());
     }
 
     /// In the words of a mix. The library does not tell what it clips, so through the tables nobody knows
@@ -207,7 +212,7 @@ private:
         for (const Cookie& cookie : cookies_)
             if (const MaterialStatistics statistics = cache_->statistics(cookie);
                 statistics.failedSegments != 0)
-                throw CommandError(statistics.firstFailure);
+                throw CommandError(statistics.firstFailure, ExitStatus::input);
     }
 
     const RenderOptions& options_;
