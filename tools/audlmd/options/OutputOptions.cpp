@@ -1,5 +1,6 @@
 #include "tools/audlmd/options/OutputOptions.hpp"
 
+#include "host/cache/SoundFile.hpp"
 #include "host/inlined/InlinedRenderFunctions.hpp"
 #include "host/mix/ConvertedSources.hpp"
 #include "tools/audlmd/CommandError.hpp"
@@ -23,8 +24,44 @@ RenderFunctionLookUp<Unclipped> RenderingOptions::inlined() const {
     return throughTables ? nullptr : &inlinedRenderFunction;
 }
 
+void RenderingOptions::declareInput(CLI::App& app) {
+    constexpr const char* group = "Input";
+    addParsed(app, "--input-format", inputFormat, &parseFormat, "Of samples without a header: f32, s16, ...")
+        ->option_text("FORMAT")
+        ->group(group);
+    addParsed(app, "--input-rate", inputRate, &parseRate, "Their samples per second")
+        ->option_text("HZ")
+        ->group(group);
+    app.add_option("--input-channels", inputChannels, "Their channels")
+        ->option_text("N")
+        ->check(CLI::Range(1, 1024))
+        ->group(group);
+}
+
+std::optional<RawLayout> RenderingOptions::rawInput() const {
+    if (!inputFormat && !inputRate && !inputChannels)
+        return std::nullopt;
+    if (!inputFormat || !inputRate || !inputChannels)
+        throw CommandError("samples without a header need all three of --input-format, --input-rate and "
+                           "--input-channels");
+    return RawLayout{.format = *inputFormat, .sampleRate = *inputRate, .channels = *inputChannels};
+}
+
+Media RenderingOptions::openFile(const std::filesystem::path& input) const {
+    const std::optional<RawLayout> raw = rawInput();
+    if (!raw && !isStream(input))
+        return openSoundFile(input.string());
+    const std::string copy = spooled(input, raw).string();
+    try {
+        return openSoundFile(copy);
+    } catch (const SoundFileError& error) {
+        // The user knows the input, not the copy.
+        throw SoundFileError(input.string() + std::string(error.what()).substr(copy.size()));
+    }
+}
+
 Media RenderingOptions::open(const std::filesystem::path& input) const {
-    Media media = openSoundFile(input.string());
+    Media media = openFile(input);
     if (media.channels.front()->length() == 0)
         throw CommandError("'" + input.string() + "' holds no samples", ExitStatus::input);
     const int wanted = rate.value_or(media.sampleRate);

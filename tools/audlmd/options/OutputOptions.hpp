@@ -3,7 +3,7 @@
 #include "host/mix/Media.hpp"
 #include "host/services/RenderFunctions.hpp"
 #include "host/signal/Unclipped.hpp"
-#include "tools/audlmd/files/OutputFormat.hpp"
+#include "tools/audlmd/files/SpooledInput.hpp"
 
 #include <cstddef>
 #include <filesystem>
@@ -18,6 +18,10 @@ namespace audlmd::command {
 
 /// The options of every command that renders.
 struct RenderingOptions {
+    /// Where one of these is set, the input has no header; then all must be.
+    std::optional<FormatId> inputFormat;
+    std::optional<int> inputRate;
+    std::optional<int> inputChannels;
     /// In samples per second. Not set: the input's.
     std::optional<int> rate;
     /// Whether the functions of the loaded library render, and not those compiled into the command.
@@ -30,9 +34,16 @@ struct RenderingOptions {
     /// What players take for `inlined`.
     RenderFunctionLookUp<Unclipped> inlined() const;
 
-    /// Opens a sound file, at the rate of the output. Throws SoundFileError, and CommandError for a file
-    /// without samples.
+    /// Declares the options on an input without a header, in the group "Input".
+    void declareInput(CLI::App& app);
+
+    /// Opens a sound file, or what `-` and pipes bring, at the rate of the output. Throws SoundFileError, and
+    /// CommandError for a file without samples.
     Media open(const std::filesystem::path& input) const;
+
+private:
+    std::optional<RawLayout> rawInput() const;
+    Media openFile(const std::filesystem::path& input) const;
 };
 
 /// The options of every command that renders into a sound file.

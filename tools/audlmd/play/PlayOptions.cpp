@@ -57,7 +57,9 @@ void declareDevice(CLI::App& play, PlayOptions& options) {
 } // namespace
 
 void PlayOptions::declare(CLI::App& play) {
-    play.add_option("INPUT", input, "A sound file or a timeline; the content decides");
+    play.add_option("INPUT", input,
+                    "A sound file or a timeline; the content decides; - is sound on standard input");
+    declareInput(play);
     declareDevice(play, *this);
     play.add_option("--media", media, "A folder in which a timeline's media are looked for")
         ->option_text("FOLDER")

@@ -74,7 +74,10 @@ struct RenderOptions : OutputOptions {
 };
 
 void RenderOptions::declare(CLI::App& render) {
-    render.add_option("INPUT", input, "A sound file in any format that libsndfile reads")->required();
+    render
+        .add_option("INPUT", input, "A sound file in any format that libsndfile reads; - is standard input")
+        ->required();
+    declareInput(render);
     declareOutput(render, "The file to write; may be left out with --explain", "the input's", mostBlock);
     render
         .add_option("--mix-into", mixInto,

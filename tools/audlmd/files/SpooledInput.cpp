@@ -1,0 +1,183 @@
+#include "tools/audlmd/files/SpooledInput.hpp"
+
+#include "tools/audlmd/CommandError.hpp"
+#include "tools/audlmd/files/CheckedDescriptor.hpp"
+#include "tools/audlmd/files/FileKind.hpp"
+#include "tools/audlmd/files/OutputFile.hpp"
+#include "tools/audlmd/files/TemporaryFile.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+#include <fcntl.h>
+#include <functional>
+#include <limits>
+#include <span>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+#include <vector>
+
+namespace audlmd::command {
+namespace {
+
+using Take = std::function<void(std::span<std::byte>)>;
+
+std::string nameOf(const std::filesystem::path& input) {
+    return input == "-" ? "standard input" : "'" + input.string() + "'";
+}
+
+/// A file that nobody else finds, and that is gone with the process.
+int makeNamelessFile() {
+    const std::filesystem::path folder = std::filesystem::temp_directory_path();
+    std::string name = (folder / ".audlmd-XXXXXX").string();
+    const EndingSignalsBlocked blocked;
+    const int descriptor = mkostemp(name.data(), O_CLOEXEC);
+    if (descriptor < 0 || unlink(name.c_str()) != 0)
+        throw CommandError("cannot keep what is read in '" + folder.string() + "': " +
+                               std::generic_category().message(errno) + "; TMPDIR names another folder",
+                           ExitStatus::failed);
+    return descriptor;
+}
+
+void writeAll(int descriptor, std::span<const std::byte> bytes) {
+    while (!bytes.empty()) {
+        const ssize_t count = write(descriptor, bytes.data(), bytes.size());
+        if (count < 0 && errno != EINTR)
+            throw CommandError(
+                "cannot keep what is read in '" + std::filesystem::temp_directory_path().string() +
+                    "': " + std::generic_category().message(errno) + "; TMPDIR names another folder",
+                ExitStatus::failed);
+        bytes = bytes.subspan(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    }
+}
+
+/// Hands an input over to its end, in pieces of whole frames but for the last.
+void readAll(const std::filesystem::path& input, const Take& take) {
+    const auto fail = [&input](const std::string& why) {
+        throw CommandError("cannot read " + nameOf(input) + ": " + why, ExitStatus::input);
+    };
+    const int descriptor =
+        input == "-" ? dup(STDIN_FILENO) : open(input.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY);
+    if (descriptor < 0)
+        fail(std::generic_category().message(errno));
+    if (isatty(descriptor) == 1)
+        fail("it is a terminal; send sound through a pipe");
+    // Divisible by every number of bytes of a frame of up to four channels; others fill up by themselves.
+    std::vector<std::byte> bytes(std::size_t{12} << 16);
+    std::size_t filled = 0;
+    for (ssize_t count = 1; count != 0;) {
+        count = read(descriptor, bytes.data() + filled, bytes.size() - filled);
+        if (count < 0 && errno != EINTR) {
+            const int error = errno;
+            close(descriptor);
+            fail(std::generic_category().message(error));
+        }
+        filled += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+        if (filled == bytes.size() || count == 0) {
+            take(std::span(bytes).first(filled));
+            filled = 0;
+        }
+    }
+    close(descriptor);
+}
+
+/// Behind a header: W64 holds all formats but signed bytes, which CAF holds.
+void spoolRaw(const std::filesystem::path& input, const RawLayout& raw, int spool) {
+    SF_INFO info{};
+    info.channels = raw.channels;
+    info.samplerate = raw.sampleRate;
+    const FormatId kept = raw.format == FormatId::s24in32 ? FormatId::s32 : raw.format;
+    const FileKind& kind = fileKindOf(kept == FormatId::s8 ? "x.caf" : "x.w64");
+    info.format = kind.type | *subtypeIn(kind, kept);
+    CheckedDescriptor checked(spool);
+    SoundFileHandle file(checked.open(SFM_WRITE, info));
+    std::uint64_t bytesRead = 0;
+    bool written = file != nullptr;
+    readAll(input, [&](std::span<std::byte> bytes) {
+        bytesRead += bytes.size();
+        if (raw.format == FormatId::s24in32)
+            for (std::size_t at = 0; at + 4 <= bytes.size(); at += 4) {
+                std::uint32_t container = 0;
+                std::memcpy(&container, &bytes[at], sizeof container);
+                container <<= 8U;
+                std::memcpy(&bytes[at], &container, sizeof container);
+            }
+        const auto count = static_cast<sf_count_t>(bytes.size());
+        written = written && sf_write_raw(file.get(), bytes.data(), count) == count;
+    });
+    file.reset();
+    if (!written || checked.error() != 0)
+        throw CommandError("cannot keep what is read: " + std::generic_category().message(checked.error()),
+                           ExitStatus::failed);
+    const std::uint64_t frameBytes =
+        static_cast<std::uint64_t>(raw.channels) * outputFormat(raw.format).bytes;
+    if (bytesRead % frameBytes != 0)
+        throw CommandError(nameOf(input) + ": its " + std::to_string(bytesRead) +
+                               " bytes are not a whole number of frames of " + std::to_string(frameBytes) +
+                               " bytes",
+                           ExitStatus::input);
+}
+
+/// The number of a little-endian field of a header, or nothing beyond the end.
+std::optional<std::uint32_t> fieldAt(int descriptor, std::int64_t position) {
+    std::uint32_t value = 0;
+    return pread(descriptor, &value, sizeof value, position) == sizeof value ? std::optional(value)
+                                                                             : std::nullopt;
+}
+
+/// Writes the true lengths into the header of a WAV that was made before its length was known. Such a header
+/// states none, or more than a pipe will ever bring; where it states a possible length, it is left alone, so
+/// that a WAV that was cut off stays one.
+void stateLengths(int descriptor, const std::filesystem::path& input) {
+    constexpr std::uint32_t riff = 0x46464952;
+    constexpr std::uint32_t data = 0x61746164;
+    constexpr std::uint32_t impossible = 0x7FFFF000;
+    struct stat status {};
+    if (fstat(descriptor, &status) != 0 || fieldAt(descriptor, 0) != riff)
+        return;
+    for (std::int64_t at = 12; const auto name = fieldAt(descriptor, at);) {
+        const std::uint32_t length = fieldAt(descriptor, at + 4).value_or(0);
+        if (*name != data) {
+            at += 8 + std::int64_t{length} + length % 2;
+            continue;
+        }
+        const std::int64_t left = status.st_size - at - 8;
+        if ((length != 0 && length < impossible) || left == length)
+            return;
+        if (status.st_size > std::numeric_limits<std::uint32_t>::max())
+            throw CommandError(
+                nameOf(input) + ": a WAV without its length ends at 4 GiB; send samples with --input-format",
+                ExitStatus::input);
+        const std::array lengths{static_cast<std::uint32_t>(status.st_size - 8),
+                                 static_cast<std::uint32_t>(left)};
+        if (pwrite(descriptor, lengths.data(), 4, 4) != 4 || pwrite(descriptor, &lengths[1], 4, at + 4) != 4)
+            throw CommandError("cannot keep what is read: " + std::generic_category().message(errno),
+                               ExitStatus::failed);
+        return;
+    }
+}
+
+} // namespace
+
+bool isStream(const std::filesystem::path& input) {
+    std::error_code none;
+    const auto status = std::filesystem::status(input, none);
+    return input == "-" || std::filesystem::is_fifo(status) || std::filesystem::is_character_file(status) ||
+           std::filesystem::is_socket(status);
+}
+
+std::filesystem::path spooled(const std::filesystem::path& input, const std::optional<RawLayout>& raw) {
+    const int spool = makeNamelessFile();
+    if (raw) {
+        spoolRaw(input, *raw, spool);
+    } else {
+        readAll(input, [spool](std::span<const std::byte> bytes) { writeAll(spool, bytes); });
+        stateLengths(spool, input);
+    }
+    return "/proc/self/fd/" + std::to_string(spool);
+}
+
+} // namespace audlmd::command
