@@ -161,6 +161,28 @@ TEST_F(Files, GoToStandardOutputWithoutAHeader) {
     EXPECT_TRUE(outcome.output == readBytes(in("out.raw")));
 }
 
+TEST_F(Files, ComeThroughPipesAndWithoutHeaders) {
+    const auto shell = [this](const std::string& line) {
+        return WEXITSTATUS(
+            std::system(("cd " + in("").string() + " && a=" AUDLMD_COMMAND " && " + line).c_str()));
+    };
+    output("render a.wav -o b.wav --format s24");
+    EXPECT_EQ(shell("cat a.wav | $a render - -o - --kind wav --format s24 --quiet | $a render - -o piped.wav "
+                    "--format s24 --quiet"),
+              0);
+    EXPECT_EQ(readBytes(in("piped.wav")), readBytes(in("b.wav")));
+    output("render a.wav -o a.raw");
+    const std::string layout = " --input-format f32 --input-rate 48k --input-channels 2";
+    EXPECT_EQ(shell("$a render - -o raw.wav --format s24 --quiet < a.raw" + layout), 0);
+    EXPECT_EQ(readBytes(in("raw.wav")), readBytes(in("b.wav")));
+    // A WAV that was cut off stays one, and only a header without a length is completed.
+    EXPECT_EQ(shell("head -c 50000 a.wav | $a render - -o cut.wav 2> errors"), 3);
+    EXPECT_NE(readBytes(in("errors")).find("standard input: truncated"), std::string::npos);
+    EXPECT_EQ(shell("head -c 50003 a.raw | $a render - -o cut.wav 2> errors" + layout), 3);
+    EXPECT_NE(readBytes(in("errors")).find("not a whole number of frames"), std::string::npos);
+    expectRefused("render a.raw -o new.wav --input-rate 48000", "need all three of");
+}
+
 TEST_F(Files, KeepTheirLinksOwnersAndPermissions) {
     writeBytes(in("real.wav"), "before");
     // Only root may give a file away.

@@ -62,6 +62,14 @@ const FileKind& fileKindOf(const std::filesystem::path& path) {
                        joinExtensions([](const FileKind&) { return true; }));
 }
 
+const FileKind* parseFileKind(std::string_view text, std::string_view option) {
+    if (const FileKind* found = findFileKind("x." + std::string(text.substr(text.starts_with('.') ? 1 : 0))))
+        return found;
+    throw CommandError(std::string(option) + ": '" + std::string(text) +
+                       "' is not a kind of file; use one of " +
+                       joinExtensions([](const FileKind&) { return true; }));
+}
+
 const FileKind& rawFileKind() {
     return fileKinds.back();
 }

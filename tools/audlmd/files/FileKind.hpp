@@ -35,6 +35,10 @@ const FileKind* findFileKind(const std::filesystem::path& path);
 /// other.
 const FileKind& fileKindOf(const std::filesystem::path& path);
 
+/// The kind that an extension names, with or without its point. Throws CommandError, naming `option` and the
+/// known extensions, for any other text.
+const FileKind* parseFileKind(std::string_view text, std::string_view option);
+
 /// Samples without a header, little-endian. Use this for streams, whose headers could not be completed at the
 /// end.
 const FileKind& rawFileKind();

@@ -3,6 +3,8 @@
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/files/SampleLayouts.hpp"
 
+#include <cerrno>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -25,8 +27,12 @@ bool statesSizeOfW64(int descriptor) {
 
 } // namespace
 
-OutputTarget::OutputTarget(const std::filesystem::path& given)
-    : OutputPath(given), kind(findFileKind(given)) {
+OutputTarget::OutputTarget(const std::filesystem::path& given, const FileKind* wanted)
+    : OutputPath(given), kind(wanted != nullptr ? wanted : findFileKind(given)) {
+    if (inherited && isatty(*inherited) == 1)
+        throw CommandError("'" + given.string() +
+                           "' is a terminal, which cannot play samples; name a file, or send them "
+                           "through a pipe");
     if (kind == nullptr)
         // A stream without an extension has no header; a file without one is a mistake of the user.
         kind = isStream ? &rawFileKind() : &fileKindOf(given);
@@ -36,47 +42,78 @@ OutputFile::OutputFile(const OutputTarget& target, const OutputLayout& layout)
     : target_(target), layout_(layout) {
     requireHolds(*target_.kind, layout_.format, layout_.dataBytes(), target_.path);
     output_.emplace(target_);
-    openSoundFile();
+    if (target_.isStream && target_.kind->type == SF_FORMAT_WAV)
+        writeStreamedHeader();
+    else
+        openSoundFile();
 }
 
-void OutputFile::openSoundFile() {
+SF_INFO OutputFile::info() const {
     SF_INFO info{};
     info.channels = layout_.channels;
     info.samplerate = layout_.sampleRate;
-    int type = target_.kind->type;
-    if (type == SF_FORMAT_WAV && layout_.dataBytes() > largestWavData)
-        type = SF_FORMAT_RF64;
-    type_ = type | *subtypeIn(*target_.kind, layout_.format);
-    info.format = type_;
-    if (target_.isStream)
-        // libsndfile then knows that it cannot go back to the header.
-        file_.reset(sf_open_fd(output_->descriptor(), SFM_WRITE, &info, SF_FALSE));
-    else
-        file_.reset(checked_.emplace(output_->descriptor()).open(SFM_WRITE, info));
-    if (file_ == nullptr)
-        fail("as a " + std::string(target_.kind->name) + " file of " + std::to_string(info.channels) +
-             " channel(s) at " + std::to_string(info.samplerate) + " Hz: " + sf_strerror(nullptr));
-    // The chunk holds the time of writing: with it, equal renders would differ.
-    sf_command(file_.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
-    if (layout_.timeReference > 0 && (type == SF_FORMAT_WAV || type == SF_FORMAT_RF64))
-        setTimeReference();
+    const bool isLarge = layout_.dataBytes() > largestWavData && !target_.isStream;
+    const int type = target_.kind->type == SF_FORMAT_WAV && isLarge ? SF_FORMAT_RF64 : target_.kind->type;
+    info.format = type | *subtypeIn(*target_.kind, layout_.format);
+    return info;
 }
 
-/// A chunk of the Broadcast Wave Format (EBU Tech 3285). Date and time of writing stay empty: with them,
-/// equal renders would differ.
-void OutputFile::setTimeReference() {
+void OutputFile::openSoundFile() {
+    SF_INFO opened = info();
+    type_ = opened.format;
+    if (target_.isStream)
+        // libsndfile then knows that it cannot go back to the header.
+        file_.reset(sf_open_fd(output_->descriptor(), SFM_WRITE, &opened, SF_FALSE));
+    else
+        file_.reset(checked_.emplace(output_->descriptor()).open(SFM_WRITE, opened));
+    if (file_ == nullptr)
+        fail("as a " + std::string(target_.kind->name) + " file of " + std::to_string(layout_.channels) +
+             " channel(s) at " + std::to_string(layout_.sampleRate) + " Hz: " + sf_strerror(nullptr));
+    describe(file_.get());
+}
+
+void OutputFile::writeStreamedHeader() {
+    const int memory = memfd_create("header", MFD_CLOEXEC);
+    if (memory < 0)
+        failToWrite(target_.path, errno);
+    SF_INFO opened = info();
+    {
+        const SoundFileHandle file(sf_open_fd(memory, SFM_WRITE, &opened, SF_FALSE));
+        if (file != nullptr)
+            describe(file.get());
+    }
+    std::string header(static_cast<std::size_t>(lseek(memory, 0, SEEK_END)), '\0');
+    const bool isRead = pread(memory, header.data(), header.size(), 0) == std::ssize(header);
+    close(memory);
+    // Without samples, the header ends with the name of their chunk and its length.
+    if (!isRead || header.size() < 44 || header.compare(header.size() - 8, 4, "data") != 0)
+        fail("its header cannot be made");
+    header.replace(4, 4, 4, '\xFF');
+    header.replace(header.size() - 4, 4, 4, '\xFF');
+    output_->write(header);
+}
+
+/// The time reference stands in a chunk of the Broadcast Wave Format (EBU Tech 3285). Date and time of
+/// writing stay empty, as does the chunk of peaks, which holds them: with them, equal renders would differ.
+void OutputFile::describe(SNDFILE* file) const {
+    sf_command(file, SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
+    const int type = target_.kind->type;
+    if (layout_.timeReference <= 0 || (type != SF_FORMAT_WAV && type != SF_FORMAT_RF64))
+        return;
     SF_BROADCAST_INFO broadcast{};
     const auto reference = static_cast<std::uint64_t>(layout_.timeReference);
     broadcast.time_reference_low = static_cast<std::uint32_t>(reference);
     broadcast.time_reference_high = static_cast<std::uint32_t>(reference >> 32);
     broadcast.version = 1;
-    if (sf_command(file_.get(), SFC_SET_BROADCAST_INFO, &broadcast, sizeof broadcast) != SF_TRUE)
-        fail(sf_strerror(file_.get()));
+    if (sf_command(file, SFC_SET_BROADCAST_INFO, &broadcast, sizeof broadcast) != SF_TRUE)
+        fail(sf_strerror(file));
 }
 
 /// A file in the byte order of the machine takes the bytes as they are, which cannot change a
 /// bit.
 void OutputFile::write(const std::byte* interleaved, std::size_t frames) {
+    if (file_ == nullptr)
+        return output_->write({reinterpret_cast<const char*>(interleaved), frames * layout_.frameBytes()});
     const auto bytes = static_cast<sf_count_t>(frames * layout_.frameBytes());
     const bool whole = target_.kind->littleEndian ? sf_write_raw(file_.get(), interleaved, bytes) == bytes
                                                   : writeConverted(interleaved, frames);

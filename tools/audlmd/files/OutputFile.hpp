@@ -40,9 +40,10 @@ struct OutputLayout {
 
 /// Where a sound file goes.
 struct OutputTarget : OutputPath {
-    /// Throws CommandError, also for a file with an unknown extension. Without a known extension, a device, a
-    /// pipe and standard output (`-`) get samples without a header.
-    explicit OutputTarget(const std::filesystem::path& given);
+    /// Throws CommandError, also for a terminal, and for a file with an unknown extension where no kind is
+    /// `wanted`. Without a known extension, a device, a pipe and standard output (`-`) get samples without a
+    /// header.
+    explicit OutputTarget(const std::filesystem::path& given, const FileKind* wanted = nullptr);
 
     /// Never null after construction.
     const FileKind* kind = nullptr;
@@ -64,10 +65,15 @@ public:
     void commit();
 
 private:
+    /// What libsndfile is to write.
+    SF_INFO info() const;
     /// Lets libsndfile write the header through the descriptor.
     void openSoundFile();
-    /// Lets libsndfile write the time reference.
-    void setTimeReference();
+    /// Writes the header of a WAV into a pipe, with lengths that mean that they are not known. libsndfile
+    /// writes no WAV into a pipe; it makes this header in memory.
+    void writeStreamedHeader();
+    /// What stands in a header beside format and length.
+    void describe(SNDFILE* file) const;
     void requireNoError() const;
     void requireHeader() const;
     void requireLastFrame() const;
@@ -82,7 +88,7 @@ private:
     std::optional<OpenOutput> output_;
     /// Of a regular file.
     std::optional<CheckedDescriptor> checked_;
-    /// Closed before the two above: closing still writes.
+    /// Closed before the two above: closing still writes. Null where a WAV goes into a pipe.
     SoundFileHandle file_;
     /// For formats that libsndfile takes as ints.
     std::vector<int> wide_;

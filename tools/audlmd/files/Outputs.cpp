@@ -8,9 +8,10 @@
 
 namespace audlmd::command {
 
-Outputs::Outputs(const std::filesystem::path& sound, std::initializer_list<std::filesystem::path> others) {
+Outputs::Outputs(const std::filesystem::path& sound, const FileKind* kind,
+                 std::initializer_list<std::filesystem::path> others) {
     if (!sound.empty())
-        all_.push_back(sound_.emplace(sound));
+        all_.push_back(sound_.emplace(sound, kind));
     for (const std::filesystem::path& other : others)
         if (!other.empty())
             all_.emplace_back(other);

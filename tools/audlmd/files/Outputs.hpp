@@ -20,9 +20,10 @@ namespace audlmd::command {
 /// once; making it writes nothing.
 class Outputs {
 public:
-    /// A sound file, and other files beside it. Those with an empty name are not written. Throws CommandError
-    /// for names that cannot be written, and where two are one file.
-    explicit Outputs(const std::filesystem::path& sound,
+    /// A sound file, and other files beside it. Those with an empty name are not written. `kind` is that of
+    /// the sound file; null: its name says it. Throws CommandError for names that cannot be written, and
+    /// where two are one file.
+    explicit Outputs(const std::filesystem::path& sound, const FileKind* kind = nullptr,
                      std::initializer_list<std::filesystem::path> others = {});
 
     const std::optional<OutputTarget>& sound() const { return sound_; }

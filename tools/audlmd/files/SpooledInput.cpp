@@ -54,8 +54,8 @@ void writeAll(int descriptor, std::span<const std::byte> bytes) {
     }
 }
 
-/// Hands an input over to its end, in pieces of whole frames but for the last.
-void readAll(const std::filesystem::path& input, const Take& take) {
+/// Hands an input over to its end, in pieces of whole units but for the last. A unit has so many bytes.
+void readAll(const std::filesystem::path& input, std::size_t unit, const Take& take) {
     const auto fail = [&input](const std::string& why) {
         throw CommandError("cannot read " + nameOf(input) + ": " + why, ExitStatus::input);
     };
@@ -65,8 +65,8 @@ void readAll(const std::filesystem::path& input, const Take& take) {
         fail(std::generic_category().message(errno));
     if (isatty(descriptor) == 1)
         fail("it is a terminal; send sound through a pipe");
-    // Divisible by every number of bytes of a frame of up to four channels; others fill up by themselves.
-    std::vector<std::byte> bytes(std::size_t{12} << 16);
+    constexpr std::size_t piece = std::size_t{1} << 20;
+    std::vector<std::byte> bytes(piece / unit * unit);
     std::size_t filled = 0;
     for (ssize_t count = 1; count != 0;) {
         count = read(descriptor, bytes.data() + filled, bytes.size() - filled);
@@ -94,9 +94,10 @@ void spoolRaw(const std::filesystem::path& input, const RawLayout& raw, int spoo
     info.format = kind.type | *subtypeIn(kind, kept);
     CheckedDescriptor checked(spool);
     SoundFileHandle file(checked.open(SFM_WRITE, info));
+    const std::size_t frameBytes = static_cast<std::size_t>(raw.channels) * outputFormat(raw.format).bytes;
     std::uint64_t bytesRead = 0;
     bool written = file != nullptr;
-    readAll(input, [&](std::span<std::byte> bytes) {
+    readAll(input, frameBytes, [&](std::span<std::byte> bytes) {
         bytesRead += bytes.size();
         if (raw.format == FormatId::s24in32)
             for (std::size_t at = 0; at + 4 <= bytes.size(); at += 4) {
@@ -105,15 +106,13 @@ void spoolRaw(const std::filesystem::path& input, const RawLayout& raw, int spoo
                 container <<= 8U;
                 std::memcpy(&bytes[at], &container, sizeof container);
             }
-        const auto count = static_cast<sf_count_t>(bytes.size());
+        const auto count = static_cast<sf_count_t>(bytes.size() / frameBytes * frameBytes);
         written = written && sf_write_raw(file.get(), bytes.data(), count) == count;
     });
     file.reset();
     if (!written || checked.error() != 0)
         throw CommandError("cannot keep what is read: " + std::generic_category().message(checked.error()),
                            ExitStatus::failed);
-    const std::uint64_t frameBytes =
-        static_cast<std::uint64_t>(raw.channels) * outputFormat(raw.format).bytes;
     if (bytesRead % frameBytes != 0)
         throw CommandError(nameOf(input) + ": its " + std::to_string(bytesRead) +
                                " bytes are not a whole number of frames of " + std::to_string(frameBytes) +
@@ -174,7 +173,7 @@ std::filesystem::path spooled(const std::filesystem::path& input, const std::opt
     if (raw) {
         spoolRaw(input, *raw, spool);
     } else {
-        readAll(input, [spool](std::span<const std::byte> bytes) { writeAll(spool, bytes); });
+        readAll(input, 1, [spool](std::span<const std::byte> bytes) { writeAll(spool, bytes); });
         stateLengths(spool, input);
     }
     return "/proc/self/fd/" + std::to_string(spool);

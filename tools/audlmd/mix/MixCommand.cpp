@@ -82,7 +82,7 @@ class Mix {
 public:
     explicit Mix(const MixOptions& options)
         : options_(options), media_(options.media),
-          outputs_(options.output, {options.report, options.picture}) {}
+          outputs_(options.output, options.kind.value_or(nullptr), {options.report, options.picture}) {}
 
     void run() {
         readTimeline();

@@ -56,7 +56,8 @@ Media RenderingOptions::openFile(const std::filesystem::path& input) const {
         return openSoundFile(copy);
     } catch (const SoundFileError& error) {
         // The user knows the input, not the copy.
-        throw SoundFileError(input.string() + std::string(error.what()).substr(copy.size()));
+        throw SoundFileError((input == "-" ? "standard input" : input.string()) +
+                             std::string(error.what()).substr(copy.size()));
     }
 }
 
@@ -75,6 +76,10 @@ void OutputOptions::declareOutput(CLI::App& app, const std::string& outputHelp,
                                   const std::string& defaultRate, std::size_t mostBlock) {
     constexpr const char* group = "Output";
     app.add_option("-o,--output", output, outputHelp)->option_text("OUTPUT")->group(group);
+    addParsed(app, "--kind", kind, &parseFileKind,
+              "The kind of file (wav, flac, ...) where the name does not say it")
+        ->option_text("KIND")
+        ->group(group);
     addParsed(app, "--format", format, &parseFormat, "f32, s8, u8, s16, s24, s24in32 or s32")
         ->option_text("FORMAT")
         ->group(group);

@@ -3,6 +3,7 @@
 #include "host/mix/Media.hpp"
 #include "host/services/RenderFunctions.hpp"
 #include "host/signal/Unclipped.hpp"
+#include "tools/audlmd/files/FileKind.hpp"
 #include "tools/audlmd/files/SpooledInput.hpp"
 
 #include <cstddef>
@@ -50,6 +51,8 @@ private:
 struct OutputOptions : RenderingOptions {
     /// Empty: nothing is rendered.
     std::filesystem::path output;
+    /// Never null. Not set: the name of the output says it.
+    std::optional<const FileKind*> kind;
     /// Not set: that of the kind of file.
     std::optional<FormatId> format;
     /// Samples per render call.

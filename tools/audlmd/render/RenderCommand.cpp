@@ -45,7 +45,7 @@ FILES The output's extension chooses the kind of file. Every sample in it is wha
   .flac             s8 s16 s24
   .raw .pcm         every format, little-endian and without a header; the only ones that hold s24in32
 Without --format it is that of --mix-into, else f32, or s24 for flac. Pipes and devices (/dev/stdout, -) get
-headerless samples. The output stands under its name only once it is whole; whatever was there stays until
+headerless samples, or with --kind wav a header that leaves the length open. The output stands under its name only once it is whole; whatever was there stays until
 then.
 
 EXAMPLES
@@ -111,7 +111,8 @@ MaterialCacheOptions cacheOptions(std::size_t channels) {
 /// One render, from the options to the last line of the report.
 class Render {
 public:
-    explicit Render(const RenderOptions& options) : options_(options), outputs_(options.output) {}
+    explicit Render(const RenderOptions& options)
+        : options_(options), outputs_(options.output, options.kind.value_or(nullptr)) {}
 
     void run() {
         requireOtherOutput();
