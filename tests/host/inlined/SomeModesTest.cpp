@@ -1,9 +1,12 @@
 #include "host/inlined/InlinedRenderFunctions.hpp"
+#include "host/inlined/SpanLoop.hpp"
 #include "tests/host/signal/TestStrip.hpp"
 
 #include <gmock/gmock.h>
 
 #include <array>
+#include <span>
+#include <vector>
 
 namespace audlmd::test {
 namespace {
@@ -46,6 +49,36 @@ TEST(SomeInlinedModes, RenderWhatIsBuiltInAndRefuseTheRest) {
     settings.converter = Converter::none;
     settings.reverse = true;
     EXPECT_THROW(render(settings), NoSuchMode);
+}
+
+template <class Shape>
+void expectFadesAsBySamples(const EnvelopeParameters& params) {
+    Shape shape(params);
+    std::vector<float> samples(50, 0.75F);
+    std::vector<float> expected = samples;
+    fade(shape, std::span(samples).first(13));
+    fade(shape, std::span(samples).subspan(13));
+    for (Shape bySample(params); float& sample : expected) {
+        sample = bySample.gain() * sample;
+        bySample.advance();
+    }
+    EXPECT_EQ(samples, expected) << params.type << ' ' << params.elapsed;
+}
+
+TEST(SpanLoop, FadesBlocksToTheGainsOfEachSampleWhateverAHoldStandsAt) {
+    for (const std::uint32_t elapsed : {0U, 3U, 17U, 30U}) {
+        EnvelopeParameters params{.elapsed = elapsed,
+                                  .startUValue = 0.25F,
+                                  .levelUValue = 0.0F,
+                                  .type = eRampHold,
+                                  .oneRamp = {0x1p-6F, 17, 1, {}}};
+        expectFadesAsBySamples<EnvelopeTraits::RampHold>(params);
+        params.type = eHoldRamp;
+        expectFadesAsBySamples<EnvelopeTraits::HoldRamp>(params);
+        params.type = eRampHoldRamp;
+        params.twoRamps = {0x1p-6F, -0x1p-7F, 9, 15, 1, 2};
+        expectFadesAsBySamples<EnvelopeTraits::RampHoldRamp>(params);
+    }
 }
 
 } // namespace
