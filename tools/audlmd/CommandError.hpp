@@ -33,4 +33,11 @@ private:
     ExitStatus status_;
 };
 
+/// The exception that is being handled, as an error of the command. Call this in a handler, and not for
+/// std::bad_alloc: this takes memory.
+CommandError currentFailure();
+
+/// Prints one line of error. Paths and texts of files in the line give no orders to a terminal.
+void printError(std::string line);
+
 } // namespace audlmd::command

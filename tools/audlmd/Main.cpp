@@ -1,20 +1,14 @@
-#include "host/words/Text.hpp"
 #include "loop_modes/RenderFunction.hpp"
-#include "ole/Orv/Exception.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Hint.hpp"
 #include "tools/audlmd/Subcommands.hpp"
 
 #include <CLI/CLI.hpp>
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <exception>
 #include <new>
-#include <stdexcept>
 #include <string>
-#include <system_error>
 
 namespace {
 
@@ -30,23 +24,9 @@ constexpr const char* statusHelp =
   5  the output, or the sound device, cannot be written
 A signal, such as Ctrl-C, ends the command as signals do (a shell shows 130); nothing unfinished is left.)";
 
-/// Prints one line of error and returns the exit status. Paths and texts of files in the line must not give
-/// orders to a terminal.
-int complain(std::string line, ExitStatus status) {
-    std::ranges::replace(line, '\n', ' ');
-    std::fprintf(stderr, "audlmd: %s\n", audlmd::words::printable(line, line.size()).c_str());
+int complain(const std::string& line, ExitStatus status) {
+    audlmd::command::printError(line);
     return static_cast<int>(status);
-}
-
-/// Says what to do where a system call has failed without a file to name.
-std::string textOf(const std::system_error& error) {
-    const std::string text = error.what();
-    return error.code() == std::errc::resource_unavailable_try_again
-               ? "a thread cannot be started, because a limit of threads or of memory is reached: raise it, "
-                 "or "
-                 "try --threads 1 (" +
-                     text + ")"
-               : text;
 }
 
 /// "audlmd" and the subcommands on the command line, for a hint at the right --help.
@@ -92,17 +72,9 @@ int runOrComplain(int argc, char** argv) {
         return run(argc, argv);
     } catch (const std::bad_alloc&) {
         throw;
-    } catch (const audlmd::command::CommandError& error) {
-        return complain(error.what(), error.status());
-    } catch (const std::system_error& error) {
-        return complain(textOf(error), ExitStatus::failed);
-    } catch (const std::invalid_argument& error) {
-        return complain(error.what(), ExitStatus::usage);
-    } catch (const std::exception& error) {
-        // What else can fail in the host is reading a file.
-        return complain(error.what(), ExitStatus::input);
-    } catch (const Orv::Exception::Base& error) {
-        return complain(error.message(), ExitStatus::failed);
+    } catch (...) {
+        const audlmd::command::CommandError failure = audlmd::command::currentFailure();
+        return complain(failure.what(), failure.status());
     }
 }
 

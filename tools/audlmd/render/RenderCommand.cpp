@@ -1,5 +1,6 @@
 #include "host/cache/MaterialCache.hpp"
 #include "host/services/Identities.hpp"
+#include "host/words/Text.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Progress.hpp"
 #include "tools/audlmd/Subcommands.hpp"
@@ -16,8 +17,13 @@
 #include <cstdio>
 #include <filesystem>
 #include <memory>
+#include <new>
 #include <optional>
+#include <string>
+#include <system_error>
 #include <thread>
+#include <utility>
+#include <vector>
 
 namespace audlmd::command {
 namespace {
@@ -57,11 +63,23 @@ EXAMPLES
   audlmd render song.wav -o ride.wav --automation ride.csv      (lines like 0,-20 and 1:02.5,0)
   audlmd render song.wav -o fast.wav --speed 1.5
   audlmd render song.wav -o cd.wav --rate 44100 --format s16
+  audlmd render one.wav two.wav three.wav -o cd/ --rate 44.1k --format s16
+  ffmpeg -i film.mkv -f wav - | audlmd render - -o film.wav --gain -3
   audlmd render song.wav --fade-in 2s --explain)";
+
+/// Whether an output names a folder: one that is there, or one that is to be made, whose name ends with a
+/// slash.
+bool isFolder(const std::filesystem::path& output) {
+    std::error_code none;
+    return !output.empty() && (!output.has_filename() || std::filesystem::is_directory(output, none));
+}
 
 /// The options of `render`. Without an output the render is only explained.
 struct RenderOptions : OutputOptions {
-    std::filesystem::path input;
+    /// Several go into a folder, each as one render.
+    std::vector<std::filesystem::path> inputs;
+    /// Of the name of each output in a folder.
+    std::string suffix;
     std::optional<std::filesystem::path> mixInto;
     StripOptions strip;
     bool explain = false;
@@ -75,10 +93,13 @@ struct RenderOptions : OutputOptions {
 
 void RenderOptions::declare(CLI::App& render) {
     render
-        .add_option("INPUT", input, "A sound file in any format that libsndfile reads; - is standard input")
+        .add_option("INPUT", inputs, "A sound file in any format that libsndfile reads; - is standard input")
         ->required();
     declareInput(render);
-    declareOutput(render, "The file to write; may be left out with --explain", "the input's", mostBlock);
+    declareOutput(render, "The file to write, or a folder for one file per input", "the input's", mostBlock);
+    render.add_option("--suffix", suffix, "Comes behind the names of what is written into a folder")
+        ->option_text("TEXT")
+        ->group("Output");
     render
         .add_option("--mix-into", mixInto,
                     "Add to the samples of this file, which is only read, and write the sum to OUTPUT")
@@ -92,8 +113,18 @@ void RenderOptions::declare(CLI::App& render) {
 }
 
 void RenderOptions::requireCompatible() const {
+    if (output.empty() && inputs.size() > 1)
+        throw CommandError("name what to write with -o: a folder, or one file as in -o " +
+                           inputs.back().string());
     if (output.empty() && !explain)
         throw CommandError("name the file to write with -o, or use --explain alone");
+    if (inputs.size() > 1 && !isFolder(output))
+        throw CommandError("several inputs go into a folder, and '" + output.string() +
+                           "' is none; end its name with / to make one");
+    if (!suffix.empty() && !isFolder(output))
+        throw CommandError("--suffix is for outputs in a folder");
+    if (mixInto && inputs.size() > 1)
+        throw CommandError("--mix-into takes one input");
     strip.requireCompatible();
 }
 
@@ -111,8 +142,8 @@ MaterialCacheOptions cacheOptions(std::size_t channels) {
 /// One render, from the options to the last line of the report.
 class Render {
 public:
-    explicit Render(const RenderOptions& options)
-        : options_(options), outputs_(options.output, options.kind.value_or(nullptr)) {}
+    Render(const RenderOptions& options, std::filesystem::path input, const std::filesystem::path& output)
+        : options_(options), input_(std::move(input)), outputs_(output, options.kind.value_or(nullptr)) {}
 
     void run() {
         requireOtherOutput();
@@ -128,7 +159,8 @@ public:
 private:
     /// Before the input is read, so that a wrong output is refused at once.
     void requireOtherOutput() const {
-        outputs_.requireOther(options_.input, "the input");
+        for (const std::filesystem::path& input : options_.inputs)
+            outputs_.requireOther(input, input == input_ ? "the input" : "an input");
         if (options_.mixInto)
             outputs_.requireOther(*options_.mixInto, "the file that is mixed into, which is never changed");
         if (options_.strip.automation)
@@ -136,10 +168,9 @@ private:
     }
 
     void makePlayers() {
-        const Media input = options_.open(options_.input);
-        ResolvedStrip strip = options_.strip.settingsFor({.path = options_.input,
-                                                          .frames = input.channels.front()->length(),
-                                                          .sampleRate = input.sampleRate});
+        const Media input = options_.open(input_);
+        ResolvedStrip strip = options_.strip.settingsFor(
+            {.path = input_, .frames = input.channels.front()->length(), .sampleRate = input.sampleRate});
         if (!strip.note.empty())
             std::fprintf(outputs_.report(), "%s\n", strip.note.c_str());
         StripSettings& settings = strip.settings;
@@ -220,6 +251,7 @@ private:
     }
 
     const RenderOptions& options_;
+    const std::filesystem::path input_;
     const Outputs outputs_;
     std::unique_ptr<MaterialCache> cache_;
     std::vector<Cookie> cookies_;
@@ -228,6 +260,62 @@ private:
     OutputLayout layout_;
 };
 
+/// Where each input goes: under its own name, with the extension of the wanted kind, else its own one, else
+/// .wav.
+std::vector<std::filesystem::path> outputsIn(const RenderOptions& options) {
+    std::vector<std::filesystem::path> outputs;
+    for (const std::filesystem::path& input : options.inputs) {
+        std::string extension = findFileKind(input) != nullptr ? input.extension().string() : ".wav";
+        if (options.kind)
+            extension = "." + std::string((*options.kind)->extension);
+        outputs.push_back(options.output / (input.stem().string() + options.suffix + extension));
+        for (std::size_t other = 0; other + 1 < outputs.size(); ++other)
+            if (outputs[other] == outputs.back())
+                throw CommandError("'" + options.inputs[other].string() + "' and '" + input.string() +
+                                   "' would both be written as '" + outputs.back().string() +
+                                   "'; render them in two calls, with a --suffix");
+    }
+    return outputs;
+}
+
+/// Renders each input, also after one that has failed. Throws CommandError where one has, with the status of
+/// the first.
+void renderIntoFolder(const RenderOptions& options) {
+    const std::vector<std::filesystem::path> outputs = outputsIn(options);
+    std::error_code error;
+    std::filesystem::create_directory(options.output, error);
+    if (error)
+        failToWrite(options.output, error.value());
+    std::optional<ExitStatus> failed;
+    std::size_t failures = 0;
+    for (std::size_t n = 0; n < outputs.size(); ++n) {
+        try {
+            Render(options, options.inputs[n], outputs[n]).run();
+        } catch (const std::bad_alloc&) {
+            throw;
+        } catch (...) {
+            const CommandError failure = currentFailure();
+            printError(failure.what());
+            failed = failed.value_or(failure.status());
+            ++failures;
+        }
+    }
+    if (failed)
+        throw CommandError(
+            std::to_string(failures) + " of " + words::counted(outputs.size(), "input") +
+                " failed, see above" +
+                (failures < outputs.size() ? "; the others are in '" + options.output.string() + "'" : ""),
+            *failed);
+}
+
+void renderAll(const RenderOptions& options) {
+    options.requireCompatible();
+    if (isFolder(options.output))
+        renderIntoFolder(options);
+    else
+        Render(options, options.inputs.front(), options.output).run();
+}
+
 } // namespace
 
 void addRenderCommand(CLI::App& app) {
@@ -235,10 +323,7 @@ void addRenderCommand(CLI::App& app) {
         app.add_subcommand("render", "Render a sound file, or a range of it, into another one");
     const auto options = std::make_shared<RenderOptions>();
     options->declare(*render);
-    render->callback([options] {
-        options->requireCompatible();
-        Render(*options).run();
-    });
+    render->callback([options] { renderAll(*options); });
 }
 
 } // namespace audlmd::command
