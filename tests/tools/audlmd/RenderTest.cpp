@@ -62,6 +62,7 @@ TEST_F(Render, AppliesEveryLevelWhereItIsToBeHeard) {
     const std::map<std::string, std::map<std::size_t, double>> expected{
         {"--gain -6 --level +3", {{0, gainOfDecibels(-3.0)}, {47999, gainOfDecibels(-3.0)}}},
         {"--gain -inf", {{500, 0.0}}},
+        {"--gain 60 --level -60", {{500, 1.0}}},
         {"--fade-in 0.25 --fade-out 0.5:power", faded},
         {"--fade-in 0.25 --fade-out 0.5:power --reverse", faded},
         {"--fade-out 1:log", {{12000, mixerStyleGain(0.75)}}},
@@ -90,7 +91,7 @@ TEST_F(Render, EqualisesWithSeveralBands) {
     output("render --eq peak:1k:+6 a.wav -o out.wav"); // One band for each --eq: the next word is the input.
 }
 
-TEST_F(Render, TellsHowManySamplesItClips) {
+TEST_F(Render, TellsHowManySamplesAreOverFullScale) {
     Channels sound = noise(2, 48000);
     sound[1][24000] = 1.5F;
     sound[1][24001] = 1.0F;
@@ -99,14 +100,19 @@ TEST_F(Render, TellsHowManySamplesItClips) {
                SF_FORMAT_WAV | SF_FORMAT_PCM_24);
     const std::string exact =
         "clipped: channel 2: 1 sample, by up to 3.52 dB, first at 0:00:00.500\nrendered";
+    const std::string kept = "over full scale, not " + exact;
     const std::string most = "clipped or at full scale: channel 2: 2 samples, first at 0:00:00.500\nrendered";
     for (const auto& [options, text] :
-         std::map<std::string, std::string>{{"", exact},
+         std::map<std::string, std::string>{{"--truncate", exact},
                                             {"--block 7 --format u8", exact},
                                             {"--speed 1 --gain -12", "rendered"},
-                                            {"--through-tables", most},
-                                            {"--through-tables --format s24", most}})
+                                            {"--through-tables --format s24", exact},
+                                            {"--through-tables --truncate", most},
+                                            {"--through-tables --format s24 --truncate", most},
+                                            {"--through-tables", kept},
+                                            {"", kept}})
         EXPECT_TRUE(output("render a.wav -o out.wav " + options).starts_with(text)) << options;
+    EXPECT_EQ(rendered(""), sound);
     // Of a sum, the sum is what counts.
     EXPECT_NE(output("render a.wav -o out.wav --mix-into soft.wav")
                   .find("channel 2: " +
@@ -158,10 +164,10 @@ TEST_F(Render, WritesTheSameBytesForAnyBlockThreadsAndFunctions) {
              {"--reverse --automation-reverse " + ride, " --block 16777216 --threads 7"},
              {"--speed 1.9 --eq lowshelf:200:4 --level 6", " --block 777 --threads 1"},
              {"--speed 1.3 --converter linear --reverse " + ride, ""},
-             {"--from 12345smp --duration 9smp --level 10 --gain 3", " --block 1 --threads 1"}}) {
+             {"--from 12345smp --duration 9smp --level 10 --gain 60", " --block 1 --threads 1"}}) {
         const Channels inlined = rendered(options + sizes);
         EXPECT_TRUE(inlined == rendered(options + " --through-tables")) << options << sizes;
-        const std::string line = " --format s24 " + options;
+        const std::string line = " --format s24 --dither " + options;
         output("render a.wav -o plain.raw" + line);
         output("render a.wav -o sum.raw --mix-into plain.raw" + line + sizes);
         output("render a.wav -o tables.raw --mix-into plain.raw --through-tables" + line);

@@ -41,6 +41,10 @@ void OutputOptions::declareOutput(CLI::App& app, const std::string& outputHelp,
     addParsed(app, "--format", format, &parseFormat, "f32, s8, u8, s16, s24, s24in32 or s32")
         ->option_text("FORMAT")
         ->group(group);
+    app.add_flag("--dither", dither, "Add noise of two steps in front of rounding, against distortion")
+        ->group(group);
+    app.add_flag("--truncate", truncate, "Round toward zero and clip floats, as the library does for a host")
+        ->group(group);
     declareRendering(app, group, defaultRate);
     app.add_option("--block", block, "Samples per render call (default 4096); changes no sample")
         ->option_text("N")
@@ -50,6 +54,16 @@ void OutputOptions::declareOutput(CLI::App& app, const std::string& outputHelp,
         ->option_text("N")
         ->check(CLI::Range(1, 1024))
         ->group(group);
+}
+
+Rounding OutputOptions::roundingTo(FormatId outputFormat) const {
+    if (dither && truncate)
+        throw CommandError(
+            "--dither and --truncate cannot stand together: each says how samples are rounded");
+    if (dither && outputFormat == FormatId::f32)
+        throw CommandError("--dither is for integers, but the output holds f32, which is not rounded; choose "
+                           "another with --format, such as s16");
+    return dither ? Rounding::dithered : truncate ? Rounding::truncated : Rounding::nearest;
 }
 
 } // namespace audlmd::command

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/deliver/Delivery.hpp"
 #include "host/mix/Media.hpp"
 #include "host/services/RenderFunctions.hpp"
 #include "host/signal/Unclipped.hpp"
@@ -39,8 +40,11 @@ struct RenderingOptions {
 struct OutputOptions : RenderingOptions {
     /// Empty: nothing is rendered.
     std::filesystem::path output;
-    /// Not set: that of the kind of file.
+    /// Not set: that of the kind of file, or of the input.
     std::optional<FormatId> format;
+    /// How integers are rounded: to the nearest step where neither is set.
+    bool dither = false;
+    bool truncate = false;
     /// Samples per render call.
     std::size_t block = 4096;
     /// The most threads that render. 0: as many as there are processors.
@@ -50,6 +54,10 @@ struct OutputOptions : RenderingOptions {
     /// describes --output; `defaultRate` as above.
     void declareOutput(CLI::App& app, const std::string& outputHelp, const std::string& defaultRate,
                        std::size_t mostBlock);
+
+    /// How samples become those of the output's format. Throws CommandError where the options exclude each
+    /// other or do not fit the format.
+    Rounding roundingTo(FormatId outputFormat) const;
 };
 
 } // namespace audlmd::command

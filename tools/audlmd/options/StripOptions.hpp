@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/mix/Media.hpp"
 #include "host/signal/StripPlayer.hpp"
 #include "tools/audlmd/options/Parsers.hpp"
 
@@ -37,8 +38,9 @@ struct StripOptions {
     std::vector<EqualiserBand> equaliser;
     std::optional<FadeValue> fadeIn;
     std::optional<FadeValue> fadeOut;
-    /// U-values of the middle level and of the outer level.
-    std::optional<float> gain;
+    /// In decibels.
+    std::optional<double> gain;
+    /// The u-value of the outer level.
     std::optional<float> level;
     /// A CSV file, see readAutomationFile(). Takes the place of `level`.
     std::optional<std::filesystem::path> automation;
@@ -54,9 +56,16 @@ struct StripOptions {
     /// Throws CommandError for options that cannot stand together, or alone. Call this before settingsFor().
     void requireCompatible() const;
 
-    /// The settings of a player of any channel of the input; the caller sets the cookie. Reads the automation
-    /// file. Throws CommandError. Times are rounded to samples at input.sampleRate; fades and automation
-    /// become source samples.
+    /// Whether the samples of the range stay as they are. Their order may be reversed.
+    bool changesNoSample() const;
+
+    /// What the players read: the input times the part of the gain that is beyond the levels of a player, a
+    /// power of two.
+    Media amplified(Media input) const;
+
+    /// The settings of a player of any channel of amplified(); the caller sets the cookie. Reads the
+    /// automation file. Throws CommandError. Times are rounded to samples at input.sampleRate; fades and
+    /// automation become source samples.
     StripSettings settingsFor(const StripInput& input) const;
 };
 
