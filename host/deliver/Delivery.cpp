@@ -28,15 +28,17 @@ constexpr float stepsOf<Aud::SampleU8> = 0x1p7F;
 template <>
 constexpr float stepsOf<Aud::SampleS16> = 0x1p15F;
 
-PackedIntegers nearest(const PackedFloats& samples, float steps) {
-    return Packed::eachInteger(samples, [=](__m128 x) {
-        const __m128 clipped = Packed::clip(Packed::withoutNaN(x), -1.0F, (steps - 1.0F) / steps);
-        return _mm_cvtps_epi32(_mm_mul_ps(clipped, _mm_set1_ps(steps)));
-    });
+/// The integer that silence is stored as.
+template <class Format>
+constexpr int middleOf = std::is_same_v<Format, Aud::SampleU8> ? 128 : 0;
+
+[[gnu::always_inline]] inline __m128i nearest(__m128 x, float steps) {
+    const __m128 clipped = Packed::clip(Packed::withoutNaN(x), -1.0F, (steps - 1.0F) / steps);
+    return _mm_cvtps_epi32(_mm_mul_ps(clipped, _mm_set1_ps(steps)));
 }
 
 /// The noise is added to what the integer leaves over, because in a large product it would lose its bits.
-__m128i dithered(__m128 x, __m128 noise, float steps) {
+[[gnu::always_inline]] inline __m128i dithered(__m128 x, __m128 noise, float steps) {
     const __m128 product = _mm_mul_ps(Packed::clip(Packed::withoutNaN(x), -2.0F, 2.0F), _mm_set1_ps(steps));
     const __m128i whole = _mm_cvttps_epi32(product);
     const __m128 rest = _mm_sub_ps(product, _mm_cvtepi32_ps(whole));
@@ -47,20 +49,14 @@ __m128i dithered(__m128 x, __m128 noise, float steps) {
 /// `noise` is null where there is none.
 template <class Format>
 [[gnu::always_inline]] inline void storePack(const float* samples, const Noise* noise, Format* out) {
-    constexpr float steps = stepsOf<Format>;
-    const PackedFloats x = Packed::load(samples);
-    PackedIntegers integers;
-    if (noise == nullptr) {
-        integers = nearest(x, steps);
-    } else {
-        const PackedFloats n = Packed::load(noise->steps);
-        integers = {dithered(x.a, n.a, steps), dithered(x.b, n.b, steps), dithered(x.c, n.c, steps),
-                    dithered(x.d, n.d, steps)};
-    }
-    if constexpr (std::is_same_v<Format, Aud::SampleU8>)
-        for (__m128i* const four : {&integers.a, &integers.b, &integers.c, &integers.d})
-            *four = _mm_add_epi32(*four, _mm_set1_epi32(128));
-    PackedEncoding<Format>::put(integers, out);
+    const auto four = [&](std::size_t first) {
+        const __m128 x = _mm_loadu_ps(samples + first);
+        const __m128i rounded = noise == nullptr
+                                    ? nearest(x, stepsOf<Format>)
+                                    : dithered(x, _mm_load_ps(noise->steps + first), stepsOf<Format>);
+        return _mm_add_epi32(rounded, _mm_set1_epi32(middleOf<Format>));
+    };
+    PackedEncoding<Format>::put({four(0), four(4), four(8), four(12)}, out);
 }
 
 /// In double precision, two at a time. Samples that are not const become the sums with what is there.
@@ -86,17 +82,8 @@ template <class Sample>
 }
 
 /// Delivers pack by pack. The samples that do not fill a pack go through a pack of their own.
-template <auto Deliver, class Sample, class Format>
-void eachPack(std::span<Sample> samples, Format* out, Rounding rounding, OutputPlace place) {
-    TriangularNoise source(place.channel, place.position);
-    const auto deliver = [&](Sample* in, Format* containers) {
-        if (rounding == Rounding::nearest)
-            return Deliver(in, nullptr, containers);
-        Noise noise;
-        for (float& step : noise.steps)
-            step = source.next();
-        Deliver(in, &noise, containers);
-    };
+template <class Sample, class Format, class Deliver>
+void eachPack(std::span<Sample> samples, Format* out, Deliver deliver) {
     for (; samples.size() >= packLength; samples = samples.subspan(packLength), out += packLength)
         deliver(samples.data(), out);
     float rest[packLength]{};
@@ -109,6 +96,19 @@ void eachPack(std::span<Sample> samples, Format* out, Rounding rounding, OutputP
         std::copy_n(rest, samples.size(), samples.begin());
 }
 
+template <auto Deliver, class Sample, class Format>
+void round(std::span<Sample> samples, Format* out, Rounding rounding, OutputPlace place) {
+    if (rounding == Rounding::nearest)
+        return eachPack(samples, out, [](Sample* in, Format* to) { Deliver(in, nullptr, to); });
+    TriangularNoise source(place.channel, place.position);
+    eachPack(samples, out, [&source](Sample* in, Format* to) {
+        Noise noise;
+        for (float& step : noise.steps)
+            step = source.next();
+        Deliver(in, &noise, to);
+    });
+}
+
 } // namespace
 
 template <class Format>
@@ -118,16 +118,16 @@ void storeBlock(std::span<const float> samples, Format* containers, Rounding rou
     else if constexpr (std::is_same_v<Format, Aud::SampleF32>)
         std::memcpy(containers, samples.data(), samples.size_bytes());
     else if constexpr (std::is_same_v<Format, Aud::SampleS32>)
-        eachPack<&deliverPack32<const float>>(samples, containers, rounding, place);
+        round<&deliverPack32<const float>>(samples, containers, rounding, place);
     else
-        eachPack<&storePack<Format>>(samples, containers, rounding, place);
+        round<&storePack<Format>>(samples, containers, rounding, place);
 }
 
 template <class Format>
 void addBlock(std::span<float> samples, Format* containers, Rounding rounding, OutputPlace place) {
     if constexpr (std::is_same_v<Format, Aud::SampleS32>)
         if (rounding != Rounding::truncated)
-            return eachPack<&deliverPack32<float>>(samples, containers, rounding, place);
+            return round<&deliverPack32<float>>(samples, containers, rounding, place);
     addStored(containers, samples);
     storeBlock<Format>(samples, containers, rounding, place);
 }

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <complex>
+#include <cstdio>
 #include <cstdlib>
 #include <numbers>
 
@@ -175,13 +177,51 @@ TEST_F(Render, WritesTheSameBytesForAnyBlockThreadsAndFunctions) {
     }
 }
 
+/// Beside two other programs, where they are installed.
+TEST_F(Render, DithersATinyToneWithNoHarmonicAboveTheNoise) {
+    const std::vector<float> tone = sine(1000.0, gainOfDecibels(-90.0)).front();
+    writeSound(in("a.wav"), {tone, tone});
+    output("render a.wav -o audlmd.wav --format s16 --dither");
+    const std::string go = "cd '" + in("").string() + "' && ";
+    for (const std::string other :
+         {"sox -V1 a.wav -b 16 sox.wav",
+          "ffmpeg -v error -i a.wav -af aresample=osf=s16:dither_method=triangular ffmpeg.wav"})
+        if (std::system((go + other).c_str()) != 0)
+            std::puts(("not compared: " + other).c_str());
+    for (const std::string name : {"audlmd.wav", "sox.wav", "ffmpeg.wav"}) {
+        if (!exists(in(name)))
+            continue;
+        const Channels channels = readSound(in(name));
+        EXPECT_NE(channels[0], channels[1]) << name;
+        const std::vector<float>& dithered = channels[0];
+        // In steps. The mean period of the tone, which is 48 samples long, has all harmonics.
+        std::vector<double> period(48);
+        double error = 0.0;
+        for (std::size_t n = 0; n < tone.size(); ++n) {
+            period[n % 48] += static_cast<double>(dithered.at(n)) * 32.768;
+            error += std::pow(static_cast<double>(dithered[n] - tone[n]) * 32768.0, 2.0) / 48000.0;
+        }
+        // The noise alone has lines of 0.005 steps; without dither the third harmonic has 0.19.
+        for (int harmonic = 1; harmonic < 24; ++harmonic) {
+            std::complex<double> line;
+            for (int n = 0; n < 48; ++n)
+                line += std::polar(period[static_cast<std::size_t>(n)] / 24.0,
+                                   std::numbers::pi * harmonic * n / 24.0);
+            EXPECT_NEAR(std::abs(line), harmonic == 1 ? 1.036 : 0.0, 0.02) << name << ", " << harmonic;
+        }
+        EXPECT_NEAR(std::sqrt(error), 0.5, 0.01) << name;
+    }
+}
+
 TEST_F(Render, ExplainsWhatItDoesWithoutDoingIt) {
     writeSound(in("a.wav"), noise(1, 48000));
-    const std::string text = output("render a.wav --gain 0 --level -6 --speed 1.5 --format s16 --explain");
-    for (const char* part : {"mode code 1602 (0x642)", "direction              1", "srcStage               2",
-                             "output type 2 of 14 in the registration order: Aud::Sample<16, 2,",
-                             "output length 32000 samples", "subSampleStart                   1 + 536870912/",
-                             "outerLevelUValue                 0.776060581 (-6.00 dB)"})
+    const std::string text =
+        output("render a.wav --gain 12.0412 --level -6 --speed 1.5 --format s16 --explain");
+    for (const char* part :
+         {"mode code 1602 (0x642)", "direction              1", "srcStage               2",
+          "output type 2 of 14 in the registration order: Aud::Sample<16, 2,", "output length 32000 samples",
+          "subSampleStart                   1 + 536870912/", "levelUValue             1.2796", "2^1\n",
+          "outerLevelUValue                 0.776060581 (-6.00 dB)"})
         EXPECT_NE(text.find(part), std::string::npos) << part << "\nin\n" << text;
     // Between its fades the strip needs no envelope, and is rendered by the mode that has none.
     const std::string faded =

@@ -160,10 +160,14 @@ bool StripOptions::changesNoSample() const {
     return equaliser.empty() && !fadeIn && !fadeOut && !gain && !level && !automation && !speed;
 }
 
+int StripOptions::doublings() const {
+    return amplifiedLevelOf(gain.value_or(0.0)).doublings;
+}
+
 Media StripOptions::amplified(Media input) const {
-    if (const int doublings = amplifiedLevelOf(gain.value_or(0.0)).doublings; doublings != 0)
+    if (doublings() != 0)
         for (std::shared_ptr<SampleSource>& channel : input.channels)
-            channel = std::make_shared<ScaledSource>(std::move(channel), doublings);
+            channel = std::make_shared<ScaledSource>(std::move(channel), doublings());
     return input;
 }
 

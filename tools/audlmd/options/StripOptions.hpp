@@ -59,8 +59,10 @@ struct StripOptions {
     /// Whether the samples of the range stay as they are. Their order may be reversed.
     bool changesNoSample() const;
 
-    /// What the players read: the input times the part of the gain that is beyond the levels of a player, a
-    /// power of two.
+    /// How often the input is doubled before a player reads it, for the part of the gain that is beyond the
+    /// levels of a player.
+    int doublings() const;
+    /// The input after that.
     Media amplified(Media input) const;
 
     /// The settings of a player of any channel of amplified(); the caller sets the cookie. Reads the

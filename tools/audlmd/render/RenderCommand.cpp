@@ -128,7 +128,7 @@ public:
         makeChannels();
         layOut();
         if (options_.explain)
-            std::fputs(explain(player(), layout_.format, existing_.has_value()).c_str(), outputs_.report());
+            tellHow();
         if (outputs_.sound())
             renderToFile();
     }
@@ -198,6 +198,13 @@ private:
         const bool kept = format && input.info().samplerate == layout_.sampleRate &&
                           (!outputs_.sound() || subtypeIn(*outputs_.sound()->kind, *format));
         return kept ? format : std::nullopt;
+    }
+
+    void tellHow() const {
+        std::fputs(explain(player(), layout_.format, existing_.has_value()).c_str(), outputs_.report());
+        if (const int doublings = options_.strip.doublings(); doublings != 0)
+            std::fprintf(outputs_.report(), "gain beyond the levels: the input is read times 2^%d\n",
+                         doublings);
     }
 
     void renderToFile() {
