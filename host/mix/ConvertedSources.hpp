@@ -76,6 +76,11 @@ private:
 /// The source at another rate: the source itself where the rates are equal, else a RateConvertedSource.
 std::shared_ptr<SampleSource> convertedTo(std::shared_ptr<SampleSource> source, int inRate, int outRate);
 
+/// The material is scaled down by this power of two before it reaches the library, whose float output clips
+/// at full scale. 120 dB are more than the levels and five bands add, and leave 24-bit samples far from the
+/// smallest floats.
+inline constexpr int headroomExponent = 20;
+
 /// A source times a power of two. Use it for headroom: scaled down by 2^-n and up again by 2^n, a sample
 /// keeps all its bits. Only samples that become smaller than 1.2e-38 lose some.
 class ScaledSource final : public SampleSource {

@@ -13,20 +13,6 @@
 namespace audlmd {
 namespace {
 
-/// The material is scaled down by this power of two before it reaches the library, whose float output clips
-/// at full scale. 120 dB are more than the levels and five bands add, and leave 24-bit samples far from the
-/// smallest floats.
-constexpr int headroomExponent = 20;
-
-constexpr double mostGainDb = 60.0;
-/// 20 log10(2).
-constexpr double decibelsPerDoubling = 6.020599913279624;
-
-/// How often a gain is doubled beside the level stage, which gives up to +10 dB. A doubling is exact.
-int doublingsOf(double gainDb) {
-    return static_cast<int>(std::ceil(std::max(0.0, gainDb - faderTopDecibels) / decibelsPerDoubling));
-}
-
 void requireLength(std::int64_t samples, const std::string& what) {
     requirePosition(samples, what);
     if (samples < 0)
@@ -35,7 +21,7 @@ void requireLength(std::int64_t samples, const std::string& what) {
 
 /// For all channels, without the cookie.
 StripSettings playerSettings(const TimelineStrip& strip, int sampleRate, bool wait) {
-    if (std::isnan(strip.gainDb) || strip.gainDb > mostGainDb)
+    if (std::isnan(strip.gainDb) || strip.gainDb > mostGainDecibels)
         throw std::invalid_argument("the gain is not a number of decibels up to +60");
     StripSettings settings = strip.settings;
     settings.sampleRate = sampleRate;
@@ -43,8 +29,7 @@ StripSettings playerSettings(const TimelineStrip& strip, int sampleRate, bool wa
     settings.outerLevel.reset();
     settings.middleLevel.reset();
     if (strip.gainDb != 0.0)
-        settings.middleLevel = static_cast<float>(
-            mixerStyleUValueOfDecibels(strip.gainDb - doublingsOf(strip.gainDb) * decibelsPerDoubling));
+        settings.middleLevel = amplifiedLevelOf(strip.gainDb).uValue;
     return settings;
 }
 
@@ -95,7 +80,7 @@ OpenStrip::OpenStrip(const TimelineStrip& strip, std::shared_ptr<const PreparedM
                      MaterialCache& cache, const Output& output, TimelineSample first)
     : strip_(strip), media_(std::move(media)) {
     const Routing routing = routingOf(strip, media_->size(), output.channels);
-    const int exponent = headroomExponent + doublingsOf(strip.gainDb);
+    const int exponent = headroomExponent + amplifiedLevelOf(strip.gainDb).doublings;
     const std::int64_t left = std::max<std::int64_t>(first - strip.at, 0);
     StripSettings settings = playerSettings(strip, output.sampleRate, output.wait);
     settings.cookie.material = makeUuid();

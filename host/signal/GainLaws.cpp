@@ -54,6 +54,15 @@ double mixerStyleUValueOfDecibels(double decibels) {
     return mixerStyleUValue(gainOfDecibels(decibels));
 }
 
+AmplifiedLevel amplifiedLevelOf(double decibels) {
+    // 20 log10(2).
+    constexpr double decibelsPerDoubling = 6.020599913279624;
+    const double doublings = std::ceil(std::max(0.0, decibels - faderTopDecibels) / decibelsPerDoubling);
+    return {.uValue =
+                static_cast<float>(mixerStyleUValueOfDecibels(decibels - doublings * decibelsPerDoubling)),
+            .doublings = static_cast<int>(doublings)};
+}
+
 double constantPowerGain(double uValue) {
     return std::sin(limited(uValue, 1.0) * (std::numbers::pi / 2.0));
 }

@@ -36,6 +36,19 @@ double mixerStyleUValue(double gain);
 /// Trap: a level above +10 dB is limited without an error; check the range first where the user should know.
 double mixerStyleUValueOfDecibels(double decibels);
 
+/// The most that a strip may be amplified.
+inline constexpr double mostGainDecibels = 60.0;
+
+/// A gain beyond the fader's end stop: a level, and how often the sound is doubled beside it. A doubling is
+/// exact.
+struct AmplifiedLevel {
+    /// Of the mixer-style curve.
+    float uValue;
+    int doublings;
+};
+/// In decibels, from minus infinity up. Up to faderTopDecibels there are no doublings.
+AmplifiedLevel amplifiedLevelOf(double decibels);
+
 /// The law behind the constant-power curve: sin(u pi/2) for u from 0 to 1.0; other u-values give the gain of
 /// the nearer end. Where two u-values add up to 1, the squares of the gains add up to 1. At the middle of a
 /// crossfade, u = 0.5, each side is 3 dB down.

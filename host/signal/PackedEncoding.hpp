@@ -102,7 +102,8 @@ inline __m128i splitThreeBytes(__m128i bytes) {
 
 } // namespace Packed
 
-/// `store` encodes and writes sixteen samples, `load` reads sixteen containers back as floats.
+/// `store` encodes and writes sixteen samples, `load` reads sixteen containers back as floats. In the integer
+/// formats up to 24 bits, `put` writes sixteen integers that the format holds.
 template <class Format>
 struct PackedEncoding;
 
@@ -121,9 +122,11 @@ struct PackedEncoding<Aud::SampleF32> {
 
 template <>
 struct PackedEncoding<Aud::SampleS8> {
-    static void store(const PackedFloats& samples, Aud::SampleS8* out) {
-        const PackedIntegers x = Packed::truncate(samples, 127.0F / 128.0F, 128.0F);
+    static void put(const PackedIntegers& x, Aud::SampleS8* out) {
         Packed::storeBytes(out, _mm_packs_epi16(_mm_packs_epi32(x.a, x.b), _mm_packs_epi32(x.c, x.d)));
+    }
+    static void store(const PackedFloats& samples, Aud::SampleS8* out) {
+        put(Packed::truncate(samples, 127.0F / 128.0F, 128.0F), out);
     }
     static PackedFloats load(const Aud::SampleS8* in) {
         const __m128i bytes = Packed::loadBytes(in);
@@ -135,12 +138,18 @@ struct PackedEncoding<Aud::SampleS8> {
 
 template <>
 struct PackedEncoding<Aud::SampleU8> {
-    static void store(const PackedFloats& samples, Aud::SampleU8* out) {
-        const PackedIntegers x = Packed::eachInteger(samples, [](__m128 sample) {
-            const __m128 offset = _mm_add_ps(Packed::withoutNaN(sample), _mm_set1_ps(1.0F));
-            return _mm_cvttps_epi32(_mm_mul_ps(Packed::clip(offset, 0.0F, 2.0F), _mm_set1_ps(127.5F)));
-        });
+    static void put(const PackedIntegers& x, Aud::SampleU8* out) {
         Packed::storeBytes(out, _mm_packus_epi16(_mm_packs_epi32(x.a, x.b), _mm_packs_epi32(x.c, x.d)));
+    }
+    static void store(const PackedFloats& samples, Aud::SampleU8* out) {
+        put(Packed::eachInteger(samples,
+                                [](__m128 sample) {
+                                    const __m128 offset =
+                                        _mm_add_ps(Packed::withoutNaN(sample), _mm_set1_ps(1.0F));
+                                    return _mm_cvttps_epi32(
+                                        _mm_mul_ps(Packed::clip(offset, 0.0F, 2.0F), _mm_set1_ps(127.5F)));
+                                }),
+            out);
     }
     static PackedFloats load(const Aud::SampleU8* in) {
         const __m128i bytes = Packed::loadBytes(in);
@@ -153,10 +162,12 @@ struct PackedEncoding<Aud::SampleU8> {
 
 template <>
 struct PackedEncoding<Aud::SampleS16> {
-    static void store(const PackedFloats& samples, Aud::SampleS16* out) {
-        const PackedIntegers x = Packed::truncate(samples, 32767.0F / 32768.0F, 32768.0F);
+    static void put(const PackedIntegers& x, Aud::SampleS16* out) {
         Packed::storeBytes(out, _mm_packs_epi32(x.a, x.b));
         Packed::storeBytes(out + 8, _mm_packs_epi32(x.c, x.d));
+    }
+    static void store(const PackedFloats& samples, Aud::SampleS16* out) {
+        put(Packed::truncate(samples, 32767.0F / 32768.0F, 32768.0F), out);
     }
     static PackedFloats load(const Aud::SampleS16* in) {
         return Packed::scaledWords(Packed::loadBytes(in), Packed::loadBytes(in + 8), 0x1p-15F);
@@ -166,8 +177,7 @@ struct PackedEncoding<Aud::SampleS16> {
 template <>
 struct PackedEncoding<Aud::SampleS24> {
     /// Four times 12 bytes are three times 16.
-    static void store(const PackedFloats& samples, Aud::SampleS24* out) {
-        const PackedIntegers x = Packed::truncateTo24(samples);
+    static void put(const PackedIntegers& x, Aud::SampleS24* out) {
         const __m128i b = Packed::joinThreeBytes(x.b);
         const __m128i c = Packed::joinThreeBytes(x.c);
         unsigned char* const bytes = out->bytes;
@@ -175,6 +185,9 @@ struct PackedEncoding<Aud::SampleS24> {
         Packed::storeBytes(bytes + 16, _mm_or_si128(_mm_srli_si128(b, 4), _mm_slli_si128(c, 8)));
         Packed::storeBytes(
             bytes + 32, _mm_or_si128(_mm_srli_si128(c, 8), _mm_slli_si128(Packed::joinThreeBytes(x.d), 4)));
+    }
+    static void store(const PackedFloats& samples, Aud::SampleS24* out) {
+        put(Packed::truncateTo24(samples), out);
     }
     static PackedFloats load(const Aud::SampleS24* in) {
         const __m128i first = Packed::loadBytes(in);
@@ -191,9 +204,9 @@ struct PackedEncoding<Aud::SampleS24> {
 
 template <>
 struct PackedEncoding<Aud::SampleS24In32> {
+    static void put(const PackedIntegers& x, Aud::SampleS24In32* out) { Packed::storeAll(out, x); }
     static void store(const PackedFloats& samples, Aud::SampleS24In32* out) {
-        const PackedIntegers x = Packed::truncateTo24(samples);
-        Packed::storeAll(out, x);
+        put(Packed::truncateTo24(samples), out);
     }
     static PackedFloats load(const Aud::SampleS24In32* in) {
         const auto quarter = [in](unsigned int number) {

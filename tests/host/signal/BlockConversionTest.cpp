@@ -1,9 +1,12 @@
+#include "host/deliver/Delivery.hpp"
 #include "host/signal/Unclipped.hpp"
 #include "tests/ole/Aud/EveryKindOfFloat.hpp"
 
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <span>
+#include <type_traits>
 #include <vector>
 
 namespace audlmd::test {
@@ -43,6 +46,34 @@ TEST(BlockConversion, DeliversTheBytesOfSingleSamples) {
     expectTheBytesOfSingleSamplesInAll(everyKindOfFloat());
     for (std::size_t count = 0; count < 38; ++count)
         expectTheBytesOfSingleSamplesInAll(std::vector<float>(count, 0.4F));
+}
+
+TEST(Delivery, GivesTheSameBytesByTheBlockAndOneByOne) {
+    std::vector<float> floats = everyKindOfFloat();
+    for (std::size_t n = 0; 101 * n < floats.size(); ++n)
+        floats[n] = floats[101 * n];
+    floats.resize(floats.size() / 101);
+    model::forEachOutputType([&]<class Out>(std::size_t) {
+        if constexpr (std::is_pointer_v<Out>)
+            for (const Rounding rounding : {Rounding::nearest, Rounding::dithered, Rounding::truncated}) {
+                auto block = randomContainers<Out>(floats.size() + 2);
+                auto single = block;
+                std::vector<float> sums = floats;
+                addBlock(std::span(sums), &block[1], rounding, {3, -5});
+                storeBlock(std::span(floats).last(99), &block[1], rounding, {4, 1});
+                for (std::size_t n = 0; n < floats.size(); ++n) {
+                    float sum = floats[n];
+                    addBlock(std::span(&sum, 1), &single[n + 1], rounding,
+                             {3, static_cast<std::int64_t>(n) - 5});
+                    EXPECT_EQ(std::memcmp(&sum, &sums[n], sizeof sum), 0) << sum << " and " << sums[n];
+                }
+                for (std::size_t n = 0; n < 99; ++n)
+                    storeBlock(std::span<const float>(&floats[floats.size() - 99 + n], 1), &single[n + 1],
+                               rounding, {4, static_cast<std::int64_t>(n) + 1});
+                EXPECT_EQ(std::memcmp(block.data(), single.data(), block.size() * sizeof block[0]), 0)
+                    << __PRETTY_FUNCTION__;
+            }
+    });
 }
 
 } // namespace

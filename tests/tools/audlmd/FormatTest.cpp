@@ -9,7 +9,9 @@
 #include <algorithm>
 #include <bit>
 #include <cerrno>
+#include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -49,35 +51,46 @@ const std::vector<Format> formats{
     {"f32", 4, 0.0F, 6},       {"s8", 1, 128.0F, 4},          {"u8", 1, 0.0F, 4}, {"s16", 2, 32768.0F, 7},
     {"s24", 3, 8388608.0F, 7}, {"s24in32", 4, 8388608.0F, 0}, {"s32", 4, 0.0F, 6}};
 
-/// The container as an integer; for f32, the bits of the float.
-std::int64_t stored(const Format& format, float x) {
+/// The container as an integer; for f32, the bits of the float. Truncated as the library does, or rounded.
+std::int64_t stored(const Format& format, double sample, bool truncated) {
+    auto x = static_cast<float>(sample);
     if (format.name == "f32")
-        return std::bit_cast<std::int32_t>(std::clamp(x, -1.0F, 8388607.0F / 8388608.0F));
-    if (format.name == "u8")
+        return std::bit_cast<std::int32_t>(truncated ? std::clamp(x, -1.0F, 8388607.0F / 8388608.0F) : x);
+    if (std::isnan(x))
+        x = 0.0F;
+    if (truncated && format.name == "u8")
         return static_cast<std::int64_t>(std::clamp(x + 1.0F, 0.0F, 2.0F) * 127.5F);
-    if (format.name == "s32")
+    if (truncated && format.name == "s32")
         return static_cast<std::int64_t>(static_cast<double>(std::clamp(x, -1.0F, 1.0F)) * 2147483647.5 -
                                          0.5);
-    const float most = (format.scale - 1.0F) / format.scale;
-    return static_cast<std::int64_t>(std::clamp(x, -1.0F, most) * format.scale);
+    if (format.name == "s32")
+        return std::llrint(std::clamp(std::isnan(sample) ? 0.0 : sample * 0x1p31, -0x1p31, 0x1p31 - 1.0));
+    const double scale = format.name == "u8" ? 128.0 : static_cast<double>(format.scale);
+    const double steps = std::clamp(static_cast<double>(x) * scale, -scale, scale - 1.0);
+    return truncated ? static_cast<std::int64_t>(steps)
+                     : std::llrint(steps) + (format.name == "u8" ? 128 : 0);
 }
 
-float loaded(const Format& format, std::int64_t value) {
+/// What a container holds with a sample added. Only where 32 bits are rounded, more than a float.
+double added(const Format& format, std::int64_t value, float sample, bool truncated) {
     if (format.name == "f32")
-        return std::bit_cast<float>(static_cast<std::int32_t>(value));
-    if (format.name == "u8")
-        return static_cast<float>(value - 128) / 128.0F;
+        return static_cast<double>(std::bit_cast<float>(static_cast<std::int32_t>(value)) + sample);
+    if (format.name == "s32" && !truncated)
+        return static_cast<double>(value) * 0x1p-31 + static_cast<double>(sample);
     if (format.name == "s32")
-        return static_cast<float>((static_cast<double>(value) + 0.5) / 2147483647.5);
-    return static_cast<float>(value) / format.scale;
+        return static_cast<double>(static_cast<float>((static_cast<double>(value) + 0.5) / 2147483647.5) +
+                                   sample);
+    if (format.name == "u8")
+        return static_cast<double>(static_cast<float>(value - 128) / 128.0F + sample);
+    return static_cast<double>(static_cast<float>(value) / format.scale + sample);
 }
 
 /// Levels at full scale and beyond, the smallest steps, and noise.
 Channels testSound() {
     Channels sound = noise(2, 20000);
     std::vector<float>& first = sound.front();
-    const float limits[] = {0.0F,    1.0F,     -1.0F,      1.5F,       -1.5F,    0.5F,      -0.5F,
-                            0.9922F, 0.99997F, 0.9999999F, 1.0000001F, 0x1p-31F, -0x1p-23F, -0.00002F};
+    const float limits[] = {0.0F,     1.0F,       -1.0F,      1.5F,     -1.5F,     0.5F,      -0.5F, 0.9922F,
+                            0.99997F, 0.9999999F, 1.0000001F, 0x1p-31F, -0x1p-23F, -0.00002F, NAN};
     std::ranges::copy(limits, first.begin());
     for (std::size_t n = std::size(limits); n < first.size(); n += 3)
         first[n] /= 3.0F;
@@ -91,13 +104,24 @@ protected:
 
 class Formats : public Files, public testing::WithParamInterface<Format> {
 protected:
-    std::string bytesOf(const std::vector<float>& samples) const {
+    std::string bytesOf(const std::vector<std::int64_t>& integers) const {
         std::string bytes;
-        for (const float sample : samples) {
-            const std::int64_t value = stored(GetParam(), sample);
+        for (const std::int64_t value : integers)
             bytes.append(reinterpret_cast<const char*>(&value), GetParam().bytes);
-        }
         return bytes;
+    }
+
+    /// The integers of a.wav, and of other samples with a.wav added.
+    std::vector<std::int64_t> plain(bool truncated) const {
+        std::vector<std::int64_t> integers;
+        for (const float sample : sound_)
+            integers.push_back(stored(GetParam(), static_cast<double>(sample), truncated));
+        return integers;
+    }
+    std::vector<std::int64_t> sum(std::vector<std::int64_t> integers, bool truncated) const {
+        for (std::size_t n = 0; n < integers.size(); ++n)
+            integers[n] = stored(GetParam(), added(GetParam(), integers[n], sound_[n], truncated), truncated);
+        return integers;
     }
 
     const std::vector<float> sound_ = interleaved(testSound());
@@ -105,26 +129,32 @@ protected:
 };
 
 TEST_P(Formats, StoreAndSumWhatTheyAreDefinedTo) {
-    output("render a.wav -o out.raw" + option_);
-    EXPECT_TRUE(readBytes(in("out.raw")) == bytesOf(sound_));
-
-    std::vector<float> sum = interleaved(noise(2, 20000, 7));
-    const std::string existing = bytesOf(sum);
-    writeBytes(in("existing.raw"), existing);
-    for (std::size_t n = 0; n < sum.size(); ++n)
-        sum[n] = loaded(GetParam(), stored(GetParam(), sum[n])) + sound_[n];
-    output("render a.wav -o out.raw --mix-into existing.raw --block 999" + option_);
-    EXPECT_TRUE(readBytes(in("out.raw")) == bytesOf(sum));
-    EXPECT_TRUE(readBytes(in("existing.raw")) == existing);
+    std::vector<std::int64_t> other;
+    for (const float sample : interleaved(noise(2, 20000, 7)))
+        other.push_back(stored(GetParam(), static_cast<double>(sample), false));
+    writeBytes(in("existing.raw"), bytesOf(other));
+    for (const bool truncated : {false, true}) {
+        const std::string options = option_ + (truncated ? " --truncate" : "");
+        output("render a.wav -o out.raw" + options);
+        EXPECT_TRUE(readBytes(in("out.raw")) == bytesOf(plain(truncated))) << options;
+        output("render a.wav -o out.raw --mix-into existing.raw --block 999" + options);
+        EXPECT_TRUE(readBytes(in("out.raw")) == bytesOf(sum(other, truncated))) << options;
+    }
+    EXPECT_TRUE(readBytes(in("existing.raw")) == bytesOf(other));
 }
 
-TEST_P(Formats, GoUnchangedIntoEveryContainerThatHoldsThem) {
+/// Of 32 bits, the sum needs more than a float has.
+TEST_P(Formats, GoUnchangedIntoAndOutOfEveryContainerThatHoldsThem) {
     const Format& format = GetParam();
     output("render a.wav -o plain.raw" + option_);
-    output("render a.wav -o twice.raw --mix-into plain.raw" + option_);
+    output("render a.wav -o sum.raw --gain -9.5 --mix-into plain.raw" + option_);
+    output("render a.wav -o twice.raw --mix-into sum.raw" + option_);
+    const std::string bytes = readBytes(in("sum.raw"));
     int kinds = 0;
     for (const std::string name : {"b.wav", "b.w64", "b.rf64", "b.aiff", "b.au", "b.caf", "b.flac"}) {
-        if (const Outcome outcome = run("render a.wav -o " + name + option_); outcome.status != 0) {
+        if (const Outcome outcome =
+                run("render a.wav -o " + name + " --gain -9.5 --mix-into plain.raw" + option_);
+            outcome.status != 0) {
             EXPECT_NE(outcome.errors.find("does not hold " + format.name), std::string::npos);
             continue;
         }
@@ -138,13 +168,18 @@ TEST_P(Formats, GoUnchangedIntoEveryContainerThatHoldsThem) {
             // libsndfile puts each sample into the high bits of an int.
             file.read(found.data(), static_cast<sf_count_t>(found.size()));
         std::vector<int> expected;
-        for (const float sample : sound_) {
-            const std::int64_t value = stored(format, sample) - (format.name == "u8" ? 128 : 0);
-            expected.push_back(
-                static_cast<int>(static_cast<std::uint32_t>(value) << (32 - 8 * format.bytes)));
+        for (std::size_t n = 0; n < bytes.size(); n += format.bytes) {
+            std::uint32_t bits = 0;
+            std::memcpy(reinterpret_cast<char*>(&bits) + 4 - format.bytes, &bytes[n], format.bytes);
+            expected.push_back(static_cast<int>(bits ^ (format.name == "u8" ? 0x80000000 : 0)));
         }
         EXPECT_TRUE(found == expected) << name;
-        // Reading the file as a mix must give back the same containers.
+        // Samples that nothing changes keep format and bytes, forwards and turned round twice.
+        output("render " + name + " -o copy.raw");
+        EXPECT_TRUE(readBytes(in("copy.raw")) == bytes) << name;
+        output("render " + name + " -o back-" + name + " --reverse --block 777");
+        output("render back-" + name + " -o copy.raw --reverse");
+        EXPECT_TRUE(readBytes(in("copy.raw")) == bytes) << name;
         output("render a.wav -o mix.raw --mix-into " + name);
         EXPECT_TRUE(readBytes(in("mix.raw")) == readBytes(in("twice.raw"))) << name;
     }

@@ -55,11 +55,11 @@ TEST_F(MixCommand, TakesRateAndChannelsFromTheCommandLineWhereTheTimelineHasNone
 
 TEST_F(MixCommand, WritesWhatRenderWritesForOneClipThroughEitherFunctions) {
     writeSound(in("a.wav"), noise(2, 50'000));
-    writeTimeline(R"({"media": "a.wav", "at": 0, "from": 1000, "to": 50000, "reverse": true, "gain": -6,
+    writeTimeline(R"({"media": "a.wav", "at": 0, "from": 1000, "to": 50000, "reverse": true, "gain": 23,
                       "speed": 1.1, "converter": "filtering", "fadeIn": {"length": 11000, "curve": "log"}})");
     for (const std::string format : {"f32", "s16", "s24", "u8"}) {
         const std::string render =
-            "render a.wav --from 1000smp --reverse --gain -6 --speed 1.1 --fade-in 10000smp:log --format " +
+            "render a.wav --from 1000smp --reverse --gain 23 --speed 1.1 --fade-in 10000smp:log --format " +
             format;
         output(render + " -o render.wav");
         const std::string bytes = readBytes(in("render.wav"));
@@ -81,18 +81,18 @@ TEST_F(MixCommand, CutsSlicesAndPartsThatJoinToTheWhole) {
         {"media": "a.wav", "at": 35000, "from": 0, "to": 50000,
          "equaliser": [{"kind": "peak", "frequency": 500, "gain": 9}],
          "automation": {"points": [[0, 0], [20000, -20], [40000, 3]]}})");
-    output("mix film.json -o whole.raw --format s24");
+    output("mix film.json -o whole.raw --format s24 --dither");
     const std::string whole = readBytes(in("whole.raw"));
     for (const int count : {1, 2, 3, 7}) {
         std::string joined;
         for (int slice = 1; slice <= count; ++slice) {
-            output("mix film.json -o part.raw --format s24 --block 1000 --threads 3 --slice " +
+            output("mix film.json -o part.raw --format s24 --dither --block 1000 --threads 3 --slice " +
                    std::to_string(slice) + "/" + std::to_string(count));
             joined += readBytes(in("part.raw"));
         }
         EXPECT_TRUE(joined == whole) << count << " slices";
     }
-    output("mix film.json -o part.raw --format s24 --from 40000smp --to 1s --slice 2/2");
+    output("mix film.json -o part.raw --format s24 --dither --from 40000smp --to 1s --slice 2/2");
     constexpr std::size_t frame = 6;
     EXPECT_TRUE(readBytes(in("part.raw")) == whole.substr(44000 * frame, 4000 * frame));
 }
@@ -202,11 +202,18 @@ TEST_F(MixCommand, ReportsClippingAndKeepsTheTimeReference) {
     writeTimeline(
         R"({"media": "a.wav", "at": 100, "from": 0, "to": 100, "gain": 10, "routing": [[0.1], [1]]})",
         R"("timeReference": 5000000000, )");
-    const std::string told = output("mix film.json -o mix.wav --from 50smp --report r.json");
-    EXPECT_THAT(told, HasSubstr("clipped: channel 2: 100 samples, by up to 7.50 dB, first at 0:00:00.002"));
-    const auto report = nlohmann::json::parse(readBytes(in("r.json")));
-    EXPECT_EQ(report["channels"][0]["samples"], 0);
-    EXPECT_EQ(report["channels"][1].at("first"), 100);
+    for (const auto& [format, told] :
+         std::map<std::string, std::string>{{"s16", "\nclipped"},
+                                            {"f32 --truncate", "\nclipped"},
+                                            {"f32", "\nover full scale, not clipped"}}) {
+        EXPECT_THAT(output("mix film.json -o mix.wav --from 50smp --report r.json --format " + format),
+                    HasSubstr(told + ": channel 2: 100 samples, by up to 7.50 dB, first at 0:00:00.002"));
+        const auto report = nlohmann::json::parse(readBytes(in("r.json")));
+        EXPECT_EQ(report["channels"][0]["samples"], 0);
+        EXPECT_EQ(report["channels"][1].at("first"), 100);
+        EXPECT_EQ(report["channels"][1].at("clipped"), format == "f32" ? 0 : 100);
+        EXPECT_NEAR(readSound(in("mix.wav"))[1][100], format == "f32" ? 2.3717 : 1.0, 1e-4);
+    }
     SF_INFO info{};
     SNDFILE* const file = sf_open(in("mix.wav").c_str(), SFM_READ, &info);
     SF_BROADCAST_INFO broadcast{};
@@ -242,6 +249,7 @@ TEST_F(MixCommand, RefusesWhatCannotBeMixed) {
              {"film.json -o a.wav", "a medium of the timeline"},
              {"film.json -o mix.wav --report film.json", "is the timeline"},
              {"film.json -o mix.flac --format f32", "flac"},
+             {"film.json -o mix.wav --dither", "f32, which is not rounded"},
              {"empty.json -o mix.wav", "holds nothing"},
          })
         expectRefused("mix " + line, part);

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <complex>
+#include <cstdio>
 #include <cstdlib>
 #include <numbers>
 
@@ -65,6 +67,7 @@ TEST_F(Render, AppliesEveryLevelWhereItIsToBeHeard) {
     const std::map<std::string, std::map<std::size_t, double>> expected{
         {"--gain -6 --level +3", {{0, gainOfDecibels(-3.0)}, {47999, gainOfDecibels(-3.0)}}},
         {"--gain -inf", {{500, 0.0}}},
+        {"--gain 60 --level -60", {{500, 1.0}}},
         {"--fade-in 0.25 --fade-out 0.5:power", faded},
         {"--fade-in 0.25 --fade-out 0.5:power --reverse", faded},
         {"--fade-out 1:log", {{12000, mixerStyleGain(0.75)}}},
@@ -93,7 +96,7 @@ TEST_F(Render, EqualisesWithSeveralBands) {
     output("render --eq peak:1k:+6 a.wav -o out.wav"); // One band for each --eq: the next word is the input.
 }
 
-TEST_F(Render, TellsHowManySamplesItClips) {
+TEST_F(Render, TellsHowManySamplesAreOverFullScale) {
     Channels sound = noise(2, 48000);
     sound[1][24000] = 1.5F;
     sound[1][24001] = 1.0F;
@@ -102,14 +105,19 @@ TEST_F(Render, TellsHowManySamplesItClips) {
                SF_FORMAT_WAV | SF_FORMAT_PCM_24);
     const std::string exact =
         "clipped: channel 2: 1 sample, by up to 3.52 dB, first at 0:00:00.500\nrendered";
+    const std::string kept = "over full scale, not " + exact;
     const std::string most = "clipped or at full scale: channel 2: 2 samples, first at 0:00:00.500\nrendered";
     for (const auto& [options, text] :
-         std::map<std::string, std::string>{{"", exact},
+         std::map<std::string, std::string>{{"--truncate", exact},
                                             {"--block 7 --format u8", exact},
                                             {"--speed 1 --gain -12", "rendered"},
-                                            {"--through-tables", most},
-                                            {"--through-tables --format s24", most}})
+                                            {"--through-tables --format s24", exact},
+                                            {"--through-tables --truncate", most},
+                                            {"--through-tables --format s24 --truncate", most},
+                                            {"--through-tables", kept},
+                                            {"", kept}})
         EXPECT_TRUE(output("render a.wav -o out.wav " + options).starts_with(text)) << options;
+    EXPECT_EQ(rendered(""), sound);
     // Of a sum, the sum is what counts.
     EXPECT_NE(output("render a.wav -o out.wav --mix-into soft.wav")
                   .find("channel 2: " +
@@ -161,10 +169,10 @@ TEST_F(Render, WritesTheSameBytesForAnyBlockThreadsAndFunctions) {
              {"--reverse --automation-reverse " + ride, " --block 16777216 --threads 7"},
              {"--speed 1.9 --eq lowshelf:200:4 --level 6", " --block 777 --threads 1"},
              {"--speed 1.3 --converter linear --reverse " + ride, ""},
-             {"--from 12345smp --duration 9smp --level 10 --gain 3", " --block 1 --threads 1"}}) {
+             {"--from 12345smp --duration 9smp --level 10 --gain 60", " --block 1 --threads 1"}}) {
         const Channels inlined = rendered(options + sizes);
         EXPECT_TRUE(inlined == rendered(options + " --through-tables")) << options << sizes;
-        const std::string line = " --format s24 " + options;
+        const std::string line = " --format s24 --dither " + options;
         output("render a.wav -o plain.raw" + line);
         output("render a.wav -o sum.raw --mix-into plain.raw" + line + sizes);
         output("render a.wav -o tables.raw --mix-into plain.raw --through-tables" + line);
@@ -172,13 +180,51 @@ TEST_F(Render, WritesTheSameBytesForAnyBlockThreadsAndFunctions) {
     }
 }
 
+/// Beside two other programs, where they are installed.
+TEST_F(Render, DithersATinyToneWithNoHarmonicAboveTheNoise) {
+    const std::vector<float> tone = sine(1000.0, gainOfDecibels(-90.0)).front();
+    writeSound(in("a.wav"), {tone, tone});
+    output("render a.wav -o audlmd.wav --format s16 --dither");
+    const std::string go = "cd '" + in("").string() + "' && ";
+    for (const std::string other :
+         {"sox -V1 a.wav -b 16 sox.wav",
+          "ffmpeg -v error -i a.wav -af aresample=osf=s16:dither_method=triangular ffmpeg.wav"})
+        if (std::system((go + other).c_str()) != 0)
+            std::puts(("not compared: " + other).c_str());
+    for (const std::string name : {"audlmd.wav", "sox.wav", "ffmpeg.wav"}) {
+        if (!exists(in(name)))
+            continue;
+        const Channels channels = readSound(in(name));
+        EXPECT_NE(channels[0], channels[1]) << name;
+        const std::vector<float>& dithered = channels[0];
+        // In steps. The mean period of the tone, which is 48 samples long, has all harmonics.
+        std::vector<double> period(48);
+        double error = 0.0;
+        for (std::size_t n = 0; n < tone.size(); ++n) {
+            period[n % 48] += static_cast<double>(dithered.at(n)) * 32.768;
+            error += std::pow(static_cast<double>(dithered[n] - tone[n]) * 32768.0, 2.0) / 48000.0;
+        }
+        // The noise alone has lines of 0.005 steps; without dither the third harmonic has 0.19.
+        for (int harmonic = 1; harmonic < 24; ++harmonic) {
+            std::complex<double> line;
+            for (int n = 0; n < 48; ++n)
+                line += std::polar(period[static_cast<std::size_t>(n)] / 24.0,
+                                   std::numbers::pi * harmonic * n / 24.0);
+            EXPECT_NEAR(std::abs(line), harmonic == 1 ? 1.036 : 0.0, 0.02) << name << ", " << harmonic;
+        }
+        EXPECT_NEAR(std::sqrt(error), 0.5, 0.01) << name;
+    }
+}
+
 TEST_F(Render, ExplainsWhatItDoesWithoutDoingIt) {
     writeSound(in("a.wav"), noise(1, 48000));
-    const std::string text = output("render a.wav --gain 0 --level -6 --speed 1.5 --format s16 --explain");
-    for (const char* part : {"mode code 1602 (0x642)", "direction              1", "srcStage               2",
-                             "output type 2 of 14 in the registration order: Aud::Sample<16, 2,",
-                             "output length 32000 samples", "subSampleStart                   1 + 536870912/",
-                             "outerLevelUValue                 0.776060581 (-6.00 dB)"})
+    const std::string text =
+        output("render a.wav --gain 12.0412 --level -6 --speed 1.5 --format s16 --explain");
+    for (const char* part :
+         {"mode code 1602 (0x642)", "direction              1", "srcStage               2",
+          "output type 2 of 14 in the registration order: Aud::Sample<16, 2,", "output length 32000 samples",
+          "subSampleStart                   1 + 536870912/", "levelUValue             1.2796", "2^1\n",
+          "outerLevelUValue                 0.776060581 (-6.00 dB)"})
         EXPECT_NE(text.find(part), std::string::npos) << part << "\nin\n" << text;
     // Between its fades the strip needs no envelope, and is rendered by the mode that has none.
     const std::string faded =

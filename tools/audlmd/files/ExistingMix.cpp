@@ -2,7 +2,6 @@
 
 #include "host/cache/SoundFile.hpp"
 #include "tools/audlmd/CommandError.hpp"
-#include "tools/audlmd/files/SampleLayouts.hpp"
 
 namespace audlmd::command {
 
@@ -33,15 +32,14 @@ void ExistingMix::openHeaderless(std::optional<FormatId> wanted) {
     info.channels = layout_.channels;
     info.samplerate = layout_.sampleRate;
     info.format = rawFileKind().type | *subtypeIn(rawFileKind(), layout_.format);
-    open(info);
+    file_.emplace(path_, info);
 }
 
 void ExistingMix::openWithHeader(std::optional<FormatId> wanted) {
     // Opened here only to throw: the messages of SoundFile say more than libsndfile's.
     static_cast<void>(SoundFile(path_));
-    SF_INFO info{};
-    open(info);
-    const std::optional<FormatId> found = formatOf(info.format);
+    const SF_INFO& info = file_.emplace(path_).info();
+    const std::optional<FormatId> found = file_->format();
     if (!found)
         fail("its samples are in none of the formats that the library sums; convert it to 16, 24 or 32 bits "
              "or float first");
@@ -53,41 +51,6 @@ void ExistingMix::openWithHeader(std::optional<FormatId> wanted) {
     requireSame("rate", info.samplerate, layout_.sampleRate, "Hz");
     requireSame("channel count", info.channels, layout_.channels, "channels");
     requireSame("length", info.frames, layout_.frames, "frames");
-}
-
-void ExistingMix::open(SF_INFO& info) {
-    file_.reset(sf_open(path_.c_str(), SFM_READ, &info));
-    // Also where a part of the header could not be read, which libsndfile takes for zeros.
-    if (file_ == nullptr || sf_error(file_.get()) == SF_ERR_SYSTEM)
-        fail(sf_strerror(file_.get()));
-}
-
-/// libsndfile hands 16 and 32 bits and floats over unchanged, and 8 and 24 bits in the high bits of an int.
-void ExistingMix::read(std::byte* interleaved, std::size_t frames) {
-    const std::size_t count = frames * static_cast<std::size_t>(layout_.channels);
-    const auto items = static_cast<sf_count_t>(count);
-    sf_count_t got = 0;
-    switch (layout_.format) {
-    case FormatId::f32:
-        got = sf_read_float(file_.get(), reinterpret_cast<float*>(interleaved), items);
-        break;
-    case FormatId::s16:
-        got = sf_read_short(file_.get(), reinterpret_cast<short*>(interleaved), items);
-        break;
-    case FormatId::s24in32:
-    case FormatId::s32:
-        got = sf_read_int(file_.get(), reinterpret_cast<int*>(interleaved), items);
-        break;
-    case FormatId::s24:
-    case FormatId::s8:
-    case FormatId::u8:
-        wide_.resize(count);
-        got = sf_read_int(file_.get(), wide_.data(), items);
-        narrow(layout_.format, wide_, interleaved);
-        break;
-    }
-    if (got != items)
-        fail("it ends too early, or cannot be read");
 }
 
 void ExistingMix::requireSame(const char* what, std::int64_t here, std::int64_t rendered,

@@ -1,11 +1,10 @@
 #pragma once
 
-#include "tools/audlmd/files/OutputFile.hpp"
+#include "tools/audlmd/files/ContainerFile.hpp"
 
 #include <cstddef>
 #include <filesystem>
 #include <optional>
-#include <vector>
 
 namespace audlmd::command {
 
@@ -25,21 +24,21 @@ public:
     /// Fills `interleaved` with the next frames: containers, the channels side by side. Throws CommandError
     /// if the file ends too early or cannot be read. `frames` may differ from call to call; the calls
     /// together read layout.frames.
-    void read(std::byte* interleaved, std::size_t frames);
+    void read(std::byte* interleaved, std::size_t frames) {
+        file_->read(layout_.format, interleaved, frames);
+    }
 
 private:
     void openHeaderless(std::optional<FormatId> wanted);
     void openWithHeader(std::optional<FormatId> wanted);
-    void open(SF_INFO& info);
     /// Fails unless two numbers are equal. The words name the number and its unit in the message.
     void requireSame(const char* what, std::int64_t here, std::int64_t rendered, const char* unit) const;
     [[noreturn]] void fail(const std::string& why) const;
 
     std::filesystem::path path_;
     OutputLayout layout_;
-    SoundFileHandle file_;
-    /// For formats that libsndfile reads as ints.
-    std::vector<int> wide_;
+    /// Set after construction.
+    std::optional<ContainerFile> file_;
 };
 
 } // namespace audlmd::command

@@ -1,7 +1,5 @@
 #include "tools/audlmd/files/SampleLayouts.hpp"
 
-#include "host/signal/Unclipped.hpp"
-
 #include <algorithm>
 #include <bit>
 #include <cstdint>
@@ -76,16 +74,17 @@ void withContainer(FormatId format, Visitor&& visitor) {
 
 } // namespace
 
-void store(FormatId format, std::span<const float> samples, std::byte* containers) {
+void store(FormatId format, Rounding rounding, OutputPlace place, std::span<const float> samples,
+           std::byte* containers) {
     withContainer(format, [&]<class Container>(std::type_identity<Container>) {
-        auto* out = reinterpret_cast<Container*>(containers);
-        convertBlock(samples.data(), samples.size(), out);
+        storeBlock(samples, reinterpret_cast<Container*>(containers), rounding, place);
     });
 }
 
-void addStored(FormatId format, const std::byte* containers, std::span<float> samples) {
+void add(FormatId format, Rounding rounding, OutputPlace place, std::span<float> samples,
+         std::byte* containers) {
     withContainer(format, [&]<class Container>(std::type_identity<Container>) {
-        audlmd::addStored(reinterpret_cast<const Container*>(containers), samples);
+        addBlock(samples, reinterpret_cast<Container*>(containers), rounding, place);
     });
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/deliver/Delivery.hpp"
 #include "tools/audlmd/files/OutputFormat.hpp"
 
 #include <cstddef>
@@ -10,12 +11,18 @@ namespace audlmd::command {
 // Samples become containers of 1 to 4 bytes, each channel alone. Files hold the channels side by side, and
 // libsndfile exchanges 8 and 24 bits as ints. These functions change one layout into the other.
 
-/// Stores samples as containers, with the bytes that the library stores; what is beyond full scale is
-/// clipped.
-void store(FormatId format, std::span<const float> samples, std::byte* containers);
+/// Stores samples as containers, see storeBlock().
+void store(FormatId format, Rounding rounding, OutputPlace place, std::span<const float> samples,
+           std::byte* containers);
 
-/// Adds what the containers hold to the samples, as the library does where it sums.
-void addStored(FormatId format, const std::byte* containers, std::span<float> samples);
+/// Adds samples to what the containers hold, see addBlock(). The samples become the sums.
+void add(FormatId format, Rounding rounding, OutputPlace place, std::span<float> samples,
+         std::byte* containers);
+
+/// Whether the two above clip what is beyond full scale.
+constexpr bool clips(FormatId format, Rounding rounding) {
+    return format != FormatId::f32 || rounding == Rounding::truncated;
+}
 
 /// Puts the samples of the channels side by side. A container has `bytes` bytes; `interleaved` has room for
 /// `frames` containers of every channel. Copies bytes and changes no sample. The buffers must not overlap.

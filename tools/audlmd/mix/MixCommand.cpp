@@ -47,9 +47,9 @@ class MixedChunks final : public ChunkProducer {
 public:
     /// `from` is the output sample of the timeline with which the output begins. After each chunk, `mixed` is
     /// called on the thread that mixes.
-    MixedChunks(Mixer& mixer, TimelineSample from, FormatId format, std::size_t block,
+    MixedChunks(Mixer& mixer, TimelineSample from, FormatId format, Rounding rounding, std::size_t block,
                 std::function<void()> mixed)
-        : mixer_(mixer), from_(from), format_(format), mixed_(std::move(mixed)),
+        : mixer_(mixer), from_(from), format_(format), rounding_(rounding), mixed_(std::move(mixed)),
           samples_(mixer.timeline().channels, std::vector<float>(block)) {}
 
     /// The mixer has threads of its own.
@@ -61,9 +61,11 @@ public:
         for (std::size_t done = 0; done < chunk.frames; done += block.front().size()) {
             for (std::span<float>& channel : block)
                 channel = channel.first(std::min(channel.size(), chunk.frames - done));
-            mixer_.render(from_ + chunk.from + static_cast<std::int64_t>(done), block);
+            const TimelineSample position = from_ + chunk.from + static_cast<std::int64_t>(done);
+            mixer_.render(position, block);
             for (std::size_t channel = 0; channel < block.size(); ++channel)
-                store(format_, block[channel], &chunk.channels[channel][done * outputFormat(format_).bytes]);
+                store(format_, rounding_, {channel, position.number()}, block[channel],
+                      &chunk.channels[channel][done * outputFormat(format_).bytes]);
         }
         mixed_();
     }
@@ -72,6 +74,7 @@ private:
     Mixer& mixer_;
     TimelineSample from_;
     FormatId format_;
+    Rounding rounding_;
     std::function<void()> mixed_;
     /// One block of each channel.
     std::vector<std::vector<float>> samples_;
@@ -175,6 +178,8 @@ private:
     }
 
     MixReport mix() {
+        const FormatId format = options_.format.value_or(defaultFormatOf(*outputs_.sound()->kind));
+        const Rounding rounding = options_.roundingTo(format);
         allowManyOpenFiles();
         std::optional<Mixer> mixer;
         {
@@ -185,27 +190,27 @@ private:
                 MixerOptions{
                     .threads = options_.threads, .block = options_.block, .inlined = options_.inlined()});
         }
-        const double seconds = writeOutput(*mixer);
+        const double seconds = writeOutput(*mixer, format, rounding);
         MixReport mixed = mixer->report();
         tell(mixed, {.span = span_,
                      .seconds = seconds,
                      .timeline = options_.timeline.string(),
                      .output = options_.output.string(),
-                     .quiet = options_.quiet});
+                     .quiet = options_.quiet,
+                     .clips = clips(format, rounding)});
         return mixed;
     }
 
     /// Returns how long that took, in seconds.
-    double writeOutput(Mixer& mixer) const {
-        OutputLayout layout{.channels = static_cast<int>(timeline_.channels),
-                            .sampleRate = timeline_.sampleRate,
-                            .frames = span_.length(),
-                            .timeReference = timeline_.timeReference + span_.from.number()};
-        const OutputTarget& target = *outputs_.sound();
-        layout.format = options_.format.value_or(defaultFormatOf(*target.kind));
-        OutputFile output(target, layout);
+    double writeOutput(Mixer& mixer, FormatId format, Rounding rounding) const {
+        const OutputLayout layout{.format = format,
+                                  .channels = static_cast<int>(timeline_.channels),
+                                  .sampleRate = timeline_.sampleRate,
+                                  .frames = span_.length(),
+                                  .timeReference = timeline_.timeReference + span_.from.number()};
+        OutputFile output(*outputs_.sound(), layout);
         Progress progress(layout.frames, layout.sampleRate, !options_.quiet);
-        MixedChunks chunks(mixer, span_.from, layout.format, options_.block, [&] {
+        MixedChunks chunks(mixer, span_.from, format, rounding, options_.block, [&] {
             if (options_.strict)
                 requireNoFailure(mixer.report());
         });

@@ -30,12 +30,13 @@ TIMES of --from, --to and --duration are the output's: seconds (12.5 or 3s), mil
 (480000smp), a clock (1:02.5, 1:00:02.5) or timecode with its rate (1:00:00:12@25). --slice 2/4 mixes the second of four equal parts of that; the parts, joined, are
 the whole byte for byte.
 
-LEVELS are summed without limits and clipped once, where the samples are stored; the report tells how many
-samples, and when. One channel goes to both sides at full level: other programs lower it by 3 dB.
+LEVELS are summed without limits. f32 holds the sum as it is; integers are rounded to the nearest step, and
+clipped. The report tells how many samples are over full scale, and when. --dither turns the distortion of
+rounding into even noise. --truncate gives the bytes that a host gets of the library. One channel goes to both sides at full level: other programs lower it by 3 dB.
 
 EXAMPLES
   audlmd mix film.otio --list
-  audlmd mix film.otio -o film.wav --format s24
+  audlmd mix film.otio -o film.wav --format s16 --dither
   audlmd mix film.otio -o film.wav --media /archive/sound --report film.json --picture film.png
   audlmd mix film.otio --list --as json > film.json      (edit it, and mix it)
   audlmd mix film.json -o reel2.wav --from 20:00 --to 40:00

@@ -166,8 +166,8 @@ std::string reportText(const MixReport& report, const Timeline& timeline, const 
                            ": " + overloadText(strip.overload, timeline.sampleRate));
     }
     for (std::size_t channel = 0; channel < report.channels.size(); ++channel)
-        if (std::string line =
-                channelOverloadLine("clipped", channel, report.channels[channel], timeline.sampleRate);
+        if (std::string line = channelOverloadLine(overloadWords(run.clips), channel,
+                                                   report.channels[channel], timeline.sampleRate);
             !line.empty())
             clipped.push_back(std::move(line));
     return notes(timeline) + shortened(silences(report, timeline)) + shortened(late) + shortened(loud) +
@@ -193,8 +193,10 @@ std::string reportJson(const MixReport& report, const Timeline& timeline, const 
         entry["overload"] = overloadJson(strip.overload);
         json["clips"].push_back(std::move(entry));
     }
-    for (const Overload& channel : report.channels)
+    for (const Overload& channel : report.channels) {
         json["channels"].push_back(overloadJson(channel));
+        json["channels"].back()["clipped"] = run.clips ? channel.samples : 0;
+    }
     if (report.slowest.seconds > 0.0) {
         json["slowest"] = placeJson(timeline, report.slowest.track, report.slowest.strip);
         json["slowest"]["seconds"] = report.slowest.seconds;

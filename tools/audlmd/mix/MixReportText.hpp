@@ -18,6 +18,8 @@ struct MixRun {
     std::string output;
     /// Whether the text tells only what is not as it was asked.
     bool quiet = false;
+    /// Whether the output clips what is beyond full scale.
+    bool clips = true;
 };
 
 /// The report for a terminal, the timeline's notes included: lines, of which each kind of problem takes a
@@ -27,8 +29,13 @@ std::string reportText(const MixReport& report, const Timeline& timeline, const 
 /// The whole report as JSON. Times are output samples of the timeline, levels are decibels over full scale.
 std::string reportJson(const MixReport& report, const Timeline& timeline, const MixRun& run);
 
-/// The line of a report on what an output has clipped in one channel, counted from 0. Empty where there is
-/// nothing to tell. `what` is the kind of line.
+/// What a report says of samples beyond full scale, by whether they were clipped.
+constexpr const char* overloadWords(bool clips) {
+    return clips ? "clipped" : "over full scale, not clipped";
+}
+
+/// The line of a report on what is beyond full scale in one channel of an output, counted from 0. Empty where
+/// there is nothing to tell. `what` is the kind of line.
 std::string channelOverloadLine(const char* what, std::size_t channel, const Overload& overload,
                                 int sampleRate);
 

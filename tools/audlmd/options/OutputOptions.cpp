@@ -47,22 +47,20 @@ std::optional<RawLayout> RenderingOptions::rawInput() const {
     return RawLayout{.format = *inputFormat, .sampleRate = *inputRate, .channels = *inputChannels};
 }
 
-Media RenderingOptions::openFile(const std::filesystem::path& input) const {
+std::filesystem::path RenderingOptions::atHand(const std::filesystem::path& input) const {
     const std::optional<RawLayout> raw = rawInput();
-    if (!raw && !isStream(input))
-        return openSoundFile(input.string());
-    const std::string copy = spooled(input, raw).string();
-    try {
-        return openSoundFile(copy);
-    } catch (const SoundFileError& error) {
-        // The user knows the input, not the copy.
-        throw SoundFileError((input == "-" ? "standard input" : input.string()) +
-                             std::string(error.what()).substr(copy.size()));
-    }
+    return raw || isStream(input) ? spooled(input, raw) : input;
 }
 
-Media RenderingOptions::open(const std::filesystem::path& input) const {
-    Media media = openFile(input);
+Media RenderingOptions::open(const std::filesystem::path& file, const std::filesystem::path& input) const {
+    Media media;
+    try {
+        media = openSoundFile(file.string());
+    } catch (const SoundFileError& error) {
+        // The user knows the input, not its copy.
+        const std::string why = std::string(error.what()).substr(file.string().size());
+        throw SoundFileError((input == "-" ? "standard input" : input.string()) + why);
+    }
     if (media.channels.front()->length() == 0)
         throw CommandError("'" + input.string() + "' holds no samples", ExitStatus::input);
     const int wanted = rate.value_or(media.sampleRate);
@@ -83,6 +81,10 @@ void OutputOptions::declareOutput(CLI::App& app, const std::string& outputHelp,
     addParsed(app, "--format", format, &parseFormat, "f32, s8, u8, s16, s24, s24in32 or s32")
         ->option_text("FORMAT")
         ->group(group);
+    app.add_flag("--dither", dither, "Add noise of two steps in front of rounding, against distortion")
+        ->group(group);
+    app.add_flag("--truncate", truncate, "Round toward zero and clip floats, as the library does for a host")
+        ->group(group);
     declareRendering(app, group, defaultRate);
     app.add_flag("--quiet", quiet, "Tell only what is not as it was asked: no progress, no summary")
         ->group(group);
@@ -94,6 +96,16 @@ void OutputOptions::declareOutput(CLI::App& app, const std::string& outputHelp,
         ->option_text("N")
         ->check(CLI::Range(1, 1024))
         ->group(group);
+}
+
+Rounding OutputOptions::roundingTo(FormatId outputFormat) const {
+    if (dither && truncate)
+        throw CommandError(
+            "--dither and --truncate cannot stand together: each says how samples are rounded");
+    if (dither && outputFormat == FormatId::f32)
+        throw CommandError("--dither is for integers, but the output holds f32, which is not rounded; choose "
+                           "another with --format, such as s16");
+    return dither ? Rounding::dithered : truncate ? Rounding::truncated : Rounding::nearest;
 }
 
 } // namespace audlmd::command

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/deliver/Delivery.hpp"
 #include "host/mix/Media.hpp"
 #include "host/services/RenderFunctions.hpp"
 #include "host/signal/Unclipped.hpp"
@@ -38,13 +39,16 @@ struct RenderingOptions {
     /// Declares the options on an input without a header, in the group "Input".
     void declareInput(CLI::App& app);
 
-    /// Opens a sound file, or what `-` and pipes bring, at the rate of the output. Throws SoundFileError, and
-    /// CommandError for a file without samples.
-    Media open(const std::filesystem::path& input) const;
+    /// A path that opens the input at random: its own, or that of a copy of what `-`, a pipe or samples
+    /// without a header bring. Throws CommandError.
+    std::filesystem::path atHand(const std::filesystem::path& input) const;
+
+    /// Opens what atHand() has given for an input, at the rate of the output. Throws SoundFileError, and
+    /// CommandError for a file without samples, which name the input.
+    Media open(const std::filesystem::path& file, const std::filesystem::path& input) const;
 
 private:
     std::optional<RawLayout> rawInput() const;
-    Media openFile(const std::filesystem::path& input) const;
 };
 
 /// The options of every command that renders into a sound file.
@@ -53,8 +57,11 @@ struct OutputOptions : RenderingOptions {
     std::filesystem::path output;
     /// Never null. Not set: the name of the output says it.
     std::optional<const FileKind*> kind;
-    /// Not set: that of the kind of file.
+    /// Not set: that of the kind of file, or of the input.
     std::optional<FormatId> format;
+    /// How integers are rounded: to the nearest step where neither is set.
+    bool dither = false;
+    bool truncate = false;
     /// Samples per render call.
     std::size_t block = 4096;
     /// Whether only what is not as it was asked is told.
@@ -66,6 +73,10 @@ struct OutputOptions : RenderingOptions {
     /// describes --output; `defaultRate` as above.
     void declareOutput(CLI::App& app, const std::string& outputHelp, const std::string& defaultRate,
                        std::size_t mostBlock);
+
+    /// How samples become those of the output's format. Throws CommandError where the options exclude each
+    /// other or do not fit the format.
+    Rounding roundingTo(FormatId outputFormat) const;
 };
 
 } // namespace audlmd::command

@@ -1,6 +1,7 @@
 #include "tools/audlmd/options/Parsers.hpp"
 
 #include "host/services/SampleRates.hpp"
+#include "host/signal/GainLaws.hpp"
 #include "host/signal/Speed.hpp"
 #include "host/words/Numbers.hpp"
 #include "host/words/StripWords.hpp"
@@ -33,6 +34,13 @@ Value valueFor(std::string_view option, Value (*read)(std::string_view), std::st
 
 float parseLevel(std::string_view text, std::string_view option) {
     return valueFor(option, &words::levelIn, text);
+}
+
+double parseGain(std::string_view text, std::string_view option) {
+    const double decibels = valueFor(option, &words::requireNumber, text);
+    if (!(decibels <= mostGainDecibels))
+        fail(option, words::quoted(text) + " is not a gain of at most +60 dB; write -inf for silence");
+    return decibels;
 }
 
 /// The curve is taken off the end first, because a timecode holds colons, too.

@@ -16,6 +16,9 @@ namespace audlmd::command {
 /// Decibels as the u-value of the mixer-style curve, see words::levelIn().
 float parseLevel(std::string_view text, std::string_view option);
 
+/// Decibels from minus infinity, which is silence, up to mostGainDecibels.
+double parseGain(std::string_view text, std::string_view option);
+
 /// How long a fade is, as heard, and how its gain runs.
 struct FadeValue {
     TimeValue length;

@@ -1,5 +1,7 @@
 #include "tools/audlmd/options/StripOptions.hpp"
 
+#include "host/mix/ConvertedSources.hpp"
+#include "host/signal/GainLaws.hpp"
 #include "host/words/Text.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/options/AutomationFile.hpp"
@@ -8,6 +10,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -78,14 +81,14 @@ void StripOptions::declareSound(CLI::App& app) {
     addParsed(app, "--fade-out", fadeOut, &parseFade, "Fade out over the last TIME")
         ->option_text("TIME[:CURVE]")
         ->group("Sound");
-    addParsed(app, "--gain", gain, &parseLevel, "Middle level, at most +10; -inf is silence")
+    addParsed(app, "--gain", gain, &parseGain, "Gain of the sound, at most +60; -inf is silence")
         ->option_text("DB")
         ->group("Sound");
-    addParsed(app, "--level", level, &parseLevel, "Outer level, at most +10; not with --automation")
+    addParsed(app, "--level", level, &parseLevel, "A second gain, at most +10, which --automation replaces")
         ->option_text("DB")
         ->group("Sound");
     app.add_option("--automation", automation,
-                   "Outer level that moves along the lines (time,decibels) of a CSV file")
+                   "A gain that moves along the lines (time,decibels) of a CSV file")
         ->option_text("FILE")
         ->group("Sound");
     app.add_flag("--automation-reverse", automationReverse,
@@ -105,8 +108,8 @@ void StripOptions::requireCompatible() const {
     range.requireCompatible();
     if (level && automation)
         throw CommandError(
-            "--level and --automation cannot stand together: both are the outer level; a fixed "
-            "level beside an automation is --gain");
+            "--level and --automation cannot stand together: an automation replaces that gain; a fixed "
+            "gain beside an automation is --gain");
     if (automationReverse && !automation)
         throw CommandError("--automation-reverse needs --automation");
     if (converter && !speed)
@@ -116,11 +119,27 @@ void StripOptions::requireCompatible() const {
                            std::to_string(equaliserBandCount));
 }
 
+bool StripOptions::changesNoSample() const {
+    return equaliser.empty() && !fadeIn && !fadeOut && !gain && !level && !automation && !speed;
+}
+
+int StripOptions::doublings() const {
+    return amplifiedLevelOf(gain.value_or(0.0)).doublings;
+}
+
+Media StripOptions::amplified(Media input) const {
+    if (doublings() != 0)
+        for (std::shared_ptr<SampleSource>& channel : input.channels)
+            channel = std::make_shared<ScaledSource>(std::move(channel), doublings());
+    return input;
+}
+
 ResolvedStrip StripOptions::settingsFor(const StripInput& input) const {
     StripSettings settings;
     settings.sampleRate = input.sampleRate;
     settings.equaliser = equaliser;
-    settings.middleLevel = gain;
+    if (gain)
+        settings.middleLevel = amplifiedLevelOf(*gain).uValue;
     settings.outerLevel = level;
     if (speed) {
         settings.speed = speed->factor;

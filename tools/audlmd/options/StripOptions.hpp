@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/mix/Media.hpp"
 #include "host/signal/StripPlayer.hpp"
 #include "tools/audlmd/options/Parsers.hpp"
 #include "tools/audlmd/options/Range.hpp"
@@ -44,8 +45,9 @@ struct StripOptions {
     std::vector<EqualiserBand> equaliser;
     std::optional<FadeValue> fadeIn;
     std::optional<FadeValue> fadeOut;
-    /// U-values of the middle level and of the outer level.
-    std::optional<float> gain;
+    /// In decibels.
+    std::optional<double> gain;
+    /// The u-value of the outer level.
     std::optional<float> level;
     /// A CSV file, see readAutomationFile(). Takes the place of `level`.
     std::optional<std::filesystem::path> automation;
@@ -61,9 +63,18 @@ struct StripOptions {
     /// Throws CommandError for options that cannot stand together, or alone. Call this before settingsFor().
     void requireCompatible() const;
 
-    /// The settings of a player of any channel of the input; the caller sets the cookie. Reads the automation
-    /// file. Throws CommandError. Times are rounded to samples at input.sampleRate; fades and automation
-    /// become source samples. The range is what RangeOptions::in() makes of it, with its note.
+    /// Whether the samples of the range stay as they are. Their order may be reversed.
+    bool changesNoSample() const;
+
+    /// How often the input is doubled before a player reads it, for the part of the gain that is beyond the
+    /// levels of a player.
+    int doublings() const;
+    /// The input after that.
+    Media amplified(Media input) const;
+
+    /// The settings of a player of any channel of amplified(); the caller sets the cookie. Reads the
+    /// automation file. Throws CommandError. Times are rounded to samples at input.sampleRate; fades and
+    /// automation become source samples. The range is what RangeOptions::in() makes of it, with its note.
     ResolvedStrip settingsFor(const StripInput& input) const;
 };
 

@@ -31,7 +31,7 @@ PlayInput::PlayInput(const PlayOptions& options) : options_(options), isTimeline
 }
 
 void PlayInput::openSound() {
-    media_ = options_.open(options_.input);
+    media_ = options_.strip.amplified(options_.open(options_.atHand(options_.input), options_.input));
     settings_ = forwards(options_.strip
                              .settingsFor({.path = options_.input,
                                            .frames = media_.channels.front()->length(),

@@ -5,10 +5,12 @@
 #include "tools/audlmd/Progress.hpp"
 #include "tools/audlmd/Subcommands.hpp"
 #include "tools/audlmd/files/Outputs.hpp"
+#include "tools/audlmd/files/SampleLayouts.hpp"
 #include "tools/audlmd/mix/MixReportText.hpp"
 #include "tools/audlmd/modes/ModeText.hpp"
 #include "tools/audlmd/options/OutputOptions.hpp"
 #include "tools/audlmd/options/StripOptions.hpp"
+#include "tools/audlmd/render/CopiedChunks.hpp"
 #include "tools/audlmd/render/RenderedChunks.hpp"
 
 #include <CLI/CLI.hpp>
@@ -45,13 +47,18 @@ its pitch and length as they are; then everything counts samples of the output's
 MIXES The file of --mix-into has the render's rate, channels and length, and its format where one is given. A
 .raw or .pcm file does not tell its format: give it with --format.
 
-FILES The output's extension chooses the kind of file. Every sample in it is what the library stored:
+LEVELS are floats without limits, which f32 holds as they are. Integers are rounded to the nearest step, and
+clipped; the report tells how many samples are over full scale. --dither turns the distortion of rounding into
+even noise; use it once, where 24 bits become 16. --truncate gives the bytes that a host gets of the library.
+
+FILES The output's extension chooses the kind of file:
   .wav .w64 .rf64   u8 s16 s24 s32 f32 (a wav beyond 4 GiB becomes RF64)
   .aiff .au .caf    s8 s16 s24 s32 f32 (an aiff also u8)
   .flac             s8 s16 s24
   .raw .pcm         every format, little-endian and without a header; the only ones that hold s24in32
-Without --format it is that of --mix-into, else f32, or s24 for flac. Pipes and devices (/dev/stdout, -) get
-headerless samples, or with --kind wav a header that leaves the length open. The output stands under its name only once it is whole; whatever was there stays until
+Without --format it is that of --mix-into; else the input's, where options only choose a range or --reverse
+it and the output holds that format: its samples are then copied as they are; else f32, or s24 for flac. Pipes
+and devices (/dev/stdout, -) get headerless samples, or with --kind wav a header that leaves the length open. The output stands under its name only once it is whole; whatever was there stays until
 then.
 
 EXAMPLES
@@ -62,7 +69,7 @@ EXAMPLES
   audlmd render song.wav -o eq.wav --eq lowshelf:120:-2 --eq peak:1k:+3:0.7 --eq highpass:30
   audlmd render song.wav -o ride.wav --automation ride.csv      (lines like 0,-20 and 1:02.5,0)
   audlmd render song.wav -o fast.wav --speed 1.5
-  audlmd render song.wav -o cd.wav --rate 44100 --format s16
+  audlmd render song.wav -o cd.wav --rate 44100 --format s16 --dither
   audlmd render one.wav two.wav three.wav -o cd/ --rate 44.1k --format s16
   ffmpeg -i film.mkv -f wav - | audlmd render - -o film.wav --gain -3
   audlmd render song.wav --fade-in 2s --explain)";
@@ -89,6 +96,8 @@ struct RenderOptions : OutputOptions {
 
     /// Throws CommandError for options that cannot stand together, or alone.
     void requireCompatible() const;
+
+    RenderedChannel::Through through() const;
 };
 
 void RenderOptions::declare(CLI::App& render) {
@@ -128,6 +137,11 @@ void RenderOptions::requireCompatible() const {
     strip.requireCompatible();
 }
 
+RenderedChannel::Through RenderOptions::through() const {
+    using enum RenderedChannel::Through;
+    return !throughTables ? inlined : truncate ? outputTypes : tables;
+}
+
 /// A render reads its material once, so the cache needs room only for a few segments of each channel. A small
 /// cache uses its memory again while that is still in the processor's caches.
 MaterialCacheOptions cacheOptions(std::size_t channels) {
@@ -147,11 +161,10 @@ public:
 
     void run() {
         requireOtherOutput();
-        makePlayers();
+        makeChannels();
         layOut();
         if (options_.explain)
-            std::fputs(explain(*players_.front(), layout_.format, existing_.has_value()).c_str(),
-                       outputs_.report());
+            tellHow();
         if (outputs_.sound())
             renderToFile();
     }
@@ -167,8 +180,9 @@ private:
             outputs_.requireOther(*options_.strip.automation, "the automation");
     }
 
-    void makePlayers() {
-        const Media input = options_.open(input_);
+    void makeChannels() {
+        file_ = options_.atHand(input_);
+        const Media input = options_.strip.amplified(options_.open(file_, input_));
         ResolvedStrip strip = options_.strip.settingsFor(
             {.path = input_, .frames = input.channels.front()->length(), .sampleRate = input.sampleRate});
         if (!strip.note.empty())
@@ -176,67 +190,108 @@ private:
         StripSettings& settings = strip.settings;
         // The threads that the cache starts leave the signals to this thread.
         const EndingSignalsBlocked blocked;
-        cache_ = std::make_unique<MaterialCache>(cacheOptions(input.channels.size()));
-        const Orv::UUID material = makeUuid();
-        for (const std::shared_ptr<SampleSource>& channel : input.channels) {
-            settings.cookie = Cookie{material, static_cast<std::uint16_t>(cookies_.size()), 0};
-            cookies_.push_back(settings.cookie);
-            cache_->add(settings.cookie, channel);
-            players_.push_back(std::make_unique<StripPlayer>(*cache_, settings, options_.inlined()));
+        // Through the tables each channel is rendered twice.
+        const std::size_t players = options_.through() == RenderedChannel::Through::tables ? 2 : 1;
+        cache_ = std::make_unique<MaterialCache>(cacheOptions(players * input.channels.size()));
+        settings.cookie.material = makeUuid();
+        for (const std::shared_ptr<SampleSource>& source : input.channels) {
+            settings.cookie.channel = static_cast<std::uint16_t>(channels_.size());
+            channels_.push_back(
+                std::make_unique<RenderedChannel>(*cache_, settings, source, options_.through()));
+            for (const Cookie& cookie : channels_.back()->cookies())
+                cookies_.push_back(cookie);
         }
-        layout_.channels = static_cast<int>(players_.size());
+        layout_.channels = static_cast<int>(channels_.size());
         layout_.sampleRate = input.sampleRate;
     }
 
-    /// Settles the format and length of the output. Without --format, the existing mix or the kind of file
-    /// decides.
+    StripPlayer& player() const { return channels_.front()->player(); }
+
+    /// Settles the format and length of the output. Without --format, the existing mix, the input or the kind
+    /// of file decides.
     void layOut() {
-        layout_.frames = static_cast<std::int64_t>(players_.front()->outputLength());
-        layout_.format = options_.format.value_or(outputs_.sound() ? defaultFormatOf(*outputs_.sound()->kind)
-                                                                   : FormatId::f32);
+        layout_.frames = static_cast<std::int64_t>(player().outputLength());
+        const std::optional<FormatId> kept = keptFormat();
+        layout_.format = options_.format.value_or(
+            kept.value_or(outputs_.sound() ? defaultFormatOf(*outputs_.sound()->kind) : FormatId::f32));
         if (options_.mixInto) {
             existing_.emplace(*options_.mixInto, options_.format, layout_);
             layout_.format = existing_->format();
         }
+        rounding_ = options_.roundingTo(layout_.format);
+        const bool copies = kept == layout_.format && rounding_ != Rounding::truncated;
+        if (copies && rounding_ == Rounding::dithered) {
+            std::fputs("note: nothing is dithered, because the samples are copied as they are\n",
+                       outputs_.report());
+            rounding_ = Rounding::nearest;
+        }
+        if (copies && kept == FormatId::s32)
+            copied_.emplace(file_);
+    }
+
+    /// The input's, if no sample is changed and the output can hold the format.
+    std::optional<FormatId> keptFormat() const {
+        if (options_.mixInto || !options_.strip.changesNoSample())
+            return std::nullopt;
+        const ContainerFile input(file_);
+        const std::optional<FormatId> format = input.format();
+        const bool kept = format && input.info().samplerate == layout_.sampleRate &&
+                          (!outputs_.sound() || subtypeIn(*outputs_.sound()->kind, *format));
+        return kept ? format : std::nullopt;
+    }
+
+    void tellHow() const {
+        std::fputs(explain(player(), layout_.format, existing_.has_value()).c_str(), outputs_.report());
+        if (const int doublings = options_.strip.doublings(); doublings != 0)
+            std::fprintf(outputs_.report(), "gain beyond the levels: the input is read times 2^%d\n",
+                         doublings);
     }
 
     void renderToFile() {
         OutputFile output(*outputs_.sound(), layout_);
-        const std::size_t threads =
-            options_.threads != 0 ? options_.threads : std::max(1U, std::thread::hardware_concurrency());
-        RenderedChunks chunks(players_, layout_, existing_ ? &*existing_ : nullptr, {options_.block, threads},
-                              options_.throughTables ? RenderedChunks::Through::tables
-                                                     : RenderedChunks::Through::inlined);
         RenderSummary summary{layout_.frames, layout_.channels, layout_.sampleRate, 0.0, 0, 0};
-        {
-            Progress progress(layout_.frames, layout_.sampleRate, !options_.quiet);
-            ChunkWriter(chunks, layout_, options_.block).run(output, [&](std::int64_t done) {
-                requireWholeInput();
-                progress.update(done);
-            });
-            output.commit();
-            summary.seconds = progress.elapsed();
+        if (copied_) {
+            CopiedChunks chunks(*copied_, player().plan().settings);
+            summary.seconds = write(chunks, output);
+        } else {
+            const std::size_t threads =
+                options_.threads != 0 ? options_.threads : std::max(1U, std::thread::hardware_concurrency());
+            RenderedChunks chunks(channels_, layout_, rounding_, existing_ ? &*existing_ : nullptr,
+                                  {options_.block, threads}, options_.through());
+            summary.seconds = write(chunks, output);
+            tellOverload(chunks);
         }
         for (const Cookie& cookie : cookies_) {
             const MaterialStatistics statistics = cache_->statistics(cookie);
             summary.underrunSamples += statistics.underrunSamples;
             summary.underrunEpisodes += statistics.underrunEpisodes;
         }
-        tellClipped(chunks);
         if (!options_.quiet || summary.underrunSamples != 0)
             std::fprintf(outputs_.report(), "%s\n", summary.line().c_str());
     }
 
-    /// In the words of a mix. The library does not tell what it clips, so through the tables nobody knows
-    /// which of the samples at full scale were louder.
-    void tellClipped(const RenderedChunks& chunks) const {
+    /// Returns how long that took, in seconds.
+    double write(ChunkProducer& chunks, OutputFile& output) const {
+        Progress progress(layout_.frames, layout_.sampleRate, !options_.quiet);
+        ChunkWriter(chunks, layout_, options_.block).run(output, [&](std::int64_t done) {
+            requireWholeInput();
+            progress.update(done);
+        });
+        output.commit();
+        return progress.elapsed();
+    }
+
+    /// In the words of a mix. The library does not tell what it clips, so through its output types nobody
+    /// knows which of the samples at full scale were louder.
+    void tellOverload(const RenderedChunks& chunks) const {
+        const bool byLibrary = options_.through() == RenderedChannel::Through::outputTypes;
         for (std::size_t channel = 0; channel < chunks.clipped().size(); ++channel) {
             const RenderedChunks::Clipped& clipped = chunks.clipped()[channel];
             const std::string line =
-                options_.throughTables
-                    ? channelOverloadLine("clipped or at full scale", channel, clipped.atLimits,
-                                          layout_.sampleRate)
-                    : channelOverloadLine("clipped", channel, clipped.meter.overload(), layout_.sampleRate);
+                byLibrary ? channelOverloadLine("clipped or at full scale", channel, clipped.atLimits,
+                                                layout_.sampleRate)
+                          : channelOverloadLine(overloadWords(clips(layout_.format, rounding_)), channel,
+                                                clipped.meter.overload(), layout_.sampleRate);
             if (!line.empty())
                 std::fprintf(outputs_.report(), "%s\n", line.c_str());
         }
@@ -252,12 +307,17 @@ private:
 
     const RenderOptions& options_;
     const std::filesystem::path input_;
+    /// The input itself, or the copy of a stream.
+    std::filesystem::path file_;
     const Outputs outputs_;
     std::unique_ptr<MaterialCache> cache_;
     std::vector<Cookie> cookies_;
-    std::vector<std::unique_ptr<StripPlayer>> players_;
+    std::vector<std::unique_ptr<RenderedChannel>> channels_;
     std::optional<ExistingMix> existing_;
+    /// Set where the samples are copied, and floats could not hold them.
+    std::optional<ContainerFile> copied_;
     OutputLayout layout_;
+    Rounding rounding_ = Rounding::nearest;
 };
 
 /// Where each input goes: under its own name, with the extension of the wanted kind, else its own one, else

@@ -26,7 +26,7 @@ void countAtLimits(FormatId format, std::span<const Container> containers, std::
                    Overload& overload) {
     constexpr float beyond[] = {2.0F, -2.0F};
     Container limits[2];
-    store(format, beyond, reinterpret_cast<std::byte*>(limits));
+    store(format, Rounding::truncated, {}, beyond, reinterpret_cast<std::byte*>(limits));
     for (std::size_t n = 0; n < containers.size(); ++n)
         if (std::memcmp(&containers[n], &limits[0], sizeof(Container)) == 0 ||
             std::memcmp(&containers[n], &limits[1], sizeof(Container)) == 0)
@@ -36,17 +36,18 @@ void countAtLimits(FormatId format, std::span<const Container> containers, std::
 
 } // namespace
 
-RenderedChunks::RenderedChunks(std::vector<std::unique_ptr<StripPlayer>>& players, const OutputLayout& layout,
-                               ExistingMix* existing, Sizes sizes, Through through)
-    : players_(players), format_(layout.format), existing_(existing), block_(sizes.block),
-      parts_(std::clamp<std::size_t>(sizes.threads, 1, players.size())), through_(through),
-      clipped_(players.size()) {}
+RenderedChunks::RenderedChunks(std::vector<std::unique_ptr<RenderedChannel>>& channels,
+                               const OutputLayout& layout, Rounding rounding, ExistingMix* existing,
+                               Sizes sizes, RenderedChannel::Through through)
+    : channels_(channels), format_(layout.format), rounding_(rounding), existing_(existing),
+      block_(sizes.block), parts_(std::clamp<std::size_t>(sizes.threads, 1, channels.size())),
+      through_(through), clipped_(channels.size()) {}
 
 void RenderedChunks::begin(Chunk& chunk) {
     if (existing_ == nullptr)
         return;
     const std::size_t bytes = outputFormat(format_).bytes;
-    interleaved_.resize(chunk.frames * players_.size() * bytes);
+    interleaved_.resize(chunk.frames * channels_.size() * bytes);
     existing_->read(interleaved_.data(), chunk.frames);
     std::vector<std::byte*> channels;
     for (std::vector<std::byte>& channel : chunk.channels)
@@ -56,31 +57,33 @@ void RenderedChunks::begin(Chunk& chunk) {
 
 /// Part 0 of three renders channels 0, 3, 6 and so on.
 void RenderedChunks::fill(std::size_t part, Chunk& chunk) {
-    const auto render =
-        through_ == Through::inlined ? &RenderedChunks::renderInlined : &RenderedChunks::renderThroughTables;
-    for (std::size_t channel = part; channel < players_.size(); channel += parts_)
+    const auto render = through_ == RenderedChannel::Through::outputTypes ? &RenderedChunks::renderContainers
+                                                                          : &RenderedChunks::renderFloats;
+    for (std::size_t channel = part; channel < channels_.size(); channel += parts_)
         (this->*render)(channel, chunk.channels[channel].data(), chunk.frames);
 }
 
-void RenderedChunks::renderInlined(std::size_t channel, std::byte* containers, std::size_t frames) {
-    StripPlayer& player = *players_[channel];
+void RenderedChunks::renderFloats(std::size_t channel, std::byte* containers, std::size_t frames) {
+    RenderedChannel& rendered = *channels_[channel];
     std::vector<float> samples(std::min(frames, block_));
     for (std::size_t count = 0; frames != 0; frames -= count) {
         count = std::min(frames, block_);
-        const auto position = player.position().number();
-        const std::span<float> rendered(samples.data(), count);
-        player.renderFloats(rendered);
+        const OutputPlace place{channel, rendered.player().position().number()};
+        const std::span<float> block(samples.data(), count);
+        rendered.render(block);
+        // Measured before they are stored, but of a mix the sums.
         if (existing_ != nullptr)
-            addStored(format_, containers, rendered);
-        clipped_[channel].meter.measure(rendered, 1.0F, position);
-        store(format_, rendered, containers);
+            add(format_, rounding_, place, block, containers);
+        clipped_[channel].meter.measure(block, 1.0F, place.position);
+        if (existing_ == nullptr)
+            store(format_, rounding_, place, block, containers);
         containers += count * outputFormat(format_).bytes;
     }
 }
 
 /// The library converts each sample.
-void RenderedChunks::renderThroughTables(std::size_t channel, std::byte* containers, std::size_t frames) {
-    StripPlayer& player = *players_[channel];
+void RenderedChunks::renderContainers(std::size_t channel, std::byte* containers, std::size_t frames) {
+    StripPlayer& player = channels_[channel]->player();
     const auto position = player.position().number();
     withOutputType(format_, existing_ != nullptr, [&]<class Out>(std::type_identity<Out>) {
         using Container = typename ContainerOf<Out>::Type;

@@ -1,9 +1,10 @@
 #pragma once
 
+#include "host/deliver/Delivery.hpp"
 #include "host/mix/Reporting.hpp"
-#include "host/signal/StripPlayer.hpp"
 #include "tools/audlmd/files/ChunkWriter.hpp"
 #include "tools/audlmd/files/ExistingMix.hpp"
+#include "tools/audlmd/render/RenderedChannel.hpp"
 
 #include <cstddef>
 #include <memory>
@@ -21,22 +22,20 @@ public:
         /// The most threads that render. There are never more than channels.
         std::size_t threads;
     };
-    /// Which functions render: those compiled into the command, or those of the loaded library.
-    enum class Through { inlined, tables };
-
     /// What went beyond full scale in one channel.
     struct Clipped {
-        /// Through the inlined functions: the samples before they were stored, in a mix the sums.
+        /// The samples before they were stored, in a mix the sums.
         OverloadMeter meter{1};
-        /// Through the tables, where the library has clipped them: all samples at the limits of the format.
-        /// Some may have been there by themselves, so this is the most that were clipped. Without a peak.
+        /// Through the output types, where the library has clipped them: all samples at the limits of the
+        /// format. Some may have been there by themselves, so this is the most that were clipped. Without a
+        /// peak.
         Overload atLimits;
     };
 
-    /// `players` has one player for each channel, all of the same length. `existing` is null unless the
-    /// render is mixed into a file. All arguments by reference or pointer must outlive this object.
-    RenderedChunks(std::vector<std::unique_ptr<StripPlayer>>& players, const OutputLayout& layout,
-                   ExistingMix* existing, Sizes sizes, Through through);
+    /// `channels` are all of the same length, and made for `through`. `existing` is null unless the render is
+    /// mixed into a file. All arguments by reference or pointer must outlive this object.
+    RenderedChunks(std::vector<std::unique_ptr<RenderedChannel>>& channels, const OutputLayout& layout,
+                   Rounding rounding, ExistingMix* existing, Sizes sizes, RenderedChannel::Through through);
 
     std::size_t parts() const override { return parts_; }
     void begin(Chunk& chunk) override;
@@ -47,15 +46,16 @@ public:
 
 private:
     // The next frames of one channel, in blocks.
-    void renderInlined(std::size_t channel, std::byte* containers, std::size_t frames);
-    void renderThroughTables(std::size_t channel, std::byte* containers, std::size_t frames);
+    void renderFloats(std::size_t channel, std::byte* containers, std::size_t frames);
+    void renderContainers(std::size_t channel, std::byte* containers, std::size_t frames);
 
-    std::vector<std::unique_ptr<StripPlayer>>& players_;
+    std::vector<std::unique_ptr<RenderedChannel>>& channels_;
     FormatId format_;
+    Rounding rounding_;
     ExistingMix* existing_;
     std::size_t block_;
     std::size_t parts_;
-    Through through_;
+    RenderedChannel::Through through_;
     /// Each is used by the thread that renders the channel.
     std::vector<Clipped> clipped_;
     /// What was read of the existing mix, with the channels side by side.
