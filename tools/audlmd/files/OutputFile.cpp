@@ -1,6 +1,8 @@
 #include "tools/audlmd/files/OutputFile.hpp"
 
+#include "host/cache/StatedLayout.hpp"
 #include "tools/audlmd/CommandError.hpp"
+#include "tools/audlmd/files/ChannelMap.hpp"
 #include "tools/audlmd/files/SampleLayouts.hpp"
 
 #include <sys/stat.h>
@@ -46,6 +48,9 @@ void OutputFile::openSoundFile() {
     int type = target_.kind->type;
     if (type == SF_FORMAT_WAV && layout_.dataBytes() > largestWavData)
         type = SF_FORMAT_RF64;
+    if (const std::string why = whyLayoutDoesNotFit(type, layout_.speakers); !why.empty())
+        fail(why);
+    type = typeFor(type, layout_.speakers);
     type_ = type | *subtypeIn(*target_.kind, layout_.format);
     info.format = type_;
     if (target_.isStream)
@@ -58,7 +63,9 @@ void OutputFile::openSoundFile() {
              " channel(s) at " + std::to_string(info.samplerate) + " Hz: " + sf_strerror(nullptr));
     // The chunk holds the time of writing: with it, equal renders would differ.
     sf_command(file_.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
-    if (layout_.timeReference > 0 && (type == SF_FORMAT_WAV || type == SF_FORMAT_RF64))
+    isLayoutStated_ = stateLayout(file_.get(), type, layout_.speakers);
+    if (layout_.timeReference > 0 &&
+        (type == SF_FORMAT_WAV || type == SF_FORMAT_WAVEX || type == SF_FORMAT_RF64))
         setTimeReference();
 }
 
@@ -117,6 +124,10 @@ void OutputFile::commit() {
     output_->commit();
 }
 
+std::string OutputFile::layoutNote() const {
+    return command::layoutNote(target_.path.string(), layout_.speakers, isLayoutStated_);
+}
+
 void OutputFile::requireNoError() const {
     if (checked_ && checked_->error() != 0)
         failToWrite(target_.path, checked_->error());
@@ -133,7 +144,9 @@ void OutputFile::requireHeader() const {
     constexpr int compared = SF_FORMAT_TYPEMASK | SF_FORMAT_SUBMASK;
     if (file == nullptr || header.error() != 0 || ((found.format ^ type_) & compared) != 0 ||
         found.channels != layout_.channels || found.samplerate != layout_.sampleRate ||
-        found.frames != layout_.frames || (isW64 && !statesSizeOfW64(output_->descriptor())))
+        found.frames != layout_.frames ||
+        (isLayoutStated_ && !areAlike(statedLayout(file.get(), found), layout_.speakers)) ||
+        (isW64 && !statesSizeOfW64(output_->descriptor())))
         fail("its header does not read back as it was written");
 }
 

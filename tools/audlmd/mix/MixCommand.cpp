@@ -49,7 +49,7 @@ public:
     MixedChunks(Mixer& mixer, TimelineSample from, FormatId format, std::size_t block,
                 std::function<void()> mixed)
         : mixer_(mixer), from_(from), format_(format), mixed_(std::move(mixed)),
-          samples_(mixer.timeline().channels, std::vector<float>(block)) {}
+          samples_(outputLayout(mixer.timeline()).size(), std::vector<float>(block)) {}
 
     /// The mixer has threads of its own.
     std::size_t parts() const override { return 1; }
@@ -175,6 +175,10 @@ private:
 
     MixReport mix() {
         allowManyOpenFiles();
+        if (const ChannelLayout given = outputLayout(timeline_);
+            given.size() < timeline_.channels && !options_.channels.map)
+            timeline_.notes.push_back(
+                {.where = "the timeline", .text = foldDownText(layoutOf(timeline_), given)});
         std::optional<Mixer> mixer;
         {
             // The threads that the mixer starts leave the signals to this thread.
@@ -195,10 +199,11 @@ private:
 
     /// Returns how long that took, in seconds.
     double writeOutput(Mixer& mixer) const {
-        OutputLayout layout{.channels = static_cast<int>(timeline_.channels),
+        OutputLayout layout{.channels = static_cast<int>(outputLayout(timeline_).size()),
                             .sampleRate = timeline_.sampleRate,
                             .frames = span_.length(),
-                            .timeReference = timeline_.timeReference + span_.from.number()};
+                            .timeReference = timeline_.timeReference + span_.from.number(),
+                            .speakers = outputLayout(timeline_)};
         const OutputTarget& target = *outputs_.sound();
         layout.format = options_.format.value_or(defaultFormatOf(*target.kind));
         OutputFile output(target, layout);
@@ -211,6 +216,8 @@ private:
             progress.update(done);
         });
         output.commit();
+        if (const std::string note = output.layoutNote(); !note.empty())
+            std::fprintf(report(), "%s\n", note.c_str());
         return progress.elapsed();
     }
 

@@ -35,6 +35,11 @@ highpass:FREQUENCY[:Q] or lowpass:FREQUENCY[:Q], in hertz (1k is 1000) and decib
 RATES With --rate the input is converted to the output's rate while it is read, at very high quality and with
 its pitch and length as they are; then everything counts samples of the output's rate, smp too.
 
+CHANNELS --map takes channels of the input by number or name; --channels then folds them down, or puts them in
+the order of a layout: mono, stereo, 3.0, quad, 5.0, 5.1, 6.1, 7.1, 5.1film, 7.1film, 5.1smpte or 7.1smpte.
+By ITU-R BS.775 the centre and the surrounds go to left and right at -3 dB, and LFE nowhere; mono is half of
+left plus right. Nothing is scaled: leave room with --gain.
+
 MIXES The file of --mix-into has the render's rate, channels and length, and its format where one is given. A
 .raw or .pcm file does not tell its format: give it with --format.
 
@@ -56,6 +61,7 @@ EXAMPLES
   audlmd render song.wav -o ride.wav --automation ride.csv      (lines like 0,-20 and 1:02.5,0)
   audlmd render song.wav -o fast.wav --speed 1.5
   audlmd render song.wav -o cd.wav --rate 44100 --format s16
+  audlmd render song.wav -o mono.wav --channels mono      (or --map L for the left channel alone)
   audlmd render song.wav --fade-in 2s --explain)";
 
 /// The options of `render`. Without an output the render is only explained.
@@ -74,7 +80,7 @@ struct RenderOptions : OutputOptions {
 
 void RenderOptions::declare(CLI::App& render) {
     render.add_option("INPUT", input, "A sound file in any format that libsndfile reads")->required();
-    declareOutput(render, "The file to write; may be left out with --explain", "the input's", mostBlock);
+    declareOutput(render, "The file to write; may be left out with --explain", {}, mostBlock);
     render
         .add_option("--mix-into", mixInto,
                     "Add to the samples of this file, which is only read, and write the sum to OUTPUT")
@@ -131,7 +137,9 @@ private:
     }
 
     void makePlayers() {
-        const Media input = options_.open(options_.input);
+        const auto [input, note] = options_.open(options_.input);
+        if (!note.empty())
+            std::fprintf(outputs_.report(), "%s\n", note.c_str());
         StripSettings settings = options_.strip.settingsFor({.path = options_.input,
                                                              .frames = input.channels.front()->length(),
                                                              .sampleRate = input.sampleRate});
@@ -147,6 +155,7 @@ private:
         }
         layout_.channels = static_cast<int>(players_.size());
         layout_.sampleRate = input.sampleRate;
+        layout_.speakers = layoutOf(input);
     }
 
     /// Settles the format and length of the output. Without --format, the existing mix or the kind of file
@@ -178,6 +187,8 @@ private:
             output.commit();
             summary.seconds = progress.elapsed();
         }
+        if (const std::string note = output.layoutNote(); !note.empty())
+            std::fprintf(outputs_.report(), "%s\n", note.c_str());
         for (const Cookie& cookie : cookies_) {
             const MaterialStatistics statistics = cache_->statistics(cookie);
             summary.underrunSamples += statistics.underrunSamples;
