@@ -2,6 +2,7 @@
 
 #include "host/cache/FilmContainer.hpp"
 #include "host/cache/SoundFile.hpp"
+#include "host/cache/StatedLayout.hpp"
 #include "host/services/SampleRates.hpp"
 #include "host/services/Threads.hpp"
 
@@ -127,6 +128,7 @@ FrameDecoder::FrameDecoder(const std::filesystem::path& path) : path_(path) {
                                  std::to_string(lowestSampleRate) + " to " +
                                  std::to_string(highestSampleRate) + " Hz");
     timeReference_ = timeReferenceOf(file_.get());
+    layout_ = statedLayout(file_.get(), info_);
     if (info_.seekable == 0)
         throw failure(path_, "its format does not allow reading from any position");
     // libsndfile gives an unfinished Ogg stream no end.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "host/cache/ChannelLayout.hpp"
+
 #include <sndfile.h>
 
 #include <cstdint>
@@ -21,6 +23,8 @@ public:
     const SF_INFO& info() const { return info_; }
     /// See SoundFile. Never changes.
     std::int64_t timeReference() const { return timeReference_; }
+    /// See SoundFile. Never changes.
+    const ChannelLayout& layout() const { return layout_; }
 
     /// Fills `interleaved` with whole frames from frame `position` on. Throws SoundFileError. After a failure
     /// libsndfile may not find its way again, so the next call opens the file anew.
@@ -43,6 +47,7 @@ private:
     std::filesystem::path path_;
     SF_INFO info_{};
     std::int64_t timeReference_ = 0;
+    ChannelLayout layout_;
     /// Null after a failure.
     File file_;
     /// The frame that would be decoded next without seeking.

@@ -50,6 +50,10 @@ std::int64_t SoundFile::timeReference() const {
     return impl_->decoder.timeReference();
 }
 
+const ChannelLayout& SoundFile::layout() const {
+    return impl_->decoder.layout();
+}
+
 void SoundFile::read(int channel, std::int64_t position, std::span<float> samples) {
     impl_->excerpts.read(static_cast<std::size_t>(channel), position, samples);
 }

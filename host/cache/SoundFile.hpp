@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/cache/ChannelLayout.hpp"
 #include "host/cache/SampleSource.hpp"
 
 #include <cstdint>
@@ -45,6 +46,8 @@ public:
     /// The time of the first frame on the recorder's clock, in frames, from a broadcast wave file. 0 in
     /// others.
     std::int64_t timeReference() const;
+    /// What the file says of its channels. Unknown where it says nothing.
+    const ChannelLayout& layout() const;
 
     /// Fills `samples` with one channel, counted from 0, from frame `position` on. Full scale is -1.0 to 1.0.
     /// Throws SoundFileError, also for a file that ends too early.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/cache/SampleSource.hpp"
+#include "host/mix/Routing.hpp"
 
 #include <functional>
 #include <memory>
@@ -14,7 +15,17 @@ struct Media {
     std::vector<std::shared_ptr<SampleSource>> channels;
     /// In samples per second.
     int sampleRate = 48000;
+    /// What the channels are. Empty: unknown.
+    ChannelLayout layout = {};
 };
+
+/// What the channels of media are, of which there are as many.
+ChannelLayout layoutOf(const Media& media);
+
+/// Media whose channels are sums of others: each sample is summed in double precision in the order of the
+/// channels, and rounded once. A sum of one channel at full level is that channel, bit for bit. Do this
+/// before rates are converted: fewer channels are left. The routing must be as wide as the media.
+Media foldedDown(const Media& media, const FoldDown& foldDown);
 
 /// Opens what a strip names as its media. A mixer calls this on a thread of its own, for one medium at a
 /// time, shortly before the medium sounds. A std::exception makes the strip silent; its text goes to the

@@ -64,6 +64,15 @@ const MixerOptions& checked(const MixerOptions& options) {
 const Timeline& checked(const Timeline& timeline) {
     if (timeline.channels == 0 || timeline.sampleRate <= 0)
         throw std::invalid_argument("a timeline needs at least one channel, and a sample rate");
+    const auto fits = [&](const std::vector<float>& row) { return row.size() == timeline.channels; };
+    if (layoutOf(timeline).size() != timeline.channels)
+        throw std::invalid_argument("the timeline's layout needs a speaker for each channel");
+    if (timeline.foldDown && (timeline.foldDown->layout.empty() ||
+                              timeline.foldDown->routing.rows.size() != timeline.foldDown->layout.size() ||
+                              !std::ranges::all_of(timeline.foldDown->routing.rows, fits)))
+        throw std::invalid_argument(
+            "the fold-down needs a row for each channel that it gives, with a gain for "
+            "each channel of the timeline");
     return timeline;
 }
 
@@ -112,7 +121,7 @@ private:
     void findSounding(TimelineSpan block);
     /// On the opener's thread.
     std::unique_ptr<OpenStrip> openStrip(const StripKey& key);
-    std::shared_ptr<const PreparedMedia> mediaFor(const std::string& name);
+    std::shared_ptr<const Media> mediaFor(const std::string& name);
     /// Adds what a strip has to report, if it is open.
     void addReport(std::size_t strip, StripReports& reports);
 
@@ -128,7 +137,7 @@ private:
     std::vector<Sounding> sounding_;
     std::vector<Job> jobs_;
     /// What strips that are open share. Used by the opener's thread only.
-    std::unordered_map<std::string, std::weak_ptr<const PreparedMedia>> media_;
+    std::unordered_map<std::string, std::weak_ptr<const Media>> media_;
     /// Where the block begins, for strips that are opened in their middle.
     std::atomic<TimelineSample> position_;
     WorkerPool pool_;
@@ -142,12 +151,12 @@ Mixer::Impl::Impl(Timeline theTimeline, OpenMedia open, const MixerOptions& opti
       openAhead_(std::llround(options.openAhead * timeline.sampleRate)),
       cache_(cacheOptions(options,
                           schedule_.mostOpen(openAhead_) * std::max<std::size_t>(2, timeline.channels))),
-      channelMeters_(timeline.channels, OverloadMeter(mostSpansOfTheOutput)), pool_(threadsFor(options)),
-      opener_([this](std::size_t strip) { return openStrip(keys_[strip]); }) {}
+      channelMeters_(outputLayout(timeline).size(), OverloadMeter(mostSpansOfTheOutput)),
+      pool_(threadsFor(options)), opener_([this](std::size_t strip) { return openStrip(keys_[strip]); }) {}
 
 void Mixer::Impl::render(TimelineSample position, std::span<const std::span<float>> channels) {
-    if (channels.size() != timeline.channels)
-        throw std::invalid_argument("the timeline has " + std::to_string(timeline.channels) +
+    if (channels.size() != channelMeters_.size())
+        throw std::invalid_argument("the timeline has " + std::to_string(channelMeters_.size()) +
                                     " channels, not " + std::to_string(channels.size()));
     const std::size_t frames = channels.front().size();
     for (std::size_t channel = 1; channel < channels.size(); ++channel)
@@ -213,7 +222,8 @@ void Mixer::Impl::findSounding(TimelineSpan block) {
 
 std::unique_ptr<OpenStrip> Mixer::Impl::openStrip(const StripKey& key) {
     const TimelineStrip& opened = timeline.tracks[key.track].strips[key.strip];
-    const OpenStrip::Output output{.channels = timeline.channels,
+    const OpenStrip::Output output{.layout = layoutOf(timeline),
+                                   .foldDown = timeline.foldDown,
                                    .sampleRate = timeline.sampleRate,
                                    .block = options_.block,
                                    .wait = options_.wait,
@@ -222,12 +232,12 @@ std::unique_ptr<OpenStrip> Mixer::Impl::openStrip(const StripKey& key) {
                                        position_.load(std::memory_order_relaxed));
 }
 
-std::shared_ptr<const PreparedMedia> Mixer::Impl::mediaFor(const std::string& name) {
+std::shared_ptr<const Media> Mixer::Impl::mediaFor(const std::string& name) {
     std::erase_if(media_, [](const auto& entry) { return entry.second.expired(); });
     if (const auto found = media_.find(name); found != media_.end())
         if (auto media = found->second.lock())
             return media;
-    auto media = std::make_shared<const PreparedMedia>(prepare(openMedia_(name), timeline.sampleRate));
+    auto media = std::make_shared<const Media>(prepare(openMedia_(name), timeline.sampleRate));
     media_[name] = media;
     return media;
 }

@@ -53,8 +53,8 @@ struct MixerOptions {
 class Mixer {
 public:
     /// Opens nothing yet. Throws std::invalid_argument, naming track and strip, for a strip that cannot be
-    /// rendered: what StripPlan refuses, a gain above +60 dB, a routing of the wrong size, or times out of
-    /// range.
+    /// rendered: what StripPlan refuses, a gain above +60 dB, or times out of range; and for a layout or a
+    /// fold-down that does not fit the timeline's channels.
     Mixer(Timeline timeline, OpenMedia open, const MixerOptions& options = {});
     ~Mixer();
     Mixer(const Mixer&) = delete;
@@ -62,12 +62,12 @@ public:
 
     const Timeline& timeline() const;
 
-    /// Renders the output from `position` on, which may lie anywhere: a buffer for each channel of the
-    /// timeline, all of one length. Beyond the strips, and before 0, is silence.
+    /// Renders the output from `position` on, which may lie anywhere: a buffer for each channel of
+    /// outputLayout(), all of one length. Beyond the strips, and before 0, is silence.
     ///
     /// To go on where the last stretch ended is cheapest. Throws NoSuchMode if a mode has no render function,
     /// and std::invalid_argument, before anything is written, for a position beyond farthestPosition, for
-    /// another number of buffers than the timeline has channels, and for buffers of different lengths. What
+    /// another number of buffers than there are channels, and for buffers of different lengths. What
     /// fails in a strip makes that strip silent and is reported.
     void render(TimelineSample position, std::span<const std::span<float>> channels);
 

@@ -33,15 +33,16 @@ StripSettings playerSettings(const TimelineStrip& strip, int sampleRate, bool wa
     return settings;
 }
 
-Routing routingOf(const TimelineStrip& strip, std::size_t mediaChannels, std::size_t outputChannels) {
+Routing routingOf(const TimelineStrip& strip, const Media& media, const ChannelLayout& layout) {
     if (!strip.routing)
-        return defaultRouting(mediaChannels, outputChannels);
-    const auto fits = [&](const std::vector<float>& row) { return row.size() == mediaChannels; };
-    if (strip.routing->rows.size() != outputChannels || !std::ranges::all_of(strip.routing->rows, fits))
+        return defaultRouting(layoutOf(media), layout);
+    const std::size_t channels = media.channels.size();
+    const auto fits = [&](const std::vector<float>& row) { return row.size() == channels; };
+    if (strip.routing->rows.size() != layout.size() || !std::ranges::all_of(strip.routing->rows, fits))
         throw std::invalid_argument("the routing needs a row for each of the " +
-                                    std::to_string(outputChannels) +
+                                    std::to_string(layout.size()) +
                                     " output channels, with a gain for each of the " +
-                                    std::to_string(mediaChannels) + " channels of the material");
+                                    std::to_string(channels) + " channels of the material");
     return *strip.routing;
 }
 
@@ -55,13 +56,13 @@ std::vector<float> gainsOf(const Routing& routing, std::size_t channel, int expo
 
 } // namespace
 
-PreparedMedia prepare(const Media& media, int sampleRate) {
+Media prepare(const Media& media, int sampleRate) {
     if (media.channels.empty())
         throw std::invalid_argument("the material has no channels");
-    PreparedMedia prepared;
+    Media prepared{.channels = {}, .sampleRate = sampleRate, .layout = media.layout};
     for (const std::shared_ptr<SampleSource>& channel : media.channels)
-        prepared.push_back(std::make_shared<ScaledSource>(convertedTo(channel, media.sampleRate, sampleRate),
-                                                          -headroomExponent));
+        prepared.channels.push_back(std::make_shared<ScaledSource>(
+            convertedTo(channel, media.sampleRate, sampleRate), -headroomExponent));
     return prepared;
 }
 
@@ -76,21 +77,24 @@ TimelineSpan soundingSpan(const TimelineStrip& strip, int sampleRate) {
     return {.from = strip.at, .to = strip.at + std::clamp<std::int64_t>(end - strip.skip, 0, strip.length)};
 }
 
-OpenStrip::OpenStrip(const TimelineStrip& strip, std::shared_ptr<const PreparedMedia> media,
-                     MaterialCache& cache, const Output& output, TimelineSample first)
+OpenStrip::OpenStrip(const TimelineStrip& strip, std::shared_ptr<const Media> media, MaterialCache& cache,
+                     const Output& output, TimelineSample first)
     : strip_(strip), media_(std::move(media)) {
-    const Routing routing = routingOf(strip, media_->size(), output.channels);
+    Routing routing = routingOf(strip, *media_, output.layout);
+    if (output.foldDown)
+        routing = combined(routing, output.foldDown->routing);
     const int exponent = headroomExponent + amplifiedLevelOf(strip.gainDb).doublings;
     const std::int64_t left = std::max<std::int64_t>(first - strip.at, 0);
     StripSettings settings = playerSettings(strip, output.sampleRate, output.wait);
     settings.cookie.material = makeUuid();
-    for (std::size_t channel = 0; channel < media_->size(); ++channel) {
+    for (std::size_t channel = 0; channel < media_->channels.size(); ++channel) {
         std::vector<float> gains = gainsOf(routing, channel, exponent);
         if (std::ranges::all_of(gains, [](float gain) { return gain == 0.0F; }))
             continue;
         settings.cookie.channel = static_cast<std::uint16_t>(channel);
-        channels_.push_back(std::make_unique<StripChannel>(
-            cache, settings, (*media_)[channel], std::move(gains), strip.skip, output.block, output.inlined));
+        channels_.push_back(std::make_unique<StripChannel>(cache, settings, media_->channels[channel],
+                                                           std::move(gains), strip.skip, output.block,
+                                                           output.inlined));
         channels_.back()->load(strip.skip + left);
     }
 }

@@ -8,16 +8,15 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <vector>
 
 namespace audlmd {
 
-/// The channels of media ready for the players of a mix: at the timeline's sample rate, with headroom.
-using PreparedMedia = std::vector<std::shared_ptr<SampleSource>>;
-
-/// Throws std::invalid_argument for media without channels, and for rates that cannot be converted.
-PreparedMedia prepare(const Media& media, int sampleRate);
+/// Makes media ready for the players of a mix: at the timeline's sample rate, with headroom. Throws
+/// std::invalid_argument for media without channels, and for rates that cannot be converted.
+Media prepare(const Media& media, int sampleRate);
 
 /// Where a strip sounds: nowhere if it has a reason for silence. Throws std::invalid_argument
 /// for times or a gain out of range, and what StripPlan throws.
@@ -28,7 +27,10 @@ class OpenStrip {
 public:
     /// The output, and how it is rendered.
     struct Output {
-        std::size_t channels = 2;
+        /// What strips are routed into.
+        ChannelLayout layout;
+        /// See Timeline::foldDown.
+        std::optional<FoldDown> foldDown;
         int sampleRate = 48000;
         /// The most output samples that are rendered at a time.
         std::size_t block = 4096;
@@ -41,7 +43,7 @@ public:
     /// Has the cache load what is heard from `first` on. Throws std::invalid_argument for a
     /// routing that does not fit the media or the output, and what the players throw. Strip and cache must
     /// outlive this object.
-    OpenStrip(const TimelineStrip& strip, std::shared_ptr<const PreparedMedia> media, MaterialCache& cache,
+    OpenStrip(const TimelineStrip& strip, std::shared_ptr<const Media> media, MaterialCache& cache,
               const Output& output, TimelineSample first);
 
     /// The channels of the media that are heard.
@@ -61,7 +63,7 @@ public:
 private:
     const TimelineStrip& strip_;
     /// Keeps the media open for other strips that play it.
-    std::shared_ptr<const PreparedMedia> media_;
+    std::shared_ptr<const Media> media_;
     std::vector<std::unique_ptr<StripChannel>> channels_;
 };
 

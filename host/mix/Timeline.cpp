@@ -1,21 +1,15 @@
 #include "host/mix/Timeline.hpp"
 
 #include <algorithm>
-#include <stdexcept>
 
 namespace audlmd {
 
-Routing defaultRouting(std::size_t mediaChannels, std::size_t outputChannels) {
-    if (mediaChannels > outputChannels)
-        throw std::invalid_argument("the material has " + std::to_string(mediaChannels) +
-                                    " channels, more than the output's " + std::to_string(outputChannels) +
-                                    ": the strip needs a routing of its own");
-    Routing routing{std::vector(outputChannels, std::vector<float>(mediaChannels))};
-    for (std::size_t channel = 0; channel < mediaChannels; ++channel)
-        routing.rows[channel][channel] = 1.0F;
-    if (mediaChannels == 1 && outputChannels > 1)
-        routing.rows[1][0] = 1.0F;
-    return routing;
+ChannelLayout layoutOf(const Timeline& timeline) {
+    return timeline.layout.empty() ? unknownLayout(timeline.channels) : timeline.layout;
+}
+
+ChannelLayout outputLayout(const Timeline& timeline) {
+    return timeline.foldDown ? timeline.foldDown->layout : layoutOf(timeline);
 }
 
 TimelineSample endOfSound(const Timeline& timeline) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/mix/Routing.hpp"
 #include "host/signal/StripPlayer.hpp"
 
 #include <cstdint>
@@ -8,18 +9,6 @@
 #include <vector>
 
 namespace audlmd {
-
-/// How the channels of media are summed into the channels of the output: rows[o][m] is the linear gain
-/// of media channel m in output channel o.
-struct Routing {
-    std::vector<std::vector<float>> rows;
-};
-
-/// The routing of a strip that names none. One channel goes to the first two outputs at 0 dB each (other
-/// programs lower it by 3 dB there); several channels go one to one, and further outputs stay silent. Throws
-/// std::invalid_argument where the media have more channels than the output: that needs a routing of its
-/// own.
-Routing defaultRouting(std::size_t mediaChannels, std::size_t outputChannels);
 
 /// A part of media, placed on the output.
 struct TimelineStrip {
@@ -45,6 +34,7 @@ struct TimelineStrip {
     /// Fixed gain of the whole strip, in decibels: minus infinity up to +60, which is more than one level
     /// stage gives.
     double gainDb = 0.0;
+    /// Into the channels of the timeline. Not set: defaultRouting().
     std::optional<Routing> routing;
 };
 
@@ -76,7 +66,12 @@ struct TimelineNote {
 struct Timeline {
     std::string name;
     int sampleRate = 48000;
+    /// What strips are routed into.
     std::size_t channels = 2;
+    /// What the channels are. Empty: unknown.
+    ChannelLayout layout = {};
+    /// What a mixer gives of the channels. Not set: the channels themselves.
+    std::optional<FoldDown> foldDown = std::nullopt;
     /// As long as the programme, pictures included: the sound may end earlier, see endOfSound().
     Distance<OutputRate> length;
     /// The time of the first output sample on the user's clock, such as 1:00:00:00.
@@ -85,6 +80,11 @@ struct Timeline {
     std::vector<TimelineMarker> markers;
     std::vector<TimelineNote> notes;
 };
+
+/// What the channels are that strips are routed into, of which there are as many.
+ChannelLayout layoutOf(const Timeline& timeline);
+/// What the channels are that a mixer gives, of which there are as many.
+ChannelLayout outputLayout(const Timeline& timeline);
 
 /// Where the last strip ends that is not silent. 0 without strips.
 TimelineSample endOfSound(const Timeline& timeline);

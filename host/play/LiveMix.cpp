@@ -166,7 +166,7 @@ void LiveMix::retire(std::unique_ptr<Mixer> mixer) {
 std::unique_ptr<Mixer> LiveMix::make(TimelineSample place) const {
     try {
         auto mixer = std::make_unique<Mixer>(cutAt(timeline_, place), open_, options_);
-        std::vector<std::vector<float>> silence(timeline_.channels, std::vector<float>(1));
+        std::vector<std::vector<float>> silence(outputLayout(timeline_).size(), std::vector<float>(1));
         mixer->render(place - 1, std::vector<std::span<float>>(silence.begin(), silence.end()));
         return mixer;
     } catch (const std::exception&) {

@@ -28,13 +28,13 @@ private:
 
 MixedTimeline::MixedTimeline(Timeline timeline, OpenMedia open, const MixerOptions& options)
     : mixer_(std::move(timeline), std::move(open), options),
-      excerpts_(mixer_.timeline().channels, ChannelExcerpts::Layout::planar, ofAMix,
+      excerpts_(outputLayout(mixer_.timeline()).size(), ChannelExcerpts::Layout::planar, ofAMix,
                 [this](std::int64_t position, std::span<float> samples) { render(position, samples); }) {}
 
 std::vector<std::shared_ptr<SampleSource>>
 MixedTimeline::sources(const std::shared_ptr<MixedTimeline>& timeline) {
     std::vector<std::shared_ptr<SampleSource>> sources;
-    for (std::size_t channel = 0; channel < timeline->timeline().channels; ++channel)
+    for (std::size_t channel = 0; channel < outputLayout(timeline->timeline()).size(); ++channel)
         sources.push_back(std::make_shared<Source>(timeline, channel));
     return sources;
 }
@@ -45,7 +45,7 @@ MixReport MixedTimeline::report() const {
 }
 
 void MixedTimeline::render(std::int64_t position, std::span<float> samples) {
-    const std::size_t frames = samples.size() / timeline().channels;
+    const std::size_t frames = samples.size() / outputLayout(timeline()).size();
     std::vector<std::span<float>> channels;
     for (; !samples.empty(); samples = samples.subspan(frames))
         channels.push_back(samples.first(frames));

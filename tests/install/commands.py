@@ -17,7 +17,7 @@ import wave
 root, binaries = pathlib.Path(sys.argv[1]), sys.argv[2]
 PAGES = ["README.md", "docs/files.md"]
 # What a reader brings along, by name.
-MEDIA = {"song.wav": 90, "take.flac": 90, "speech.wav": 3, "voice.wav": 2, "music.wav": 2}
+MEDIA = {"song.wav": 90, "take.flac": 90, "speech.wav": 3, "voice.wav": 2, "music.wav": 2, "film51.wav": 2}
 TIMELINE = """{"audlmd": 1, "name": "film", "sampleRate": 48000, "channels": 2, "tracks": [{"name": "voice",
   "strips": [{"media": "voice.wav", "at": 0, "from": 0, "to": "1s"}]}]}"""
 ALSA = "pcm.!default { type null }\n"
@@ -27,8 +27,10 @@ def make_media(folder):
     for name, seconds in MEDIA.items():
         wav = folder / pathlib.Path(name).with_suffix(".wav")
         with wave.open(str(wav), "wb") as file:
-            file.setparams((2, 2, 8000, 0, "NONE", ""))
-            file.writeframes(array.array("h", (int(3000 * math.sin(i / 9)) for i in range(2 * 8000 * seconds))).tobytes())
+            channels = 6 if name == "film51.wav" else 2
+            file.setparams((channels, 2, 8000, 0, "NONE", ""))
+            frames = (int(3000 * math.sin(i / 9)) for i in range(channels * 8000 * seconds))
+            file.writeframes(array.array("h", frames).tobytes())
         if name.endswith(".flac"):
             subprocess.run([f"{binaries}/audlmd", "render", wav, "-o", folder / name], check=True, stdout=subprocess.DEVNULL)
             wav.unlink()

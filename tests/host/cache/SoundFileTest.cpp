@@ -87,6 +87,67 @@ TEST_F(SoundFiles, DecodeOnceForAllChannelsInEitherDirection) {
     EXPECT_LT(bytesRead, 1.5 * channels * frames * sizeof(float));
 }
 
+TEST_F(SoundFiles, SayWhatTheirChannelsAreOrThatNobodyKnows) {
+    const ChannelLayout six = usualLayout(6);
+    ChannelLayout sides = six;
+    std::ranges::replace(sides, Speaker::rearLeft, Speaker::sideLeft);
+    std::ranges::replace(sides, Speaker::rearRight, Speaker::sideRight);
+    const ChannelLayout film = *layoutNamed("5.1film");
+    const auto written = [&](const std::string& name, int type, const ChannelLayout& map,
+                             std::size_t channels) {
+        SndfileHandle file((folder_ / name).string(), SFM_WRITE, type | SF_FORMAT_PCM_16,
+                           static_cast<int>(channels), 48000);
+        std::vector<int> numbers = mapOf(map);
+        file.command(SFC_SET_CHANNEL_MAP_INFO, numbers.data(), static_cast<int>(4 * numbers.size()));
+        const std::vector<short> samples(10 * channels);
+        file.writef(samples.data(), 10);
+        return folder_ / name;
+    };
+    const std::tuple<std::string, int, ChannelLayout, ChannelLayout> table[] = {
+        {"a.wav", SF_FORMAT_WAVEX, six, six},
+        {"b.wav", SF_FORMAT_WAVEX, sides, sides},
+        {"plain.wav", SF_FORMAT_WAV, six, unknownLayout(6)},
+        {"a.rf64", SF_FORMAT_RF64, sides, sides},
+        {"a.w64", SF_FORMAT_W64, six, unknownLayout(6)},
+        {"a.aiff", SF_FORMAT_AIFF, film, film},
+        {"a.caf", SF_FORMAT_CAF, film, film},
+        {"a.flac", SF_FORMAT_FLAC, film, six},
+        {"mono.caf", SF_FORMAT_CAF, {Speaker::centre}, unknownLayout(1)},
+    };
+    for (const auto& [name, type, map, found] : table)
+        EXPECT_EQ(SoundFile(written(name, type, map, map.size())).layout(), found) << name;
+    SndfileHandle vorbis((folder_ / "a.ogg").string(), SFM_WRITE, SF_FORMAT_OGG | SF_FORMAT_VORBIS, 6, 48000);
+    vorbis = {};
+    EXPECT_EQ(SoundFile(folder_ / "a.ogg").layout(), film);
+
+    // Headers for which libsndfile would read a map beyond its end: of other channels, or twice, or too
+    // early.
+    const auto edited = [&](const std::string& name, const auto& edit) {
+        std::ifstream file(folder_ / name, std::ios::binary);
+        std::string bytes{std::istreambuf_iterator<char>(file), {}};
+        edit(bytes);
+        std::ofstream(folder_ / ("x" + name), std::ios::binary) << bytes;
+        return SoundFile(folder_ / ("x" + name)).layout();
+    };
+    const std::string stereoTag("\0\145\0\2", 4);
+    EXPECT_EQ(edited("a.caf", [&](std::string& b) { b.replace(b.find("chan") + 12, 4, stereoTag); }),
+              unknownLayout(6));
+    EXPECT_EQ(edited("a.aiff",
+                     [](std::string& b) {
+                         const std::string map = b.substr(b.find("CHAN"), 20);
+                         b.erase(b.find("CHAN"), 20).insert(12, map);
+                     }),
+              unknownLayout(6));
+    EXPECT_EQ(edited("a.rf64",
+                     [](std::string& b) {
+                         std::string format = b.substr(b.find("fmt "), 48);
+                         format.replace(10, 1, "\3").replace(20, 1, "\6").replace(28, 4, 4, '\0');
+                         b.insert(b.find("data"), format);
+                         b[b.find("ds64") + 24] = 20; // Frames: half the channels, twice the length.
+                     }),
+              unknownLayout(3));
+}
+
 TEST_F(SoundFiles, ThatVanishAfterAFailureStillGiveWhatWasDecoded) {
     const auto path = write("a.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_24);
     std::filesystem::resize_file(path, std::filesystem::file_size(path) / 2);

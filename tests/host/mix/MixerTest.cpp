@@ -115,7 +115,7 @@ TEST(Mixer, RefusesBuffersThatDoNotFit) {
 TEST(Mixer, ReportsWhatIsMissingAndPlaysTheRest) {
     TestMedia media;
     media.add("there", {{0.5F}});
-    media.add("wide", {{0.5F}, {0.5F}});
+    media.add("wide", Channels(9, {0.5F}));
     const OpenMedia open = [there = media.opener()](const std::string& name) {
         return name == "broken" ? Media{.channels = {std::make_shared<BrokenSource>()}} : there(name);
     };
@@ -135,6 +135,25 @@ TEST(Mixer, ReportsWhatIsMissingAndPlaysTheRest) {
     EXPECT_EQ(report.strips[2].track, 1U);
     EXPECT_THAT(report.strips[2].failure, HasSubstr("routing"));
     EXPECT_THAT(report.strips[3].failure, HasSubstr("needs a routing of its own"));
+}
+
+TEST(Mixer, FoldsDownMediaAndWhatTheyAreMixedTo) {
+    TestMedia media;
+    media.add("stereo", {{0.5F}, {0.25F}});
+    Timeline timeline = timelineOf({stripOf("stereo", 0, 1)});
+    Mixer mono(timeline, media.opener());
+    EXPECT_EQ(mixed(mono, 0, 1), (Channels{{0.375F}}));
+    timeline.channels = 3;
+    timeline.tracks[0].strips[0].routing = Routing{{{0, 0}, {1, 0}, {0, 2}}};
+    timeline.foldDown = FoldDown{.routing = {{{0, 0, 1}, {1, 2, 1}}}, .layout = unknownLayout(2)};
+    Mixer mixer(timeline, media.opener());
+    EXPECT_EQ(mixed(mixer, 0, 1), (Channels{{0.5F}, {1.5F}}));
+    EXPECT_EQ(mixer.report().channels.size(), 2U);
+    timeline.foldDown->routing.rows[1].pop_back();
+    EXPECT_THROW(Mixer(timeline, media.opener()), std::invalid_argument);
+    timeline.foldDown.reset();
+    timeline.layout = unknownLayout(2);
+    EXPECT_THROW(Mixer(timeline, media.opener()), std::invalid_argument);
 }
 
 TEST(Mixer, CountsWhatIsLateWhereItMustNotWait) {

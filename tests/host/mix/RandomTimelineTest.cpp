@@ -175,8 +175,9 @@ Expected expectedOf(const RandomTimeline& random) {
             const model::Medium& medium = random.media.at(strip.media);
             const TimelineSpan span =
                 model::addStrip(strip, medium, random.timeline.sampleRate, mixStart, expected.samples);
-            const Routing routing =
-                strip.routing ? *strip.routing : defaultRouting(medium.channels.size(), silence.size());
+            const Routing routing = strip.routing ? *strip.routing
+                                                  : defaultRouting(unknownLayout(medium.channels.size()),
+                                                                   layoutOf(random.timeline));
             const double error = largestError(strip, medium);
             for (std::size_t channel = 0; channel < silence.size(); ++channel)
                 for (const float gain : routing.rows[channel])

@@ -76,7 +76,7 @@ inline Timeline timelineOf(std::vector<TimelineStrip> strips, std::size_t channe
 }
 
 inline Channels mixed(Mixer& mixer, std::int64_t position, std::size_t frames) {
-    Channels channels(mixer.timeline().channels, std::vector<float>(frames, NAN));
+    Channels channels(outputLayout(mixer.timeline()).size(), std::vector<float>(frames, NAN));
     const std::vector<std::span<float>> spans(channels.begin(), channels.end());
     mixer.render(position, spans);
     return channels;

@@ -126,6 +126,14 @@ Channels noise(std::size_t channels, std::size_t frames, unsigned int seed) {
     return made;
 }
 
+Channels softNoise(std::size_t frames) {
+    Channels made = noise(6, frames);
+    for (std::vector<float>& channel : made)
+        for (float& sample : channel)
+            sample /= 4.0F;
+    return made;
+}
+
 Channels sine(double frequency, double amplitude) {
     Channels made(1);
     for (int n = 0; n < 48000; ++n)

@@ -54,6 +54,8 @@ void writeBytes(const Path& path, const std::string& bytes);
 
 /// Noise below full scale in steps of 2^-15, different in every channel. Equal seeds give equal noise.
 Channels noise(std::size_t channels, std::size_t frames, unsigned int seed = 1);
+/// Six channels of it, so soft that a fold-down of them clips nothing.
+Channels softNoise(std::size_t frames);
 /// One channel of one second at 48 kHz.
 Channels sine(double frequency, double amplitude);
 

@@ -1,5 +1,6 @@
 // The bytes that `audlmd render` writes, compared with a second implementation of the formats' definitions.
 
+#include "host/cache/SoundFile.hpp"
 #include "tests/tools/audlmd/CommandFixture.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/files/OutputFile.hpp"
@@ -188,6 +189,42 @@ TEST_P(Formats, GoUnchangedIntoAndOutOfEveryContainerThatHoldsThem) {
 
 INSTANTIATE_TEST_SUITE_P(All, Formats, testing::ValuesIn(formats),
                          [](const auto& instance) { return instance.param.name; });
+
+TEST_F(Files, SayWhatTheirChannelsAreWhereTheyCan) {
+    writeSound(in("six.wav"), noise(6, 10));
+    const auto layoutOf = [&](const std::string& name) { return SoundFile(in(name)).layout(); };
+    for (const auto& [name, says51, saysFilm] :
+         std::vector<std::tuple<std::string, bool, bool>>{{"b.wav", true, false},
+                                                          {"b.caf", true, true},
+                                                          {"b.aiff", true, true},
+                                                          {"b.w64", false, false}}) {
+        const auto expectLayout = [&](const std::string& layout, bool isSaid) {
+            const std::string told =
+                output("render six.wav -o " + name + " --format s16 --channels " + layout);
+            EXPECT_EQ(layoutOf(name), isSaid ? *layoutNamed(layout) : unknownLayout(6)) << name << layout;
+            EXPECT_EQ(
+                told.starts_with("note: '" + name + "' does not say that its channels are L C R Ls Rs LFE\n"),
+                layout == "5.1film" && !isSaid)
+                << told;
+        };
+        expectLayout("5.1film", saysFilm);
+        expectLayout("5.1", says51);
+    }
+    // What a file says is kept, and nothing else is said.
+    output("render six.wav -o b.wav --channels 7.1");
+    output("render b.wav -o c.rf64");
+    EXPECT_EQ(layoutOf("c.rf64"), usualLayout(8));
+    for (const std::string name : {"b.rf64", "b.flac"}) {
+        output("render six.wav -o " + name + " --format s16");
+        output("render " + name + " -o c.wav");
+        EXPECT_EQ(layoutOf("c.wav"), usualLayout(6));
+    }
+    output("render six.wav -o c.wav --channels 6");
+    EXPECT_EQ(layoutOf("c.wav"), unknownLayout(6));
+    const std::string plain = readBytes(in("a.wav"));
+    output("render a.wav -o d.wav --channels stereo");
+    EXPECT_EQ(readBytes(in("d.wav")).substr(0, 44), plain.substr(0, 44));
+}
 
 TEST_F(Files, GoToStandardOutputWithoutAHeader) {
     const Outcome outcome = run("render a.wav -o - --format s16");

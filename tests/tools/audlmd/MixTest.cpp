@@ -223,6 +223,26 @@ TEST_F(MixCommand, ReportsClippingAndKeepsTheTimeReference) {
               5'000'000'050U);
 }
 
+TEST_F(MixCommand, FoldsDownWithANoteOrPicksChannels) {
+    const Channels sound = softNoise(100);
+    writeSound(in("six.wav"), sound);
+    writeSound(in("nine.wav"), noise(9, 100));
+    writeTimeline(R"({"media": "six.wav"}, {"media": "six.wav", "at": 100})");
+    EXPECT_THAT(output("mix film.json -o mix.wav --strict"),
+                HasSubstr("at 0:00:00.000: 5.1 is folded down to stereo, without LFE (2 clips)\n"));
+    EXPECT_NEAR(readSound(in("mix.wav"))[1][199], sound[1][99] + 0.70710678F * (sound[2][99] + sound[5][99]),
+                1e-6);
+    EXPECT_THAT(output("mix film.json -o mono.wav --channels mono"),
+                HasSubstr("note: the timeline: stereo is folded down to mono\n"));
+    for (std::size_t n = 0; n < 200; ++n)
+        EXPECT_NEAR(readSound(in("mono.wav"))[0][n],
+                    (readSound(in("mix.wav"))[0][n] + readSound(in("mix.wav"))[1][n]) / 2, 1e-6);
+    output("mix film.json -o right.wav --map R");
+    EXPECT_TRUE(readSound(in("right.wav"))[0] == readSound(in("mix.wav"))[1]);
+    writeTimeline(R"({"media": "nine.wav"})");
+    expectRefused("mix film.json -o new.wav --strict", "nobody knows their speakers");
+}
+
 TEST_F(MixCommand, RefusesWhatCannotBeMixed) {
     writeSound(in("a.wav"), noise(1, 100));
     writeTimeline(R"({"media": "a.wav", "from": 0, "to": 100})");
@@ -236,7 +256,9 @@ TEST_F(MixCommand, RefusesWhatCannotBeMixed) {
              {"film.json -o mix.wav --as json", "--as json"},
              {"film.json -o mix.wav --picture mix.jpg", ".png or .svg"},
              {"film.json -o mix.wav --rate 44100", "the timeline itself says 48000"},
-             {"film.json -o mix.wav --channels 1", "the timeline itself says 2"},
+             {"film.json -o mix.wav --map C",
+              "'C' is not a channel of 'film.json', which has 2 channels: L, R"},
+             {"film.json -o mix.wav --map 1 --channels 1", "cannot stand together"},
              {"film.json -o mix.wav --slice 3/2", "K/N"},
              {"film.json -o mix.wav --slice 0/2", "K/N"},
              {"film.json -o mix.wav --slice 1", "K/N"},

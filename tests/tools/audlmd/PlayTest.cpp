@@ -1,4 +1,5 @@
 #include "tests/tools/audlmd/PlayFixture.hpp"
+#include "tools/audlmd/play/PlayInput.hpp"
 #include "tools/audlmd/play/StatusLine.hpp"
 #include "tools/audlmd/play/TransportKeys.hpp"
 
@@ -30,7 +31,7 @@ class PlayCommand : public PlayFixture {};
 TEST_F(PlayCommand, PlaysTheSamplesOfRenderAndMix) {
     writeSound(in("a.wav"), noise(2, 40'000));
     for (const std::string options :
-         {"", "--from 0.3", "--reverse", "--speed 1.1", "--speed 0.8 --reverse",
+         {"", "--map 2,1", "--from 0.3", "--reverse", "--speed 1.1", "--speed 0.8 --reverse",
           "--speed 1.5 --converter linear --reverse",
           "--eq peak:1k:3 --gain 27 --level -30 --fade-in 0.2 --fade-out 0.1:log --reverse"})
         expectPlaysWhatRenderWrites(options);
@@ -39,6 +40,21 @@ TEST_F(PlayCommand, PlaysTheSamplesOfRenderAndMix) {
                    {"media": "a.wav", "at": 9000, "from": 0, "to": 30000, "reverse": true, "gain": -6}]}]})");
     output("mix film.json -o mix.wav --format f32");
     EXPECT_TRUE(holds(heard("film.json"), interleaved(readSound(in("mix.wav")))));
+}
+
+TEST_F(PlayCommand, FoldsDownForADeviceOfFewerChannels) {
+    writeSound(in("six.wav"), noise(6, 100));
+    writeBytes(in("film.json"), R"({"audlmd": 1, "channels": 6, "length": 9, "tracks": []})");
+    for (const std::string name : {"six.wav", "film.json"}) {
+        PlayOptions options;
+        options.input = in(name);
+        PlayInput input(options);
+        EXPECT_EQ(input.foldDownTo(2), "5.1 is folded down to stereo, without LFE");
+        EXPECT_EQ(input.foldDownTo(1), "stereo is folded down to mono");
+        EXPECT_EQ(input.channels(), 1U);
+        input.foldDownTo(2);
+        EXPECT_EQ(input.makePlayer({})->channels(), 2U);
+    }
 }
 
 TEST_F(PlayCommand, SaysWhatCannotBePlayed) {

@@ -60,6 +60,10 @@ TEST_F(Refusals, OfOptions) {
                  {"--eq peak:1k:inf", "gain"},
                  {"--eq peak:1k:3:nan", "Q"},
                  {"--rate 768001", "--rate"},
+                 {"--channels 65", "--channels: '65' is not a number from 1 to 64, nor one of mono, stereo"},
+                 {"--channels 9.1", "5.1film"},
+                 {"--map 3", "--map: '3' is not a channel of 'a.wav', which has 2 channels: L, R"},
+                 {"--map 1,,2", "--map: '' is not a channel"},
                  {thirteenBands, "13 bands"},
                  {"--speed nan", "--speed"},
                  {"--speed 2 --converter cubic", "'cubic' is not a converter"},
@@ -104,14 +108,21 @@ TEST_F(Refusals, OfOutputThatCannotBeWritten) {
     std::filesystem::create_directory(in("folder.wav"));
     std::filesystem::create_symlink("circle.wav", in("circle.wav"));
     expectRefused("render a.wav", "-o");
-    for (const auto& [name, part] : Refused{{"/dev/full", "cannot write '/dev/full': "},
-                                            {"nowhere/out.wav", "cannot write 'nowhere/out.wav': "},
-                                            {"folder.wav", "it is a folder"},
-                                            {"out.mp3", "the extension names the kind of file"},
-                                            {std::string(300, 'a') + ".wav", "a.wav': File name too long"},
-                                            {"circle.wav", "cannot write 'circle.wav': "},
-                                            {"out.wav/out.wav", "cannot write 'out.wav/out.wav'"}})
-        expectRefused("render a.wav -o " + name, part, name == "out.mp3" ? 2 : 5);
+    for (const auto& [name, part] :
+         Refused{{"/dev/full", "cannot write '/dev/full': "},
+                 {"nowhere/out.wav", "cannot write 'nowhere/out.wav': "},
+                 {"folder.wav", "it is a folder"},
+                 {"out.mp3", "the extension names the kind of file"},
+                 {"o.flac --channels 5.1film", "L C R Ls Rs LFE for L R C LFE Ls Rs"},
+                 {"o.rf64 --channels 7.1film", "use --channels 7.1"},
+                 {std::string(300, 'a') + ".wav", "a.wav': File name too long"},
+                 {"circle.wav", "cannot write 'circle.wav': "},
+                 {"out.wav/out.wav", "cannot write 'out.wav/out.wav'"}})
+        expectRefused("render a.wav -o " + name, part,
+                      part.find("write") != std::string::npos || part.find("folder") != std::string::npos ||
+                              part.find("long") != std::string::npos
+                          ? 5
+                          : 2);
 }
 
 TEST_F(Refusals, OfOutputsThatAreInputsOrEachOther) {

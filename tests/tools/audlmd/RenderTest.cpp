@@ -236,6 +236,37 @@ TEST_F(Render, ExplainsWhatItDoesWithoutDoingIt) {
     EXPECT_EQ(files().size(), 1U);
 }
 
+TEST_F(Render, PicksAndFoldsDownChannelsAndSaysWhatTheyAre) {
+    const Channels sound = softNoise(100);
+    writeSound(in("a.wav"), sound);
+    const std::map<std::string, std::vector<std::size_t>> picked{
+        {"--map 2", {1}},
+        {"--map 1,1", {0, 0}},
+        {"--map L,R", {0, 1}},
+        {"--map Rs,LFE,3", {5, 3, 2}},
+        {"--channels 6", {0, 1, 2, 3, 4, 5}},
+        {"--channels 5.1film", {0, 2, 1, 4, 5, 3}},
+        {"--map 2,1,4,3,6,5 --channels 5.1smpte", {1, 0, 3, 2, 5, 4}}};
+    for (const auto& [options, channels] : picked) {
+        const Channels heard = rendered(options);
+        ASSERT_EQ(heard.size(), channels.size()) << options;
+        for (std::size_t channel = 0; channel < heard.size(); ++channel)
+            EXPECT_TRUE(heard[channel] == sound[channels[channel]]) << options << ", channel " << channel;
+    }
+    const std::string note = "note: 'a.wav': 5.1 is folded down to stereo, without LFE\n";
+    EXPECT_TRUE(output("render a.wav -o s.wav --channels stereo --rate 44100").starts_with(note));
+    EXPECT_TRUE(output("render a.wav -o s.wav --channels 2").starts_with(note));
+    output("render s.wav -o m.wav --channels mono");
+    output("render s.wav -o l.wav --map L --channels stereo");
+    EXPECT_EQ(readSound(in("l.wav")), (Channels{readSound(in("s.wav"))[0], readSound(in("s.wav"))[0]}));
+    for (std::size_t n = 0; n < 100; ++n) {
+        const float left = sound[0][n] + 0.70710678F * (sound[2][n] + sound[4][n]);
+        const float right = sound[1][n] + 0.70710678F * (sound[2][n] + sound[5][n]);
+        EXPECT_NEAR(readSound(in("s.wav"))[0][n], left, 1e-6);
+        EXPECT_NEAR(readSound(in("m.wav"))[0][n], (left + right) / 2, 1e-6);
+    }
+}
+
 TEST_F(Render, ConvertsTheRateAndKeepsPitchAndLength) {
     writeSound(in("a.wav"), sine(1000.0, 0.5));
     output("render a.wav -o b.wav --rate 44100 --from 0.25 --duration 0.5");

@@ -1,6 +1,8 @@
 #include "tools/audlmd/files/OutputFile.hpp"
 
+#include "host/cache/StatedLayout.hpp"
 #include "tools/audlmd/CommandError.hpp"
+#include "tools/audlmd/files/ChannelMap.hpp"
 #include "tools/audlmd/files/SampleLayouts.hpp"
 
 #include <cerrno>
@@ -54,7 +56,9 @@ SF_INFO OutputFile::info() const {
     info.samplerate = layout_.sampleRate;
     const bool isLarge = layout_.dataBytes() > largestWavData && !target_.isStream;
     const int type = target_.kind->type == SF_FORMAT_WAV && isLarge ? SF_FORMAT_RF64 : target_.kind->type;
-    info.format = type | *subtypeIn(*target_.kind, layout_.format);
+    if (const std::string why = whyLayoutDoesNotFit(type, layout_.speakers); !why.empty())
+        fail(why);
+    info.format = typeFor(type, layout_.speakers) | *subtypeIn(*target_.kind, layout_.format);
     return info;
 }
 
@@ -77,6 +81,7 @@ void OutputFile::writeStreamedHeader() {
     if (memory < 0)
         failToWrite(target_.path, errno);
     SF_INFO opened = info();
+    type_ = opened.format;
     {
         const SoundFileHandle file(sf_open_fd(memory, SFM_WRITE, &opened, SF_FALSE));
         if (file != nullptr)
@@ -95,10 +100,12 @@ void OutputFile::writeStreamedHeader() {
 
 /// The time reference stands in a chunk of the Broadcast Wave Format (EBU Tech 3285). Date and time of
 /// writing stay empty, as does the chunk of peaks, which holds them: with them, equal renders would differ.
-void OutputFile::describe(SNDFILE* file) const {
+void OutputFile::describe(SNDFILE* file) {
     sf_command(file, SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
-    const int type = target_.kind->type;
-    if (layout_.timeReference <= 0 || (type != SF_FORMAT_WAV && type != SF_FORMAT_RF64))
+    const int type = type_ & SF_FORMAT_TYPEMASK;
+    isLayoutStated_ = stateLayout(file, type, layout_.speakers);
+    if (layout_.timeReference <= 0 ||
+        (type != SF_FORMAT_WAV && type != SF_FORMAT_WAVEX && type != SF_FORMAT_RF64))
         return;
     SF_BROADCAST_INFO broadcast{};
     const auto reference = static_cast<std::uint64_t>(layout_.timeReference);
@@ -154,6 +161,10 @@ void OutputFile::commit() {
     output_->commit();
 }
 
+std::string OutputFile::layoutNote() const {
+    return command::layoutNote(target_.path.string(), layout_.speakers, isLayoutStated_);
+}
+
 void OutputFile::requireNoError() const {
     if (checked_ && checked_->error() != 0)
         failToWrite(target_.path, checked_->error());
@@ -170,7 +181,9 @@ void OutputFile::requireHeader() const {
     constexpr int compared = SF_FORMAT_TYPEMASK | SF_FORMAT_SUBMASK;
     if (file == nullptr || header.error() != 0 || ((found.format ^ type_) & compared) != 0 ||
         found.channels != layout_.channels || found.samplerate != layout_.sampleRate ||
-        found.frames != layout_.frames || (isW64 && !statesSizeOfW64(output_->descriptor())))
+        found.frames != layout_.frames ||
+        (isLayoutStated_ && !areAlike(statedLayout(file.get(), found), layout_.speakers)) ||
+        (isW64 && !statesSizeOfW64(output_->descriptor())))
         fail("its header does not read back as it was written");
 }
 

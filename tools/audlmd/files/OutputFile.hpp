@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/cache/ChannelLayout.hpp"
 #include "tools/audlmd/files/CheckedDescriptor.hpp"
 #include "tools/audlmd/files/FileKind.hpp"
 #include "tools/audlmd/files/OpenOutput.hpp"
@@ -33,6 +34,8 @@ struct OutputLayout {
     /// The time of the first frame on the user's clock, in frames. Kept by .wav and .rf64 files, where it is
     /// not 0.
     std::int64_t timeReference = 0;
+    /// What the channels are. Empty, or unknown: the file does not say it.
+    ChannelLayout speakers = {};
 
     std::size_t frameBytes() const { return static_cast<std::size_t>(channels) * outputFormat(format).bytes; }
     std::uint64_t dataBytes() const { return static_cast<std::uint64_t>(frames) * frameBytes(); }
@@ -64,6 +67,9 @@ public:
     /// says what the layout says, and the last frame can be read. Call this once, after layout.frames frames.
     void commit();
 
+    /// See command::layoutNote().
+    std::string layoutNote() const;
+
 private:
     /// What libsndfile is to write.
     SF_INFO info() const;
@@ -73,7 +79,7 @@ private:
     /// writes no WAV into a pipe; it makes this header in memory.
     void writeStreamedHeader();
     /// What stands in a header beside format and length.
-    void describe(SNDFILE* file) const;
+    void describe(SNDFILE* file);
     void requireNoError() const;
     void requireHeader() const;
     void requireLastFrame() const;
@@ -85,6 +91,8 @@ private:
     OutputLayout layout_;
     /// libsndfile's number.
     int type_ = 0;
+    /// Whether the file says what its channels are.
+    bool isLayoutStated_ = false;
     std::optional<OpenOutput> output_;
     /// Of a regular file.
     std::optional<CheckedDescriptor> checked_;

@@ -82,6 +82,7 @@ void look(FoundMedium& medium) {
         const SoundFile file(medium.path);
         medium.facts = timeline::MediaFacts{
             .length = file.frames(), .sampleRate = file.sampleRate(), .timeReference = file.timeReference()};
+        medium.layout = file.layout();
     } catch (const SoundFileError& error) {
         medium.failure = error.what();
     }

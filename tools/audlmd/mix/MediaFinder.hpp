@@ -24,6 +24,8 @@ struct FoundMedium {
     std::size_t equallyGood = 0;
     /// Not set where the medium cannot be played.
     std::optional<timeline::MediaFacts> facts;
+    /// Empty where the medium cannot be played.
+    ChannelLayout layout = {};
 };
 
 /// Finds and opens the media of a timeline. Opens each medium once to look at it, and keeps what was found.

@@ -50,7 +50,7 @@ public:
     MixedChunks(Mixer& mixer, TimelineSample from, FormatId format, Rounding rounding, std::size_t block,
                 std::function<void()> mixed)
         : mixer_(mixer), from_(from), format_(format), rounding_(rounding), mixed_(std::move(mixed)),
-          samples_(mixer.timeline().channels, std::vector<float>(block)) {}
+          samples_(outputLayout(mixer.timeline()).size(), std::vector<float>(block)) {}
 
     /// The mixer has threads of its own.
     std::size_t parts() const override { return 1; }
@@ -181,6 +181,10 @@ private:
         const FormatId format = options_.format.value_or(defaultFormatOf(*outputs_.sound()->kind));
         const Rounding rounding = options_.roundingTo(format);
         allowManyOpenFiles();
+        if (const ChannelLayout given = outputLayout(timeline_);
+            given.size() < timeline_.channels && !options_.channels.map)
+            timeline_.notes.push_back(
+                {.where = "the timeline", .text = foldDownText(layoutOf(timeline_), given)});
         std::optional<Mixer> mixer;
         {
             // The threads that the mixer starts leave the signals to this thread.
@@ -204,10 +208,11 @@ private:
     /// Returns how long that took, in seconds.
     double writeOutput(Mixer& mixer, FormatId format, Rounding rounding) const {
         const OutputLayout layout{.format = format,
-                                  .channels = static_cast<int>(timeline_.channels),
+                                  .channels = static_cast<int>(outputLayout(timeline_).size()),
                                   .sampleRate = timeline_.sampleRate,
                                   .frames = span_.length(),
-                                  .timeReference = timeline_.timeReference + span_.from.number()};
+                                  .timeReference = timeline_.timeReference + span_.from.number(),
+                                  .speakers = outputLayout(timeline_)};
         OutputFile output(*outputs_.sound(), layout);
         Progress progress(layout.frames, layout.sampleRate, !options_.quiet);
         MixedChunks chunks(mixer, span_.from, format, rounding, options_.block, [&] {
@@ -218,6 +223,8 @@ private:
             progress.update(done);
         });
         output.commit();
+        if (const std::string note = output.layoutNote(); !note.empty())
+            std::fprintf(report(), "%s\n", note.c_str());
         return progress.elapsed();
     }
 

@@ -30,6 +30,9 @@ TIMES of --from, --to and --duration are the output's: seconds (12.5 or 3s), mil
 (480000smp), a clock (1:02.5, 1:00:02.5) or timecode with its rate (1:00:00:12@25). --slice 2/4 mixes the second of four equal parts of that; the parts, joined, are
 the whole byte for byte.
 
+CHANNELS Media with more channels than the timeline are folded down, and a note says so; so is the mix where
+--channels asks for fewer than the timeline itself says. --map takes channels of the mix.
+
 LEVELS are summed without limits. f32 holds the sum as it is; integers are rounded to the nearest step, and
 clipped. The report tells how many samples are over full scale, and when. --dither turns the distortion of
 rounding into even noise. --truncate gives the bytes that a host gets of the library. One channel goes to both sides at full level: other programs lower it by 3 dB.
@@ -83,11 +86,8 @@ Slice parseSlice(std::string_view text, std::string_view option) {
 
 void MixOptions::declare(CLI::App& mix) {
     mix.add_option("TIMELINE", timeline, "OpenTimelineIO JSON, or JSON of our own")->required();
-    declareOutput(mix, "The file to write", "the timeline's, else 48000", mostBlock);
-    mix.add_option("--channels", channels, "Channels (default: the timeline's, else 2)")
-        ->option_text("N")
-        ->check(CLI::Range(1, 64))
-        ->group("Output");
+    declareOutput(mix, "The file to write",
+                  {.rate = "the timeline's, else 48000", .channels = "the timeline's, else 2"}, mostBlock);
     declarePart(mix, *this);
     mix.add_option("--media", media, "Look for missing media below this folder; may be repeated")
         ->option_text("DIR")

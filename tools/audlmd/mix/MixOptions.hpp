@@ -27,11 +27,9 @@ struct Slice {
 Slice parseSlice(std::string_view text, std::string_view option);
 
 /// The options of `mix`. Block and threads are as in MixerOptions. Where neither the command line nor the
-/// timeline says a rate, it is 48000.
+/// timeline says a rate or channels, there are 2 at 48000.
 struct MixOptions : OutputOptions {
     std::filesystem::path timeline;
-    /// Not set: what the timeline says, else 2.
-    std::optional<std::size_t> channels;
 
     /// Folders in which missing media are looked for.
     std::vector<std::filesystem::path> media;

@@ -97,7 +97,7 @@ std::string summary(const MixReport& report, const Timeline& timeline, const Mix
     const double length = static_cast<double>(run.span.length()) / timeline.sampleRate;
     std::ostringstream text;
     text << std::fixed << std::setprecision(3) << "mixed " << run.span.length() << " samples on "
-         << words::counted(timeline.channels, "channel") << " (" << length << " s) of '"
+         << words::counted(outputLayout(timeline).size(), "channel") << " (" << length << " s) of '"
          << words::printable(run.timeline) << "' into '" << words::printable(run.output) << "' in "
          << run.seconds << " s: " << std::setprecision(1) << length / std::max(run.seconds, 1e-6)
          << " times real time\n";

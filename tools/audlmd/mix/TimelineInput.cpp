@@ -69,19 +69,13 @@ bool isSound(const std::filesystem::path& path) {
                        ExitStatus::input);
 }
 
-/// Throws CommandError where an option asks for something else than the timeline says.
-template <class Number>
-void requireSame(const char* option, std::optional<Number> asked, Number told) {
-    if (asked && *asked != told)
-        throw CommandError(std::string(option) + ": the timeline itself says " + std::to_string(told) +
-                           ", and its times depend on that; leave the option out");
-}
-
 /// The strips of one medium.
 struct Use {
     std::size_t track = 0;
     std::size_t firstStrip = 0;
     std::size_t count = 0;
+    /// Whether one of them has no routing of its own.
+    bool usesDefaultRouting = false;
 };
 
 bool soundsIn(const TimelineStrip& strip, TimelineSpan part) {
@@ -92,9 +86,16 @@ std::map<std::string, Use> usesOf(const Timeline& timeline, TimelineSpan part) {
     std::map<std::string, Use> uses;
     for (std::size_t track = 0; track < timeline.tracks.size(); ++track)
         for (std::size_t i = 0; i < timeline.tracks[track].strips.size(); ++i)
-            if (const TimelineStrip& strip = timeline.tracks[track].strips[i]; soundsIn(strip, part))
-                ++uses.try_emplace(strip.media, Use{track, i, 0}).first->second.count;
+            if (const TimelineStrip& strip = timeline.tracks[track].strips[i]; soundsIn(strip, part)) {
+                Use& use = uses.try_emplace(strip.media, Use{track, i}).first->second;
+                ++use.count;
+                use.usesDefaultRouting |= !strip.routing;
+            }
     return uses;
+}
+
+std::string clips(const Use& use) {
+    return use.count > 1 ? " (" + std::to_string(use.count) + " clips)" : "";
 }
 
 std::string placeOf(const std::string& where, TimelineSample at) {
@@ -111,6 +112,21 @@ std::unordered_map<std::string, TimelineSample> endsOf(const Timeline& timeline)
             end = std::max(end, strip.at + strip.length);
         }
     return ends;
+}
+
+/// How a medium with more channels than the timeline is played, or why it cannot be.
+void lookAtChannels(const FoundMedium& medium, const Timeline& timeline, const Use& use, TimelineNote note,
+                    MediaCheck& check) {
+    if (!use.usesDefaultRouting || medium.layout.size() <= timeline.channels)
+        return;
+    try {
+        note.text = foldDownText(medium.layout, layoutOf(timeline)) + clips(use);
+        check.choices.push_back(std::move(note));
+    } catch (const std::invalid_argument& error) {
+        note.text = error.what() + clips(use);
+        note.silences = true;
+        check.failures.push_back(std::move(note));
+    }
 }
 
 } // namespace
@@ -133,23 +149,32 @@ Timeline readTimelineFile(const std::filesystem::path& path, const AskedOutput& 
             throw CommandError(medium.failure, ExitStatus::input);
         return medium.facts;
     };
+    const std::optional<ChannelLayout>& channels = asked.channels.channels;
+    if (channels && asked.channels.map)
+        throw CommandError(
+            "--channels and --map cannot stand together for a timeline; choose channels of the "
+            "mix when it is written");
     const timeline::ReadOptions how{.sampleRate = asked.rate.value_or(48000),
-                                    .channels = asked.channels.value_or(2),
+                                    .channels = channels ? channels->size() : 2,
                                     .folder = std::filesystem::absolute(path).parent_path(),
                                     .timeline = asked.timeline,
                                     .media = factsOf};
     const std::string text = readText(path);
-    const auto read = [&] {
+    const auto parse = [&] {
         try {
             return timeline::readTimeline(text, how);
         } catch (const std::runtime_error& error) {
             refuse(path, text, error.what());
         }
     };
-    Timeline timeline = read();
-    requireSame("--rate", asked.rate, timeline.sampleRate);
-    requireSame("--channels", asked.channels, timeline.channels);
-    return timeline;
+    Timeline read = parse();
+    if (asked.rate && *asked.rate != read.sampleRate)
+        throw CommandError("--rate: the timeline itself says " + std::to_string(read.sampleRate) +
+                           ", and its times depend on that; leave the option out");
+    if (channels && isKnown(*channels) && channels->size() == read.channels)
+        read.layout = usualLayout(read.channels);
+    read.foldDown = asked.channels.foldDownOf(layoutOf(read), path.string());
+    return read;
 }
 
 MediaCheck checkMedia(const Timeline& timeline, TimelineSpan part, MediaFinder& finder) {
@@ -162,12 +187,13 @@ MediaCheck checkMedia(const Timeline& timeline, TimelineSpan part, MediaFinder& 
         if (!medium.path.empty())
             check.files.push_back(medium.path);
         if (!medium.failure.empty()) {
-            note.text = medium.failure;
-            if (use.count > 1)
-                note.text += " (" + std::to_string(use.count) + " clips)";
+            note.text = medium.failure + clips(use);
             note.silences = true;
             check.failures.push_back(std::move(note));
-        } else if (medium.equallyGood > 1) {
+            continue;
+        }
+        lookAtChannels(medium, timeline, use, note, check);
+        if (medium.equallyGood > 1) {
             note.text = std::to_string(medium.equallyGood) + " files fit '" + media +
                         "' equally well; taken is '" + medium.path.string() + "'";
             check.choices.push_back(std::move(note));

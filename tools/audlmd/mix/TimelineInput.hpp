@@ -3,6 +3,7 @@
 #include "host/mix/MixReport.hpp"
 #include "host/mix/Timeline.hpp"
 #include "tools/audlmd/mix/MediaFinder.hpp"
+#include "tools/audlmd/options/ChannelOptions.hpp"
 
 #include <cstddef>
 #include <filesystem>
@@ -15,7 +16,7 @@ namespace audlmd::command {
 /// What the command line asks of the output. Not set: what the timeline says, else 48000 Hz and 2 channels.
 struct AskedOutput {
     std::optional<int> rate;
-    std::optional<std::size_t> channels;
+    ChannelOptions channels = {};
     /// See timeline::ReadOptions.
     std::string timeline = {};
 };
@@ -25,8 +26,8 @@ struct AskedOutput {
 bool isTimelineFile(const std::filesystem::path& path);
 
 /// Reads a timeline's file; asks the finder about its media. Throws CommandError for a file that cannot be
-/// read or is no timeline, and where the command line asks for something else than the timeline says. The
-/// text names the file.
+/// read or is no timeline, and where the command line asks for another rate than the timeline says. The text
+/// names the file. Other channels than the timeline says become its fold-down.
 Timeline readTimelineFile(const std::filesystem::path& path, const AskedOutput& asked, MediaFinder& finder);
 
 /// What a look at the media of a timeline has shown.
@@ -35,7 +36,7 @@ struct MediaCheck {
     std::vector<std::filesystem::path> files;
     /// One note for each medium that cannot be played, at the first of its clips.
     std::vector<TimelineNote> failures;
-    /// One note for each medium that several files fit equally well.
+    /// One note for each medium that several files fit equally well, or that is folded down.
     std::vector<TimelineNote> choices;
 };
 

@@ -3,16 +3,17 @@
 #include "host/cache/SoundFile.hpp"
 #include "host/inlined/InlinedRenderFunctions.hpp"
 #include "host/mix/ConvertedSources.hpp"
+#include "host/words/Text.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/options/ParsedOption.hpp"
 #include "tools/audlmd/options/Parsers.hpp"
 
 namespace audlmd::command {
 
-void RenderingOptions::declareRendering(CLI::App& app, const std::string& group,
-                                        const std::string& defaultRate) {
+void RenderingOptions::declareRendering(CLI::App& app, const std::string& group, const Defaults& defaults) {
+    channels.declare(app, group, defaults.channels);
     addParsed(app, "--rate", rate, &parseRate,
-              "Samples per second, such as 48000 or 44.1k (default: " + defaultRate + ")")
+              "Samples per second, such as 48000 or 44.1k (default: " + defaults.rate + ")")
         ->option_text("HZ")
         ->group(group);
     app.add_flag("--through-tables", throughTables,
@@ -52,8 +53,10 @@ std::filesystem::path RenderingOptions::atHand(const std::filesystem::path& inpu
     return raw || isStream(input) ? spooled(input, raw) : input;
 }
 
-Media RenderingOptions::open(const std::filesystem::path& file, const std::filesystem::path& input) const {
-    Media media;
+OpenInput RenderingOptions::open(const std::filesystem::path& file,
+                                 const std::filesystem::path& input) const {
+    OpenInput opened;
+    Media& media = opened.media;
     try {
         media = openSoundFile(file.string());
     } catch (const SoundFileError& error) {
@@ -63,15 +66,22 @@ Media RenderingOptions::open(const std::filesystem::path& file, const std::files
     }
     if (media.channels.front()->length() == 0)
         throw CommandError("'" + input.string() + "' holds no samples", ExitStatus::input);
+    const ChannelLayout before = layoutOf(media);
+    if (const std::optional<FoldDown> foldDown = channels.foldDownOf(before, input.string())) {
+        media = foldedDown(media, *foldDown);
+        if (!channels.map && media.channels.size() < before.size())
+            opened.note =
+                "note: " + words::quoted(input.string()) + ": " + foldDownText(before, media.layout);
+    }
     const int wanted = rate.value_or(media.sampleRate);
     for (std::shared_ptr<SampleSource>& channel : media.channels)
         channel = convertedTo(channel, media.sampleRate, wanted);
     media.sampleRate = wanted;
-    return media;
+    return opened;
 }
 
-void OutputOptions::declareOutput(CLI::App& app, const std::string& outputHelp,
-                                  const std::string& defaultRate, std::size_t mostBlock) {
+void OutputOptions::declareOutput(CLI::App& app, const std::string& outputHelp, const Defaults& defaults,
+                                  std::size_t mostBlock) {
     constexpr const char* group = "Output";
     app.add_option("-o,--output", output, outputHelp)->option_text("OUTPUT")->group(group);
     addParsed(app, "--kind", kind, &parseFileKind,
@@ -85,7 +95,7 @@ void OutputOptions::declareOutput(CLI::App& app, const std::string& outputHelp,
         ->group(group);
     app.add_flag("--truncate", truncate, "Round toward zero and clip floats, as the library does for a host")
         ->group(group);
-    declareRendering(app, group, defaultRate);
+    declareRendering(app, group, defaults);
     app.add_flag("--quiet", quiet, "Tell only what is not as it was asked: no progress, no summary")
         ->group(group);
     app.add_option("--block", block, "Samples per render call (default 4096); changes no sample")

@@ -6,6 +6,7 @@
 #include "host/signal/Unclipped.hpp"
 #include "tools/audlmd/files/FileKind.hpp"
 #include "tools/audlmd/files/SpooledInput.hpp"
+#include "tools/audlmd/options/ChannelOptions.hpp"
 
 #include <cstddef>
 #include <filesystem>
@@ -18,20 +19,33 @@ class App;
 
 namespace audlmd::command {
 
+/// A sound file that is open.
+struct OpenInput {
+    Media media;
+    /// How its channels are folded down, in a line for the user. Empty: they are not.
+    std::string note;
+};
+
 /// The options of every command that renders.
 struct RenderingOptions {
     /// Where one of these is set, the input has no header; then all must be.
     std::optional<FormatId> inputFormat;
     std::optional<int> inputRate;
     std::optional<int> inputChannels;
+    ChannelOptions channels;
     /// In samples per second. Not set: the input's.
     std::optional<int> rate;
     /// Whether the functions of the loaded library render, and not those compiled into the command.
     bool throughTables = false;
 
-    /// Declares the options in a group of the help. `defaultRate` says what holds without --rate. This object
-    /// must outlive the app.
-    void declareRendering(CLI::App& app, const std::string& group, const std::string& defaultRate);
+    /// What holds without --rate and --channels, for the help.
+    struct Defaults {
+        std::string rate = "the input's";
+        std::string channels = "the input's";
+    };
+
+    /// Declares the options in a group of the help. This object must outlive the app.
+    void declareRendering(CLI::App& app, const std::string& group, const Defaults& defaults);
 
     /// What players take for `inlined`.
     RenderFunctionLookUp<Unclipped> inlined() const;
@@ -43,9 +57,10 @@ struct RenderingOptions {
     /// without a header bring. Throws CommandError.
     std::filesystem::path atHand(const std::filesystem::path& input) const;
 
-    /// Opens what atHand() has given for an input, at the rate of the output. Throws SoundFileError, and
-    /// CommandError for a file without samples, which name the input.
-    Media open(const std::filesystem::path& file, const std::filesystem::path& input) const;
+    /// Opens what atHand() has given for an input, with the channels and at the rate of the output. Throws
+    /// SoundFileError, and CommandError for a file without samples, or without the channels, which name the
+    /// input.
+    OpenInput open(const std::filesystem::path& file, const std::filesystem::path& input) const;
 
 private:
     std::optional<RawLayout> rawInput() const;
@@ -70,8 +85,8 @@ struct OutputOptions : RenderingOptions {
     std::size_t threads = 0;
 
     /// Declares the options in the group "Output", with blocks of up to `mostBlock` samples. `outputHelp`
-    /// describes --output; `defaultRate` as above.
-    void declareOutput(CLI::App& app, const std::string& outputHelp, const std::string& defaultRate,
+    /// describes --output.
+    void declareOutput(CLI::App& app, const std::string& outputHelp, const Defaults& defaults,
                        std::size_t mostBlock);
 
     /// How samples become those of the output's format. Throws CommandError where the options exclude each

@@ -87,15 +87,22 @@ DeviceFormat formatFor(const SoundDevices& devices, int device, PlayInput& input
                         .sampleRate = input.sampleRate(),
                         .block = options.block,
                         .latency = options.latency / 2000.0};
+    const std::size_t wanted = format.channels;
     if (devices.supports(device, format))
         return format;
-    if (format.channels == 1) {
-        format.channels = 2;
-        input.doubleChannel();
-        if (devices.supports(device, format))
-            return format;
+    for (const std::size_t channels : {8U, 6U, 4U, 2U, 1U}) {
+        // One channel is heard on both sides of a device that has no single one.
+        if (channels >= wanted && !(wanted == 1 && channels == 2))
+            continue;
+        format.channels = channels;
+        if (!devices.supports(device, format))
+            continue;
+        const std::string text = input.foldDownTo(channels);
+        if (channels < wanted)
+            std::printf("the sound device does not play %zu channels: %s\n", wanted, text.c_str());
+        return format;
     }
-    throw CommandError("the sound device does not play " + std::to_string(format.channels) + " channels at " +
+    throw CommandError("the sound device does not play " + std::to_string(wanted) + " channels at " +
                            std::to_string(format.sampleRate) +
                            " Hz; choose another --rate or --device (--list-devices shows what there is)",
                        ExitStatus::output);

@@ -6,6 +6,7 @@
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/mix/TimelineInput.hpp"
 
+#include <cstdio>
 #include <utility>
 
 namespace audlmd::command {
@@ -31,7 +32,10 @@ PlayInput::PlayInput(const PlayOptions& options) : options_(options), isTimeline
 }
 
 void PlayInput::openSound() {
-    media_ = options_.strip.amplified(options_.open(options_.atHand(options_.input), options_.input));
+    OpenInput opened = options_.open(options_.atHand(options_.input), options_.input);
+    media_ = options_.strip.amplified(std::move(opened.media));
+    if (!opened.note.empty())
+        std::puts(opened.note.c_str());
     settings_ = forwards(options_.strip
                              .settingsFor({.path = options_.input,
                                            .frames = media_.channels.front()->length(),
@@ -42,13 +46,14 @@ void PlayInput::openSound() {
 
 void PlayInput::openTimeline() {
     finder_ = std::make_unique<MediaFinder>(options_.media);
-    timeline_ = readTimelineFile(options_.input, {.rate = options_.rate, .channels = {}}, *finder_);
+    timeline_ =
+        readTimelineFile(options_.input, {.rate = options_.rate, .channels = options_.channels}, *finder_);
     if (timeline_.length <= 0)
         throw CommandError("'" + options_.input.string() + "' has nothing to play", ExitStatus::input);
 }
 
 std::size_t PlayInput::channels() const {
-    return isTimeline_ ? timeline_.channels : media_.channels.size();
+    return layout().size();
 }
 
 RangeOf PlayInput::whole() const {
@@ -61,11 +66,24 @@ int PlayInput::sampleRate() const {
     return isTimeline_ ? timeline_.sampleRate : media_.sampleRate;
 }
 
-void PlayInput::doubleChannel() {
-    if (isTimeline_)
-        timeline_.channels = 2;
+ChannelLayout PlayInput::layout() const {
+    return isTimeline_ ? outputLayout(timeline_) : layoutOf(media_);
+}
+
+std::string PlayInput::foldDownTo(std::size_t channels) {
+    const ChannelLayout before = layout();
+    ChannelOptions fewer;
+    fewer.channels = unknownLayout(channels);
+    const std::optional<FoldDown> foldDown = fewer.foldDownOf(before, options_.input.string());
+    if (!foldDown)
+        return "";
+    if (!isTimeline_)
+        media_ = foldedDown(media_, *foldDown);
+    else if (timeline_.foldDown)
+        timeline_.foldDown = {combined(timeline_.foldDown->routing, foldDown->routing), foldDown->layout};
     else
-        media_.channels.push_back(media_.channels.front());
+        timeline_.foldDown = foldDown;
+    return foldDownText(before, foldDown->layout);
 }
 
 std::string PlayInput::nameOf(const StripReport& strip) const {

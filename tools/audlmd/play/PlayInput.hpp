@@ -19,8 +19,9 @@ public:
     int sampleRate() const;
     /// What moments on the command line are in.
     RangeOf whole() const;
-    /// Plays the one channel of the input on two, for devices that have no single one.
-    void doubleChannel();
+    /// Plays the input on another number of channels, for a device that does not have as many. Returns what
+    /// becomes of the channels, in words. Throws CommandError where they cannot be folded down.
+    std::string foldDownTo(std::size_t channels);
 
     /// Names a strip of the timeline.
     std::string nameOf(const StripReport& strip) const;
@@ -31,6 +32,7 @@ public:
 private:
     void openSound();
     void openTimeline();
+    ChannelLayout layout() const;
 
     const PlayOptions& options_;
     const bool isTimeline_;

@@ -42,7 +42,7 @@ void declareDevice(CLI::App& play, PlayOptions& options) {
         ->group("Device");
     play.add_flag("--list-devices", options.listDevices, "List the sound devices; * is the default one")
         ->group("Device");
-    options.declareRendering(play, "Device", "the input's");
+    options.declareRendering(play, "Device", {});
     play.add_option("--block", options.block, "Frames that the device asks for at a time (default 256)")
         ->option_text("N")
         ->check(CLI::Range(16, 16384))

@@ -44,6 +44,11 @@ highpass:FREQUENCY[:Q] or lowpass:FREQUENCY[:Q], in hertz (1k is 1000) and decib
 RATES With --rate the input is converted to the output's rate while it is read, at very high quality and with
 its pitch and length as they are; then everything counts samples of the output's rate, smp too.
 
+CHANNELS --map takes channels of the input by number or name; --channels then folds them down, or puts them in
+the order of a layout: mono, stereo, 3.0, quad, 5.0, 5.1, 6.1, 7.1, 5.1film, 7.1film, 5.1smpte or 7.1smpte.
+By ITU-R BS.775 the centre and the surrounds go to left and right at -3 dB, and LFE nowhere; mono is half of
+left plus right. Nothing is scaled: leave room with --gain.
+
 MIXES The file of --mix-into has the render's rate, channels and length, and its format where one is given. A
 .raw or .pcm file does not tell its format: give it with --format.
 
@@ -72,6 +77,7 @@ EXAMPLES
   audlmd render song.wav -o cd.wav --rate 44100 --format s16 --dither
   audlmd render one.wav two.wav three.wav -o cd/ --rate 44.1k --format s16
   ffmpeg -i film.mkv -f wav - | audlmd render - -o film.wav --gain -3
+  audlmd render song.wav -o mono.wav --channels mono      (or --map L for the left channel alone)
   audlmd render song.wav --fade-in 2s --explain)";
 
 /// Whether an output names a folder: one that is there, or one that is to be made, whose name ends with a
@@ -105,7 +111,7 @@ void RenderOptions::declare(CLI::App& render) {
         .add_option("INPUT", inputs, "A sound file in any format that libsndfile reads; - is standard input")
         ->required();
     declareInput(render);
-    declareOutput(render, "The file to write, or a folder for one file per input", "the input's", mostBlock);
+    declareOutput(render, "The file to write, or a folder for one file per input", {}, mostBlock);
     render.add_option("--suffix", suffix, "Comes behind the names of what is written into a folder")
         ->option_text("TEXT")
         ->group("Output");
@@ -182,7 +188,10 @@ private:
 
     void makeChannels() {
         file_ = options_.atHand(input_);
-        const Media input = options_.strip.amplified(options_.open(file_, input_));
+        OpenInput opened = options_.open(file_, input_);
+        const Media input = options_.strip.amplified(std::move(opened.media));
+        if (!opened.note.empty())
+            std::fprintf(outputs_.report(), "%s\n", opened.note.c_str());
         ResolvedStrip strip = options_.strip.settingsFor(
             {.path = input_, .frames = input.channels.front()->length(), .sampleRate = input.sampleRate});
         if (!strip.note.empty())
@@ -203,6 +212,7 @@ private:
         }
         layout_.channels = static_cast<int>(channels_.size());
         layout_.sampleRate = input.sampleRate;
+        layout_.speakers = layoutOf(input);
     }
 
     StripPlayer& player() const { return channels_.front()->player(); }
@@ -235,6 +245,9 @@ private:
             return std::nullopt;
         const ContainerFile input(file_);
         const std::optional<FormatId> format = input.format();
+        // Floats do not hold 32 bits, and other channels are no copy.
+        if (options_.channels.map ? format == FormatId::s32 : input.info().channels != layout_.channels)
+            return std::nullopt;
         const bool kept = format && input.info().samplerate == layout_.sampleRate &&
                           (!outputs_.sound() || subtypeIn(*outputs_.sound()->kind, *format));
         return kept ? format : std::nullopt;
@@ -261,6 +274,8 @@ private:
             summary.seconds = write(chunks, output);
             tellOverload(chunks);
         }
+        if (const std::string note = output.layoutNote(); !note.empty())
+            std::fprintf(outputs_.report(), "%s\n", note.c_str());
         for (const Cookie& cookie : cookies_) {
             const MaterialStatistics statistics = cache_->statistics(cookie);
             summary.underrunSamples += statistics.underrunSamples;
