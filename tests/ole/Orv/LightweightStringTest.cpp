@@ -17,6 +17,8 @@ TEST(LightweightString, StandsBehindTheCountAndTheLengthThatItsCopiesShare) {
     const Body* body = nullptr;
     std::memcpy(&body, &string, sizeof body);
     EXPECT_EQ(std::u16string_view(body->text, body->length), u"abc");
+    EXPECT_EQ(string.view(), u"abc");
+    EXPECT_EQ(LightweightString<char16_t>().view(), u"");
     {
         const LightweightString<char16_t> copy(string);
         other = copy;

@@ -3,6 +3,8 @@
 #include "host/signal/GainLaws.hpp"
 #include "tests/tools/audlmd/CommandFixture.hpp"
 
+#include <gmock/gmock.h>
+
 #include <algorithm>
 #include <cmath>
 #include <complex>
@@ -42,6 +44,23 @@ TEST_F(Render, PlaysARangeForwardsAndBackwards) {
     for (std::vector<float>& channel : sound)
         std::ranges::reverse(channel);
     EXPECT_TRUE(rendered("--from 0.5 --to 2.25 --reverse") == sound);
+}
+
+TEST_F(Render, WritesEachInputIntoAFolderAlsoBehindOneThatFails) {
+    writeSound(in("a.wav"), noise(1, 100), 8000, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+    writeSound(in("b.ogg"), noise(2, 9000), 48000, SF_FORMAT_OGG | SF_FORMAT_VORBIS);
+    const Outcome outcome = run("render a.wav none.wav b.ogg -o new/ --suffix _x --quiet");
+    EXPECT_EQ(outcome.status, 3);
+    EXPECT_TRUE(outcome.output.starts_with("b.ogg: over full scale, not clipped: channel 1: "))
+        << outcome.output;
+    EXPECT_THAT(
+        outcome.errors,
+        testing::MatchesRegex(
+            "audlmd: none.wav: .*\naudlmd: 1 of 3 inputs failed, see above; the others are in 'new/'\n"));
+    EXPECT_EQ(readSound(in("new/a_x.wav")), readSound(in("a.wav")));
+    EXPECT_EQ(readSound(in("new/b_x.wav")), readSound(in("b.ogg")));
+    output("render a.wav b.ogg -o new --kind w64");
+    EXPECT_EQ(readSound(in("new/b.w64")), readSound(in("b.ogg")));
 }
 
 TEST_F(Render, TakesATimeInEveryNotation) {

@@ -57,7 +57,7 @@ SF_INFO OutputFile::info() const {
     const bool isLarge = layout_.dataBytes() > largestWavData && !target_.isStream;
     const int type = target_.kind->type == SF_FORMAT_WAV && isLarge ? SF_FORMAT_RF64 : target_.kind->type;
     if (const std::string why = whyLayoutDoesNotFit(type, layout_.speakers); !why.empty())
-        fail(why);
+        throw CommandError("cannot write '" + target_.path.string() + "': " + why);
     info.format = typeFor(type, layout_.speakers) | *subtypeIn(*target_.kind, layout_.format);
     return info;
 }

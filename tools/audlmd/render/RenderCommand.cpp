@@ -8,9 +8,8 @@
 #include "tools/audlmd/files/SampleLayouts.hpp"
 #include "tools/audlmd/mix/MixReportText.hpp"
 #include "tools/audlmd/modes/ModeText.hpp"
-#include "tools/audlmd/options/OutputOptions.hpp"
-#include "tools/audlmd/options/StripOptions.hpp"
 #include "tools/audlmd/render/CopiedChunks.hpp"
+#include "tools/audlmd/render/RenderOptions.hpp"
 #include "tools/audlmd/render/RenderedChunks.hpp"
 
 #include <CLI/CLI.hpp>
@@ -29,124 +28,6 @@
 
 namespace audlmd::command {
 namespace {
-
-constexpr std::size_t mostBlock = std::size_t{1} << 24;
-
-constexpr const char* renderHelp =
-    R"(TIMES of --from, --to and --duration are the input's; those of fades and automation are the output's,
-as heard. A time is written in seconds (12.5 or 3s), milliseconds (250ms), samples (480000smp), as a clock
-(1:02.5, 1:00:02.5) or as timecode with its frame rate (1:00:00:12@25, 1:00:00;12@29.97). --from and --to
-count from the end with a minus sign: --from -5s. A --duration beyond the end ends there, with a note.
-
-BANDS of --eq are written peak:FREQUENCY:GAIN[:Q], lowshelf:FREQUENCY:GAIN[:Q], highshelf:FREQUENCY:GAIN[:Q],
-highpass:FREQUENCY[:Q] or lowpass:FREQUENCY[:Q], in hertz (1k is 1000) and decibels. Without Q it is 0.707.
-
-RATES With --rate the input is converted to the output's rate while it is read, at very high quality and with
-its pitch and length as they are; then everything counts samples of the output's rate, smp too.
-
-CHANNELS --map takes channels of the input by number or name; --channels then folds them down, or puts them in
-the order of a layout: mono, stereo, 3.0, quad, 5.0, 5.1, 6.1, 7.1, 5.1film, 7.1film, 5.1smpte or 7.1smpte.
-By ITU-R BS.775 the centre and the surrounds go to left and right at -3 dB, and LFE nowhere; mono is half of
-left plus right. Nothing is scaled: leave room with --gain.
-
-MIXES The file of --mix-into has the render's rate, channels and length, and its format where one is given. A
-.raw or .pcm file does not tell its format: give it with --format.
-
-LEVELS are floats without limits, which f32 holds as they are. Integers are rounded to the nearest step, and
-clipped; the report tells how many samples are over full scale. --dither turns the distortion of rounding into
-even noise; use it once, where 24 bits become 16. --truncate gives the bytes that a host gets of the library.
-
-FILES The output's extension chooses the kind of file:
-  .wav .w64 .rf64   u8 s16 s24 s32 f32 (a wav beyond 4 GiB becomes RF64)
-  .aiff .au .caf    s8 s16 s24 s32 f32 (an aiff also u8)
-  .flac             s8 s16 s24
-  .raw .pcm         every format, little-endian and without a header; the only ones that hold s24in32
-Without --format it is that of --mix-into; else the input's, where options only choose a range or --reverse
-it and the output holds that format: its samples are then copied as they are; else f32, or s24 for flac. Pipes
-and devices (/dev/stdout, -) get headerless samples, or with --kind wav a header that leaves the length open. The output stands under its name only once it is whole; whatever was there stays until
-then.
-
-EXAMPLES
-  audlmd render speech.wav -o reversed.wav --reverse
-  audlmd render take.flac -o part.wav --from 1:02.5 --duration 20s --format s24
-  audlmd render voice.wav -o mix.wav --mix-into music.wav
-  audlmd render song.wav -o faded.wav --fade-in 2s --fade-out 5s:log --gain -3
-  audlmd render song.wav -o eq.wav --eq lowshelf:120:-2 --eq peak:1k:+3:0.7 --eq highpass:30
-  audlmd render song.wav -o ride.wav --automation ride.csv      (lines like 0,-20 and 1:02.5,0)
-  audlmd render song.wav -o fast.wav --speed 1.5
-  audlmd render song.wav -o cd.wav --rate 44100 --format s16 --dither
-  audlmd render one.wav two.wav three.wav -o cd/ --rate 44.1k --format s16
-  ffmpeg -i film.mkv -f wav - | audlmd render - -o film.wav --gain -3
-  audlmd render song.wav -o mono.wav --channels mono      (or --map L for the left channel alone)
-  audlmd render song.wav --fade-in 2s --explain)";
-
-/// Whether an output names a folder: one that is there, or one that is to be made, whose name ends with a
-/// slash.
-bool isFolder(const std::filesystem::path& output) {
-    std::error_code none;
-    return !output.empty() && (!output.has_filename() || std::filesystem::is_directory(output, none));
-}
-
-/// The options of `render`. Without an output the render is only explained.
-struct RenderOptions : OutputOptions {
-    /// Several go into a folder, each as one render.
-    std::vector<std::filesystem::path> inputs;
-    /// Of the name of each output in a folder.
-    std::string suffix;
-    std::optional<std::filesystem::path> mixInto;
-    StripOptions strip;
-    bool explain = false;
-
-    /// Declares all options with their help. This object must outlive the app.
-    void declare(CLI::App& render);
-
-    /// Throws CommandError for options that cannot stand together, or alone.
-    void requireCompatible() const;
-
-    RenderedChannel::Through through() const;
-};
-
-void RenderOptions::declare(CLI::App& render) {
-    render
-        .add_option("INPUT", inputs, "A sound file in any format that libsndfile reads; - is standard input")
-        ->required();
-    declareInput(render);
-    declareOutput(render, "The file to write, or a folder for one file per input", {}, mostBlock);
-    render.add_option("--suffix", suffix, "Comes behind the names of what is written into a folder")
-        ->option_text("TEXT")
-        ->group("Output");
-    render
-        .add_option("--mix-into", mixInto,
-                    "Add to the samples of this file, which is only read, and write the sum to OUTPUT")
-        ->option_text("EXISTING")
-        ->group("Output");
-    render.add_flag("--explain", explain, "Print mode code, fields, chain, output type and record")
-        ->group("Output");
-    strip.declareRange(render);
-    strip.declareSound(render);
-    render.footer(renderHelp);
-}
-
-void RenderOptions::requireCompatible() const {
-    if (output.empty() && inputs.size() > 1)
-        throw CommandError("name what to write with -o: a folder, or one file as in -o " +
-                           inputs.back().string());
-    if (output.empty() && !explain)
-        throw CommandError("name the file to write with -o, or use --explain alone");
-    if (inputs.size() > 1 && !isFolder(output))
-        throw CommandError("several inputs go into a folder, and '" + output.string() +
-                           "' is none; end its name with / to make one");
-    if (!suffix.empty() && !isFolder(output))
-        throw CommandError("--suffix is for outputs in a folder");
-    if (mixInto && inputs.size() > 1)
-        throw CommandError("--mix-into takes one input");
-    strip.requireCompatible();
-}
-
-RenderedChannel::Through RenderOptions::through() const {
-    using enum RenderedChannel::Through;
-    return !throughTables ? inlined : truncate ? outputTypes : tables;
-}
 
 /// A render reads its material once, so the cache needs room only for a few segments of each channel. A small
 /// cache uses its memory again while that is still in the processor's caches.
@@ -176,6 +57,13 @@ public:
     }
 
 private:
+    /// Prints a line of the report, if there is one. Names the input where there are several.
+    void tell(const std::string& line) const {
+        const std::string about = options_.inputs.size() > 1 ? words::printable(input_.string()) + ": " : "";
+        if (!line.empty())
+            std::fprintf(outputs_.report(), "%s%s\n", about.c_str(), line.c_str());
+    }
+
     /// Before the input is read, so that a wrong output is refused at once.
     void requireOtherOutput() const {
         for (const std::filesystem::path& input : options_.inputs)
@@ -190,12 +78,10 @@ private:
         file_ = options_.atHand(input_);
         OpenInput opened = options_.open(file_, input_);
         const Media input = options_.strip.amplified(std::move(opened.media));
-        if (!opened.note.empty())
-            std::fprintf(outputs_.report(), "%s\n", opened.note.c_str());
+        tell(opened.note);
         ResolvedStrip strip = options_.strip.settingsFor(
             {.path = input_, .frames = input.channels.front()->length(), .sampleRate = input.sampleRate});
-        if (!strip.note.empty())
-            std::fprintf(outputs_.report(), "%s\n", strip.note.c_str());
+        tell(strip.note);
         StripSettings& settings = strip.settings;
         // The threads that the cache starts leave the signals to this thread.
         const EndingSignalsBlocked blocked;
@@ -231,8 +117,7 @@ private:
         rounding_ = options_.roundingTo(layout_.format);
         const bool copies = kept == layout_.format && rounding_ != Rounding::truncated;
         if (copies && rounding_ == Rounding::dithered) {
-            std::fputs("note: nothing is dithered, because the samples are copied as they are\n",
-                       outputs_.report());
+            tell("note: nothing is dithered, because the samples are copied as they are");
             rounding_ = Rounding::nearest;
         }
         if (copies && kept == FormatId::s32)
@@ -256,8 +141,7 @@ private:
     void tellHow() const {
         std::fputs(explain(player(), layout_.format, existing_.has_value()).c_str(), outputs_.report());
         if (const int doublings = options_.strip.doublings(); doublings != 0)
-            std::fprintf(outputs_.report(), "gain beyond the levels: the input is read times 2^%d\n",
-                         doublings);
+            tell("gain beyond the levels: the input is read times 2^" + std::to_string(doublings));
     }
 
     void renderToFile() {
@@ -274,15 +158,14 @@ private:
             summary.seconds = write(chunks, output);
             tellOverload(chunks);
         }
-        if (const std::string note = output.layoutNote(); !note.empty())
-            std::fprintf(outputs_.report(), "%s\n", note.c_str());
+        tell(output.layoutNote());
         for (const Cookie& cookie : cookies_) {
             const MaterialStatistics statistics = cache_->statistics(cookie);
             summary.underrunSamples += statistics.underrunSamples;
             summary.underrunEpisodes += statistics.underrunEpisodes;
         }
         if (!options_.quiet || summary.underrunSamples != 0)
-            std::fprintf(outputs_.report(), "%s\n", summary.line().c_str());
+            tell(summary.line());
     }
 
     /// Returns how long that took, in seconds.
@@ -307,8 +190,7 @@ private:
                                                 layout_.sampleRate)
                           : channelOverloadLine(overloadWords(clips(layout_.format, rounding_)), channel,
                                                 clipped.meter.overload(), layout_.sampleRate);
-            if (!line.empty())
-                std::fprintf(outputs_.report(), "%s\n", line.c_str());
+            tell(line);
         }
     }
 
@@ -385,7 +267,7 @@ void renderIntoFolder(const RenderOptions& options) {
 
 void renderAll(const RenderOptions& options) {
     options.requireCompatible();
-    if (isFolder(options.output))
+    if (options.isFolder())
         renderIntoFolder(options);
     else
         Render(options, options.inputs.front(), options.output).run();
