@@ -40,10 +40,11 @@ FILES The output's extension chooses the kind of file:
   .aiff .au .caf    s8 s16 s24 s32 f32 (an aiff also u8)
   .flac             s8 s16 s24
   .raw .pcm         every format, little-endian and without a header; the only ones that hold s24in32
-Without --format it is that of --mix-into; else the input's, where options only choose a range or --reverse
-it and the output holds that format: its samples are then copied as they are; else f32, or s24 for flac. Pipes
-and devices (/dev/stdout, -) get headerless samples, or with --kind wav a header that leaves the length open. The output stands under its name only once it is whole; whatever was there stays until
-then.
+Without --format it is that of --mix-into. Else it is the input's, if that is one of these, the output can
+hold it, and options only choose a range or --reverse it: the samples are then copied as they are. Else, as
+for ogg and mp3, it is f32, or s24 for flac. Pipes and devices (/dev/stdout, -) get headerless samples, or with
+--kind wav a header that leaves the length open. The output stands under its name only once it is whole;
+whatever was there stays until then.
 
 EXAMPLES
   audlmd render speech.wav -o reversed.wav --reverse
