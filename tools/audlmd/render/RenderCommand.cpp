@@ -1,4 +1,5 @@
 #include "host/cache/MaterialCache.hpp"
+#include "host/cache/SoundFile.hpp"
 #include "host/services/Identities.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Progress.hpp"
@@ -13,6 +14,7 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
@@ -70,6 +72,7 @@ struct RenderOptions : OutputOptions {
     std::optional<std::filesystem::path> mixInto;
     StripOptions strip;
     bool explain = false;
+    bool noMetadata = false;
 
     /// Declares all options with their help. This object must outlive the app.
     void declare(CLI::App& render);
@@ -85,6 +88,8 @@ void RenderOptions::declare(CLI::App& render) {
         .add_option("--mix-into", mixInto,
                     "Add to the samples of this file, which is only read, and write the sum to OUTPUT")
         ->option_text("EXISTING")
+        ->group("Output");
+    render.add_flag("--no-metadata", noMetadata, "Leave out the input's tags, bext and iXML")
         ->group("Output");
     render.add_flag("--explain", explain, "Print mode code, fields, chain, output type and record")
         ->group("Output");
@@ -156,6 +161,22 @@ private:
         layout_.channels = static_cast<int>(players_.size());
         layout_.sampleRate = input.sampleRate;
         layout_.speakers = layoutOf(input);
+        if (!options_.noMetadata)
+            keepMetadata(input.sampleRate, settings.from);
+    }
+
+    /// The time reference moves with the start of the range, which counts frames of the output's rate.
+    void keepMetadata(int sampleRate, MaterialSample from) {
+        const SoundFile file(options_.input);
+        layout_.metadata = readMetadata(options_.input);
+        if (!layout_.metadata.broadcast)
+            return;
+        // Of a damaged file any number.
+        const double reference = static_cast<double>(file.timeReference()) * sampleRate / file.sampleRate();
+        const bool isExact = file.sampleRate() == sampleRate;
+        layout_.timeReference =
+            from.number() + (isExact ? std::clamp<std::int64_t>(file.timeReference(), 0, farthestPosition)
+                                     : std::llround(std::clamp(reference, 0.0, 0x1p60)));
     }
 
     /// Settles the format and length of the output. Without --format, the existing mix or the kind of file
@@ -187,7 +208,7 @@ private:
             output.commit();
             summary.seconds = progress.elapsed();
         }
-        if (const std::string note = output.layoutNote(); !note.empty())
+        for (const std::string& note : output.notes())
             std::fprintf(outputs_.report(), "%s\n", note.c_str());
         for (const Cookie& cookie : cookies_) {
             const MaterialStatistics statistics = cache_->statistics(cookie);
