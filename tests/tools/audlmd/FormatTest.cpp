@@ -226,6 +226,54 @@ TEST_F(Files, SayWhatTheirChannelsAreWhereTheyCan) {
     EXPECT_EQ(readBytes(in("d.wav")).substr(0, 44), plain.substr(0, 44));
 }
 
+TEST_F(Files, KeepTagsAndBroadcastExtensionsOrSayWhatIsLost) {
+    const std::int64_t reference = 0xFFFFFFF0;
+    {
+        SndfileHandle file(in("in.wav").string(), SFM_WRITE, SF_FORMAT_WAV | SF_FORMAT_PCM_16, 1, 48000);
+        for (const auto& [tag, text] : std::map<int, const char*>{
+                 {SF_STR_TITLE, "B\xC3\xA9la"}, {SF_STR_ALBUM, "odd"}, {SF_STR_GENRE, "even"}})
+            file.setString(tag, text);
+        SF_BROADCAST_INFO broadcast{};
+        std::ranges::copy(std::string("door"), broadcast.description);
+        broadcast.time_reference_low = 0xFFFFFFF0U;
+        file.command(SFC_SET_BROADCAST_INFO, &broadcast, sizeof broadcast);
+        std::string ixml = "<BWFXML/>";
+        SF_CHUNK_INFO chunk{.id = "iXML", .id_size = 4, .datalen = 9, .data = ixml.data()};
+        sf_set_chunk(file.rawHandle(), &chunk);
+        const std::vector<short> samples(48000);
+        file.writef(samples.data(), 48000);
+    }
+    // A chunk that nobody knows.
+    std::string bytes = readBytes(in("in.wav"));
+    bytes += std::string("wxyz\4\0\0\0text", 12);
+    const auto riffSize = static_cast<std::uint32_t>(bytes.size() - 8);
+    bytes.replace(4, 4, reinterpret_cast<const char*>(&riffSize), 4);
+    writeBytes(in("in.wav"), bytes);
+    for (const auto& [name, lost] :
+         std::map<std::string, std::string>{{"b.wav", "wxyz"},
+                                            {"b.rf64", "wxyz"},
+                                            {"b.caf", "bext, iXML, wxyz"},
+                                            {"b.flac", "bext, iXML, wxyz"},
+                                            {"b.aiff", "album, genre, bext, iXML, wxyz"},
+                                            {"b.w64", "title, album, genre, bext, iXML, wxyz"}}) {
+        const std::string told = output("render in.wav --from 0.5 --format s16 -o " + name);
+        EXPECT_TRUE(told.starts_with("note: '" + name + "' does not keep " + lost + "\n")) << told;
+        EXPECT_EQ(SoundFile(in(name)).timeReference(), lost == "wxyz" ? reference + 24000 : 0) << name;
+        EXPECT_EQ(output("render in.wav --no-metadata -o " + name).find("note"), std::string::npos);
+    }
+    // What is read of an RF64 is what a WAV has, through any number of renders.
+    output("render in.wav -o c.rf64");
+    output("render c.rf64 -o c.wav --rate 96000");
+    SndfileHandle file(in("c.wav").string());
+    EXPECT_STREQ(file.getString(SF_STR_TITLE), "B\xC3\xA9la");
+    EXPECT_STREQ(file.getString(SF_STR_ALBUM), "odd");
+    EXPECT_STREQ(file.getString(SF_STR_GENRE), "even");
+    EXPECT_EQ(SoundFile(in("c.wav")).timeReference(), 2 * reference);
+    const std::string kept = readBytes(in("c.wav"));
+    EXPECT_NE(kept.find("door"), std::string::npos);
+    EXPECT_NE(kept.find("<BWFXML/>"), std::string::npos);
+}
+
 TEST_F(Files, GoToStandardOutputWithoutAHeader) {
     const Outcome outcome = run("render a.wav -o - --format s16");
     EXPECT_NE(outcome.errors.find("\nrendered "), std::string::npos) << outcome.errors;

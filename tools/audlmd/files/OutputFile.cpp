@@ -1,20 +1,27 @@
 #include "tools/audlmd/files/OutputFile.hpp"
 
 #include "host/cache/StatedLayout.hpp"
+#include "host/words/Text.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/files/ChannelMap.hpp"
 #include "tools/audlmd/files/SampleLayouts.hpp"
 
+#include <algorithm>
 #include <cerrno>
+#include <cstddef>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace audlmd::command {
 namespace {
 
 /// A WAV with more bytes of samples is written as RF64: the lengths in a WAV header have 32 bits.
 constexpr std::uint64_t largestWavData = 0xFFFF0000;
+
+/// Of a coding history, in bytes: libsndfile adds a line.
+constexpr std::size_t mostHistory = 16 * 1024 - 256;
 
 /// Longer than any header.
 constexpr std::int64_t pretendedBytes = std::int64_t{1} << 20;
@@ -98,21 +105,29 @@ void OutputFile::writeStreamedHeader() {
     output_->write(header);
 }
 
-/// The time reference stands in a chunk of the Broadcast Wave Format (EBU Tech 3285). Date and time of
-/// writing stay empty, as does the chunk of peaks, which holds them: with them, equal renders would differ.
+/// The chunk of peaks holds the time of writing: with it, equal renders would differ.
 void OutputFile::describe(SNDFILE* file) {
     sf_command(file, SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
     const int type = type_ & SF_FORMAT_TYPEMASK;
     isLayoutStated_ = stateLayout(file, type, layout_.speakers);
-    if (layout_.timeReference <= 0 ||
-        (type != SF_FORMAT_WAV && type != SF_FORMAT_WAVEX && type != SF_FORMAT_RF64))
-        return;
-    SF_BROADCAST_INFO broadcast{};
+    writeTags(file, type, layout_.metadata);
+    if (isRiff(type) && (layout_.timeReference > 0 || layout_.metadata.broadcast))
+        setBroadcast(file);
+}
+
+/// A chunk of the Broadcast Wave Format (EBU Tech 3285). Where it is a new one, date and time of writing stay
+/// empty: with them, equal renders would differ.
+void OutputFile::setBroadcast(SNDFILE* file) const {
+    Metadata::Broadcast broadcast{};
+    broadcast.version = 1;
+    if (layout_.metadata.broadcast)
+        broadcast = *layout_.metadata.broadcast;
     const auto reference = static_cast<std::uint64_t>(layout_.timeReference);
     broadcast.time_reference_low = static_cast<std::uint32_t>(reference);
     broadcast.time_reference_high = static_cast<std::uint32_t>(reference >> 32);
-    broadcast.version = 1;
-    if (sf_command(file, SFC_SET_BROADCAST_INFO, &broadcast, sizeof broadcast) != SF_TRUE)
+    const auto bytes = static_cast<int>(offsetof(Metadata::Broadcast, coding_history) +
+                                        std::min<std::size_t>(broadcast.coding_history_size, mostHistory));
+    if (sf_command(file, SFC_SET_BROADCAST_INFO, &broadcast, bytes) != SF_TRUE)
         fail(sf_strerror(file));
 }
 
@@ -154,6 +169,7 @@ void OutputFile::commit() {
     // Closing still writes.
     file_.reset();
     requireNoError();
+    missing_ = missingIn({}, layout_.metadata);
     if (!target_.isStream && target_.kind != &rawFileKind()) {
         requireHeader();
         requireLastFrame();
@@ -161,8 +177,14 @@ void OutputFile::commit() {
     output_->commit();
 }
 
-std::string OutputFile::layoutNote() const {
-    return command::layoutNote(target_.path.string(), layout_.speakers, isLayoutStated_);
+std::vector<std::string> OutputFile::notes() const {
+    std::vector<std::string> notes;
+    if (std::string note = layoutNote(target_.path.string(), layout_.speakers, isLayoutStated_);
+        !note.empty())
+        notes.push_back(std::move(note));
+    if (!missing_.empty())
+        notes.push_back("note: " + words::quoted(target_.path.string()) + " does not keep " + missing_);
+    return notes;
 }
 
 void OutputFile::requireNoError() const {
@@ -187,7 +209,7 @@ void OutputFile::requireHeader() const {
         fail("its header does not read back as it was written");
 }
 
-void OutputFile::requireLastFrame() const {
+void OutputFile::requireLastFrame() {
     CheckedDescriptor content(output_->descriptor());
     SF_INFO info{};
     const SoundFileHandle file(content.open(SFM_READ, info));
@@ -195,6 +217,7 @@ void OutputFile::requireLastFrame() const {
     if (file == nullptr || sf_seek(file.get(), layout_.frames - 1, SEEK_SET) != layout_.frames - 1 ||
         sf_readf_float(file.get(), lastFrame.data(), 1) != 1 || content.error() != 0)
         fail("its last frame does not read back");
+    missing_ = missingIn(metadataOf(file.get()), layout_.metadata);
 }
 
 void OutputFile::fail(const std::string& why) const {

@@ -3,6 +3,7 @@
 #include "host/cache/ChannelLayout.hpp"
 #include "tools/audlmd/files/CheckedDescriptor.hpp"
 #include "tools/audlmd/files/FileKind.hpp"
+#include "tools/audlmd/files/Metadata.hpp"
 #include "tools/audlmd/files/OpenOutput.hpp"
 
 #include <sndfile.h>
@@ -36,6 +37,8 @@ struct OutputLayout {
     std::int64_t timeReference = 0;
     /// What the channels are. Empty, or unknown: the file does not say it.
     ChannelLayout speakers = {};
+    /// The time reference of its broadcast extension is that above.
+    Metadata metadata = {};
 
     std::size_t frameBytes() const { return static_cast<std::size_t>(channels) * outputFormat(format).bytes; }
     std::uint64_t dataBytes() const { return static_cast<std::uint64_t>(frames) * frameBytes(); }
@@ -67,8 +70,8 @@ public:
     /// says what the layout says, and the last frame can be read. Call this once, after layout.frames frames.
     void commit();
 
-    /// See command::layoutNote().
-    std::string layoutNote() const;
+    /// What the file does not keep of what the layout says, in lines for the user. After commit().
+    std::vector<std::string> notes() const;
 
 private:
     /// What libsndfile is to write.
@@ -80,9 +83,12 @@ private:
     void writeStreamedHeader();
     /// What stands in a header beside format and length.
     void describe(SNDFILE* file);
+    /// Lets libsndfile write the broadcast extension.
+    void setBroadcast(SNDFILE* file) const;
     void requireNoError() const;
     void requireHeader() const;
-    void requireLastFrame() const;
+    /// Also finds out what metadata are missing.
+    void requireLastFrame();
     /// Lets libsndfile change the byte order. Returns whether all frames were written.
     bool writeConverted(const std::byte* interleaved, std::size_t frames);
     [[noreturn]] void fail(const std::string& why) const;
@@ -93,6 +99,8 @@ private:
     int type_ = 0;
     /// Whether the file says what its channels are.
     bool isLayoutStated_ = false;
+    /// See missingIn().
+    std::string missing_;
     std::optional<OpenOutput> output_;
     /// Of a regular file.
     std::optional<CheckedDescriptor> checked_;

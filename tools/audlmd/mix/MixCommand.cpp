@@ -223,7 +223,7 @@ private:
             progress.update(done);
         });
         output.commit();
-        if (const std::string note = output.layoutNote(); !note.empty())
+        for (const std::string& note : output.notes())
             std::fprintf(report(), "%s\n", note.c_str());
         return progress.elapsed();
     }

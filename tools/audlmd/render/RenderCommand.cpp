@@ -1,4 +1,5 @@
 #include "host/cache/MaterialCache.hpp"
+#include "host/cache/SoundFile.hpp"
 #include "host/services/Identities.hpp"
 #include "host/words/Text.hpp"
 #include "tools/audlmd/CommandError.hpp"
@@ -15,6 +16,7 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
@@ -99,6 +101,22 @@ private:
         layout_.channels = static_cast<int>(channels_.size());
         layout_.sampleRate = input.sampleRate;
         layout_.speakers = layoutOf(input);
+        if (!options_.noMetadata)
+            keepMetadata(input.sampleRate, settings.from);
+    }
+
+    /// The time reference moves with the start of the range, which counts frames of the output's rate.
+    void keepMetadata(int sampleRate, MaterialSample from) {
+        const SoundFile file(file_);
+        layout_.metadata = readMetadata(file_);
+        if (!layout_.metadata.broadcast)
+            return;
+        // Of a damaged file any number.
+        const double reference = static_cast<double>(file.timeReference()) * sampleRate / file.sampleRate();
+        const bool isExact = file.sampleRate() == sampleRate;
+        layout_.timeReference =
+            from.number() + (isExact ? std::clamp<std::int64_t>(file.timeReference(), 0, farthestPosition)
+                                     : std::llround(std::clamp(reference, 0.0, 0x1p60)));
     }
 
     StripPlayer& player() const { return channels_.front()->player(); }
@@ -158,7 +176,8 @@ private:
             summary.seconds = write(chunks, output);
             tellOverload(chunks);
         }
-        tell(output.layoutNote());
+        for (const std::string& note : output.notes())
+            tell(note);
         for (const Cookie& cookie : cookies_) {
             const MaterialStatistics statistics = cache_->statistics(cookie);
             summary.underrunSamples += statistics.underrunSamples;

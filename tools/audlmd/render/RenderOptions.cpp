@@ -76,6 +76,8 @@ void RenderOptions::declare(CLI::App& render) {
                     "Add to the samples of this file, which is only read, and write the sum to OUTPUT")
         ->option_text("EXISTING")
         ->group("Output");
+    render.add_flag("--no-metadata", noMetadata, "Leave out the input's tags, bext and iXML")
+        ->group("Output");
     render.add_flag("--explain", explain, "Print mode code, fields, chain, output type and record")
         ->group("Output");
     strip.declareRange(render);

@@ -20,6 +20,7 @@ struct RenderOptions : OutputOptions {
     std::optional<std::filesystem::path> mixInto;
     StripOptions strip;
     bool explain = false;
+    bool noMetadata = false;
 
     /// Declares all options with their help. This object must outlive the app.
     void declare(CLI::App& render);

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <sndfile.h>
+
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+
+namespace audlmd::command {
+
+/// What a sound file says beside its samples.
+struct Metadata {
+    /// A broadcast extension (EBU Tech 3285) with as long a coding history as libsndfile takes.
+    using Broadcast = SF_BROADCAST_INFO_VAR(16 * 1024);
+
+    /// Title, artist and so on, by libsndfile's numbers, SF_STR_TITLE to SF_STR_GENRE.
+    std::map<int, std::string> tags;
+    /// Of WAV and RF64 files. Its time reference counts frames of the file.
+    std::optional<Broadcast> broadcast;
+    /// An iXML chunk of a WAV or RF64 file. Empty: none.
+    std::string ixml;
+    /// The identifiers of chunks with something else in them than samples and the above.
+    std::set<std::string> others;
+};
+
+/// Nothing of a file that cannot be read.
+Metadata readMetadata(const std::filesystem::path& path);
+/// Of a file that is open for reading.
+Metadata metadataOf(SNDFILE* file);
+
+/// Has a file of libsndfile's type `type`, which is open for writing, keep the tags that its kind knows, and
+/// the iXML chunk. Before the first sample. The metadata must outlive the file.
+void writeTags(SNDFILE* file, int type, const Metadata& metadata);
+
+/// Whether files of libsndfile's type are RIFF files, which have broadcast extensions and iXML chunks.
+bool isRiff(int type);
+
+/// What stands in one file and not in the other, in words: "album, genre, cue". Empty: nothing.
+std::string missingIn(const Metadata& found, const Metadata& wanted);
+
+} // namespace audlmd::command
