@@ -221,6 +221,16 @@ TEST_F(Files, SayWhatTheirChannelsAreWhereTheyCan) {
     }
     output("render six.wav -o c.wav --channels 6");
     EXPECT_EQ(layoutOf("c.wav"), unknownLayout(6));
+    // A FLAC has no place for other speakers than the usual ones: that is a note.
+    {
+        SndfileHandle file(in("odd.wav").string(), SFM_WRITE, SF_FORMAT_WAVEX | SF_FORMAT_PCM_16, 3, 48000);
+        std::vector<int> map = mapOf({Speaker::left, Speaker::right, Speaker::lowFrequency});
+        file.command(SFC_SET_CHANNEL_MAP_INFO, map.data(), 12);
+        const std::vector<short> samples(30);
+        file.writef(samples.data(), 10);
+    }
+    EXPECT_TRUE(output("render odd.wav -o odd.flac --format s16")
+                    .starts_with("note: 'odd.flac' does not say that its channels are L R LFE\n"));
     const std::string plain = readBytes(in("a.wav"));
     output("render a.wav -o d.wav --channels stereo");
     EXPECT_EQ(readBytes(in("d.wav")).substr(0, 44), plain.substr(0, 44));

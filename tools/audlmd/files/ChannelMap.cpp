@@ -21,6 +21,14 @@ bool isUsual(const ChannelLayout& layout) {
     return areAlike(layout, usualLayout(layout.size()));
 }
 
+/// Whether only the order can be another one than the usual.
+bool hasUsualSpeakers(ChannelLayout layout) {
+    ChannelLayout usual = usualLayout(layout.size());
+    std::ranges::sort(layout);
+    std::ranges::sort(usual);
+    return areAlike(layout, usual);
+}
+
 /// CAF and AIFF files know one pair of surrounds, which libsndfile calls the rear ones.
 ChannelLayout withRearSurrounds(ChannelLayout layout) {
     if (std::ranges::find(layout, Speaker::rearLeft) == layout.end()) {
@@ -38,7 +46,7 @@ int typeFor(int type, const ChannelLayout& layout) {
 
 std::string whyLayoutDoesNotFit(int type, const ChannelLayout& layout) {
     const int kind = type & SF_FORMAT_TYPEMASK;
-    if (!needsSaying(layout) || (kind == SF_FORMAT_FLAC && isUsual(layout)) ||
+    if (!needsSaying(layout) || (kind == SF_FORMAT_FLAC && (isUsual(layout) || !hasUsualSpeakers(layout))) ||
         (kind == SF_FORMAT_RF64 && isInOrderOfMask(layout)) ||
         (kind != SF_FORMAT_FLAC && kind != SF_FORMAT_RF64))
         return "";
@@ -50,7 +58,7 @@ std::string whyLayoutDoesNotFit(int type, const ChannelLayout& layout) {
 bool stateLayout(SNDFILE* file, int type, const ChannelLayout& layout) {
     const int kind = type & SF_FORMAT_TYPEMASK;
     if (!needsSaying(layout) || kind == SF_FORMAT_FLAC)
-        return needsSaying(layout);
+        return needsSaying(layout) && isUsual(layout);
     const bool isApple = kind == SF_FORMAT_CAF || kind == SF_FORMAT_AIFF;
     if (!isApple && kind != SF_FORMAT_WAVEX && kind != SF_FORMAT_RF64)
         return false;

@@ -16,7 +16,8 @@ namespace audlmd::command {
 /// they are.
 int typeFor(int type, const ChannelLayout& layout);
 
-/// Why a file of libsndfile's type would say something wrong of the channels. Empty: it would not.
+/// Why a file of libsndfile's type would say something wrong of the channels, which another order mends.
+/// Empty: it would not.
 std::string whyLayoutDoesNotFit(int type, const ChannelLayout& layout);
 
 /// Has a file that is open for writing say what its channels are. Returns whether it does, once it is
