@@ -85,12 +85,11 @@ std::optional<double> framesTimecodeSeconds(std::string_view text) {
     const std::size_t last = code.find_last_of(":;");
     if (!rate || last == std::string_view::npos)
         return std::nullopt;
-    const std::optional<std::int64_t> frame = plainWhole(code.substr(last + 1));
     const std::string_view clock = code.substr(0, last);
-    const std::optional<double> seconds =
-        std::ranges::count(clock, ':') == 2 && clock.find('.') == std::string_view::npos
-            ? timecodeSeconds(clock)
-            : std::nullopt;
+    if (std::ranges::count(clock, ':') != 2 || clock.find('.') != std::string_view::npos)
+        return std::nullopt;
+    const std::optional<std::int64_t> frame = plainWhole(code.substr(last + 1));
+    const std::optional<double> seconds = timecodeSeconds(clock);
     if (!frame || *frame >= rate->nominal || !seconds || !(*seconds < 1e9))
         return std::nullopt;
     const auto whole = static_cast<std::int64_t>(*seconds);

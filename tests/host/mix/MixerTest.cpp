@@ -215,6 +215,7 @@ TEST(Mixer, RefusesTimelinesThatCannotBePlayed) {
     EXPECT_THAT(refusal(strip), HasSubstr("the gain"));
     strip.silence = "not played, whatever its settings are";
     EXPECT_EQ(refusal(strip), "");
+    EXPECT_NO_THROW(Mixer(timelineOf({}), TestMedia().opener(), {.openAhead = 0.0}));
     for (const auto& row : {std::pair{MixerOptions{.block = 0}, "a block of 0 samples"},
                             {MixerOptions{.block = 65537}, "a block of 65537 samples"},
                             {MixerOptions{.openAhead = 3601.0}, "0 to 3600 seconds ahead"}})

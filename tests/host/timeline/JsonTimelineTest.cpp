@@ -34,7 +34,7 @@ TEST(JsonTimeline, FillsInWhatIsLeftOut) {
     // Behind a mark of the byte order, which some editors write.
     const Timeline read = readTimeline("\xEF\xBB\xBF"
                                        R"( {"audlmd": 1, "name": NaN, "tracks": [{"strips": [
-        {"media": "x.wav", "at": "15e-1s", "speed": 2, "skip": 1000, "fadeIn": {"length": "0.25s"}},
+        {"media": "x.wav", "at": "15e-1s", "speed": 2, "skip": 1000, "fadeIn": {"length": "0.25s"}, "fadeOut": {}},
         {"media": "s3://x.wav", "speed": 0.0005, "length": 5}]}]})",
                                        how);
     EXPECT_EQ(read.name, "NaN");
@@ -45,6 +45,7 @@ TEST(JsonTimeline, FillsInWhatIsLeftOut) {
     EXPECT_EQ(strip.length, 23'000);
     EXPECT_EQ(strip.settings.converter, Converter::filtering);
     EXPECT_EQ(strip.settings.fade.fadeInSamples, 12'000U);
+    EXPECT_EQ(strip.settings.fade.fadeOutSamples, 0U);
     EXPECT_EQ(read.length, 95'000);
     EXPECT_EQ(read.tracks.at(0).strips.at(1).media, "s3://x.wav");
     // Slower than the filtering converter plays.

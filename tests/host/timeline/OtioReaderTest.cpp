@@ -54,10 +54,10 @@ TEST(OtioReader, RoundsTheExactSumOfDurationsOnce) {
 }
 
 TEST(OtioReader, CountsTheRangeFromWhereTheMediumBegins) {
-    const auto file = [](const Json& available) {
-        return Json{{"OTIO_SCHEMA", "ExternalReference.1"},
-                    {"target_url", "file:///b%20c.wav"},
-                    {"available_range", available}};
+    std::string url = "file:///b%20c.wav";
+    const auto file = [&url](const Json& available) {
+        return Json{
+            {"OTIO_SCHEMA", "ExternalReference.1"}, {"target_url", url}, {"available_range", available}};
     };
     const auto of = [&](const Json& shown, const Json& available) {
         ReadOptions how = options();
@@ -73,6 +73,8 @@ TEST(OtioReader, CountsTheRangeFromWhereTheMediumBegins) {
     EXPECT_EQ(of(Json(), Json()).length, 480'000);
     EXPECT_EQ(of(range(35, 5), Json()).settings.from, 10 * frame);
     EXPECT_EQ(of(Json(), Json()).media, "/b c.wav");
+    url = "file:///C:/b%4";
+    EXPECT_EQ(of(Json(), Json()).media, "C:/b%4");
     // Empty time first.
     EXPECT_EQ(of(range(-10, 25), range(0, 50)).settings.from, -10 * frame);
     // The file's own timecode begins at one second: what lies before its end counts from 0 where nothing of

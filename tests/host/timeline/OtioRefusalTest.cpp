@@ -67,7 +67,11 @@ TEST(OtioRefusal, IsOneLineThatNamesTrackAndClip) {
              {{clip("x", 0, 5, own({{"equaliser", {{{"frequency", 24000}}}}}))}, "equaliser: "},
              {{clip("x", 0, 5, own({{"routing", {{1}}}}))}, "must have 2 rows"},
              {{clip("x", 0, 5, own({{"gain", 50}, {"level", 10.1}}))}, "\"level\""},
-             {{clip("x", 0, 5, own({{"automation", {{1, 0}, {0, 0}}}}))}, "in order of time"}}) {
+             {{clip("x", 0, 5, own({{"automation", {{1, 0}, {0, 0}}}}))}, "in order of time"},
+             {{clip("x", 0, 5, own({{"automation", Json::array({Json::array({1})})}}))},
+              "a list of [seconds, decibels]"},
+             {{clip("x", 0, 5, own({{"automation", Json::array({Json::array({"1", 2})})}}))},
+              "a list of [seconds, decibels]"}}) {
         const std::string line = failureOf(c.children);
         const std::string place =
             c.isRefused ? "track 'A1', clip 'x': " : "played without track 'A1', clip 'x': ";

@@ -78,6 +78,22 @@ TEST(OtioSound, FollowsKeyFramesFromTheStartOfTheClip) {
     EXPECT_NEAR(decibelsAt(mirrored, 28 * frame), -10.0, 0.1);
 }
 
+TEST(OtioSound, FitsFadesThatRoundingMakesTooLongAndNotesWhatATransitionReplaces) {
+    const auto faded = [](double in, double out) {
+        return Json{{"metadata", {{"audlmd", {{"fadeIn", in}, {"fadeOut", out}}}}}};
+    };
+    // 960.5 samples each, of a clip of 1920.
+    const double half = 960.5 / 48'000.0;
+    Timeline read = readOtio(timeline({track({clip("a", 0, 1, faded(half, half))})}), options());
+    EXPECT_EQ(read.tracks[0].strips.at(0).settings.fade.fadeInSamples, 961U);
+    EXPECT_EQ(read.tracks[0].strips.at(0).settings.fade.fadeOutSamples, 959U);
+    EXPECT_TRUE(read.notes.empty());
+    read =
+        readOtio(timeline({track({gap(9), transition(1, 0), clip("a", 50, 20, faded(half, 0))})}), options());
+    ASSERT_EQ(read.notes.size(), 1U);
+    EXPECT_EQ(read.notes[0].text, "a transition takes the place of the clip's own fade");
+}
+
 TEST(OtioSound, ReadsOurOwnBlock) {
     const Json block = Json::parse(R"({"gain": -2, "level": 1.5, "fadeIn": 0.5, "fadeOut": 0.25,
         "fadeInCurve": "log", "converter": "linear", "automation": [[0, 0], [0.5, "-inf"]],
