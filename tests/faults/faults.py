@@ -238,8 +238,8 @@ def few_descriptors():
 def surroundings():
     yield from full_disks()
     for words, how, status in [
-            ("render a.wav -o -", "| true", 5), ("render a.wav -o -", "> /dev/full", 5), ("render a.wav -o out.wav", "> /dev/full", 1),
-            ("render a.wav -o out.wav", "<&- >&- 2>&-", 1), ("mix t.json -o out.wav", "<&- >&-", 1),
+            ("render a.wav -o -", "| true", 5), ("render a.wav -o -", "> /dev/full", 5), ("render a.wav -o out.wav", "> /dev/full", 5),
+            ("render a.wav -o out.wav", "<&- >&- 2>&-", 5), ("mix t.json -o out.wav", "<&- >&-", 5),
             ("mix t.json -o out.wav", "2>&-", 0), ("--help", "> /dev/full", 5)]:
         yield functools.partial(redirected, words, how, status)
     yield from [two_writers] * 10 + [few_descriptors]

@@ -82,8 +82,8 @@ TEST(OtioSound, FitsFadesThatRoundingMakesTooLongAndNotesWhatATransitionReplaces
     const auto faded = [](double in, double out) {
         return Json{{"metadata", {{"audlmd", {{"fadeIn", in}, {"fadeOut", out}}}}}};
     };
-    // 960.5 samples each, of a clip of 1920.
-    const double half = 960.5 / 48'000.0;
+    // 960.6 samples each, of a clip of 1920.
+    const double half = 960.6 / 48'000.0;
     Timeline read = readOtio(timeline({track({clip("a", 0, 1, faded(half, half))})}), options());
     EXPECT_EQ(read.tracks[0].strips.at(0).settings.fade.fadeInSamples, 961U);
     EXPECT_EQ(read.tracks[0].strips.at(0).settings.fade.fadeOutSamples, 959U);
