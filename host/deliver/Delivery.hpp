@@ -9,9 +9,8 @@ namespace audlmd {
 /// How samples become what a format holds.
 enum class Rounding {
     /// To the nearest step of an integer format. A step is as wide as readers of sound files take it for:
-    /// 1/128
-    /// of full scale in 8 bits, signed or not, up to 2^-31 in 32 bits. So samples that were read from a file
-    /// of the format are stored as they were. Floats stay as they are, and are not clipped.
+    /// 1/128 of full scale in 8 bits, signed or not, up to 2^-31 in 32 bits. So samples that were read from a
+    /// file of the format are stored as they were. Floats stay as they are, and are not clipped.
     nearest,
     /// The same, behind the noise of TriangularNoise: what would be distortion becomes noise that does not
     /// change with the signal.
