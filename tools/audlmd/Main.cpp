@@ -51,6 +51,7 @@ int run(int argc, char** argv) {
     audlmd::command::addModesCommand(app);
     audlmd::command::addPlotCommand(app);
     audlmd::command::addMixCommand(app);
+    audlmd::command::addJoinCommand(app);
     audlmd::command::addPlayCommand(app);
     try {
         app.parse(argc, argv);

@@ -22,6 +22,9 @@ void addPlotCommand(CLI::App& app);
 /// `mix`: mixes a timeline into a sound file, or lists what sounds when in it.
 void addMixCommand(CLI::App& app);
 
+/// `join`: puts sound files one behind the other.
+void addJoinCommand(CLI::App& app);
+
 /// `play`: plays a sound file or a timeline on a sound device.
 void addPlayCommand(CLI::App& app);
 
