@@ -11,6 +11,9 @@ namespace {
 using Coefficients = Aud::Filter::Biquad::Coefficients;
 
 /// Throws std::invalid_argument with the words joined to one sentence; numbers have six digits there.
+/// In hertz. Far beyond any sound, and far below where the angle of a band would overflow.
+constexpr double highestDesignRate = 1e9;
+
 template <class... Words>
 [[noreturn]] void refuse(const Words&... words) {
     std::ostringstream sentence;
@@ -20,8 +23,9 @@ template <class... Words>
 
 /// The comparisons are written so that a NaN fails them.
 void validate(const EqualiserBand& band, double sampleRate) {
-    if (!(std::isfinite(sampleRate) && sampleRate > 0.0))
-        refuse("an equaliser needs a sample rate above 0 Hz, not ", sampleRate);
+    if (!(sampleRate > 0.0 && sampleRate <= highestDesignRate))
+        refuse("an equaliser needs a sample rate above 0 and up to ", highestDesignRate, " Hz, not ",
+               sampleRate);
     if (!(band.frequency > 0.0 && band.frequency < sampleRate / 2.0))
         refuse("the frequency of an equaliser band must be above 0 and below ", sampleRate / 2.0,
                " Hz, half the sample rate, not ", band.frequency);

@@ -35,7 +35,7 @@ inline constexpr std::size_t equaliserBandCount = 5;
 /// The section of one band, after R. Bristow-Johnson, "Cookbook formulae for audio equalizer biquad filter
 /// coefficients": the bilinear transform of an analogue prototype, with the frequency prewarped.
 ///
-/// Throws std::invalid_argument unless the sample rate (in hertz) is finite and positive, the frequency above
+/// Throws std::invalid_argument unless the sample rate is above 0 and up to 1e9 Hz, the frequency above
 /// 0 and below half the sample rate, and gain and Q within their limits. Trap: close to half the sample rate
 /// the transform squeezes the curve, so a band there is narrower than its Q says.
 Aud::Filter::Biquad::Coefficients sectionOf(const EqualiserBand& band, double sampleRate);

@@ -101,6 +101,7 @@ TEST(StripPlan, RefusesWhatCannotBePlayed) {
         {[](auto& s) { s.outerLevel = 1.0F, s.automation = automation; }, "same place"},
         {[](auto& s) { s.equaliser.resize(6); }, "at most 5 bands"},
         {[](auto& s) { s.equaliser.resize(1), s.sampleRate = 2000.0; }, "half the sample rate"},
+        {[](auto& s) { s.equaliser.resize(1), s.sampleRate = 1e300; }, "up to 1e+09 Hz, not 1e+300"},
         {[](auto& s) { s.equaliser.resize(1), s.equaliser[0].gainDb = -120.5; },
          "-120 to 120 dB, not -120.5"},
         {[](auto& s) { s.equaliser.resize(1), s.equaliser[0].q = 5e-324; }, "from 1e-06 to 1e+06, not"},
