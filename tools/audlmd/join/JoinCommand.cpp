@@ -21,8 +21,6 @@
 namespace audlmd::command {
 namespace {
 
-constexpr std::size_t mostBlock = 65536;
-
 constexpr const char* joinHelp =
     R"(The files follow each other without a gap, each at its full level. With --crossfade each overlaps the one before by
 that time, and the two fade into each other: by constant power, or as --crossfade 20ms:linear says.
@@ -53,7 +51,7 @@ struct JoinOptions : OutputOptions {
 void JoinOptions::declare(CLI::App& join) {
     join.add_option("INPUT", inputs, "Sound files, in their order")->required()->expected(2, 1 << 20);
     declareOutput(join, "The file to write",
-                  {.rate = "the first input's", .channels = "the most of any input"}, mostBlock);
+                  {.rate = "the first input's", .channels = "the most of any input"}, mostMixBlock);
     addParsed(join, "--crossfade", crossfade, &parseCrossfade,
               "Overlap the files by this time, and fade between them")
         ->option_text("TIME[:CURVE]")

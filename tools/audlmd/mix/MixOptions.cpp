@@ -12,9 +12,6 @@ namespace {
 
 constexpr std::int64_t mostSlices = 1'000'000;
 
-/// As of MixerOptions.
-constexpr std::size_t mostBlock = 65536;
-
 constexpr const char* mixHelp =
     R"(TIMELINES are OpenTimelineIO JSON (.otio), or the short JSON of our own that --list --as json writes.
 --list shows what sounds when. Notes, in the list and after every mix, say what is not played as it was
@@ -87,7 +84,7 @@ Slice parseSlice(std::string_view text, std::string_view option) {
 void MixOptions::declare(CLI::App& mix) {
     mix.add_option("TIMELINE", timeline, "OpenTimelineIO JSON, or JSON of our own")->required();
     declareOutput(mix, "The file to write",
-                  {.rate = "the timeline's, else 48000", .channels = "the timeline's, else 2"}, mostBlock);
+                  {.rate = "the timeline's, else 48000", .channels = "the timeline's, else 2"}, mostMixBlock);
     declarePart(mix, *this);
     mix.add_option("--media", media, "Look for missing media below this folder; may be repeated")
         ->option_text("DIR")

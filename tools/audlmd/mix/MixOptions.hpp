@@ -16,6 +16,9 @@
 
 namespace audlmd::command {
 
+/// As of MixerOptions.
+inline constexpr std::size_t mostMixBlock = 65536;
+
 /// One of several parts of equal length, to within a sample.
 struct Slice {
     /// From 1 to `count`.
