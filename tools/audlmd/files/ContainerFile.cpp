@@ -46,7 +46,7 @@ void ContainerFile::read(FormatId as, std::byte* interleaved, std::size_t frames
 }
 
 void ContainerFile::fail(const std::string& why) const {
-    throw CommandError("'" + path_.string() + "': " + why);
+    throw CommandError("'" + path_.string() + "': " + why, ExitStatus::input);
 }
 
 } // namespace audlmd::command

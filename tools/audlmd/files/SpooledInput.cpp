@@ -29,16 +29,19 @@ std::string nameOf(const std::filesystem::path& input) {
     return input == "-" ? "standard input" : "'" + input.string() + "'";
 }
 
+[[noreturn]] void failToKeep(int error) {
+    throw CommandError("cannot keep what is read in '" + std::filesystem::temp_directory_path().string() +
+                           "': " + std::generic_category().message(error) + "; TMPDIR names another folder",
+                       ExitStatus::failed);
+}
+
 /// A file that nobody else finds, and that is gone with the process.
 int makeNamelessFile() {
-    const std::filesystem::path folder = std::filesystem::temp_directory_path();
-    std::string name = (folder / ".audlmd-XXXXXX").string();
+    std::string name = (std::filesystem::temp_directory_path() / ".audlmd-XXXXXX").string();
     const EndingSignalsBlocked blocked;
     const int descriptor = mkostemp(name.data(), O_CLOEXEC);
     if (descriptor < 0 || unlink(name.c_str()) != 0)
-        throw CommandError("cannot keep what is read in '" + folder.string() + "': " +
-                               std::generic_category().message(errno) + "; TMPDIR names another folder",
-                           ExitStatus::failed);
+        failToKeep(errno);
     return descriptor;
 }
 
@@ -46,10 +49,7 @@ void writeAll(int descriptor, std::span<const std::byte> bytes) {
     while (!bytes.empty()) {
         const ssize_t count = write(descriptor, bytes.data(), bytes.size());
         if (count < 0 && errno != EINTR)
-            throw CommandError(
-                "cannot keep what is read in '" + std::filesystem::temp_directory_path().string() +
-                    "': " + std::generic_category().message(errno) + "; TMPDIR names another folder",
-                ExitStatus::failed);
+            failToKeep(errno);
         bytes = bytes.subspan(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
     }
 }
@@ -111,8 +111,7 @@ void spoolRaw(const std::filesystem::path& input, const RawLayout& raw, int spoo
     });
     file.reset();
     if (!written || checked.error() != 0)
-        throw CommandError("cannot keep what is read: " + std::generic_category().message(checked.error()),
-                           ExitStatus::failed);
+        failToKeep(checked.error());
     if (bytesRead % frameBytes != 0)
         throw CommandError(nameOf(input) + ": its " + std::to_string(bytesRead) +
                                " bytes are not a whole number of frames of " + std::to_string(frameBytes) +
@@ -153,8 +152,7 @@ void stateLengths(int descriptor, const std::filesystem::path& input) {
         const std::array lengths{static_cast<std::uint32_t>(status.st_size - 8),
                                  static_cast<std::uint32_t>(left)};
         if (pwrite(descriptor, lengths.data(), 4, 4) != 4 || pwrite(descriptor, &lengths[1], 4, at + 4) != 4)
-            throw CommandError("cannot keep what is read: " + std::generic_category().message(errno),
-                               ExitStatus::failed);
+            failToKeep(errno);
         return;
     }
 }
