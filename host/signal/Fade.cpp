@@ -127,9 +127,22 @@ FadeEnvelope::Placement FadeEnvelope::at(RangeSample sample) const {
     // envelope had run on from the aligned sample before.
     const RangeSample aligned = alignedDown(sample);
     const Pieces pieces = piecesAt(aligned);
-    Placement placement{parametersOf(aligned, pieces), placementEnd(aligned, pieces)};
-    placement.parameters.elapsed = static_cast<std::uint32_t>(sample - aligned);
+    Placement placement{parametersOf(sample, pieces), placementEnd(aligned, pieces)};
+    placement.parameters.startUValue = arrivedAt(sample, aligned, pieces);
     return placement;
+}
+
+/// Adds step by step, as the renderer does. `elapsed` would multiply instead, which is the same on the grid
+/// but rounds otherwise below silence, where a fade-out has ended between aligned samples.
+float FadeEnvelope::arrivedAt(RangeSample sample, RangeSample aligned, const Pieces& pieces) const {
+    float uValue = asUValue(aligned >= fadeOutBegin_ ? pieces.fadeOut.value : pieces.fadeIn.value);
+    for (RangeSample at = aligned; at != sample; at += 1) {
+        if (at < fadeInEnd_)
+            uValue += asUValue(pieces.fadeIn.slope);
+        else if (at >= fadeOutBegin_)
+            uValue += asUValue(pieces.fadeOut.slope);
+    }
+    return uValue;
 }
 
 /// Asks for each fade only inside its own samples, because a ramp has no pieces outside of its length.
@@ -159,11 +172,11 @@ RangeSample FadeEnvelope::placementEnd(RangeSample sample, const Pieces& pieces)
 }
 
 /// Writes the pieces as the renderer counts: a ramp from its own sample on, the hold after the ramp. The
-/// lengths are those of the whole fades; the placement ends where a slope changes.
+/// lengths are those of the whole fades; the placement ends where a slope changes. Leaves the u-value to
+/// at().
 Aud::Render::EnvelopeParameters FadeEnvelope::parametersOf(RangeSample sample, const Pieces& pieces) const {
     const auto& [fadeIn, fadeOut] = pieces;
     Aud::Render::EnvelopeParameters parameters{};
-    parameters.startUValue = asUValue(sample >= fadeOutBegin_ ? fadeOut.value : fadeIn.value);
     parameters.levelUValue = 1.0F;
     const std::uint32_t rampLength = asLength(fadeInEnd_ - sample);
     const std::uint32_t holdLength = asLength(fadeOutBegin_ - std::max(sample, fadeInEnd_));

@@ -101,7 +101,8 @@ private:
 
     Pieces piecesAt(RangeSample alignedSample) const;
     RangeSample placementEnd(RangeSample alignedSample, const Pieces& pieces) const;
-    Aud::Render::EnvelopeParameters parametersOf(RangeSample alignedSample, const Pieces& pieces) const;
+    float arrivedAt(RangeSample sample, RangeSample alignedSample, const Pieces& pieces) const;
+    Aud::Render::EnvelopeParameters parametersOf(RangeSample sample, const Pieces& pieces) const;
     /// A piece of the ramp between two samples, which rises to full level or falls to silence.
     Piece pieceOf(RangeSpan fade, bool rising, RangeSample sample) const;
     /// Beyond the range a fade-out stays silent, and a range without a fade-out is never over.

@@ -75,6 +75,20 @@ TEST(StripPlayer, FollowsAFadeWhereTheResamplerEndsABlockOneSampleEarly) {
     EXPECT_EQ(inParts, whole);
 }
 
+// The resampler reads on behind the range, where the fade runs below silence up to the next whole block.
+TEST(StripPlayer, FollowsAFadeOutThatEndsInsideABlock) {
+    TestStrip strip(noise(700));
+    for (const std::uint64_t fadeOut : {1U, 3U, 42U, 117U}) {
+        StripSettings settings = strip.settings();
+        settings.to = 573;
+        settings.converter = Converter::filtering;
+        settings.speed = 3.2764681965746321;
+        settings.fade = {.fadeInSamples = 456, .fadeOutSamples = fadeOut};
+        for (const std::uint64_t block : {1U, 43U})
+            EXPECT_EQ(strip.render(settings, block), strip.render(settings)) << fadeOut << ' ' << block;
+    }
+}
+
 TEST(StripPlayer, FilteringIsAlignedFromItsFirstSampleToItsLast) {
     constexpr std::int64_t length = 20000;
     constexpr double radians = 0.02 * std::numbers::pi;
