@@ -4,6 +4,7 @@
 #include "host/mix/Media.hpp"
 #include "host/services/RenderFunctions.hpp"
 #include "host/signal/Unclipped.hpp"
+#include "tools/audlmd/JobLog.hpp"
 #include "tools/audlmd/files/FileKind.hpp"
 #include "tools/audlmd/files/SpooledInput.hpp"
 #include "tools/audlmd/options/ChannelOptions.hpp"
@@ -79,8 +80,8 @@ struct OutputOptions : RenderingOptions {
     bool truncate = false;
     /// Samples per render call.
     std::size_t block = 4096;
-    /// Whether only what is not as it was asked is told.
-    bool quiet = false;
+    /// How the job tells what it does.
+    JobStyle style;
     /// The most threads that render. 0: as many as there are processors.
     std::size_t threads = 0;
 
