@@ -3,6 +3,7 @@
 #include "host/words/Numbers.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/files/Outputs.hpp"
+#include "tools/audlmd/mix/TimelineInput.hpp"
 #include "tools/audlmd/options/ParsedOption.hpp"
 
 #include <algorithm>
@@ -85,6 +86,8 @@ void MixOptions::declare(CLI::App& mix) {
     mix.add_option("TIMELINE", timeline, "OpenTimelineIO JSON, or JSON of our own")->required();
     declareOutput(mix, "The file to write",
                   {.rate = "the timeline's, else 48000", .channels = "the timeline's, else 2"}, mostMixBlock);
+    mix.add_flag("--no-metadata", noMetadata, "Leave out the timeline's name, time reference and markers")
+        ->group("Output");
     declarePart(mix, *this);
     mix.add_option("--media", media, "Look for missing media below this folder; may be repeated")
         ->option_text("DIR")
@@ -114,8 +117,10 @@ std::pair<TimelineSpan, std::string> MixOptions::spanOf(const Timeline& timeline
     TimelineSample end = TimelineSample() + timelineToMix.length;
     if (untilLastSound)
         end = std::min(endOfSound(timelineToMix), end);
-    const ResolvedRange part =
-        range.in({.name = "the timeline", .length = end.number(), .sampleRate = timelineToMix.sampleRate});
+    const ResolvedRange part = range.in({.name = "the timeline",
+                                         .length = end.number(),
+                                         .sampleRate = timelineToMix.sampleRate,
+                                         .markers = markersOf(timelineToMix)});
     TimelineSpan span{.from = part.from, .to = part.to};
     if (slice) {
         // A part at a time, because the product of a length and a number may overflow.
