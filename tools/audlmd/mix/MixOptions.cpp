@@ -25,8 +25,12 @@ SILENCE where the timeline means sound, such as a clip whose medium is missing, 
 written, and the exit status is 4. With --strict nothing is written.
 
 TIMES of --from, --to and --duration are the output's: seconds (12.5 or 3s), milliseconds (250ms), samples
-(480000smp), a clock (1:02.5, 1:00:02.5) or timecode with its rate (1:00:00:12@25). --slice 2/4 mixes the second of four equal parts of that; the parts, joined, are
-the whole byte for byte.
+(480000smp), a clock (1:02.5, 1:00:02.5), timecode with its rate (1:00:00:12@25), or the name of a marker of the
+timeline. --slice 2/4 mixes the second of four equal parts of that; the samples of the parts, joined, are the
+whole byte for byte.
+
+METADATA of the output are the timeline's name as title, its time reference and its markers, as far as the kind
+of file has a place for them.
 
 CHANNELS Media with more channels than the timeline are folded down, and a note says so; so is the mix where
 --channels asks for fewer than the timeline itself says. --map takes channels of the mix.

@@ -43,7 +43,7 @@ std::int64_t samplesOf(const TimeValue& moment, const RangeOf& whole) {
 
 std::int64_t momentIn(const TimeValue& moment, const RangeOf& whole) {
     const std::int64_t samples = samplesOf(moment, whole);
-    if (samples > whole.length)
+    if (samples < 0 || samples > whole.length)
         throw CommandError(moment.option() + ": " + moment.text() + " is outside " + whole.name +
                            ", which is " + moment.inThisUnit(whole.length, whole.sampleRate) + " long");
     return moment.countsFromEnd() ? whole.length - samples : samples;
