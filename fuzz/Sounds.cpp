@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -51,16 +50,14 @@ void readThroughCache(const std::shared_ptr<SoundFile>& file) {
 /// What the file says beside its samples is read as it would be written, and stays inside a part of the file.
 void readMetadata(const std::string& path) {
     command::Metadata found = command::readMetadata(path);
-    std::map<std::string, std::vector<std::string>> chunks;
+    command::FileChunks chunks;
     const std::string written = command::riffChunksOf(found);
     for (const auto& [identifier, content] : command::chunksIn(written))
         chunks[std::string(identifier)].emplace_back(content);
-    if (chunks.contains("cue "))
-        require(command::markersOfChunks(chunks["cue "].front(), chunks["LIST"]) == found.markers,
-                "markers are read as they are written");
-    if (chunks.contains("smpl"))
-        require(command::samplerOfChunk(chunks["smpl"].front()) == found.sampler,
-                "loops are read as they are written");
+    // An AIFF has markers, too.
+    require(command::markersOfChunks(chunks) == found.markers, "markers are read as they are written");
+    require(command::samplerOfChunk(command::contentOf(chunks, "smpl")) == found.sampler,
+            "loops are read as they are written");
     for (const bool reverse : {false, true}) {
         command::Metadata moved = found;
         moveInto(moved, {.from = 10, .to = 500, .whole = 500, .speed = 0.7, .reverse = reverse}, 48000);

@@ -281,7 +281,7 @@ TEST_F(Files, MoveMarkersAndLoopsWithTheirSamples) {
                "labl" + numbers({999, 48000}) + "end");
     append(in("in.wav"), "smpl",
            numbers({0, 0, 20833, 60, 0, 0, 0, 99, 4, 1, 0, 1000, 1999, 0, 0, 2, 0, 100, 29999, 0, 7}));
-    append(in("in.wav"), "iXML", std::string(70001, ' '));
+    append(in("in.wav"), "iXML", "<a>" + std::string(69998, ' '));
     for (const auto& [options, found, lost] : std::vector<std::tuple<std::string, std::string, std::string>>{
              {"b.wav", "100 0.25, 12000 solo, 30000 verse 1, 48000 end, 1000-2000, 100-30000, ", ""},
              {"b.wav --from 0.02 --to 30000smp", "11040 solo, 40-1040, ",
@@ -310,6 +310,7 @@ TEST_F(Files, MoveMarkersAndLoopsWithTheirSamples) {
     output("render c.rf64 -o c.wav");
     EXPECT_TRUE(readBytes(in("c.wav")) == readBytes(in("b.wav")));
     EXPECT_NE(readBytes(in("c.wav")).find("ltxt" + numbers({20, 2, 12001}) + "rgn "), std::string::npos);
+    EXPECT_NE(readBytes(in("c.wav")).find("iXML" + numbers({70001}) + "<a> "), std::string::npos);
     writeBytes(in("d.wav"), run("render c.rf64 -o - --kind wav").output);
     EXPECT_EQ(markersAndLoops(in("d.wav")), markersAndLoops(in("b.wav")));
     output("render b.aiff -o d.wav");

@@ -8,10 +8,12 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <fcntl.h>
 #include <iterator>
 #include <limits>
 #include <span>
 #include <string_view>
+#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -36,60 +38,38 @@ constexpr std::array<TagName, 10> tagNames{{{SF_STR_TITLE, "title", "INAM"},
                                             {SF_STR_TRACKNUMBER, "track number", "ITRK"},
                                             {SF_STR_GENRE, "genre", "IGNR"}}};
 
-/// Chunks of WAV, AIFF and CAF files that say nothing beyond samples, tags, layout and broadcast extension.
+/// Chunks that say nothing beyond samples, tags, layout and broadcast extension, which libsndfile reads.
 constexpr std::string_view knownChunks[] = {
-    "RIFF", "RIFX", "RF64", "WAVE", "ds64", "fmt ", "fact", "data", "PEAK", "LIST", "bext", "iXML",
-    "JUNK", "junk", "PAD ", "FLLR", "FORM", "AIFF", "AIFC", "COMM", "SSND", "FVER", "CHAN", "NAME",
-    "AUTH", "(c) ", "ANNO", "APPL", "caff", "desc", "chan", "info", "free", "strg"};
+    "RIFF", "RIFX", "RF64", "WAVE", "ds64", "fmt ", "fact", "data", "PEAK", "LIST", "bext",
+    "JUNK", "junk", "PAD ", "FLLR", "FORM", "AIFF", "AIFC", "COMM", "SSND", "FVER", "CHAN",
+    "NAME", "AUTH", "(c) ", "ANNO", "APPL", "caff", "desc", "chan", "info", "free", "strg"};
 
-/// Chunks that libsndfile does not understand, or not all of them.
+/// Of a RIFF file, chunks that libsndfile does not understand, or not all of them.
 constexpr std::string_view readByUs[] = {"LIST", "iXML", "cue ", "smpl"};
 
-/// Longer ones are not read.
-constexpr unsigned mostChunk = 1U << 24;
+bool isAmong(std::span<const std::string_view> identifiers, std::string_view identifier) {
+    return std::ranges::find(identifiers, identifier) != identifiers.end();
+}
 
-/// The contents of chunks, by identifier.
-using Chunks = std::map<std::string, std::vector<std::string>>;
-
-/// Reads those of `readByUs`. The identifiers of those that nobody understands go to `others`.
-Chunks readChunks(SNDFILE* file, std::set<std::string>& others) {
-    Chunks chunks;
+/// By libsndfile, for files that are not RIFF files.
+std::set<std::string> otherChunksOf(SNDFILE* file) {
+    std::set<std::string> others;
     for (SF_CHUNK_ITERATOR* chunk = sf_get_chunk_iterator(file, nullptr); chunk != nullptr;
          chunk = sf_next_chunk_iterator(chunk)) {
         SF_CHUNK_INFO info{};
         // By the length of an empty chunk, libsndfile divides.
         if (sf_get_chunk_size(chunk, &info) != SF_ERR_NO_ERROR || info.datalen == 0)
             continue;
-        const unsigned size = info.datalen;
         char first = 0;
         info.data = &first;
         info.datalen = 1;
-        // Only with the content does libsndfile give the identifier.
         if (sf_get_chunk_data(chunk, &info) != SF_ERR_NO_ERROR)
             continue;
         const std::string identifier(info.id, strnlen(info.id, 4));
-        const bool isOurs = std::ranges::find(readByUs, identifier) != std::end(readByUs);
-        if (isOurs && size <= mostChunk) {
-            std::string bytes(size, '\0');
-            info.data = bytes.data();
-            info.datalen = size;
-            sf_get_chunk_data(chunk, &info);
-            chunks[identifier].push_back(std::move(bytes));
-        } else if (isOurs || std::ranges::find(knownChunks, identifier) == std::end(knownChunks))
+        if (!isAmong(knownChunks, identifier))
             others.insert(identifier);
     }
-    return chunks;
-}
-
-std::string firstOf(const Chunks& chunks, const std::string& identifier) {
-    const auto place = chunks.find(identifier);
-    return place != chunks.end() ? place->second.front() : "";
-}
-
-/// A text without the zero bytes behind it.
-std::string withoutFill(std::string text) {
-    text.resize(text.find_last_not_of('\0') + 1);
-    return text;
+    return others;
 }
 
 /// The tags of RIFF lists, which libsndfile writes into an RF64 file and does not read there.
@@ -100,6 +80,21 @@ void addTags(const std::vector<std::string>& lists, std::map<int, std::string>& 
                 for (const TagName& name : tagNames)
                     if (name.identifier == identifier)
                         tags[name.tag] = text.substr(0, text.find('\0'));
+}
+
+/// What libsndfile does not read of a RIFF file.
+void takeChunks(const FileChunks& chunks, Metadata& found) {
+    if (const auto lists = chunks.find("LIST"); lists != chunks.end())
+        addTags(lists->second, found.tags);
+    found.ixml = contentOf(chunks, "iXML");
+    found.markers = markersOfChunks(chunks);
+    found.sampler = samplerOfChunk(contentOf(chunks, "smpl"));
+    for (const auto& [identifier, contents] : chunks)
+        if (isAmong(readByUs, identifier) ? std::ranges::find(contents, "") != contents.end()
+                                          : !isAmong(knownChunks, identifier))
+            found.others.insert(identifier);
+    if (chunks.contains("smpl") && !found.sampler)
+        found.others.insert("smpl");
 }
 
 /// A number of cue points as libsndfile has them, behind their count.
@@ -159,22 +154,15 @@ bool isAiff(int type) {
 
 } // namespace
 
-Metadata metadataOf(SNDFILE* file) {
+Metadata metadataOf(SNDFILE* file, int descriptor) {
     Metadata found;
     SF_INFO info{};
     sf_command(file, SFC_GET_CURRENT_SF_INFO, &info, sizeof info);
     found.sampleRate = info.samplerate;
-    Chunks chunks = readChunks(file, found.others);
-    if (isRiff(info.format))
-        found.ixml = withoutFill(firstOf(chunks, "iXML"));
-    if (isRiff(info.format) && (info.format & SF_FORMAT_ENDMASK) != SF_ENDIAN_BIG) {
-        addTags(chunks["LIST"], found.tags);
-        found.markers = markersOfChunks(firstOf(chunks, "cue "), chunks["LIST"]);
-        found.sampler = samplerOfChunk(firstOf(chunks, "smpl"));
-    } else if (chunks.contains("cue "))
-        found.others.insert("cue ");
-    if (chunks.contains("smpl") && !found.sampler)
-        found.others.insert("smpl");
+    if (const FileChunks chunks = readRiffChunks(descriptor, readByUs); !chunks.empty())
+        takeChunks(chunks, found);
+    else
+        found.others = otherChunksOf(file);
     if (isAiff(info.format) && !(found.markers = markersByLibsndfile(file)).empty())
         found.others.erase("MARK");
     for (const TagName& name : tagNames)
@@ -192,9 +180,13 @@ bool isRiff(int type) {
 }
 
 Metadata readMetadata(const std::filesystem::path& path) {
+    const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    CheckedDescriptor checked(descriptor);
     SF_INFO info{};
-    const SoundFileHandle file(sf_open(path.c_str(), SFM_READ, &info));
-    return file != nullptr ? metadataOf(file.get()) : Metadata();
+    const SoundFileHandle file(checked.open(SFM_READ, info));
+    Metadata found = file != nullptr ? metadataOf(file.get(), descriptor) : Metadata();
+    close(descriptor);
+    return found;
 }
 
 void moveInto(Metadata& metadata, const RenderedPart& part, int sampleRate) {

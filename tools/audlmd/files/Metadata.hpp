@@ -38,8 +38,8 @@ struct Metadata {
 
 /// Nothing of a file that cannot be read.
 Metadata readMetadata(const std::filesystem::path& path);
-/// Of a file that is open for reading.
-Metadata metadataOf(SNDFILE* file);
+/// Of a file that is open for reading by libsndfile, through the descriptor.
+Metadata metadataOf(SNDFILE* file, int descriptor);
 
 /// Moves markers and loops to where a part of the file has them in an output at `sampleRate`. What has no
 /// place there is `dropped`: markers outside the part, loops that are cut, and all loops of a part at another

@@ -129,7 +129,7 @@ void OutputFile::writeStreamedHeader() {
         const SoundFileHandle file(
             pwrite(memory, header.data(), header.size(), 0) < 0 ? nullptr : content.open(SFM_READ, opened));
         if (file != nullptr)
-            missing_ = missingIn(metadataOf(file.get()), layout_.metadata);
+            missing_ = missingIn(metadataOf(file.get(), memory), layout_.metadata);
     }
     close(memory);
     if (!isHeader)
@@ -271,7 +271,7 @@ void OutputFile::requireLastFrame() {
     if (file == nullptr || sf_seek(file.get(), layout_.frames - 1, SEEK_SET) != layout_.frames - 1 ||
         sf_readf_float(file.get(), lastFrame.data(), 1) != 1 || content.error() != 0)
         fail("its last frame does not read back");
-    missing_ = missingIn(metadataOf(file.get()), layout_.metadata);
+    missing_ = missingIn(metadataOf(file.get(), output_->descriptor()), layout_.metadata);
 }
 
 void OutputFile::fail(const std::string& why) const {

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <limits>
 #include <map>
+#include <unistd.h>
 
 namespace audlmd::command {
 namespace {
@@ -37,12 +38,70 @@ std::string textIn(std::string_view bytes) {
     return std::string(bytes.substr(0, bytes.find('\0')));
 }
 
+/// Takes over what a chunk of a list says of a marker.
+void describe(Marker& marker, std::string_view kind, std::string_view content) {
+    if (kind == "labl")
+        marker.name = textIn(content.substr(4));
+    else if (kind == "note")
+        marker.comment = textIn(content.substr(4));
+    else if (kind == "ltxt" && content.size() >= ltxtBytes) {
+        marker.length = numberAt(content, 4);
+        if (marker.name.empty())
+            marker.name = textIn(content.substr(ltxtBytes));
+    }
+}
+
+/// Those of so many bytes that are there.
+std::string readAt(int descriptor, std::int64_t position, std::int64_t count) {
+    std::string bytes(static_cast<std::size_t>(count), '\0');
+    std::int64_t filled = 0;
+    for (ssize_t got = 1; got > 0 && filled < count; filled += std::max<ssize_t>(got, 0))
+        got = pread(descriptor, bytes.data() + filled, static_cast<std::size_t>(count - filled),
+                    position + filled);
+    bytes.resize(static_cast<std::size_t>(filled));
+    return bytes;
+}
+
+/// Behind samples whose length is wrong, anything may stand.
+bool isIdentifier(std::string_view text) {
+    return text.size() == 4 && std::ranges::all_of(text, [](char c) { return c >= ' ' && c <= '~'; });
+}
+
 } // namespace
 
+FileChunks readRiffChunks(int descriptor, std::span<const std::string_view> toBeRead) {
+    constexpr std::int64_t mostContent = std::int64_t{1} << 24;
+    // A longer chunk is in no file, and nothing behind it can be found.
+    constexpr std::int64_t mostChunk = std::int64_t{1} << 60;
+    constexpr std::int64_t isIn64Bits = 0xFFFFFFFF;
+    FileChunks chunks;
+    const std::string start = readAt(descriptor, 0, 4);
+    std::int64_t dataBytes = isIn64Bits;
+    std::int64_t position = 12;
+    while (start == "RIFF" || start == "RF64") {
+        const std::string head = readAt(descriptor, position, 8);
+        const std::string identifier = head.substr(0, 4);
+        if (head.size() < 8 || !isIdentifier(identifier))
+            break;
+        position += 8;
+        std::int64_t size = numberAt(head, 4);
+        if (identifier == "data" && size == isIn64Bits)
+            size = dataBytes;
+        if (identifier == "ds64")
+            // Behind that of the file.
+            readAt(descriptor, position + 8, 8).copy(reinterpret_cast<char*>(&dataBytes), sizeof dataBytes);
+        const bool isRead = size <= mostContent && std::ranges::find(toBeRead, identifier) != toBeRead.end();
+        chunks[identifier].push_back(isRead ? readAt(descriptor, position, size) : "");
+        if (size < 0 || size > mostChunk)
+            break;
+        position += size + size % 2;
+    }
+    return chunks;
+}
+
 std::string riffChunk(std::string_view identifier, std::string_view content) {
-    const std::string fill(content.size() % 2, '\0');
-    return std::string(identifier) + bytesOf(static_cast<std::int64_t>(content.size() + fill.size())) +
-           std::string(content) + fill;
+    return std::string(identifier) + bytesOf(std::ssize(content)) + std::string(content) +
+           std::string(content.size() % 2, '\0');
 }
 
 std::vector<std::pair<std::string_view, std::string_view>> chunksIn(std::string_view bytes) {
@@ -55,34 +114,27 @@ std::vector<std::pair<std::string_view, std::string_view>> chunksIn(std::string_
     return chunks;
 }
 
-std::vector<Marker> markersOfChunks(std::string_view cue, const std::vector<std::string>& lists) {
+std::string contentOf(const FileChunks& chunks, const std::string& identifier) {
+    const auto place = chunks.find(identifier);
+    return place != chunks.end() ? place->second.front() : "";
+}
+
+std::vector<Marker> markersOfChunks(const FileChunks& chunks) {
     std::vector<Marker> markers;
     std::map<std::uint32_t, std::size_t> places;
+    const std::string cue = contentOf(chunks, "cue ");
     const std::size_t count = cue.size() < 4 ? 0 : numberAt(cue, 0);
     for (std::size_t at = 4; at + cuePointBytes <= cue.size() && markers.size() < count;
          at += cuePointBytes) {
         places[numberAt(cue, at)] = markers.size();
         markers.push_back({.position = numberAt(cue, at + 20), .name = {}});
     }
-    for (const std::string_view list : lists) {
-        if (!list.starts_with("adtl"))
-            continue;
-        for (const auto& [identifier, content] : chunksIn(list.substr(4))) {
-            const auto place = content.size() < 4 ? places.end() : places.find(numberAt(content, 0));
-            if (place == places.end())
-                continue;
-            Marker& marker = markers[place->second];
-            if (identifier == "labl")
-                marker.name = textIn(content.substr(4));
-            else if (identifier == "note")
-                marker.comment = textIn(content.substr(4));
-            else if (identifier == "ltxt" && content.size() >= ltxtBytes) {
-                marker.length = numberAt(content, 4);
-                if (marker.name.empty())
-                    marker.name = textIn(content.substr(ltxtBytes));
-            }
-        }
-    }
+    if (const auto lists = chunks.find("LIST"); lists != chunks.end())
+        for (const std::string_view list : lists->second)
+            if (list.starts_with("adtl"))
+                for (const auto& [kind, content] : chunksIn(list.substr(4)))
+                    if (content.size() >= 4 && places.contains(numberAt(content, 0)))
+                        describe(markers[places[numberAt(content, 0)]], kind, content);
     std::ranges::stable_sort(markers, {}, &Marker::position);
     return markers;
 }
