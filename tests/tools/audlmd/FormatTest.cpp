@@ -318,6 +318,13 @@ TEST_F(Files, MoveMarkersAndLoopsWithTheirSamples) {
     expectRefused(
         "render b.wav -o new.wav --from vers",
         "'vers' is not a time, and no marker of 'b.wav', which has 'verse 1', 'end', '0.25', 'solo'");
+    // What a chunk claims beyond the end of the file is not there.
+    writeSound(in("lie.wav"), noise(1, 100));
+    append(in("lie.wav"), "cue ", numbers({999, 1, 0}) + "data" + numbers({0, 0, 50}));
+    std::string bytes = readBytes(in("lie.wav"));
+    writeBytes(in("lie.wav"), bytes.replace(bytes.size() - 32, 4, numbers({99999})));
+    output("render lie.wav -o d.wav");
+    EXPECT_EQ(markersAndLoops(in("d.wav")), "50 , ");
     if (std::system("command -v ffprobe > /dev/null") == 0) {
         ASSERT_EQ(std::system(("cd " + in("").string() +
                                " && ffprobe -v error -of csv -show_chapters b.wav > chapters")
