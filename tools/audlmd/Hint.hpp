@@ -1,6 +1,8 @@
 #pragma once
 
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace CLI {
 class App;
@@ -12,5 +14,8 @@ namespace audlmd::command {
 /// mean
 /// --fade-in?". Empty where all words have a place. Call this after a failed parse.
 std::string hintFor(const CLI::App& app);
+
+/// Puts words first that somebody who wrote `word` may have meant.
+void sortByLikeness(std::vector<std::string>& words, std::string_view word);
 
 } // namespace audlmd::command
