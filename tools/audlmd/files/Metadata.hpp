@@ -34,6 +34,9 @@ Metadata metadataOf(SNDFILE* file);
 /// the iXML chunk. Before the first sample. The metadata must outlive the file.
 void writeTags(SNDFILE* file, int type, const Metadata& metadata);
 
+/// What people call a tag, by libsndfile's number.
+std::string tagName(int tag);
+
 /// Whether files of libsndfile's type are RIFF files, which have broadcast extensions and iXML chunks.
 bool isRiff(int type);
 

@@ -177,4 +177,10 @@ std::filesystem::path spooled(const std::filesystem::path& input, const std::opt
     return "/proc/self/fd/" + std::to_string(spool);
 }
 
+SoundFileError failureOf(const std::filesystem::path& input, const std::filesystem::path& copy,
+                         const SoundFileError& failure) {
+    const std::string why = std::string(failure.what()).substr(copy.string().size());
+    return SoundFileError((input == "-" ? "standard input" : input.string()) + why);
+}
+
 } // namespace audlmd::command
