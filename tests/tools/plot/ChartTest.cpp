@@ -48,7 +48,8 @@ TEST(Chart, IsDrawnAsItsPictureShows) {
 }
 
 TEST(Waveform, ShowsPeaksAndRmsInRows) {
-    // Columns of 32 samples: a wave, silence, one at full scale, one that goes beyond and has no number in it.
+    // Columns of 32 samples: a wave, silence, one at full scale, one that goes beyond and has no number in
+    // it.
     std::vector<float> signal(128, 0.5F);
     for (std::size_t n = 0; n < 32; n += 2)
         signal[n] = -0.25F;
