@@ -48,6 +48,7 @@ int run(int argc, char** argv) {
     app.failure_message(CLI::FailureMessage::simple);
     app.footer(statusHelp);
     audlmd::command::addRenderCommand(app);
+    audlmd::command::addInfoCommand(app);
     audlmd::command::addModesCommand(app);
     audlmd::command::addPlotCommand(app);
     audlmd::command::addMixCommand(app);

@@ -174,6 +174,11 @@ Metadata metadataOf(SNDFILE* file, int descriptor) {
     return found;
 }
 
+std::string tagName(int tag) {
+    const auto* const found = std::ranges::find(tagNames, tag, &TagName::tag);
+    return found != tagNames.end() ? std::string(found->name) : "tag " + std::to_string(tag);
+}
+
 bool isRiff(int type) {
     const int kind = type & SF_FORMAT_TYPEMASK;
     return kind == SF_FORMAT_WAV || kind == SF_FORMAT_WAVEX || kind == SF_FORMAT_RF64;

@@ -53,6 +53,9 @@ void writeTags(SNDFILE* file, int type, const Metadata& metadata);
 /// The chunks of a RIFF file that libsndfile does not write, or not of any length.
 std::string riffChunksOf(const Metadata& metadata);
 
+/// What people call a tag, by libsndfile's number.
+std::string tagName(int tag);
+
 /// Whether files of libsndfile's type are RIFF files, which have broadcast extensions and iXML chunks.
 bool isRiff(int type);
 

@@ -247,8 +247,8 @@ void OutputFile::requireNoError() const {
 }
 
 /// The header is read with a length of the file that is not true, so that only a header that states its own
-/// length is right. libsndfile takes the length of a W64 from the file, and looks at no RIFF file's: there the
-/// header's own is read.
+/// length is right. libsndfile takes the length of a W64 from the file, and looks at no RIFF file's: there
+/// the header's own is read.
 void OutputFile::requireHeader() const {
     const bool isW64 = (type_ & SF_FORMAT_TYPEMASK) == SF_FORMAT_W64;
     CheckedDescriptor header(output_->descriptor(), isW64 ? 0 : pretendedBytes);
