@@ -33,21 +33,6 @@ std::size_t missed(std::string_view word, std::string_view candidate) {
     return candidate.starts_with(word) ? 0 : distance(word, candidate);
 }
 
-/// The word of the list that somebody who wrote `word` may have meant: one that begins so, else one that
-/// differs by a letter in three at most. Empty where there is none.
-std::string nearest(const std::string& word, const std::vector<std::string>& known) {
-    std::string found;
-    std::size_t least = word.size() / 3 + 1;
-    for (const std::string& candidate : known) {
-        const std::size_t letters = missed(word, candidate);
-        if (letters < least) {
-            least = letters;
-            found = candidate;
-        }
-    }
-    return found;
-}
-
 /// The subcommand that the line has got to.
 const CLI::App& chosenOf(const CLI::App& app) {
     const auto chosen = app.get_subcommands();
@@ -92,6 +77,19 @@ std::string hintFor(const CLI::App& app) {
     const std::string meant = nearest(word, isOption ? optionNames(chosen) : subcommands);
     return words::quoted(word) + (isOption ? " is no option" : " is no subcommand") +
            (meant.empty() ? "" : "; did you mean " + meant + "?");
+}
+
+std::string nearest(const std::string& word, const std::vector<std::string>& known) {
+    std::string found;
+    std::size_t least = word.size() / 3 + 1;
+    for (const std::string& candidate : known) {
+        const std::size_t letters = missed(word, candidate);
+        if (letters < least) {
+            least = letters;
+            found = candidate;
+        }
+    }
+    return found;
 }
 
 void sortByLikeness(std::vector<std::string>& words, std::string_view word) {
