@@ -53,6 +53,7 @@ int run(int argc, char** argv) {
     audlmd::command::addMixCommand(app);
     audlmd::command::addJoinCommand(app);
     audlmd::command::addPlayCommand(app);
+    audlmd::command::addCacheCommand(app);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

@@ -7,6 +7,7 @@
 #include <iomanip>
 #include <sstream>
 #include <unistd.h>
+#include <utility>
 
 namespace audlmd::command {
 namespace {
@@ -23,8 +24,9 @@ double timesRealTime(std::int64_t frames, int sampleRate, double seconds) {
 
 } // namespace
 
-Progress::Progress(std::int64_t total, int sampleRate, bool shown)
-    : total_(total), sampleRate_(sampleRate), onTerminal_(shown && isatty(STDERR_FILENO) == 1) {}
+Progress::Progress(std::int64_t total, int sampleRate, bool shown, std::string about)
+    : total_(total), sampleRate_(sampleRate), onTerminal_(shown && isatty(STDERR_FILENO) == 1),
+      about_(std::move(about)) {}
 
 Progress::~Progress() {
     if (drawn_)
@@ -42,8 +44,8 @@ void Progress::update(std::int64_t done) {
     drawn_ = true;
     const double share = static_cast<double>(done) / static_cast<double>(total_);
     const std::string filled(static_cast<std::size_t>(share * barWidth), '#');
-    std::fprintf(stderr, "\r[%-*s] %3d %%  %.0f times real time\033[K", barWidth, filled.c_str(),
-                 static_cast<int>(share * 100.0), timesRealTime(done, sampleRate_, elapsed()));
+    std::fprintf(stderr, "\r[%-*s] %3d %%  %.0f times real time  %s\033[K", barWidth, filled.c_str(),
+                 static_cast<int>(share * 100.0), timesRealTime(done, sampleRate_, elapsed()), about_.c_str());
     std::fflush(stderr);
 }
 

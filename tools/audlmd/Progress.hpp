@@ -10,8 +10,9 @@ namespace audlmd::command {
 /// a terminal.
 class Progress {
 public:
-    /// `total` in frames, `sampleRate` in frames per second. Without `shown` nothing is drawn.
-    Progress(std::int64_t total, int sampleRate, bool shown = true);
+    /// `total` in frames, `sampleRate` in frames per second. Without `shown` nothing is drawn. `about` stands
+    /// behind the bar.
+    Progress(std::int64_t total, int sampleRate, bool shown = true, std::string about = "");
     /// Erases the bar.
     ~Progress();
     Progress(const Progress&) = delete;
@@ -27,6 +28,7 @@ private:
     std::int64_t total_;
     int sampleRate_;
     bool onTerminal_;
+    std::string about_;
     bool drawn_ = false;
     std::chrono::steady_clock::time_point started_ = std::chrono::steady_clock::now();
     std::chrono::steady_clock::time_point next_ = started_;

@@ -36,7 +36,7 @@ constexpr std::array<TagName, 10> tagNames{{{SF_STR_TITLE, "title", "INAM"},
 constexpr std::string_view knownChunks[] = {
     "RIFF", "RIFX", "RF64", "WAVE", "ds64", "fmt ", "fact", "data", "PEAK", "LIST", "bext", "iXML",
     "JUNK", "junk", "PAD ", "FLLR", "FORM", "AIFF", "AIFC", "COMM", "SSND", "FVER", "CHAN", "NAME",
-    "AUTH", "(c) ", "ANNO", "APPL", "caff", "desc", "chan", "info", "free", "strg"};
+    "AUTH", "(c) ", "ANNO", "APPL", "caff", "desc", "chan", "info", "free", "strg", "audl"};
 
 std::set<std::string> otherChunksOf(SNDFILE* file) {
     std::set<std::string> others;

@@ -16,6 +16,7 @@ void RenderingOptions::declareRendering(CLI::App& app, const std::string& group,
               "Samples per second, such as 48000 or 44.1k (default: " + defaults.rate + ")")
         ->option_text("HZ")
         ->group(group);
+    decoding.declareCache(app, group);
     app.add_flag("--through-tables", throughTables,
                  "Render through the loaded library, as a host does; changes no sample")
         ->group(group);
@@ -37,6 +38,7 @@ void RenderingOptions::declareInput(CLI::App& app) {
         ->option_text("N")
         ->check(CLI::Range(1, 1024))
         ->group(group);
+    decoding.declareStream(app, group);
 }
 
 std::optional<RawLayout> RenderingOptions::rawInput() const {
@@ -48,9 +50,11 @@ std::optional<RawLayout> RenderingOptions::rawInput() const {
     return RawLayout{.format = *inputFormat, .sampleRate = *inputRate, .channels = *inputChannels};
 }
 
-std::filesystem::path RenderingOptions::atHand(const std::filesystem::path& input) const {
+PlayableFile RenderingOptions::atHand(const std::filesystem::path& input) const {
     const std::optional<RawLayout> raw = rawInput();
-    return raw || isStream(input) ? spooled(input, raw) : input;
+    if (raw || isStream(input))
+        return {.path = spooled(input, raw)};
+    return decoding.playable(input, decoding.stream, quiet);
 }
 
 OpenInput RenderingOptions::open(const std::filesystem::path& file,
@@ -61,7 +65,9 @@ OpenInput RenderingOptions::open(const std::filesystem::path& file,
         media = openSoundFile(file.string());
     } catch (const SoundFileError& error) {
         // The user knows the input, not its copy.
-        const std::string why = std::string(error.what()).substr(file.string().size());
+        std::string why = std::string(error.what()).substr(file.string().size());
+        if (dynamic_cast<const UnknownFormat*>(&error) != nullptr)
+            why += " ffmpeg decodes films from files only: save it as one";
         throw SoundFileError((input == "-" ? "standard input" : input.string()) + why);
     }
     if (media.channels.front()->length() == 0)

@@ -4,6 +4,7 @@
 #include "host/mix/Media.hpp"
 #include "host/services/RenderFunctions.hpp"
 #include "host/signal/Unclipped.hpp"
+#include "tools/audlmd/cache/DecodingOptions.hpp"
 #include "tools/audlmd/files/FileKind.hpp"
 #include "tools/audlmd/files/SpooledInput.hpp"
 #include "tools/audlmd/options/ChannelOptions.hpp"
@@ -32,11 +33,14 @@ struct RenderingOptions {
     std::optional<FormatId> inputFormat;
     std::optional<int> inputRate;
     std::optional<int> inputChannels;
+    DecodingOptions decoding;
     ChannelOptions channels;
     /// In samples per second. Not set: the input's.
     std::optional<int> rate;
     /// Whether the functions of the loaded library render, and not those compiled into the command.
     bool throughTables = false;
+    /// Whether only what is not as it was asked is told.
+    bool quiet = false;
 
     /// What holds without --rate and --channels, for the help.
     struct Defaults {
@@ -53,9 +57,9 @@ struct RenderingOptions {
     /// Declares the options on an input without a header, in the group "Input".
     void declareInput(CLI::App& app);
 
-    /// A path that opens the input at random: its own, or that of a copy of what `-`, a pipe or samples
-    /// without a header bring. Throws CommandError.
-    std::filesystem::path atHand(const std::filesystem::path& input) const;
+    /// A file that opens the input at random: its own, that of a copy of what `-`, a pipe or samples without
+    /// a header bring, or what is decoded of a film. Throws CommandError and SoundFileError.
+    PlayableFile atHand(const std::filesystem::path& input) const;
 
     /// Opens what atHand() has given for an input, with the channels and at the rate of the output. Throws
     /// SoundFileError, and CommandError for a file without samples, or without the channels, which name the
@@ -79,8 +83,6 @@ struct OutputOptions : RenderingOptions {
     bool truncate = false;
     /// Samples per render call.
     std::size_t block = 4096;
-    /// Whether only what is not as it was asked is told.
-    bool quiet = false;
     /// The most threads that render. 0: as many as there are processors.
     std::size_t threads = 0;
 

@@ -32,7 +32,10 @@ PlayInput::PlayInput(const PlayOptions& options) : options_(options), isTimeline
 }
 
 void PlayInput::openSound() {
-    OpenInput opened = options_.open(options_.atHand(options_.input), options_.input);
+    const PlayableFile atHand = options_.atHand(options_.input);
+    if (!atHand.note.empty())
+        std::puts(("note: " + atHand.note).c_str());
+    OpenInput opened = options_.open(atHand.path, options_.input);
     media_ = options_.strip.amplified(std::move(opened.media));
     if (!opened.note.empty())
         std::puts(opened.note.c_str());
@@ -45,7 +48,7 @@ void PlayInput::openSound() {
 }
 
 void PlayInput::openTimeline() {
-    finder_ = std::make_unique<MediaFinder>(options_.media);
+    finder_ = std::make_unique<MediaFinder>(options_.media, options_);
     timeline_ =
         readTimelineFile(options_.input, {.rate = options_.rate, .channels = options_.channels}, *finder_);
     if (timeline_.length <= 0)

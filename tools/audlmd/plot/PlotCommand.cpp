@@ -3,6 +3,7 @@
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Progress.hpp"
 #include "tools/audlmd/Subcommands.hpp"
+#include "tools/audlmd/cache/DecodingOptions.hpp"
 #include "tools/audlmd/files/Outputs.hpp"
 #include "tools/audlmd/options/AutomationFile.hpp"
 #include "tools/audlmd/options/ParsedOption.hpp"
@@ -13,6 +14,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdio>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -54,6 +56,16 @@ struct PlotOptions {
     int channel = 1;
     /// In dB.
     double floor = -120.0;
+
+    DecodingOptions decoding;
+
+    /// The file to open for the input.
+    std::filesystem::path playable() const {
+        const PlayableFile file = decoding.playable(input, decoding.stream, false);
+        if (!file.note.empty())
+            std::puts(("note: " + file.note).c_str());
+        return file.path;
+    }
 
     /// The length of the picture in samples: the option's, or `samples` without the option.
     std::int64_t durationOr(std::int64_t samples) const {
@@ -180,9 +192,11 @@ void addEqualiser(CLI::App& plot, const SharedOptions& options) {
 void addSpectrogram(CLI::App& plot, const SharedOptions& options) {
     CLI::App* kind = addKind(plot, options, "spectrogram", "The spectrum over time of a sound file",
                              [](const PlotOptions& o, const Watcher& watcher) {
-                                 return spectrogramFigure(o.input, o.channel, o.floor, watcher);
+                                 return spectrogramFigure(o.input, o.playable(), o.channel, o.floor, watcher);
                              });
-    kind->add_option("FILE", options->input, "A sound file in any format that libsndfile reads")->required();
+    kind->add_option("FILE", options->input, "A sound file, or a film")->required();
+    options->decoding.declareStream(*kind, "OPTIONS");
+    options->decoding.declareCache(*kind, "OPTIONS");
     kind->add_option("--channel", options->channel, "Counted from 1 (default 1)")->option_text("N");
     kind->add_option("--floor", options->floor, "Level of the darkest colour (default -120)")
         ->option_text("DB")

@@ -77,7 +77,10 @@ private:
     }
 
     void makeChannels() {
-        file_ = options_.atHand(input_);
+        const PlayableFile atHand = options_.atHand(input_);
+        file_ = atHand.path;
+        if (!atHand.note.empty())
+            tell("note: " + atHand.note);
         OpenInput opened = options_.open(file_, input_);
         const Media input = options_.strip.amplified(std::move(opened.media));
         tell(opened.note);
@@ -223,7 +226,7 @@ private:
 
     const RenderOptions& options_;
     const std::filesystem::path input_;
-    /// The input itself, or the copy of a stream.
+    /// The input itself, the copy of a stream, or what is decoded of a film.
     std::filesystem::path file_;
     const Outputs outputs_;
     std::unique_ptr<MaterialCache> cache_;
