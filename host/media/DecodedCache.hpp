@@ -40,7 +40,7 @@ struct DecodedCacheOptions {
     /// returns is called with the frames that are done, and destroyed at the end. Not set: nobody looks on.
     std::function<std::function<void(std::int64_t done)>(const std::filesystem::path& medium,
                                                          std::int64_t expected, int sampleRate)>
-        watch;
+        watch = {};
 
     /// The folder audlmd in XDG_CACHE_HOME, else in ~/.cache. Empty if neither that variable nor HOME is set.
     static std::filesystem::path defaultFolder();

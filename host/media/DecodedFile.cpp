@@ -40,11 +40,24 @@ std::string textOf(const Origin& origin) {
     return text.str();
 }
 
-/// Of the padded text, so that it has an even length, as chunks have.
+/// The text is padded, so that it has an even length, as chunks have.
 std::string chunkOf(std::string label) {
     label.resize(label.size() + label.size() % 2, '\0');
     const auto length = static_cast<std::uint32_t>(label.size());
     return std::string(mark) + bytesOf(length + endLength) + label + bytesOf(length) + std::string(mark);
+}
+
+/// libsndfile writes the usual mask for channels of which nobody says what they are.
+void removeMask(int descriptor) {
+    constexpr std::size_t fromChunk = 28;
+    constexpr std::string_view chunk = "fmt ";
+    constexpr std::array<char, 4> none{};
+    std::array<char, 256> start{};
+    const ssize_t count = pread(descriptor, start.data(), start.size(), 0);
+    const std::size_t at = std::string_view(start.data(), start.size()).find(chunk);
+    if (count < 0 || at == std::string_view::npos ||
+        pwrite(descriptor, none.data(), none.size(), static_cast<off_t>(at + fromChunk)) < 0)
+        failToWrite();
 }
 
 } // namespace
@@ -83,20 +96,23 @@ std::optional<DecodedLabel> readLabel(const std::filesystem::path& path) {
         return std::nullopt;
     std::string label(length, '\0');
     file.seekg(-std::streamoff{endLength} - std::streamoff{length}, std::ios::end);
+    const std::streamoff start = file.tellg();
     file.read(label.data(), length);
     std::istringstream text(label.substr(0, label.find('\0')));
     DecodedLabel found;
     std::string source;
-    text >> found.frames;
+    std::streamoff written = 0;
+    text >> written >> found.frames;
     std::getline(text.ignore(), found.note);
     text >> found.origin.size >> found.origin.modified >> found.origin.stream;
     std::getline(text.ignore(), source, '\0');
     found.origin.path = source;
-    return file && !text.bad() && !source.empty() ? std::optional(found) : std::nullopt;
+    return file && start == written && !source.empty() ? std::optional(found) : std::nullopt;
 }
 
 DecodedFile::DecodedFile(int descriptor, const ForeignFormat& format)
-    : descriptor_(descriptor), frameBytes_(static_cast<std::size_t>(format.channels) * sizeof(float)) {
+    : descriptor_(descriptor), frameBytes_(static_cast<std::size_t>(format.channels) * sizeof(float)),
+      hasLayout_(isKnown(format.layout)) {
     SF_INFO info{};
     info.channels = format.channels;
     info.samplerate = format.sampleRate;
@@ -104,8 +120,7 @@ DecodedFile::DecodedFile(int descriptor, const ForeignFormat& format)
     file_.reset(sf_open_fd(descriptor, SFM_WRITE, &info, SF_FALSE));
     if (file_ == nullptr)
         failToWrite();
-    sf_command(file_.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
-    if (isKnown(format.layout)) {
+    if (hasLayout_) {
         std::vector<int> map = mapOf(format.layout);
         sf_command(file_.get(), SFC_SET_CHANNEL_MAP_INFO, map.data(),
                    static_cast<int>(map.size() * sizeof(int)));
@@ -127,9 +142,12 @@ void DecodedFile::finish(const Origin& origin, const std::string& note) {
     errno = 0;
     if (sf_close(file_.release()) != 0)
         failToWrite();
-    const std::string chunk = chunkOf(std::to_string(frames_) + ' ' + note + '\n' + textOf(origin));
-    if (lseek(descriptor_, 0, SEEK_END) < 0 ||
-        write(descriptor_, chunk.data(), chunk.size()) != static_cast<ssize_t>(chunk.size()) ||
+    if (!hasLayout_)
+        removeMask(descriptor_);
+    const off_t start = lseek(descriptor_, 0, SEEK_END) + off_t{endLength};
+    const std::string chunk =
+        chunkOf(std::to_string(start) + ' ' + std::to_string(frames_) + ' ' + note + '\n' + textOf(origin));
+    if (write(descriptor_, chunk.data(), chunk.size()) != static_cast<ssize_t>(chunk.size()) ||
         fsync(descriptor_) != 0)
         failToWrite();
 }

@@ -64,6 +64,7 @@ private:
 
     int descriptor_;
     std::size_t frameBytes_;
+    bool hasLayout_;
     std::unique_ptr<SNDFILE, Closer> file_;
     std::int64_t frames_ = 0;
     /// The start of a frame whose rest has not come yet.

@@ -16,7 +16,7 @@ void RenderingOptions::declareRendering(CLI::App& app, const std::string& group,
               "Samples per second, such as 48000 or 44.1k (default: " + defaults.rate + ")")
         ->option_text("HZ")
         ->group(group);
-    decoding.declareCache(app, group);
+    decoding.declareCache(app, "Input");
     app.add_flag("--through-tables", throughTables,
                  "Render through the loaded library, as a host does; changes no sample")
         ->group(group);

@@ -37,10 +37,10 @@ struct NamedBand {
 /// The frequency response of each band and of all bands together, as the spectra of responses to an impulse.
 plot::Figure equaliserFigure(const std::vector<NamedBand>& bands, int sampleRate);
 
-/// The spectrogram of one channel of a sound file, which `playable` opens, see DecodingOptions. `channel`
-/// counts from 1; `floor` is the level of the darkest colour, in dB re full scale. Throws CommandError for an
-/// empty file and an unknown channel, and SoundFileError.
-plot::Figure spectrogramFigure(const std::filesystem::path& path, const std::filesystem::path& playable,
-                               int channel, double floor, const Watcher& watcher);
+/// The spectrogram of one channel of a sound file. `channel` counts from 1; `floor` is the level of the
+/// darkest colour, in dB re full scale. Throws CommandError for an empty file and an unknown channel, and
+/// SoundFileError.
+plot::Figure spectrogramFigure(const std::filesystem::path& path, int channel, double floor,
+                               const Watcher& watcher);
 
 } // namespace audlmd::command

@@ -66,6 +66,11 @@ struct PlotOptions {
             std::puts(("note: " + file.note).c_str());
         return file.path;
     }
+    /// A figure of what playable() has given, named after the input.
+    Figure titled(Figure figure) const {
+        figure.title = words::printable(input.filename().string());
+        return figure;
+    }
 
     /// The length of the picture in samples: the option's, or `samples` without the option.
     std::int64_t durationOr(std::int64_t samples) const {
@@ -190,13 +195,14 @@ void addEqualiser(CLI::App& plot, const SharedOptions& options) {
 }
 
 void addSpectrogram(CLI::App& plot, const SharedOptions& options) {
-    CLI::App* kind = addKind(plot, options, "spectrogram", "The spectrum over time of a sound file",
-                             [](const PlotOptions& o, const Watcher& watcher) {
-                                 return spectrogramFigure(o.input, o.playable(), o.channel, o.floor, watcher);
-                             });
+    CLI::App* kind =
+        addKind(plot, options, "spectrogram", "The spectrum over time of a sound file",
+                [](const PlotOptions& o, const Watcher& watcher) {
+                    return o.titled(spectrogramFigure(o.playable(), o.channel, o.floor, watcher));
+                });
     kind->add_option("FILE", options->input, "A sound file, or a film")->required();
-    options->decoding.declareStream(*kind, "OPTIONS");
-    options->decoding.declareCache(*kind, "OPTIONS");
+    options->decoding.declareStream(*kind, "Options");
+    options->decoding.declareCache(*kind, "Options");
     kind->add_option("--channel", options->channel, "Counted from 1 (default 1)")->option_text("N");
     kind->add_option("--floor", options->floor, "Level of the darkest colour (default -120)")
         ->option_text("DB")

@@ -79,9 +79,9 @@ Figure equaliserFigure(const std::vector<NamedBand>& bands, int sampleRate) {
     return figure;
 }
 
-Figure spectrogramFigure(const std::filesystem::path& path, const std::filesystem::path& playable,
-                         int channel, double floor, const Watcher& watcher) {
-    SoundFile file(playable);
+Figure spectrogramFigure(const std::filesystem::path& path, int channel, double floor,
+                         const Watcher& watcher) {
+    SoundFile file(path);
     if (file.frames() == 0)
         throw CommandError("'" + path.string() + "' holds no samples, so there is nothing to draw",
                            ExitStatus::input);
