@@ -6,6 +6,8 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
 #include <optional>
 #include <sys/stat.h>
@@ -48,7 +50,9 @@ int openLock(const std::filesystem::path& folder) {
 std::optional<std::uint64_t> hashIn(const std::filesystem::path& path) {
     constexpr std::size_t digits = 16;
     const std::string name = path.stem().string();
-    return name.size() == digits ? words::wholeIn<std::uint64_t>(name, 16) : std::nullopt;
+    const bool isPart = path.extension() == partExtension && name.size() > digits;
+    return isPart || name.size() == digits ? words::wholeIn<std::uint64_t>(name.substr(0, digits), 16)
+                                           : std::nullopt;
 }
 
 } // namespace
@@ -136,9 +140,10 @@ std::vector<CachedFile> CacheFolder::filesIn(const std::filesystem::path& folder
 NewCachedFile::NewCachedFile(std::filesystem::path path) : path_(std::move(path)) {
     descriptor_ = open(path_.parent_path().c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
     if (descriptor_ < 0 && (errno == EOPNOTSUPP || errno == EISDIR || errno == ENOENT)) {
-        part_ = path_;
-        part_.replace_extension(partExtension);
-        descriptor_ = open(part_.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0600);
+        // Two processes may decode side by side on a file system without locks.
+        std::string part = path_.string() + "-XXXXXX" + partExtension;
+        descriptor_ = mkostemps(part.data(), static_cast<int>(std::strlen(partExtension)), O_CLOEXEC);
+        part_ = part;
     }
     if (descriptor_ < 0)
         fail(path_);
@@ -159,10 +164,10 @@ void NewCachedFile::commit() {
         result = linkat(AT_FDCWD, unnamed.c_str(), AT_FDCWD, path_.c_str(), AT_SYMLINK_FOLLOW);
     } else {
         result = rename(part_.c_str(), path_.c_str());
-        part_.clear();
     }
     if (result != 0)
         fail(path_);
+    part_.clear();
 }
 
 } // namespace audlmd

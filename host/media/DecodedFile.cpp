@@ -125,6 +125,14 @@ DecodedFile::DecodedFile(int descriptor, const ForeignFormat& format)
         sf_command(file_.get(), SFC_SET_CHANNEL_MAP_INFO, map.data(),
                    static_cast<int>(map.size() * sizeof(int)));
     }
+    if (format.timeReference) {
+        const auto time = static_cast<std::uint64_t>(*format.timeReference);
+        SF_BROADCAST_INFO broadcast{};
+        broadcast.version = 1;
+        broadcast.time_reference_low = static_cast<std::uint32_t>(time);
+        broadcast.time_reference_high = static_cast<std::uint32_t>(time >> 32U);
+        sf_command(file_.get(), SFC_SET_BROADCAST_INFO, &broadcast, sizeof broadcast);
+    }
 }
 
 void DecodedFile::take(std::span<const std::byte> bytes) {

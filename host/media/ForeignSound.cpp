@@ -5,6 +5,7 @@
 #include "host/media/WavStream.hpp"
 #include "host/words/Numbers.hpp"
 #include "host/words/Text.hpp"
+#include "host/words/Times.hpp"
 
 #include <nlohmann/json.hpp>
 
@@ -12,6 +13,7 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
+#include <iterator>
 #include <stdexcept>
 #include <string_view>
 #include <utility>
@@ -25,12 +27,16 @@ using Json = nlohmann::json;
 /// Formats that are lists of other files, whose changes nobody would notice.
 constexpr std::array<std::string_view, 6> lists{"concat", "dash", "hls", "imf", "rtsp", "sdp"};
 
-/// What ffprobe says of the wanted stream. In seconds; negative where the file does not say it.
+/// What ffprobe says of the wanted stream, in seconds; negative where the file does not say it.
 struct Facts {
-    std::size_t streams = 0;
     double length = -1.0;
     double start = -1.0;
     double startOfAll = -1.0;
+    /// By the timecode, of the file's start.
+    std::optional<double> clock;
+
+    /// How far the sound begins behind the file's start.
+    double late() const { return start < 0.0 || startOfAll < 0.0 ? 0.0 : start - startOfAll; }
 };
 
 SoundFileError failure(const ForeignSound& sound, const std::string& why) {
@@ -92,23 +98,46 @@ double secondsIn(const Json& object, const char* key) {
     return isText ? words::numberIn(found->get_ref<const std::string&>()).value_or(-1.0) : -1.0;
 }
 
+/// The time that the first timecode says, at the rate of the pictures.
+std::optional<double> clockIn(const Json& streams, const Json& format) {
+    const auto timecodeOf = [](const Json& object) {
+        return object.value("tags", Json::object()).value("timecode", "");
+    };
+    std::string timecode = timecodeOf(format);
+    for (const Json& stream : streams)
+        if (timecode.empty())
+            timecode = timecodeOf(stream);
+    for (const Json& stream : streams) {
+        std::string rate = stream.value("r_frame_rate", "");
+        if (rate.ends_with("/1"))
+            rate.resize(rate.size() - 2);
+        if (const auto time = words::timeIn(timecode + "@" + rate))
+            return time->seconds;
+    }
+    return std::nullopt;
+}
+
 Facts factsIn(const ForeignSound& sound, const Json& answer, bool isLengthGuessed) {
     const Json streams = answer.value("streams", Json::array());
     const Json format = answer.value("format", Json::object());
-    Facts facts{.streams = streams.size()};
+    std::vector<Json> sounds;
+    std::ranges::copy_if(streams, std::back_inserter(sounds),
+                         [](const Json& stream) { return stream.value("codec_type", "") == "audio"; });
     const std::string name = format.value("format_name", "");
     if (std::ranges::find(lists, name) != lists.end())
         throw failure(sound, "a list of other files (" + name + "); name the files themselves");
     const auto index = static_cast<std::size_t>(sound.stream);
-    if (facts.streams == 0)
+    if (sounds.empty())
         throw failure(sound, "there is no sound in it");
-    if (index >= facts.streams)
+    if (index >= sounds.size())
         throw failure(sound, "there is no sound stream " + std::to_string(sound.stream + 1) + ", it has " +
-                                 std::to_string(facts.streams));
+                                 std::to_string(sounds.size()));
+    Facts facts;
     if (!isLengthGuessed)
-        facts.length = secondsIn(streams[index], "duration");
-    facts.start = secondsIn(streams[index], "start_time");
+        facts.length = secondsIn(sounds[index], "duration");
+    facts.start = secondsIn(sounds[index], "start_time");
     facts.startOfAll = secondsIn(format, "start_time");
+    facts.clock = clockIn(streams, format);
     return facts;
 }
 
@@ -122,8 +151,9 @@ Facts probe(const ForeignSound& sound) {
     programFor(sound, "ffmpeg");
     const ProgramEnd end = runProgram(
         {.words = wordsFor(sound, "ffprobe",
-                           {"-v", "warning", "-select_streams", "a", "-of", "json", "-show_entries",
-                            "stream=index,duration,start_time:format=format_name,start_time"}),
+                           {"-v", "warning", "-of", "json", "-show_entries",
+                            "stream=codec_type,duration,start_time,r_frame_rate:stream_tags=timecode:format="
+                            "format_name,start_time:format_tags=timecode"}),
          .take = keep,
          .patience = sound.patience});
     if (!end.isHung && end.status == 1)
@@ -152,9 +182,8 @@ std::string noteOn(const Facts& facts, double decoded, const std::string& compla
     if (facts.length - decoded > rounding)
         add("its sound ends after " + secondsText(decoded) + " of the " + secondsText(facts.length) +
             " that it states");
-    if (facts.start - facts.startOfAll > rounding)
-        add("its sound begins " + secondsText(facts.start - facts.startOfAll) +
-            " after the rest, and is taken from there on");
+    if (facts.late() > rounding)
+        add("its sound begins " + secondsText(facts.late()) + " after the rest, and is taken from there on");
     if (!complaint.empty())
         add("ffmpeg says: " + complaint);
     return note;
@@ -169,6 +198,8 @@ std::string ForeignSound::decode(const ForeignSink& sink) const {
     WavStream wav(
         [&](const ForeignFormat& found) {
             format = found;
+            if (facts.clock)
+                format.timeReference = std::llround((*facts.clock + facts.late()) * format.sampleRate);
             sink.begin(format, std::llround(std::clamp(facts.length, 0.0, 1e9) * format.sampleRate));
         },
         [&](std::span<const std::byte> samples) {

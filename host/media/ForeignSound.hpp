@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <span>
 #include <string>
 
@@ -19,6 +20,8 @@ struct ForeignFormat {
     int sampleRate = 0;
     /// Unknown where the file does not say it.
     ChannelLayout layout;
+    /// The time of the first frame by the timecode of the file, in frames. Nothing where it has none.
+    std::optional<std::int64_t> timeReference = std::nullopt;
 };
 
 /// Takes what ffmpeg decodes.

@@ -45,7 +45,8 @@ void Progress::update(std::int64_t done) {
     const double share = static_cast<double>(done) / static_cast<double>(total_);
     const std::string filled(static_cast<std::size_t>(share * barWidth), '#');
     std::fprintf(stderr, "\r[%-*s] %3d %%  %.0f times real time  %s\033[K", barWidth, filled.c_str(),
-                 static_cast<int>(share * 100.0), timesRealTime(done, sampleRate_, elapsed()), about_.c_str());
+                 static_cast<int>(share * 100.0), timesRealTime(done, sampleRate_, elapsed()),
+                 about_.c_str());
     std::fflush(stderr);
 }
 

@@ -74,8 +74,9 @@ protected:
     /// An ffprobe that knows of two streams, and an ffmpeg that counts its calls and prints what the file
     /// `printed` holds: half a second of a channel at 8 kHz.
     void writePrograms() const {
-        writeProgram("ffprobe",
-                     R"(echo '{"streams": [{"duration": "0.5"}, {}], "format": {"format_name": "x"}}')");
+        writeProgram(
+            "ffprobe",
+            R"(echo '{"streams": [{"codec_type": "video"}, {"codec_type": "audio", "duration": "0.5"}, {"codec_type": "audio"}]}')");
         writeProgram("ffmpeg", "echo >> count; cat printed");
         std::string header = "RIFF....WAVEfmt "
                              "\x28...\xFE\xFF\x01.\x40\x1F......\x04.\x20.\x16.\x20.\x04" +
@@ -133,7 +134,7 @@ TEST_F(Decoding, FailsInOneLineAndLeavesNothing) {
               "(Format not recognised.) nor ffmpeg (unknown)"},
              {"ffprobe", "echo '{\"streams\": 3'", "cannot be understood"},
              {"ffprobe", "echo '{\"streams\": 3}'", "cannot be understood"},
-             {"ffprobe", "echo '{}'", "there is no sound in it"},
+             {"ffprobe", "echo '{\"streams\": [{\"codec_type\": \"video\"}]}'", "there is no sound in it"},
              {"ffprobe", R"(echo '{"streams": [{}], "format": {"format_name": "hls"}}')",
               "a list of other files"}}) {
         writePrograms();
@@ -229,7 +230,7 @@ TEST_F(Decoding, KeepsWhatIsInUseAndWhatWasUsedLast) {
     user->playable(in("a.mov"));
     cache(0)->playable(in("b.mov"));
     EXPECT_EQ(media(), "ab");
-    write(in("cache/0123456789abcdef.part"), "left by a process that was killed");
+    write(in("cache/0123456789abcdef.rf64-Ab3xyz.part"), "left by a process that was killed");
     write(in("cache/other.rf64"), "");
     EXPECT_EQ(cache()->clear(), 2U);
     EXPECT_EQ(media(), "a");
@@ -282,6 +283,8 @@ TEST_F(Films, GiveTheBytesOfFfmpegWithLengthDelayAndLayout) {
     }
     ffmpeg("-itsoffset 0.5" + noise("stereo") + pictures + both + "-c:a aac late.mp4");
     EXPECT_THAT(cache()->playable(in("late.mp4")).note, HasSubstr("s after the rest"));
+    ffmpeg("-i six.mov -c copy -timecode 01:00:00:10 timed.mov");
+    EXPECT_EQ(SoundFile(cache()->playable(in("timed.mov")).path).timeReference(), 3600 * 48'000 + 10 * 1920);
     ffmpeg(pictures + "-c:v mpeg4 mute.mp4");
     EXPECT_THAT([&] { cache()->playable(in("mute.mp4")); },
                 ThrowsMessage<SoundFileError>(HasSubstr("no sound in it")));

@@ -99,7 +99,7 @@ TEST_F(Films, PlayTheStreamThatIsNamed) {
 TEST_F(Films, LeaveNothingWhereASignalEndsTheirDecoding) {
     writeBytes(in("film.mov"), bytes_);
     std::filesystem::create_directory(in("bin"));
-    writeBytes(in("bin/ffprobe"), "#!/bin/sh\necho '{\"streams\": [{}]}'\n");
+    writeBytes(in("bin/ffprobe"), "#!/bin/sh\necho '{\"streams\": [{\"codec_type\": \"audio\"}]}'\n");
     writeBytes(in("bin/ffmpeg"), "#!/bin/sh\necho $$ > pid; exec sleep 100\n");
     ASSERT_EQ(shell("chmod +x bin/*"), 0);
     for (const std::string signal : {"HUP", "TERM", "KILL"}) {

@@ -49,7 +49,9 @@ struct JoinOptions : OutputOptions {
 };
 
 void JoinOptions::declare(CLI::App& join) {
-    join.add_option("INPUT", inputs, "Sound files and films, in their order")->required()->expected(2, 1 << 20);
+    join.add_option("INPUT", inputs, "Sound files and films, in their order")
+        ->required()
+        ->expected(2, 1 << 20);
     declareOutput(join, "The file to write",
                   {.rate = "the first input's", .channels = "the most of any input"}, mostMixBlock);
     addParsed(join, "--crossfade", crossfade, &parseCrossfade,
