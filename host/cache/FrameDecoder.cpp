@@ -98,7 +98,10 @@ std::int64_t timeReferenceOf(SNDFILE* file) {
 }
 
 SoundFileError failure(const std::filesystem::path& path, const std::string& reason) {
-    return SoundFileError{path.string() + ": " + reason};
+    // In front of the system's own words libsndfile writes this.
+    constexpr std::string_view system = "System error : ";
+    const bool isSystems = reason.starts_with(system);
+    return SoundFileError{"'" + path.string() + "': " + (isSystems ? reason.substr(system.size()) : reason)};
 }
 
 /// Reads the start of a file once: where that fails, libsndfile says that it does not know the format. What
@@ -111,7 +114,7 @@ void requireReadable(const std::filesystem::path& path) {
     const int error = read(descriptor, start.data(), start.size()) < 0 ? errno : 0;
     close(descriptor);
     if (error != 0)
-        throw failure(path, "System error : " + std::generic_category().message(error));
+        throw failure(path, std::generic_category().message(error));
 }
 
 } // namespace
@@ -156,7 +159,7 @@ FrameDecoder::File FrameDecoder::open(SF_INFO& info) const {
     File file(sf_open(path_.c_str(), SFM_READ, &info));
     const std::string reason = sf_strerror(file.get());
     if (file == nullptr && sf_error(nullptr) != SF_ERR_SYSTEM)
-        throw UnknownFormat(path_.string() + ": " + reason);
+        throw UnknownFormat(failure(path_, reason).what());
     if (file == nullptr)
         throw failure(path_, reason);
     // libsndfile goes on after a part of the header that could not be read, and takes the part for zeros.

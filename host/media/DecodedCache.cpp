@@ -87,7 +87,7 @@ struct DecodedCache::Impl {
         const std::string note = sound.decode({.begin = begin, .take = take});
         samples->finish(origin, note);
         if (originOf(sound.path, sound.stream) != origin)
-            throw SoundFileError(sound.path.string() + ": it has changed while it was decoded");
+            throw SoundFileError("'" + sound.path.string() + "': it has changed while it was decoded");
         file.commit();
         return note;
     }
@@ -116,11 +116,11 @@ PlayableFile DecodedCache::playable(const std::filesystem::path& medium, int str
     try {
         const SoundFile file(medium);
         if (stream != 0)
-            throw SoundFileError(medium.string() + ": there is no sound stream " +
+            throw SoundFileError("'" + medium.string() + "': there is no sound stream " +
                                  std::to_string(stream + 1) + ", it has 1");
         return {.path = medium};
     } catch (const UnknownFormat& unknown) {
-        reason = std::string(unknown.what()).substr(medium.string().size() + 2);
+        reason = std::string(unknown.what()).substr(std::string_view("'': ").size() + medium.string().size());
     }
     return impl_->decoded(
         {.path = medium, .stream = stream, .patience = impl_->options.patience, .reason = reason});

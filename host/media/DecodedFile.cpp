@@ -67,7 +67,7 @@ Origin originOf(const std::filesystem::path& path, int stream) {
     const std::filesystem::path plain = std::filesystem::canonical(path, error);
     struct stat status {};
     if (error || stat(plain.c_str(), &status) != 0)
-        throw SoundFileError(path.string() + ": " +
+        throw SoundFileError("'" + path.string() + "': " +
                              (error ? error : std::error_code(errno, std::generic_category())).message());
     constexpr std::int64_t second = 1'000'000'000;
     return {.path = plain,

@@ -40,7 +40,7 @@ struct Facts {
 };
 
 SoundFileError failure(const ForeignSound& sound, const std::string& why) {
-    return SoundFileError{sound.path.string() + ": " + why};
+    return SoundFileError{"'" + sound.path.string() + "': " + why};
 }
 
 std::string programFor(const ForeignSound& sound, const std::string& name) {

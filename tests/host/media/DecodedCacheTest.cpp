@@ -165,7 +165,7 @@ TEST_F(Decoding, FailsWhereTheFolderCannotTakeTheSamples) {
         setrlimit(RLIMIT_FSIZE, &limit);
         EXPECT_THAT(
             [&] { cache()->playable(in("a.mov")); },
-            ThrowsMessage<std::system_error>(HasSubstr("a.mov: what is decoded of it cannot be kept in ")))
+            ThrowsMessage<std::system_error>(HasSubstr("a.mov': what is decoded of it cannot be kept in ")))
             << most;
         setrlimit(RLIMIT_FSIZE, &before);
         EXPECT_THAT(cached(), IsEmpty()) << most;

@@ -45,7 +45,7 @@ TEST_F(Films, AreRefusedInTheSameWordsEverywhereWithoutFfmpeg) {
                      {"media": "line\n\u001b[2J\u009b.mov", "from": 0, "to": 100})");
     setenv("PATH", "/nowhere", 1);
     const std::string said =
-        "it's.mov: libsndfile does not read it, and the program ffmpeg, which may, is not "
+        "it's.mov': libsndfile does not read it, and the program ffmpeg, which may, is not "
         "installed (Debian: apt-get install ffmpeg)";
     for (const std::string line :
          {"render it's.mov -o new.wav", "plot spectrogram it's.mov -o new.png",
@@ -55,7 +55,7 @@ TEST_F(Films, AreRefusedInTheSameWordsEverywhereWithoutFfmpeg) {
     const std::string told = output("mix film.json --list");
     EXPECT_THAT(told, HasSubstr(said));
     EXPECT_EQ(told.find_first_of("\x1B\x9B"), std::string::npos);
-    expectRefused("render a.wav --stream 2 -o new.wav", "a.wav: there is no sound stream 2, it has 1", 3);
+    expectRefused("render a.wav --stream 2 -o new.wav", "'a.wav': there is no sound stream 2, it has 1", 3);
     EXPECT_EQ(shell("$a render - -o new.wav < it\\'s.mov 2> errors"), 3);
     EXPECT_THAT(readBytes(in("errors")), HasSubstr("standard input: Format not recognised. ffmpeg decodes"));
 }
@@ -70,7 +70,7 @@ TEST_F(Films, GiveWayToTheSoundBesideThem) {
         EXPECT_THAT(output("mix film.json --list"), HasSubstr("/film.wav\n"));
     }
     writeTimeline(R"({"media": "film.mov#stream=1", "from": 0, "to": 100})");
-    expectRefused("mix film.json -o new.wav --strict", "film.mov: libsndfile does not read it", 3);
+    expectRefused("mix film.json -o new.wav --strict", "film.mov': libsndfile does not read it", 3);
 }
 
 TEST_F(Films, PlayTheStreamThatIsNamed) {

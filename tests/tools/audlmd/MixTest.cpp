@@ -102,6 +102,10 @@ TEST_F(MixCommand, SaysWhichMediaAreMissingAndFindsThemAgain) {
     writeTimeline(R"({"name": "here", "media": "a.wav", "from": 0, "to": 48000},
                      {"name": "moved", "media": "old/reel2/b.wav", "at": 48000, "from": 0, "to": 48000})");
     expectRefused("mix film.json -o mix.wav --strict", "track 'A1', clip 'moved': ", 3);
+    run("mix film.json -o mix.wav --strict --report r.json");
+    const auto failure = nlohmann::json::parse(readBytes(in("r.json")));
+    EXPECT_EQ(failure["exitStatus"], 3);
+    EXPECT_THAT(failure["failure"], HasSubstr("clip 'moved'"));
     EXPECT_THAT(errorsOfMix("mix film.json -o mix.wav --report r.json"), HasSubstr("clip 'moved'"));
     EXPECT_EQ(readSound(in("mix.wav"))[0].size(), 96'000U);
     const auto report = nlohmann::json::parse(readBytes(in("r.json")));

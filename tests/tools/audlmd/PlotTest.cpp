@@ -45,7 +45,7 @@ TEST_F(Plot, RefusesInOneLineAndLeavesThePictureThatWasThere) {
     expectRefused("plot curves -o nowhere/a.png", "nowhere/a.png", 5);
     expectRefused("plot envelope -o a.png --fade-in 3s --duration 2s", "fade-in");
     expectRefused("plot envelope -o a.png --duration 0", "--duration");
-    expectRefused("plot automation ride.csv -o a.png", "ride.csv line 2", 3);
+    expectRefused("plot automation ride.csv -o a.png", "'ride.csv' line 2", 3);
     expectRefused("plot eq peak:1k:3:-1 -o a.png", "Q");
     expectRefused("plot spectrogram ride.csv -o a.png", "ride.csv", 3);
     expectRefused("plot spectrogram a.wav --channel 2 -o a.png", "--channel 2");

@@ -4,6 +4,7 @@
 #include "tests/tools/audlmd/CommandFixture.hpp"
 
 #include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cmath>
@@ -11,6 +12,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <numbers>
+#include <sstream>
 
 namespace audlmd::test {
 namespace {
@@ -56,7 +58,7 @@ TEST_F(Render, WritesEachInputIntoAFolderAlsoBehindOneThatFails) {
     EXPECT_THAT(
         outcome.errors,
         testing::MatchesRegex(
-            "audlmd: none.wav: .*\naudlmd: 1 of 3 inputs failed, see above; the others are in 'new/'\n"));
+            "audlmd: 'none.wav': .*\naudlmd: 1 of 3 inputs failed, see above; the others are in 'new/'\n"));
     EXPECT_EQ(readSound(in("new/a_x.wav")), readSound(in("a.wav")));
     EXPECT_EQ(readSound(in("new/b_x.wav")), readSound(in("b.ogg")));
     output("render a.wav b.ogg -o new --kind w64");
@@ -144,6 +146,32 @@ TEST_F(Render, TellsHowManySamplesAreOverFullScale) {
                             sound[1], [](float sample) { return std::abs(sample + 0.25F) > 1.0F; })) +
                         " samples, by up to 4.86 dB"),
               std::string::npos);
+}
+
+TEST_F(Render, TellsProgramsAnObjectALine) {
+    writeSound(in("a.wav"), {std::vector<float>(200'000, 1.5F)});
+    std::vector<nlohmann::json> told;
+    const auto tell = [&](const std::string& line) {
+        told.clear();
+        std::istringstream lines(run(line + " --json").output);
+        for (std::string object; std::getline(lines, object);)
+            told.push_back(nlohmann::json::parse(object));
+        return told.back();
+    };
+    const nlohmann::json failed = tell("render a.wav none.wav -o out/ --format s16 --duration 9s");
+    EXPECT_EQ(failed, (nlohmann::json{{"event", "error"},
+                                      {"input", "none.wav"},
+                                      {"exitStatus", 3},
+                                      {"text", "'none.wav': No such file or directory."}}));
+    EXPECT_EQ(told.front()["event"], "note");
+    EXPECT_EQ(told[1]["event"], "progress");
+    EXPECT_EQ(told[1]["of"], 200'000);
+    const nlohmann::json& last = told[told.size() - 2];
+    EXPECT_EQ(last["event"], "result");
+    EXPECT_EQ(last["output"], "out/a.wav");
+    EXPECT_EQ(last["frames"], 200'000);
+    EXPECT_EQ(last["channels"][0]["clipped"], 200'000);
+    EXPECT_NEAR(last["channels"][0]["peak"].get<double>(), 3.52, 0.01);
 }
 
 TEST_F(Render, EndsWithFiguresAndRefusesWhatTheSpeedLimitExcludes) {

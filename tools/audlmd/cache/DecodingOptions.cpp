@@ -19,10 +19,10 @@ namespace {
 constexpr int mostStreams = 1024;
 
 std::function<void(std::int64_t)> barFor(const std::filesystem::path& medium, std::int64_t expected,
-                                         int sampleRate, bool isQuiet) {
+                                         int sampleRate, bool isShown) {
     const std::int64_t total = expected > 0 ? expected : std::numeric_limits<std::int64_t>::max();
     const auto bar = std::make_shared<Progress>(
-        total, sampleRate, !isQuiet, "decoding " + words::printable(medium.filename().string(), 30));
+        total, sampleRate, isShown, "decoding " + words::printable(medium.filename().string(), 30));
     return [bar, total](std::int64_t done) { bar->update(std::min(done, total)); };
 }
 
@@ -58,14 +58,14 @@ DecodedCache& DecodingOptions::cache() const {
             .folder = folder,
             .limit = limit(),
             .watch = [this](const std::filesystem::path& medium, std::int64_t expected, int sampleRate) {
-                return barFor(medium, expected, sampleRate, isQuiet_);
+                return barFor(medium, expected, sampleRate, isShown_);
             }});
     return *cache_;
 }
 
 PlayableFile DecodingOptions::playable(const std::filesystem::path& input, std::optional<int> ofStream,
-                                       bool quiet) const {
-    isQuiet_ = quiet;
+                                       const JobStyle& style) const {
+    isShown_ = !style.quiet && !style.json;
     try {
         PlayableFile file = cache().playable(input, ofStream.value_or(1) - 1);
         if (!file.note.empty())

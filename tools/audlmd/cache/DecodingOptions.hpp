@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/media/DecodedCache.hpp"
+#include "tools/audlmd/JobLog.hpp"
 
 #include <filesystem>
 #include <memory>
@@ -27,9 +28,10 @@ struct DecodingOptions {
     void declareStream(CLI::App& app, const std::string& group);
 
     /// The file to open for an input, see DecodedCache, with a note that names the input. Shows the progress
-    /// of decoding on a terminal, unless `quiet`. Throws SoundFileError, and CommandError where the cache
-    /// cannot be written.
-    PlayableFile playable(const std::filesystem::path& input, std::optional<int> ofStream, bool quiet) const;
+    /// of decoding on a terminal, where the style is neither quiet nor for programs. Throws SoundFileError,
+    /// and CommandError where the cache cannot be written.
+    PlayableFile playable(const std::filesystem::path& input, std::optional<int> ofStream,
+                          const JobStyle& style) const;
 
     /// The same cache at every call, so that what has been decoded stays in it.
     DecodedCache& cache() const;
@@ -38,7 +40,7 @@ struct DecodingOptions {
 
 private:
     mutable std::shared_ptr<DecodedCache> cache_;
-    mutable bool isQuiet_ = false;
+    mutable bool isShown_ = true;
 };
 
 } // namespace audlmd::command

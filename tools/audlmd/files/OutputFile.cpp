@@ -64,7 +64,7 @@ SF_INFO OutputFile::info() const {
     const bool isLarge = layout_.dataBytes() > largestWavData && !target_.isStream;
     const int type = target_.kind->type == SF_FORMAT_WAV && isLarge ? SF_FORMAT_RF64 : target_.kind->type;
     if (const std::string why = whyLayoutDoesNotFit(type, layout_.speakers); !why.empty())
-        throw CommandError("cannot write '" + target_.path.string() + "': " + why);
+        throw CommandError("'" + target_.path.string() + "' cannot be written: " + why);
     info.format = typeFor(type, layout_.speakers) | *subtypeIn(*target_.kind, layout_.format);
     return info;
 }
@@ -221,7 +221,7 @@ void OutputFile::requireLastFrame() {
 }
 
 void OutputFile::fail(const std::string& why) const {
-    throw CommandError("cannot write '" + target_.path.string() + "': " + why, ExitStatus::output);
+    throw CommandError("'" + target_.path.string() + "' cannot be written: " + why, ExitStatus::output);
 }
 
 } // namespace audlmd::command

@@ -93,7 +93,7 @@ std::pair<std::string, std::optional<int>> partsOf(const std::string& media) {
 
 void MediaFinder::look(FoundMedium& medium, std::optional<int> stream) const {
     try {
-        const PlayableFile playable = options_.decoding.playable(medium.path, stream, options_.quiet);
+        const PlayableFile playable = options_.decoding.playable(medium.path, stream, options_.style);
         medium.file = playable.path;
         medium.note = playable.note;
         const SoundFile file(medium.file);

@@ -108,28 +108,35 @@ void MixOptions::requireCompatible() const {
     if (!picture.empty())
         pictureKindOf(picture); // Throws for a name that could not be written.
     if (as == "json" && !list)
-        throw CommandError("--as json is for --list");
+        throw CommandError("--as json is for --list; --json tells programs about a mix");
+    if (style.json && list)
+        throw CommandError("--json is for a mix; the list is JSON with --as json");
 }
 
-std::pair<TimelineSpan, std::string> MixOptions::spanOf(const Timeline& timelineToMix) const {
+std::pair<TimelineSpan, std::string> MixOptions::wholeOf(const Timeline& timelineToMix) const {
     TimelineSample end = TimelineSample() + timelineToMix.length;
     if (untilLastSound)
         end = std::min(endOfSound(timelineToMix), end);
     const ResolvedRange part =
         range.in({.name = "the timeline", .length = end.number(), .sampleRate = timelineToMix.sampleRate});
-    TimelineSpan span{.from = part.from, .to = part.to};
+    return {{.from = part.from, .to = part.to}, part.note};
+}
+
+TimelineSpan MixOptions::sliceOf(TimelineSpan whole) const {
+    TimelineSpan span = whole;
     if (slice) {
         // A part at a time, because the product of a length and a number may overflow.
-        const std::int64_t whole = span.length();
+        const std::int64_t length = whole.length();
         const auto border = [&](std::int64_t number) {
-            return span.from + whole / slice->count * number + whole % slice->count * number / slice->count;
+            return whole.from + length / slice->count * number +
+                   length % slice->count * number / slice->count;
         };
         span = {.from = border(slice->number - 1), .to = border(slice->number)};
     }
     if (span.isEmpty())
         throw CommandError("there is nothing to mix from sample " + std::to_string(span.from.number()) +
                            " to sample " + std::to_string(span.to.number()));
-    return {span, part.note};
+    return span;
 }
 
 } // namespace audlmd::command

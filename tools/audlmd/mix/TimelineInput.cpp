@@ -26,8 +26,8 @@ namespace {
 
 std::string readText(const std::filesystem::path& path) {
     const auto refuse = [&path](int error) {
-        throw CommandError("cannot read '" + words::printable(path.string()) +
-                               "': " + std::generic_category().message(error),
+        throw CommandError("'" + words::printable(path.string()) +
+                               "' cannot be read: " + std::generic_category().message(error),
                            ExitStatus::input);
     };
     // A folder opens, and fails only when it is read.

@@ -54,7 +54,10 @@ PlayableFile RenderingOptions::atHand(const std::filesystem::path& input) const 
     const std::optional<RawLayout> raw = rawInput();
     if (raw || isStream(input))
         return {.path = spooled(input, raw)};
-    return decoding.playable(input, decoding.stream, quiet);
+    PlayableFile file = decoding.playable(input, decoding.stream, style);
+    if (!file.note.empty())
+        file.note = "note: " + file.note;
+    return file;
 }
 
 OpenInput RenderingOptions::open(const std::filesystem::path& file,
@@ -65,10 +68,10 @@ OpenInput RenderingOptions::open(const std::filesystem::path& file,
         media = openSoundFile(file.string());
     } catch (const SoundFileError& error) {
         // The user knows the input, not its copy.
-        std::string why = std::string(error.what()).substr(file.string().size());
+        std::string why = std::string(error.what()).substr(file.string().size() + 2);
         if (dynamic_cast<const UnknownFormat*>(&error) != nullptr)
             why += " ffmpeg decodes films from files only: save it as one";
-        throw SoundFileError((input == "-" ? "standard input" : input.string()) + why);
+        throw SoundFileError((input == "-" ? "standard input" : "'" + input.string() + "'") + why);
     }
     if (media.channels.front()->length() == 0)
         throw CommandError("'" + input.string() + "' holds no samples", ExitStatus::input);
@@ -102,7 +105,9 @@ void OutputOptions::declareOutput(CLI::App& app, const std::string& outputHelp, 
     app.add_flag("--truncate", truncate, "Round toward zero and clip floats, as the library does for a host")
         ->group(group);
     declareRendering(app, group, defaults);
-    app.add_flag("--quiet", quiet, "Tell only what is not as it was asked: no progress, no summary")
+    app.add_flag("--quiet", style.quiet, "Tell only what is not as it was asked: no progress, no summary")
+        ->group(group);
+    app.add_flag("--json", style.json, "Tell programs: an object a line, with progress, notes and result")
         ->group(group);
     app.add_option("--block", block, "Samples per render call (default 4096); changes no sample")
         ->option_text("N")

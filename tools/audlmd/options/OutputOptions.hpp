@@ -4,6 +4,7 @@
 #include "host/mix/Media.hpp"
 #include "host/services/RenderFunctions.hpp"
 #include "host/signal/Unclipped.hpp"
+#include "tools/audlmd/JobLog.hpp"
 #include "tools/audlmd/cache/DecodingOptions.hpp"
 #include "tools/audlmd/files/FileKind.hpp"
 #include "tools/audlmd/files/SpooledInput.hpp"
@@ -39,8 +40,8 @@ struct RenderingOptions {
     std::optional<int> rate;
     /// Whether the functions of the loaded library render, and not those compiled into the command.
     bool throughTables = false;
-    /// Whether only what is not as it was asked is told.
-    bool quiet = false;
+    /// How the job tells what it does.
+    JobStyle style;
 
     /// What holds without --rate and --channels, for the help.
     struct Defaults {

@@ -45,8 +45,8 @@ ResolvedRange RangeOptions::in(const RangeOf& whole) const {
             range.to = range.from + length;
     }
     if (range.from >= range.to)
-        throw CommandError("the range from sample " + std::to_string(range.from) + " to " +
-                           std::to_string(range.to) + " of " + whole.name + " holds nothing");
+        throw CommandError(whole.name + ": the range from sample " + std::to_string(range.from) + " to " +
+                           std::to_string(range.to) + " holds nothing");
     return range;
 }
 

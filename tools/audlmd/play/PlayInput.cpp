@@ -34,7 +34,7 @@ PlayInput::PlayInput(const PlayOptions& options) : options_(options), isTimeline
 void PlayInput::openSound() {
     const PlayableFile atHand = options_.atHand(options_.input);
     if (!atHand.note.empty())
-        std::puts(("note: " + atHand.note).c_str());
+        std::puts(atHand.note.c_str());
     OpenInput opened = options_.open(atHand.path, options_.input);
     media_ = options_.strip.amplified(std::move(opened.media));
     if (!opened.note.empty())

@@ -61,7 +61,7 @@ struct PlotOptions {
 
     /// The file to open for the input.
     std::filesystem::path playable() const {
-        const PlayableFile file = decoding.playable(input, decoding.stream, false);
+        const PlayableFile file = decoding.playable(input, decoding.stream, {});
         if (!file.note.empty())
             std::puts(("note: " + file.note).c_str());
         return file.path;

@@ -97,6 +97,8 @@ void RenderOptions::requireCompatible() const {
         throw CommandError("--suffix is for outputs in a folder");
     if (mixInto && inputs.size() > 1)
         throw CommandError("--mix-into takes one input");
+    if (style.json && explain)
+        throw CommandError("--explain is for people, and --json for programs: use one of them");
     strip.requireCompatible();
 }
 
