@@ -42,8 +42,8 @@ struct DecodedCache::Impl {
                 folder = std::make_unique<CacheFolder>(options.folder);
             return decoded(sound, origin);
         } catch (const std::filesystem::filesystem_error& error) {
-            throw std::system_error(error.code(), sound.path.string() +
-                                                      ": what is decoded of it cannot be kept in '" +
+            throw std::system_error(error.code(), "'" + sound.path.string() +
+                                                      "': what is decoded of it cannot be kept in '" +
                                                       options.folder.string() + "'");
         }
     }
