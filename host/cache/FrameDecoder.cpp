@@ -1,6 +1,5 @@
 #include "host/cache/FrameDecoder.hpp"
 
-#include "host/cache/FilmContainer.hpp"
 #include "host/cache/SoundFile.hpp"
 #include "host/cache/StatedLayout.hpp"
 #include "host/services/SampleRates.hpp"
@@ -175,9 +174,11 @@ FrameDecoder::File FrameDecoder::open(SF_INFO& info) const {
     const Lock lock(opening);
     requireReadable(path_);
     File file(sf_open(path_.c_str(), SFM_READ, &info));
+    const std::string reason = sf_strerror(file.get());
+    if (file == nullptr && sf_error(nullptr) != SF_ERR_SYSTEM)
+        throw UnknownFormat(failure(path_, reason).what());
     if (file == nullptr)
-        throw failure(path_, isFilmContainer(path_) ? "a film container; " + filmContainerAdvice(path_)
-                                                    : sf_strerror(nullptr));
+        throw failure(path_, reason);
     // libsndfile goes on after a part of the header that could not be read, and takes the part for zeros.
     if (sf_error(file.get()) == SF_ERR_SYSTEM)
         throw failure(path_, sf_strerror(file.get()));

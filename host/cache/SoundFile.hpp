@@ -24,6 +24,12 @@ enum class Truncated {
     taken
 };
 
+/// A file that libsndfile can read, and does not understand. Another program may, see DecodedCache.
+class UnknownFormat : public SoundFileError {
+public:
+    using SoundFileError::SoundFileError;
+};
+
 /// An open sound file in any format of libsndfile, shared by the sources of its channels.
 ///
 /// A file stores the samples of all channels together, while a cache reads each channel on its own. So the
@@ -35,10 +41,10 @@ enum class Truncated {
 /// Thread safe. Reads wait for each other.
 class SoundFile {
 public:
-    /// Throws SoundFileError if the file is not there, not readable, not audio, not seekable, shorter than
-    /// its header says, or at a sample rate outside those of SampleRates.hpp. For a film container the text
-    /// has the command that extracts its sound. The trap: without memory, some of the decoders below
-    /// libsndfile end the process.
+    /// Throws SoundFileError if the file is not there, not readable, not seekable, shorter than its header
+    /// says, or at a sample rate outside those of SampleRates.hpp; UnknownFormat if it is not audio, or of a
+    /// format that libsndfile does not read, as film containers are. The trap: without memory, some of the
+    /// decoders below libsndfile end the process.
     explicit SoundFile(const std::filesystem::path& path, Truncated truncated = Truncated::refused);
     ~SoundFile();
     SoundFile(const SoundFile&) = delete;

@@ -31,20 +31,29 @@ EXAMPLES
 
 struct InfoOptions : InputOptions {
     std::vector<std::filesystem::path> inputs;
-    bool json = false;
 };
 
 FileInfo readInfo(const std::filesystem::path& input, const InfoOptions& options) {
-    const std::filesystem::path file = options.atHand(input);
+    const PlayableFile file = options.atHand(input);
     std::optional<Progress> bar;
     try {
-        return fileInfo(file, [&](const FileInfo& info, std::int64_t frames) {
-            if (!bar)
-                bar.emplace(info.frames, info.sampleRate);
-            bar->update(frames);
-        });
+        FileInfo info =
+            fileInfo(file.path, options.truncated(), [&](const FileInfo& read, std::int64_t done) {
+                if (!bar)
+                    bar.emplace(read.frames, read.sampleRate, !options.style.json);
+                bar->update(done);
+            });
+        if (file.isDecoded) {
+            // The rest is that of the decoded file.
+            info.kind = "decoded by ffmpeg";
+            info.coding = "decoded to floats";
+            info.format.reset();
+            info.chunks.clear();
+            info.metadata = {};
+        }
+        return info;
     } catch (const SoundFileError& error) {
-        throw failureOf(input, file, error);
+        throw failureOf(input, file.path, error);
     }
 }
 
@@ -56,11 +65,11 @@ void tellAll(const InfoOptions& options) {
             const std::string name = options.inputs[n].string();
             const FileInfo info = readInfo(name, options);
             std::printf("%s%s", between,
-                        options.json ? infoJson(name, info).c_str() : infoText(name, info).c_str());
-            between = options.json ? "" : "\n";
+                        options.style.json ? infoJson(name, info).c_str() : infoText(name, info).c_str());
+            between = options.style.json ? "" : "\n";
         },
         [&](std::size_t n, const CommandError& failure) {
-            if (options.json)
+            if (options.style.json)
                 std::fputs(failureJson(options.inputs[n].string(), failure.what()).c_str(), stdout);
         });
 }
@@ -71,10 +80,11 @@ void addInfoCommand(CLI::App& app) {
     CLI::App* info = app.add_subcommand("info", "Tell what sound files are, and how loud");
     const auto options = std::make_shared<InfoOptions>();
     info->add_option("FILE", options->inputs,
-                     "Sound files in any format that libsndfile reads; - is standard input")
+                     "Sound files in any format that libsndfile reads, and films; - is standard input")
         ->required();
-    info->add_flag("--json", options->json, "One JSON object a line, for programs");
+    info->add_flag("--json", options->style.json, "One JSON object a line, for programs");
     options->declareInput(*info);
+    options->declareMaterial(*info);
     info->footer(infoHelp);
     info->callback([options] { tellAll(*options); });
 }

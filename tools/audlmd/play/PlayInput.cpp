@@ -33,13 +33,15 @@ PlayInput::PlayInput(const PlayOptions& options) : options_(options), isTimeline
 }
 
 void PlayInput::openSound() {
-    const std::filesystem::path file = options_.atHand(options_.input);
-    OpenInput opened = options_.open(file, options_.input);
+    const PlayableFile atHand = options_.atHand(options_.input);
+    if (!atHand.note.empty())
+        std::puts(atHand.note.c_str());
+    OpenInput opened = options_.open(atHand.path, options_.input);
     media_ = options_.strip.amplified(std::move(opened.media));
-    const Metadata metadata = readMetadata(file);
+    const Metadata metadata = readMetadata(atHand.path);
     markers_ = atRate(metadata.markers, metadata.sampleRate, media_.sampleRate);
-    if (!opened.note.empty())
-        std::puts(opened.note.c_str());
+    for (const std::string& note : opened.notes)
+        std::puts(note.c_str());
     settings_ = forwards(options_.strip
                              .settingsFor({.path = options_.input,
                                            .frames = media_.channels.front()->length(),
@@ -49,7 +51,7 @@ void PlayInput::openSound() {
 }
 
 void PlayInput::openTimeline() {
-    finder_ = std::make_unique<MediaFinder>(options_.media);
+    finder_ = std::make_unique<MediaFinder>(options_.media, options_);
     timeline_ =
         readTimelineFile(options_.input, {.rate = options_.rate, .channels = options_.channels}, *finder_);
     markers_ = markersOf(timeline_);

@@ -58,7 +58,7 @@ void declareDevice(CLI::App& play, PlayOptions& options) {
 
 void PlayOptions::declare(CLI::App& play) {
     play.add_option("INPUT", input,
-                    "A sound file or a timeline; the content decides; - is sound on standard input");
+                    "A sound file, a film or a timeline; the content decides; - is sound on standard input");
     declareInput(play);
     declareDevice(play, *this);
     play.add_option("--media", media, "A folder in which a timeline's media are looked for")
@@ -82,7 +82,7 @@ void PlayOptions::requireCompatible() const {
         requireFilteringSpeed(strip.speed->factor);
     const bool playsTimeline = isTimeline();
     if (playsTimeline && (!strip.equaliser.empty() || strip.fadeIn || strip.fadeOut || strip.gain ||
-                          strip.level || strip.automation || strip.converter))
+                          strip.level || strip.automation || strip.converter || decoding.stream))
         throw CommandError("a timeline has its own levels, fades and equalisers: only --speed, --reverse and "
                            "--from go with a timeline");
     if (!playsTimeline && !media.empty())

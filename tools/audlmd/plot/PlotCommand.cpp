@@ -3,6 +3,7 @@
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Progress.hpp"
 #include "tools/audlmd/Subcommands.hpp"
+#include "tools/audlmd/cache/DecodingOptions.hpp"
 #include "tools/audlmd/files/Outputs.hpp"
 #include "tools/audlmd/options/AutomationFile.hpp"
 #include "tools/audlmd/options/ParsedOption.hpp"
@@ -13,6 +14,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdio>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -58,6 +60,21 @@ struct PlotOptions {
     std::optional<int> channel;
     /// In dB.
     double floor = -120.0;
+
+    DecodingOptions decoding;
+
+    /// The file to open for the input.
+    std::filesystem::path playable() const {
+        const PlayableFile file = decoding.playable(input, decoding.stream, {});
+        if (!file.note.empty())
+            std::puts(("note: " + file.note).c_str());
+        return file.path;
+    }
+    /// A figure of what playable() has given, named after the input.
+    Figure titled(Figure figure) const {
+        figure.title = words::printable(input.filename().string());
+        return figure;
+    }
 
     /// The length of the picture in samples: the option's, or `samples` without the option.
     std::int64_t durationOr(std::int64_t samples) const {
@@ -185,7 +202,9 @@ void addEqualiser(CLI::App& plot, const SharedOptions& options) {
 CLI::App* addSound(CLI::App& plot, const SharedOptions& options, const char* name, const char* description,
                    Draw draw) {
     CLI::App* kind = addKind(plot, options, name, description, std::move(draw));
-    kind->add_option("FILE", options->input, "A sound file in any format that libsndfile reads")->required();
+    kind->add_option("FILE", options->input, "A sound file, or a film")->required();
+    options->decoding.declareStream(*kind, "Options");
+    options->decoding.declareCache(*kind, "Options");
     return kind;
 }
 
@@ -197,15 +216,18 @@ void addChannel(CLI::App& kind, PlotOptions& options) {
 void addSounds(CLI::App& plot, const SharedOptions& options) {
     addChannel(*addSound(plot, options, "waveform", "Peaks and RMS over time of a sound file",
                          [](const PlotOptions& o, const Watcher& watcher) {
-                             return waveformFigure(o.input, o.channel, watcher);
+                             return o.titled(waveformFigure(o.playable(), o.channel, watcher));
                          }),
                *options);
     addSound(plot, options, "loudness", "The loudness over time of a sound file",
-             [](const PlotOptions& o, const Watcher& watcher) { return loudnessFigure(o.input, watcher); });
-    CLI::App* spectrogram = addSound(plot, options, "spectrogram", "The spectrum over time of a sound file",
-                                     [](const PlotOptions& o, const Watcher& watcher) {
-                                         return spectrogramFigure(o.input, o.channel, o.floor, watcher);
-                                     });
+             [](const PlotOptions& o, const Watcher& watcher) {
+                 return o.titled(loudnessFigure(o.playable(), watcher));
+             });
+    CLI::App* spectrogram =
+        addSound(plot, options, "spectrogram", "The spectrum over time of a sound file",
+                 [](const PlotOptions& o, const Watcher& watcher) {
+                     return o.titled(spectrogramFigure(o.playable(), o.channel, o.floor, watcher));
+                 });
     addChannel(*spectrogram, *options);
     spectrogram->add_option("--floor", options->floor, "Level of the darkest colour (default -120)")
         ->option_text("DB")
