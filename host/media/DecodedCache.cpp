@@ -50,7 +50,7 @@ struct DecodedCache::Impl {
 
     PlayableFile decoded(const ForeignSound& sound, const Origin& origin) AUDLMD_REQUIRES(mutex) {
         const std::uint64_t hash = hashOf(origin);
-        PlayableFile file{.path = folder->pathOf(hash)};
+        PlayableFile file{.path = folder->pathOf(hash), .isDecoded = true};
         folder->use(hash);
         const auto isThere = [&] {
             const std::optional<std::string> note = noteOfWhole(file.path, origin);

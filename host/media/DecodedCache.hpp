@@ -16,6 +16,7 @@ struct PlayableFile {
     std::filesystem::path path;
     /// What is not as the medium states it, in a line for the user. Empty: nothing.
     std::string note = {};
+    bool isDecoded = false;
 };
 
 /// What was decoded of a medium.

@@ -56,7 +56,8 @@ TEST_F(Join, Crossfades) {
 
 TEST_F(Join, JoinsTheSlicesOfAMixToTheWholeAndItsReport) {
     writeSound(in("loud.wav"), {std::vector<float>(9600, 1.5F)});
-    writeBytes(in("film.json"), R"({"audlmd": 1, "timeReference": 4800, "tracks": [{"strips": [
+    writeBytes(in("film.json"), R"({"audlmd": 1, "name": "film", "timeReference": 4800,
+        "markers": [{"name": "in", "at": 10}, {"name": "late", "at": 9000}], "tracks": [{"strips": [
         {"media": "loud.wav", "at": 0}, {"media": "none.wav", "at": 4000, "to": 4000}]}]})");
     for (const std::string kind : {"wav --format s32 --dither", "raw --format s24in32", "flac"}) {
         const std::string extension = kind.substr(0, kind.find(' '));
@@ -69,7 +70,7 @@ TEST_F(Join, JoinsTheSlicesOfAMixToTheWholeAndItsReport) {
         EXPECT_EQ(
             run("join --slices 3.json 1.json 2.json -o joined." + extension + " --report all.json").status,
             4);
-        EXPECT_EQ(readBytes(in("joined." + extension)), readBytes(in("whole." + extension))) << kind;
+        EXPECT_TRUE(readBytes(in("joined." + extension)) == readBytes(in("whole." + extension))) << kind;
         nlohmann::json whole = nlohmann::json::parse(readBytes(in("whole.json")));
         nlohmann::json all = nlohmann::json::parse(readBytes(in("all.json")));
         EXPECT_EQ(whole["channels"][0]["samples"], 9600) << kind;

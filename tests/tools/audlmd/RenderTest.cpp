@@ -189,6 +189,16 @@ TEST_F(Render, EndsWithFiguresAndRefusesWhatTheSpeedLimitExcludes) {
     writeBytes(in("my.conf"), "AudioPlaybackSpeedLimit = 3\n");
     setenv("AUDLMD_CONFIG", in("my.conf").c_str(), 1);
     expectRefused(line, "to 3 (the setting");
+    writeBytes(in("my.conf"), "AudioPlaybackSpedLimit = 3\nAudioPlaybackSpeedLimit = 20\n");
+    setenv("AUDLMD_AudioPlaybackSpeedlimit", "4", 1);
+    EXPECT_EQ(run(line).errors,
+              "audlmd: note: " + in("my.conf").string() +
+                  ":1: 'AudioPlaybackSpedLimit' is no setting; did you mean AudioPlaybackSpeedLimit?\n"
+                  "audlmd: note: the environment variable AUDLMD_AudioPlaybackSpeedlimit is no setting; did you mean "
+                  "AUDLMD_AudioPlaybackSpeedLimit?\n"
+                  "audlmd: note: the setting AudioPlaybackSpeedLimit is 20, but 8 is the nearest that can be "
+                  "played\n");
+    unsetenv("AUDLMD_AudioPlaybackSpeedlimit");
     setenv("AUDLMD_CONFIG", "", 1);
     expectRefused("render a.wav -o out.wav --speed 6.5", "to 6 (the setting");
     setenv("AUDLMD_CONFIG", in("no.conf").c_str(), 1);

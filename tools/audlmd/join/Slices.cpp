@@ -213,6 +213,20 @@ void requireBelongTogether(const std::vector<SliceReport>& slices) {
                            ExitStatus::input);
 }
 
+/// What the whole says beside its samples: what the slices say, each at its place.
+Metadata wholeMetadata(const std::vector<SliceReport>& slices) {
+    Metadata whole = readMetadata(slices.front().sound);
+    // Written anew, as for the whole.
+    whole.broadcast.reset();
+    whole.markers.clear();
+    for (const SliceReport& slice : slices)
+        for (Marker marker : readMetadata(slice.sound).markers) {
+            marker.position += slice.from - slices.front().from;
+            whole.markers.push_back(std::move(marker));
+        }
+    return whole;
+}
+
 void requireAsTheyAre(const JoinOptions& options) {
     if (options.crossfade || options.rate || options.format || options.channels.channels ||
         options.channels.map || options.dither || options.truncate)
@@ -264,8 +278,10 @@ void joinSlices(const JoinOptions& options) {
                         .sampleRate = first.sampleRate,
                         .frames = slices.back().to - first.from,
                         .timeReference = first.timeReference + first.from};
-    if (findFileKind(first.sound) != &rawFileKind())
+    if (findFileKind(first.sound) != &rawFileKind()) {
         layout.speakers = layoutOf(openSoundFile(first.sound.string()));
+        layout.metadata = wholeMetadata(slices);
+    }
     const Json report = mergedReport(slices, options.output.string());
     const JobLog log(outputs.report(), options.style, options.output.string());
     OutputFile output(*outputs.sound(), layout);

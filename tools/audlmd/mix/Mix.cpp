@@ -236,14 +236,28 @@ private:
         return mixed;
     }
 
+    /// What the output says beside its samples. A file without a header says nothing.
+    void describe(OutputLayout& layout) const {
+        if (options_.noMetadata || outputs_.sound()->kind == &rawFileKind())
+            return;
+        layout.timeReference = timeline_.timeReference + span_.from.number();
+        if (!timeline_.name.empty())
+            layout.metadata.tags[SF_STR_TITLE] = timeline_.name;
+        layout.metadata.markers = markersOf(timeline_);
+        layout.metadata.sampleRate = layout.sampleRate;
+        moveInto(layout.metadata,
+                 {.from = span_.from.number(), .to = span_.to.number(), .whole = timeline_.length},
+                 layout.sampleRate);
+    }
+
     /// Returns how long that took, in seconds.
     double writeOutput(Mixer& mixer) const {
-        const OutputLayout layout{.format = format_,
-                                  .channels = static_cast<int>(outputLayout(timeline_).size()),
-                                  .sampleRate = timeline_.sampleRate,
-                                  .frames = span_.length(),
-                                  .timeReference = timeline_.timeReference + span_.from.number(),
-                                  .speakers = outputLayout(timeline_)};
+        OutputLayout layout{.format = format_,
+                            .channels = static_cast<int>(outputLayout(timeline_).size()),
+                            .sampleRate = timeline_.sampleRate,
+                            .frames = span_.length(),
+                            .speakers = outputLayout(timeline_)};
+        describe(layout);
         OutputFile output(*outputs_.sound(), layout);
         Progress progress(layout.frames, layout.sampleRate, log_);
         MixedChunks chunks(mixer, span_.from, format_, rounding_, options_.block, [&] {

@@ -3,6 +3,7 @@
 #include "host/words/Numbers.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/files/Outputs.hpp"
+#include "tools/audlmd/mix/TimelineInput.hpp"
 #include "tools/audlmd/options/ParsedOption.hpp"
 
 #include <algorithm>
@@ -25,8 +26,12 @@ SILENCE where the timeline means sound, such as a clip whose medium is missing, 
 written, and the exit status is 4. With --strict nothing is written.
 
 TIMES of --from, --to and --duration are the output's: seconds (12.5 or 3s), milliseconds (250ms), samples
-(480000smp), a clock (1:02.5, 1:00:02.5) or timecode with its rate (1:00:00:12@25). --slice 2/4 mixes the second of four equal parts of that; the parts, joined, are
-the whole byte for byte.
+(480000smp), a clock (1:02.5, 1:00:02.5), timecode with its rate (1:00:00:12@25), or the name of a marker of the
+timeline. --slice 2/4 mixes the second of four equal parts of that; the samples of the parts, joined, are the
+whole byte for byte.
+
+METADATA of the output are the timeline's name as title, its time reference and its markers, as far as the kind
+of file has a place for them.
 
 CHANNELS Media with more channels than the timeline are folded down, and a note says so; so is the mix where
 --channels asks for fewer than the timeline itself says. --map takes channels of the mix.
@@ -86,6 +91,8 @@ void MixOptions::declare(CLI::App& mix) {
     mix.add_option("TIMELINE", timeline, "OpenTimelineIO JSON, or JSON of our own")->required();
     declareOutput(mix, "The file to write",
                   {.rate = "the timeline's, else 48000", .channels = "the timeline's, else 2"}, mostMixBlock);
+    mix.add_flag("--no-metadata", noMetadata, "Leave out the timeline's name, time reference and markers")
+        ->group("Output");
     declarePart(mix, *this);
     mix.add_option("--media", media, "Look for missing media below this folder; may be repeated")
         ->option_text("DIR")
@@ -117,8 +124,10 @@ std::pair<TimelineSpan, std::string> MixOptions::wholeOf(const Timeline& timelin
     TimelineSample end = TimelineSample() + timelineToMix.length;
     if (untilLastSound)
         end = std::min(endOfSound(timelineToMix), end);
-    const ResolvedRange part =
-        range.in({.name = "the timeline", .length = end.number(), .sampleRate = timelineToMix.sampleRate});
+    const ResolvedRange part = range.in({.name = "the timeline",
+                                         .length = end.number(),
+                                         .sampleRate = timelineToMix.sampleRate,
+                                         .markers = markersOf(timelineToMix)});
     return {{.from = part.from, .to = part.to}, part.note};
 }
 

@@ -48,6 +48,7 @@ struct MixOptions : OutputOptions {
     /// The timeline to mix of a file that holds several. Empty: the only one.
     std::string timelineName;
 
+    bool noMetadata = false;
     bool list = false;
     /// Of the list: text or json.
     std::string as = "text";

@@ -174,6 +174,14 @@ Timeline readTimelineFile(const std::filesystem::path& path, const AskedOutput& 
     return read;
 }
 
+std::vector<Marker> markersOf(const Timeline& timeline) {
+    std::vector<Marker> markers;
+    for (const TimelineMarker& marker : timeline.markers)
+        markers.push_back({.position = marker.at.number(), .name = marker.name});
+    std::ranges::stable_sort(markers, {}, &Marker::position);
+    return markers;
+}
+
 MediaCheck checkMedia(const Timeline& timeline, TimelineSpan part, MediaFinder& finder) {
     MediaCheck check;
     for (const auto& [media, use] : usesOf(timeline, part)) {

@@ -26,7 +26,7 @@ RenderFunctionLookUp<Unclipped> RenderingOptions::inlined() const {
     return throughTables ? nullptr : &inlinedRenderFunction;
 }
 
-void RenderingOptions::declareInput(CLI::App& app) {
+void InputOptions::declareInput(CLI::App& app) {
     constexpr const char* group = "Input";
     addParsed(app, "--input-format", inputFormat, &parseFormat, "Of samples without a header: f32, s16, ...")
         ->option_text("FORMAT")
@@ -41,7 +41,7 @@ void RenderingOptions::declareInput(CLI::App& app) {
     decoding.declareStream(app, group);
 }
 
-std::optional<RawLayout> RenderingOptions::rawInput() const {
+std::optional<RawLayout> InputOptions::rawInput() const {
     if (!inputFormat && !inputRate && !inputChannels)
         return std::nullopt;
     if (!inputFormat || !inputRate || !inputChannels)
@@ -50,7 +50,7 @@ std::optional<RawLayout> RenderingOptions::rawInput() const {
     return RawLayout{.format = *inputFormat, .sampleRate = *inputRate, .channels = *inputChannels};
 }
 
-PlayableFile RenderingOptions::atHand(const std::filesystem::path& input) const {
+PlayableFile InputOptions::atHand(const std::filesystem::path& input) const {
     const std::optional<RawLayout> raw = rawInput();
     if (raw || isStream(input))
         return {.path = spooled(input, raw)};
@@ -67,11 +67,7 @@ OpenInput RenderingOptions::open(const std::filesystem::path& file,
     try {
         media = openSoundFile(file.string());
     } catch (const SoundFileError& error) {
-        // The user knows the input, not its copy.
-        std::string why = std::string(error.what()).substr(file.string().size() + 2);
-        if (dynamic_cast<const UnknownFormat*>(&error) != nullptr)
-            why += " ffmpeg decodes films from files only: save it as one";
-        throw SoundFileError((input == "-" ? "standard input" : "'" + input.string() + "'") + why);
+        throw failureOf(input, file, error);
     }
     if (media.channels.front()->length() == 0)
         throw CommandError("'" + input.string() + "' holds no samples", ExitStatus::input);

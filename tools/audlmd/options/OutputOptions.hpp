@@ -28,20 +28,34 @@ struct OpenInput {
     std::string note;
 };
 
-/// The options of every command that renders.
-struct RenderingOptions {
+/// The options on an input without a header.
+struct InputOptions {
     /// Where one of these is set, the input has no header; then all must be.
     std::optional<FormatId> inputFormat;
     std::optional<int> inputRate;
     std::optional<int> inputChannels;
     DecodingOptions decoding;
+    /// How the job tells what it does.
+    JobStyle style;
+
+    /// Declares the options in the group "Input" of the help. This object must outlive the app.
+    void declareInput(CLI::App& app);
+
+    /// A file that opens the input at random: its own, that of a copy of what `-`, a pipe or samples without
+    /// a header bring, or what is decoded of a film. Throws CommandError and SoundFileError.
+    PlayableFile atHand(const std::filesystem::path& input) const;
+
+private:
+    std::optional<RawLayout> rawInput() const;
+};
+
+/// The options of every command that renders.
+struct RenderingOptions : InputOptions {
     ChannelOptions channels;
     /// In samples per second. Not set: the input's.
     std::optional<int> rate;
     /// Whether the functions of the loaded library render, and not those compiled into the command.
     bool throughTables = false;
-    /// How the job tells what it does.
-    JobStyle style;
 
     /// What holds without --rate and --channels, for the help.
     struct Defaults {
@@ -55,20 +69,10 @@ struct RenderingOptions {
     /// What players take for `inlined`.
     RenderFunctionLookUp<Unclipped> inlined() const;
 
-    /// Declares the options on an input without a header, in the group "Input".
-    void declareInput(CLI::App& app);
-
-    /// A file that opens the input at random: its own, that of a copy of what `-`, a pipe or samples without
-    /// a header bring, or what is decoded of a film. Throws CommandError and SoundFileError.
-    PlayableFile atHand(const std::filesystem::path& input) const;
-
     /// Opens what atHand() has given for an input, with the channels and at the rate of the output. Throws
     /// SoundFileError, and CommandError for a file without samples, or without the channels, which name the
     /// input.
     OpenInput open(const std::filesystem::path& file, const std::filesystem::path& input) const;
-
-private:
-    std::optional<RawLayout> rawInput() const;
 };
 
 /// The options of every command that renders into a sound file.

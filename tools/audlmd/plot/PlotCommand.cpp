@@ -31,14 +31,17 @@ namespace {
 
 constexpr const char* plotHelp =
     R"(The output's extension, .png or .svg, chooses the kind of picture. What is drawn is what the library
-makes of the settings. Options are written as for render.
+makes of the settings. Options are written as for render. Sound files are drawn with a row for each channel; the
+loudness, in LUFS, is that of all channels (audlmd info --help tells more).
 
 EXAMPLES
   audlmd plot curves -o curves.svg
   audlmd plot envelope -o fades.svg --fade-in 2s --fade-out 5s:log --duration 20s --gain -3
   audlmd plot automation ride.csv -o ride.svg
   audlmd plot eq lowshelf:120:-2 peak:1k:+3:0.7 highpass:30 -o eq.svg
-  audlmd plot spectrogram speech.wav -o speech.png)";
+  audlmd plot waveform song.wav -o wave.png
+  audlmd plot loudness song.wav -o loudness.svg
+  audlmd plot spectrogram speech.wav -o speech.png --channel 1)";
 
 /// The options of all kinds of pictures.
 struct PlotOptions {
@@ -53,24 +56,12 @@ struct PlotOptions {
     bool reverse = false;
     /// In samples per second.
     int rate = 48000;
-    int channel = 1;
+    /// Counted from 1. Not set: all.
+    std::optional<int> channel;
     /// In dB.
     double floor = -120.0;
 
     DecodingOptions decoding;
-
-    /// The file to open for the input.
-    std::filesystem::path playable() const {
-        const PlayableFile file = decoding.playable(input, decoding.stream, {});
-        if (!file.note.empty())
-            std::puts(("note: " + file.note).c_str());
-        return file.path;
-    }
-    /// A figure of what playable() has given, named after the input.
-    Figure titled(Figure figure) const {
-        figure.title = words::printable(input.filename().string());
-        return figure;
-    }
 
     /// The length of the picture in samples: the option's, or `samples` without the option.
     std::int64_t durationOr(std::int64_t samples) const {
@@ -194,17 +185,59 @@ void addEqualiser(CLI::App& plot, const SharedOptions& options) {
     addRate(*kind, *options);
 }
 
-void addSpectrogram(CLI::App& plot, const SharedOptions& options) {
-    CLI::App* kind =
-        addKind(plot, options, "spectrogram", "The spectrum over time of a sound file",
-                [](const PlotOptions& o, const Watcher& watcher) {
-                    return o.titled(spectrogramFigure(o.playable(), o.channel, o.floor, watcher));
-                });
+/// Draws what the input plays, and names it in the picture and in what may fail.
+Figure drawSound(const PlotOptions& options,
+                 const std::function<Figure(const std::filesystem::path&)>& draw) {
+    const PlayableFile file = options.decoding.playable(options.input, options.decoding.stream, {});
+    if (!file.note.empty())
+        std::puts(("note: " + file.note).c_str());
+    try {
+        Figure figure = draw(file.path);
+        figure.title = words::printable(options.input.filename().string());
+        return figure;
+    } catch (const CommandError& error) {
+        std::string line = error.what();
+        if (const std::size_t at = line.find(file.path.string()); at != std::string::npos)
+            line.replace(at, file.path.string().size(), options.input.string());
+        throw CommandError(line, error.status());
+    }
+}
+
+/// Adds a kind of picture of a sound file.
+CLI::App* addSound(CLI::App& plot, const SharedOptions& options, const char* name, const char* description,
+                   Draw draw) {
+    CLI::App* kind = addKind(plot, options, name, description, std::move(draw));
     kind->add_option("FILE", options->input, "A sound file, or a film")->required();
     options->decoding.declareStream(*kind, "Options");
     options->decoding.declareCache(*kind, "Options");
-    kind->add_option("--channel", options->channel, "Counted from 1 (default 1)")->option_text("N");
-    kind->add_option("--floor", options->floor, "Level of the darkest colour (default -120)")
+    return kind;
+}
+
+void addChannel(CLI::App& kind, PlotOptions& options) {
+    kind.add_option("--channel", options.channel, "One alone, counted from 1 (default: all)")
+        ->option_text("N");
+}
+
+void addSounds(CLI::App& plot, const SharedOptions& options) {
+    addChannel(*addSound(plot, options, "waveform", "Peaks and RMS over time of a sound file",
+                         [](const PlotOptions& o, const Watcher& watcher) {
+                             return drawSound(o, [&](const auto& file) {
+                                 return waveformFigure(file, o.channel, watcher);
+                             });
+                         }),
+               *options);
+    addSound(plot, options, "loudness", "The loudness over time of a sound file",
+             [](const PlotOptions& o, const Watcher& watcher) {
+                 return drawSound(o, [&](const auto& file) { return loudnessFigure(file, watcher); });
+             });
+    CLI::App* spectrogram = addSound(plot, options, "spectrogram", "The spectrum over time of a sound file",
+                                     [](const PlotOptions& o, const Watcher& watcher) {
+                                         return drawSound(o, [&](const auto& file) {
+                                             return spectrogramFigure(file, o.channel, o.floor, watcher);
+                                         });
+                                     });
+    addChannel(*spectrogram, *options);
+    spectrogram->add_option("--floor", options->floor, "Level of the darkest colour (default -120)")
         ->option_text("DB")
         ->check(numberBetween(-200.0, -10.0));
 }
@@ -222,7 +255,7 @@ void addPlotCommand(CLI::App& app) {
     addEnvelope(*plot, options);
     addAutomation(*plot, options);
     addEqualiser(*plot, options);
-    addSpectrogram(*plot, options);
+    addSounds(*plot, options);
 }
 
 } // namespace audlmd::command

@@ -90,8 +90,12 @@ private:
         OpenInput opened = options_.open(file_, input_);
         const Media input = options_.strip.amplified(std::move(opened.media));
         log_.note(opened.note);
+        Metadata metadata = readMetadata(file_);
         ResolvedStrip strip = options_.strip.settingsFor(
-            {.path = input_, .frames = input.channels.front()->length(), .sampleRate = input.sampleRate});
+            {.path = input_,
+             .frames = input.channels.front()->length(),
+             .sampleRate = input.sampleRate,
+             .markers = atRate(metadata.markers, metadata.sampleRate, input.sampleRate)});
         log_.note(strip.note);
         StripSettings& settings = strip.settings;
         // The threads that the cache starts leave the signals to this thread.
@@ -110,14 +114,22 @@ private:
         layout_.channels = static_cast<int>(channels_.size());
         layout_.sampleRate = input.sampleRate;
         layout_.speakers = layoutOf(input);
-        if (!options_.noMetadata)
-            keepMetadata(input.sampleRate, settings.from);
+        if (options_.noMetadata)
+            return;
+        moveInto(metadata,
+                 {.from = settings.from.number(),
+                  .to = settings.to.number(),
+                  .whole = input.channels.front()->length(),
+                  .speed = settings.speed,
+                  .reverse = settings.reverse},
+                 input.sampleRate);
+        layout_.metadata = std::move(metadata);
+        moveTimeReference(input.sampleRate, settings.from);
     }
 
     /// The time reference moves with the start of the range, which counts frames of the output's rate.
-    void keepMetadata(int sampleRate, MaterialSample from) {
+    void moveTimeReference(int sampleRate, MaterialSample from) {
         const SoundFile file(file_);
-        layout_.metadata = readMetadata(file_);
         if (!layout_.metadata.broadcast)
             return;
         // Of a damaged file any number.

@@ -8,7 +8,6 @@
 
 #include <filesystem>
 #include <memory>
-#include <new>
 #include <optional>
 #include <string>
 #include <system_error>
@@ -35,34 +34,16 @@ std::vector<std::filesystem::path> outputsIn(const RenderOptions& options) {
     return outputs;
 }
 
-/// Renders each input, also after one that has failed. Throws CommandError where one has, with the status of
-/// the first.
+/// Renders each input, also after one that has failed.
 void renderIntoFolder(const RenderOptions& options) {
     const std::vector<std::filesystem::path> outputs = outputsIn(options);
     std::error_code error;
     std::filesystem::create_directory(options.output, error);
     if (error)
         failToWrite(options.output, error.value());
-    std::optional<ExitStatus> failed;
-    std::size_t failures = 0;
-    for (std::size_t n = 0; n < outputs.size(); ++n) {
-        try {
-            renderOne(options, options.inputs[n], outputs[n]);
-        } catch (const std::bad_alloc&) {
-            throw;
-        } catch (...) {
-            const CommandError failure = currentFailure();
-            printError(failure.what());
-            failed = failed.value_or(failure.status());
-            ++failures;
-        }
-    }
-    if (failed)
-        throw CommandError(
-            std::to_string(failures) + " of " + words::counted(outputs.size(), "input") +
-                " failed, see above" +
-                (failures < outputs.size() ? "; the others are in '" + options.output.string() + "'" : ""),
-            *failed);
+    forEachInput(
+        outputs.size(), [&](std::size_t n) { renderOne(options, options.inputs[n], outputs[n]); },
+        [](std::size_t, const CommandError&) {}, "; the others are in '" + options.output.string() + "'");
 }
 
 void renderAll(const RenderOptions& options) {
