@@ -38,10 +38,19 @@ struct InfoOptions : InputOptions {
     std::vector<std::filesystem::path> inputs;
 };
 
+/// In place of what the file of its decoded samples is.
+void nameAsFilm(FileInfo& info) {
+    info.kind = "film";
+    info.coding = "decoded by ffmpeg";
+    info.format.reset();
+    info.chunks.clear();
+}
+
 FileInfo readInfo(const std::filesystem::path& input, const InfoOptions& options, const JobLog& log) {
     // In seconds. Who waits no longer needs no progress.
     constexpr double soon = 2.0;
     const PlayableFile file = options.atHand(input);
+    log.note(file.note);
     std::optional<Progress> progress;
     try {
         FileInfo info =
@@ -51,14 +60,8 @@ FileInfo readInfo(const std::filesystem::path& input, const InfoOptions& options
                 if (progress->elapsed() > soon)
                     progress->update(frames);
             });
-        if (file.isDecoded) {
-            // The rest is that of the decoded file.
-            info.kind = "decoded by ffmpeg";
-            info.coding = "decoded to floats";
-            info.format.reset();
-            info.chunks.clear();
-            info.metadata = {};
-        }
+        if (file.isDecoded)
+            nameAsFilm(info);
         return info;
     } catch (const SoundFileError& error) {
         throw failureOf(input, file.path, error);
@@ -92,9 +95,7 @@ void tellAll(const InfoOptions& options) {
 void addInfoCommand(CLI::App& app) {
     CLI::App* info = app.add_subcommand("info", "Tell what sound files are, and how loud");
     const auto options = std::make_shared<InfoOptions>();
-    info->add_option("FILE", options->inputs,
-                     "Sound files in any format that libsndfile reads, and films; - is standard input")
-        ->required();
+    info->add_option("FILE", options->inputs, "Sound files and films; - is standard input")->required();
     info->add_flag("--json", options->style.json, "Tell programs: an object a line");
     info->add_flag("--quiet", options->style.quiet, "No progress");
     options->declareInput(*info);

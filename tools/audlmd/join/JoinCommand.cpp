@@ -79,7 +79,7 @@ private:
         if (length == 0)
             throw CommandError(words::quoted(input.string()) + " holds no samples", ExitStatus::input);
         // Not the sound that may stand beside a film.
-        place(input, playable.path == input ? input.string() : input.string() + "#stream=1", length);
+        place(input, playable.isDecoded ? input.string() + "#stream=1" : input.string(), length);
     }
 
     void noteFormat(const std::filesystem::path& input, const Media& media, bool isFirst) {

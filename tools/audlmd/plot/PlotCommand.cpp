@@ -63,19 +63,6 @@ struct PlotOptions {
 
     DecodingOptions decoding;
 
-    /// The file to open for the input.
-    std::filesystem::path playable() const {
-        const PlayableFile file = decoding.playable(input, decoding.stream, {});
-        if (!file.note.empty())
-            std::puts(("note: " + file.note).c_str());
-        return file.path;
-    }
-    /// A figure of what playable() has given, named after the input.
-    Figure titled(Figure figure) const {
-        figure.title = words::printable(input.filename().string());
-        return figure;
-    }
-
     /// The length of the picture in samples: the option's, or `samples` without the option.
     std::int64_t durationOr(std::int64_t samples) const {
         const std::int64_t length = duration ? duration->samples(rate) : samples;
@@ -198,6 +185,24 @@ void addEqualiser(CLI::App& plot, const SharedOptions& options) {
     addRate(*kind, *options);
 }
 
+/// Draws what the input plays, and names it in the picture and in what may fail.
+Figure drawSound(const PlotOptions& options,
+                 const std::function<Figure(const std::filesystem::path&)>& draw) {
+    const PlayableFile file = options.decoding.playable(options.input, options.decoding.stream, {});
+    if (!file.note.empty())
+        std::puts(("note: " + file.note).c_str());
+    try {
+        Figure figure = draw(file.path);
+        figure.title = words::printable(options.input.filename().string());
+        return figure;
+    } catch (const CommandError& error) {
+        std::string line = error.what();
+        if (const std::size_t at = line.find(file.path.string()); at != std::string::npos)
+            line.replace(at, file.path.string().size(), options.input.string());
+        throw CommandError(line, error.status());
+    }
+}
+
 /// Adds a kind of picture of a sound file.
 CLI::App* addSound(CLI::App& plot, const SharedOptions& options, const char* name, const char* description,
                    Draw draw) {
@@ -216,18 +221,21 @@ void addChannel(CLI::App& kind, PlotOptions& options) {
 void addSounds(CLI::App& plot, const SharedOptions& options) {
     addChannel(*addSound(plot, options, "waveform", "Peaks and RMS over time of a sound file",
                          [](const PlotOptions& o, const Watcher& watcher) {
-                             return o.titled(waveformFigure(o.playable(), o.channel, watcher));
+                             return drawSound(o, [&](const auto& file) {
+                                 return waveformFigure(file, o.channel, watcher);
+                             });
                          }),
                *options);
     addSound(plot, options, "loudness", "The loudness over time of a sound file",
              [](const PlotOptions& o, const Watcher& watcher) {
-                 return o.titled(loudnessFigure(o.playable(), watcher));
+                 return drawSound(o, [&](const auto& file) { return loudnessFigure(file, watcher); });
              });
-    CLI::App* spectrogram =
-        addSound(plot, options, "spectrogram", "The spectrum over time of a sound file",
-                 [](const PlotOptions& o, const Watcher& watcher) {
-                     return o.titled(spectrogramFigure(o.playable(), o.channel, o.floor, watcher));
-                 });
+    CLI::App* spectrogram = addSound(plot, options, "spectrogram", "The spectrum over time of a sound file",
+                                     [](const PlotOptions& o, const Watcher& watcher) {
+                                         return drawSound(o, [&](const auto& file) {
+                                             return spectrogramFigure(file, o.channel, o.floor, watcher);
+                                         });
+                                     });
     addChannel(*spectrogram, *options);
     spectrogram->add_option("--floor", options->floor, "Level of the darkest colour (default -120)")
         ->option_text("DB")
