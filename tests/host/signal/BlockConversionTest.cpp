@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
+#include <cmath>
 #include <cstring>
 #include <span>
 #include <type_traits>
@@ -12,25 +14,36 @@
 namespace audlmd::test {
 namespace {
 
-/// Not inlined, so that the sample is in a register and the container in memory, as in a render function. Of
-/// two NaNs the sum is then the sample's.
+/// Not inlined, so that the sample is in a register and the container in memory, as in a render function.
 template <class Out>
 [[gnu::noinline]] void deliverOne(float x, Out& out) {
     Aud::Render::deliver(x, out);
 }
 
+/// The sum of two NaNs is the one that the compiler adds to: any of them will do.
+template <class Out, class Container>
+bool areSumsOfNaNs(float x, const Container& before, const Container& one, const Container& other) {
+    if constexpr (std::is_same_v<Out, model::Summing<Aud::SampleF32>>)
+        return std::isnan(x) && std::isnan(std::bit_cast<float>(before)) &&
+               std::isnan(std::bit_cast<float>(one)) && std::isnan(std::bit_cast<float>(other));
+    return false;
+}
+
 /// Delivers into containers of random bytes, among them NaNs, with one container around on either side.
 template <class Out>
 void expectTheBytesOfSingleSamples(const std::vector<float>& floats) {
-    auto expected = randomContainers<Out>(floats.size() + 2);
-    auto converted = expected;
+    const auto before = randomContainers<Out>(floats.size() + 2);
+    auto expected = before;
+    auto converted = before;
     Out single(&expected[1]);
     for (const float x : floats)
         deliverOne(x, single);
     Out block(&converted[1]);
     convertBlock(floats.data(), floats.size(), block);
     for (std::size_t i = 0; i < expected.size(); ++i)
-        ASSERT_EQ(std::memcmp(&expected[i], &converted[i], sizeof expected[0]), 0)
+        ASSERT_TRUE(std::memcmp(&expected[i], &converted[i], sizeof expected[0]) == 0 ||
+                    (i > 0 && i <= floats.size() &&
+                     areSumsOfNaNs<Out>(floats[i - 1], before[i], expected[i], converted[i])))
             << "container " << i << " of " << expected.size() << " in " << __PRETTY_FUNCTION__;
     // The position has moved, so that the next sample goes to the last container.
     deliverOne(0.25F, single);

@@ -35,7 +35,7 @@ TEST(JsonTimeline, FillsInWhatIsLeftOut) {
     const Timeline read = readTimeline("\xEF\xBB\xBF"
                                        R"( {"audlmd": 1, "name": NaN, "tracks": [{"strips": [
         {"media": "x.wav", "at": "15e-1s", "speed": 2, "skip": 1000, "fadeIn": {"length": "0.25s"}, "fadeOut": {}},
-        {"media": "s3://x.wav", "speed": 0.0005, "length": 5}]}]})",
+        {"media": "s3://x.wav", "speed": 0.000001, "length": 5}]}]})",
                                        how);
     EXPECT_EQ(read.name, "NaN");
     const TimelineStrip& strip = read.tracks.at(0).strips.at(0);
