@@ -172,7 +172,10 @@ TEST_F(SoundFiles, ThatCannotBeOpenedAreNamedWithTheReason) {
                 ThrowsMessage<SoundFileError>(HasSubstr("none.wav: System error : No such file")));
     EXPECT_THAT(opening(folder_), ThrowsMessage<SoundFileError>(HasSubstr("not a regular file")));
     const auto file = std::make_shared<SoundFile>(write("a.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16));
-    EXPECT_THROW(SoundFileSource(file, 2), std::out_of_range);
+    for (const int channel : {-1, 2})
+        EXPECT_THROW(SoundFileSource(file, channel), std::out_of_range);
+    EXPECT_THAT(opening(write("a.au", SF_FORMAT_AU | SF_FORMAT_G721_32, 1)),
+                ThrowsMessage<SoundFileError>(HasSubstr("does not allow reading from any position")));
 }
 
 TEST_F(SoundFiles, OfWhichAPartCannotBeReadAreRefused) {
@@ -201,6 +204,9 @@ TEST_F(SoundFiles, OfWhichAPartCannotBeReadAreRefused) {
                            told.npos;
                 })));
     readsLeft = -1;
+    std::filesystem::resize_file(path, 44 + 4 * 99000);
+    EXPECT_THAT([&] { file.read(0, 98000, samples); },
+                ThrowsMessage<SoundFileError>(HasSubstr("at frame 99000 of 100000: the file ends there")));
 }
 
 TEST_F(SoundFiles, ThatAreTruncatedAreRefusedUnlessTheirLengthIsLeftOpen) {
