@@ -11,6 +11,7 @@ function(audlmd_find_library target library header)
         INTERFACE_INCLUDE_DIRECTORIES ${${target}_INCLUDE_DIR})
 endfunction()
 
+audlmd_find_library(Ebur128 ebur128 ebur128.h)
 audlmd_find_library(PortAudio portaudio portaudio.h)
 audlmd_find_library(Resample resample libresample.h)
 audlmd_find_library(SndFile sndfile sndfile.h)

@@ -26,8 +26,13 @@ std::vector<std::string> wordsIn(std::string_view text) {
 /// The plan of a strip is made, or refused with one line.
 void requirePlan(const command::StripOptions& options, std::int64_t frames, int sampleRate) {
     try {
-        const StripPlan plan(
-            options.settingsFor({.path = "in.wav", .frames = frames, .sampleRate = sampleRate}).settings);
+        const StripPlan plan(options
+                                 .settingsFor({.path = "in.wav",
+                                               .frames = frames,
+                                               .sampleRate = sampleRate,
+                                               .markers = {{.position = 1000, .name = "verse"},
+                                                           {.position = -5, .name = "end"}}})
+                                 .settings);
         require(plan.outputLength > 0, "a strip has samples");
     } catch (const command::CommandError& error) {
         requireOneLine(error.what());

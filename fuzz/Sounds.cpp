@@ -2,10 +2,13 @@
 #include "host/cache/MaterialCache.hpp"
 #include "host/cache/SoundFile.hpp"
 #include "ole/Aud/SampleCacheIterators.hpp"
+#include "tools/audlmd/files/Metadata.hpp"
+#include "tools/audlmd/files/RiffChunks.hpp"
 
 #include <algorithm>
 #include <bit>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace audlmd::fuzz {
@@ -44,11 +47,32 @@ void readThroughCache(const std::shared_ptr<SoundFile>& file) {
     }
 }
 
+/// What the file says beside its samples is read as it would be written, and stays inside a part of the file.
+void readMetadata(const std::string& path) {
+    command::Metadata found = command::readMetadata(path);
+    command::FileChunks chunks;
+    const std::string written = command::riffChunksOf(found);
+    for (const auto& [identifier, content] : command::chunksIn(written))
+        chunks[std::string(identifier)].emplace_back(content);
+    // An AIFF has markers, too.
+    require(command::markersOfChunks(chunks) == found.markers, "markers are read as they are written");
+    require(command::samplerOfChunk(command::contentOf(chunks, "smpl")) == found.sampler,
+            "loops are read as they are written");
+    for (const bool reverse : {false, true}) {
+        command::Metadata moved = found;
+        moveInto(moved, {.from = 10, .to = 500, .whole = 500, .speed = 0.7, .reverse = reverse}, 48000);
+        for (const command::Marker& marker : moved.markers)
+            require(marker.position >= 0 && marker.length >= 0 && marker.position + marker.length <= 700,
+                    "markers lie in the part");
+    }
+}
+
 /// Sound files, through the cache, by readers in both directions. A file is read or refused with one line,
 /// and so is each of its segments; readers in both directions find the same samples.
 void read(std::span<const std::uint8_t> bytes) {
     static FileInMemory file;
     file.hold(bytes);
+    readMetadata(file.path());
     try {
         readThroughCache(std::make_shared<SoundFile>(file.path()));
     } catch (const SoundFileError& error) {

@@ -96,7 +96,10 @@ std::int64_t timeReferenceOf(SNDFILE* file) {
 }
 
 SoundFileError failure(const std::filesystem::path& path, const std::string& reason) {
-    return SoundFileError{path.string() + ": " + reason};
+    // In front of the system's own words libsndfile writes this.
+    constexpr std::string_view system = "System error : ";
+    const bool isSystems = reason.starts_with(system);
+    return SoundFileError{"'" + path.string() + "': " + (isSystems ? reason.substr(system.size()) : reason)};
 }
 
 /// Reads the start of a file once: where that fails, libsndfile says that it does not know the format. What
@@ -109,7 +112,7 @@ void requireReadable(const std::filesystem::path& path) {
     const int error = read(descriptor, start.data(), start.size()) < 0 ? errno : 0;
     close(descriptor);
     if (error != 0)
-        throw failure(path, "System error : " + std::generic_category().message(error));
+        throw failure(path, std::generic_category().message(error));
 }
 
 } // namespace

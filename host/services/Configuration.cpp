@@ -28,19 +28,6 @@ std::optional<std::string> environment(const std::string& name) {
     return value;
 }
 
-/// Made at the first use. Never destroyed, because libraries may ask until the process ends.
-const Configuration& userConfiguration() {
-    static const Immortal<Configuration> configuration([] {
-        std::filesystem::path file = Configuration::userFile();
-        std::error_code error;
-        // A file that the user names must be there; one in the usual folder may be missing.
-        if (environment("AUDLMD_CONFIG") && !std::filesystem::exists(file, error))
-            report(file.string() + ": AUDLMD_CONFIG names this file, but it is not there");
-        return file;
-    }());
-    return configuration.object;
-}
-
 } // namespace
 
 Configuration::Configuration(const std::filesystem::path& file) : file_(file) {
@@ -75,6 +62,10 @@ void Configuration::readLine(std::string_view text, int line) {
 }
 
 double Configuration::number(const std::string& key, double defaultValue) const {
+    {
+        const Lock lock(mutex_);
+        asked_.insert(key);
+    }
     const std::string variable = environmentName(key);
     // The environment comes first, so that one run can differ from the file.
     if (const std::optional<std::string> value = environment(variable))
@@ -84,6 +75,18 @@ double Configuration::number(const std::string& key, double defaultValue) const 
         return defaultValue;
     const auto& [value, line] = setting->second;
     return parsed(value, file_.string() + ":" + std::to_string(line) + ": " + key, defaultValue);
+}
+
+std::set<std::string> Configuration::askedFor() const {
+    const Lock lock(mutex_);
+    return asked_;
+}
+
+std::map<std::string, std::string> Configuration::keysOfFile() const {
+    std::map<std::string, std::string> keys;
+    for (const auto& [key, setting] : settings_)
+        keys.emplace(key, file_.string() + ":" + std::to_string(setting.line));
+    return keys;
 }
 
 double Configuration::parsed(std::string_view value, const std::string& origin, double defaultValue) const {
@@ -116,6 +119,19 @@ std::string Configuration::environmentName(std::string_view key) {
         name += kept ? c : '_';
     }
     return name;
+}
+
+/// Never destroyed, because libraries may ask until the process ends.
+const Configuration& userConfiguration() {
+    static const Immortal<Configuration> configuration([] {
+        std::filesystem::path file = Configuration::userFile();
+        std::error_code error;
+        // A file that the user names must be there; one in the usual folder may be missing.
+        if (environment("AUDLMD_CONFIG") && !std::filesystem::exists(file, error))
+            report(file.string() + ": AUDLMD_CONFIG names this file, but it is not there");
+        return file;
+    }());
+    return configuration.object;
 }
 
 } // namespace audlmd

@@ -36,6 +36,11 @@ public:
     /// number that is out of range for its purpose is returned as written; the caller limits the number.
     double number(const std::string& key, double defaultValue) const;
 
+    /// The keys that number() was asked for so far.
+    std::set<std::string> askedFor() const;
+    /// The keys of the file, and where each stands: "/home/me/.config/audlmd.conf:3".
+    std::map<std::string, std::string> keysOfFile() const;
+
     /// The file that AUDLMD_CONFIG names, else audlmd.conf in XDG_CONFIG_HOME, else ~/.config/audlmd.conf.
     /// Empty if none of these variables nor HOME is set. The file need not exist.
     static std::filesystem::path userFile();
@@ -60,8 +65,12 @@ private:
     /// Never changes once the configuration is made.
     std::map<std::string, Setting, std::less<>> settings_;
     mutable Mutex mutex_;
+    mutable std::set<std::string> asked_ AUDLMD_GUARDED_BY(mutex_);
     /// The origins of the values that were reported.
     mutable std::set<std::string> reported_ AUDLMD_GUARDED_BY(mutex_);
 };
+
+/// What config_double reads, made at the first use. Never destroyed.
+const Configuration& userConfiguration();
 
 } // namespace audlmd

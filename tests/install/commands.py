@@ -9,6 +9,7 @@ import math
 import os
 import pathlib
 import re
+import struct
 import subprocess
 import sys
 import tempfile
@@ -23,6 +24,19 @@ TIMELINE = """{"audlmd": 1, "name": "film", "sampleRate": 48000, "channels": 2, 
 ALSA = "pcm.!default { type null }\n"
 
 
+def chunk(identifier, content):
+    return identifier + struct.pack("<I", len(content)) + content + bytes(len(content) % 2)
+
+
+def add_markers(path, places):
+    cue, labels = struct.pack("<I", len(places)), b"adtl"
+    for number, (name, sample) in enumerate(places.items()):
+        cue += struct.pack("<2I4s3I", number, sample, b"data", 0, 0, sample)
+        labels += chunk(b"labl", struct.pack("<I", number) + name.encode() + b"\0")
+    content = path.read_bytes()[8:] + chunk(b"cue ", cue) + chunk(b"LIST", labels)
+    path.write_bytes(chunk(b"RIFF", content))
+
+
 def make_media(folder):
     for name, seconds in MEDIA.items():
         wav = folder / pathlib.Path(name).with_suffix(".wav")
@@ -31,6 +45,8 @@ def make_media(folder):
             file.setparams((channels, 2, 8000, 0, "NONE", ""))
             frames = (int(3000 * math.sin(i / 9)) for i in range(channels * 8000 * seconds))
             file.writeframes(array.array("h", frames).tobytes())
+        if name == "song.wav":
+            add_markers(wav, {"verse 2": 160000, "chorus": 320000})
         if name.endswith(".flac"):
             subprocess.run([f"{binaries}/audlmd", "render", wav, "-o", folder / name], check=True, stdout=subprocess.DEVNULL)
             wav.unlink()

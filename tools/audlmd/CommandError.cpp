@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <new>
+#include <optional>
 #include <system_error>
 
 namespace audlmd::command {
@@ -42,6 +44,32 @@ CommandError currentFailure() {
 void printError(std::string line) {
     std::ranges::replace(line, '\n', ' ');
     std::fprintf(stderr, "audlmd: %s\n", words::printable(line, line.size()).c_str());
+}
+
+void forEachInput(std::size_t count, const std::function<void(std::size_t)>& take,
+                  const std::function<void(std::size_t, const CommandError&)>& failed,
+                  const std::string& others) {
+    std::optional<ExitStatus> first;
+    std::size_t failures = 0;
+    for (std::size_t input = 0; input < count; ++input) {
+        try {
+            take(input);
+        } catch (const std::bad_alloc&) {
+            throw;
+        } catch (...) {
+            const CommandError failure = currentFailure();
+            failed(input, failure);
+            if (count == 1)
+                throw failure;
+            printError(failure.what());
+            first = first.value_or(failure.status());
+            ++failures;
+        }
+    }
+    if (first)
+        throw CommandError(std::to_string(failures) + " of " + words::counted(count, "input") +
+                               " failed, see above" + (failures < count ? others : ""),
+                           *first);
 }
 
 } // namespace audlmd::command

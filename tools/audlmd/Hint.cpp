@@ -28,19 +28,9 @@ std::size_t distance(std::string_view a, std::string_view b) {
     return row.back();
 }
 
-/// The word of the list that somebody who wrote `word` may have meant: one that begins so, else one that
-/// differs by a letter in three at most. Empty where there is none.
-std::string nearest(const std::string& word, const std::vector<std::string>& known) {
-    std::string found;
-    std::size_t least = word.size() / 3 + 1;
-    for (const std::string& candidate : known) {
-        const std::size_t letters = candidate.starts_with(word) ? 0 : distance(word, candidate);
-        if (letters < least) {
-            least = letters;
-            found = candidate;
-        }
-    }
-    return found;
+/// How many letters somebody who wrote `word` may have missed of a candidate: none where it begins so.
+std::size_t missed(std::string_view word, std::string_view candidate) {
+    return candidate.starts_with(word) ? 0 : distance(word, candidate);
 }
 
 /// The subcommand that the line has got to.
@@ -87,6 +77,24 @@ std::string hintFor(const CLI::App& app) {
     const std::string meant = nearest(word, isOption ? optionNames(chosen) : subcommands);
     return words::quoted(word) + (isOption ? " is no option" : " is no subcommand") +
            (meant.empty() ? "" : "; did you mean " + meant + "?");
+}
+
+std::string nearest(const std::string& word, const std::vector<std::string>& known) {
+    std::string found;
+    std::size_t least = word.size() / 3 + 1;
+    for (const std::string& candidate : known) {
+        const std::size_t letters = missed(word, candidate);
+        if (letters < least) {
+            least = letters;
+            found = candidate;
+        }
+    }
+    return found;
+}
+
+void sortByLikeness(std::vector<std::string>& words, std::string_view word) {
+    std::ranges::stable_sort(words, {},
+                             [&](const std::string& candidate) { return missed(word, candidate); });
 }
 
 } // namespace audlmd::command

@@ -1,6 +1,7 @@
 #include "loop_modes/RenderFunction.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Hint.hpp"
+#include "tools/audlmd/SettingNotes.hpp"
 #include "tools/audlmd/Subcommands.hpp"
 
 #include <CLI/CLI.hpp>
@@ -48,11 +49,14 @@ int run(int argc, char** argv) {
     app.failure_message(CLI::FailureMessage::simple);
     app.footer(statusHelp);
     audlmd::command::addRenderCommand(app);
+    audlmd::command::addInfoCommand(app);
     audlmd::command::addModesCommand(app);
     audlmd::command::addPlotCommand(app);
     audlmd::command::addMixCommand(app);
     audlmd::command::addJoinCommand(app);
     audlmd::command::addPlayCommand(app);
+    for (const std::string& note : audlmd::command::settingNotes())
+        std::fprintf(stderr, "audlmd: %s\n", note.c_str());
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

@@ -1,30 +1,29 @@
 #include "tools/audlmd/Progress.hpp"
 
-#include "host/words/Text.hpp"
-
 #include <algorithm>
 #include <cstdio>
-#include <iomanip>
-#include <sstream>
+#include <string>
 #include <unistd.h>
 
 namespace audlmd::command {
 namespace {
 
-/// The time between two drawings of the bar.
+/// The time between two drawings of the bar, and between two objects.
 constexpr std::chrono::milliseconds redrawn{100};
+constexpr std::chrono::milliseconds printedAgain{500};
 /// In characters.
 constexpr int barWidth = 40;
-
-/// How often the frames could have been played in the seconds.
-double timesRealTime(std::int64_t frames, int sampleRate, double seconds) {
-    return static_cast<double>(frames) / sampleRate / std::max(seconds, 1e-6);
-}
 
 } // namespace
 
 Progress::Progress(std::int64_t total, int sampleRate, bool shown)
-    : total_(total), sampleRate_(sampleRate), onTerminal_(shown && isatty(STDERR_FILENO) == 1) {}
+    : total_(total), sampleRate_(sampleRate), draws_(shown && isatty(STDERR_FILENO) == 1) {}
+
+Progress::Progress(std::int64_t total, int sampleRate, const JobLog& log)
+    : Progress(total, sampleRate, !log.style().json && !log.style().quiet) {
+    if (log.style().json)
+        log_ = &log;
+}
 
 Progress::~Progress() {
     if (drawn_)
@@ -33,12 +32,19 @@ Progress::~Progress() {
 }
 
 void Progress::update(std::int64_t done) {
-    if (!onTerminal_)
+    if (!draws_ && log_ == nullptr)
         return;
     const auto now = std::chrono::steady_clock::now();
     if (now < next_)
         return;
-    next_ = now + redrawn;
+    next_ = now + (log_ != nullptr ? printedAgain : redrawn);
+    if (log_ != nullptr)
+        log_->progress(done, total_);
+    else
+        draw(done);
+}
+
+void Progress::draw(std::int64_t done) {
     drawn_ = true;
     const double share = static_cast<double>(done) / static_cast<double>(total_);
     const std::string filled(static_cast<std::size_t>(share * barWidth), '#');
@@ -51,14 +57,8 @@ double Progress::elapsed() const {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - started_).count();
 }
 
-std::string RenderSummary::line() const {
-    std::ostringstream text;
-    text << std::fixed << "rendered " << frames << " samples on "
-         << words::counted(static_cast<std::uint64_t>(channels), "channel") << " (" << std::setprecision(3)
-         << static_cast<double>(frames) / sampleRate << " s) in " << seconds << " s: " << std::setprecision(1)
-         << timesRealTime(frames, sampleRate, seconds) << " times real time; underruns: " << underrunSamples
-         << " samples in " << words::counted(underrunEpisodes, "episode");
-    return text.str();
+double timesRealTime(std::int64_t frames, int sampleRate, double seconds) {
+    return static_cast<double>(frames) / sampleRate / std::max(seconds, 1e-6);
 }
 
 } // namespace audlmd::command

@@ -1,17 +1,20 @@
 #pragma once
 
+#include "tools/audlmd/JobLog.hpp"
+
 #include <chrono>
 #include <cstdint>
-#include <string>
 
 namespace audlmd::command {
 
-/// Draws a progress bar on standard error, at most ten times a second. Draws nothing if standard error is not
-/// a terminal.
+/// How far a job is. Draws a bar on standard error, at most ten times a second, if that is a terminal; or
+/// tells programs, at most twice a second.
 class Progress {
 public:
     /// `total` in frames, `sampleRate` in frames per second. Without `shown` nothing is drawn.
     Progress(std::int64_t total, int sampleRate, bool shown = true);
+    /// In the style of the log, which must outlive this object.
+    Progress(std::int64_t total, int sampleRate, const JobLog& log);
     /// Erases the bar.
     ~Progress();
     Progress(const Progress&) = delete;
@@ -24,27 +27,19 @@ public:
     double elapsed() const;
 
 private:
+    void draw(std::int64_t done);
+
     std::int64_t total_;
     int sampleRate_;
-    bool onTerminal_;
+    bool draws_;
+    /// Null: no programs are told.
+    const JobLog* log_ = nullptr;
     bool drawn_ = false;
     std::chrono::steady_clock::time_point started_ = std::chrono::steady_clock::now();
     std::chrono::steady_clock::time_point next_ = started_;
 };
 
-/// The last line of the report on a render: length, speed of rendering, and missing samples.
-struct RenderSummary {
-    std::int64_t frames = 0;
-    int channels = 0;
-    /// In frames per second.
-    int sampleRate = 0;
-    /// How long rendering and writing took.
-    double seconds = 0.0;
-    /// Of all channels together, see MaterialStatistics.
-    std::uint64_t underrunSamples = 0;
-    std::uint64_t underrunEpisodes = 0;
-
-    std::string line() const;
-};
+/// How often the frames could have been played in the seconds.
+double timesRealTime(std::int64_t frames, int sampleRate, double seconds);
 
 } // namespace audlmd::command

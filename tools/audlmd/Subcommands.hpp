@@ -16,6 +16,9 @@ void addRenderCommand(CLI::App& app);
 /// `modes`: lists the mode codes with their chains, or decodes one.
 void addModesCommand(CLI::App& app);
 
+/// `info`: tells what sound files are, and how loud.
+void addInfoCommand(CLI::App& app);
+
 /// `plot`: draws gain curves, envelopes, automation, the response of an equaliser, or a spectrogram.
 void addPlotCommand(CLI::App& app);
 

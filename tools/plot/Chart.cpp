@@ -16,6 +16,8 @@ constexpr double legendRow = 20.0;
 constexpr double legendSwatch = 28.0;
 constexpr double marginLeft = 66.0;
 constexpr double marginRight = 18.0;
+/// Left of the titles of rows.
+constexpr double titleMargin = 14.0;
 constexpr double marginBottom = 48.0;
 constexpr double colourBarWidth = 14.0;
 constexpr double colourBarMargin = 88.0;
@@ -36,6 +38,8 @@ double paintLegend(const Pen& pen, const std::vector<Series>& series, const Rect
         pen.colour(entry.colour);
         if (entry.dots)
             pen.dot(x + legendSwatch / 2.0, y, entry.width);
+        else if (entry.area)
+            pen.fill({x, y - 5.0, legendSwatch, 10.0});
         else
             pen.line(x, y, x + legendSwatch, y, entry.width, entry.dashed);
         pen.colour(Palette::text);
@@ -46,7 +50,7 @@ double paintLegend(const Pen& pen, const std::vector<Series>& series, const Rect
 }
 
 /// Labels that would touch the one before are left out.
-void paintXAxis(const Pen& pen, const Axis& axis, const Rectangle& plot, bool grid) {
+void paintXAxis(const Pen& pen, const Axis& axis, const Rectangle& plot, bool grid, bool labels) {
     const int count = std::max(2, static_cast<int>(plot.width / 75.0));
     double labelledTo = plot.left - 100.0;
     pen.font(tickSize);
@@ -58,12 +62,14 @@ void paintXAxis(const Pen& pen, const Axis& axis, const Rectangle& plot, bool gr
         }
         pen.colour(Palette::text);
         const double half = pen.widthOf(tick.label) / 2.0;
-        if (tick.label.empty() || x - half < labelledTo + 4.0)
+        if (!labels || tick.label.empty() || x - half < labelledTo + 4.0)
             continue;
         pen.line(x, plot.bottom(), x, plot.bottom() + 4.0, 1.0);
         pen.write(tick.label, x, plot.bottom() + 9.0, {0.5, 0.0});
         labelledTo = x + half;
     }
+    if (!labels)
+        return;
     pen.font(labelSize);
     pen.write(axis.title, plot.left + plot.width / 2.0, plot.bottom() + 30.0, {0.5, 0.0});
 }
@@ -127,6 +133,13 @@ void paintSeries(const Pen& pen, const Chart& chart, const Series& series, const
         for (const Point& point : points)
             pen.dot(point.x, point.y, series.width);
         return;
+    }
+    if (series.area) {
+        for (const Point& point : points)
+            cairo_line_to(pen.context(), point.x, point.y);
+        cairo_close_path(pen.context());
+        cairo_fill_preserve(pen.context());
+        return pen.stroke(series.width, false);
     }
     std::vector<Point> line;
     appendSimplified(points, 0, points.size() - 1, line);
@@ -195,23 +208,15 @@ void paintColourBar(const Pen& pen, const Axis& scale, const Rectangle& plot) {
     pen.writeUpwards(scale.title, bar.right() + 54.0, bar.top + bar.height / 2.0);
 }
 
-} // namespace
+double rightMarginOf(const Chart& chart) {
+    return chart.heatMap ? colourBarMargin + colourBarWidth : marginRight;
+}
 
-void paintChart(const Pen& pen, const Chart& chart, const Rectangle& area) {
-    const double rightMargin = chart.heatMap ? colourBarMargin + colourBarWidth : marginRight;
-    Rectangle plot{area.left + marginLeft, area.top + 8.0, area.width - marginLeft - rightMargin, 0.0};
-    if (!chart.title.empty()) {
-        pen.font(titleSize, true);
-        pen.colour(Palette::text);
-        pen.write(chart.title, plot.left, plot.top + titleSize / 2.0, {0.0, 0.5});
-        plot.top += titleSize + 10.0;
-    }
-    plot.top += paintLegend(pen, chart.series, plot);
-    plot.height = area.bottom() - marginBottom - plot.top;
-
+/// Draws the chart without title and legend; `plot` is what its frame encloses.
+void paintFrame(const Pen& pen, const Chart& chart, const Rectangle& plot, bool xLabels) {
     if (chart.heatMap)
         paintHeatMap(pen, *chart.heatMap, plot);
-    paintXAxis(pen, chart.x, plot, !chart.heatMap);
+    paintXAxis(pen, chart.x, plot, !chart.heatMap, xLabels);
     paintYAxis(pen, chart.y, plot, !chart.heatMap);
     cairo_save(pen.context());
     cairo_rectangle(pen.context(), plot.left, plot.top - 1.0, plot.width, plot.height + 2.0);
@@ -223,6 +228,51 @@ void paintChart(const Pen& pen, const Chart& chart, const Rectangle& area) {
     pen.outline(plot, 1.0);
     if (chart.heatMap)
         paintColourBar(pen, chart.heatMap->scale, plot);
+}
+
+} // namespace
+
+void paintChart(const Pen& pen, const Chart& chart, const Rectangle& area) {
+    Rectangle plot{area.left + marginLeft, area.top + 8.0, area.width - marginLeft - rightMarginOf(chart),
+                   0.0};
+    if (!chart.title.empty()) {
+        pen.font(titleSize, true);
+        pen.colour(Palette::text);
+        pen.write(chart.title, plot.left, plot.top + titleSize / 2.0, {0.0, 0.5});
+        plot.top += titleSize + 10.0;
+    }
+    plot.top += paintLegend(pen, chart.series, plot);
+    plot.height = area.bottom() - marginBottom - plot.top;
+    paintFrame(pen, chart, plot, true);
+}
+
+double rowsMargin(const std::vector<Chart>& charts) {
+    return 8.0 + (charts.front().series.size() < 2 ? 0.0 : legendRow + 4.0) + marginBottom;
+}
+
+void paintRows(const Pen& pen, const std::vector<Chart>& charts, const Rectangle& area) {
+    // The labels of two y axes meet there.
+    constexpr double gap = 18.0;
+    // Where the y axes have no titles.
+    constexpr double unused = 22.0;
+    pen.font(titleSize, true);
+    double titles = 0.0;
+    for (const Chart& chart : charts)
+        titles = std::max(titles, pen.widthOf(chart.title));
+    const double left =
+        area.left + titleMargin + titles + marginLeft - (charts.front().y.title.empty() ? unused : 0.0);
+    Rectangle plot{left, area.top + 8.0, area.right() - rightMarginOf(charts.front()) - left, 0.0};
+    paintLegend(pen, charts.front().series, plot);
+    const double top = area.top + rowsMargin(charts) - marginBottom;
+    const double height = (area.bottom() - marginBottom + gap - top) / static_cast<double>(charts.size());
+    for (std::size_t row = 0; row < charts.size(); ++row) {
+        plot.top = top + static_cast<double>(row) * height;
+        plot.height = height - gap;
+        pen.font(titleSize, true);
+        pen.colour(Palette::text);
+        pen.write(charts[row].title, area.left + titleMargin, plot.top + plot.height / 2.0, {0.0, 0.5});
+        paintFrame(pen, charts[row], plot, row + 1 == charts.size());
+    }
 }
 
 } // namespace audlmd::plot

@@ -16,8 +16,8 @@ struct Point {
     double y;
 };
 
-/// A line through points in order of x, or dots at the points. A line leaves the chart where y is outside the
-/// axis; y may be minus infinity, but not a NaN.
+/// A line through points in order of x, dots at the points, or an area. A line leaves the chart where y is
+/// outside the axis; y may be minus infinity, but not a NaN.
 struct Series {
     std::string name;
     Colour colour = Palette::blue;
@@ -25,6 +25,8 @@ struct Series {
     double width = 2.0;
     bool dashed = false;
     bool dots = false;
+    /// The points are the outline of an area, which is filled; the line is the edge.
+    bool area = false;
     std::vector<Point> points;
 };
 
@@ -49,5 +51,12 @@ struct Chart {
 
 /// Draws the chart with its title, legend, axes and labels into `area`.
 void paintChart(const Pen& pen, const Chart& chart, const Rectangle& area);
+
+/// What rows of charts take beyond the charts: the legend and the labels of the x axis. In points.
+double rowsMargin(const std::vector<Chart>& charts);
+
+/// Draws charts as rows, one close below the other, with what they have in common once: the legend above,
+/// the x axis below. Titles stand on the left.
+void paintRows(const Pen& pen, const std::vector<Chart>& charts, const Rectangle& area);
 
 } // namespace audlmd::plot

@@ -29,7 +29,8 @@ double widthOf(const Figure& figure) {
 double heightOf(const Figure& figure) {
     const std::size_t rows =
         figure.drawing ? 1 : (figure.charts.size() + figure.columns - 1) / figure.columns;
-    return headHeight(figure) + static_cast<double>(rows) * figure.chartHeight;
+    return headHeight(figure) + static_cast<double>(rows) * figure.chartHeight +
+           (figure.rows ? rowsMargin(figure.charts) : 0.0);
 }
 
 void paintHead(const Pen& pen, const Figure& figure) {
@@ -62,7 +63,10 @@ void paintFigure(const Figure& figure, const Surface& surface, double scale) {
     paintHead(pen, figure);
     if (figure.drawing)
         figure.drawing(pen, {0.0, headHeight(figure), figure.chartWidth, figure.chartHeight});
-    for (std::size_t index = 0; index < figure.charts.size(); ++index) {
+    if (figure.rows)
+        paintRows(pen, figure.charts,
+                  {0.0, headHeight(figure), figure.chartWidth, heightOf(figure) - headHeight(figure)});
+    for (std::size_t index = 0; !figure.rows && index < figure.charts.size(); ++index) {
         const auto column = static_cast<double>(index % figure.columns);
         const std::size_t wholeRows = index / figure.columns;
         const auto row = static_cast<double>(wholeRows);

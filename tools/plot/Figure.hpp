@@ -19,6 +19,8 @@ struct Figure {
     std::function<void(const Pen&, const Rectangle& area)> drawing;
     /// Charts in a row.
     std::size_t columns = 1;
+    /// Whether the charts are rows with one x axis, see paintRows(). In one column.
+    bool rows = false;
     double chartWidth = 860.0;
     double chartHeight = 420.0;
     /// Of a PNG, in both directions.

@@ -235,6 +235,107 @@ TEST_F(Files, SayWhatTheirChannelsAreWhereTheyCan) {
     EXPECT_EQ(readBytes(in("d.wav")).substr(0, 44), plain.substr(0, 44));
 }
 
+std::string numbers(const std::vector<std::uint32_t>& values) {
+    return {reinterpret_cast<const char*>(values.data()), 4 * values.size()};
+}
+
+/// With the sizes of the chunk and of the file.
+void append(const Path& path, const std::string& identifier, const std::string& content) {
+    std::string bytes =
+        readBytes(path) + identifier + numbers({static_cast<std::uint32_t>(content.size())}) + content;
+    bytes.resize(bytes.size() + bytes.size() % 2);
+    bytes.replace(4, 4, numbers({static_cast<std::uint32_t>(bytes.size() - 8)}));
+    writeBytes(path, bytes);
+}
+
+/// Markers and loops as libsndfile reads them of a file.
+std::string markersAndLoops(const Path& path) {
+    SndfileHandle file(path.string());
+    SF_CUES cues{};
+    file.command(SFC_GET_CUE, &cues, sizeof cues);
+    std::string text;
+    for (std::uint32_t n = 0; n < cues.cue_count; ++n)
+        text += std::to_string(cues.cue_points[n].sample_offset) + " " + cues.cue_points[n].name + ", ";
+    SF_INSTRUMENT sampler{};
+    file.command(SFC_GET_INSTRUMENT, &sampler, sizeof sampler);
+    for (int n = 0; n < sampler.loop_count; ++n)
+        text += std::to_string(sampler.loops[n].start) + "-" + std::to_string(sampler.loops[n].end) + ", ";
+    return text;
+}
+
+TEST_F(Files, MoveMarkersAndLoopsWithTheirSamples) {
+    writeSound(in("in.wav"), noise(1, 48000), 48000, SF_FORMAT_WAV | SF_FORMAT_PCM_U8);
+    // Identifier, play order, chunk, two starts, and the sample.
+    std::string cue = numbers({4});
+    for (const std::uint32_t position : {30000U, 100U, 48000U, 12000U})
+        cue += numbers({position, 0}) + "data" + numbers({0, 0, position});
+    const auto text = [](const std::string& kind, std::uint32_t of, const std::string& words) {
+        return kind + numbers({static_cast<std::uint32_t>(words.size()) + 4, of}) + words;
+    };
+    // An odd length, and a list behind that says too much.
+    append(in("in.wav"), "cue ", cue + "x");
+    append(in("in.wav"), "LIST",
+           "adtl" + text("labl", 30000, std::string("verse 1", 8)) +
+               text("note", 30000, std::string("hm\0", 4)) + text("labl", 100, std::string("0.25\0", 6)) +
+               text("ltxt", 12000, numbers({12001}) + "rgn " + numbers({0, 0}) + std::string("solo", 4)) +
+               "labl" + numbers({999, 48000}) + "end");
+    append(in("in.wav"), "smpl",
+           numbers({0, 0, 20833, 60, 0, 0, 0, 99, 4, 1, 0, 1000, 1999, 0, 0, 2, 0, 100, 29999, 0, 7}));
+    append(in("in.wav"), "iXML", "<a>" + std::string(69998, ' '));
+    for (const auto& [options, found, lost] : std::vector<std::tuple<std::string, std::string, std::string>>{
+             {"b.wav", "100 0.25, 12000 solo, 30000 verse 1, 48000 end, 1000-2000, 100-30000, ", ""},
+             {"b.wav --from 0.02 --to 30000smp", "11040 solo, 40-1040, ",
+              "3 markers outside the range, 1 loop outside the range"},
+             {"b.wav --from solo --to end", "0 solo, 18000 verse 1, 36000 end, ",
+              "1 marker outside the range, 2 loops outside the range"},
+             {"b.wav --from 0.25", "0 solo, 18000 verse 1, 36000 end, ",
+              "1 marker outside the range, 2 loops outside the range"},
+             {"b.wav --reverse --from solo", "0 end, 17999 verse 1, 23999 solo, ",
+              "1 marker outside the range, loops (smpl)"},
+             {"b.wav --rate 96k", "200 0.25, 24000 solo, 60000 verse 1, 96000 end, ", "loops (smpl)"},
+             {"b.wav --speed 2", "50 0.25, 6000 solo, 15000 verse 1, 24000 end, ", "loops (smpl)"},
+             {"b.aiff", "100 0.25, 12000 solo, 30000 verse 1, 48000 end, ",
+              "iXML, lengths and comments of markers, loops (smpl)"},
+             {"b.flac", "", "iXML, 4 markers, loops (smpl)"}}) {
+        const std::string told = output("render in.wav -o " + options);
+        EXPECT_EQ(markersAndLoops(in(options.substr(0, options.find(' ')))), found) << options;
+        const std::string note = "' does not keep " + lost + "\n";
+        EXPECT_EQ(told.find(lost.empty() ? "note" : note),
+                  lost.empty() ? std::string::npos : told.find("' does"))
+            << told;
+    }
+    // Nothing is lost through an RF64, an AIFF and a pipe; lengths stand beside the names.
+    output("render in.wav -o b.wav");
+    output("render b.wav -o c.rf64");
+    output("render c.rf64 -o c.wav");
+    EXPECT_TRUE(readBytes(in("c.wav")) == readBytes(in("b.wav")));
+    EXPECT_NE(readBytes(in("c.wav")).find("ltxt" + numbers({20, 2, 12001}) + "rgn "), std::string::npos);
+    EXPECT_NE(readBytes(in("c.wav")).find("iXML" + numbers({70001}) + "<a> "), std::string::npos);
+    writeBytes(in("d.wav"), run("render c.rf64 -o - --kind wav").output);
+    EXPECT_EQ(markersAndLoops(in("d.wav")), markersAndLoops(in("b.wav")));
+    output("render b.aiff -o d.wav");
+    EXPECT_EQ(markersAndLoops(in("d.wav")), markersAndLoops(in("b.aiff")));
+    expectRefused(
+        "render b.wav -o new.wav --from vers",
+        "'vers' is not a time, and no marker of 'b.wav', which has 'verse 1', 'end', '0.25', 'solo'");
+    // What a chunk claims beyond the end of the file is not there.
+    writeSound(in("lie.wav"), noise(1, 100));
+    append(in("lie.wav"), "cue ", numbers({999, 1, 0}) + "data" + numbers({0, 0, 50}));
+    std::string bytes = readBytes(in("lie.wav"));
+    writeBytes(in("lie.wav"), bytes.replace(bytes.size() - 32, 4, numbers({99999})));
+    output("render lie.wav -o d.wav");
+    EXPECT_EQ(markersAndLoops(in("d.wav")), "50 , ");
+    if (std::system("command -v ffprobe > /dev/null") == 0) {
+        ASSERT_EQ(std::system(("cd " + in("").string() +
+                               " && ffprobe -v error -of csv -show_chapters b.wav > chapters")
+                                  .c_str()),
+                  0);
+        EXPECT_NE(readBytes(in("chapters")).find(",30000,0.625000,48000,1.000000,verse 1\n"),
+                  std::string::npos)
+            << readBytes(in("chapters"));
+    }
+}
+
 TEST_F(Files, KeepTagsAndBroadcastExtensionsOrSayWhatIsLost) {
     const std::int64_t reference = 0xFFFFFFF0;
     {
@@ -253,11 +354,7 @@ TEST_F(Files, KeepTagsAndBroadcastExtensionsOrSayWhatIsLost) {
         file.writef(samples.data(), 48000);
     }
     // A chunk that nobody knows.
-    std::string bytes = readBytes(in("in.wav"));
-    bytes += std::string("wxyz\4\0\0\0text", 12);
-    const auto riffSize = static_cast<std::uint32_t>(bytes.size() - 8);
-    bytes.replace(4, 4, reinterpret_cast<const char*>(&riffSize), 4);
-    writeBytes(in("in.wav"), bytes);
+    append(in("in.wav"), "wxyz", "text");
     for (const auto& [name, lost] :
          std::map<std::string, std::string>{{"b.wav", "wxyz"},
                                             {"b.rf64", "wxyz"},
@@ -351,8 +448,9 @@ TEST_F(Files, ThatArePipesAreWrittenInto) {
 }
 
 TEST_F(Files, AppearWholeOrNotAtAllWhicheverWriteFails) {
-    const command::OutputLayout layout{
+    command::OutputLayout layout{
         .format = command::FormatId::s16, .channels = 2, .frames = 1001, .timeReference = 7};
+    layout.metadata.markers = {{1, 2, "m"}};
     const std::vector<std::byte> samples(layout.dataBytes(), std::byte{1});
     // Returns whether the file is said to be written.
     const auto write = [&](const std::string& name, int writesThatSucceed) {

@@ -2,6 +2,7 @@
 
 #include "tests/tools/audlmd/CommandFixture.hpp"
 
+#include <nlohmann/json.hpp>
 #include <sndfile.hh>
 
 namespace audlmd::test {
@@ -53,9 +54,50 @@ TEST_F(Join, Crossfades) {
     }
 }
 
+TEST_F(Join, JoinsTheSlicesOfAMixToTheWholeAndItsReport) {
+    writeSound(in("loud.wav"), {std::vector<float>(9600, 1.5F)});
+    writeBytes(in("film.json"), R"({"audlmd": 1, "name": "film", "timeReference": 4800,
+        "markers": [{"name": "in", "at": 10}, {"name": "late", "at": 9000}], "tracks": [{"strips": [
+        {"media": "loud.wav", "at": 0}, {"media": "none.wav", "at": 4000, "to": 4000}]}]})");
+    for (const std::string kind : {"wav --format s32 --dither", "raw --format s24in32", "flac"}) {
+        const std::string extension = kind.substr(0, kind.find(' '));
+        const auto mix = [&](const std::string& name, const std::string& options) {
+            run("mix film.json -o " + name + "." + kind + " --report " + name + ".json" + options);
+        };
+        mix("whole", "");
+        for (const std::string number : {"1", "2", "3"})
+            mix(number, " --slice " + number + "/3");
+        EXPECT_EQ(
+            run("join --slices 3.json 1.json 2.json -o joined." + extension + " --report all.json").status,
+            4);
+        EXPECT_TRUE(readBytes(in("joined." + extension)) == readBytes(in("whole." + extension))) << kind;
+        nlohmann::json whole = nlohmann::json::parse(readBytes(in("whole.json")));
+        nlohmann::json all = nlohmann::json::parse(readBytes(in("all.json")));
+        EXPECT_EQ(whole["channels"][0]["samples"], 9600) << kind;
+        EXPECT_EQ(whole["exitStatus"], 4) << kind;
+        for (nlohmann::json* report : {&whole, &all})
+            for (const char* key : {"seconds", "slowest", "output"})
+                report->erase(key);
+        EXPECT_EQ(all, whole) << kind;
+    }
+
+    expectRefused("join --slices 3.json 1.json -o j.flac", "slice 2 of 3 is missing", 3);
+    expectRefused("join --slices 1.json 1.json 2.json 3.json -o j.flac", "slice 1 is there twice", 3);
+    expectRefused("join --slices film.json -o j.flac", "'film.json': this is no report of a slice", 3);
+    expectRefused("join --slices 1.json 2.json 3.json -o j.flac --format s16", "as they are");
+    run("mix film.json -o 2.flac --slice 2/3 --report 2.json --from 1smp");
+    expectRefused("join --slices 1.json 2.json 3.json -o j.flac",
+                  "'2.json': this slice belongs to another mix", 3);
+    run("mix film.json -o 2.flac --slice 2/3 --report 2.json --strict");
+    expectRefused("join --slices 1.json 2.json 3.json -o j.flac", "'2.json': this slice failed", 3);
+    run("mix film.json -o 2.flac --slice 2/3 --report 2.json");
+    writeBytes(in("2.flac"), readBytes(in("whole.flac")));
+    expectRefused("join --slices 1.json 2.json 3.json -o j.flac", "'2.flac': these samples are not those", 3);
+}
+
 TEST_F(Join, RefusesWhatLeavesAGap) {
     writeSound(in("empty.wav"), {{}, {}});
-    expectRefused("join a.wav -o joined.wav", "INPUT");
+    expectRefused("join a.wav -o joined.wav", "INPUT: name two");
     expectRefused("join a.wav b.wav", "name the file to write with -o");
     expectRefused("join a.wav b.wav -o a.wav", "name another file");
     expectRefused("join a.wav empty.wav -o joined.wav", "'empty.wav' holds no samples", 3);

@@ -102,6 +102,10 @@ TEST_F(MixCommand, SaysWhichMediaAreMissingAndFindsThemAgain) {
     writeTimeline(R"({"name": "here", "media": "a.wav", "from": 0, "to": 48000},
                      {"name": "moved", "media": "old/reel2/b.wav", "at": 48000, "from": 0, "to": 48000})");
     expectRefused("mix film.json -o mix.wav --strict", "track 'A1', clip 'moved': ", 3);
+    run("mix film.json -o mix.wav --strict --report r.json");
+    const auto failure = nlohmann::json::parse(readBytes(in("r.json")));
+    EXPECT_EQ(failure["exitStatus"], 3);
+    EXPECT_THAT(failure["failure"], HasSubstr("clip 'moved'"));
     EXPECT_THAT(errorsOfMix("mix film.json -o mix.wav --report r.json"), HasSubstr("clip 'moved'"));
     EXPECT_EQ(readSound(in("mix.wav"))[0].size(), 96'000U);
     const auto report = nlohmann::json::parse(readBytes(in("r.json")));
@@ -191,16 +195,17 @@ TEST_F(MixCommand, TellsOfSilenceInEveryMixAndEndsWhereItIsAskedTo) {
     EXPECT_EQ(readSound(in("mix.wav"))[0].size(), 48'000U);
 }
 
-TEST_F(MixCommand, ReportsClippingAndKeepsTheTimeReference) {
+TEST_F(MixCommand, ReportsClippingAndKeepsTimeReferenceNameAndMarkers) {
     writeSound(in("a.wav"), {std::vector<float>(100, 0.75F)});
     writeTimeline(
         R"({"media": "a.wav", "at": 100, "from": 0, "to": 100, "gain": 10, "routing": [[0.1], [1]]})",
-        R"("timeReference": 5000000000, )");
+        R"("timeReference": 5000000000, "name": "reel 2",
+            "markers": [{"name": "shot", "at": 120}, {"name": "slate", "at": 50}, {"name": "early"}], )");
     for (const auto& [format, told] :
          std::map<std::string, std::string>{{"s16", "\nclipped"},
                                             {"f32 --truncate", "\nclipped"},
                                             {"f32", "\nover full scale, not clipped"}}) {
-        EXPECT_THAT(output("mix film.json -o mix.wav --from 50smp --report r.json --format " + format),
+        EXPECT_THAT(output("mix film.json -o mix.wav --from slate --report r.json --format " + format),
                     HasSubstr(told + ": channel 2: 100 samples, by up to 7.50 dB, first at 0:00:00.002"));
         const auto report = nlohmann::json::parse(readBytes(in("r.json")));
         EXPECT_EQ(report["channels"][0]["samples"], 0);
@@ -212,9 +217,20 @@ TEST_F(MixCommand, ReportsClippingAndKeepsTheTimeReference) {
     SNDFILE* const file = sf_open(in("mix.wav").c_str(), SFM_READ, &info);
     SF_BROADCAST_INFO broadcast{};
     EXPECT_EQ(sf_command(file, SFC_GET_BROADCAST_INFO, &broadcast, sizeof broadcast), SF_TRUE);
+    SF_CUES cues{};
+    sf_command(file, SFC_GET_CUE, &cues, sizeof cues);
+    EXPECT_STREQ(sf_get_string(file, SF_STR_TITLE), "reel 2");
     sf_close(file);
     EXPECT_EQ((std::uint64_t{broadcast.time_reference_high} << 32) + broadcast.time_reference_low,
               5'000'000'050U);
+    EXPECT_STREQ(broadcast.description, "reel 2");
+    EXPECT_STREQ(broadcast.originator, "audlmd");
+    EXPECT_EQ(cues.cue_count, 2U);
+    EXPECT_EQ(cues.cue_points[1].sample_offset, 70U);
+    EXPECT_STREQ(cues.cue_points[1].name, "shot");
+    output("mix film.json -o mix.wav --no-metadata");
+    EXPECT_EQ(readBytes(in("mix.wav")).find("LIST"), std::string::npos);
+    EXPECT_EQ(readBytes(in("mix.wav")).find("bext"), std::string::npos);
 }
 
 TEST_F(MixCommand, FoldsDownWithANoteOrPicksChannels) {

@@ -68,7 +68,7 @@ TEST_F(Refusals, OfOptions) {
                  {thirteenBands, "13 bands"},
                  {"--speed nan", "--speed"},
                  {"--speed 2 --converter cubic", "'cubic' is not a converter"},
-                 {"--automation none.csv", "cannot read 'none.csv'"}})
+                 {"--automation none.csv", "'none.csv' cannot be read"}})
         expectRefused("render a.wav -o out.wav " + options, part,
                       options.starts_with("--automation n") ? 3 : 2);
     expectRefused("modes 1 2", "'2' is one word too many (audlmd modes --help tells more)");
@@ -76,8 +76,8 @@ TEST_F(Refusals, OfOptions) {
     expectRefused("rendr a.wav", "'rendr' is no subcommand; did you mean render?");
     expectRefused("render a.wav out.wav",
                   "name what to write with -o: a folder, or one file as in -o out.wav");
-    for (const auto& [text, part] : Refused{{"0,0\n1 3\n", "bad.csv line 2"},
-                                            {"0,0\n1,soft\n", "bad.csv line 2"},
+    for (const auto& [text, part] : Refused{{"0,0\n1 3\n", "'bad.csv' line 2"},
+                                            {"0,0\n1,soft\n", "'bad.csv' line 2"},
                                             {"1,0\n0,0\n", "comes after a later one"},
                                             {"time,decibels\n", "holds no automation"}}) {
         writeBytes(in("bad.csv"), text);
@@ -103,7 +103,7 @@ TEST_F(Refusals, OfInputThatIsNoWholeSound) {
                                              {"short.wav", "short.wav"},
                                              {"folder", "folder"},
                                              {"fast.wav", "2147483647 Hz is outside 1000 to 768000 Hz"},
-                                             {"\x1b[2J\xc2\x9b\xe2\x80\xae.wav", " ?[2J??.wav: "},
+                                             {"\x1b[2J\xc2\x9b\xe2\x80\xae.wav", "'?[2J??.wav': "},
                                              {"damaged.flac", "damaged.flac"}})
         expectRefused("render " + input + " -o out.wav", part, 3);
 }
@@ -112,14 +112,14 @@ TEST_F(Refusals, OfOutputThatCannotBeWritten) {
     std::filesystem::create_symlink("circle.wav", in("circle.wav"));
     expectRefused("render a.wav", "-o");
     for (const auto& [name, part] :
-         Refused{{"/dev/full", "cannot write '/dev/full': "},
-                 {"nowhere/out.wav", "cannot write 'nowhere/out.wav': "},
+         Refused{{"/dev/full", "'/dev/full' cannot be written: "},
+                 {"nowhere/out.wav", "'nowhere/out.wav' cannot be written: "},
                  {"out.mp3", "the extension names the kind of file"},
                  {"o.flac --channels 5.1film", "L C R Ls Rs LFE for L R C LFE Ls Rs"},
                  {"o.rf64 --channels 7.1film", "use --channels 7.1"},
-                 {std::string(300, 'a') + ".wav", "a.wav': File name too long"},
-                 {"circle.wav", "cannot write 'circle.wav': "},
-                 {"out.wav/out.wav", "cannot write 'out.wav/out.wav'"}})
+                 {std::string(300, 'a') + ".wav", "a.wav' cannot be written: File name too long"},
+                 {"circle.wav", "'circle.wav' cannot be written: "},
+                 {"out.wav/out.wav", "'out.wav/out.wav' cannot be written"}})
         expectRefused("render a.wav -o " + name, part, name[0] == 'o' && name != "out.wav/out.wav" ? 2 : 5);
 }
 

@@ -4,6 +4,7 @@
 #include "tests/tools/audlmd/CommandFixture.hpp"
 
 #include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cmath>
@@ -11,6 +12,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <numbers>
+#include <sstream>
 
 namespace audlmd::test {
 namespace {
@@ -56,7 +58,7 @@ TEST_F(Render, WritesEachInputIntoAFolderAlsoBehindOneThatFails) {
     EXPECT_THAT(
         outcome.errors,
         testing::MatchesRegex(
-            "audlmd: none.wav: .*\naudlmd: 1 of 3 inputs failed, see above; the others are in 'new/'\n"));
+            "audlmd: 'none.wav': .*\naudlmd: 1 of 3 inputs failed, see above; the others are in 'new/'\n"));
     EXPECT_EQ(readSound(in("new/a_x.wav")), readSound(in("a.wav")));
     EXPECT_EQ(readSound(in("new/b_x.wav")), readSound(in("b.ogg")));
     output("render a.wav b.ogg -o new --kind w64");
@@ -146,6 +148,32 @@ TEST_F(Render, TellsHowManySamplesAreOverFullScale) {
               std::string::npos);
 }
 
+TEST_F(Render, TellsProgramsAnObjectALine) {
+    writeSound(in("a.wav"), {std::vector<float>(200'000, 1.5F)});
+    std::vector<nlohmann::json> told;
+    const auto tell = [&](const std::string& line) {
+        told.clear();
+        std::istringstream lines(run(line + " --json").output);
+        for (std::string object; std::getline(lines, object);)
+            told.push_back(nlohmann::json::parse(object));
+        return told.back();
+    };
+    const nlohmann::json failed = tell("render a.wav none.wav -o out/ --format s16 --duration 9s");
+    EXPECT_EQ(failed, (nlohmann::json{{"event", "error"},
+                                      {"input", "none.wav"},
+                                      {"exitStatus", 3},
+                                      {"text", "'none.wav': No such file or directory."}}));
+    EXPECT_EQ(told.front()["event"], "note");
+    EXPECT_EQ(told[1]["event"], "progress");
+    EXPECT_EQ(told[1]["of"], 200'000);
+    const nlohmann::json& last = told[told.size() - 2];
+    EXPECT_EQ(last["event"], "result");
+    EXPECT_EQ(last["output"], "out/a.wav");
+    EXPECT_EQ(last["frames"], 200'000);
+    EXPECT_EQ(last["channels"][0]["clipped"], 200'000);
+    EXPECT_NEAR(last["channels"][0]["peak"].get<double>(), 3.52, 0.01);
+}
+
 TEST_F(Render, EndsWithFiguresAndRefusesWhatTheSpeedLimitExcludes) {
     writeSound(in("a.wav"), noise(1, 48000));
     const std::string line = "render a.wav -o out.wav --speed 4";
@@ -161,6 +189,16 @@ TEST_F(Render, EndsWithFiguresAndRefusesWhatTheSpeedLimitExcludes) {
     writeBytes(in("my.conf"), "AudioPlaybackSpeedLimit = 3\n");
     setenv("AUDLMD_CONFIG", in("my.conf").c_str(), 1);
     expectRefused(line, "to 3 (the setting");
+    writeBytes(in("my.conf"), "AudioPlaybackSpedLimit = 3\nAudioPlaybackSpeedLimit = 20\n");
+    setenv("AUDLMD_AudioPlaybackSpeedlimit", "4", 1);
+    EXPECT_EQ(run(line).errors,
+              "audlmd: note: " + in("my.conf").string() +
+                  ":1: 'AudioPlaybackSpedLimit' is no setting; did you mean AudioPlaybackSpeedLimit?\n"
+                  "audlmd: note: the environment variable AUDLMD_AudioPlaybackSpeedlimit is no setting; did you mean "
+                  "AUDLMD_AudioPlaybackSpeedLimit?\n"
+                  "audlmd: note: the setting AudioPlaybackSpeedLimit is 20, but 8 is the nearest that can be "
+                  "played\n");
+    unsetenv("AUDLMD_AudioPlaybackSpeedlimit");
     setenv("AUDLMD_CONFIG", "", 1);
     expectRefused("render a.wav -o out.wav --speed 6.5", "to 6 (the setting");
     setenv("AUDLMD_CONFIG", in("no.conf").c_str(), 1);

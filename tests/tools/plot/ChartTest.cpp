@@ -1,6 +1,7 @@
 #include "tests/tools/plot/Drawing.hpp"
 #include "tools/plot/Figure.hpp"
 #include "tools/plot/Spectrogram.hpp"
+#include "tools/plot/Waveform.hpp"
 
 #include <gtest/gtest.h>
 
@@ -26,8 +27,8 @@ TEST(Chart, IsDrawnAsItsPictureShows) {
         chart.series[0].points.push_back({20.0 * std::pow(100.0, n / 1000.0), n < 500   ? -6.0
                                                                               : n < 800 ? 3.0
                                                                                         : -INFINITY});
-    chart.series[1] = {"dashes", Palette::green, 1.5, true, false, {{20.0, -3.0}, {2000.0, 3.0}}};
-    chart.series[2] = {"a name that takes a row", Palette::blue, 4.0, false, true, {{200.0, 0.0}}};
+    chart.series[1] = {"dashes", Palette::green, 1.5, true, false, false, {{20.0, -3.0}, {2000.0, 3.0}}};
+    chart.series[2] = {"a name that takes a row", Palette::blue, 4.0, false, true, false, {{200.0, 0.0}}};
     Chart heat;
     heat.x = timeAxis(2.0);
     // From foot to head, one column after the other.
@@ -44,6 +45,35 @@ TEST(Chart, IsDrawnAsItsPictureShows) {
     EXPECT_EQ(drawFigure(figure, PictureKind::png).substr(16, 8), std::string("\0\0\x07\x30\0\0\x04\xD8", 8));
     figure.chartHeight = 9000.0;
     EXPECT_THROW(drawFigure(figure, PictureKind::png), std::runtime_error);
+}
+
+TEST(Waveform, ShowsPeaksAndRmsInRows) {
+    // Columns of 32 samples: a wave, silence, one at full scale, one that goes beyond and has no number in
+    // it.
+    std::vector<float> signal(128, 0.5F);
+    for (std::size_t n = 0; n < 32; n += 2)
+        signal[n] = -0.25F;
+    std::fill_n(signal.begin() + 32, 32, 0.0F);
+    signal[70] = -1.0F;
+    signal[100] = 1.5F;
+    signal[101] = NAN;
+    Figure figure;
+    for (const std::size_t columns : {4U, 64U}) {
+        Waveform waveform(128, 32, 1.0, columns);
+        waveform.add(std::span(signal).first(33));
+        waveform.add(std::span(signal).subspan(33));
+        EXPECT_EQ(waveform.peak(), 1.5);
+        figure.charts.push_back(waveform.chart(2.0));
+    }
+    figure.charts[0].title = "LFE";
+    // Two samples have no RMS. They end where they begin: an outline from left to right and back.
+    EXPECT_EQ(figure.charts[1].series.size(), 2U);
+    EXPECT_EQ(figure.charts[1].series[0].points.size(), 128U);
+    figure.charts[1] = figure.charts[0];
+    figure.charts[1].title = "R";
+    figure.rows = true;
+    figure.chartHeight = 100.0;
+    expectPicture("rows", [&] { drawFigure(figure, PictureKind::svg); });
 }
 
 TEST(Spectrogram, HoldsTheMeanOfAColumnAndTheLargestOfARow) {

@@ -61,7 +61,7 @@ void ExistingMix::requireSame(const char* what, std::int64_t here, std::int64_t 
 }
 
 void ExistingMix::fail(const std::string& why) const {
-    throw CommandError("cannot mix into '" + path_.string() + "': " + why, ExitStatus::input);
+    throw CommandError("'" + path_.string() + "' cannot be mixed into: " + why, ExitStatus::input);
 }
 
 } // namespace audlmd::command

@@ -2,13 +2,19 @@
 
 #include "host/words/Text.hpp"
 #include "tools/audlmd/files/OutputFile.hpp"
+#include "tools/audlmd/files/RiffChunks.hpp"
 
 #include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <fcntl.h>
 #include <iterator>
+#include <limits>
+#include <span>
 #include <string_view>
+#include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace audlmd::command {
@@ -32,82 +38,145 @@ constexpr std::array<TagName, 10> tagNames{{{SF_STR_TITLE, "title", "INAM"},
                                             {SF_STR_TRACKNUMBER, "track number", "ITRK"},
                                             {SF_STR_GENRE, "genre", "IGNR"}}};
 
-/// Chunks of WAV, AIFF and CAF files that say nothing beyond samples, tags, layout and broadcast extension.
+/// Chunks that say nothing beyond samples, tags, layout and broadcast extension, which libsndfile reads.
 constexpr std::string_view knownChunks[] = {
-    "RIFF", "RIFX", "RF64", "WAVE", "ds64", "fmt ", "fact", "data", "PEAK", "LIST", "bext", "iXML",
-    "JUNK", "junk", "PAD ", "FLLR", "FORM", "AIFF", "AIFC", "COMM", "SSND", "FVER", "CHAN", "NAME",
-    "AUTH", "(c) ", "ANNO", "APPL", "caff", "desc", "chan", "info", "free", "strg"};
+    "RIFF", "RIFX", "RF64", "WAVE", "ds64", "fmt ", "fact", "data", "PEAK", "LIST", "bext",
+    "JUNK", "junk", "PAD ", "FLLR", "FORM", "AIFF", "AIFC", "COMM", "SSND", "FVER", "CHAN",
+    "NAME", "AUTH", "(c) ", "ANNO", "APPL", "caff", "desc", "chan", "info", "free", "strg"};
 
+/// Of a RIFF file, chunks that libsndfile does not understand, or not all of them.
+constexpr std::string_view readByUs[] = {"LIST", "iXML", "cue ", "smpl"};
+
+bool isAmong(std::span<const std::string_view> identifiers, std::string_view identifier) {
+    return std::ranges::find(identifiers, identifier) != identifiers.end();
+}
+
+/// By libsndfile, for files that are not RIFF files.
 std::set<std::string> otherChunksOf(SNDFILE* file) {
     std::set<std::string> others;
     for (SF_CHUNK_ITERATOR* chunk = sf_get_chunk_iterator(file, nullptr); chunk != nullptr;
          chunk = sf_next_chunk_iterator(chunk)) {
-        char first = 0;
         SF_CHUNK_INFO info{};
+        // By the length of an empty chunk, libsndfile divides.
+        if (sf_get_chunk_size(chunk, &info) != SF_ERR_NO_ERROR || info.datalen == 0)
+            continue;
+        char first = 0;
         info.data = &first;
         info.datalen = 1;
         if (sf_get_chunk_data(chunk, &info) != SF_ERR_NO_ERROR)
             continue;
         const std::string identifier(info.id, strnlen(info.id, 4));
-        if (std::ranges::find(knownChunks, identifier) == std::end(knownChunks))
+        if (!isAmong(knownChunks, identifier))
             others.insert(identifier);
     }
     return others;
 }
 
-/// A chunk of the file; empty where there is none.
-std::string chunkOf(SNDFILE* file, std::string_view identifier) {
-    constexpr unsigned most = 1U << 20;
-    SF_CHUNK_INFO chunk{};
-    std::ranges::copy(identifier, chunk.id);
-    chunk.id_size = static_cast<unsigned>(identifier.size());
-    SF_CHUNK_ITERATOR* const iterator = sf_get_chunk_iterator(file, &chunk);
-    if (iterator == nullptr || sf_get_chunk_size(iterator, &chunk) != SF_ERR_NO_ERROR || chunk.datalen > most)
-        return "";
-    std::string bytes(chunk.datalen, '\0');
-    chunk.data = bytes.data();
-    return sf_get_chunk_data(iterator, &chunk) == SF_ERR_NO_ERROR ? bytes : "";
+/// The tags of RIFF lists, which libsndfile writes into an RF64 file and does not read there.
+void addTags(const std::vector<std::string>& lists, std::map<int, std::string>& tags) {
+    for (const std::string_view list : lists)
+        if (list.starts_with("INFO"))
+            for (const auto& [identifier, text] : chunksIn(list.substr(4)))
+                for (const TagName& name : tagNames)
+                    if (name.identifier == identifier)
+                        tags[name.tag] = text.substr(0, text.find('\0'));
 }
 
-/// The tags of a RIFF list, which libsndfile writes into an RF64 file and does not read there.
-std::map<int, std::string> tagsInList(std::string_view list) {
-    std::map<int, std::string> tags;
-    if (!list.starts_with("INFO"))
-        return tags;
-    list.remove_prefix(4);
-    while (list.size() >= 8) {
-        std::uint32_t size = 0;
-        std::memcpy(&size, list.data() + 4, sizeof size);
-        const std::string_view identifier = list.substr(0, 4);
-        const std::string_view text = list.substr(8, size);
-        for (const TagName& name : tagNames)
-            if (name.identifier == identifier)
-                tags[name.tag] = text.substr(0, text.find('\0'));
-        // A text of odd length is followed by a byte of nothing.
-        list.remove_prefix(std::min<std::size_t>(8 + text.size() + text.size() % 2, list.size()));
+/// What libsndfile does not read of a RIFF file.
+void takeChunks(const FileChunks& chunks, Metadata& found) {
+    if (const auto lists = chunks.find("LIST"); lists != chunks.end())
+        addTags(lists->second, found.tags);
+    found.ixml = contentOf(chunks, "iXML");
+    found.markers = markersOfChunks(chunks);
+    found.sampler = samplerOfChunk(contentOf(chunks, "smpl"));
+    for (const auto& [identifier, contents] : chunks)
+        if (isAmong(readByUs, identifier) ? std::ranges::find(contents, "") != contents.end()
+                                          : !isAmong(knownChunks, identifier))
+            found.others.insert(identifier);
+    if (chunks.contains("smpl") && !found.sampler)
+        found.others.insert("smpl");
+}
+
+/// A number of cue points as libsndfile has them, behind their count.
+class CueTable {
+public:
+    explicit CueTable(std::uint32_t count)
+        : numbers_(1 + count * (sizeof(SF_CUE_POINT) / sizeof(std::uint32_t))) {
+        numbers_.front() = count;
     }
-    return tags;
+    std::uint32_t* data() { return numbers_.data(); }
+    int bytes() const { return static_cast<int>(numbers_.size() * sizeof(std::uint32_t)); }
+    std::uint32_t count() const { return numbers_.front(); }
+    SF_CUE_POINT* points() { return reinterpret_cast<SF_CUE_POINT*>(numbers_.data() + 1); }
+
+private:
+    std::vector<std::uint32_t> numbers_;
+};
+
+/// Into an AIFF, whose header libsndfile makes in 50 KiB.
+constexpr std::size_t mostMarkerBytes = std::size_t{32} * 1024;
+
+/// Of an AIFF.
+std::vector<Marker> markersByLibsndfile(SNDFILE* file) {
+    std::vector<Marker> markers;
+    std::uint32_t count = 0;
+    sf_command(file, SFC_GET_CUE_COUNT, &count, sizeof count);
+    CueTable cues(count);
+    if (sf_command(file, SFC_GET_CUE, cues.data(), cues.bytes()) != SF_TRUE)
+        return markers;
+    for (const SF_CUE_POINT& cue : std::span(cues.points(), std::min(count, cues.count())))
+        markers.push_back(
+            {.position = cue.sample_offset, .name = {cue.name, strnlen(cue.name, sizeof cue.name)}});
+    std::ranges::stable_sort(markers, {}, &Marker::position);
+    return markers;
+}
+
+void writeMarkersByLibsndfile(SNDFILE* file, const std::vector<Marker>& markers) {
+    std::size_t bytes = 0;
+    for (const Marker& marker : markers)
+        bytes += 8 + marker.name.size();
+    if (bytes == 0 || bytes > mostMarkerBytes ||
+        markers.back().position > std::numeric_limits<std::uint32_t>::max())
+        return;
+    CueTable cues(static_cast<std::uint32_t>(markers.size()));
+    for (std::size_t n = 0; n < markers.size(); ++n) {
+        SF_CUE_POINT& cue = cues.points()[n];
+        cue.indx = static_cast<std::int32_t>(n + 1);
+        cue.position = cue.sample_offset = static_cast<std::uint32_t>(markers[n].position);
+        markers[n].name.copy(cue.name, sizeof cue.name - 1);
+    }
+    sf_command(file, SFC_SET_CUE, cues.data(), cues.bytes());
+}
+
+bool isAiff(int type) {
+    return (type & SF_FORMAT_TYPEMASK) == SF_FORMAT_AIFF;
 }
 
 } // namespace
 
-Metadata metadataOf(SNDFILE* file) {
+Metadata metadataOf(SNDFILE* file, int descriptor) {
     Metadata found;
-    // First: the iterator through all chunks keeps the identifier that one was looked for by.
-    found.others = otherChunksOf(file);
     SF_INFO info{};
     sf_command(file, SFC_GET_CURRENT_SF_INFO, &info, sizeof info);
-    if ((info.format & SF_FORMAT_TYPEMASK) == SF_FORMAT_RF64)
-        found.tags = tagsInList(chunkOf(file, "LIST"));
+    found.sampleRate = info.samplerate;
+    if (const FileChunks chunks = readRiffChunks(descriptor, readByUs); !chunks.empty())
+        takeChunks(chunks, found);
+    else
+        found.others = otherChunksOf(file);
+    if (isAiff(info.format) && !(found.markers = markersByLibsndfile(file)).empty())
+        found.others.erase("MARK");
     for (const TagName& name : tagNames)
         if (const char* text = sf_get_string(file, name.tag); text != nullptr && *text != '\0')
             found.tags[name.tag] = text;
     Metadata::Broadcast broadcast{};
     if (sf_command(file, SFC_GET_BROADCAST_INFO, &broadcast, sizeof broadcast) == SF_TRUE)
         found.broadcast = broadcast;
-    if (isRiff(info.format))
-        found.ixml = chunkOf(file, "iXML");
     return found;
+}
+
+std::string tagName(int tag) {
+    const auto* const found = std::ranges::find(tagNames, tag, &TagName::tag);
+    return found != tagNames.end() ? std::string(found->name) : "tag " + std::to_string(tag);
 }
 
 bool isRiff(int type) {
@@ -116,23 +185,44 @@ bool isRiff(int type) {
 }
 
 Metadata readMetadata(const std::filesystem::path& path) {
+    const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    CheckedDescriptor checked(descriptor);
     SF_INFO info{};
-    const SoundFileHandle file(sf_open(path.c_str(), SFM_READ, &info));
-    return file != nullptr ? metadataOf(file.get()) : Metadata();
+    const SoundFileHandle file(checked.open(SFM_READ, info));
+    Metadata found = file != nullptr ? metadataOf(file.get(), descriptor) : Metadata();
+    close(descriptor);
+    return found;
+}
+
+void moveInto(Metadata& metadata, const RenderedPart& part, int sampleRate) {
+    const std::vector<Marker> all =
+        atRate(std::exchange(metadata.markers, {}), metadata.sampleRate, sampleRate);
+    metadata.markers = markersIn(part, all);
+    if (const std::size_t outside = all.size() - metadata.markers.size(); outside != 0)
+        metadata.dropped.push_back(words::counted(outside, "marker") + " outside the range");
+    if (metadata.sampler) {
+        const std::size_t before = metadata.sampler->loops.size();
+        metadata.sampler->loops = loopsIn(part, metadata.sampler->loops);
+        const std::size_t cut = before - metadata.sampler->loops.size();
+        if (part.reverse || part.speed != 1.0 || metadata.sampleRate != sampleRate) {
+            metadata.sampler.reset();
+            metadata.dropped.emplace_back("loops (smpl)");
+        } else if (cut != 0)
+            metadata.dropped.push_back(words::counted(cut, "loop") + " outside the range");
+    }
+    metadata.sampleRate = sampleRate;
 }
 
 void writeTags(SNDFILE* file, int type, const Metadata& metadata) {
     for (const auto& [tag, text] : metadata.tags)
         sf_set_string(file, tag, text.c_str());
-    if (!isRiff(type) || metadata.ixml.empty())
-        return;
-    SF_CHUNK_INFO chunk{};
-    std::ranges::copy(std::string_view("iXML"), chunk.id);
-    chunk.id_size = 4;
-    chunk.datalen = static_cast<unsigned>(metadata.ixml.size());
-    // Only read, although libsndfile does not say so.
-    chunk.data = const_cast<char*>(metadata.ixml.data());
-    sf_set_chunk(file, &chunk);
+    if (isAiff(type))
+        writeMarkersByLibsndfile(file, metadata.markers);
+}
+
+std::string riffChunksOf(const Metadata& metadata) {
+    return (metadata.ixml.empty() ? "" : riffChunk("iXML", metadata.ixml)) +
+           chunksOfMarkers(metadata.markers) + (metadata.sampler ? chunkOfSampler(*metadata.sampler) : "");
 }
 
 std::string missingIn(const Metadata& found, const Metadata& wanted) {
@@ -144,6 +234,10 @@ std::string missingIn(const Metadata& found, const Metadata& wanted) {
         missing.emplace_back("bext");
     if (!wanted.ixml.empty() && found.ixml.empty())
         missing.emplace_back("iXML");
+    std::ranges::copy(lostMarkers(found.markers, wanted.markers), std::back_inserter(missing));
+    if (wanted.sampler && !found.sampler)
+        missing.emplace_back("loops (smpl)");
+    std::ranges::copy(wanted.dropped, std::back_inserter(missing));
     std::ranges::set_difference(wanted.others, found.others, std::back_inserter(missing));
     constexpr std::size_t most = 12;
     if (missing.size() > most) {

@@ -26,12 +26,35 @@ constexpr std::size_t mostHistory = 16 * 1024 - 256;
 /// Longer than any header.
 constexpr std::int64_t pretendedBytes = std::int64_t{1} << 20;
 
-/// Whether a W64 states the size of the whole file, which stands after the first identifier of 16 bytes.
-bool statesSizeOfW64(int descriptor) {
+/// Where the header of a file of libsndfile's type states the size of the whole file.
+struct SizeField {
+    off_t position = 0;
+    /// 0: there is none, or libsndfile reads it.
+    std::size_t bytes = 0;
+    /// What of the file does not count.
+    std::int64_t before = 0;
+};
+
+SizeField sizeFieldOf(int type) {
+    switch (type & SF_FORMAT_TYPEMASK) {
+    case SF_FORMAT_WAV:
+    case SF_FORMAT_WAVEX:
+        return {4, 4, 8};
+    case SF_FORMAT_RF64:
+        return {20, 8, 8};
+    case SF_FORMAT_W64:
+        return {16, 8, 0};
+    default:
+        return {};
+    }
+}
+
+bool statesItsSize(int descriptor, const SizeField& field) {
     struct stat status {};
     std::int64_t stated = 0;
     return fstat(descriptor, &status) == 0 &&
-           pread(descriptor, &stated, sizeof stated, 16) == sizeof stated && stated == status.st_size;
+           pread(descriptor, &stated, field.bytes, field.position) == static_cast<ssize_t>(field.bytes) &&
+           (field.bytes == 0 || stated == status.st_size - field.before);
 }
 
 } // namespace
@@ -48,8 +71,10 @@ OutputTarget::OutputTarget(const std::filesystem::path& given, const FileKind* w
 }
 
 OutputFile::OutputFile(const OutputTarget& target, const OutputLayout& layout)
-    : target_(target), layout_(layout) {
+    : target_(target), layout_(layout), missing_(missingIn({}, layout.metadata)) {
     requireHolds(*target_.kind, layout_.format, layout_.dataBytes(), target_.path);
+    if (isRiff(target_.kind->type))
+        chunks_ = riffChunksOf(layout_.metadata);
     output_.emplace(target_);
     if (target_.isStream && target_.kind->type == SF_FORMAT_WAV)
         writeStreamedHeader();
@@ -61,10 +86,10 @@ SF_INFO OutputFile::info() const {
     SF_INFO info{};
     info.channels = layout_.channels;
     info.samplerate = layout_.sampleRate;
-    const bool isLarge = layout_.dataBytes() > largestWavData && !target_.isStream;
+    const bool isLarge = layout_.dataBytes() + chunks_.size() > largestWavData && !target_.isStream;
     const int type = target_.kind->type == SF_FORMAT_WAV && isLarge ? SF_FORMAT_RF64 : target_.kind->type;
     if (const std::string why = whyLayoutDoesNotFit(type, layout_.speakers); !why.empty())
-        throw CommandError("cannot write '" + target_.path.string() + "': " + why);
+        throw CommandError("'" + target_.path.string() + "' cannot be written: " + why);
     info.format = typeFor(type, layout_.speakers) | *subtypeIn(*target_.kind, layout_.format);
     return info;
 }
@@ -96,9 +121,18 @@ void OutputFile::writeStreamedHeader() {
     }
     std::string header(static_cast<std::size_t>(lseek(memory, 0, SEEK_END)), '\0');
     const bool isRead = pread(memory, header.data(), header.size(), 0) == std::ssize(header);
-    close(memory);
     // Without samples, the header ends with the name of their chunk and its length.
-    if (!isRead || header.size() < 44 || header.compare(header.size() - 8, 4, "data") != 0)
+    const bool isHeader = isRead && header.size() >= 44 && header.compare(header.size() - 8, 4, "data") == 0;
+    if (isHeader) {
+        header.insert(header.size() - 8, chunks_);
+        CheckedDescriptor content(memory);
+        const SoundFileHandle file(
+            pwrite(memory, header.data(), header.size(), 0) < 0 ? nullptr : content.open(SFM_READ, opened));
+        if (file != nullptr)
+            missing_ = missingIn(metadataOf(file.get(), memory), layout_.metadata);
+    }
+    close(memory);
+    if (!isHeader)
         fail("its header cannot be made");
     header.replace(4, 4, 4, '\xFF');
     header.replace(header.size() - 4, 4, 4, '\xFF');
@@ -119,9 +153,14 @@ void OutputFile::describe(SNDFILE* file) {
 /// empty: with them, equal renders would differ.
 void OutputFile::setBroadcast(SNDFILE* file) const {
     Metadata::Broadcast broadcast{};
-    broadcast.version = 1;
     if (layout_.metadata.broadcast)
         broadcast = *layout_.metadata.broadcast;
+    else {
+        broadcast.version = 1;
+        std::string_view("audlmd").copy(broadcast.originator, sizeof broadcast.originator);
+        if (const auto title = layout_.metadata.tags.find(SF_STR_TITLE); title != layout_.metadata.tags.end())
+            title->second.copy(broadcast.description, sizeof broadcast.description);
+    }
     const auto reference = static_cast<std::uint64_t>(layout_.timeReference);
     broadcast.time_reference_low = static_cast<std::uint32_t>(reference);
     broadcast.time_reference_high = static_cast<std::uint32_t>(reference >> 32);
@@ -165,11 +204,26 @@ bool OutputFile::writeConverted(const std::byte* interleaved, std::size_t frames
     return false;
 }
 
+/// There they may be of any length, while libsndfile makes a header in 50 KiB.
+void OutputFile::appendChunks() {
+    const int descriptor = output_->descriptor();
+    const SizeField field = sizeFieldOf(type_);
+    const off_t end = lseek(descriptor, 0, SEEK_END);
+    if (end < 0)
+        failToWrite(target_.path, errno);
+    output_->write(std::string(static_cast<std::size_t>(end % 2), '\0') + chunks_);
+    const std::int64_t size = lseek(descriptor, 0, SEEK_CUR) - field.before;
+    if (lseek(descriptor, field.position, SEEK_SET) < 0)
+        failToWrite(target_.path, errno);
+    output_->write({reinterpret_cast<const char*>(&size), field.bytes});
+}
+
 void OutputFile::commit() {
     // Closing still writes.
     file_.reset();
     requireNoError();
-    missing_ = missingIn({}, layout_.metadata);
+    if (!chunks_.empty() && !target_.isStream)
+        appendChunks();
     if (!target_.isStream && target_.kind != &rawFileKind()) {
         requireHeader();
         requireLastFrame();
@@ -193,8 +247,8 @@ void OutputFile::requireNoError() const {
 }
 
 /// The header is read with a length of the file that is not true, so that only a header that states its own
-/// length is right. libsndfile always takes the length of a W64 from the file: there the header's own is
-/// read.
+/// length is right. libsndfile takes the length of a W64 from the file, and looks at no RIFF file's: there
+/// the header's own is read.
 void OutputFile::requireHeader() const {
     const bool isW64 = (type_ & SF_FORMAT_TYPEMASK) == SF_FORMAT_W64;
     CheckedDescriptor header(output_->descriptor(), isW64 ? 0 : pretendedBytes);
@@ -205,7 +259,7 @@ void OutputFile::requireHeader() const {
         found.channels != layout_.channels || found.samplerate != layout_.sampleRate ||
         found.frames != layout_.frames ||
         (isLayoutStated_ && !areAlike(statedLayout(file.get(), found), layout_.speakers)) ||
-        (isW64 && !statesSizeOfW64(output_->descriptor())))
+        !statesItsSize(output_->descriptor(), sizeFieldOf(type_)))
         fail("its header does not read back as it was written");
 }
 
@@ -217,11 +271,11 @@ void OutputFile::requireLastFrame() {
     if (file == nullptr || sf_seek(file.get(), layout_.frames - 1, SEEK_SET) != layout_.frames - 1 ||
         sf_readf_float(file.get(), lastFrame.data(), 1) != 1 || content.error() != 0)
         fail("its last frame does not read back");
-    missing_ = missingIn(metadataOf(file.get()), layout_.metadata);
+    missing_ = missingIn(metadataOf(file.get(), output_->descriptor()), layout_.metadata);
 }
 
 void OutputFile::fail(const std::string& why) const {
-    throw CommandError("cannot write '" + target_.path.string() + "': " + why, ExitStatus::output);
+    throw CommandError("'" + target_.path.string() + "' cannot be written: " + why, ExitStatus::output);
 }
 
 } // namespace audlmd::command

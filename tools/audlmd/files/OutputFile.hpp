@@ -78,6 +78,8 @@ private:
     SF_INFO info() const;
     /// Lets libsndfile write the header through the descriptor.
     void openSoundFile();
+    /// Puts chunks_ behind the samples of a RIFF file that libsndfile has closed.
+    void appendChunks();
     /// Writes the header of a WAV into a pipe, with lengths that mean that they are not known. libsndfile
     /// writes no WAV into a pipe; it makes this header in memory.
     void writeStreamedHeader();
@@ -99,6 +101,8 @@ private:
     int type_ = 0;
     /// Whether the file says what its channels are.
     bool isLayoutStated_ = false;
+    /// Of a RIFF file: what libsndfile does not write of the metadata.
+    std::string chunks_;
     /// See missingIn().
     std::string missing_;
     std::optional<OpenOutput> output_;

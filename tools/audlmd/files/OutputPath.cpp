@@ -79,7 +79,7 @@ OutputPath::OutputPath(const std::filesystem::path& given)
     if (status.type() == std::filesystem::file_type::none)
         failToWrite(path, error.value());
     if (std::filesystem::is_directory(status))
-        throw CommandError("cannot write '" + path.string() + "': it is a folder", ExitStatus::output);
+        throw CommandError("'" + path.string() + "' cannot be written: it is a folder", ExitStatus::output);
     isStream = std::filesystem::exists(status) && !std::filesystem::is_regular_file(status);
     if (!isStream)
         path = behindLinks(path);
@@ -100,7 +100,7 @@ void requireDistinct(std::span<const OutputPath> outputs) {
 }
 
 void failToWrite(const std::filesystem::path& path, int error) {
-    throw CommandError("cannot write '" + path.string() + "': " + std::generic_category().message(error),
+    throw CommandError("'" + path.string() + "' cannot be written: " + std::generic_category().message(error),
                        ExitStatus::output);
 }
 

@@ -30,8 +30,9 @@ std::string nameOf(const std::filesystem::path& input) {
 }
 
 [[noreturn]] void failToKeep(int error) {
-    throw CommandError("cannot keep what is read in '" + std::filesystem::temp_directory_path().string() +
-                           "': " + std::generic_category().message(error) + "; TMPDIR names another folder",
+    throw CommandError("'" + std::filesystem::temp_directory_path().string() +
+                           "' cannot keep what is read: " + std::generic_category().message(error) +
+                           "; TMPDIR names another folder",
                        ExitStatus::failed);
 }
 
@@ -57,7 +58,7 @@ void writeAll(int descriptor, std::span<const std::byte> bytes) {
 /// Hands an input over to its end, in pieces of whole units but for the last. A unit has so many bytes.
 void readAll(const std::filesystem::path& input, std::size_t unit, const Take& take) {
     const auto fail = [&input](const std::string& why) {
-        throw CommandError("cannot read " + nameOf(input) + ": " + why, ExitStatus::input);
+        throw CommandError(nameOf(input) + " cannot be read: " + why, ExitStatus::input);
     };
     const int descriptor =
         input == "-" ? dup(STDIN_FILENO) : open(input.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY);
@@ -175,6 +176,13 @@ std::filesystem::path spooled(const std::filesystem::path& input, const std::opt
         stateLengths(spool, input);
     }
     return "/proc/self/fd/" + std::to_string(spool);
+}
+
+SoundFileError failureOf(const std::filesystem::path& input, const std::filesystem::path& copy,
+                         const SoundFileError& failure) {
+    // The copy stands in quotes.
+    const std::string why = std::string(failure.what()).substr(copy.string().size() + 2);
+    return SoundFileError(nameOf(input) + why);
 }
 
 } // namespace audlmd::command

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/cache/SoundFile.hpp"
 #include "tools/audlmd/files/OutputFormat.hpp"
 
 #include <filesystem>
@@ -23,5 +24,9 @@ bool isStream(const std::filesystem::path& input);
 /// did not know its length when its header was written (0, or all bits set, as pipes have it) learns it.
 /// Throws CommandError, which names the input.
 std::filesystem::path spooled(const std::filesystem::path& input, const std::optional<RawLayout>& raw);
+
+/// A failure of the copy as one of the input, because users do not know the copy.
+SoundFileError failureOf(const std::filesystem::path& input, const std::filesystem::path& copy,
+                         const SoundFileError& failure);
 
 } // namespace audlmd::command

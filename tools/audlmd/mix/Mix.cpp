@@ -10,19 +10,24 @@
 #include "tools/audlmd/files/ChunkWriter.hpp"
 #include "tools/audlmd/files/Outputs.hpp"
 #include "tools/audlmd/files/SampleLayouts.hpp"
-#include "tools/audlmd/mix/MixReportText.hpp"
+#include "tools/audlmd/mix/MixReportJson.hpp"
 #include "tools/audlmd/mix/TimelineInput.hpp"
 #include "tools/audlmd/mix/picture/TimelineFigure.hpp"
+
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <limits>
+#include <new>
 #include <optional>
 #include <span>
 #include <string>
 #include <sys/resource.h>
+#include <system_error>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -83,20 +88,39 @@ public:
     Mix(const MixOptions& options, std::optional<Timeline> timeline)
         : options_(options), media_(options.media),
           outputs_(options.output, options.kind.value_or(nullptr), {options.report, options.picture}),
-          given_(std::move(timeline)) {}
+          log_(outputs_.report(), options.style, options.timeline.string()), given_(std::move(timeline)) {}
 
     void run() {
+        try {
+            mixAndTell();
+        } catch (const std::bad_alloc&) {
+            throw;
+        } catch (...) {
+            const CommandError failure = currentFailure();
+            tellFailure(failure);
+            throw failure;
+        }
+    }
+
+private:
+    FILE* report() const { return outputs_.report(); }
+
+    void mixAndTell() {
         if (given_)
             timeline_ = std::move(*given_);
         else
             readTimeline();
         if (outputs_.sound())
-            std::tie(span_, rangeNote_) = options_.spanOf(timeline_);
+            settle();
+        // What is there may be a medium.
+        mayReport_ = false;
         lookAtMedia();
+        mayReport_ = true;
         if (options_.list)
             list();
         else if (!outputs_.sound())
-            tellNotes(report(), allNotes());
+            for (const std::string& line : timeline::noteLines(allNotes(), timeline_.sampleRate))
+                log_.note(line);
         if (options_.strict)
             requireAllHeard();
         MixReport mixed;
@@ -107,15 +131,28 @@ public:
         requireSound(mixed);
     }
 
-private:
-    FILE* report() const { return outputs_.report(); }
+    /// What is mixed, and into which numbers.
+    void settle() {
+        std::tie(whole_, rangeNote_) = options_.wholeOf(timeline_);
+        span_ = options_.sliceOf(whole_);
+        format_ = options_.format.value_or(defaultFormatOf(*outputs_.sound()->kind));
+        rounding_ = options_.roundingTo(format_);
+    }
 
     void readTimeline() {
+        outputs_.requireOther(options_.timeline, "the timeline");
+        mayReport_ = holdsNoSound(options_.report);
         timeline_ = readTimelineFile(
             options_.timeline,
             {.rate = options_.rate, .channels = options_.channels, .timeline = options_.timelineName},
             media_);
-        outputs_.requireOther(options_.timeline, "the timeline");
+    }
+
+    /// An earlier report begins with a brace, and no sound does. What is no file is not read: that could wait
+    /// for ever.
+    static bool holdsNoSound(const std::filesystem::path& report) {
+        std::error_code none;
+        return !std::filesystem::is_regular_file(report, none) || std::ifstream(report).peek() == '{';
     }
 
     /// Of the output: what is looked at.
@@ -179,8 +216,6 @@ private:
     }
 
     MixReport mix() {
-        const FormatId format = options_.format.value_or(defaultFormatOf(*outputs_.sound()->kind));
-        const Rounding rounding = options_.roundingTo(format);
         allowManyOpenFiles();
         if (const ChannelLayout given = outputLayout(timeline_);
             given.size() < timeline_.channels && !options_.channels.map)
@@ -195,28 +230,37 @@ private:
                 MixerOptions{
                     .threads = options_.threads, .block = options_.block, .inlined = options_.inlined()});
         }
-        const double seconds = writeOutput(*mixer, format, rounding);
+        const double seconds = writeOutput(*mixer);
         MixReport mixed = mixer->report();
-        tell(mixed, {.span = span_,
-                     .seconds = seconds,
-                     .timeline = options_.timeline.string(),
-                     .output = options_.output.string(),
-                     .quiet = options_.quiet,
-                     .clips = clips(format, rounding)});
+        tell(mixed, seconds);
         return mixed;
     }
 
+    /// What the output says beside its samples. A file without a header says nothing.
+    void describe(OutputLayout& layout) const {
+        if (options_.noMetadata || outputs_.sound()->kind == &rawFileKind())
+            return;
+        layout.timeReference = timeline_.timeReference + span_.from.number();
+        if (!timeline_.name.empty())
+            layout.metadata.tags[SF_STR_TITLE] = timeline_.name;
+        layout.metadata.markers = markersOf(timeline_);
+        layout.metadata.sampleRate = layout.sampleRate;
+        moveInto(layout.metadata,
+                 {.from = span_.from.number(), .to = span_.to.number(), .whole = timeline_.length},
+                 layout.sampleRate);
+    }
+
     /// Returns how long that took, in seconds.
-    double writeOutput(Mixer& mixer, FormatId format, Rounding rounding) const {
-        const OutputLayout layout{.format = format,
-                                  .channels = static_cast<int>(outputLayout(timeline_).size()),
-                                  .sampleRate = timeline_.sampleRate,
-                                  .frames = span_.length(),
-                                  .timeReference = timeline_.timeReference + span_.from.number(),
-                                  .speakers = outputLayout(timeline_)};
+    double writeOutput(Mixer& mixer) const {
+        OutputLayout layout{.format = format_,
+                            .channels = static_cast<int>(outputLayout(timeline_).size()),
+                            .sampleRate = timeline_.sampleRate,
+                            .frames = span_.length(),
+                            .speakers = outputLayout(timeline_)};
+        describe(layout);
         OutputFile output(*outputs_.sound(), layout);
-        Progress progress(layout.frames, layout.sampleRate, !options_.quiet);
-        MixedChunks chunks(mixer, span_.from, format, rounding, options_.block, [&] {
+        Progress progress(layout.frames, layout.sampleRate, log_);
+        MixedChunks chunks(mixer, span_.from, format_, rounding_, options_.block, [&] {
             if (options_.strict)
                 requireNoFailure(mixer.report());
         });
@@ -225,7 +269,7 @@ private:
         });
         output.commit();
         for (const std::string& note : output.notes())
-            std::fprintf(report(), "%s\n", note.c_str());
+            log_.note(note);
         return progress.elapsed();
     }
 
@@ -237,17 +281,53 @@ private:
                                    ExitStatus::input);
     }
 
+    MixRun runThatEnded(ExitStatus status) const {
+        MixRun run{.span = span_,
+                   .timeline = options_.timeline.string(),
+                   .output = options_.output.string(),
+                   .quiet = options_.style.quiet,
+                   .format = format_,
+                   .rounding = rounding_,
+                   .status = status};
+        if (options_.slice)
+            run.slice = {*options_.slice, wholeName(timeline_, whole_, format_, rounding_)};
+        return run;
+    }
+
     /// The text first, which must be told also where the file cannot be written.
-    void tell(const MixReport& told, const MixRun& run) const {
-        if (!rangeNote_.empty())
-            std::fprintf(report(), "%s\n", rangeNote_.c_str());
-        std::fputs(reportText(told, timeline_, run).c_str(), report());
+    void tell(const MixReport& told, double seconds) {
+        log_.note(rangeNote_);
+        MixRun run = runThatEnded(silentClips(told) == 0 ? ExitStatus::done : ExitStatus::incomplete);
+        run.seconds = seconds;
+        const nlohmann::json report = reportJson(told, timeline_, run);
+        log_.result(reportLines(told, timeline_, run), report);
+        writeReport(report);
+    }
+
+    /// The report tells also what failed; what failed is told in any case.
+    void tellFailure(const CommandError& failure) {
+        log_.error(failure);
+        if (isReported_ || !mayReport_ || options_.report.empty())
+            return;
+        MixRun run = runThatEnded(failure.status());
+        run.failure = failure.what();
+        timeline_.notes = allNotes();
+        try {
+            writeReport(reportJson({}, timeline_, run));
+        } catch (const CommandError& error) {
+            printError(error.what());
+        }
+    }
+
+    void writeReport(const nlohmann::json& report) {
+        isReported_ = true;
         if (!options_.report.empty())
-            command::writeOutput(OutputPath(options_.report), reportJson(told, timeline_, run));
+            command::writeOutput(OutputPath(options_.report), jsonText(report));
     }
 
     void draw(const MixReport& mixed) {
-        Progress bar(timeline_.length, timeline_.sampleRate, !options_.quiet);
+        // Programs are told of the sound alone.
+        Progress bar(timeline_.length, timeline_.sampleRate, !options_.style.quiet && !options_.style.json);
         const plot::Figure figure = drawTimeline(
             timeline_, mixed, [this](const std::string& medium) { return media_.open(medium); },
             [&](double share) {
@@ -256,15 +336,18 @@ private:
         writePicture(figure, OutputPath(options_.picture));
     }
 
+    std::ptrdiff_t silentClips(const MixReport& mixed) const {
+        return std::ranges::count_if(mixed.strips,
+                                     [](const StripReport& strip) { return !strip.failure.empty(); }) +
+               std::ssize(silencesIn(timeline_, span_));
+    }
+
     /// The mix is written by then. Who runs it must still learn that something is missing in it.
     void requireSound(const MixReport& mixed) const {
         if (!outputs_.sound())
             return;
-        const auto failed = std::ranges::count_if(
-            mixed.strips, [](const StripReport& strip) { return !strip.failure.empty(); });
-        const auto all = failed + std::ssize(silencesIn(timeline_, span_));
-        if (all != 0)
-            throw CommandError(std::to_string(all) + (all == 1 ? " clip is" : " clips are") +
+        if (const std::ptrdiff_t clips = silentClips(mixed); clips != 0)
+            throw CommandError(std::to_string(clips) + (clips == 1 ? " clip is" : " clips are") +
                                    " silent, if only in part, see above; '" +
                                    words::printable(outputs_.sound()->path.string()) + "' is written",
                                ExitStatus::incomplete);
@@ -273,12 +356,20 @@ private:
     const MixOptions& options_;
     MediaFinder media_;
     const Outputs outputs_;
+    const JobLog log_;
     std::optional<Timeline> given_;
     /// Of the media that cannot be played.
     std::vector<TimelineNote> failures_;
     Timeline timeline_;
+    /// What is mixed, and what that is a slice of.
     TimelineSpan span_;
+    TimelineSpan whole_;
     std::string rangeNote_;
+    FormatId format_ = FormatId::f32;
+    Rounding rounding_ = Rounding::nearest;
+    /// Whether nothing stands where the report goes but an earlier one.
+    bool mayReport_ = false;
+    bool isReported_ = false;
 };
 
 } // namespace

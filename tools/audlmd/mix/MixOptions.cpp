@@ -3,6 +3,7 @@
 #include "host/words/Numbers.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/files/Outputs.hpp"
+#include "tools/audlmd/mix/TimelineInput.hpp"
 #include "tools/audlmd/options/ParsedOption.hpp"
 
 #include <algorithm>
@@ -24,8 +25,12 @@ SILENCE where the timeline means sound, such as a clip whose medium is missing, 
 written, and the exit status is 4. With --strict nothing is written.
 
 TIMES of --from, --to and --duration are the output's: seconds (12.5 or 3s), milliseconds (250ms), samples
-(480000smp), a clock (1:02.5, 1:00:02.5) or timecode with its rate (1:00:00:12@25). --slice 2/4 mixes the second of four equal parts of that; the parts, joined, are
-the whole byte for byte.
+(480000smp), a clock (1:02.5, 1:00:02.5), timecode with its rate (1:00:00:12@25), or the name of a marker of the
+timeline. --slice 2/4 mixes the second of four equal parts of that; the samples of the parts, joined, are the
+whole byte for byte.
+
+METADATA of the output are the timeline's name as title, its time reference and its markers, as far as the kind
+of file has a place for them.
 
 CHANNELS Media with more channels than the timeline are folded down, and a note says so; so is the mix where
 --channels asks for fewer than the timeline itself says. --map takes channels of the mix.
@@ -85,6 +90,8 @@ void MixOptions::declare(CLI::App& mix) {
     mix.add_option("TIMELINE", timeline, "OpenTimelineIO JSON, or JSON of our own")->required();
     declareOutput(mix, "The file to write",
                   {.rate = "the timeline's, else 48000", .channels = "the timeline's, else 2"}, mostMixBlock);
+    mix.add_flag("--no-metadata", noMetadata, "Leave out the timeline's name, time reference and markers")
+        ->group("Output");
     declarePart(mix, *this);
     mix.add_option("--media", media, "Look for missing media below this folder; may be repeated")
         ->option_text("DIR")
@@ -107,28 +114,37 @@ void MixOptions::requireCompatible() const {
     if (!picture.empty())
         pictureKindOf(picture); // Throws for a name that could not be written.
     if (as == "json" && !list)
-        throw CommandError("--as json is for --list");
+        throw CommandError("--as json is for --list; --json tells programs about a mix");
+    if (style.json && list)
+        throw CommandError("--json is for a mix; the list is JSON with --as json");
 }
 
-std::pair<TimelineSpan, std::string> MixOptions::spanOf(const Timeline& timelineToMix) const {
+std::pair<TimelineSpan, std::string> MixOptions::wholeOf(const Timeline& timelineToMix) const {
     TimelineSample end = TimelineSample() + timelineToMix.length;
     if (untilLastSound)
         end = std::min(endOfSound(timelineToMix), end);
-    const ResolvedRange part =
-        range.in({.name = "the timeline", .length = end.number(), .sampleRate = timelineToMix.sampleRate});
-    TimelineSpan span{.from = part.from, .to = part.to};
+    const ResolvedRange part = range.in({.name = "the timeline",
+                                         .length = end.number(),
+                                         .sampleRate = timelineToMix.sampleRate,
+                                         .markers = markersOf(timelineToMix)});
+    return {{.from = part.from, .to = part.to}, part.note};
+}
+
+TimelineSpan MixOptions::sliceOf(TimelineSpan whole) const {
+    TimelineSpan span = whole;
     if (slice) {
         // A part at a time, because the product of a length and a number may overflow.
-        const std::int64_t whole = span.length();
+        const std::int64_t length = whole.length();
         const auto border = [&](std::int64_t number) {
-            return span.from + whole / slice->count * number + whole % slice->count * number / slice->count;
+            return whole.from + length / slice->count * number +
+                   length % slice->count * number / slice->count;
         };
         span = {.from = border(slice->number - 1), .to = border(slice->number)};
     }
     if (span.isEmpty())
         throw CommandError("there is nothing to mix from sample " + std::to_string(span.from.number()) +
                            " to sample " + std::to_string(span.to.number()));
-    return {span, part.note};
+    return span;
 }
 
 } // namespace audlmd::command

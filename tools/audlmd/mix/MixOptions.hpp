@@ -48,6 +48,7 @@ struct MixOptions : OutputOptions {
     /// The timeline to mix of a file that holds several. Empty: the only one.
     std::string timelineName;
 
+    bool noMetadata = false;
     bool list = false;
     /// Of the list: text or json.
     std::string as = "text";
@@ -64,7 +65,9 @@ struct MixOptions : OutputOptions {
 
     /// The part of the output to mix, and what is not as it was asked. Throws CommandError for a part without
     /// samples, or outside the timeline.
-    std::pair<TimelineSpan, std::string> spanOf(const Timeline& timeline) const;
+    std::pair<TimelineSpan, std::string> wholeOf(const Timeline& timeline) const;
+    /// The slice of it. Throws CommandError for one without samples.
+    TimelineSpan sliceOf(TimelineSpan whole) const;
 };
 
 } // namespace audlmd::command

@@ -2,15 +2,27 @@
 
 #include "host/mix/MixReport.hpp"
 #include "host/mix/Timeline.hpp"
+#include "tools/audlmd/CommandError.hpp"
+#include "tools/audlmd/mix/MixOptions.hpp"
 
 #include <cstddef>
+#include <optional>
 #include <string>
+#include <vector>
 
 namespace audlmd::command {
 
-/// What was mixed, and how long that took.
+/// Which of the parts of a whole was mixed.
+struct SliceOf {
+    Slice slice;
+    /// The same for slices that fit together: see wholeName().
+    std::string whole;
+};
+
+/// What was mixed, and how that ended.
 struct MixRun {
     TimelineSpan span;
+    std::optional<SliceOf> slice = std::nullopt;
     /// Of wall-clock time.
     double seconds = 0.0;
     /// The files, as the user has named them.
@@ -18,16 +30,16 @@ struct MixRun {
     std::string output;
     /// Whether the text tells only what is not as it was asked.
     bool quiet = false;
-    /// Whether the output clips what is beyond full scale.
-    bool clips = true;
+    FormatId format = FormatId::f32;
+    Rounding rounding = Rounding::nearest;
+    ExitStatus status = ExitStatus::done;
+    /// Why it failed. Empty: it did not.
+    std::string failure = {};
 };
 
-/// The report for a terminal, the timeline's notes included: lines, of which each kind of problem takes a
-/// dozen at most.
-std::string reportText(const MixReport& report, const Timeline& timeline, const MixRun& run);
-
-/// The whole report as JSON. Times are output samples of the timeline, levels are decibels over full scale.
-std::string reportJson(const MixReport& report, const Timeline& timeline, const MixRun& run);
+/// The report for a terminal, the timeline's notes included; each kind of problem takes a dozen lines at
+/// most.
+std::vector<std::string> reportLines(const MixReport& report, const Timeline& timeline, const MixRun& run);
 
 /// What a report says of samples beyond full scale, by whether they were clipped.
 constexpr const char* overloadWords(bool clips) {

@@ -26,8 +26,8 @@ namespace {
 
 std::string readText(const std::filesystem::path& path) {
     const auto refuse = [&path](int error) {
-        throw CommandError("cannot read '" + words::printable(path.string()) +
-                               "': " + std::generic_category().message(error),
+        throw CommandError("'" + words::printable(path.string()) +
+                               "' cannot be read: " + std::generic_category().message(error),
                            ExitStatus::input);
     };
     // A folder opens, and fails only when it is read.
@@ -175,6 +175,14 @@ Timeline readTimelineFile(const std::filesystem::path& path, const AskedOutput& 
         read.layout = usualLayout(read.channels);
     read.foldDown = asked.channels.foldDownOf(layoutOf(read), path.string());
     return read;
+}
+
+std::vector<Marker> markersOf(const Timeline& timeline) {
+    std::vector<Marker> markers;
+    for (const TimelineMarker& marker : timeline.markers)
+        markers.push_back({.position = marker.at.number(), .name = marker.name});
+    std::ranges::stable_sort(markers, {}, &Marker::position);
+    return markers;
 }
 
 MediaCheck checkMedia(const Timeline& timeline, TimelineSpan part, MediaFinder& finder) {

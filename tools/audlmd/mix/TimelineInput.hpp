@@ -2,6 +2,7 @@
 
 #include "host/mix/MixReport.hpp"
 #include "host/mix/Timeline.hpp"
+#include "tools/audlmd/files/Markers.hpp"
 #include "tools/audlmd/mix/MediaFinder.hpp"
 #include "tools/audlmd/options/ChannelOptions.hpp"
 
@@ -29,6 +30,8 @@ bool isTimelineFile(const std::filesystem::path& path);
 /// read or is no timeline, and where the command line asks for another rate than the timeline says. The text
 /// names the file. Other channels than the timeline says become its fold-down.
 Timeline readTimelineFile(const std::filesystem::path& path, const AskedOutput& asked, MediaFinder& finder);
+
+std::vector<Marker> markersOf(const Timeline& timeline);
 
 /// What a look at the media of a timeline has shown.
 struct MediaCheck {

@@ -33,7 +33,8 @@ AutomationPoint pointIn(std::string_view line, const std::string& where) {
 std::vector<AutomationPoint> readAutomationFile(const std::filesystem::path& path) {
     std::ifstream file(path);
     if (!file)
-        throw CommandError("cannot read '" + path.string() + "': " + std::generic_category().message(errno),
+        throw CommandError("'" + path.string() +
+                               "' cannot be read: " + std::generic_category().message(errno),
                            ExitStatus::input);
     std::vector<AutomationPoint> points;
     bool headings = true;
@@ -46,7 +47,7 @@ std::vector<AutomationPoint> readAutomationFile(const std::filesystem::path& pat
         const bool first = std::exchange(headings, false);
         if (first && line.find_first_of("0123456789") == std::string_view::npos)
             continue;
-        points.push_back(pointIn(line, path.string() + " line " + std::to_string(number)));
+        points.push_back(pointIn(line, words::quoted(path.string()) + " line " + std::to_string(number)));
     }
     if (file.bad() || points.empty())
         throw CommandError("'" + path.string() +
@@ -63,11 +64,11 @@ std::vector<LevelNode> levelNodes(const std::vector<AutomationPoint>& points, in
         // range.
         const double position = std::round(static_cast<double>(point.time.samples(sampleRate)) * speed);
         if (!(position < 0x1p62))
-            throw CommandError("the automation's time " + point.time.text() + " is too late to be counted",
+            throw CommandError(point.time.option() + ": " + point.time.text() + " is too late to be counted",
                                ExitStatus::input);
         nodes.push_back({static_cast<std::int64_t>(position), point.uValue});
         if (nodes.size() > 1 && nodes.back().position < nodes[nodes.size() - 2].position)
-            throw CommandError("the automation's time " + point.time.text() +
+            throw CommandError(point.time.option() + ": " + point.time.text() +
                                    " comes after a later one; write the times in order",
                                ExitStatus::input);
     }

@@ -25,7 +25,7 @@ RenderFunctionLookUp<Unclipped> RenderingOptions::inlined() const {
     return throughTables ? nullptr : &inlinedRenderFunction;
 }
 
-void RenderingOptions::declareInput(CLI::App& app) {
+void InputOptions::declareInput(CLI::App& app) {
     constexpr const char* group = "Input";
     addParsed(app, "--input-format", inputFormat, &parseFormat, "Of samples without a header: f32, s16, ...")
         ->option_text("FORMAT")
@@ -39,7 +39,7 @@ void RenderingOptions::declareInput(CLI::App& app) {
         ->group(group);
 }
 
-std::optional<RawLayout> RenderingOptions::rawInput() const {
+std::optional<RawLayout> InputOptions::rawInput() const {
     if (!inputFormat && !inputRate && !inputChannels)
         return std::nullopt;
     if (!inputFormat || !inputRate || !inputChannels)
@@ -48,7 +48,7 @@ std::optional<RawLayout> RenderingOptions::rawInput() const {
     return RawLayout{.format = *inputFormat, .sampleRate = *inputRate, .channels = *inputChannels};
 }
 
-std::filesystem::path RenderingOptions::atHand(const std::filesystem::path& input) const {
+std::filesystem::path InputOptions::atHand(const std::filesystem::path& input) const {
     const std::optional<RawLayout> raw = rawInput();
     return raw || isStream(input) ? spooled(input, raw) : input;
 }
@@ -60,9 +60,7 @@ OpenInput RenderingOptions::open(const std::filesystem::path& file,
     try {
         media = openSoundFile(file.string());
     } catch (const SoundFileError& error) {
-        // The user knows the input, not its copy.
-        const std::string why = std::string(error.what()).substr(file.string().size());
-        throw SoundFileError((input == "-" ? "standard input" : input.string()) + why);
+        throw failureOf(input, file, error);
     }
     if (media.channels.front()->length() == 0)
         throw CommandError("'" + input.string() + "' holds no samples", ExitStatus::input);
@@ -96,7 +94,9 @@ void OutputOptions::declareOutput(CLI::App& app, const std::string& outputHelp, 
     app.add_flag("--truncate", truncate, "Round toward zero and clip floats, as the library does for a host")
         ->group(group);
     declareRendering(app, group, defaults);
-    app.add_flag("--quiet", quiet, "Tell only what is not as it was asked: no progress, no summary")
+    app.add_flag("--quiet", style.quiet, "Tell only what is not as it was asked: no progress, no summary")
+        ->group(group);
+    app.add_flag("--json", style.json, "Tell programs: an object a line, with progress, notes and result")
         ->group(group);
     app.add_option("--block", block, "Samples per render call (default 4096); changes no sample")
         ->option_text("N")

@@ -4,6 +4,7 @@
 #include "host/mix/Media.hpp"
 #include "host/services/RenderFunctions.hpp"
 #include "host/signal/Unclipped.hpp"
+#include "tools/audlmd/JobLog.hpp"
 #include "tools/audlmd/files/FileKind.hpp"
 #include "tools/audlmd/files/SpooledInput.hpp"
 #include "tools/audlmd/options/ChannelOptions.hpp"
@@ -26,12 +27,26 @@ struct OpenInput {
     std::string note;
 };
 
-/// The options of every command that renders.
-struct RenderingOptions {
+/// The options on an input without a header.
+struct InputOptions {
     /// Where one of these is set, the input has no header; then all must be.
     std::optional<FormatId> inputFormat;
     std::optional<int> inputRate;
     std::optional<int> inputChannels;
+
+    /// Declares the options in the group "Input" of the help. This object must outlive the app.
+    void declareInput(CLI::App& app);
+
+    /// A path that opens the input at random: its own, or that of a copy of what `-`, a pipe or samples
+    /// without a header bring. Throws CommandError.
+    std::filesystem::path atHand(const std::filesystem::path& input) const;
+
+private:
+    std::optional<RawLayout> rawInput() const;
+};
+
+/// The options of every command that renders.
+struct RenderingOptions : InputOptions {
     ChannelOptions channels;
     /// In samples per second. Not set: the input's.
     std::optional<int> rate;
@@ -50,20 +65,10 @@ struct RenderingOptions {
     /// What players take for `inlined`.
     RenderFunctionLookUp<Unclipped> inlined() const;
 
-    /// Declares the options on an input without a header, in the group "Input".
-    void declareInput(CLI::App& app);
-
-    /// A path that opens the input at random: its own, or that of a copy of what `-`, a pipe or samples
-    /// without a header bring. Throws CommandError.
-    std::filesystem::path atHand(const std::filesystem::path& input) const;
-
     /// Opens what atHand() has given for an input, with the channels and at the rate of the output. Throws
     /// SoundFileError, and CommandError for a file without samples, or without the channels, which name the
     /// input.
     OpenInput open(const std::filesystem::path& file, const std::filesystem::path& input) const;
-
-private:
-    std::optional<RawLayout> rawInput() const;
 };
 
 /// The options of every command that renders into a sound file.
@@ -79,8 +84,8 @@ struct OutputOptions : RenderingOptions {
     bool truncate = false;
     /// Samples per render call.
     std::size_t block = 4096;
-    /// Whether only what is not as it was asked is told.
-    bool quiet = false;
+    /// How the job tells what it does.
+    JobStyle style;
     /// The most threads that render. 0: as many as there are processors.
     std::size_t threads = 0;
 

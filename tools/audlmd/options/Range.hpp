@@ -1,10 +1,12 @@
 #pragma once
 
+#include "tools/audlmd/files/Markers.hpp"
 #include "tools/audlmd/options/Time.hpp"
 
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace CLI {
 class App;
@@ -20,6 +22,8 @@ struct RangeOf {
     std::int64_t length = 0;
     /// In samples per second.
     int sampleRate = 48000;
+    /// At `sampleRate`, whose names are moments, too.
+    std::vector<Marker> markers = {};
 };
 
 /// A range in samples, never empty.
@@ -50,8 +54,9 @@ struct RangeOptions {
     ResolvedRange in(const RangeOf& whole) const;
 };
 
-/// The sample of a moment, which may count from the end. The end itself is a moment. Throws CommandError for
-/// a moment outside.
+/// The sample of a moment, which may count from the end, or be the first marker of a name. The end itself is
+/// a moment. Throws CommandError for a moment outside, and for a name that no marker has: the message has the
+/// names that are most alike.
 std::int64_t momentIn(const TimeValue& moment, const RangeOf& whole);
 
 } // namespace audlmd::command

@@ -145,8 +145,10 @@ ResolvedStrip StripOptions::settingsFor(const StripInput& input) const {
         settings.speed = speed->factor;
         settings.converter = converter.value_or(Converter::filtering);
     }
-    const ResolvedRange part = range.in(
-        {.name = words::quoted(input.path.string()), .length = input.frames, .sampleRate = input.sampleRate});
+    const ResolvedRange part = range.in({.name = words::quoted(input.path.string()),
+                                         .length = input.frames,
+                                         .sampleRate = input.sampleRate,
+                                         .markers = input.markers});
     settings.from = part.from;
     settings.to = part.to;
     settings.reverse = reverse;

@@ -25,6 +25,8 @@ struct StripInput {
     std::int64_t frames = 0;
     /// Of the output, in samples per second.
     int sampleRate = 48000;
+    /// At `sampleRate`.
+    std::vector<Marker> markers = {};
 };
 
 /// What the options say of an input.

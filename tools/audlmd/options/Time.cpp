@@ -8,22 +8,22 @@
 namespace audlmd::command {
 
 TimeValue TimeValue::parse(std::string_view text, std::string_view option) {
-    TimeValue value;
-    value.text_ = text;
-    value.option_ = option;
-    const std::optional<words::WrittenTime> time = words::timeIn(text);
-    if (!time)
+    TimeValue value = parseMoment(text, option);
+    if (value.isName_ || value.countsFromEnd_)
         throw CommandError(value.option_ + ": '" + value.text_ + "' is not a time; write " +
                            words::timeSyntax);
-    value.time_ = *time;
     return value;
 }
 
 TimeValue TimeValue::parseMoment(std::string_view text, std::string_view option) {
     const bool fromEnd = text.starts_with('-');
-    TimeValue value = parse(text.substr(fromEnd ? 1 : 0), option);
-    value.countsFromEnd_ = fromEnd;
+    const std::optional<words::WrittenTime> time = words::timeIn(text.substr(fromEnd ? 1 : 0));
+    TimeValue value;
     value.text_ = text;
+    value.option_ = option;
+    value.time_ = time.value_or(words::WrittenTime());
+    value.isName_ = !time;
+    value.countsFromEnd_ = time && fromEnd;
     return value;
 }
 

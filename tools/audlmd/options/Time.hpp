@@ -14,7 +14,8 @@ public:
     /// Reads what words::timeIn() reads. Throws CommandError, naming `option`, for anything else.
     static TimeValue parse(std::string_view text, std::string_view option);
 
-    /// The same of a moment; with a minus sign it counts from the end of what it is in.
+    /// The same of a moment; with a minus sign it counts from the end of what it is in. Anything else is the
+    /// name of a marker.
     static TimeValue parseMoment(std::string_view text, std::string_view option);
 
     /// In samples of one channel, rounded to the nearest; the time itself, wherever it counts from.
@@ -24,6 +25,8 @@ public:
     /// A number of samples in the unit in which this time was written, for a message.
     std::string inThisUnit(std::int64_t samples, int sampleRate) const;
 
+    /// Whether this is the name of a marker, which has no samples of its own.
+    bool isName() const { return isName_; }
     bool countsFromEnd() const { return countsFromEnd_; }
     /// As written, with the sign.
     const std::string& text() const { return text_; }
@@ -34,6 +37,7 @@ private:
     std::string option_;
     words::WrittenTime time_;
     bool countsFromEnd_ = false;
+    bool isName_ = false;
 };
 
 } // namespace audlmd::command

@@ -4,6 +4,7 @@
 #include "host/timeline/TimelineError.hpp"
 #include "host/words/Text.hpp"
 #include "tools/audlmd/CommandError.hpp"
+#include "tools/audlmd/files/Metadata.hpp"
 #include "tools/audlmd/mix/TimelineInput.hpp"
 
 #include <cstdio>
@@ -32,8 +33,11 @@ PlayInput::PlayInput(const PlayOptions& options) : options_(options), isTimeline
 }
 
 void PlayInput::openSound() {
-    OpenInput opened = options_.open(options_.atHand(options_.input), options_.input);
+    const std::filesystem::path file = options_.atHand(options_.input);
+    OpenInput opened = options_.open(file, options_.input);
     media_ = options_.strip.amplified(std::move(opened.media));
+    const Metadata metadata = readMetadata(file);
+    markers_ = atRate(metadata.markers, metadata.sampleRate, media_.sampleRate);
     if (!opened.note.empty())
         std::puts(opened.note.c_str());
     settings_ = forwards(options_.strip
@@ -48,6 +52,7 @@ void PlayInput::openTimeline() {
     finder_ = std::make_unique<MediaFinder>(options_.media);
     timeline_ =
         readTimelineFile(options_.input, {.rate = options_.rate, .channels = options_.channels}, *finder_);
+    markers_ = markersOf(timeline_);
     if (timeline_.length <= 0)
         throw CommandError("'" + options_.input.string() + "' has nothing to play", ExitStatus::input);
 }
@@ -59,7 +64,8 @@ std::size_t PlayInput::channels() const {
 RangeOf PlayInput::whole() const {
     return {.name = words::quoted(options_.input.string()),
             .length = isTimeline_ ? std::int64_t{timeline_.length} : media_.channels.front()->length(),
-            .sampleRate = sampleRate()};
+            .sampleRate = sampleRate(),
+            .markers = markers_};
 }
 
 int PlayInput::sampleRate() const {

@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace audlmd::command {
 
@@ -40,6 +41,7 @@ private:
     Media media_;
     StripSettings settings_;
     Timeline timeline_;
+    std::vector<Marker> markers_;
 };
 
 } // namespace audlmd::command

@@ -65,7 +65,7 @@ void PlayOptions::declare(CLI::App& play) {
         ->option_text("FOLDER")
         ->group("Input");
     addParsed(play, "--from", from, &TimeValue::parseMoment,
-              "Where playing starts (default: the start); -5s counts from the end")
+              "Where playing starts (default: the start), also a marker's name; -5s counts from the end")
         ->option_text("TIME")
         ->group("Range");
     play.add_flag("--reverse", strip.reverse, "Start backwards, from the end or from --from")->group("Range");

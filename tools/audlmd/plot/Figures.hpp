@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -37,10 +38,20 @@ struct NamedBand {
 /// The frequency response of each band and of all bands together, as the spectra of responses to an impulse.
 plot::Figure equaliserFigure(const std::vector<NamedBand>& bands, int sampleRate);
 
-/// The spectrogram of one channel of a sound file. `channel` counts from 1; `floor` is the level of the
-/// darkest colour, in dB re full scale. Throws CommandError for an empty file and an unknown channel, and
-/// SoundFileError.
-plot::Figure spectrogramFigure(const std::filesystem::path& path, int channel, double floor,
+// Of a sound file. They throw CommandError for an empty file, an unknown channel and more than 64 channels in
+// one picture, and SoundFileError.
+
+/// The spectrogram of each channel, or of one, counted from 1. `floor` is the level of the darkest colour, in
+/// dB re full scale.
+plot::Figure spectrogramFigure(const std::filesystem::path& path, std::optional<int> channel, double floor,
                                const Watcher& watcher);
+
+/// The waveform of each channel, or of one, counted from 1.
+plot::Figure waveformFigure(const std::filesystem::path& path, std::optional<int> channel,
+                            const Watcher& watcher);
+
+/// The loudness of the whole programme over time, each value at the end of its window. In long programmes a
+/// point is the loudest of several. Throws CommandError for a programme that is shorter than a window.
+plot::Figure loudnessFigure(const std::filesystem::path& path, const Watcher& watcher);
 
 } // namespace audlmd::command

@@ -29,14 +29,17 @@ namespace {
 
 constexpr const char* plotHelp =
     R"(The output's extension, .png or .svg, chooses the kind of picture. What is drawn is what the library
-makes of the settings. Options are written as for render.
+makes of the settings. Options are written as for render. Sound files are drawn with a row for each channel; the
+loudness, in LUFS, is that of all channels (audlmd info --help tells more).
 
 EXAMPLES
   audlmd plot curves -o curves.svg
   audlmd plot envelope -o fades.svg --fade-in 2s --fade-out 5s:log --duration 20s --gain -3
   audlmd plot automation ride.csv -o ride.svg
   audlmd plot eq lowshelf:120:-2 peak:1k:+3:0.7 highpass:30 -o eq.svg
-  audlmd plot spectrogram speech.wav -o speech.png)";
+  audlmd plot waveform song.wav -o wave.png
+  audlmd plot loudness song.wav -o loudness.svg
+  audlmd plot spectrogram speech.wav -o speech.png --channel 1)";
 
 /// The options of all kinds of pictures.
 struct PlotOptions {
@@ -51,7 +54,8 @@ struct PlotOptions {
     bool reverse = false;
     /// In samples per second.
     int rate = 48000;
-    int channel = 1;
+    /// Counted from 1. Not set: all.
+    std::optional<int> channel;
     /// In dB.
     double floor = -120.0;
 
@@ -177,14 +181,33 @@ void addEqualiser(CLI::App& plot, const SharedOptions& options) {
     addRate(*kind, *options);
 }
 
-void addSpectrogram(CLI::App& plot, const SharedOptions& options) {
-    CLI::App* kind = addKind(plot, options, "spectrogram", "The spectrum over time of a sound file",
-                             [](const PlotOptions& o, const Watcher& watcher) {
-                                 return spectrogramFigure(o.input, o.channel, o.floor, watcher);
-                             });
+/// Adds a kind of picture of a sound file.
+CLI::App* addSound(CLI::App& plot, const SharedOptions& options, const char* name, const char* description,
+                   Draw draw) {
+    CLI::App* kind = addKind(plot, options, name, description, std::move(draw));
     kind->add_option("FILE", options->input, "A sound file in any format that libsndfile reads")->required();
-    kind->add_option("--channel", options->channel, "Counted from 1 (default 1)")->option_text("N");
-    kind->add_option("--floor", options->floor, "Level of the darkest colour (default -120)")
+    return kind;
+}
+
+void addChannel(CLI::App& kind, PlotOptions& options) {
+    kind.add_option("--channel", options.channel, "One alone, counted from 1 (default: all)")
+        ->option_text("N");
+}
+
+void addSounds(CLI::App& plot, const SharedOptions& options) {
+    addChannel(*addSound(plot, options, "waveform", "Peaks and RMS over time of a sound file",
+                         [](const PlotOptions& o, const Watcher& watcher) {
+                             return waveformFigure(o.input, o.channel, watcher);
+                         }),
+               *options);
+    addSound(plot, options, "loudness", "The loudness over time of a sound file",
+             [](const PlotOptions& o, const Watcher& watcher) { return loudnessFigure(o.input, watcher); });
+    CLI::App* spectrogram = addSound(plot, options, "spectrogram", "The spectrum over time of a sound file",
+                                     [](const PlotOptions& o, const Watcher& watcher) {
+                                         return spectrogramFigure(o.input, o.channel, o.floor, watcher);
+                                     });
+    addChannel(*spectrogram, *options);
+    spectrogram->add_option("--floor", options->floor, "Level of the darkest colour (default -120)")
         ->option_text("DB")
         ->check(numberBetween(-200.0, -10.0));
 }
@@ -202,7 +225,7 @@ void addPlotCommand(CLI::App& app) {
     addEnvelope(*plot, options);
     addAutomation(*plot, options);
     addEqualiser(*plot, options);
-    addSpectrogram(*plot, options);
+    addSounds(*plot, options);
 }
 
 } // namespace audlmd::command

@@ -1,240 +1,20 @@
-#include "host/cache/MaterialCache.hpp"
-#include "host/cache/SoundFile.hpp"
-#include "host/services/Identities.hpp"
 #include "host/words/Text.hpp"
 #include "tools/audlmd/CommandError.hpp"
-#include "tools/audlmd/Progress.hpp"
 #include "tools/audlmd/Subcommands.hpp"
-#include "tools/audlmd/files/Outputs.hpp"
-#include "tools/audlmd/files/SampleLayouts.hpp"
-#include "tools/audlmd/mix/MixReportText.hpp"
-#include "tools/audlmd/modes/ModeText.hpp"
-#include "tools/audlmd/render/CopiedChunks.hpp"
-#include "tools/audlmd/render/RenderOptions.hpp"
-#include "tools/audlmd/render/RenderedChunks.hpp"
+#include "tools/audlmd/files/OutputPath.hpp"
+#include "tools/audlmd/render/Render.hpp"
 
 #include <CLI/CLI.hpp>
 
-#include <algorithm>
-#include <cmath>
-#include <cstdio>
 #include <filesystem>
 #include <memory>
-#include <new>
 #include <optional>
 #include <string>
 #include <system_error>
-#include <thread>
-#include <utility>
 #include <vector>
 
 namespace audlmd::command {
 namespace {
-
-/// A render reads its material once, so the cache needs room only for a few segments of each channel. A small
-/// cache uses its memory again while that is still in the processor's caches.
-MaterialCacheOptions cacheOptions(std::size_t channels) {
-    constexpr std::size_t segmentsPerChannel = 8;
-    MaterialCacheOptions options;
-    const std::size_t room =
-        segmentsPerChannel * channels * static_cast<std::size_t>(options.segmentLength) * sizeof(float);
-    options.memoryBudget = std::min(options.memoryBudget, room);
-    return options;
-}
-
-/// One render, from the options to the last line of the report.
-class Render {
-public:
-    Render(const RenderOptions& options, std::filesystem::path input, const std::filesystem::path& output)
-        : options_(options), input_(std::move(input)), outputs_(output, options.kind.value_or(nullptr)) {}
-
-    void run() {
-        requireOtherOutput();
-        makeChannels();
-        layOut();
-        if (options_.explain)
-            tellHow();
-        if (outputs_.sound())
-            renderToFile();
-    }
-
-private:
-    /// Prints a line of the report, if there is one. Names the input where there are several.
-    void tell(const std::string& line) const {
-        const std::string about = options_.inputs.size() > 1 ? words::printable(input_.string()) + ": " : "";
-        if (!line.empty())
-            std::fprintf(outputs_.report(), "%s%s\n", about.c_str(), line.c_str());
-    }
-
-    /// Before the input is read, so that a wrong output is refused at once.
-    void requireOtherOutput() const {
-        for (const std::filesystem::path& input : options_.inputs)
-            outputs_.requireOther(input, input == input_ ? "the input" : "an input");
-        if (options_.mixInto)
-            outputs_.requireOther(*options_.mixInto, "the file that is mixed into, which is never changed");
-        if (options_.strip.automation)
-            outputs_.requireOther(*options_.strip.automation, "the automation");
-    }
-
-    void makeChannels() {
-        file_ = options_.atHand(input_);
-        OpenInput opened = options_.open(file_, input_);
-        const Media input = options_.strip.amplified(std::move(opened.media));
-        tell(opened.note);
-        ResolvedStrip strip = options_.strip.settingsFor(
-            {.path = input_, .frames = input.channels.front()->length(), .sampleRate = input.sampleRate});
-        tell(strip.note);
-        StripSettings& settings = strip.settings;
-        // The threads that the cache starts leave the signals to this thread.
-        const EndingSignalsBlocked blocked;
-        // Through the tables each channel is rendered twice.
-        const std::size_t players = options_.through() == RenderedChannel::Through::tables ? 2 : 1;
-        cache_ = std::make_unique<MaterialCache>(cacheOptions(players * input.channels.size()));
-        settings.cookie.material = makeUuid();
-        for (const std::shared_ptr<SampleSource>& source : input.channels) {
-            settings.cookie.channel = static_cast<std::uint16_t>(channels_.size());
-            channels_.push_back(
-                std::make_unique<RenderedChannel>(*cache_, settings, source, options_.through()));
-            for (const Cookie& cookie : channels_.back()->cookies())
-                cookies_.push_back(cookie);
-        }
-        layout_.channels = static_cast<int>(channels_.size());
-        layout_.sampleRate = input.sampleRate;
-        layout_.speakers = layoutOf(input);
-        if (!options_.noMetadata)
-            keepMetadata(input.sampleRate, settings.from);
-    }
-
-    /// The time reference moves with the start of the range, which counts frames of the output's rate.
-    void keepMetadata(int sampleRate, MaterialSample from) {
-        const SoundFile file(file_);
-        layout_.metadata = readMetadata(file_);
-        if (!layout_.metadata.broadcast)
-            return;
-        // Of a damaged file any number.
-        const double reference = static_cast<double>(file.timeReference()) * sampleRate / file.sampleRate();
-        const bool isExact = file.sampleRate() == sampleRate;
-        layout_.timeReference =
-            from.number() + (isExact ? std::clamp<std::int64_t>(file.timeReference(), 0, farthestPosition)
-                                     : std::llround(std::clamp(reference, 0.0, 0x1p60)));
-    }
-
-    StripPlayer& player() const { return channels_.front()->player(); }
-
-    /// Settles the format and length of the output. Without --format, the existing mix, the input or the kind
-    /// of file decides.
-    void layOut() {
-        layout_.frames = static_cast<std::int64_t>(player().outputLength());
-        const std::optional<FormatId> kept = keptFormat();
-        layout_.format = options_.format.value_or(
-            kept.value_or(outputs_.sound() ? defaultFormatOf(*outputs_.sound()->kind) : FormatId::f32));
-        if (options_.mixInto) {
-            existing_.emplace(*options_.mixInto, options_.format, layout_);
-            layout_.format = existing_->format();
-        }
-        rounding_ = options_.roundingTo(layout_.format);
-        const bool copies = kept == layout_.format && rounding_ != Rounding::truncated;
-        if (copies && rounding_ == Rounding::dithered) {
-            tell("note: nothing is dithered, because the samples are copied as they are");
-            rounding_ = Rounding::nearest;
-        }
-        if (copies && kept == FormatId::s32)
-            copied_.emplace(file_);
-    }
-
-    /// The input's, if no sample is changed and the output can hold the format.
-    std::optional<FormatId> keptFormat() const {
-        if (options_.mixInto || !options_.strip.changesNoSample())
-            return std::nullopt;
-        const ContainerFile input(file_);
-        const std::optional<FormatId> format = input.format();
-        // Floats do not hold 32 bits, and other channels are no copy.
-        if (options_.channels.map ? format == FormatId::s32 : input.info().channels != layout_.channels)
-            return std::nullopt;
-        const bool kept = format && input.info().samplerate == layout_.sampleRate &&
-                          (!outputs_.sound() || subtypeIn(*outputs_.sound()->kind, *format));
-        return kept ? format : std::nullopt;
-    }
-
-    void tellHow() const {
-        std::fputs(explain(player(), layout_.format, existing_.has_value()).c_str(), outputs_.report());
-        if (const int doublings = options_.strip.doublings(); doublings != 0)
-            tell("gain beyond the levels: the input is read times 2^" + std::to_string(doublings));
-    }
-
-    void renderToFile() {
-        OutputFile output(*outputs_.sound(), layout_);
-        RenderSummary summary{layout_.frames, layout_.channels, layout_.sampleRate, 0.0, 0, 0};
-        if (copied_) {
-            CopiedChunks chunks(*copied_, player().plan().settings);
-            summary.seconds = write(chunks, output);
-        } else {
-            const std::size_t threads =
-                options_.threads != 0 ? options_.threads : std::max(1U, std::thread::hardware_concurrency());
-            RenderedChunks chunks(channels_, layout_, rounding_, existing_ ? &*existing_ : nullptr,
-                                  {options_.block, threads}, options_.through());
-            summary.seconds = write(chunks, output);
-            tellOverload(chunks);
-        }
-        for (const std::string& note : output.notes())
-            tell(note);
-        for (const Cookie& cookie : cookies_) {
-            const MaterialStatistics statistics = cache_->statistics(cookie);
-            summary.underrunSamples += statistics.underrunSamples;
-            summary.underrunEpisodes += statistics.underrunEpisodes;
-        }
-        if (!options_.quiet || summary.underrunSamples != 0)
-            tell(summary.line());
-    }
-
-    /// Returns how long that took, in seconds.
-    double write(ChunkProducer& chunks, OutputFile& output) const {
-        Progress progress(layout_.frames, layout_.sampleRate, !options_.quiet);
-        ChunkWriter(chunks, layout_, options_.block).run(output, [&](std::int64_t done) {
-            requireWholeInput();
-            progress.update(done);
-        });
-        output.commit();
-        return progress.elapsed();
-    }
-
-    /// In the words of a mix. The library does not tell what it clips, so through its output types nobody
-    /// knows which of the samples at full scale were louder.
-    void tellOverload(const RenderedChunks& chunks) const {
-        const bool byLibrary = options_.through() == RenderedChannel::Through::outputTypes;
-        for (std::size_t channel = 0; channel < chunks.clipped().size(); ++channel) {
-            const RenderedChunks::Clipped& clipped = chunks.clipped()[channel];
-            const std::string line =
-                byLibrary ? channelOverloadLine("clipped or at full scale", channel, clipped.atLimits,
-                                                layout_.sampleRate)
-                          : channelOverloadLine(overloadWords(clips(layout_.format, rounding_)), channel,
-                                                clipped.meter.overload(), layout_.sampleRate);
-            tell(line);
-        }
-    }
-
-    /// Throws CommandError if a segment could not be read: the library renders such a segment as silence.
-    void requireWholeInput() const {
-        for (const Cookie& cookie : cookies_)
-            if (const MaterialStatistics statistics = cache_->statistics(cookie);
-                statistics.failedSegments != 0)
-                throw CommandError(statistics.firstFailure, ExitStatus::input);
-    }
-
-    const RenderOptions& options_;
-    const std::filesystem::path input_;
-    /// The input itself, or the copy of a stream.
-    std::filesystem::path file_;
-    const Outputs outputs_;
-    std::unique_ptr<MaterialCache> cache_;
-    std::vector<Cookie> cookies_;
-    std::vector<std::unique_ptr<RenderedChannel>> channels_;
-    std::optional<ExistingMix> existing_;
-    /// Set where the samples are copied, and floats could not hold them.
-    std::optional<ContainerFile> copied_;
-    OutputLayout layout_;
-    Rounding rounding_ = Rounding::nearest;
-};
 
 /// Where each input goes: under its own name, with the extension of the wanted kind, else its own one, else
 /// .wav.
@@ -254,34 +34,16 @@ std::vector<std::filesystem::path> outputsIn(const RenderOptions& options) {
     return outputs;
 }
 
-/// Renders each input, also after one that has failed. Throws CommandError where one has, with the status of
-/// the first.
+/// Renders each input, also after one that has failed.
 void renderIntoFolder(const RenderOptions& options) {
     const std::vector<std::filesystem::path> outputs = outputsIn(options);
     std::error_code error;
     std::filesystem::create_directory(options.output, error);
     if (error)
         failToWrite(options.output, error.value());
-    std::optional<ExitStatus> failed;
-    std::size_t failures = 0;
-    for (std::size_t n = 0; n < outputs.size(); ++n) {
-        try {
-            Render(options, options.inputs[n], outputs[n]).run();
-        } catch (const std::bad_alloc&) {
-            throw;
-        } catch (...) {
-            const CommandError failure = currentFailure();
-            printError(failure.what());
-            failed = failed.value_or(failure.status());
-            ++failures;
-        }
-    }
-    if (failed)
-        throw CommandError(
-            std::to_string(failures) + " of " + words::counted(outputs.size(), "input") +
-                " failed, see above" +
-                (failures < outputs.size() ? "; the others are in '" + options.output.string() + "'" : ""),
-            *failed);
+    forEachInput(
+        outputs.size(), [&](std::size_t n) { renderOne(options, options.inputs[n], outputs[n]); },
+        [](std::size_t, const CommandError&) {}, "; the others are in '" + options.output.string() + "'");
 }
 
 void renderAll(const RenderOptions& options) {
@@ -289,7 +51,7 @@ void renderAll(const RenderOptions& options) {
     if (options.isFolder())
         renderIntoFolder(options);
     else
-        Render(options, options.inputs.front(), options.output).run();
+        renderOne(options, options.inputs.front(), options.output);
 }
 
 } // namespace

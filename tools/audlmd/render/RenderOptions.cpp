@@ -15,7 +15,12 @@ constexpr const char* renderHelp =
     R"(TIMES of --from, --to and --duration are the input's; those of fades and automation are the output's,
 as heard. A time is written in seconds (12.5 or 3s), milliseconds (250ms), samples (480000smp), as a clock
 (1:02.5, 1:00:02.5) or as timecode with its frame rate (1:00:00:12@25, 1:00:00;12@29.97). --from and --to
-count from the end with a minus sign: --from -5s. A --duration beyond the end ends there, with a note.
+count from the end with a minus sign: --from -5s. What is no time is the name of a marker of the input: --from
+"verse 2". A --duration beyond the end ends there, with a note.
+
+METADATA are kept as far as the output can: tags in most kinds; in .wav and .rf64 also bext, whose time reference
+moves with --from, iXML, markers, and loops of samplers unless speed, direction or rate change; in .aiff markers.
+What is not kept is told.
 
 BANDS of --eq are written peak:FREQUENCY:GAIN[:Q], lowshelf:FREQUENCY:GAIN[:Q], highshelf:FREQUENCY:GAIN[:Q],
 highpass:FREQUENCY[:Q] or lowpass:FREQUENCY[:Q], in hertz (1k is 1000) and decibels. Without Q it is 0.707.
@@ -48,6 +53,7 @@ whatever was there stays until then.
 
 EXAMPLES
   audlmd render speech.wav -o reversed.wav --reverse
+  audlmd render take.wav -o verse.wav --from "verse 2" --to chorus
   audlmd render take.flac -o part.wav --from 1:02.5 --duration 20s --format s24
   audlmd render voice.wav -o mix.wav --mix-into music.wav
   audlmd render song.wav -o faded.wav --fade-in 2s --fade-out 5s:log --gain -3
@@ -76,7 +82,7 @@ void RenderOptions::declare(CLI::App& render) {
                     "Add to the samples of this file, which is only read, and write the sum to OUTPUT")
         ->option_text("EXISTING")
         ->group("Output");
-    render.add_flag("--no-metadata", noMetadata, "Leave out the input's tags, bext and iXML")
+    render.add_flag("--no-metadata", noMetadata, "Leave out the input's tags, bext, iXML, markers and loops")
         ->group("Output");
     render.add_flag("--explain", explain, "Print mode code, fields, chain, output type and record")
         ->group("Output");
@@ -98,6 +104,8 @@ void RenderOptions::requireCompatible() const {
         throw CommandError("--suffix is for outputs in a folder");
     if (mixInto && inputs.size() > 1)
         throw CommandError("--mix-into takes one input");
+    if (style.json && explain)
+        throw CommandError("--explain is for people, and --json for programs: use one of them");
     strip.requireCompatible();
 }
 

@@ -1,0 +1,232 @@
+%!CairoScript
+<< /content //COLOR /width 860 /height 294 >> surface context
+1 g set-source
+paint
+0.337255 0.705882 0.913725 rgb set-source
+n 85 27 28 10 rectangle
+fill+
+% Peak
+0.133333 g set-source
+n 119 27.449219 31.199219 9.101562 rectangle
+fill+
+0 0.447059 0.698039 rgb set-source
+n 172.199219 27 28 10 rectangle
+fill+
+% RMS
+0.133333 g set-source
+n 206.199219 27.449219 23.398438 9.101562 rectangle
+fill+
+0.752941 0 0 rgb set-source
+n 267.601562 32 m 267.601562 34.667969 263.601562 34.667969 263.601562 32 c 263.601562 29.332031 267.601562 29.332031 267.601562 32 c
+fill+
+% At full scale
+0.133333 g set-source
+n 285.601562 27.449219 101.398438 9.101562 rectangle
+fill+
+% LFE
+n 14 86.25 27 10.5 rectangle
+fill+
+n 85 46 m 85 137 l
+0.866667 g set-source
+1 set-line-width
+stroke+
+n 179.625 46 m 179.625 137 l
+stroke+
+n 274.25 46 m 274.25 137 l
+stroke+
+n 368.875 46 m 368.875 137 l
+stroke+
+n 463.5 46 m 463.5 137 l
+stroke+
+n 558.125 46 m 558.125 137 l
+stroke+
+n 652.75 46 m 652.75 137 l
+stroke+
+n 747.375 46 m 747.375 137 l
+stroke+
+n 842 46 m 842 137 l
+stroke+
+n 85 137 m 842 137 l
+stroke+
+n 81 137 m 85 137 l
+0.133333 g set-source
+stroke+
+% −2
+n 48.199219 132.800781 28.800781 8.398438 rectangle
+fill+
+n 85 91.5 m 842 91.5 l
+0.866667 g set-source
+stroke+
+n 81 91.5 m 85 91.5 l
+0.133333 g set-source
+stroke+
+% 0
+n 69.800781 87.300781 7.199219 8.398438 rectangle
+fill+
+n 85 46 m 842 46 l
+0.866667 g set-source
+stroke+
+n 81 46 m 85 46 l
+0.133333 g set-source
+stroke+
+% 2
+n 69.800781 41.800781 7.199219 8.398438 rectangle
+fill+
+% filled:
+n 85 45 757 93 rectangle
+clip+
+n 179.625 80.125 m 368.875 91.5 l 558.125 80.125 l 747.375 57.375 l 747.375 80.125 l 558.125 114.25 l 368.875 91.5 l 179.625 97.1875 l h 179.625 80.125 m
+0.337255 0.705882 0.913725 rgb set-source
+0.5 set-line-width
+stroke+
+% filled:
+n 179.625 82.507812 m 368.875 91.5 l 558.125 79.605469 l 747.375 78.742188 l 747.375 104.257812 l 558.125 103.394531 l 368.875 91.5 l 179.625 100.492188 l h 179.625 82.507812 m
+0 0.447059 0.698039 rgb set-source
+stroke+
+0.752941 0 0 rgb set-source
+n 560.125 114.25 m 560.125 116.917969 556.125 116.917969 556.125 114.25 c 556.125 111.582031 560.125 111.582031 560.125 114.25 c
+fill+
+n 749.375 57.375 m 749.375 60.042969 745.375 60.042969 745.375 57.375 c 745.375 54.707031 749.375 54.707031 749.375 57.375 c
+fill+
+reset-clip
+n 85 46 757 91 rectangle
+0.4 g set-source
+1 set-line-width
+stroke+
+% R
+0.133333 g set-source
+n 14 195.25 9 10.5 rectangle
+fill+
+n 85 155 m 85 246 l
+0.866667 g set-source
+stroke+
+n 85 246 m 85 250 l
+0.133333 g set-source
+stroke+
+% 0.0
+n 74.199219 255 21.601562 8.398438 rectangle
+fill+
+n 179.625 155 m 179.625 246 l
+0.866667 g set-source
+stroke+
+n 179.625 246 m 179.625 250 l
+0.133333 g set-source
+stroke+
+% 0.5
+n 168.824219 255 21.601562 8.398438 rectangle
+fill+
+n 274.25 155 m 274.25 246 l
+0.866667 g set-source
+stroke+
+n 274.25 246 m 274.25 250 l
+0.133333 g set-source
+stroke+
+% 1.0
+n 263.449219 255 21.601562 8.398438 rectangle
+fill+
+n 368.875 155 m 368.875 246 l
+0.866667 g set-source
+stroke+
+n 368.875 246 m 368.875 250 l
+0.133333 g set-source
+stroke+
+% 1.5
+n 358.074219 255 21.601562 8.398438 rectangle
+fill+
+n 463.5 155 m 463.5 246 l
+0.866667 g set-source
+stroke+
+n 463.5 246 m 463.5 250 l
+0.133333 g set-source
+stroke+
+% 2.0
+n 452.699219 255 21.601562 8.398438 rectangle
+fill+
+n 558.125 155 m 558.125 246 l
+0.866667 g set-source
+stroke+
+n 558.125 246 m 558.125 250 l
+0.133333 g set-source
+stroke+
+% 2.5
+n 547.324219 255 21.601562 8.398438 rectangle
+fill+
+n 652.75 155 m 652.75 246 l
+0.866667 g set-source
+stroke+
+n 652.75 246 m 652.75 250 l
+0.133333 g set-source
+stroke+
+% 3.0
+n 641.949219 255 21.601562 8.398438 rectangle
+fill+
+n 747.375 155 m 747.375 246 l
+0.866667 g set-source
+stroke+
+n 747.375 246 m 747.375 250 l
+0.133333 g set-source
+stroke+
+% 3.5
+n 736.574219 255 21.601562 8.398438 rectangle
+fill+
+n 842 155 m 842 246 l
+0.866667 g set-source
+stroke+
+n 842 246 m 842 250 l
+0.133333 g set-source
+stroke+
+% 4.0
+n 831.199219 255 21.601562 8.398438 rectangle
+fill+
+% Time (s)
+n 432.300781 276 62.398438 9.101562 rectangle
+fill+
+n 85 246 m 842 246 l
+0.866667 g set-source
+stroke+
+n 81 246 m 85 246 l
+0.133333 g set-source
+stroke+
+% −2
+n 48.199219 241.800781 28.800781 8.398438 rectangle
+fill+
+n 85 200.5 m 842 200.5 l
+0.866667 g set-source
+stroke+
+n 81 200.5 m 85 200.5 l
+0.133333 g set-source
+stroke+
+% 0
+n 69.800781 196.300781 7.199219 8.398438 rectangle
+fill+
+n 85 155 m 842 155 l
+0.866667 g set-source
+stroke+
+n 81 155 m 85 155 l
+0.133333 g set-source
+stroke+
+% 2
+n 69.800781 150.800781 7.199219 8.398438 rectangle
+fill+
+% filled:
+n 85 154 757 93 rectangle
+clip+
+n 179.625 189.125 m 368.875 200.5 l 558.125 189.125 l 747.375 166.375 l 747.375 189.125 l 558.125 223.25 l 368.875 200.5 l 179.625 206.1875 l h 179.625 189.125 m
+0.337255 0.705882 0.913725 rgb set-source
+0.5 set-line-width
+stroke+
+% filled:
+n 179.625 191.507812 m 368.875 200.5 l 558.125 188.605469 l 747.375 187.742188 l 747.375 213.257812 l 558.125 212.394531 l 368.875 200.5 l 179.625 209.492188 l h 179.625 191.507812 m
+0 0.447059 0.698039 rgb set-source
+stroke+
+0.752941 0 0 rgb set-source
+n 560.125 223.25 m 560.125 225.917969 556.125 225.917969 556.125 223.25 c 556.125 220.582031 560.125 220.582031 560.125 223.25 c
+fill+
+n 749.375 166.375 m 749.375 169.042969 745.375 169.042969 745.375 166.375 c 745.375 163.707031 749.375 163.707031 749.375 166.375 c
+fill+
+reset-clip
+n 85 155 757 91 rectangle
+0.4 g set-source
+1 set-line-width
+stroke+
+pop

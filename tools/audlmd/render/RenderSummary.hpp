@@ -1,0 +1,39 @@
+#pragma once
+
+#include "host/mix/MixReport.hpp"
+#include "tools/audlmd/files/OutputFormat.hpp"
+
+#include <nlohmann/json_fwd.hpp>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace audlmd::command {
+
+/// How a render went.
+struct RenderSummary {
+    std::string output;
+    FormatId format = FormatId::f32;
+    std::int64_t frames = 0;
+    int channels = 0;
+    /// In frames per second.
+    int sampleRate = 0;
+    /// How long rendering and writing took.
+    double seconds = 0.0;
+    /// Of all channels together, see MaterialStatistics.
+    std::uint64_t underrunSamples = 0;
+    std::uint64_t underrunEpisodes = 0;
+    /// Of each channel. Empty where the samples were copied as they are.
+    std::vector<Overload> overloads = {};
+    /// What became of what is over full scale: a kind of line.
+    const char* overloadWords = "";
+    bool clips = false;
+
+    /// What went beyond full scale, and unless `quiet` or samples are missing: length, speed of rendering,
+    /// missing samples.
+    std::vector<std::string> lines(bool quiet) const;
+    nlohmann::json json() const;
+};
+
+} // namespace audlmd::command
