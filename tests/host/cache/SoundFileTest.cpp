@@ -244,7 +244,7 @@ TEST_F(SoundFiles, WhoseDataEndsEarlyFailFromThereOnOnly) {
     cache.add(cookieOf(0), std::make_shared<SoundFileSource>(std::make_shared<SoundFile>(path), 0));
     EXPECT_EQ(*forwardReader(cache, frames - 1), 0.0F);
     EXPECT_NEAR(read(cache, 0, 1000).back(), sampleAt(999, 0), 1e-4);
-    EXPECT_THAT(cache.statistics(cookieOf(0)).firstFailure, HasSubstr("a.flac: cannot go to frame 99000: "));
+    EXPECT_THAT(cache.statistics(cookieOf(0)).firstFailure, HasSubstr("a.flac': cannot go to frame 99000: "));
 }
 
 TEST_F(SoundFiles, GiveTheSameSamplesInAnyOrder) {
