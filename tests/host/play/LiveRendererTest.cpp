@@ -195,5 +195,18 @@ TEST(LiveRenderer, PlaysALoopInBothDirections) {
     }
 }
 
+TEST(LiveRenderer, RendersAheadInEighthsOfTheLatency) {
+    for (const auto& [latency, fade, rate, block, ahead, fadeFrames] :
+         {std::tuple{0.005, 0.001, 48'000, 30U, 8U, 48U},
+          {2.0, 0.1, 48'000, 4096U, 23U, 4800U},
+          {0.005, 0.001, 8000, 16U, 2U, 8U},
+          {0.005, 0.001, 100, 16U, 2U, 1U}}) {
+        const LiveRenderer::Sizes sizes = LiveRenderer::sizesFor({.latency = latency, .fade = fade}, rate);
+        EXPECT_EQ(sizes.blockFrames, block) << latency;
+        EXPECT_EQ(sizes.blocksAhead, ahead) << latency;
+        EXPECT_EQ(sizes.fadeFrames, fadeFrames) << fade;
+    }
+}
+
 } // namespace
 } // namespace audlmd::test
