@@ -40,7 +40,8 @@ public:
     /// Whether the device takes floats in this format.
     bool supports(int device, const DeviceFormat& format) const;
 
-    /// Asks for interleaved frames, on a thread of PortAudio's, until destroyed.
+    /// Asks for interleaved frames, on a thread of PortAudio's, until destroyed. Until then standard error is
+    /// closed to the whole process: keep errors for afterwards.
     class Stream {
     public:
         using Fill = std::function<void(std::span<float>)>;
