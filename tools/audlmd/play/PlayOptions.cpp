@@ -15,7 +15,8 @@ namespace audlmd::command {
 namespace {
 
 constexpr const char* help =
-    R"(Without a terminal, and in the background, the command plays to the end and ends. On a terminal it stays
+    R"(
+Without a terminal, and in the background, the command plays to the end and ends. On a terminal it stays
 at the end of the last input.
 
 LEVELS What is beyond full scale is clipped for the device, shown in red (without NO_COLOR), and told at the
