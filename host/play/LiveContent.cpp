@@ -17,9 +17,7 @@ namespace audlmd {
 namespace {
 
 constexpr std::size_t mostLateSpans = 256;
-/// A power of two: 120 dB.
-constexpr int headroom = 20;
-constexpr float headroomGain = 1 << headroom;
+constexpr float headroomGain = 1 << headroomExponent;
 
 void turnRound(StripSettings& settings) {
     settings.reverse = !settings.reverse;
@@ -65,7 +63,7 @@ LiveContent::LiveContent(const std::vector<std::shared_ptr<SampleSource>>& chann
     const StripPlan checked(strip_);
     for (const std::shared_ptr<SampleSource>& channel : channels) {
         cookies_.push_back(strip_.cookie);
-        cache_.add(strip_.cookie, std::make_shared<ScaledSource>(channel, -headroom));
+        cache_.add(strip_.cookie, std::make_shared<ScaledSource>(channel, -headroomExponent));
         ++strip_.cookie.channel;
     }
 }

@@ -84,7 +84,7 @@ void PlayInput::addTimelineNotes() {
     for (std::vector<TimelineNote>* found : {&check.failures, &check.choices})
         notes.insert(notes.end(), found->begin(), found->end());
     // Those by which something is silent come first, so that they are not among those left out.
-    std::ranges::stable_partition(notes, &TimelineNote::silences);
+    std::stable_partition(notes.begin(), notes.end(), [](const TimelineNote& note) { return note.silences; });
     notes_ = timeline::noteLines(notes, timeline_.sampleRate);
     if (notes_.size() <= mostLines)
         return;

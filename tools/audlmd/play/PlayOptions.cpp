@@ -14,7 +14,7 @@
 namespace audlmd::command {
 namespace {
 
-constexpr const char* help =
+constexpr const char* playHelp =
     R"(
 Without a terminal, and in the background, the command plays to the end and ends. On a terminal it stays
 at the end of the last input.
@@ -73,7 +73,7 @@ void PlayOptions::declare(CLI::App& play) {
         ->group("Range");
     play.add_flag("--reverse", strip.reverse, "Start backwards, from the end or from --from")->group("Range");
     strip.declareSound(play);
-    play.footer("KEYS on a terminal:\n" + std::string(TransportKeys::help) + "\n" + help);
+    play.footer("KEYS on a terminal:\n" + std::string(TransportKeys::help) + "\n" + playHelp);
 }
 
 void PlayOptions::requireCompatible() const {

@@ -14,7 +14,6 @@
 #include <utility>
 
 namespace audlmd::command {
-namespace {
 
 /// The sound libraries, PortAudio among them, write a page about devices that are not there, and lines about
 /// what they meet while they play. Standard error is closed to them, so that the user sees our line alone.
@@ -39,6 +38,8 @@ public:
 private:
     int errors_;
 };
+
+namespace {
 
 void require(PaError result, const std::string& what) {
     if (result == paNoError)
@@ -117,7 +118,12 @@ int SoundDevices::find(const std::optional<std::string>& name) const {
 bool SoundDevices::supports(int device, const DeviceFormat& format) const {
     const QuietLibraries quiet;
     const PaStreamParameters parameters = parametersFor(device, format);
-    return Pa_IsFormatSupported(nullptr, &parameters, format.sampleRate) == paFormatIsSupported;
+    const PaError result = Pa_IsFormatSupported(nullptr, &parameters, format.sampleRate);
+    if (result == paDeviceUnavailable)
+        throw CommandError("the sound device '" + std::string(Pa_GetDeviceInfo(device)->name) +
+                               "' is in use; end what uses it, or choose another with --device",
+                           ExitStatus::output);
+    return result == paFormatIsSupported;
 }
 
 struct SoundDevices::Stream::Callback {

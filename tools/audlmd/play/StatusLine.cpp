@@ -37,7 +37,7 @@ std::string timeAt(const PlayStatus& status, std::int64_t position) {
 }
 
 template <class... Arguments>
-std::string formatted(const char* format, Arguments... arguments) {
+std::string printed(const char* format, Arguments... arguments) {
     char text[64];
     std::snprintf(text, sizeof text, format, arguments...);
     return text;
@@ -48,8 +48,8 @@ std::string transport(const PlayStatus& status) {
     std::string text = status.isPlaying ? "> " : "| ";
     text += timeAt(status, status.position) + "/" + timeAt(status, status.length);
     if (status.frameRate != 0.0)
-        text += formatted("@%.6g", status.frameRate);
-    text += formatted(" %+gx", status.speed);
+        text += printed("@%.6g", status.frameRate);
+    text += printed(" %+gx", status.speed);
     if (status.loops)
         text += " loop";
     if (status.loopStart)
@@ -72,7 +72,7 @@ std::string departures(const PlayStatus& status) {
     const LiveUnderruns& underruns = status.underruns;
     std::string text;
     if (status.level != 0.0)
-        text += formatted(" level %+g dB", status.level);
+        text += printed(" level %+g dB", status.level);
     if (underruns.lateEpisodes != 0)
         text += " late " + count(underruns.lateSamples, underruns.lateEpisodes);
     if (underruns.starvedEpisodes != 0)
@@ -105,7 +105,7 @@ float HeldPeak::with(float peak) {
 std::string statusLine(const PlayStatus& status, const LineStyle& style) {
     constexpr std::size_t shortestName = 8;
     const std::string head = transport(status);
-    const std::string peak = formatted(" %+6.1f dB", decibelsOfGain(static_cast<double>(status.heldPeak)));
+    const std::string peak = printed(" %+6.1f dB", decibelsOfGain(static_cast<double>(status.heldPeak)));
     const std::string clipped = status.clipped == 0 ? "" : " clipped " + std::to_string(status.clipped);
     const std::string others = departures(status);
     const std::size_t taken = head.size() + peak.size() + clipped.size() + others.size();

@@ -117,7 +117,7 @@ std::string KeyTerminal::read(std::chrono::milliseconds time, bool& hasEnded) co
 
 std::size_t KeyTerminal::width() const {
     winsize size{};
-    return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80U;
+    return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 1 ? size.ws_col - 1U : 79U;
 }
 
 bool KeyTerminal::hasColours() const {

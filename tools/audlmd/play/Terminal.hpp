@@ -31,7 +31,7 @@ public:
     /// What was typed, as soon as there is something, else nothing after a time. Sets `hasEnded` where the
     /// terminal is gone.
     std::string read(std::chrono::milliseconds time, bool& hasEnded) const;
-    /// In characters.
+    /// In characters, without the one on which the cursor stands.
     std::size_t width() const;
     /// Whether NO_COLOR and TERM allow colours.
     bool hasColours() const;
