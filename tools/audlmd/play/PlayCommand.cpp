@@ -2,7 +2,7 @@
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Subcommands.hpp"
 #include "tools/audlmd/mix/TimelineInput.hpp"
-#include "tools/audlmd/play/Performance.hpp"
+#include "tools/audlmd/play/InputPlayer.hpp"
 
 #include <CLI/CLI.hpp>
 
@@ -20,22 +20,22 @@ namespace audlmd::command {
 namespace {
 
 /// The inputs, one after another.
-class Programme {
+class InputQueue {
 public:
-    explicit Programme(const PlayOptions& options) : options_(options), files_(options.inputs.size()) {}
+    explicit InputQueue(const PlayOptions& options) : options_(options), files_(options.inputs.size()) {}
 
     /// Plays each input, also after one that has failed. Throws CommandError where one has, with the status
     /// of the first.
-    void play(Stage& stage) {
+    void play(PlaySession& session) {
         Turn last = Turn::next;
         for (std::size_t n = 0; n < files_.size() && last != Turn::quit;) {
             // What cannot be opened is passed over, in the direction of the last turn.
             Turn turn = n == 0 ? Turn::next : last;
             if (files_.size() == 1) {
-                play(stage, n, turn);
+                play(session, n, turn);
             } else {
                 try {
-                    play(stage, n, turn);
+                    play(session, n, turn);
                 } catch (const std::bad_alloc&) {
                     throw;
                 } catch (...) {
@@ -52,7 +52,7 @@ public:
     }
 
 private:
-    void play(Stage& stage, std::size_t n, Turn& turn) {
+    void play(PlaySession& session, std::size_t n, Turn& turn) {
         const std::filesystem::path& name = options_.inputs[n];
         // A stream can be read once, and is perhaps played twice.
         if (!files_[n])
@@ -60,11 +60,11 @@ private:
         PlayInput input(options_, name, *files_[n]);
         if (files_.size() > 1)
             std::printf("%s (%zu of %zu)\n", words::printable(name.string()).c_str(), n + 1, files_.size());
-        Performance performance(stage, input, n == 0, n + 1 == files_.size());
-        turn = performance.play();
-        if (stage.terminal != nullptr)
-            stage.terminal->restore();
-        performance.tell();
+        InputPlayer player(session, input, n == 0, n + 1 == files_.size());
+        turn = player.play();
+        if (session.terminal != nullptr)
+            session.terminal->restore();
+        player.tell();
     }
 
     /// Of a failure that the next input has no part in. Throws any other.
@@ -99,12 +99,12 @@ void play(const PlayOptions& options) {
     std::optional<KeyTerminal> terminal;
     if (KeyTerminal::isThere())
         terminal.emplace();
-    Stage stage{.options = options,
-                .devices = devices,
-                .device = devices.find(options.device),
-                .jobs = jobs,
-                .terminal = terminal ? &*terminal : nullptr};
-    Programme(options).play(stage);
+    PlaySession session{.options = options,
+                        .devices = devices,
+                        .device = devices.find(options.device),
+                        .jobs = jobs,
+                        .terminal = terminal ? &*terminal : nullptr};
+    InputQueue(options).play(session);
 }
 
 } // namespace

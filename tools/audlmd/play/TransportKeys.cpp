@@ -33,6 +33,13 @@ constexpr std::pair<std::string_view, Key> sequences[] = {{"C", rightKey}, {"D",
 const std::pair<Key, TransportCommand> programKeys[] = {
     {U'q', Quit{}}, {U'n', NextInput{}}, {U'p', PreviousInput{}}, {U'?', ShowKeys{}}};
 
+std::vector<TransportCommand> forProgram(Key key) {
+    for (const auto& [name, command] : programKeys)
+        if (name == key)
+            return {command};
+    return {};
+}
+
 struct Orders {
     LivePlayer& player;
 
@@ -109,10 +116,7 @@ std::vector<TransportCommand> TransportKeys::press(Key key, const TransportNow& 
     case U'-':
         return changeLevel(-1.0);
     default:
-        for (const auto& [name, command] : programKeys)
-            if (name == key)
-                return {command};
-        return {};
+        return forProgram(key);
     }
 }
 

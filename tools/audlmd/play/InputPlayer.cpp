@@ -1,4 +1,4 @@
-#include "tools/audlmd/play/Performance.hpp"
+#include "tools/audlmd/play/InputPlayer.hpp"
 
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/files/TemporaryFile.hpp"
@@ -20,20 +20,20 @@ constexpr auto statusInterval = 50ms;
 constexpr auto reported = 10s;
 
 /// Throws CommandError where the device cannot play the input. Settles its channels.
-DeviceFormat formatFor(const Stage& stage, PlayInput& input) {
+DeviceFormat formatFor(const PlaySession& session, PlayInput& input) {
     DeviceFormat format{.channels = input.channels(),
                         .sampleRate = input.sampleRate(),
-                        .block = stage.options.block,
-                        .latency = stage.options.latency / 2000.0};
+                        .block = session.options.block,
+                        .latency = session.options.latency / 2000.0};
     const std::size_t wanted = format.channels;
-    if (stage.devices.supports(stage.device, format))
+    if (session.devices.supports(session.device, format))
         return format;
     for (const std::size_t channels : {8U, 6U, 4U, 2U, 1U}) {
         // One channel is heard on both sides of a device that has no single one.
         if (channels >= wanted && !(wanted == 1 && channels == 2))
             continue;
         format.channels = channels;
-        if (!stage.devices.supports(stage.device, format))
+        if (!session.devices.supports(session.device, format))
             continue;
         const std::string text = input.foldDownTo(channels);
         if (channels < wanted)
@@ -52,12 +52,13 @@ double aheadOf(const DeviceFormat& format) {
     return std::min(1.25 * format.latency + static_cast<double>(format.block) / format.sampleRate, 2.0);
 }
 
-std::unique_ptr<LivePlayer> playerOf(const Stage& stage, const PlayInput& input, const DeviceFormat& format) {
+std::unique_ptr<LivePlayer> playerOf(const PlaySession& session, const PlayInput& input,
+                                     const DeviceFormat& format) {
     // The threads that the player starts leave the signals to this thread.
     const EndingSignalsBlocked blocked;
     LiveOptions live;
     live.latency = aheadOf(format);
-    live.inlined = stage.options.inlined();
+    live.inlined = session.options.inlined();
     return input.makePlayer(live);
 }
 
@@ -70,27 +71,27 @@ TransportKeys::Steps stepsOf(const PlayInput& input, const LivePlayer& player) {
 
 } // namespace
 
-Performance::Performance(Stage& stage, PlayInput& input, bool isFirst, bool isLast)
-    : stage_(stage), input_(input), isLast_(isLast), format_(formatFor(stage, input)),
-      player_(playerOf(stage, input, format_)), fullScale_(format_.channels),
-      keys_(stepsOf(input, *player_), stage.level) {
+InputPlayer::InputPlayer(PlaySession& session, PlayInput& input, bool isFirst, bool isLast)
+    : session_(session), input_(input), isLast_(isLast), format_(formatFor(session, input)),
+      player_(playerOf(session, input, format_)), fullScale_(format_.channels),
+      keys_(stepsOf(input, *player_), session.level) {
     for (const std::string& note : input_.notes())
         print(note);
-    player_->setSpeed(stage.options.speed());
-    if (isFirst && stage.options.from)
-        player_->seek(momentIn(*stage.options.from, input_.whole()));
-    carryOut(SetLevel{stage.level}, *player_);
+    player_->setSpeed(session.options.speed());
+    if (isFirst && session.options.from)
+        player_->seek(momentIn(*session.options.from, input_.whole()));
+    carryOut(SetLevel{session.level}, *player_);
 }
 
-void Performance::openDevice() {
-    stream_.emplace(stage_.device, format_, [this](std::span<float> frames) {
+void InputPlayer::openDevice() {
+    stream_.emplace(session_.device, format_, [this](std::span<float> frames) {
         const RangeSample position = player_->position();
         player_->fill(frames);
         fullScale_.clip(frames, position);
     });
 }
 
-void Performance::leaveDevice() {
+void InputPlayer::leaveDevice() {
     player_->stop();
     // Time to fade out.
     std::this_thread::sleep_for(statusInterval);
@@ -98,26 +99,26 @@ void Performance::leaveDevice() {
     stream_.reset();
 }
 
-Turn Performance::play() {
+Turn InputPlayer::play() {
     openDevice();
     player_->play();
     nextReport_ = std::chrono::steady_clock::now() + reported;
     std::optional<Turn> turn;
     while (!turn) {
         stream_->requireActive();
-        if (stage_.jobs.isAskedToStop())
+        if (session_.jobs.isAskedToStop())
             stopProcess();
-        if (stage_.terminal != nullptr && stage_.terminal->hasKeys()) {
-            if (!std::exchange(stage_.isHelped, true))
+        if (session_.terminal != nullptr && session_.terminal->hasKeys()) {
+            if (!std::exchange(session_.isHelped, true))
                 print("space stops and plays on, Q ends, ? shows all keys");
             bool isGone = false;
-            turn = obey(stage_.terminal->read(statusInterval, isGone));
+            turn = obey(session_.terminal->read(statusInterval, isGone));
             if (isGone)
                 turn = Turn::quit;
             else if (!turn && hasEnded() && !isLast_)
                 turn = Turn::next;
-            stage_.terminal->show(
-                statusLine(status(), {stage_.terminal->width(), stage_.terminal->hasColours()}));
+            session_.terminal->show(
+                statusLine(status(), {session_.terminal->width(), session_.terminal->hasColours()}));
         } else {
             std::this_thread::sleep_for(statusInterval);
             // Nobody can start it again.
@@ -127,22 +128,22 @@ Turn Performance::play() {
         }
     }
     leaveDevice();
-    stage_.level = keys_.level();
+    session_.level = keys_.level();
     return *turn;
 }
 
-void Performance::stopProcess() {
+void InputPlayer::stopProcess() {
     const bool plays = player_->isPlaying();
     leaveDevice();
-    if (stage_.terminal != nullptr)
-        stage_.terminal->restore();
-    stage_.jobs.stop();
+    if (session_.terminal != nullptr)
+        session_.terminal->restore();
+    session_.jobs.stop();
     openDevice();
     if (plays)
         player_->play();
 }
 
-std::optional<Turn> Performance::obey(const std::string& typed) {
+std::optional<Turn> InputPlayer::obey(const std::string& typed) {
     std::optional<Turn> turn;
     for (const Key key : keysIn(typed))
         for (const TransportCommand& command :
@@ -162,13 +163,14 @@ std::optional<Turn> Performance::obey(const std::string& typed) {
     return turn;
 }
 
-bool Performance::hasEnded() {
+bool InputPlayer::hasEnded() {
     const bool isPlaying = player_->isPlaying();
     const bool wasPlaying = std::exchange(wasPlaying_, isPlaying);
-    return wasPlaying && !isPlaying && std::signbit(player_->speed()) == std::signbit(stage_.options.speed());
+    return wasPlaying && !isPlaying &&
+           std::signbit(player_->speed()) == std::signbit(session_.options.speed());
 }
 
-PlayStatus Performance::status() {
+PlayStatus InputPlayer::status() {
     PlayStatus status{.name = input_.nameAt(player_->position().number()),
                       .isPlaying = player_->isPlaying(),
                       .loops = player_->loop().has_value(),
@@ -190,22 +192,22 @@ PlayStatus Performance::status() {
     return status;
 }
 
-void Performance::print(const std::string& line) {
-    if (stage_.terminal != nullptr)
-        stage_.terminal->tell(line);
+void InputPlayer::print(const std::string& line) {
+    if (session_.terminal != nullptr)
+        session_.terminal->tell(line);
     else
         std::puts(line.c_str());
 }
 
-void Performance::reportProgress() {
-    if (stage_.terminal != nullptr || std::chrono::steady_clock::now() < nextReport_)
+void InputPlayer::reportProgress() {
+    if (session_.terminal != nullptr || std::chrono::steady_clock::now() < nextReport_)
         return;
     nextReport_ += reported;
     std::puts(statusLine(status()).c_str());
     std::fflush(stdout);
 }
 
-void Performance::tell() const {
+void InputPlayer::tell() const {
     const LiveUnderruns underruns = player_->underruns();
     for (const std::string& line : fullScale_.lines(player_->sampleRate()))
         std::puts(line.c_str());

@@ -16,7 +16,7 @@
 namespace audlmd::command {
 
 /// What stays from one input to the next.
-struct Stage {
+struct PlaySession {
     const PlayOptions& options;
     const SoundDevices& devices;
     int device;
@@ -33,11 +33,11 @@ struct Stage {
 enum class Turn { next, previous, quit };
 
 /// One input, played on the sound device.
-class Performance {
+class InputPlayer {
 public:
     /// Prints what is known of the input before it is played. Throws CommandError where the device cannot
     /// play the input, and what PlayInput and LivePlayer throw.
-    Performance(Stage& stage, PlayInput& input, bool isFirst, bool isLast);
+    InputPlayer(PlaySession& session, PlayInput& input, bool isFirst, bool isLast);
 
     /// Plays until there is something else to do, and leaves the device. Without keys that is the end of the
     /// sound; with keys the last input waits there. Throws CommandError where the device stops.
@@ -58,7 +58,7 @@ private:
     void print(const std::string& line);
     void reportProgress();
 
-    Stage& stage_;
+    PlaySession& session_;
     PlayInput& input_;
     const bool isLast_;
     DeviceFormat format_;
