@@ -24,6 +24,12 @@ class InputQueue {
 public:
     explicit InputQueue(const PlayOptions& options) : options_(options), files_(options.inputs.size()) {}
 
+    /// Finds out what opens an only input, so that a wrong one is told before a device is looked for.
+    void openOnly() {
+        if (files_.size() == 1)
+            open(0);
+    }
+
     /// Plays each input, also after one that has failed. Throws CommandError where one has, with the status
     /// of the first.
     void play(PlaySession& session) {
@@ -54,9 +60,7 @@ public:
 private:
     void play(PlaySession& session, std::size_t n, Turn& turn) {
         const std::filesystem::path& name = options_.inputs[n];
-        // A stream can be read once, and is perhaps played twice.
-        if (!files_[n])
-            files_[n] = isTimelineFile(name) ? PlayableFile{.path = name} : options_.atHand(name);
+        open(n);
         PlayInput input(options_, name, *files_[n]);
         if (files_.size() > 1)
             std::printf("%s (%zu of %zu)\n", words::printable(name.string()).c_str(), n + 1, files_.size());
@@ -65,6 +69,13 @@ private:
         if (session.terminal != nullptr)
             session.terminal->restore();
         player.tell();
+    }
+
+    /// Once: a stream can be read once, and is perhaps played twice.
+    void open(std::size_t n) {
+        const std::filesystem::path& name = options_.inputs[n];
+        if (!files_[n])
+            files_[n] = isTimelineFile(name) ? PlayableFile{.path = name} : options_.atHand(name);
     }
 
     /// Of a failure that the next input has no part in. Throws any other.
@@ -86,6 +97,9 @@ private:
 
 void play(const PlayOptions& options) {
     options.requireCompatible();
+    InputQueue inputs(options);
+    if (!options.listDevices)
+        inputs.openOnly();
     const SoundDevices devices;
     if (options.listDevices) {
         devices.find(std::nullopt); // Throws where there is none.
@@ -104,7 +118,7 @@ void play(const PlayOptions& options) {
                         .device = devices.find(options.device),
                         .jobs = jobs,
                         .terminal = terminal ? &*terminal : nullptr};
-    InputQueue(options).play(session);
+    inputs.play(session);
 }
 
 } // namespace

@@ -30,8 +30,7 @@ StripSettings forwards(const StripSettings& asRendered, bool converts) {
 
 } // namespace
 
-PlayInput::PlayInput(const PlayOptions& options, const std::filesystem::path& name,
-                     const PlayableFile& file)
+PlayInput::PlayInput(const PlayOptions& options, const std::filesystem::path& name, const PlayableFile& file)
     : options_(options), name_(name), isTimeline_(isTimelineFile(name)) {
     if (isTimeline_)
         openTimeline();

@@ -16,8 +16,7 @@ class PlayInput {
 public:
     /// Reads the file, which may be the copy of a stream; `name` is what the user has named. Throws
     /// CommandError, SoundFileError and what reading a timeline throws.
-    PlayInput(const PlayOptions& options, const std::filesystem::path& name,
-              const PlayableFile& file);
+    PlayInput(const PlayOptions& options, const std::filesystem::path& name, const PlayableFile& file);
 
     std::size_t channels() const;
     int sampleRate() const;

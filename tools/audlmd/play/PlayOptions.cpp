@@ -66,9 +66,10 @@ void PlayOptions::declare(CLI::App& play) {
     play.add_option("--media", media, "A folder in which a timeline's media are looked for")
         ->option_text("FOLDER")
         ->group("Input");
-    addParsed(play, "--from", from, &TimeValue::parseMoment,
-              "Where playing starts in the first input (default: its start), also a marker's name; -5s counts from "
-              "the end")
+    addParsed(
+        play, "--from", from, &TimeValue::parseMoment,
+        "Where playing starts in the first input (default: its start), also a marker's name; -5s counts from "
+        "the end")
         ->option_text("TIME")
         ->group("Range");
     play.add_flag("--reverse", strip.reverse, "Start backwards, from the end or from --from")->group("Range");
