@@ -76,6 +76,10 @@ Media foldedDown(const Media& media, const FoldDown& foldDown) {
     return folded;
 }
 
+Media openSoundFile(const std::string& path) {
+    return openSoundFile(path, Truncated::refused);
+}
+
 Media openSoundFile(const std::string& path, Truncated truncated) {
     const auto file = std::make_shared<SoundFile>(path, truncated);
     Media media{.channels = {},
