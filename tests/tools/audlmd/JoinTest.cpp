@@ -95,6 +95,18 @@ TEST_F(Join, JoinsTheSlicesOfAMixToTheWholeAndItsReport) {
     expectRefused("join --slices 1.json 2.json 3.json -o j.flac", "'2.flac': these samples are not those", 3);
 }
 
+TEST_F(Join, AndMixPutsFilesBesideEachOther) {
+    output("mix b.wav a.wav -o both.wav");
+    const Channels a = readSound(in("a.wav"));
+    const Channels b = readSound(in("b.wav"));
+    const Channels both = readSound(in("both.wav"));
+    ASSERT_EQ(both[1].size(), 9600U);
+    EXPECT_EQ(both[1][4999], a[1][4999] + b[1][4999]);
+    EXPECT_EQ(both[1][5000], a[1][5000]);
+    writeBytes(in("film.json"), R"({"audlmd": 1, "tracks": []})");
+    expectRefused("mix a.wav film.json -o mix.wav", "'film.json' is a timeline");
+}
+
 TEST_F(Join, RefusesWhatLeavesAGap) {
     writeSound(in("empty.wav"), {{}, {}});
     expectRefused("join a.wav -o joined.wav", "INPUT: name two");

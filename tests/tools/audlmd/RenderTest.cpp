@@ -87,7 +87,7 @@ TEST_F(Render, AppliesEveryLevelWhereItIsToBeHeard) {
         {0, 0.0}, {6000, 0.5}, {12000, 1.0}, {23999, 1.0}, {36000, std::sqrt(0.5)}, {47999, 0.0}};
     // For each set of options, the gains at some samples.
     const std::map<std::string, std::map<std::size_t, double>> expected{
-        {"--gain -6 --level +3", {{0, gainOfDecibels(-3.0)}, {47999, gainOfDecibels(-3.0)}}},
+        {"--gain -6dB --level +3dB", {{0, gainOfDecibels(-3.0)}, {47999, gainOfDecibels(-3.0)}}},
         {"--gain -inf", {{500, 0.0}}},
         {"--gain 60 --level -60", {{500, 1.0}}},
         {"--fade-in 0.25 --fade-out 0.5:power", faded},

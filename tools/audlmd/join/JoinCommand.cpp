@@ -1,23 +1,19 @@
-#include "host/cache/SoundFile.hpp"
-#include "host/mix/ConvertedSources.hpp"
 #include "host/words/StripWords.hpp"
 #include "host/words/Text.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Subcommands.hpp"
-#include "tools/audlmd/files/ContainerFile.hpp"
 #include "tools/audlmd/join/JoinOptions.hpp"
 #include "tools/audlmd/join/Slices.hpp"
 #include "tools/audlmd/mix/Mix.hpp"
+#include "tools/audlmd/mix/SoundTimeline.hpp"
 #include "tools/audlmd/options/ParsedOption.hpp"
 
 #include <CLI/CLI.hpp>
 
-#include <algorithm>
+#include <filesystem>
 #include <memory>
-#include <optional>
 #include <string>
 #include <utility>
-#include <vector>
 
 namespace audlmd::command {
 namespace {
@@ -46,81 +42,6 @@ FadeValue parseCrossfade(std::string_view text, std::string_view option) {
     return parseFade(std::string(text) + (hasCurve ? "" : ":power"), option);
 }
 
-/// The inputs one behind the other, on one track.
-class Sequence {
-public:
-    Sequence(const JoinOptions& options) : options_(options) {
-        timeline_.channels = 0;
-        timeline_.tracks.emplace_back();
-        for (const std::filesystem::path& input : options.inputs)
-            append(input);
-        timeline_.length = end_;
-    }
-
-    Timeline timeline() && { return std::move(timeline_); }
-
-    /// The format of all inputs, where each is copied as it is.
-    std::optional<FormatId> format() const { return format_; }
-
-private:
-    void append(const std::filesystem::path& input) {
-        const PlayableFile playable = options_.decoding.playable(input, std::nullopt, options_.style);
-        const Media media = openSoundFile(playable.path.string(), options_.truncated());
-        const bool isFirst = timeline_.channels == 0;
-        if (isFirst)
-            timeline_.sampleRate = options_.rate.value_or(media.sampleRate);
-        noteFormat(playable.path, media, isFirst);
-        if (media.channels.size() > timeline_.channels) {
-            timeline_.channels = media.channels.size();
-            timeline_.layout = layoutOf(media);
-        }
-        const std::int64_t length =
-            convertedTo(media.channels.front(), media.sampleRate, timeline_.sampleRate)->length();
-        if (length == 0)
-            throw CommandError(words::quoted(input.string()) + " holds no samples", ExitStatus::input);
-        // Not the sound that may stand beside a film.
-        place(input, playable.isDecoded ? input.string() + "#stream=1" : input.string(), length);
-    }
-
-    void noteFormat(const std::filesystem::path& input, const Media& media, bool isFirst) {
-        const std::optional<FormatId> format = ContainerFile(input).format();
-        const bool isAlike = isFirst || (format == format_ && media.channels.size() == timeline_.channels);
-        const bool isCopied =
-            !options_.crossfade && media.sampleRate == timeline_.sampleRate && format != FormatId::s32;
-        format_ = isAlike && isCopied ? format : std::nullopt;
-    }
-
-    void place(const std::filesystem::path& input, const std::string& media, std::int64_t length) {
-        std::vector<TimelineStrip>& strips = timeline_.tracks.front().strips;
-        const std::int64_t overlap =
-            options_.crossfade ? options_.crossfade->length.samples(timeline_.sampleRate) : 0;
-        TimelineStrip strip;
-        strip.name = input.filename().string();
-        strip.media = media;
-        strip.length = length;
-        strip.settings.to = length;
-        if (overlap != 0 && !strips.empty()) {
-            FadePlan& before = strips.back().settings.fade;
-            before.fadeOutSamples = static_cast<std::uint64_t>(overlap);
-            before.fadeOutCurve = strip.settings.fade.fadeInCurve = options_.crossfade->curve;
-            strip.settings.fade.fadeInSamples = before.fadeOutSamples;
-            end_ -= overlap;
-        }
-        if (overlap * (strips.empty() || &input == &options_.inputs.back() ? 1 : 2) > length)
-            throw CommandError("--crossfade: " + words::quoted(input.string()) +
-                               " is too short to be crossfaded for " + options_.crossfade->length.text() +
-                               " at each side that has a neighbour");
-        strip.at = end_;
-        end_ += length;
-        strips.push_back(std::move(strip));
-    }
-
-    const JoinOptions& options_;
-    Timeline timeline_;
-    std::int64_t end_ = 0;
-    std::optional<FormatId> format_;
-};
-
 void join(const JoinOptions& options) {
     if (options.output.empty())
         throw CommandError("name the file to write with -o");
@@ -128,7 +49,9 @@ void join(const JoinOptions& options) {
         return joinSlices(options);
     if (options.inputs.size() < 2)
         throw CommandError("INPUT: name two files at least");
-    Sequence sequence(options);
+    SoundTimeline sequence(options);
+    for (const std::filesystem::path& input : options.inputs)
+        sequence.append(input, options.crossfade);
     MixOptions mix;
     static_cast<OutputOptions&>(mix) = options;
     mix.report = options.report;
@@ -139,9 +62,7 @@ void join(const JoinOptions& options) {
         mix.format = sequence.format();
     // What cannot be read is refused: a join with a gap is none.
     mix.strict = true;
-    Timeline timeline = std::move(sequence).timeline();
-    timeline.foldDown = options.channels.foldDownOf(layoutOf(timeline), "the joined files");
-    runMix(mix, std::move(timeline));
+    runMix(mix, std::move(sequence).timeline());
 }
 
 } // namespace

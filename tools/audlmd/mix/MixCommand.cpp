@@ -1,20 +1,47 @@
+#include "host/words/Text.hpp"
+#include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Subcommands.hpp"
 #include "tools/audlmd/mix/Mix.hpp"
+#include "tools/audlmd/mix/SoundTimeline.hpp"
+#include "tools/audlmd/mix/TimelineInput.hpp"
 
 #include <CLI/CLI.hpp>
 
 #include <memory>
+#include <utility>
 
 namespace audlmd::command {
+namespace {
+
+/// Several sound files, all from the start on.
+void mixSounds(MixOptions& options) {
+    SoundTimeline together(options);
+    for (const std::filesystem::path& input : options.inputs) {
+        if (isTimelineFile(input))
+            throw CommandError(words::quoted(input.string()) +
+                               " is a timeline: mix it alone, or sound files alone");
+        together.addTrack(input);
+        options.timeline += (options.timeline.empty() ? "" : ", ") + input.string();
+    }
+    runMix(options, std::move(together).timeline());
+}
+
+void mix(MixOptions& options) {
+    options.requireCompatible();
+    if (options.inputs.size() > 1)
+        return mixSounds(options);
+    options.timeline = options.inputs.front();
+    runMix(options);
+}
+
+} // namespace
 
 void addMixCommand(CLI::App& app) {
-    CLI::App* mix = app.add_subcommand("mix", "Mix a timeline into a sound file, or show what sounds when");
+    CLI::App* command = app.add_subcommand(
+        "mix", "Mix a timeline, or sound files, into a sound file, or show what sounds when");
     const auto options = std::make_shared<MixOptions>();
-    options->declare(*mix);
-    mix->callback([options] {
-        options->requireCompatible();
-        runMix(*options);
-    });
+    options->declare(*command);
+    command->callback([options] { mix(*options); });
 }
 
 } // namespace audlmd::command

@@ -41,6 +41,7 @@ clipped. The report tells how many samples are over full scale, and when. --dith
 rounding into even noise. --truncate gives the bytes that a host gets of the library. One channel goes to both sides at full level: other programs lower it by 3 dB.
 
 EXAMPLES
+  audlmd mix voice.wav music.wav -o both.wav       (sound files, from their starts on)
   audlmd mix film.otio --list
   audlmd mix film.otio -o film.wav --format s16 --dither
   audlmd mix film.otio -o film.wav --media /archive/sound --report film.json --picture film.png
@@ -88,7 +89,8 @@ Slice parseSlice(std::string_view text, std::string_view option) {
 }
 
 void MixOptions::declare(CLI::App& mix) {
-    mix.add_option("TIMELINE", timeline, "OpenTimelineIO JSON, or JSON of our own")->required();
+    mix.add_option("TIMELINE", inputs, "OpenTimelineIO JSON, or JSON of our own; or sound files, several")
+        ->required();
     declareOutput(mix, "The file to write",
                   {.rate = "the timeline's, else 48000", .channels = "the timeline's, else 2"}, mostMixBlock);
     mix.add_flag("--no-metadata", noMetadata, "Leave out the timeline's name, time reference and markers")

@@ -32,6 +32,9 @@ Slice parseSlice(std::string_view text, std::string_view option);
 /// The options of `mix`. Block and threads are as in MixerOptions. Where neither the command line nor the
 /// timeline says a rate or channels, there are 2 at 48000.
 struct MixOptions : OutputOptions {
+    /// A timeline, or several sound files.
+    std::vector<std::filesystem::path> inputs;
+    /// The timeline; a name for messages where there is none.
     std::filesystem::path timeline;
 
     /// Folders in which missing media are looked for.

@@ -37,7 +37,7 @@ float parseLevel(std::string_view text, std::string_view option) {
 }
 
 double parseGain(std::string_view text, std::string_view option) {
-    const double decibels = valueFor(option, &words::requireNumber, text);
+    const double decibels = valueFor(option, &words::requireNumber, words::withoutUnit(text, "dB"));
     if (!(decibels <= mostGainDecibels))
         fail(option, words::quoted(text) + " is not a gain of at most +60 dB; write -inf for silence");
     return decibels;
