@@ -79,7 +79,8 @@ def lines_wrong(outcome):
     """What is wrong with how a run failed, or an empty text."""
     if outcome.returncode < 0:
         return f"ended by signal {-outcome.returncode}"
-    if not re.fullmatch(r"audlmd: [^\n]+\n", outcome.stderr):
+    # The report of a mix that fails may fail, too.
+    if not re.fullmatch(r"(audlmd: 'out\.json' cannot be written: [^\n]+\n)?audlmd: [^\n]+\n", outcome.stderr):
         return f"status {outcome.returncode} with: {outcome.stderr!r}"
     return ""
 
@@ -90,13 +91,16 @@ def reported(name, content):
 
 
 def states(found, outputs, wholes, told):
-    """Of each output: "old", "whole", or "told" where its content is incomplete, and the command says so; or "damaged"."""
+    """Of each output: "old", "whole", "failed", or "told" where its content is incomplete, and the command says so; or "damaged"."""
     def state(name):
         content = found.get(name, b"")
         if content == OLD:
             return "old"
         if any(reported(name, content) == whole[name] for whole in wholes):
             return "whole"
+        # A report is written of a mix that fails, too.
+        if name.endswith(".json") and b'"failure": "' in content and content.endswith(b"}\n"):
+            return "failed"
         ends = name.endswith(".wav") and len(content) == len(wholes[0][name]) or content.endswith((b"}\n", b"</svg>\n"))
         return "told" if ends and told else "damaged"
     return {state(name) for name in outputs}
@@ -113,7 +117,7 @@ def verdict(outcome, found, outputs, wholes, killed=0):
     if "damaged" in ends:
         return f"damaged an output, status {outcome.returncode}: {outcome.stderr!r}"
     if outcome.returncode == 0:
-        return "succeeded without an output" if "old" in ends else ""
+        return "succeeded without an output" if ends & {"old", "failed"} else ""
     if killed and outcome.returncode == -killed:
         return ""
     return lines_wrong(outcome)
