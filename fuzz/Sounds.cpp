@@ -72,9 +72,9 @@ void readMetadata(const std::string& path) {
 void read(std::span<const std::uint8_t> bytes) {
     static FileInMemory file;
     file.hold(bytes);
-    readMetadata(file.path());
     try {
         readThroughCache(std::make_shared<SoundFile>(file.path()));
+        readMetadata(file.path());
     } catch (const SoundFileError& error) {
         requireOneLine(error.what());
     }

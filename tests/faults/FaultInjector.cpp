@@ -160,6 +160,9 @@ int __libc_start_main(Main* main, int argc, char** argv, void (*init)(), void (*
 ssize_t read(int file, void* bytes, std::size_t count) {
     return fails(reading) ? -1 : REAL(read)(file, bytes, shortened(reading, count));
 }
+ssize_t pread(int file, void* bytes, std::size_t count, off_t position) {
+    return fails(reading) ? -1 : REAL(pread)(file, bytes, shortened(reading, count), position);
+}
 ssize_t write(int file, const void* bytes, std::size_t count) {
     return fails(writing) ? -1 : REAL(write)(file, bytes, shortened(writing, count));
 }

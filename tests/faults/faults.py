@@ -16,6 +16,7 @@ import re
 import resource
 import shutil
 import signal
+import struct
 import subprocess
 import sys
 import tempfile
@@ -49,6 +50,9 @@ def write_sound(path, seed, frames=3000):
     with wave.open(str(path), "wb") as sound:
         sound.setparams((2, 2, 48000, 0, "NONE", ""))
         sound.writeframes(random.Random(seed).randbytes(4 * frames))
+    # A marker in its middle.
+    cue = struct.pack("<4sI3I4s3I", b"cue ", 28, 1, 1, 0, b"data", 0, 0, frames // 2)
+    path.write_bytes(b"RIFF" + struct.pack("<I", path.stat().st_size - 8 + len(cue)) + path.read_bytes()[8:] + cue)
 
 
 def fill(folder, outputs=()):
@@ -75,7 +79,8 @@ def lines_wrong(outcome):
     """What is wrong with how a run failed, or an empty text."""
     if outcome.returncode < 0:
         return f"ended by signal {-outcome.returncode}"
-    if not re.fullmatch(r"audlmd: [^\n]+\n", outcome.stderr):
+    # The report of a mix that fails may fail, too.
+    if not re.fullmatch(r"(audlmd: 'out\.json' cannot be written: [^\n]+\n)?audlmd: [^\n]+\n", outcome.stderr):
         return f"status {outcome.returncode} with: {outcome.stderr!r}"
     return ""
 
@@ -86,13 +91,16 @@ def reported(name, content):
 
 
 def states(found, outputs, wholes, told):
-    """Of each output: "old", "whole", or "told" where its content is incomplete, and the command says so; or "damaged"."""
+    """Of each output: "old", "whole", "failed", or "told" where its content is incomplete, and the command says so; or "damaged"."""
     def state(name):
         content = found.get(name, b"")
         if content == OLD:
             return "old"
         if any(reported(name, content) == whole[name] for whole in wholes):
             return "whole"
+        # A report is written of a mix that fails, too.
+        if name.endswith(".json") and b'"failure": "' in content and content.endswith(b"}\n"):
+            return "failed"
         ends = name.endswith(".wav") and len(content) == len(wholes[0][name]) or content.endswith((b"}\n", b"</svg>\n"))
         return "told" if ends and told else "damaged"
     return {state(name) for name in outputs}
@@ -109,7 +117,7 @@ def verdict(outcome, found, outputs, wholes, killed=0):
     if "damaged" in ends:
         return f"damaged an output, status {outcome.returncode}: {outcome.stderr!r}"
     if outcome.returncode == 0:
-        return "succeeded without an output" if "old" in ends else ""
+        return "succeeded without an output" if ends & {"old", "failed"} else ""
     if killed and outcome.returncode == -killed:
         return ""
     return lines_wrong(outcome)

@@ -1,11 +1,13 @@
 #include "tools/audlmd/files/Metadata.hpp"
 
 #include "host/words/Text.hpp"
+#include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/files/OutputFile.hpp"
 #include "tools/audlmd/files/RiffChunks.hpp"
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdint>
 #include <cstring>
 #include <fcntl.h>
@@ -13,7 +15,7 @@
 #include <limits>
 #include <span>
 #include <string_view>
-#include <unistd.h>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -185,12 +187,23 @@ bool isRiff(int type) {
 }
 
 Metadata readMetadata(const std::filesystem::path& path) {
+    const auto fail = [&](const std::string& why) {
+        throw CommandError(words::quoted(path.string()) + ": " + why, ExitStatus::input);
+    };
     const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    CheckedDescriptor checked(descriptor);
+    if (descriptor < 0)
+        fail(std::generic_category().message(errno));
     SF_INFO info{};
-    const SoundFileHandle file(checked.open(SFM_READ, info));
-    Metadata found = file != nullptr ? metadataOf(file.get(), descriptor) : Metadata();
-    close(descriptor);
+    // Closes the descriptor, too.
+    const SoundFileHandle file(sf_open_fd(descriptor, SFM_READ, &info, SF_TRUE));
+    if (file == nullptr)
+        fail(sf_strerror(nullptr));
+    Metadata found;
+    try {
+        found = metadataOf(file.get(), descriptor);
+    } catch (const std::system_error& error) {
+        fail(error.code().message());
+    }
     return found;
 }
 

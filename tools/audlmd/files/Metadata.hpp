@@ -36,9 +36,11 @@ struct Metadata {
     std::set<std::string> others;
 };
 
-/// Nothing of a file that cannot be read.
+/// Throws CommandError for a file that libsndfile does not open, and where reading fails. Open it as a
+/// SoundFile first: the messages of that say more.
 Metadata readMetadata(const std::filesystem::path& path);
-/// Of a file that is open for reading by libsndfile, through the descriptor.
+/// Of a file that is open for reading by libsndfile, through the descriptor. Throws std::system_error where
+/// reading fails.
 Metadata metadataOf(SNDFILE* file, int descriptor);
 
 /// Moves markers and loops to where a part of the file has them in an output at `sampleRate`. What has no

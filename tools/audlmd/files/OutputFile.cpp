@@ -11,6 +11,7 @@
 #include <cstddef>
 #include <sys/mman.h>
 #include <sys/stat.h>
+#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -129,7 +130,7 @@ void OutputFile::writeStreamedHeader() {
         const SoundFileHandle file(
             pwrite(memory, header.data(), header.size(), 0) < 0 ? nullptr : content.open(SFM_READ, opened));
         if (file != nullptr)
-            missing_ = missingIn(metadataOf(file.get(), memory), layout_.metadata);
+            findMissing(file.get(), memory);
     }
     close(memory);
     if (!isHeader)
@@ -271,7 +272,15 @@ void OutputFile::requireLastFrame() {
     if (file == nullptr || sf_seek(file.get(), layout_.frames - 1, SEEK_SET) != layout_.frames - 1 ||
         sf_readf_float(file.get(), lastFrame.data(), 1) != 1 || content.error() != 0)
         fail("its last frame does not read back");
-    missing_ = missingIn(metadataOf(file.get(), output_->descriptor()), layout_.metadata);
+    findMissing(file.get(), output_->descriptor());
+}
+
+void OutputFile::findMissing(SNDFILE* file, int descriptor) {
+    try {
+        missing_ = missingIn(metadataOf(file, descriptor), layout_.metadata);
+    } catch (const std::system_error& error) {
+        failToWrite(target_.path, error.code().value());
+    }
 }
 
 void OutputFile::fail(const std::string& why) const {

@@ -93,6 +93,7 @@ private:
     void requireLastFrame();
     /// Lets libsndfile change the byte order. Returns whether all frames were written.
     bool writeConverted(const std::byte* interleaved, std::size_t frames);
+    void findMissing(SNDFILE* file, int descriptor);
     [[noreturn]] void fail(const std::string& why) const;
 
     OutputTarget target_;

@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <bit>
+#include <cerrno>
 #include <cstdint>
 #include <cstring>
 #include <limits>
 #include <map>
+#include <system_error>
 #include <unistd.h>
 
 namespace audlmd::command {
@@ -51,13 +53,16 @@ void describe(Marker& marker, std::string_view kind, std::string_view content) {
     }
 }
 
-/// Those of so many bytes that are there.
+/// Those of so many bytes that are there. Throws std::system_error.
 std::string readAt(int descriptor, std::int64_t position, std::int64_t count) {
     std::string bytes(static_cast<std::size_t>(count), '\0');
     std::int64_t filled = 0;
-    for (ssize_t got = 1; got > 0 && filled < count; filled += std::max<ssize_t>(got, 0))
+    for (ssize_t got = 1; got != 0 && filled < count; filled += std::max<ssize_t>(got, 0)) {
         got = pread(descriptor, bytes.data() + filled, static_cast<std::size_t>(count - filled),
                     position + filled);
+        if (got < 0 && errno != EINTR)
+            throw std::system_error(errno, std::generic_category());
+    }
     bytes.resize(static_cast<std::size_t>(filled));
     return bytes;
 }

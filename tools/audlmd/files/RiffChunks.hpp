@@ -19,7 +19,8 @@ namespace audlmd::command {
 using FileChunks = std::map<std::string, std::vector<std::string>>;
 
 /// The chunks of a WAV or RF64 file. Those that are not to be read, and those beyond 16 MiB, are there
-/// without their contents. None of a file of another kind, or in the other byte order (RIFX).
+/// without their contents. None of a file of another kind, or in the other byte order (RIFX). Throws
+/// std::system_error where the file cannot be read.
 FileChunks readRiffChunks(int descriptor, std::span<const std::string_view> toBeRead);
 
 /// The first chunk of an identifier. Empty: there is none.

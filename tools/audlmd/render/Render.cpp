@@ -209,7 +209,9 @@ private:
             summary.underrunSamples += statistics.underrunSamples;
             summary.underrunEpisodes += statistics.underrunEpisodes;
         }
-        log_.result(summary.lines(options_.style.quiet), summary.json());
+        // Not made for people: where memory is short, destroying it ends the process.
+        log_.result(summary.lines(options_.style.quiet),
+                    options_.style.json ? summary.json() : nlohmann::json());
     }
 
     /// Returns how long that took, in seconds.
