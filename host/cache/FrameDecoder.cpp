@@ -119,7 +119,7 @@ void requireReadable(const std::filesystem::path& path) {
 
 } // namespace
 
-FrameDecoder::FrameDecoder(const std::filesystem::path& path) : path_(path) {
+FrameDecoder::FrameDecoder(const std::filesystem::path& path, Truncated truncated) : path_(path) {
     std::error_code error;
     const auto status = std::filesystem::status(path, error);
     if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
@@ -135,8 +135,25 @@ FrameDecoder::FrameDecoder(const std::filesystem::path& path) : path_(path) {
         throw failure(path_, "its format does not allow reading from any position");
     // libsndfile gives an unfinished Ogg stream no end.
     const bool hasNoEnd = info_.frames == std::numeric_limits<sf_count_t>::max();
-    if (hasNoEnd || isShorterThanItsHeaderSays(file_.get()))
+    isTruncated_ = hasNoEnd || isShorterThanItsHeaderSays(file_.get());
+    if (truncated == Truncated::taken)
+        takeWhatIsThere();
+    else if (isTruncated_)
         throw failure(path_, "truncated: it is shorter than its header says");
+}
+
+void FrameDecoder::takeWhatIsThere() {
+    constexpr std::int64_t atOnce = 65536;
+    std::vector<float> frames(static_cast<std::size_t>(atOnce * info_.channels));
+    std::int64_t there = 0;
+    while (const sf_count_t got = std::max<sf_count_t>(sf_readf_float(file_.get(), frames.data(), atOnce), 0))
+        there += got;
+    if (there == 0 && info_.frames != 0)
+        throw failure(path_, "truncated: none of its samples are there");
+    isTruncated_ = isTruncated_ || there < info_.frames;
+    info_.frames = there;
+    // Behind a failure libsndfile may not find its way.
+    file_.reset();
 }
 
 void FrameDecoder::decode(std::int64_t position, std::span<float> interleaved) {

@@ -115,13 +115,16 @@ PlayableFile DecodedCache::playable(const std::filesystem::path& medium, int str
     std::string reason;
     try {
         const SoundFile file(medium);
-        if (stream != 0)
-            throw SoundFileError("'" + medium.string() + "': there is no sound stream " +
-                                 std::to_string(stream + 1) + ", it has 1");
-        return {.path = medium};
     } catch (const UnknownFormat& unknown) {
         reason = std::string(unknown.what()).substr(std::string_view("'': ").size() + medium.string().size());
+    } catch (const SoundFileError&) {
+        // Whoever opens the file is told.
     }
+    if (reason.empty() && stream != 0)
+        throw SoundFileError("'" + medium.string() + "': there is no sound stream " +
+                             std::to_string(stream + 1) + ", it has 1");
+    if (reason.empty())
+        return {.path = medium};
     return impl_->decoded(
         {.path = medium, .stream = stream, .patience = impl_->options.patience, .reason = reason});
 }

@@ -31,7 +31,6 @@ EXAMPLES
 
 struct InfoOptions : InputOptions {
     std::vector<std::filesystem::path> inputs;
-    bool json = false;
 };
 
 /// In place of what the file of its decoded samples is.
@@ -40,6 +39,8 @@ void nameAsFilm(FileInfo& info) {
     info.coding = "decoded by ffmpeg";
     info.format.reset();
     info.chunks.clear();
+    if (info.metadata.broadcast)
+        info.metadata.broadcast->coding_history_size = 0;
 }
 
 FileInfo readInfo(const std::filesystem::path& input, const InfoOptions& options) {
@@ -48,11 +49,12 @@ FileInfo readInfo(const std::filesystem::path& input, const InfoOptions& options
         std::fprintf(stderr, "%s\n", file.note.c_str());
     std::optional<Progress> bar;
     try {
-        FileInfo info = fileInfo(file.path, [&](const FileInfo& known, std::int64_t frames) {
-            if (!bar)
-                bar.emplace(known.frames, known.sampleRate);
-            bar->update(frames);
-        });
+        FileInfo info =
+            fileInfo(file.path, options.truncated(), [&](const FileInfo& read, std::int64_t done) {
+                if (!bar)
+                    bar.emplace(read.frames, read.sampleRate, !options.style.json);
+                bar->update(done);
+            });
         if (file.isDecoded)
             nameAsFilm(info);
         return info;
@@ -69,11 +71,11 @@ void tellAll(const InfoOptions& options) {
             const std::string name = options.inputs[n].string();
             const FileInfo info = readInfo(name, options);
             std::printf("%s%s", between,
-                        options.json ? infoJson(name, info).c_str() : infoText(name, info).c_str());
-            between = options.json ? "" : "\n";
+                        options.style.json ? infoJson(name, info).c_str() : infoText(name, info).c_str());
+            between = options.style.json ? "" : "\n";
         },
         [&](std::size_t n, const CommandError& failure) {
-            if (options.json)
+            if (options.style.json)
                 std::fputs(failureJson(options.inputs[n].string(), failure.what()).c_str(), stdout);
         });
 }
@@ -84,9 +86,9 @@ void addInfoCommand(CLI::App& app) {
     CLI::App* info = app.add_subcommand("info", "Tell what sound files are, and how loud");
     const auto options = std::make_shared<InfoOptions>();
     info->add_option("FILE", options->inputs, "Sound files and films; - is standard input")->required();
-    info->add_flag("--json", options->json, "One JSON object a line, for programs");
+    info->add_flag("--json", options->style.json, "One JSON object a line, for programs");
     options->declareInput(*info);
-    options->decoding.declareCache(*info, "Input");
+    options->declareMaterial(*info);
     info->footer(infoHelp);
     info->callback([options] { tellAll(*options); });
 }

@@ -98,6 +98,8 @@ void addFormat(Lines& lines, const FileInfo& info) {
     lines.add("format", info.format ? std::string(outputFormat(*info.format).name) + " (" + info.coding + ")"
                                     : info.coding);
     lines.add("sample rate", std::to_string(info.sampleRate) + " Hz");
+    if (info.isTruncated)
+        lines.add("truncated", "the file is shorter than it says; what is there:");
     lines.add("length", words::clock(info.frames, info.sampleRate) + ", " +
                             words::counted(static_cast<std::uint64_t>(info.frames), "sample"));
     lines.add("channels", channelsText(info));
@@ -191,7 +193,8 @@ OrderedJson channelJson(const std::string& name, const ChannelLevels& levels) {
 }
 
 OrderedJson metadataJson(const FileInfo& info) {
-    OrderedJson json{{"chunks", OrderedJson::array()},
+    OrderedJson json{{"truncated", info.isTruncated},
+                     {"chunks", OrderedJson::array()},
                      {"otherChunks", info.metadata.others},
                      {"tags", OrderedJson::object()}};
     for (const FileInfo::Chunk& chunk : info.chunks)

@@ -3,6 +3,7 @@
 #include "host/cache/FilmContainer.hpp"
 #include "host/cache/SoundFile.hpp"
 #include "host/words/Numbers.hpp"
+#include "host/words/Text.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/files/FileKind.hpp"
 
@@ -96,7 +97,10 @@ void MediaFinder::look(FoundMedium& medium, std::optional<int> stream) const {
         const PlayableFile playable = options_.decoding.playable(medium.path, stream, options_.style);
         medium.file = playable.path;
         medium.note = playable.note;
-        const SoundFile file(medium.file);
+        const SoundFile file(medium.file, options_.truncated());
+        if (file.isTruncated())
+            medium.note =
+                truncatedText(words::quoted(medium.path.string()), file.frames(), file.sampleRate());
         medium.facts = timeline::MediaFacts{
             .length = file.frames(), .sampleRate = file.sampleRate(), .timeReference = file.timeReference()};
         medium.layout = file.layout();
@@ -181,7 +185,7 @@ Media MediaFinder::open(const std::string& media) {
     const FoundMedium& medium = find(media);
     if (!medium.failure.empty())
         throw CommandError(medium.failure, ExitStatus::input);
-    return openSoundFile(medium.file.string());
+    return openSoundFile(medium.file.string(), options_.truncated());
 }
 
 } // namespace audlmd::command

@@ -40,8 +40,8 @@ void PlayInput::openSound() {
     media_ = options_.strip.amplified(std::move(opened.media));
     const Metadata metadata = readMetadata(atHand.path);
     markers_ = atRate(metadata.markers, metadata.sampleRate, media_.sampleRate);
-    if (!opened.note.empty())
-        std::puts(opened.note.c_str());
+    for (const std::string& note : opened.notes)
+        std::puts(note.c_str());
     settings_ = forwards(options_.strip
                              .settingsFor({.path = options_.input,
                                            .frames = media_.channels.front()->length(),

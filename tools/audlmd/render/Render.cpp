@@ -89,7 +89,8 @@ private:
         log_.note(atHand.note);
         OpenInput opened = options_.open(file_, input_);
         const Media input = options_.strip.amplified(std::move(opened.media));
-        log_.note(opened.note);
+        for (const std::string& note : opened.notes)
+            log_.note(note);
         Metadata metadata = readMetadata(file_);
         ResolvedStrip strip = options_.strip.settingsFor(
             {.path = input_,
@@ -129,7 +130,7 @@ private:
 
     /// The time reference moves with the start of the range, which counts frames of the output's rate.
     void moveTimeReference(int sampleRate, MaterialSample from) {
-        const SoundFile file(file_);
+        const SoundFile file(file_, options_.truncated());
         if (!layout_.metadata.broadcast)
             return;
         // Of a damaged file any number.
