@@ -57,12 +57,12 @@ std::optional<std::uint64_t> hashIn(const std::filesystem::path& path) {
 
 } // namespace
 
-CacheFolder::CacheFolder(const std::filesystem::path& path) : path_(path) {
+CacheFolder::CacheFolder(const std::filesystem::path& path) : path_(std::filesystem::absolute(path)) {
     std::error_code error;
-    std::filesystem::create_directories(path.parent_path(), error);
-    if (!error && mkdir(path.c_str(), 0700) != 0 && errno != EEXIST)
+    std::filesystem::create_directories(path_.parent_path(), error);
+    if (!error && mkdir(path_.c_str(), 0700) != 0 && errno != EEXIST)
         error = std::error_code(errno, std::generic_category());
-    if (!error && (lock_ = openLock(path)) < 0)
+    if (!error && (lock_ = openLock(path_)) < 0)
         error = std::error_code(errno, std::generic_category());
     if (error)
         throw std::filesystem::filesystem_error("", path, error);

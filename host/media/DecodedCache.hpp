@@ -67,11 +67,11 @@ public:
     DecodedCache(const DecodedCache&) = delete;
     DecodedCache& operator=(const DecodedCache&) = delete;
 
-    /// The file to open for a medium: the medium itself where libsndfile reads it, or nothing can, which has
-    /// one stream. The
-    /// stream is one of those with sound, counted from 0. Decodes where that must be, which may take minutes.
-    /// Throws SoundFileError, also where ffmpeg is missing, fails or prints nothing for too long, and where
-    /// there is no such stream; and std::system_error where the folder cannot be written.
+    /// The file to open for a medium: the medium itself where libsndfile knows its format, also where it is
+    /// damaged or not there, as who opens it is told. Such a medium has one stream; the streams with sound
+    /// are counted from 0. Decodes where that must be, which may take minutes. Throws SoundFileError where
+    /// ffmpeg is missing, fails or prints nothing for too long, and where there is no such stream; and
+    /// std::system_error where the folder cannot be written.
     PlayableFile playable(const std::filesystem::path& medium, int stream = 0);
 
     /// What there is, least recently used first.

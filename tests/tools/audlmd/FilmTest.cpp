@@ -56,6 +56,7 @@ TEST_F(Films, AreRefusedInTheSameWordsEverywhereWithoutFfmpeg) {
     EXPECT_THAT(told, HasSubstr(said));
     EXPECT_EQ(told.find_first_of("\x1B\x9B"), std::string::npos);
     expectRefused("render a.wav --stream 2 -o new.wav", "'a.wav': there is no sound stream 2, it has 1", 3);
+    expectRefused("render - --stream 2 -o new.wav", "--stream is for films");
     EXPECT_EQ(shell("$a render - -o new.wav < it\\'s.mov 2> errors"), 3);
     EXPECT_THAT(readBytes(in("errors")), HasSubstr("standard input: Format not recognised. ffmpeg decodes"));
 }
@@ -83,7 +84,7 @@ TEST_F(Films, PlayTheStreamThatIsNamed) {
     writeTimeline(R"({"media": "two.mkv#stream=2"}, {"media": "two.mkv", "at": 48000},
                      {"media": "two.mkv#stream=1", "at": 96000})");
     output("mix film.json -o mix.wav --strict --picture mix.svg");
-    output("render two.mkv --stream 2 -o first.wav");
+    output("render two.mkv --stream 2 -o first.wav --cache kept");
     output("join b.wav two.wav two.mkv -o join.wav");
     EXPECT_TRUE(readSound(in("first.wav")) == readSound(in("b.wav")));
     EXPECT_TRUE(readSound(in("mix.wav")) == readSound(in("join.wav")));

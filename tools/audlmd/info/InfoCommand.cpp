@@ -44,6 +44,8 @@ void nameAsFilm(FileInfo& info) {
     info.coding = "decoded by ffmpeg";
     info.format.reset();
     info.chunks.clear();
+    if (info.metadata.broadcast)
+        info.metadata.broadcast->coding_history_size = 0;
 }
 
 FileInfo readInfo(const std::filesystem::path& input, const InfoOptions& options, const JobLog& log) {

@@ -58,7 +58,10 @@ std::optional<RawLayout> InputOptions::rawInput() const {
 
 PlayableFile InputOptions::atHand(const std::filesystem::path& input) const {
     const std::optional<RawLayout> raw = rawInput();
-    if (raw || isStream(input))
+    const bool isCopied = raw || isStream(input);
+    if (isCopied && decoding.stream)
+        throw CommandError("--stream is for films, which are read from files");
+    if (isCopied)
         return {.path = spooled(input, raw)};
     PlayableFile file = decoding.playable(input, decoding.stream, style);
     if (!file.note.empty())
