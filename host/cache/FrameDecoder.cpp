@@ -1,6 +1,5 @@
 #include "host/cache/FrameDecoder.hpp"
 
-#include "host/cache/FilmContainer.hpp"
 #include "host/cache/SoundFile.hpp"
 #include "host/cache/StatedLayout.hpp"
 #include "host/services/SampleRates.hpp"
@@ -117,7 +116,7 @@ void requireReadable(const std::filesystem::path& path) {
 
 } // namespace
 
-FrameDecoder::FrameDecoder(const std::filesystem::path& path) : path_(path) {
+FrameDecoder::FrameDecoder(const std::filesystem::path& path, Truncated truncated) : path_(path) {
     std::error_code error;
     const auto status = std::filesystem::status(path, error);
     if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
@@ -133,8 +132,25 @@ FrameDecoder::FrameDecoder(const std::filesystem::path& path) : path_(path) {
         throw failure(path_, "its format does not allow reading from any position");
     // libsndfile gives an unfinished Ogg stream no end.
     const bool hasNoEnd = info_.frames == std::numeric_limits<sf_count_t>::max();
-    if (hasNoEnd || isShorterThanItsHeaderSays(file_.get()))
+    isTruncated_ = hasNoEnd || isShorterThanItsHeaderSays(file_.get());
+    if (truncated == Truncated::taken)
+        takeWhatIsThere();
+    else if (isTruncated_)
         throw failure(path_, "truncated: it is shorter than its header says");
+}
+
+void FrameDecoder::takeWhatIsThere() {
+    constexpr std::int64_t atOnce = 65536;
+    std::vector<float> frames(static_cast<std::size_t>(atOnce * info_.channels));
+    std::int64_t there = 0;
+    while (const sf_count_t got = std::max<sf_count_t>(sf_readf_float(file_.get(), frames.data(), atOnce), 0))
+        there += got;
+    if (there == 0 && info_.frames != 0)
+        throw failure(path_, "truncated: none of its samples are there");
+    isTruncated_ = isTruncated_ || there < info_.frames;
+    info_.frames = there;
+    // Behind a failure libsndfile may not find its way.
+    file_.reset();
 }
 
 void FrameDecoder::decode(std::int64_t position, std::span<float> interleaved) {
@@ -155,9 +171,11 @@ FrameDecoder::File FrameDecoder::open(SF_INFO& info) const {
     const Lock lock(opening);
     requireReadable(path_);
     File file(sf_open(path_.c_str(), SFM_READ, &info));
+    const std::string reason = sf_strerror(file.get());
+    if (file == nullptr && sf_error(nullptr) != SF_ERR_SYSTEM)
+        throw UnknownFormat(failure(path_, reason).what());
     if (file == nullptr)
-        throw failure(path_, isFilmContainer(path_) ? "a film container; " + filmContainerAdvice(path_)
-                                                    : sf_strerror(nullptr));
+        throw failure(path_, reason);
     // libsndfile goes on after a part of the header that could not be read, and takes the part for zeros.
     if (sf_error(file.get()) == SF_ERR_SYSTEM)
         throw failure(path_, sf_strerror(file.get()));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/cache/ChannelLayout.hpp"
+#include "host/cache/SoundFile.hpp"
 
 #include <sndfile.h>
 
@@ -16,11 +17,13 @@ namespace audlmd {
 class FrameDecoder {
 public:
     /// Opens the file and checks it. Throws SoundFileError, as SoundFile's constructor says.
-    explicit FrameDecoder(const std::filesystem::path& path);
+    explicit FrameDecoder(const std::filesystem::path& path, Truncated truncated);
 
     const std::filesystem::path& path() const { return path_; }
-    /// What the file's header says. Never changes.
+    /// What the file's header says, but for the frames of a truncated file. Never changes.
     const SF_INFO& info() const { return info_; }
+    /// See SoundFile. Never changes.
+    bool isTruncated() const { return isTruncated_; }
     /// See SoundFile. Never changes.
     std::int64_t timeReference() const { return timeReference_; }
     /// See SoundFile. Never changes.
@@ -39,6 +42,8 @@ private:
     /// Throws SoundFileError.
     File open(SF_INFO& info) const;
     void reopen();
+    /// Decodes all that is there, and takes that for the length. Throws SoundFileError where that is nothing.
+    void takeWhatIsThere();
     /// Makes frame `position` the next one. Throws SoundFileError.
     void goTo(std::int64_t position);
     /// Throws SoundFileError if the file ends too early.
@@ -46,6 +51,7 @@ private:
 
     std::filesystem::path path_;
     SF_INFO info_{};
+    bool isTruncated_ = false;
     std::int64_t timeReference_ = 0;
     ChannelLayout layout_;
     /// Null after a failure.

@@ -14,8 +14,8 @@ constexpr ChannelExcerpts::Limits ofAFile{.samples = (std::size_t{8} << 20) / si
 } // namespace
 
 struct SoundFile::Impl {
-    explicit Impl(const std::filesystem::path& path)
-        : decoder(path),
+    Impl(const std::filesystem::path& path, Truncated truncated)
+        : decoder(path, truncated),
           excerpts(static_cast<std::size_t>(decoder.info().channels), ChannelExcerpts::Layout::interleaved,
                    ofAFile, [this](std::int64_t position, std::span<float> interleaved) {
                        decoder.decode(position, interleaved);
@@ -26,7 +26,8 @@ struct SoundFile::Impl {
     ChannelExcerpts excerpts;
 };
 
-SoundFile::SoundFile(const std::filesystem::path& path) : impl_(std::make_unique<Impl>(path)) {}
+SoundFile::SoundFile(const std::filesystem::path& path, Truncated truncated)
+    : impl_(std::make_unique<Impl>(path, truncated)) {}
 
 SoundFile::~SoundFile() = default;
 
@@ -44,6 +45,10 @@ int SoundFile::sampleRate() const {
 
 std::int64_t SoundFile::frames() const {
     return impl_->decoder.info().frames;
+}
+
+bool SoundFile::isTruncated() const {
+    return impl_->decoder.isTruncated();
 }
 
 std::int64_t SoundFile::timeReference() const {

@@ -17,6 +17,19 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/// What becomes of a file that is shorter than its header says, as after a power failure.
+enum class Truncated {
+    refused,
+    /// What is there is taken. Opening takes as long as decoding all of it.
+    taken
+};
+
+/// A file that libsndfile can read, and does not understand. Another program may, see DecodedCache.
+class UnknownFormat : public SoundFileError {
+public:
+    using SoundFileError::SoundFileError;
+};
+
 /// An open sound file in any format of libsndfile, shared by the sources of its channels.
 ///
 /// A file stores the samples of all channels together, while a cache reads each channel on its own. So the
@@ -28,11 +41,11 @@ public:
 /// Thread safe. Reads wait for each other.
 class SoundFile {
 public:
-    /// Throws SoundFileError if the file is not there, not readable, not audio, not seekable, shorter than
-    /// its header says, or at a sample rate outside those of SampleRates.hpp. For a film container the text
-    /// has the command that extracts its sound. The trap: without memory, some of the decoders below
-    /// libsndfile end the process.
-    explicit SoundFile(const std::filesystem::path& path);
+    /// Throws SoundFileError if the file is not there, not readable, not seekable, shorter than its header
+    /// says, or at a sample rate outside those of SampleRates.hpp; UnknownFormat if it is not audio, or of a
+    /// format that libsndfile does not read, as film containers are. The trap: without memory, some of the
+    /// decoders below libsndfile end the process.
+    explicit SoundFile(const std::filesystem::path& path, Truncated truncated = Truncated::refused);
     ~SoundFile();
     SoundFile(const SoundFile&) = delete;
     SoundFile& operator=(const SoundFile&) = delete;
@@ -43,6 +56,8 @@ public:
     int sampleRate() const;
     /// The length, in frames (one sample of each channel); 0 is possible.
     std::int64_t frames() const;
+    /// Whether the file is shorter than its header says.
+    bool isTruncated() const;
     /// The time of the first frame on the recorder's clock, in frames, from a broadcast wave file. 0 in
     /// others.
     std::int64_t timeReference() const;

@@ -1,7 +1,5 @@
 #include "host/mix/Media.hpp"
 
-#include "host/cache/SoundFile.hpp"
-
 #include <algorithm>
 #include <utility>
 
@@ -69,15 +67,21 @@ ChannelLayout layoutOf(const Media& media) {
 }
 
 Media foldedDown(const Media& media, const FoldDown& foldDown) {
-    Media folded{.channels = {}, .sampleRate = media.sampleRate, .layout = foldDown.layout};
+    Media folded{.channels = {},
+                 .sampleRate = media.sampleRate,
+                 .layout = foldDown.layout,
+                 .isTruncated = media.isTruncated};
     for (const std::vector<float>& gains : foldDown.routing.rows)
         folded.channels.push_back(sumOf(media, gains));
     return folded;
 }
 
-Media openSoundFile(const std::string& path) {
-    const auto file = std::make_shared<SoundFile>(path);
-    Media media{.channels = {}, .sampleRate = file->sampleRate(), .layout = file->layout()};
+Media openSoundFile(const std::string& path, Truncated truncated) {
+    const auto file = std::make_shared<SoundFile>(path, truncated);
+    Media media{.channels = {},
+                .sampleRate = file->sampleRate(),
+                .layout = file->layout(),
+                .isTruncated = file->isTruncated()};
     for (int channel = 0; channel < file->channels(); ++channel)
         media.channels.push_back(std::make_shared<SoundFileSource>(file, channel));
     return media;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/cache/SampleSource.hpp"
+#include "host/cache/SoundFile.hpp"
 #include "host/mix/Routing.hpp"
 
 #include <functional>
@@ -17,6 +18,8 @@ struct Media {
     int sampleRate = 48000;
     /// What the channels are. Empty: unknown.
     ChannelLayout layout = {};
+    /// Whether the recording is shorter than it says itself.
+    bool isTruncated = false;
 };
 
 /// What the channels of media are, of which there are as many.
@@ -33,6 +36,6 @@ Media foldedDown(const Media& media, const FoldDown& foldDown);
 using OpenMedia = std::function<Media(const std::string& media)>;
 
 /// Takes the name as a path and opens a sound file. Throws SoundFileError.
-Media openSoundFile(const std::string& path);
+Media openSoundFile(const std::string& path, Truncated truncated = Truncated::refused);
 
 } // namespace audlmd

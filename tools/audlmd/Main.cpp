@@ -55,6 +55,7 @@ int run(int argc, char** argv) {
     audlmd::command::addMixCommand(app);
     audlmd::command::addJoinCommand(app);
     audlmd::command::addPlayCommand(app);
+    audlmd::command::addCacheCommand(app);
     for (const std::string& note : audlmd::command::settingNotes())
         std::fprintf(stderr, "audlmd: %s\n", note.c_str());
     try {

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <string>
 #include <unistd.h>
+#include <utility>
 
 namespace audlmd::command {
 namespace {
@@ -16,8 +17,9 @@ constexpr int barWidth = 40;
 
 } // namespace
 
-Progress::Progress(std::int64_t total, int sampleRate, bool shown)
-    : total_(total), sampleRate_(sampleRate), draws_(shown && isatty(STDERR_FILENO) == 1) {}
+Progress::Progress(std::int64_t total, int sampleRate, bool shown, std::string about)
+    : total_(total), sampleRate_(sampleRate), draws_(shown && isatty(STDERR_FILENO) == 1),
+      about_(std::move(about)) {}
 
 Progress::Progress(std::int64_t total, int sampleRate, const JobLog& log)
     : Progress(total, sampleRate, !log.style().json && !log.style().quiet) {
@@ -48,8 +50,9 @@ void Progress::draw(std::int64_t done) {
     drawn_ = true;
     const double share = static_cast<double>(done) / static_cast<double>(total_);
     const std::string filled(static_cast<std::size_t>(share * barWidth), '#');
-    std::fprintf(stderr, "\r[%-*s] %3d %%  %.0f times real time\033[K", barWidth, filled.c_str(),
-                 static_cast<int>(share * 100.0), timesRealTime(done, sampleRate_, elapsed()));
+    std::fprintf(stderr, "\r[%-*s] %3d %%  %.0f times real time  %s\033[K", barWidth, filled.c_str(),
+                 static_cast<int>(share * 100.0), timesRealTime(done, sampleRate_, elapsed()),
+                 about_.c_str());
     std::fflush(stderr);
 }
 

@@ -11,8 +11,9 @@ namespace audlmd::command {
 /// tells programs, at most twice a second.
 class Progress {
 public:
-    /// `total` in frames, `sampleRate` in frames per second. Without `shown` nothing is drawn.
-    Progress(std::int64_t total, int sampleRate, bool shown = true);
+    /// `total` in frames, `sampleRate` in frames per second. Without `shown` nothing is drawn. `about` stands
+    /// behind the bar.
+    Progress(std::int64_t total, int sampleRate, bool shown = true, std::string about = "");
     /// In the style of the log, which must outlive this object.
     Progress(std::int64_t total, int sampleRate, const JobLog& log);
     /// Erases the bar.
@@ -32,6 +33,7 @@ private:
     std::int64_t total_;
     int sampleRate_;
     bool draws_;
+    std::string about_;
     /// Null: no programs are told.
     const JobLog* log_ = nullptr;
     bool drawn_ = false;

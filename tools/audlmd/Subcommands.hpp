@@ -31,4 +31,7 @@ void addJoinCommand(CLI::App& app);
 /// `play`: plays a sound file or a timeline on a sound device.
 void addPlayCommand(CLI::App& app);
 
+/// `cache`: lists and clears what was decoded of inputs that libsndfile does not read.
+void addCacheCommand(CLI::App& app);
+
 } // namespace audlmd::command

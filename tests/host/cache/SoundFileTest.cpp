@@ -237,6 +237,32 @@ TEST_F(SoundFiles, ThatAreTruncatedAreRefusedUnlessTheirLengthIsLeftOpen) {
     }
 }
 
+TEST_F(SoundFiles, ThatAreTruncatedGiveWhatIsThere) {
+    for (const int format : {SF_FORMAT_WAV | SF_FORMAT_PCM_16, SF_FORMAT_RF64 | SF_FORMAT_PCM_24,
+                             SF_FORMAT_FLAC | SF_FORMAT_PCM_16, SF_FORMAT_OGG | SF_FORMAT_VORBIS}) {
+        const auto path = write("whole", format);
+        SoundFile whole(path, Truncated::taken);
+        EXPECT_FALSE(whole.isTruncated()) << format;
+        EXPECT_EQ(whole.frames(), frames) << format;
+        const auto cut = folder_ / "cut";
+        std::filesystem::copy_file(path, cut, std::filesystem::copy_options::overwrite_existing);
+        // Of an Ogg file all of a page is needed.
+        std::filesystem::resize_file(cut, std::filesystem::file_size(cut) * 9 / 10);
+        SoundFile part(cut, Truncated::taken);
+        EXPECT_TRUE(part.isTruncated()) << format;
+        ASSERT_GT(part.frames(), frames / 3) << format;
+        ASSERT_LT(part.frames(), frames) << format;
+        // From the end, where decoders that jump look for more.
+        for (const std::int64_t position : {part.frames() - 10, std::int64_t{0}}) {
+            std::vector<float> there(10);
+            std::vector<float> expected(10);
+            part.read(1, position, there);
+            whole.read(1, position, expected);
+            EXPECT_EQ(there, expected) << format << ", frame " << position;
+        }
+    }
+}
+
 TEST_F(SoundFiles, WhoseDataEndsEarlyFailFromThereOnOnly) {
     const auto path = write("a.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_16, 1);
     std::filesystem::resize_file(path, std::filesystem::file_size(path) / 2);

@@ -101,7 +101,7 @@ TEST(LiveRenderer, DeliversTheBytesOfAMixerForwardsAndBackwards) {
     const Channels expected = mixed(mixer, 0, 36000);
     const auto live = std::make_shared<MixedTimeline>(timeline, media.opener(), MixerOptions{.threads = 2});
     for (const double speed : {1.0, -1.0}) {
-        LiveDeck deck(MixedTimeline::sources(live), wholeStrip(36000), MixedTimeline::headroom);
+        LiveDeck deck(MixedTimeline::sources(live), wholeStrip(36000));
         deck.seek(speed < 0.0 ? 36000 : 0);
         deck.play(speed);
         const std::vector<float> heard = deck.pull(36000);

@@ -10,7 +10,7 @@ namespace {
 TEST(JsonTimeline, KeepsEveryKey) {
     const Json written =
         Json::parse(R"({"audlmd": 1, "name": "n", "sampleRate": 44100, "channels": 1, "length": 9,
-        "timeReference": 8, "markers": [{"name": "m", "at": 3}], "notes": [{"where": "w", "text": "t", "at": -3, "silences": true},
+        "timeReference": 8, "frameRate": 23.976, "markers": [{"name": "m", "at": 3}], "notes": [{"where": "w", "text": "t", "at": -3, "silences": true},
             {"where": "w", "text": "u", "silences": false}],
         "tracks": [{"name": "A", "strips": [{"name": "s", "media": "C:/m", "silence": "off", "at": 1, "length": 2, "skip": 4,
             "from": -5, "to": 60, "reverse": true, "speed": 0.5, "converter": "linear", "gain": "-inf",

@@ -27,6 +27,7 @@ TEST(OtioReader, ReadsAFileAsItIsWritten) {
                                        options());
     EXPECT_EQ(read.name, "film");
     EXPECT_EQ(read.timeReference, 3600 * 48000);
+    EXPECT_EQ(read.frameRate, 24.0);
     EXPECT_EQ(read.length, 96000);
     ASSERT_EQ(read.tracks.size(), 1U);
     EXPECT_EQ(read.tracks[0].name, "A1");

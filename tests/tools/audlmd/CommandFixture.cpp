@@ -49,6 +49,7 @@ Outcome CommandFixture::run(const std::string& line) const {
         dup2(open(output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDOUT_FILENO);
         dup2(open(errors.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDERR_FILENO);
         std::filesystem::current_path(folder_ / "files");
+        setenv("XDG_CACHE_HOME", (folder_ / "cache").c_str(), 1);
         execv(AUDLMD_COMMAND, argv.data());
         _exit(127);
     }

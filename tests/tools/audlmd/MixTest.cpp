@@ -152,35 +152,6 @@ TEST_F(MixCommand, FindsMediaUnderOtherPathsAndSaysWhatStandsInTheirPlace) {
     }
 }
 
-TEST_F(MixCommand, NamesFilmContainersAndFindsTheirExtractedSound) {
-    const std::string bytes = "....ftypqt  " + std::string(100, 'x');
-    for (const std::string name : {"it's.mov", "line\n\x1B[2J\xC2\x9B.mov"})
-        writeBytes(in(name), bytes);
-    writeTimeline(R"({"name": "shot", "media": "it's.mov"},
-                     {"name": "next", "media": "line\n\u001b[2J\u009b.mov", "from": 0, "to": 100})");
-    // Without its file the length of the first clip is not known.
-    EXPECT_THAT(run("mix film.json --list").errors, HasSubstr("-vn -c:a pcm_s24le '"));
-    writeTimeline(R"({"name": "shot", "media": "it's.mov", "from": 0, "to": 100},
-                     {"name": "next", "media": "line\n\u001b[2J\u009b.mov", "from": 0, "to": 100})");
-    for (const std::string line : {"mix film.json --list", "mix film.json --picture film.svg"}) {
-        const std::string told = output(line);
-        EXPECT_THAT(told, HasSubstr("/it'\\''s.wav'"));
-        EXPECT_THAT(told, HasSubstr(R"(/line\012\033[2J\302\233.wav')"));
-        EXPECT_EQ(told.find_first_of("\x1B\x9B"), std::string::npos);
-    }
-    EXPECT_THAT(errorsOfMix("mix film.json -o mix.wav"), HasSubstr("2 clips are silent"));
-    expectRefused("mix film.json -o new.wav --strict", "clip 'next'", 3);
-    for (const std::string line :
-         {"render it's.mov -o new.wav", "plot spectrogram it's.mov -o new.png", "mix it's.mov -o new.wav"})
-        expectRefused(line, "ffmpeg -i '", 3);
-    for (const std::string name : {"it's.wav", "line\n\x1B[2J\xC2\x9B.wav"})
-        writeSound(in(name), noise(1, 100));
-    writeTimeline(R"({"name": "shot", "media": "it's.mov"},
-                     {"name": "next", "media": "line\n\u001b[2J\u009b.mov", "from": 0, "to": 100})");
-    output("mix film.json -o mix.wav --strict");
-    EXPECT_EQ(readSound(in("mix.wav"))[1][99], 2 * noise(1, 100)[0][99]);
-}
-
 TEST_F(MixCommand, TellsOfSilenceInEveryMixAndEndsWhereItIsAskedTo) {
     writeSound(in("a.wav"), noise(1, 48'000));
     writeTimeline(R"({"name": "short", "media": "a.wav", "from": 0, "to": 72000})", R"("length": 96000, )");

@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <numbers>
+#include <span>
 #include <sstream>
 
 namespace audlmd::test {
@@ -148,6 +149,20 @@ TEST_F(Render, TellsHowManySamplesAreOverFullScale) {
               std::string::npos);
 }
 
+TEST_F(Render, TakesWhatIsThereOfATruncatedRecordingWhereItIsAskedTo) {
+    const Channels sound = noise(2, 48000);
+    writeSound(in("a.wav"), sound);
+    std::filesystem::resize_file(in("a.wav"), std::filesystem::file_size(in("a.wav")) - 8 * 12000);
+    expectRefused("render a.wav -o out.wav", "'a.wav': truncated", 3);
+    const std::string note = "note: 'a.wav' is truncated: what is there is taken, 0:00:00.750\n";
+    EXPECT_TRUE(output("render a.wav -o out.wav --partial").starts_with(note));
+    output("join a.wav a.wav -o joined.wav --partial");
+    EXPECT_EQ(readSound(in("joined.wav"))[0].size(), 72000U);
+    EXPECT_NE(output("info a.wav --partial").find("truncated"), std::string::npos);
+    const Channels part = readSound(in("out.wav"));
+    EXPECT_TRUE(std::ranges::equal(part[1], std::span(sound[1]).first(36000)));
+}
+
 TEST_F(Render, TellsProgramsAnObjectALine) {
     writeSound(in("a.wav"), {std::vector<float>(200'000, 1.5F)});
     std::vector<nlohmann::json> told;
@@ -194,7 +209,8 @@ TEST_F(Render, EndsWithFiguresAndRefusesWhatTheSpeedLimitExcludes) {
     EXPECT_EQ(run(line).errors,
               "audlmd: note: " + in("my.conf").string() +
                   ":1: 'AudioPlaybackSpedLimit' is no setting; did you mean AudioPlaybackSpeedLimit?\n"
-                  "audlmd: note: the environment variable AUDLMD_AudioPlaybackSpeedlimit is no setting; did you mean "
+                  "audlmd: note: the environment variable AUDLMD_AudioPlaybackSpeedlimit is no setting; did "
+                  "you mean "
                   "AUDLMD_AudioPlaybackSpeedLimit?\n"
                   "audlmd: note: the setting AudioPlaybackSpeedLimit is 20, but 8 is the nearest that can be "
                   "played\n");

@@ -40,9 +40,9 @@ constexpr std::array<TagName, 10> tagNames{{{SF_STR_TITLE, "title", "INAM"},
 
 /// Chunks that say nothing beyond samples, tags, layout and broadcast extension, which libsndfile reads.
 constexpr std::string_view knownChunks[] = {
-    "RIFF", "RIFX", "RF64", "WAVE", "ds64", "fmt ", "fact", "data", "PEAK", "LIST", "bext",
-    "JUNK", "junk", "PAD ", "FLLR", "FORM", "AIFF", "AIFC", "COMM", "SSND", "FVER", "CHAN",
-    "NAME", "AUTH", "(c) ", "ANNO", "APPL", "caff", "desc", "chan", "info", "free", "strg"};
+    "RIFF", "RIFX", "RF64", "WAVE", "ds64", "fmt ", "fact", "data", "PEAK", "LIST", "bext", "JUNK",
+    "junk", "PAD ", "FLLR", "FORM", "AIFF", "AIFC", "COMM", "SSND", "FVER", "CHAN", "NAME", "AUTH",
+    "(c) ", "ANNO", "APPL", "caff", "desc", "chan", "info", "free", "strg", "audl"};
 
 /// Of a RIFF file, chunks that libsndfile does not understand, or not all of them.
 constexpr std::string_view readByUs[] = {"LIST", "iXML", "cue ", "smpl"};

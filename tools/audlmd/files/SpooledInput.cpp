@@ -181,7 +181,9 @@ std::filesystem::path spooled(const std::filesystem::path& input, const std::opt
 SoundFileError failureOf(const std::filesystem::path& input, const std::filesystem::path& copy,
                          const SoundFileError& failure) {
     // The copy stands in quotes.
-    const std::string why = std::string(failure.what()).substr(copy.string().size() + 2);
+    std::string why = std::string(failure.what()).substr(copy.string().size() + 2);
+    if (dynamic_cast<const UnknownFormat*>(&failure) != nullptr)
+        why += " ffmpeg decodes films from files only: save it as one";
     return SoundFileError(nameOf(input) + why);
 }
 

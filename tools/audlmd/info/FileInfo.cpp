@@ -56,10 +56,11 @@ void sizeData(FileInfo& info) {
 
 } // namespace
 
-FileInfo fileInfo(const std::filesystem::path& path,
+FileInfo fileInfo(const std::filesystem::path& path, Truncated truncated,
                   const std::function<void(const FileInfo& info, std::int64_t frames)>& done) {
-    SoundFile sound(path);
+    SoundFile sound(path, truncated);
     FileInfo info;
+    info.isTruncated = sound.isTruncated();
     info.sampleRate = sound.sampleRate();
     info.frames = sound.frames();
     info.timeReference = sound.timeReference();

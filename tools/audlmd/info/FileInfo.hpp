@@ -36,6 +36,8 @@ struct FileInfo {
     std::int64_t timeReference = 0;
     /// What the channels are, by the file, or else as is usual.
     ChannelLayout layout;
+    /// Whether the file is shorter than it says.
+    bool isTruncated = false;
     /// Whether the file says it, or need not.
     bool isLayoutStated = true;
     /// Of WAV, RF64, AIFF and CAF files, in their order.
@@ -46,7 +48,7 @@ struct FileInfo {
 
 /// Reads a sound file as a whole. `done` is told how much of it is measured, after each block. Throws
 /// SoundFileError.
-FileInfo fileInfo(const std::filesystem::path& path,
+FileInfo fileInfo(const std::filesystem::path& path, Truncated truncated,
                   const std::function<void(const FileInfo& info, std::int64_t frames)>& done);
 
 } // namespace audlmd::command

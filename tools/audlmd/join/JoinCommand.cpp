@@ -64,11 +64,12 @@ public:
 
 private:
     void append(const std::filesystem::path& input) {
-        const Media media = openSoundFile(input.string());
+        const PlayableFile playable = options_.decoding.playable(input, std::nullopt, options_.style);
+        const Media media = openSoundFile(playable.path.string(), options_.truncated());
         const bool isFirst = timeline_.channels == 0;
         if (isFirst)
             timeline_.sampleRate = options_.rate.value_or(media.sampleRate);
-        noteFormat(input, media, isFirst);
+        noteFormat(playable.path, media, isFirst);
         if (media.channels.size() > timeline_.channels) {
             timeline_.channels = media.channels.size();
             timeline_.layout = layoutOf(media);
@@ -77,7 +78,8 @@ private:
             convertedTo(media.channels.front(), media.sampleRate, timeline_.sampleRate)->length();
         if (length == 0)
             throw CommandError(words::quoted(input.string()) + " holds no samples", ExitStatus::input);
-        place(input, length);
+        // Not the sound that may stand beside a film.
+        place(input, playable.isDecoded ? input.string() + "#stream=1" : input.string(), length);
     }
 
     void noteFormat(const std::filesystem::path& input, const Media& media, bool isFirst) {
@@ -88,13 +90,13 @@ private:
         format_ = isAlike && isCopied ? format : std::nullopt;
     }
 
-    void place(const std::filesystem::path& input, std::int64_t length) {
+    void place(const std::filesystem::path& input, const std::string& media, std::int64_t length) {
         std::vector<TimelineStrip>& strips = timeline_.tracks.front().strips;
         const std::int64_t overlap =
             options_.crossfade ? options_.crossfade->length.samples(timeline_.sampleRate) : 0;
         TimelineStrip strip;
         strip.name = input.filename().string();
-        strip.media = input.string();
+        strip.media = media;
         strip.length = length;
         strip.settings.to = length;
         if (overlap != 0 && !strips.empty()) {
@@ -145,7 +147,7 @@ void join(const JoinOptions& options) {
 } // namespace
 
 void JoinOptions::declare(CLI::App& join) {
-    join.add_option("INPUT", inputs, "Sound files, in their order")->required();
+    join.add_option("INPUT", inputs, "Sound files and films, in their order")->required();
     declareOutput(join, "The file to write",
                   {.rate = "the first input's", .channels = "the most of any input"}, mostMixBlock);
     addParsed(join, "--crossfade", crossfade, &parseCrossfade,

@@ -2,6 +2,8 @@
 
 #include "host/cache/FilmContainer.hpp"
 #include "host/cache/SoundFile.hpp"
+#include "host/words/Numbers.hpp"
+#include "host/words/Text.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/files/FileKind.hpp"
 
@@ -76,10 +78,29 @@ bool namesSound(const std::string& name) {
            std::ranges::find(soundExtensions, path.extension().string()) != soundExtensions.end();
 }
 
-/// Opens the file once, for its facts.
-void look(FoundMedium& medium) {
+/// The name before "#stream=2", and the number. Only the name where no stream stands there.
+std::pair<std::string, std::optional<int>> partsOf(const std::string& media) {
+    constexpr std::string_view mark = "#stream=";
+    const std::size_t at = media.rfind(mark);
+    const std::optional<int> stream =
+        at == std::string::npos ? std::nullopt
+                                : words::wholeIn<int>(std::string_view(media).substr(at + mark.size()));
+    if (!stream || *stream < 1 || isFile(media))
+        return {media, std::nullopt};
+    return {media.substr(0, at), stream};
+}
+
+} // namespace
+
+void MediaFinder::look(FoundMedium& medium, std::optional<int> stream) const {
     try {
-        const SoundFile file(medium.path);
+        const PlayableFile playable = options_.decoding.playable(medium.path, stream, options_.style);
+        medium.file = playable.path;
+        medium.note = playable.note;
+        const SoundFile file(medium.file, options_.truncated());
+        if (file.isTruncated())
+            medium.note =
+                truncatedText(words::quoted(medium.path.string()), file.frames(), file.sampleRate());
         medium.facts = timeline::MediaFacts{
             .length = file.frames(), .sampleRate = file.sampleRate(), .timeReference = file.timeReference()};
         medium.layout = file.layout();
@@ -88,8 +109,6 @@ void look(FoundMedium& medium) {
     }
 }
 
-} // namespace
-
 const FoundMedium& MediaFinder::find(const std::string& media) {
     const Lock lock(mutex_);
     const auto found = found_.find(media);
@@ -97,14 +116,17 @@ const FoundMedium& MediaFinder::find(const std::string& media) {
 }
 
 FoundMedium MediaFinder::search(const std::string& media) {
-    FoundMedium medium = locate(media);
+    const auto [name, stream] = partsOf(media);
+    FoundMedium medium = locate(name);
     const bool isThere = !medium.path.empty();
-    if (isThere)
-        look(medium);
-    if (isThere ? !medium.facts && isFilmContainer(medium.path) : !namesSound(lastNameOf(media)))
-        if (std::optional<FoundMedium> sound = searchSoundOf(media))
+    // Somebody has extracted that sound to be used.
+    if (!stream && (isThere ? isFilmContainer(medium.path) : !namesSound(lastNameOf(name))))
+        if (std::optional<FoundMedium> sound = searchSoundOf(name))
             return *std::move(sound);
-    return isThere ? medium : noFile(media);
+    if (!isThere)
+        return noFile(name);
+    look(medium, stream);
+    return medium;
 }
 
 std::optional<FoundMedium> MediaFinder::searchSoundOf(const std::string& media) {
@@ -116,7 +138,7 @@ std::optional<FoundMedium> MediaFinder::searchSoundOf(const std::string& media) 
     for (const std::string& base : {media.substr(0, media.size() - nameLength) + stem, media})
         for (const std::string_view extension : soundExtensions)
             if (FoundMedium sound = locate(base + std::string(extension)); !sound.path.empty()) {
-                look(sound);
+                look(sound, std::nullopt);
                 return sound;
             }
     return std::nullopt;
@@ -163,7 +185,7 @@ Media MediaFinder::open(const std::string& media) {
     const FoundMedium& medium = find(media);
     if (!medium.failure.empty())
         throw CommandError(medium.failure, ExitStatus::input);
-    return openSoundFile(medium.path);
+    return openSoundFile(medium.file.string(), options_.truncated());
 }
 
 } // namespace audlmd::command

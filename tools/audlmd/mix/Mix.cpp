@@ -86,7 +86,7 @@ private:
 class Mix {
 public:
     Mix(const MixOptions& options, std::optional<Timeline> timeline)
-        : options_(options), media_(options.media),
+        : options_(options), media_(options.media, options),
           outputs_(options.output, options.kind.value_or(nullptr), {options.report, options.picture}),
           log_(outputs_.report(), options.style, options.timeline.string()), given_(std::move(timeline)) {}
 

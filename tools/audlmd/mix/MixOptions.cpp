@@ -18,8 +18,9 @@ constexpr const char* mixHelp =
 --list shows what sounds when. Notes, in the list and after every mix, say what is not played as it was
 written.
 
-MEDIA are found where the timeline says, else by file name below the folders of --media. Of a film container
-the sound must be extracted first, the note says how; that sound is then found by itself.
+MEDIA are found where the timeline says, else by file name below the folders of --media. Films are decoded by
+ffmpeg, once (audlmd cache --help tells more); a sound file of a film's name beside it is taken in its place.
+"film.mov#stream=2" is the second stream with sound.
 
 SILENCE where the timeline means sound, such as a clip whose medium is missing, is told; the output is
 written, and the exit status is 4. With --strict nothing is written.

@@ -54,11 +54,8 @@ bool isSound(const std::filesystem::path& path) {
 [[noreturn]] void refuse(const std::filesystem::path& path, const std::string& text, const char* reason) {
     const std::string name = "'" + words::printable(path.string()) + "'";
     const bool isJson = timeline::mayBeTimeline(text);
-    if (!isJson && isFilmContainer(path))
-        throw CommandError(name + " is a film container, not a timeline; " + filmContainerAdvice(path),
-                           ExitStatus::input);
-    if (!isJson && isSound(path))
-        throw CommandError(name + " is a sound file, not a timeline; use audlmd render for it",
+    if (!isJson && (isFilmContainer(path) || isSound(path)))
+        throw CommandError(name + " is a sound file or a film, not a timeline; use audlmd render for it",
                            ExitStatus::input);
     const bool isOurs =
         text.find("\"OTIO_SCHEMA\"") != std::string::npos || text.find("\"audlmd\"") != std::string::npos;
@@ -201,6 +198,10 @@ MediaCheck checkMedia(const Timeline& timeline, TimelineSpan part, MediaFinder& 
             continue;
         }
         lookAtChannels(medium, timeline, use, note, check);
+        if (!medium.note.empty()) {
+            note.text = medium.note + clips(use);
+            check.choices.push_back(note);
+        }
         if (medium.equallyGood > 1) {
             note.text = std::to_string(medium.equallyGood) + " files fit '" + media +
                         "' equally well; taken is '" + medium.path.string() + "'";

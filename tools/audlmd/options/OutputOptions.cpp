@@ -4,6 +4,7 @@
 #include "host/inlined/InlinedRenderFunctions.hpp"
 #include "host/mix/ConvertedSources.hpp"
 #include "host/words/Text.hpp"
+#include "host/words/Times.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/options/ParsedOption.hpp"
 #include "tools/audlmd/options/Parsers.hpp"
@@ -16,6 +17,7 @@ void RenderingOptions::declareRendering(CLI::App& app, const std::string& group,
               "Samples per second, such as 48000 or 44.1k (default: " + defaults.rate + ")")
         ->option_text("HZ")
         ->group(group);
+    declareMaterial(app);
     app.add_flag("--through-tables", throughTables,
                  "Render through the loaded library, as a host does; changes no sample")
         ->group(group);
@@ -37,6 +39,12 @@ void InputOptions::declareInput(CLI::App& app) {
         ->option_text("N")
         ->check(CLI::Range(1, 1024))
         ->group(group);
+    decoding.declareStream(app, group);
+}
+
+void InputOptions::declareMaterial(CLI::App& app) {
+    decoding.declareCache(app, "Input");
+    app.add_flag("--partial", partial, "Take what is there of truncated recordings")->group("Input");
 }
 
 std::optional<RawLayout> InputOptions::rawInput() const {
@@ -48,9 +56,14 @@ std::optional<RawLayout> InputOptions::rawInput() const {
     return RawLayout{.format = *inputFormat, .sampleRate = *inputRate, .channels = *inputChannels};
 }
 
-std::filesystem::path InputOptions::atHand(const std::filesystem::path& input) const {
+PlayableFile InputOptions::atHand(const std::filesystem::path& input) const {
     const std::optional<RawLayout> raw = rawInput();
-    return raw || isStream(input) ? spooled(input, raw) : input;
+    if (raw || isStream(input))
+        return {.path = spooled(input, raw)};
+    PlayableFile file = decoding.playable(input, decoding.stream, style);
+    if (!file.note.empty())
+        file.note = "note: " + file.note;
+    return file;
 }
 
 OpenInput RenderingOptions::open(const std::filesystem::path& file,
@@ -58,24 +71,31 @@ OpenInput RenderingOptions::open(const std::filesystem::path& file,
     OpenInput opened;
     Media& media = opened.media;
     try {
-        media = openSoundFile(file.string());
+        media = openSoundFile(file.string(), truncated());
     } catch (const SoundFileError& error) {
         throw failureOf(input, file, error);
     }
     if (media.channels.front()->length() == 0)
         throw CommandError("'" + input.string() + "' holds no samples", ExitStatus::input);
+    if (media.isTruncated)
+        opened.notes.push_back("note: " + truncatedText(words::quoted(input.string()),
+                                                        media.channels.front()->length(), media.sampleRate));
     const ChannelLayout before = layoutOf(media);
     if (const std::optional<FoldDown> foldDown = channels.foldDownOf(before, input.string())) {
         media = foldedDown(media, *foldDown);
         if (!channels.map && media.channels.size() < before.size())
-            opened.note =
-                "note: " + words::quoted(input.string()) + ": " + foldDownText(before, media.layout);
+            opened.notes.push_back("note: " + words::quoted(input.string()) + ": " +
+                                   foldDownText(before, media.layout));
     }
     const int wanted = rate.value_or(media.sampleRate);
     for (std::shared_ptr<SampleSource>& channel : media.channels)
         channel = convertedTo(channel, media.sampleRate, wanted);
     media.sampleRate = wanted;
     return opened;
+}
+
+std::string truncatedText(const std::string& name, std::int64_t frames, int sampleRate) {
+    return name + " is truncated: what is there is taken, " + words::clock(frames, sampleRate);
 }
 
 void OutputOptions::declareOutput(CLI::App& app, const std::string& outputHelp, const Defaults& defaults,

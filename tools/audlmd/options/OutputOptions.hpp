@@ -5,14 +5,17 @@
 #include "host/services/RenderFunctions.hpp"
 #include "host/signal/Unclipped.hpp"
 #include "tools/audlmd/JobLog.hpp"
+#include "tools/audlmd/cache/DecodingOptions.hpp"
 #include "tools/audlmd/files/FileKind.hpp"
 #include "tools/audlmd/files/SpooledInput.hpp"
 #include "tools/audlmd/options/ChannelOptions.hpp"
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace CLI {
 class App;
@@ -23,23 +26,33 @@ namespace audlmd::command {
 /// A sound file that is open.
 struct OpenInput {
     Media media;
-    /// How its channels are folded down, in a line for the user. Empty: they are not.
-    std::string note;
+    /// What of it is not as in the file, such as a fold-down, in lines for the user.
+    std::vector<std::string> notes;
 };
 
-/// The options on an input without a header.
+/// The options of every command that opens sound files.
 struct InputOptions {
     /// Where one of these is set, the input has no header; then all must be.
     std::optional<FormatId> inputFormat;
     std::optional<int> inputRate;
     std::optional<int> inputChannels;
+    DecodingOptions decoding;
+    /// What becomes of truncated recordings.
+    bool partial = false;
+    /// How the job tells what it does.
+    JobStyle style;
 
-    /// Declares the options in the group "Input" of the help. This object must outlive the app.
+    /// Declares the options on an input without a header and on the input's streams, in the group "Input" of
+    /// the help. This object must outlive the app.
     void declareInput(CLI::App& app);
+    /// Declares the options on films and damaged recordings, in the same group.
+    void declareMaterial(CLI::App& app);
 
-    /// A path that opens the input at random: its own, or that of a copy of what `-`, a pipe or samples
-    /// without a header bring. Throws CommandError.
-    std::filesystem::path atHand(const std::filesystem::path& input) const;
+    /// A file that opens the input at random: its own, that of a copy of what `-`, a pipe or samples without
+    /// a header bring, or what is decoded of a film. Throws CommandError and SoundFileError.
+    PlayableFile atHand(const std::filesystem::path& input) const;
+
+    Truncated truncated() const { return partial ? Truncated::taken : Truncated::refused; }
 
 private:
     std::optional<RawLayout> rawInput() const;
@@ -71,6 +84,9 @@ struct RenderingOptions : InputOptions {
     OpenInput open(const std::filesystem::path& file, const std::filesystem::path& input) const;
 };
 
+/// What is told of a recording that is shorter than it says, by its name for messages.
+std::string truncatedText(const std::string& name, std::int64_t frames, int sampleRate);
+
 /// The options of every command that renders into a sound file.
 struct OutputOptions : RenderingOptions {
     /// Empty: nothing is rendered.
@@ -84,8 +100,6 @@ struct OutputOptions : RenderingOptions {
     bool truncate = false;
     /// Samples per render call.
     std::size_t block = 4096;
-    /// How the job tells what it does.
-    JobStyle style;
     /// The most threads that render. 0: as many as there are processors.
     std::size_t threads = 0;
 

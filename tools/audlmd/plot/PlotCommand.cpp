@@ -3,6 +3,7 @@
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Progress.hpp"
 #include "tools/audlmd/Subcommands.hpp"
+#include "tools/audlmd/cache/DecodingOptions.hpp"
 #include "tools/audlmd/files/Outputs.hpp"
 #include "tools/audlmd/options/AutomationFile.hpp"
 #include "tools/audlmd/options/ParsedOption.hpp"
@@ -13,6 +14,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdio>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -58,6 +60,8 @@ struct PlotOptions {
     std::optional<int> channel;
     /// In dB.
     double floor = -120.0;
+
+    DecodingOptions decoding;
 
     /// The length of the picture in samples: the option's, or `samples` without the option.
     std::int64_t durationOr(std::int64_t samples) const {
@@ -181,11 +185,31 @@ void addEqualiser(CLI::App& plot, const SharedOptions& options) {
     addRate(*kind, *options);
 }
 
+/// Draws what the input plays, and names it in the picture and in what may fail.
+Figure drawSound(const PlotOptions& options,
+                 const std::function<Figure(const std::filesystem::path&)>& draw) {
+    const PlayableFile file = options.decoding.playable(options.input, options.decoding.stream, {});
+    if (!file.note.empty())
+        std::puts(("note: " + file.note).c_str());
+    try {
+        Figure figure = draw(file.path);
+        figure.title = words::printable(options.input.filename().string());
+        return figure;
+    } catch (const CommandError& error) {
+        std::string line = error.what();
+        if (const std::size_t at = line.find(file.path.string()); at != std::string::npos)
+            line.replace(at, file.path.string().size(), options.input.string());
+        throw CommandError(line, error.status());
+    }
+}
+
 /// Adds a kind of picture of a sound file.
 CLI::App* addSound(CLI::App& plot, const SharedOptions& options, const char* name, const char* description,
                    Draw draw) {
     CLI::App* kind = addKind(plot, options, name, description, std::move(draw));
-    kind->add_option("FILE", options->input, "A sound file in any format that libsndfile reads")->required();
+    kind->add_option("FILE", options->input, "A sound file, or a film")->required();
+    options->decoding.declareStream(*kind, "Options");
+    options->decoding.declareCache(*kind, "Options");
     return kind;
 }
 
@@ -197,14 +221,20 @@ void addChannel(CLI::App& kind, PlotOptions& options) {
 void addSounds(CLI::App& plot, const SharedOptions& options) {
     addChannel(*addSound(plot, options, "waveform", "Peaks and RMS over time of a sound file",
                          [](const PlotOptions& o, const Watcher& watcher) {
-                             return waveformFigure(o.input, o.channel, watcher);
+                             return drawSound(o, [&](const auto& file) {
+                                 return waveformFigure(file, o.channel, watcher);
+                             });
                          }),
                *options);
     addSound(plot, options, "loudness", "The loudness over time of a sound file",
-             [](const PlotOptions& o, const Watcher& watcher) { return loudnessFigure(o.input, watcher); });
+             [](const PlotOptions& o, const Watcher& watcher) {
+                 return drawSound(o, [&](const auto& file) { return loudnessFigure(file, watcher); });
+             });
     CLI::App* spectrogram = addSound(plot, options, "spectrogram", "The spectrum over time of a sound file",
                                      [](const PlotOptions& o, const Watcher& watcher) {
-                                         return spectrogramFigure(o.input, o.channel, o.floor, watcher);
+                                         return drawSound(o, [&](const auto& file) {
+                                             return spectrogramFigure(file, o.channel, o.floor, watcher);
+                                         });
                                      });
     addChannel(*spectrogram, *options);
     spectrogram->add_option("--floor", options->floor, "Level of the darkest colour (default -120)")

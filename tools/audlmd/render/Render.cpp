@@ -84,10 +84,13 @@ private:
     }
 
     void makeChannels() {
-        file_ = options_.atHand(input_);
+        const PlayableFile atHand = options_.atHand(input_);
+        file_ = atHand.path;
+        log_.note(atHand.note);
         OpenInput opened = options_.open(file_, input_);
         const Media input = options_.strip.amplified(std::move(opened.media));
-        log_.note(opened.note);
+        for (const std::string& note : opened.notes)
+            log_.note(note);
         Metadata metadata = readMetadata(file_);
         ResolvedStrip strip = options_.strip.settingsFor(
             {.path = input_,
@@ -127,7 +130,7 @@ private:
 
     /// The time reference moves with the start of the range, which counts frames of the output's rate.
     void moveTimeReference(int sampleRate, MaterialSample from) {
-        const SoundFile file(file_);
+        const SoundFile file(file_, options_.truncated());
         if (!layout_.metadata.broadcast)
             return;
         // Of a damaged file any number.

@@ -69,8 +69,7 @@ EXAMPLES
 } // namespace
 
 void RenderOptions::declare(CLI::App& render) {
-    render
-        .add_option("INPUT", inputs, "A sound file in any format that libsndfile reads; - is standard input")
+    render.add_option("INPUT", inputs, "A sound file, or a film, which ffmpeg decodes; - is standard input")
         ->required();
     declareInput(render);
     declareOutput(render, "The file to write, or a folder for one file per input", {}, mostBlock);
