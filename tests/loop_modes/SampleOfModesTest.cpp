@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <stdexcept>
+
 namespace audlmd::test {
 namespace {
 
@@ -17,6 +19,12 @@ TEST(SampleOfModes, SurvivesAFailureOfAnyHostOperation) {
     for (std::size_t place = 0; place < 35; ++place)
         codes.push_back(sampleOfModes()[place % model::outputTypeCount][place / 7]);
     expectNoDifferenceWhateverFails(codes);
+}
+
+TEST(SampleOfModes, HasNoFunctionForACodeThatIsNoMode) {
+    Aud::Render::IteratorCreationParams params;
+    std::uint8_t* position = nullptr;
+    EXPECT_THROW(model::renderThroughTable(0, 24, params, position, 1), std::out_of_range);
 }
 
 } // namespace

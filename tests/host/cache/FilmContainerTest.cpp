@@ -1,6 +1,5 @@
 #include "host/cache/FilmContainer.hpp"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -36,28 +35,6 @@ TEST(FilmContainer, IsKnownByItsFirstBytes) {
         EXPECT_EQ(isFilmContainer(path), isFilm) << start;
     }
     std::filesystem::remove(path);
-}
-
-TEST(FilmContainer, IsNamedInAdviceByWordsThatATerminalShowsAsTheyAre) {
-    for (const auto& [name, word] : std::vector<std::pair<std::string, std::string>>{
-             {"a b", "'a b'"},
-             {"it's", "'it'\\''s'"},
-             {"-a", "'./-a'"},
-             {"\x1F ~\xC3\xA9'\\", R"($'\037 ~\303\251\047\134')"},
-             {"\x7F", R"($'\177')"},
-             {"\xC2\x9F", R"($'\302\237')"},
-             {"\xC2\xA0", "'\xC2\xA0'"},
-             {"\xD8\x9C", R"($'\330\234')"},
-             {"\xD8\x9B\xE2\x80\x8D\xE2\x80\x90", "'\xD8\x9B\xE2\x80\x8D\xE2\x80\x90'"},
-             {"\xE2\x80\x8E", R"($'\342\200\216')"},
-             {"\xE2\x80\x8F", R"($'\342\200\217')"},
-             {"\xE2\x80\xA8", R"($'\342\200\250')"},
-             {"\xE2\x80\xAE", R"($'\342\200\256')"},
-             {"\xE2\x80\xA7\xE2\x80\xAF", "'\xE2\x80\xA7\xE2\x80\xAF'"},
-             {"\xE2\x81\xA6", R"($'\342\201\246')"},
-             {"\xE2\x81\xA9", R"($'\342\201\251')"},
-             {"\xE2\x81\xA5\xE2\x81\xAA\xE3\x80\x8E", "'\xE2\x81\xA5\xE2\x81\xAA\xE3\x80\x8E'"}})
-        EXPECT_THAT(filmContainerAdvice(name), testing::HasSubstr("-i " + word + " -vn"));
 }
 
 } // namespace
