@@ -88,7 +88,7 @@ void runSession(unsigned int seed, const command::SoundDevices& devices, SoakTot
     command::DeviceFormat format;
     format.block = std::size_t{32} << random() % 7;
     const command::SoundDevices::Stream stream(devices.find(std::nullopt), format, fill);
-    command::TransportKeys keys(player->length(), player->sampleRate());
+    command::TransportKeys keys({.length = player->length(), .sampleRate = player->sampleRate()});
     for (auto presses = 20 + random() % 200; presses > 0; --presses) {
         for (const command::TransportCommand& command :
              keys.press(randomKey(random), {player->isPlaying(), player->speed(), player->position()})) {

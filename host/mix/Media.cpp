@@ -77,10 +77,10 @@ Media foldedDown(const Media& media, const FoldDown& foldDown) {
 }
 
 Media openSoundFile(const std::string& path) {
-    return openSoundFile(path, Truncated::refused);
+    return openRecording(path, Truncated::refused);
 }
 
-Media openSoundFile(const std::string& path, Truncated truncated) {
+Media openRecording(const std::string& path, Truncated truncated) {
     const auto file = std::make_shared<SoundFile>(path, truncated);
     Media media{.channels = {},
                 .sampleRate = file->sampleRate(),

@@ -38,6 +38,6 @@ using OpenMedia = std::function<Media(const std::string& media)>;
 /// Takes the name as a path and opens a sound file, by itself an OpenMedia. Throws SoundFileError.
 Media openSoundFile(const std::string& path);
 /// The same, of recordings that may be truncated.
-Media openSoundFile(const std::string& path, Truncated truncated);
+Media openRecording(const std::string& path, Truncated truncated);
 
 } // namespace audlmd

@@ -185,7 +185,7 @@ Media MediaFinder::open(const std::string& media) {
     const FoundMedium& medium = find(media);
     if (!medium.failure.empty())
         throw CommandError(medium.failure, ExitStatus::input);
-    return openSoundFile(medium.file.string(), options_.truncated());
+    return openRecording(medium.file.string(), options_.truncated());
 }
 
 } // namespace audlmd::command

@@ -55,7 +55,7 @@ Timeline SoundTimeline::timeline() && {
 
 TimelineStrip SoundTimeline::open(const std::filesystem::path& input) {
     const PlayableFile playable = options_.decoding.playable(input, std::nullopt, options_.style);
-    const Media media = openSoundFile(playable.path.string(), options_.truncated());
+    const Media media = openRecording(playable.path.string(), options_.truncated());
     const bool isFirst = timeline_.channels == 0;
     if (isFirst)
         timeline_.sampleRate = options_.rate.value_or(media.sampleRate);

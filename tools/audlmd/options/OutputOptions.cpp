@@ -74,7 +74,7 @@ OpenInput RenderingOptions::open(const std::filesystem::path& file,
     OpenInput opened;
     Media& media = opened.media;
     try {
-        media = openSoundFile(file.string(), truncated());
+        media = openRecording(file.string(), truncated());
     } catch (const SoundFileError& error) {
         throw failureOf(input, file, error);
     }
