@@ -54,7 +54,7 @@ bool areSame(const Timeline& a, const Timeline& b) {
         return written(x.name) == written(y.name) && x.at == y.at;
     };
     return written(a.name) == written(b.name) && a.sampleRate == b.sampleRate && a.channels == b.channels &&
-           a.length == b.length && a.timeReference == b.timeReference &&
+           a.length == b.length && a.timeReference == b.timeReference && a.frameRate == b.frameRate &&
            std::ranges::equal(a.tracks, b.tracks, sameTrack) &&
            std::ranges::equal(a.markers, b.markers, sameMarker);
 }

@@ -70,7 +70,6 @@ float gainOf(Curve curve, float u) {
     // By their bits: 1.5 and 1.0, 0.001 and 0.01 in single precision.
     const float limit = std::bit_cast<float>(mixer ? 0x3FC00000U : 0x3F800000U);
     const float spacing = std::bit_cast<float>(mixer ? 0x3A83126FU : 0x3C23D70AU);
-    const int lastNode = mixer ? 1501 : 100;
     int node = 0;
     if (u > limit) {
         u = limit;
@@ -79,7 +78,6 @@ float gainOf(Curve curve, float u) {
         u = 0.0F;
     } else {
         node = static_cast<int>(u / spacing);
-        node = node > lastNode ? lastNode : node;
     }
     return (u - nodes[node].uValue) * nodes[node].slope + nodes[node].magnitude;
 }

@@ -34,14 +34,11 @@ bool needsRunUp(const SF_INFO& info) {
            coding == SF_FORMAT_MPEG_LAYER_II || coding == SF_FORMAT_MPEG_LAYER_III;
 }
 
-/// Reads the number at the start of the text, after blanks. A number too large for 64 bits counts as the
-/// largest. Nothing if there is no number.
+/// Reads the number at the start of the text, after blanks. Nothing if there is none of up to 64 bits.
 std::optional<std::uint64_t> leadingNumber(std::string_view text) {
     text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
     std::uint64_t number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error == std::errc::result_out_of_range)
-        return std::numeric_limits<std::uint64_t>::max();
     return error == std::errc() ? std::optional(number) : std::nullopt;
 }
 

@@ -21,7 +21,7 @@ namespace audlmd {
 /// programme is too short for. Samples that are no finite numbers count as silence.
 class LoudnessMeter {
 public:
-    enum class TruePeak { measured, left_out };
+    enum class TruePeak { measured, leftOut };
 
     /// True peaks take three quarters of the time. Throws std::invalid_argument, whose text says why "it"
     /// is not measured, for more than 64 channels, and for rates below 8,000 Hz, for which the standard's
@@ -31,7 +31,7 @@ public:
     LoudnessMeter(const LoudnessMeter&) = delete;
     LoudnessMeter& operator=(const LoudnessMeter&) = delete;
 
-    /// Takes the next samples, as many of each channel. Blocks of any size measure the same.
+    /// Takes the next samples: a span for each channel, all of one length. Any lengths measure the same.
     void add(std::span<const std::span<const float>> channels);
 
     /// The gated loudness of the whole. Needs 0.4 s.

@@ -76,6 +76,9 @@ struct Timeline {
     Distance<OutputRate> length;
     /// The time of the first output sample on the user's clock, such as 1:00:00:00.
     std::int64_t timeReference = 0;
+    /// In frames of pictures per second, for showing times: a whole number, or such a number times 1000/1001.
+    /// 0 where it is not known.
+    double frameRate = 0.0;
     std::vector<TimelineTrack> tracks;
     std::vector<TimelineMarker> markers;
     std::vector<TimelineNote> notes;

@@ -17,6 +17,7 @@ namespace audlmd {
 namespace {
 
 constexpr std::size_t mostLateSpans = 256;
+constexpr float headroomGain = 1 << headroomExponent;
 
 void turnRound(StripSettings& settings) {
     settings.reverse = !settings.reverse;
@@ -52,10 +53,9 @@ StripSettings settingsAt(const StripSettings& strip, double speed) {
 }
 
 LiveContent::LiveContent(const std::vector<std::shared_ptr<SampleSource>>& channels, StripSettings strip,
-                         const MaterialCacheOptions& cache, int headroom,
-                         RenderFunctionLookUp<Unclipped> inlined)
-    : strip_(std::move(strip)), segmentLength_(cache.segmentLength),
-      headroomGain_(std::ldexp(1.0F, headroom)), inlined_(inlined), cache_(cache), late_(mostLateSpans) {
+                         const MaterialCacheOptions& cache, RenderFunctionLookUp<Unclipped> inlined)
+    : strip_(std::move(strip)), segmentLength_(cache.segmentLength), inlined_(inlined), cache_(cache),
+      late_(mostLateSpans) {
     if (channels.empty())
         throw std::invalid_argument("there is no channel to play");
     strip_.wait = false;
@@ -63,8 +63,7 @@ LiveContent::LiveContent(const std::vector<std::shared_ptr<SampleSource>>& chann
     const StripPlan checked(strip_);
     for (const std::shared_ptr<SampleSource>& channel : channels) {
         cookies_.push_back(strip_.cookie);
-        cache_.add(strip_.cookie,
-                   headroom == 0 ? channel : std::make_shared<ScaledSource>(channel, -headroom));
+        cache_.add(strip_.cookie, std::make_shared<ScaledSource>(channel, -headroomExponent));
         ++strip_.cookie.channel;
     }
 }
@@ -90,7 +89,7 @@ public:
         std::size_t rendered = 0;
         for (std::size_t channel = 0; channel < players_.size(); ++channel) {
             rendered = LiveContent::render(*players_[channel], channels[channel]);
-            multiply(channels[channel].first(rendered), content_.headroomGain_);
+            multiply(channels[channel].first(rendered), headroomGain);
         }
         content_.noteLate(from, position());
         return rendered;

@@ -33,11 +33,10 @@ StripSettings settingsAt(const StripSettings& strip, double speed);
 class LiveContent {
 public:
     /// Cookie and waiting of the settings are ignored. The library clips at full scale. Samples are therefore
-    /// divided by 2^headroom before it and multiplied after it: 20 leaves 120 dB. Throws what StripPlan
-    /// throws. `inlined` as in StripPlayer.
+    /// divided by a power of two before it and multiplied after it, so that nothing up to 120 dB is clipped.
+    /// Throws what StripPlan throws. `inlined` as in StripPlayer.
     LiveContent(const std::vector<std::shared_ptr<SampleSource>>& channels, StripSettings strip,
-                const MaterialCacheOptions& cache, int headroom = 0,
-                RenderFunctionLookUp<Unclipped> inlined = nullptr);
+                const MaterialCacheOptions& cache, RenderFunctionLookUp<Unclipped> inlined = nullptr);
 
     std::size_t channels() const { return cookies_.size(); }
     Distance<SourceRate> length() const { return strip_.to - strip_.from; }
@@ -71,7 +70,6 @@ private:
 
     StripSettings strip_;
     std::int32_t segmentLength_;
-    float headroomGain_;
     RenderFunctionLookUp<Unclipped> inlined_;
     MaterialCache cache_;
     std::vector<Cookie> cookies_;

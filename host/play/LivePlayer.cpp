@@ -49,8 +49,7 @@ struct LivePlayer::Impl {
          std::shared_ptr<MixedTimeline> mixed, std::unique_ptr<LiveMix> live, const LiveOptions& options)
         : settings(std::move(strip)), sampleRate(rate), timeline(std::move(mixed)), mix(std::move(live)),
           sizes(LiveRenderer::sizesFor(options, rate)),
-          content(sources, settings, options.cache, timeline != nullptr ? MixedTimeline::headroom : 0,
-                  options.inlined),
+          content(sources, settings, options.cache, options.inlined),
           ring(2 * sizes.blocksAhead + 2, sizes.blockFrames * content.channels()),
           output(ring, content.channels(), sizes.fadeFrames), channels(content.channels()),
           length(content.length()), transport(length, std::llround(shortestLoop * rate)),

@@ -23,7 +23,8 @@ namespace audlmd {
 /// A render thread keeps a short ring filled; fill() copies from the ring, fades and counts. Nothing waits
 /// for a slow disk: samples that are not loaded in time are silent, and counted as late. Frames that the
 /// render thread did not deliver in time are counted apart, as starved. All changes fade out and in for some
-/// milliseconds.
+/// milliseconds. Nothing is clipped: samples beyond full scale are for the program to clip, behind
+/// setLevel(), where its device needs that.
 ///
 /// Positions are samples of the sound: of a material, source samples from the start of the strip's range, in
 /// the order in which the strip is played; of a timeline, output samples. At a steady speed the device gets

@@ -16,9 +16,6 @@ namespace audlmd {
 /// backwards and at any speed. The samples are those of a Mixer that waits for its files.
 class MixedTimeline {
 public:
-    /// The power of two by which a player must scale these sources down: their sum may exceed full scale.
-    static constexpr int headroom = 20;
-
     /// The options must ask to wait. Throws what Mixer throws.
     MixedTimeline(Timeline timeline, OpenMedia open, const MixerOptions& options);
 

@@ -53,7 +53,7 @@ public:
 std::string describeCall(const void* address) {
     std::ostringstream text;
     Dl_info symbol{};
-    if (dladdr(address, &symbol) == 0 || symbol.dli_fname == nullptr) {
+    if (dladdr(address, &symbol) == 0) {
         text << address;
         return text.str();
     }

@@ -78,7 +78,7 @@ PlainText plainTextOf(std::string_view text) {
 
 /// `byte` is counted from 1, as the parser reports bytes. Columns are bytes.
 std::string lineAndColumn(std::string_view text, std::size_t byte) {
-    const std::string_view before = text.substr(0, std::min(byte == 0 ? 0 : byte - 1, text.size()));
+    const std::string_view before = text.substr(0, byte - 1);
     const std::size_t lineStart = before.rfind('\n') + 1; // 0 where there is no line before
     return "line " + std::to_string(std::count(before.begin(), before.end(), '\n') + 1) + ", column " +
            std::to_string(before.size() - lineStart + 1);

@@ -258,6 +258,9 @@ Timeline readJson(const Json& root, const ReadOptions& options) {
         throw TimelineError("no timeline of the file is named '" + words::printable(options.timeline) +
                             "'; there is '" + words::printable(timeline.name) + "'");
     timeline.timeReference = timeIn(fields, "timeReference", 0);
+    timeline.frameRate = fields.number("frameRate", 0.0, 0.0, 1000.0);
+    if (timeline.frameRate != 0.0 && !words::isFrameRate(timeline.frameRate))
+        fields.fail("frameRate", "must be a whole number, or one times 1000/1001, up to 1000");
     readMarkers(fields, reading);
     readNotes(fields, reading);
     TimelineSample end;

@@ -74,7 +74,7 @@ void setRange(const ClipPlacement& placement, TimelineStrip& strip) {
     settings.reverse = placement.inside.reversed();
     settings.from = settings.reverse ? first - count : first;
     settings.to = settings.from + count;
-    if (count > longestRange || settings.from < -farthestPosition || settings.to > farthestPosition)
+    if (count > longestRange)
         placement.reading.fail("plays more samples than any file can have");
     settings.speed = speed.value();
 }

@@ -4,6 +4,7 @@
 #include "host/timeline/OtioSchema.hpp"
 #include "host/timeline/TimelineError.hpp"
 #include "host/words/Text.hpp"
+#include "host/words/Times.hpp"
 
 #include <algorithm>
 #include <map>
@@ -222,6 +223,20 @@ private:
     Timeline& timeline_;
 };
 
+/// Of pictures, or 0: other rates are those of samples, or of a clock.
+double frameRateOf(const Rational& rate) {
+    const double frames = rate.value();
+    return frames >= 10.0 && frames <= 240.0 && words::isFrameRate(frames) ? frames : 0.0;
+}
+
+/// The first frame rate that a clip has, or 0.
+double frameRateIn(const OtioItem& item) {
+    double found = item.pictureFrame == Rational() ? 0.0 : frameRateOf(Rational(1) / item.pictureFrame);
+    for (auto child = item.children.begin(); found == 0.0 && child != item.children.end(); ++child)
+        found = frameRateIn(*child);
+    return found;
+}
+
 /// Appends the timelines of a file, which are the whole of it or stand in collections.
 void findTimelines(const Json& value, int depth, const Reading& reading, std::vector<const Json*>& found) {
     const std::string schema = schemaOf(value, reading);
@@ -273,13 +288,17 @@ Timeline readOtio(const Json& file, const ReadOptions& options) {
     timeline.name = textIn(root, "name");
     timeline.sampleRate = options.sampleRate;
     timeline.channels = options.channels;
-    if (member(root, "global_start_time") != nullptr)
-        timeline.timeReference = samplesAt(
-            timeIn(root, "global_start_time", reading, "global_start_time").seconds, options.sampleRate);
+    if (member(root, "global_start_time") != nullptr) {
+        const OtioTime start = timeIn(root, "global_start_time", reading, "global_start_time");
+        timeline.timeReference = samplesAt(start.seconds, options.sampleRate);
+        timeline.frameRate = frameRateOf(start.rate);
+    }
     const Json* tracks = member(root, "tracks");
     if (tracks == nullptr || schemaOf(*tracks, reading) != "Stack")
         throw TimelineError("the Timeline has no Stack \"tracks\"");
     const OtioItem stack = parseItem(*tracks, 0, reading);
+    if (timeline.frameRate == 0.0)
+        timeline.frameRate = frameRateIn(stack);
     try {
         RowFiller(timeline).placeAll(stack, reading);
     } catch (const std::overflow_error& error) {

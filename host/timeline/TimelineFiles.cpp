@@ -93,6 +93,8 @@ std::string writeJson(const Timeline& timeline) {
               {"tracks", Json::array()},
               {"markers", Json::array()},
               {"notes", Json::array()}};
+    if (timeline.frameRate != 0.0)
+        root["frameRate"] = timeline.frameRate;
     for (const TimelineTrack& track : timeline.tracks) {
         Json strips = Json::array();
         for (const TimelineStrip& strip : track.strips)

@@ -55,9 +55,19 @@ struct FrameRate {
     bool slowed = false;
 };
 
+constexpr std::int64_t mostFrames = 1000;
+
 /// 23.976, 23.98, 29.97 and the like are a thousandth below a whole number.
+std::optional<FrameRate> frameRateOf(double number) {
+    if (!(number >= 0.9 && number <= static_cast<double>(mostFrames)))
+        return std::nullopt;
+    const FrameRate rate{.nominal = std::llround(number), .slowed = number != std::round(number)};
+    if (rate.slowed && std::abs(number * 1.001 - static_cast<double>(rate.nominal)) > 0.01)
+        return std::nullopt;
+    return rate;
+}
+
 std::optional<FrameRate> frameRateIn(std::string_view text) {
-    constexpr std::int64_t mostFrames = 1000;
     FrameRate rate;
     if (takeSuffix(text, "/1001")) {
         const std::optional<std::int64_t> thousandths = plainWhole(text);
@@ -66,12 +76,7 @@ std::optional<FrameRate> frameRateIn(std::string_view text) {
         rate = {*thousandths / 1000, true};
     } else {
         const std::optional<double> number = plainNumber(text);
-        if (!number || !(*number <= static_cast<double>(mostFrames)))
-            return std::nullopt;
-        rate.slowed = *number != std::round(*number);
-        rate.nominal = std::llround(*number);
-        if (rate.slowed && std::abs(*number * 1.001 - static_cast<double>(rate.nominal)) > 0.01)
-            return std::nullopt;
+        return number ? frameRateOf(*number) : std::nullopt;
     }
     return rate.nominal >= 1 && rate.nominal <= mostFrames ? std::optional(rate) : std::nullopt;
 }
@@ -105,14 +110,18 @@ std::optional<double> framesTimecodeSeconds(std::string_view text) {
     return static_cast<double>(frames) * (rate->slowed ? 1.001 : 1.0) / static_cast<double>(rate->nominal);
 }
 
-/// `parts` is a number of 10^-digits seconds.
-std::string clockOf(std::int64_t parts, int digits) {
-    const std::int64_t second = std::llround(std::pow(10.0, digits));
+/// h:mm:ss
+std::string wholeSeconds(std::int64_t seconds) {
     std::array<char, 48> text{};
-    std::snprintf(text.data(), text.size(), "%lld:%02d:%02d.%0*d",
-                  static_cast<long long>(parts / second / 3600), static_cast<int>(parts / second / 60 % 60),
-                  static_cast<int>(parts / second % 60), digits, static_cast<int>(parts % second));
+    std::snprintf(text.data(), text.size(), "%lld:%02d:%02d", static_cast<long long>(seconds / 3600),
+                  static_cast<int>(seconds / 60 % 60), static_cast<int>(seconds % 60));
     return text.data();
+}
+
+/// A number of so many digits, with zeros in front.
+std::string padded(std::int64_t number, std::size_t digits) {
+    const std::string text = std::to_string(number);
+    return std::string(digits - std::min(digits, text.size()), '0') + text;
 }
 
 } // namespace
@@ -147,11 +156,21 @@ std::optional<double> secondsIn(std::string_view text) {
 
 std::string clock(std::int64_t samples, int sampleRate) {
     const double seconds = static_cast<double>(samples) / sampleRate;
-    return (samples < 0 ? "-" : "") + clockOf(std::llround(std::abs(seconds) * 1000.0), 3);
+    const std::int64_t milliseconds = std::llround(std::abs(seconds) * 1000.0);
+    return (samples < 0 ? "-" : "") + wholeSeconds(milliseconds / 1000) + "." +
+           padded(milliseconds % 1000, 3);
 }
 
-std::string runningClock(std::int64_t samples, int sampleRate) {
-    return clockOf(samples * 10 / sampleRate, 1);
+bool isFrameRate(double rate) {
+    return frameRateOf(rate).has_value();
+}
+
+std::string timecode(std::int64_t samples, int sampleRate, double frameRate) {
+    __extension__ using Wide = __int128;
+    const FrameRate rate = frameRateOf(frameRate).value();
+    const auto frames = static_cast<std::int64_t>(Wide{samples} * rate.nominal * (rate.slowed ? 1000 : 1) /
+                                                  (Wide{sampleRate} * (rate.slowed ? 1001 : 1)));
+    return wholeSeconds(frames / rate.nominal) + ":" + padded(frames % rate.nominal, 2);
 }
 
 } // namespace audlmd::words

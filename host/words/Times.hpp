@@ -33,8 +33,12 @@ std::optional<double> secondsIn(std::string_view text);
 /// A time for people: h:mm:ss.mmm, of the nearest millisecond, with a minus sign before 0.
 std::string clock(std::int64_t samples, int sampleRate);
 
-/// For a line that counts: h:mm:ss.t, of the last tenth of a second that has passed. `samples` is not
-/// negative.
-std::string runningClock(std::int64_t samples, int sampleRate);
+/// Whether timecode has such a rate, in frames per second: a whole number, or such a number times 1000/1001,
+/// up to 1000.
+bool isFrameRate(double rate);
+
+/// h:mm:ss:ff of the last frame that has begun, which timeIn() reads with an @ and the rate behind it.
+/// `samples` is not negative; `frameRate` as isFrameRate() wants it.
+std::string timecode(std::int64_t samples, int sampleRate, double frameRate);
 
 } // namespace audlmd::words

@@ -84,6 +84,8 @@ model::Place ScriptedHost::makeSource(const model::SourceRequest& request) {
     const std::int64_t position = request.position;
     if (position < 0 || position >= materialSamples)
         return outside;
+    if (inside)
+        return *inside;
     const auto after = std::find_if(segments.begin(), segments.end(), [position](const auto& segment) {
         return segment.first + segment.length > position;
     });

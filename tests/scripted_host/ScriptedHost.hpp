@@ -81,6 +81,8 @@ struct ScriptedHost final : model::Host {
     int emptyStatus = 0;
     /// The place of iterators that are made outside the material.
     model::Place outside;
+    /// The place of iterators that are made inside, where that is not the one they ask for.
+    std::optional<model::Place> inside;
     std::vector<model::LevelSegment> levelSegments;
     std::array<BandState, 5> bands;
     bool keepsEvents = false;

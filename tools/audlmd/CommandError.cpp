@@ -47,7 +47,6 @@ void printError(std::string line) {
 }
 
 void forEachInput(std::size_t count, const std::function<void(std::size_t)>& take,
-                  const std::function<void(std::size_t, const CommandError&)>& failed,
                   const std::string& others) {
     std::optional<ExitStatus> first;
     std::size_t failures = 0;
@@ -58,7 +57,6 @@ void forEachInput(std::size_t count, const std::function<void(std::size_t)>& tak
             throw;
         } catch (...) {
             const CommandError failure = currentFailure();
-            failed(input, failure);
             if (count == 1)
                 throw failure;
             printError(failure.what());

@@ -42,11 +42,10 @@ CommandError currentFailure();
 /// Prints one line of error. Paths and texts of files in the line give no orders to a terminal.
 void printError(std::string line);
 
-/// Calls `take` with the number of each of `count` inputs, also after one that has failed, and `failed` with
-/// what failed. The failure of an only input is passed on. Those of several are printed, and a CommandError
-/// counts them, with the status of the first; `others` says where to find what did not fail.
+/// Calls `take` with the number of each of `count` inputs, also after one that has failed. The failure of an
+/// only input is passed on. Those of several are printed, and a CommandError counts them, with the status of
+/// the first; `others` says where to find what did not fail.
 void forEachInput(std::size_t count, const std::function<void(std::size_t)>& take,
-                  const std::function<void(std::size_t, const CommandError&)>& failed,
                   const std::string& others = {});
 
 } // namespace audlmd::command

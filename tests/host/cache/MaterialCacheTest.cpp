@@ -1,5 +1,7 @@
 #include "tests/host/cache/TestMaterial.hpp"
 
+#include <limits>
+
 namespace audlmd::test {
 namespace {
 
@@ -104,6 +106,15 @@ TEST(MaterialCache, RefusesWhatItCannotHold) {
     addRamp(cache, 1);
     EXPECT_THROW(addRamp(cache, 1), std::invalid_argument);
     EXPECT_THROW(forwardReader(cache, 0, {.channel = 7}), UnknownMaterial);
+    struct SourceOfLength final : SampleSource {
+        explicit SourceOfLength(std::int64_t length) : length_(length) {}
+        std::int64_t length() const override { return length_; }
+        void read(std::int64_t, std::span<float>) override {}
+        std::int64_t length_;
+    };
+    EXPECT_THROW(cache.add(cookieOf(1), nullptr), std::invalid_argument);
+    for (const std::int64_t length : {std::int64_t{-1}, std::numeric_limits<std::int64_t>::max()})
+        EXPECT_THROW(cache.add(cookieOf(1), std::make_shared<SourceOfLength>(length)), std::invalid_argument);
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 
 #include <sndfile.hh>
 
+#include <array>
 #include <atomic>
 #include <cerrno>
 #include <filesystem>
@@ -171,7 +172,10 @@ TEST_F(SoundFiles, ThatCannotBeOpenedAreNamedWithTheReason) {
                 ThrowsMessage<SoundFileError>(HasSubstr("none.wav': No such file")));
     EXPECT_THAT(opening(folder_), ThrowsMessage<SoundFileError>(HasSubstr("not a regular file")));
     const auto file = std::make_shared<SoundFile>(write("a.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16));
-    EXPECT_THROW(SoundFileSource(file, 2), std::out_of_range);
+    for (const int channel : {-1, 2})
+        EXPECT_THROW(SoundFileSource(file, channel), std::out_of_range);
+    EXPECT_THAT(opening(write("a.au", SF_FORMAT_AU | SF_FORMAT_G721_32, 1)),
+                ThrowsMessage<SoundFileError>(HasSubstr("does not allow reading from any position")));
 }
 
 TEST_F(SoundFiles, OfWhichAPartCannotBeReadAreRefused) {
@@ -200,6 +204,9 @@ TEST_F(SoundFiles, OfWhichAPartCannotBeReadAreRefused) {
                            told.npos;
                 })));
     readsLeft = -1;
+    std::filesystem::resize_file(path, 44 + 4 * 99000);
+    EXPECT_THAT([&] { file.read(0, 98000, samples); },
+                ThrowsMessage<SoundFileError>(HasSubstr("at frame 99000 of 100000: the file ends there")));
 }
 
 TEST_F(SoundFiles, ThatAreTruncatedAreRefusedUnlessTheirLengthIsLeftOpen) {
@@ -209,10 +216,25 @@ TEST_F(SoundFiles, ThatAreTruncatedAreRefusedUnlessTheirLengthIsLeftOpen) {
         std::filesystem::resize_file(path, std::filesystem::file_size(path) * 6 / 10);
         EXPECT_THAT(opening(path), ThrowsMessage<SoundFileError>(HasSubstr("truncated"))) << container;
     }
+    // Programs that do not know the length yet write the largest number, or that less the length of a header.
     const auto streamed = write("streamed.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16);
-    for (const int sizeField : {4, 40})
-        std::fstream(streamed, std::ios::in | std::ios::out).seekp(sizeField).write("\xFF\xFF\xFF\xFF", 4);
-    EXPECT_EQ(SoundFile(streamed).frames(), frames);
+    for (const auto& [size, isOpen] : std::vector<std::pair<std::uint32_t, bool>>{{0xFFFFFFFF, true},
+                                                                                  {0xFFFFF000, true},
+                                                                                  {0xFFFFEFFF, false},
+                                                                                  {0x80000000, false},
+                                                                                  {0x7FFFFFFF, true},
+                                                                                  {0x7FFFF000, true},
+                                                                                  {0x7FFFEFFF, false}}) {
+        std::array<char, 4> bytes{};
+        for (std::size_t i = 0; i < bytes.size(); ++i)
+            bytes[i] = static_cast<char>(size >> (8 * i) & 0xFF);
+        for (const int sizeField : {4, 40})
+            std::fstream(streamed, std::ios::in | std::ios::out).seekp(sizeField).write(bytes.data(), 4);
+        if (isOpen)
+            EXPECT_EQ(SoundFile(streamed).frames(), frames) << size;
+        else
+            EXPECT_THAT(opening(streamed), ThrowsMessage<SoundFileError>(HasSubstr("truncated"))) << size;
+    }
 }
 
 TEST_F(SoundFiles, ThatAreTruncatedGiveWhatIsThere) {

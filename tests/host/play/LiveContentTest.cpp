@@ -15,6 +15,15 @@ TEST(LiveContent, LeavesFadesAndAutomationWhereTheyAreOnTheMaterial) {
     EXPECT_EQ(backwards.fade.fadeOutSamples, 10U);
     EXPECT_EQ(backwards.fade.fadeOutCurve, FadeCurve::log);
     EXPECT_EQ(backwards.automation->direction, DynamicLevelDirection::reverse);
+    EXPECT_EQ(settingsAt(backwards, -1.0).automation->direction, DynamicLevelDirection::forwards);
+    EXPECT_EQ(settingsAt(strip, -1.0).converter, Converter::none);
+    EXPECT_EQ(settingsAt(strip, 6.0).converter, Converter::filtering);
+    EXPECT_EQ(settingsAt(strip, 6.5).converter, Converter::linear);
+    strip.converter = Converter::linear;
+    strip.speed = 2.0;
+    EXPECT_EQ(settingsAt(strip, 0.5).converter, Converter::linear);
+    EXPECT_EQ(settingsAt(strip, 5e5).speed, 1e6);
+    EXPECT_THROW(settingsAt(strip, 6e5), std::invalid_argument);
     for (const double speed : {0.0, -0.0, 2e6, std::nan("")})
         EXPECT_THROW(settingsAt(strip, speed), std::invalid_argument) << speed;
 }

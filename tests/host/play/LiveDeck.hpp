@@ -35,8 +35,8 @@ public:
         .blockFrames = 50, .blocksAhead = 8, .fadeFrames = fadeFrames, .sampleRate = 48000};
 
     LiveDeck(const std::vector<std::shared_ptr<SampleSource>>& channels, StripSettings strip,
-             int headroom = 0, LiveMix* mix = nullptr)
-        : content(channels, std::move(strip), {.segmentLength = 4099}, headroom),
+             LiveMix* mix = nullptr)
+        : content(channels, std::move(strip), {.segmentLength = 4099}),
           output(ring, content.channels(), fadeFrames), renderer(content, mix, ring, sizes) {
         // The deck is faster than time, so all is loaded before.
         for (std::int64_t at = 0; at < content.length(); at += 4099)

@@ -78,7 +78,7 @@ protected:
     LiveMix live_{timeline_, openLive_, {.threads = 1, .wait = false}};
     LiveDeck deck_{
         MixedTimeline::sources(std::make_shared<MixedTimeline>(timeline_, open_, MixerOptions{.threads = 1})),
-        wholeStrip(length), MixedTimeline::headroom, &live_};
+        wholeStrip(length), &live_};
 };
 
 TEST_F(LiveMixTest, TakesOverWithoutASeam) {

@@ -100,7 +100,7 @@ TEST(LiveRenderer, DeliversTheBytesOfAMixerForwardsAndBackwards) {
     const Channels expected = mixed(mixer, 0, 36000);
     const auto live = std::make_shared<MixedTimeline>(timeline, media.opener(), MixerOptions{.threads = 2});
     for (const double speed : {1.0, -1.0}) {
-        LiveDeck deck(MixedTimeline::sources(live), wholeStrip(36000), MixedTimeline::headroom);
+        LiveDeck deck(MixedTimeline::sources(live), wholeStrip(36000));
         deck.seek(speed < 0.0 ? 36000 : 0);
         deck.play(speed);
         const std::vector<float> heard = deck.pull(36000);
@@ -192,6 +192,19 @@ TEST(LiveRenderer, PlaysALoopInBothDirections) {
                 continue;
             ASSERT_EQ(heard[frame], ramp[speed < 0.0 ? 7999 - sinceSeam : 5000 + sinceSeam]) << frame;
         }
+    }
+}
+
+TEST(LiveRenderer, RendersAheadInEighthsOfTheLatency) {
+    for (const auto& [latency, fade, rate, block, ahead, fadeFrames] :
+         {std::tuple{0.005, 0.001, 48'000, 30U, 8U, 48U},
+          {2.0, 0.1, 48'000, 4096U, 23U, 4800U},
+          {0.005, 0.001, 8000, 16U, 2U, 8U},
+          {0.005, 0.001, 100, 16U, 2U, 1U}}) {
+        const LiveRenderer::Sizes sizes = LiveRenderer::sizesFor({.latency = latency, .fade = fade}, rate);
+        EXPECT_EQ(sizes.blockFrames, block) << latency;
+        EXPECT_EQ(sizes.blocksAhead, ahead) << latency;
+        EXPECT_EQ(sizes.fadeFrames, fadeFrames) << fade;
     }
 }
 

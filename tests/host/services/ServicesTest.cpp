@@ -18,7 +18,8 @@ namespace {
 TEST(Event, TimesOutUntilItIsSignalledAndStaysSo) {
     const EventPtr event(new Event);
     EXPECT_FALSE(event->wait(5));
-    event->signal();
+    const auto signaller = namedThread("signals", [&event](const std::stop_token&) { event->signal(); });
+    EXPECT_TRUE(event->wait(60'000));
     EXPECT_TRUE(event->wait(iThreadEvent::noTimeLimit));
     EXPECT_TRUE(event->wait(0));
 }
@@ -42,6 +43,12 @@ TEST(OperatingSystem, NotesTheThreadAndTheCallsThatLedToAnException) {
     ASSERT_GE(thrower.notes.size(), 2U);
     EXPECT_THAT(thrower.notes[0], testing::MatchesRegex("thread [0-9]+ \\(throws\\)"));
     EXPECT_THAT(thrower.notes[1], testing::HasSubstr(" + 0x"));
+}
+
+TEST(OperatingSystem, TellsNoStorageFromNoMemory) {
+    void* const storage = OS().heap().allocate(0);
+    EXPECT_NE(storage, nullptr);
+    OS().heap().release(storage);
 }
 
 TEST(Identities, AreRandomAndWrittenAsText) {

@@ -57,6 +57,16 @@ TEST(Automation, IsTheSameWhicheverWayItIsWalked) {
         ASSERT_EQ(forwards[static_cast<std::size_t>(i)], automation.uValueAt(first + i)) << first + i;
 }
 
+TEST(Automation, RefusesNodesWithoutALevelOrOutOfOrder) {
+    for (const std::vector<LevelNode>& refused : {std::vector<LevelNode>{},
+                                                  {{0, 1.0F}, {1, std::numeric_limits<float>::infinity()}},
+                                                  {{1, 1.0F}, {0, 1.0F}}})
+        EXPECT_THROW(Automation{refused}, std::invalid_argument);
+    // Levels beyond the travel of the fader stay on its ends.
+    EXPECT_EQ(Automation({{0, -1.0F}}).uValueAt(0), 0.0F);
+    EXPECT_EQ(Automation({{0, 2.0F}}).uValueAt(0), 1.5F);
+}
+
 TEST(Automation, CrossesGapsLongerThanTheRendererCounts) {
     constexpr std::int64_t gap = 10'000'000'000;
     const Automation level({{0, 0.5F}, {gap, 0.5F}, {gap + 10, 1.0F}});

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <stdexcept>
+
 namespace audlmd::test {
 namespace {
 
@@ -12,6 +15,10 @@ TEST(Speed, RoundsToTheNearestPosition) {
     EXPECT_EQ(subSamplePosOf(1.6), SubSamplePos(1, 644245094)) << "not 644245093.8";
     EXPECT_EQ(subSamplePosOf(7.0 - 1e-12), SubSamplePos(7, 0));
     EXPECT_EQ(subSamplePosOf(-0.25), SubSamplePos(-1, 805306367));
+    EXPECT_EQ(subSamplePosOf(0x1p53), SubSamplePos(1L << 53, 0));
+    for (const double none : {0x1p53 + 2.0, std::nan("")})
+        EXPECT_THROW(subSamplePosOf(none), std::invalid_argument) << none;
+    EXPECT_EQ(sourceSamplesOf(SubSamplePos(-1, 805306367)), -0x1.0000000400000p-2);
 }
 
 TEST(Speed, ManyStepsAtOnceAreWhatTheConverterAddsUp) {
@@ -22,6 +29,7 @@ TEST(Speed, ManyStepsAtOnceAreWhatTheConverterAddsUp) {
         const SubSamplePos last(300, 17);
         ASSERT_EQ(n < positionsUpTo(last, SubSamplePos(0, 1), step), position <= last);
     }
+    EXPECT_EQ(positionsUpTo(SubSamplePos(-1, 0), SubSamplePos(0, 0), step), 0U);
     EXPECT_EQ(advanced({0, 0}, {0, 1}, 1'000'000'000'000).sample, 931);
 }
 

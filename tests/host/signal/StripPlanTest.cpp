@@ -1,5 +1,7 @@
 #include "host/signal/StripPlan.hpp"
 
+#include "host/signal/Speed.hpp"
+
 #include <gmock/gmock.h>
 
 #include <cmath>
@@ -102,6 +104,10 @@ TEST(StripPlan, RefusesWhatCannotBePlayed) {
         {[](auto& s) { s.equaliser.resize(6); }, "at most 5 bands"},
         {[](auto& s) { s.equaliser.resize(1), s.sampleRate = 2000.0; }, "half the sample rate"},
         {[](auto& s) { s.equaliser.resize(1), s.sampleRate = 1e300; }, "up to 1e+09 Hz, not 1e+300"},
+        {[](auto& s) { s.equaliser.resize(1), s.sampleRate = 0.0; }, "up to 1e+09 Hz, not 0"},
+        {[](auto& s) { s.equaliser.resize(1), s.equaliser[0].frequency = 0.0; },
+         "Hz, half the sample rate, not 0"},
+        {[](auto& s) { s.equaliser.resize(1), s.equaliser[0].q = 1.1e6; }, "from 1e-06 to 1e+06, not"},
         {[](auto& s) { s.equaliser.resize(1), s.equaliser[0].gainDb = -120.5; },
          "-120 to 120 dB, not -120.5"},
         {[](auto& s) { s.equaliser.resize(1), s.equaliser[0].q = 5e-324; }, "from 1e-06 to 1e+06, not"},
@@ -114,6 +120,21 @@ TEST(StripPlan, RefusesWhatCannotBePlayed) {
     for (const auto& row : table)
         EXPECT_THAT([&] { StripPlan(settingsOf(10, row.first)); },
                     testing::ThrowsMessage<std::invalid_argument>(testing::HasSubstr(row.second)));
+    // The last that can.
+    for (const Change& change :
+         {Change([](auto& s) { s.from = -farthestPosition, s.to = s.from + 10; }),
+          Change([](auto& s) { s.from = farthestPosition - 10, s.to = s.from + 10; }), Change([](auto& s) {
+              s.fade = {6, 4};
+          }),
+          Change([](auto& s) { s.equaliser.resize(5), s.sampleRate = 1e9; }), Change([](auto& s) {
+              s.equaliser = {{BandKind::peak, 1e3, -120.0, 1e-6}};
+          }),
+          Change([](auto& s) {
+              s.equaliser = {{BandKind::peak, 1e3, 120.0, 1e6}};
+          }),
+          speed(Converter::linear, slowestSpeed), speed(Converter::linear, fastestSpeed),
+          speed(Converter::filtering, 1.0 / 1024.0), speed(Converter::filtering, 6.0)})
+        EXPECT_NO_THROW(StripPlan(settingsOf(10, change)));
 }
 
 } // namespace

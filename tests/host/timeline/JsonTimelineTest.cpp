@@ -10,7 +10,8 @@ namespace {
 TEST(JsonTimeline, KeepsEveryKey) {
     const Json written =
         Json::parse(R"({"audlmd": 1, "name": "n", "sampleRate": 44100, "channels": 1, "length": 9,
-        "timeReference": 8, "markers": [{"name": "m", "at": 3}], "notes": [{"where": "w", "text": "t", "at": -3, "silences": true}],
+        "timeReference": 8, "frameRate": 23.976, "markers": [{"name": "m", "at": 3}], "notes": [{"where": "w", "text": "t", "at": -3, "silences": true},
+            {"where": "w", "text": "u", "silences": false}],
         "tracks": [{"name": "A", "strips": [{"name": "s", "media": "C:/m", "silence": "off", "at": 1, "length": 2, "skip": 4,
             "from": -5, "to": 60, "reverse": true, "speed": 0.5, "converter": "linear", "gain": "-inf",
             "fadeIn": {"length": 7, "curve": "log"}, "fadeOut": {"length": 6, "curve": "power"},
@@ -35,7 +36,7 @@ TEST(JsonTimeline, FillsInWhatIsLeftOut) {
     const Timeline read = readTimeline("\xEF\xBB\xBF"
                                        R"( {"audlmd": 1, "name": NaN, "tracks": [{"strips": [
         {"media": "x.wav", "at": "15e-1s", "speed": 2, "skip": 1000, "fadeIn": {"length": "0.25s"}, "fadeOut": {}},
-        {"media": "s3://x.wav", "speed": 0.0005, "length": 5}]}]})",
+        {"media": "s3://x.wav", "speed": 0.000001, "length": 5}]}]})",
                                        how);
     EXPECT_EQ(read.name, "NaN");
     const TimelineStrip& strip = read.tracks.at(0).strips.at(0);
@@ -82,6 +83,8 @@ TEST(JsonTimeline, RefusesNamingStripAndKey) {
              {R"("at": "1.5")", "\"at\" must be"},
              {R"("at": "+1.5s")", "\"at\" must be"},
              {R"("at": "infs")", "\"at\" must be"},
+             {R"("at": "99999999999999999s")", "\"at\" must be"},
+             {R"("from": -1152921504606846977)", "\"from\" must be"},
              {R"("from": 18446744073709551615)", "\"from\" must be"},
              {R"("at": 1152921504606846977)", "at most 2^60 samples"},
              {R"("at": 1152921504606846976)", "\"length\" leads beyond 2^60"},
@@ -98,6 +101,9 @@ TEST(JsonTimeline, RefusesNamingStripAndKey) {
              {R"("gain": "loud")", "\"gain\""},
              {R"("automation": {"points": []})", "at least one node"},
              {R"("automation": {"points": [[0, 11]]})", "\"points\""},
+             {R"("automation": {"points": [[0]]})", "\"points\""},
+             {R"("automation": {"points": [5]})", "\"points\""},
+             {R"("automation": {"points": 5})", "\"points\" must be a list"},
              {R"("automation": {"points": [[5, 0], [4, 0]]})", "before the node"},
              {R"("equaliser": ["peak:1k:loud"])", "'loud' is not a number"},
              {R"("equaliser": [{}, {}, {}, {}, {}, {}])", "five is the most"},
@@ -109,6 +115,11 @@ TEST(JsonTimeline, RefusesNamingStripAndKey) {
         EXPECT_NE(line.find(expected), std::string::npos) << line;
     }
     EXPECT_NE(refusal(R"({"audlmd": 2})").find("must be 1"), std::string::npos);
+    ReadOptions how = options();
+    how.media = [](const std::string&) { return MediaFacts{100, 0, 0}; };
+    EXPECT_NE(refusal(R"({"audlmd": 1, "tracks": [{"strips": [{"media": "a.wav"}]}]})", how)
+                  .find("the length of the file is not known: it has no sample rate"),
+              std::string::npos);
     EXPECT_NE(refusal(R"({"audlmd": 1, "sampelRate": 2})").find("\"sampelRate\""), std::string::npos);
 }
 

@@ -57,6 +57,20 @@ TEST(List, ShowsWhatSoundsWhen) {
         "marker 0:00:01.500  cue\n"
         "note: track 'A1': muted (2 times)\n"
         "note: clip 'a?', at -0:00:00.501: odd\n");
+
+    TimelineStrip faded = strip("in", 0, 48'000);
+    faded.settings.to = 48'000;
+    faded.settings.fade.fadeInSamples = 12'000;
+    Timeline plain;
+    plain.length = 48'000;
+    plain.tracks = {{"A1", {faded, faded}}};
+    plain.tracks[0].strips[1].settings.fade.fadeOutSamples = 24'000;
+    const std::string text = list(plain, [](const std::string& media) { return media; });
+    EXPECT_TRUE(text.starts_with("timeline: 0:00:01.000 at 48000 Hz, 2 channels, 2 clips on 1 track\n"))
+        << text;
+    EXPECT_EQ(text.find("timecode"), std::string::npos);
+    EXPECT_NE(text.find(" in 0.25s linear  "), std::string::npos) << text;
+    EXPECT_NE(text.find(" in 0.25s linear, out 0.5s linear  "), std::string::npos) << text;
 }
 
 } // namespace

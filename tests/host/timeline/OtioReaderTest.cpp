@@ -27,6 +27,7 @@ TEST(OtioReader, ReadsAFileAsItIsWritten) {
                                        options());
     EXPECT_EQ(read.name, "film");
     EXPECT_EQ(read.timeReference, 3600 * 48000);
+    EXPECT_EQ(read.frameRate, 24.0);
     EXPECT_EQ(read.length, 96000);
     ASSERT_EQ(read.tracks.size(), 1U);
     EXPECT_EQ(read.tracks[0].name, "A1");
@@ -72,9 +73,20 @@ TEST(OtioReader, CountsTheRangeFromWhereTheMediumBegins) {
     EXPECT_EQ(of(Json(), range(90'000, 50)).length, 50 * frame);
     EXPECT_EQ(of(Json(), Json()).length, 480'000);
     EXPECT_EQ(of(range(35, 5), Json()).settings.from, 10 * frame);
-    EXPECT_EQ(of(Json(), Json()).media, "/b c.wav");
-    url = "file:///C:/b%4";
-    EXPECT_EQ(of(Json(), Json()).media, "C:/b%4");
+    for (const auto& [written, media] :
+         std::vector<std::pair<std::string, std::string>>{{"file:///b%20c.wav", "/b c.wav"},
+                                                          {"file:///C:/b%4", "C:/b%4"},
+                                                          {"file:///C:b%20", "/C:b "},
+                                                          {"file:/b.wav", "/b.wav"},
+                                                          {"file://b.wav", "/media/b.wav"},
+                                                          {"s3://b%20c.wav", "s3://b%20c.wav"},
+                                                          {"C:\\b%20", "C:\\b%20"},
+                                                          {"C:b%20", "/media/C:b "},
+                                                          {"1:/b%20", "/media/1:/b "},
+                                                          {"/b%20c", "/b%20c"}}) {
+        url = written;
+        EXPECT_EQ(of(Json(), Json()).media, media);
+    }
     // Empty time first.
     EXPECT_EQ(of(range(-10, 25), range(0, 50)).settings.from, -10 * frame);
     // The file's own timecode begins at one second: what lies before its end counts from 0 where nothing of
@@ -87,6 +99,8 @@ TEST(OtioReader, CountsTheRangeFromWhereTheMediumBegins) {
     EXPECT_EQ(of(range(86'400 * exporter / 23.976, 24, exporter), range(86'400, 240, 23.976)).settings.from,
               0);
     EXPECT_EQ(of(range(86'410, 24, exporter), range(86'400, 240, 23.976)).settings.from, 20'020);
+    EXPECT_EQ(of(range(86'400, 24, exporter), range(86'400 * 23.976 / exporter, 240, 23.976)).settings.from,
+              0);
 }
 
 TEST(OtioReader, MultipliesTimeWarpsAndKeepsTheDuration) {
@@ -135,6 +149,7 @@ TEST(OtioReader, SaysWhyAClipIsSilentAndPlaysTheOthers) {
              {effect(warp(0)), "time warp of 0", false, "/a.wav"},
              {{{"enabled", false}}, "disabled", false, "/a.wav"},
              {effect({{"OTIO_SCHEMA", "Glow.7"}, {"name", "shine"}}), "shine", false, "/a.wav", false},
+             {effect(warp(1e-5)), "the linear one is used", false, "/a.wav", false},
              {{{"source_range", range(998, 5)}}, "plays 0.120 s beyond the end", true, "/a.wav", false},
              {{{"source_range", range(998, 3)}}, "plays 0.040 s beyond the end", false, "/a.wav", false},
              {{{"source_range", range(-2, 5)}}, "plays 0.080 s before the start", false, "/a.wav", false}}) {
@@ -238,6 +253,51 @@ TEST(OtioReader, TrimsNestedCompositions) {
     EXPECT_EQ(named("c").skip, 1 * frame);
     EXPECT_EQ(named("c").length, 19 * frame);
     EXPECT_EQ(named("d").at, 35 * frame);
+
+    // Nothing is told of what lies before or behind.
+    const Json marked{{"markers",
+                       {{{"OTIO_SCHEMA", "Marker.1"}, {"marked_range", range(0, 0)}},
+                        {{"OTIO_SCHEMA", "Marker.1"}, {"marked_range", range(9, 0)}},
+                        {{"OTIO_SCHEMA", "Marker.1"}}}}};
+    const Json old = composition("Sequence.1",
+                                 {clip("gone", 0, 5, {{"enabled", true}}),
+                                  clip("left", 0, 9, marked),
+                                  {{"OTIO_SCHEMA", "Filler.1"}},
+                                  clip("gone", 0, 5)},
+                                 {{"kind", "Audio"}, {"source_range", range(6, 4)}});
+    const Timeline read =
+        readOtio({{"OTIO_SCHEMA", "Timeline.1"},
+                  {"tracks", composition("Stack.1", {old}, {{"source_range", range(1, 2)}})}},
+                 options());
+    ASSERT_EQ(read.tracks.at(0).strips.size(), 1U);
+    EXPECT_EQ(read.tracks[0].strips[0].skip, 2 * frame);
+    EXPECT_EQ(read.length, 2 * frame);
+    EXPECT_TRUE(read.markers.empty());
+    EXPECT_TRUE(read.notes.empty());
+}
+
+TEST(OtioReader, NotesWhatCompositionsCannotPlay) {
+    for (const char* block : {R"({"fadeIn": 1})", R"({"fadeOut": 1})", R"({"automation": [[0, 0]]})",
+                              R"({"equaliser": ["peak:1k:3"]})", R"({"converter": "linear"})",
+                              R"({"routing": [[1], [1]]})", R"({"gain": 3})"}) {
+        const Json own{{"metadata", {{"audlmd", Json::parse(block)}}}};
+        const Timeline read = readOtio(timeline({track({clip("a", 0, 5)}, own)}), options());
+        EXPECT_EQ(read.notes.empty(), std::string(block).find("gain") != std::string::npos) << block;
+        for (const TimelineNote& note : read.notes)
+            EXPECT_NE(note.text.find("only gain and speed are played"), std::string::npos) << note.text;
+    }
+    // A row that is no part of the sound, and a place that no output has.
+    Json off = timeline({track({clip("a", 0, 5)})});
+    off["tracks"]["enabled"] = false;
+    EXPECT_NE(readOtio(off, options()).notes.at(0).text.find("disabled"), std::string::npos);
+    ReadOptions fast = options();
+    fast.sampleRate = 768'000;
+    std::vector<Json> children(1502, gap(2.5e10));
+    children.push_back(clip("a", 0, 0));
+    off["tracks"] = composition("Stack.1", {track(children)}, {{"source_range", range(0, 5)}});
+    const Timeline far = readOtio(off, fast);
+    EXPECT_TRUE(far.tracks.at(0).strips.empty());
+    EXPECT_NE(far.notes.at(0).text.find("its times are beyond 2^60 samples"), std::string::npos);
 }
 
 TEST(OtioReader, PlaysANestedStackBackwardsAtItsSpeed) {

@@ -32,12 +32,26 @@ TEST(OtioRefusal, IsOneLineThatNamesTrackAndClip) {
         bool isRefused = false;
     };
     const Json ramp{{"effects", {{{"OTIO_SCHEMA", "TimeEffect.1"}, {"name", "ramp"}}}}};
-    const auto keyed = [](const std::string& frame) {
+    const auto set = [](const std::string& parameter, const std::string& members) {
         return Json::parse(R"({"effects": [{"OTIO_SCHEMA": "Effect.1", "metadata": {"any": {"Parameters": [
-            {"Parameter ID": "volume", "Key Frames": {")" +
-                           frame + R"(": {"Value": 1}}}]}}}]})");
+            {"Parameter ID": ")" +
+                           parameter + "\", " + members + "}]}}}]}");
+    };
+    const auto keyed = [&set](const std::string& frame) {
+        return set("volume", R"("Key Frames": {")" + frame + R"(": {"Value": 1}})");
+    };
+    const auto effect = [](const Json& value) { return Json{{"effects", {value}}}; };
+    const auto named = [](Json value, const Json& more) {
+        value.update({{"name", "x"}});
+        value.update(more);
+        return value;
     };
     const auto own = [](const Json& block) { return Json{{"metadata", {{"audlmd", block}}}}; };
+    const auto faraway = [](double seconds) {
+        const Json points = Json::array({Json::array({seconds, 0})});
+        return clip("x", 0, 5,
+                    {{"effects", {warp(1e5)}}, {"metadata", {{"audlmd", {{"automation", points}}}}}});
+    };
     const auto shown = [](const Json& times) { return Json{{"source_range", times}}; };
     for (const Case& c : std::vector<Case>{
              {{clip("x", 0, 5, ramp)}, "'ramp' changes the speed over time"},
@@ -48,6 +62,8 @@ TEST(OtioRefusal, IsOneLineThatNamesTrackAndClip) {
              {{clip("x", 0, 5, shown({{"start_time", time(0)}}))}, "the duration of source_range is missing"},
              {{clip("x", 0, 5, shown({{"start_time", 1}, {"duration", 2}}))}, "has no number"},
              {{clip("x", 0, 5, {{"OTIO_SCHEMA", "Clip.3"}})}, "schema Clip.3 is not known", true},
+             {{clip("x", 0, 5, {{"OTIO_SCHEMA", "Clip.0"}})}, "schema Clip.0 is not known", true},
+             {{clip("x", 0, 5, {{"OTIO_SCHEMA", "Clip"}})}, "schema Clip is not known", true},
              {{clip("x", 0, 5, {{"OTIO_SCHEMA", "Clap.1"}})}, "schema Clap is not known", true},
              {{clip("x", 0, 5, {{"OTIO_SCHEMA", nullptr}})}, "no OTIO_SCHEMA", true},
              {{clip("x", 0, 5, {{"source_range", nullptr}, {"media_references", nullptr}})}, "how long"},
@@ -60,14 +76,45 @@ TEST(OtioRefusal, IsOneLineThatNamesTrackAndClip) {
              {{clip("x", 0, 5, {{"markers", 1}})}, "\"markers\" is not a list", true},
              {{clip("x", 0, 5, keyed("soon"))}, "the key frame 'soon' of \"volume\" is not a number"},
              {{clip("x", 0, 5, keyed("1e13"))}, "the key frame '1e13' of \"volume\" is not a number"},
+             {{clip("x", 0, 5, keyed("-1e13"))}, "the key frame '-1e13' of \"volume\" is not a number"},
+             {{clip("x", 0, 5, set("volume", R"("Key Frames": {"0": {}})"))},
+              "\"volume\" is not in decibels"},
+             {{clip("x", 0, 5, set("volume", R"("Parameter Value": 61)"))}, "\"volume\" is not in decibels"},
+             {{clip("x", 0, 5, set("faderIn", R"("Parameter Value": "5")"))}, "\"faderIn\" is not a number"},
+             {{clip("x", 0, 5, set("faderOut", R"("Parameter Value": -1)"))}, "\"faderOut\" is not a number"},
+             {{clip("x", 0, 5, effect({{"OTIO_SCHEMA", "LinearTimeWarp.1"}}))}, "no number \"time_scalar\""},
+             {{clip("x", 0, 5, effect({{"OTIO_SCHEMA", "LinearTimeWarp.1"}, {"time_scalar", "2"}}))},
+              "no number \"time_scalar\""},
+             {{clip("x", 0, 5, effect({{"OTIO_SCHEMA", "Effect.1"}, {"effect_name", "e"}, {"enabled", 1}}))},
+              "\"enabled\" of the effect 'e' is not true or false"},
+             {{named(track({}), {{"children", 5}})}, "\"children\" is not a list", true},
+             {{named(track({}), shown(range(0, -5)))}, "the duration of source_range is negative"},
+             {{named(gap(1), shown(range(0, -5)))}, "the duration of source_range is negative"},
              {{clip("x", 0, 5, own({{"gain", 61}}))}, "\"gain\" must be decibels up to 60"},
+             {{clip("x", 0, 5, own({{"gain", 55}, {"level", 10}}))},
+              "all gains together are more than +60 dB"},
              {{clip("x", 0, 5, own({{"gian", 1}}))}, "\"gian\" is not known"},
+             {{clip("x", 0, 5, own(5))}, "an object in braces is missing"},
+             {{clip("x", 0, 5,
+                    {{"effects", {warp(2)}}, {"metadata", {{"audlmd", {{"converter", "none"}}}}}})},
+              "the converter \"none\" plays at speed 1 only"},
              {{clip("x", 0, 5, own({{"equaliser", {"fuzz"}}}))},
               "cannot be read: equaliser: 'fuzz' is not a kind of band"},
              {{clip("x", 0, 5, own({{"equaliser", {{{"frequency", 24000}}}}}))}, "equaliser: "},
+             {{clip("x", 0, 5, own({{"equaliser", {5}}}))}, "must be a list of bands"},
              {{clip("x", 0, 5, own({{"routing", {{1}}}}))}, "must have 2 rows"},
+             {{clip("x", 0, 5, own({{"routing", {1, 2}}}))}, "must have 2 rows"},
+             {{clip("x", 0, 5, own({{"routing", {Json::array(), Json::array()}}}))}, "must have 2 rows"},
+             {{clip("x", 0, 5, own({{"routing", Json::parse(R"([["1"], [1]])")}}))}, "must have 2 rows"},
+             {{clip("x", 0, 5, own({{"routing", Json::parse("[[1], [-1.1e6]]")}}))}, "must have 2 rows"},
              {{clip("x", 0, 5, own({{"gain", 50}, {"level", 10.1}}))}, "\"level\""},
              {{clip("x", 0, 5, own({{"automation", {{1, 0}, {0, 0}}}}))}, "in order of time"},
+             {{faraway(1e9)}, "its times are beyond 2^60 samples"},
+             {{faraway(-1e9)}, "its times are beyond 2^60 samples"},
+             {{clip("x", 0, 5, own({{"automation", 5}}))}, "\"automation\" must be a list"},
+             {{clip("x", 0, 5, own({{"automation", {5}}}))}, "a list of [seconds, decibels]"},
+             {{clip("x", 0, 5, own({{"automation", Json::array({Json::array({1.1e9, 0})})}}))},
+              "a list of [seconds, decibels]"},
              {{clip("x", 0, 5, own({{"automation", Json::array({Json::array({1})})}}))},
               "a list of [seconds, decibels]"},
              {{clip("x", 0, 5, own({{"automation", Json::array({Json::array({"1", 2})})}}))},
@@ -98,6 +145,14 @@ TEST(OtioRefusal, LeavesOutTransitionsThatCannotBePlayed) {
     EXPECT_NE(failureOf({clip("a", 0, 5), transition(1, 1), track({})}).find("beside a nested"),
               std::string::npos);
     EXPECT_NE(failureOf({transition(1, 1), transition(1, 1)}).find("follow one another"), std::string::npos);
+    EXPECT_NE(failureOf({composition("Stack.1", {transition(1, 1)})}).find("must stand in a track"),
+              std::string::npos);
+    EXPECT_NE(
+        failureOf({clip("a", 0, 5), {{"OTIO_SCHEMA", "Transition.1"}}}).find("in_offset of a transition"),
+        std::string::npos);
+    const Timeline above = readOtio(timeline({transition(1, 1), track({clip("a", 0, 5)})}), options());
+    EXPECT_EQ(above.notes.at(0).where, "clip '#1'");
+    EXPECT_NE(above.notes[0].text.find("must stand in a track"), std::string::npos);
     const TimelineStrip hard =
         stripsOf({clip("a", 0, 5), transition(1, 1), composition("Stack.1", {clip("b", 0, 5)})}).at(0);
     EXPECT_EQ(hard.length, 5 * 1920);
@@ -123,12 +178,21 @@ TEST(OtioRefusal, SaysWhatIsWrongWithAText) {
     const Json two = collection({timeline({}, {{"name", "two"}})});
     ReadOptions chosen = options();
     chosen.timeline = "two";
+    EXPECT_EQ(readTimeline(R"({"audlmd": 1, "name": "two"})", chosen).name, "two");
+    EXPECT_NE(refusal(R"({"audlmd": 1, "name": "one"})", chosen).find("there is 'one'"), std::string::npos);
+    EXPECT_NE(refusal(collection({two, two}).dump(), chosen).find("2 timelines of that name"),
+              std::string::npos);
+    Json collected = one;
+    for (int i = 0; i < 70; ++i)
+        collected = collection({collected});
     EXPECT_EQ(readOtio(collection({one, two}), chosen).name, "two");
     EXPECT_NE(refusal(one.dump(), chosen).find("there is 'one'"), std::string::npos);
     for (const auto& [text, expected] : std::vector<std::pair<std::string, std::string>>{
              {"", "empty"},
              {"{\n \"a\": [NaN, -Infinity, x]}", "line 2, column 24: this is not JSON"},
-             {"{\"audlmd\": 1, \"any\": \"[\\\"\", \"length\": Inf}", "\"length\" must be"},
+             {"{\"audlmd\": 1, \"any\": \"[\\\"\", \"length\": +Inf}", "\"length\" must be"},
+             {"[-Infinity", "line 1, column 11: this is not JSON"},
+             {"{\"audlmd\": 1, \"channels\": 1025}", "a whole number from 1 to 1024"},
              {"{\"a\": 1e999}", "too large"},
              {"RIFF....", "line 1, column 1: this is not JSON"},
              {"[1]", "this is no timeline"},
@@ -136,6 +200,10 @@ TEST(OtioRefusal, SaysWhatIsWrongWithAText) {
              {"{\"OTIO_SCHEMA\": \"Timeline.9\"}", "Timeline.9 is not known"},
              {"{\"OTIO_SCHEMA\": \"Timeline.1\"}", "no Stack"},
              {collection({}).dump(), "holds a SerializableCollection, not a Timeline"},
+             {collected.dump(), "holds a SerializableCollection, not a Timeline"},
+             {R"({"OTIO_SCHEMA": "SerializableCollection.1", "children": 5})",
+              "holds a SerializableCollection"},
+             {collection(std::vector<Json>(21, one)).dump(), "'one' and more"},
              {collection({one, two}).dump(), "holds 2 timelines; name one: 'one', 'two'"},
              {collection({one}).dump(), ""},
              {timeline({deep}).dump(), "more than 64 levels deep"},

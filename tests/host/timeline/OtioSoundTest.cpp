@@ -88,10 +88,18 @@ TEST(OtioSound, FitsFadesThatRoundingMakesTooLongAndNotesWhatATransitionReplaces
     EXPECT_EQ(read.tracks[0].strips.at(0).settings.fade.fadeInSamples, 961U);
     EXPECT_EQ(read.tracks[0].strips.at(0).settings.fade.fadeOutSamples, 959U);
     EXPECT_TRUE(read.notes.empty());
-    read =
-        readOtio(timeline({track({gap(9), transition(1, 0), clip("a", 50, 20, faded(half, 0))})}), options());
-    ASSERT_EQ(read.notes.size(), 1U);
-    EXPECT_EQ(read.notes[0].text, "a transition takes the place of the clip's own fade");
+    const FadePlan uneven =
+        stripsOf({clip("a", 0, 1, faded(1000.0 / 48'000.0, 922.0 / 48'000.0))}).at(0).settings.fade;
+    EXPECT_EQ(uneven.fadeInSamples, 998U);
+    EXPECT_EQ(uneven.fadeOutSamples, 922U);
+    const Json before = clip("a", 50, 20, faded(half, 0));
+    const Json after = clip("a", 50, 20, {{"metadata", {{"audlmd", {{"fadeOut", half}}}}}});
+    for (const std::vector<Json>& children :
+         {std::vector{gap(9), transition(1, 0), before}, std::vector{after, transition(1, 0), gap(9)}}) {
+        read = readOtio(timeline({track(children)}), options());
+        ASSERT_EQ(read.notes.size(), 1U);
+        EXPECT_EQ(read.notes[0].text, "a transition takes the place of the clip's own fade");
+    }
 }
 
 TEST(OtioSound, ReadsOurOwnBlock) {

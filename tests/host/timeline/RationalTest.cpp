@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <stdexcept>
 
 namespace audlmd::test {
@@ -45,6 +46,12 @@ TEST(Rational, RoundsOnceAndNeverWraps) {
     EXPECT_EQ(Rational(3 * beyond, -2 * beyond), Rational(-3, 2));
     for (const Rational::Integer whole : {beyond, -beyond})
         EXPECT_THROW(Rational(whole, 1).rounded(), std::overflow_error);
+    EXPECT_EQ(Rational(4 * beyond, 2 * beyond), Rational(2));
+    EXPECT_THROW(Rational(beyond << 56, 1) + Rational(beyond << 56, 1), std::overflow_error);
+    EXPECT_THROW(Rational(1, 0), std::overflow_error);
+    EXPECT_EQ(Rational::nearest(0.0), Rational());
+    for (const double extreme : {1e-10, 1e16, static_cast<double>(NAN)})
+        EXPECT_THROW(Rational::nearest(extreme), std::overflow_error) << extreme;
     Rational sum;
     for (int i = 0; i < 30'000; ++i)
         sum = sum + Rational(1001, 30000) + Rational(1, 44100);

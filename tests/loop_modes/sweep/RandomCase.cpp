@@ -138,6 +138,8 @@ void randomMaterial(Dice& dice, ScriptedHost& host) {
     randomStatuses(dice, host);
     host.emptyStatus = dice.pick({0, 7, 3});
     host.outside.index = dice.pick({0, -1, 1});
+    if (dice.oneIn(20))
+        host.inside = model::Place{-1, dice.pick({-1, -5})};
     // A host may let an iterator outside the material stand on samples; they are then read.
     if (!host.segments.empty() && dice.oneIn(4))
         host.outside = {static_cast<int>(dice.roll(static_cast<std::uint32_t>(host.segments.size()))), 0};

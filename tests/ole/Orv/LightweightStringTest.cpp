@@ -19,6 +19,7 @@ TEST(LightweightString, StandsBehindTheCountAndTheLengthThatItsCopiesShare) {
     EXPECT_EQ(std::u16string_view(body->text, body->length), u"abc");
     EXPECT_EQ(string.view(), u"abc");
     EXPECT_EQ(LightweightString<char16_t>().view(), u"");
+    EXPECT_EQ(LightweightString<char16_t>(u"").view().data(), nullptr);
     {
         const LightweightString<char16_t> copy(string);
         other = copy;

@@ -1,5 +1,7 @@
 #include "tests/tools/audlmd/PlayFixture.hpp"
 
+#include <gmock/gmock.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -29,19 +31,20 @@ std::vector<float> PlayFixture::heard(const std::string& line) {
         EXPECT_EQ(outcome.status, 0) << outcome.errors;
         EXPECT_EQ(outcome.errors, "");
         std::vector<float> heard = listener_->heardToTheEnd();
-        if (outcome.output == inTime || ++lateRuns_ > 1) {
-            EXPECT_EQ(outcome.output, inTime) << lateRuns_ << " runs were late";
+        if (outcome.output.ends_with(inTime) || ++lateRuns_ > 1) {
+            EXPECT_THAT(outcome.output, testing::EndsWith(inTime)) << lateRuns_ << " runs were late";
             return heard;
         }
     }
 }
 
 void PlayFixture::expectPlaysWhatRenderWrites(const std::string& options) {
-    // Playing clips as the library does.
-    output("render a.wav -o a.raw --format f32 --truncate " + options);
+    output("render a.wav -o a.raw --format f32 " + options);
     const std::string bytes = readBytes(in("a.raw"));
     std::vector<float> rendered(bytes.size() / sizeof(float));
     std::memcpy(rendered.data(), bytes.data(), bytes.size());
+    for (float& sample : rendered)
+        sample = std::clamp(sample, -1.0F, 1.0F);
     EXPECT_TRUE(holds(heard("a.wav " + options), rendered)) << options;
 }
 

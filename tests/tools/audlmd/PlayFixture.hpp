@@ -19,7 +19,8 @@ protected:
     /// What the device has played, interleaved. On a machine that is too busy to load in time the command
     /// says so, and plays once more: one late run in a test, because more are a fault.
     std::vector<float> heard(const std::string& line);
-    /// Renders the sound in a.wav with the options, and expects that a device plays the same samples.
+    /// Renders the sound in a.wav with the options, and expects that a device plays the same samples,
+    /// clipped.
     void expectPlaysWhatRenderWrites(const std::string& options);
 
 private:

@@ -1,16 +1,20 @@
 #include "host/cache/SoundFile.hpp"
 #include "tools/audlmd/CommandError.hpp"
+#include "tools/audlmd/JobLog.hpp"
 #include "tools/audlmd/Progress.hpp"
 #include "tools/audlmd/Subcommands.hpp"
 #include "tools/audlmd/info/InfoText.hpp"
 #include "tools/audlmd/options/OutputOptions.hpp"
 
 #include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
 
 #include <cstdio>
 #include <memory>
+#include <new>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace audlmd::command {
@@ -21,8 +25,9 @@ constexpr const char* infoHelp =
 neighbouring samples at full scale, on one side. Loudness is measured as ITU-R BS.1770-4 and EBU R 128 say: LUFS are
 decibels below full scale as heard; -inf is silence. Momentary is over 0.4 s, short-term over 3 s.
 
---json prints one object a line. null is minus infinity, what is not measured is not there. A file that cannot be read
-has a "failure".
+--json prints an object a line for each file: its "event" is "result", or "error" where it cannot be read. What takes
+more than two seconds also has lines of "progress", but for --quiet. null is minus infinity, and what is not defined is
+not there.
 
 EXAMPLES
   audlmd info song.wav
@@ -43,17 +48,19 @@ void nameAsFilm(FileInfo& info) {
         info.metadata.broadcast->coding_history_size = 0;
 }
 
-FileInfo readInfo(const std::filesystem::path& input, const InfoOptions& options) {
+FileInfo readInfo(const std::filesystem::path& input, const InfoOptions& options, const JobLog& log) {
+    // In seconds. Who waits no longer needs no progress.
+    constexpr double soon = 2.0;
     const PlayableFile file = options.atHand(input);
-    if (!file.note.empty())
-        std::fprintf(stderr, "%s\n", file.note.c_str());
-    std::optional<Progress> bar;
+    log.note(file.note);
+    std::optional<Progress> progress;
     try {
         FileInfo info =
-            fileInfo(file.path, options.truncated(), [&](const FileInfo& read, std::int64_t done) {
-                if (!bar)
-                    bar.emplace(read.frames, read.sampleRate, !options.style.json);
-                bar->update(done);
+            fileInfo(file.path, options.truncated(), [&](const FileInfo& read, std::int64_t frames) {
+                if (!progress)
+                    progress.emplace(read.frames, read.sampleRate, log);
+                if (progress->elapsed() > soon)
+                    progress->update(frames);
             });
         if (file.isDecoded)
             nameAsFilm(info);
@@ -63,21 +70,26 @@ FileInfo readInfo(const std::filesystem::path& input, const InfoOptions& options
     }
 }
 
+/// `told`: whether a file has been told of before.
+void tell(const std::string& input, const InfoOptions& options, bool& told) {
+    const JobLog log(stdout, options.style, input);
+    try {
+        const FileInfo info = readInfo(input, options, log);
+        if (std::exchange(told, true) && !options.style.json)
+            std::puts("");
+        log.result(infoLines(input, info), infoJson(info));
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (...) {
+        log.error(currentFailure());
+        throw;
+    }
+}
+
 void tellAll(const InfoOptions& options) {
-    const char* between = "";
-    forEachInput(
-        options.inputs.size(),
-        [&](std::size_t n) {
-            const std::string name = options.inputs[n].string();
-            const FileInfo info = readInfo(name, options);
-            std::printf("%s%s", between,
-                        options.style.json ? infoJson(name, info).c_str() : infoText(name, info).c_str());
-            between = options.style.json ? "" : "\n";
-        },
-        [&](std::size_t n, const CommandError& failure) {
-            if (options.style.json)
-                std::fputs(failureJson(options.inputs[n].string(), failure.what()).c_str(), stdout);
-        });
+    bool told = false;
+    forEachInput(options.inputs.size(),
+                 [&](std::size_t n) { tell(options.inputs[n].string(), options, told); });
 }
 
 } // namespace
@@ -86,7 +98,8 @@ void addInfoCommand(CLI::App& app) {
     CLI::App* info = app.add_subcommand("info", "Tell what sound files are, and how loud");
     const auto options = std::make_shared<InfoOptions>();
     info->add_option("FILE", options->inputs, "Sound files and films; - is standard input")->required();
-    info->add_flag("--json", options->style.json, "One JSON object a line, for programs");
+    info->add_flag("--json", options->style.json, "Tell programs: an object a line");
+    info->add_flag("--quiet", options->style.quiet, "No progress");
     options->declareInput(*info);
     options->declareMaterial(*info);
     info->footer(infoHelp);

@@ -18,8 +18,7 @@
 namespace audlmd::command {
 namespace {
 
-/// In the order in which it is told.
-using OrderedJson = nlohmann::ordered_json;
+using Json = nlohmann::json;
 
 /// The texts of a broadcast extension, which may fill their fields without a zero at the end.
 std::vector<std::pair<std::string, std::string>> textsOf(const Metadata::Broadcast& broadcast) {
@@ -66,21 +65,14 @@ std::string paddedLeft(const std::string& text, std::size_t width) {
 }
 
 /// Lines of a label and a text; what belongs to the label before has none.
-class Lines {
-public:
-    explicit Lines(const std::string& head) : text_(words::printable(head, 1000) + "\n") {}
+struct Lines {
+    std::vector<std::string> lines;
 
-    void add(const std::string& label, const std::string& line) {
+    void add(const std::string& label, const std::string& text) {
         constexpr std::size_t labelWidth = 22;
-        text_ += "  " + padded(label, labelWidth) + line;
-        text_.erase(text_.find_last_not_of(' ') + 1);
-        text_ += "\n";
+        std::string& line = lines.emplace_back("  " + padded(label, labelWidth) + text);
+        line.erase(line.find_last_not_of(' ') + 1);
     }
-
-    std::string text() && { return std::move(text_); }
-
-private:
-    std::string text_;
 };
 
 std::string channelsText(const FileInfo& info) {
@@ -174,12 +166,12 @@ void addLoudness(Lines& lines, const Levels& levels) {
 }
 
 /// Null for silence, as JSON knows no infinity.
-OrderedJson levelJson(double level) {
-    return std::isfinite(level) ? OrderedJson(level) : OrderedJson(nullptr);
+Json levelJson(double level) {
+    return std::isfinite(level) ? Json(level) : Json(nullptr);
 }
 
-OrderedJson channelJson(const std::string& name, const ChannelLevels& levels) {
-    OrderedJson json{{"name", name}, {"peak", levelJson(decibelsOfGain(levels.peak))}};
+Json levelsJson(const std::string& name, const ChannelLevels& levels) {
+    Json json{{"name", name}, {"peak", levelJson(decibelsOfGain(levels.peak))}};
     if (levels.truePeak)
         json["truePeak"] = levelJson(decibelsOfGain(*levels.truePeak));
     json["clippedRuns"] = levels.clipped.count;
@@ -192,11 +184,11 @@ OrderedJson channelJson(const std::string& name, const ChannelLevels& levels) {
     return json;
 }
 
-OrderedJson metadataJson(const FileInfo& info) {
-    OrderedJson json{{"truncated", info.isTruncated},
-                     {"chunks", OrderedJson::array()},
-                     {"otherChunks", info.metadata.others},
-                     {"tags", OrderedJson::object()}};
+Json metadataJson(const FileInfo& info) {
+    Json json{{"truncated", info.isTruncated},
+              {"chunks", Json::array()},
+              {"otherChunks", info.metadata.others},
+              {"tags", Json::object()}};
     for (const FileInfo::Chunk& chunk : info.chunks)
         json["chunks"].push_back({{"name", chunk.name}, {"bytes", chunk.size}});
     for (const auto& [tag, text] : info.metadata.tags)
@@ -206,63 +198,55 @@ OrderedJson metadataJson(const FileInfo& info) {
             json["bext"][field] = text;
         json["bext"]["time reference"] = info.timeReference;
     }
-    json["markers"] = OrderedJson::array();
+    json["markers"] = Json::array();
     for (const Marker& marker : info.metadata.markers)
         json["markers"].push_back({{"at", marker.position},
                                    {"length", marker.length},
                                    {"name", marker.name},
                                    {"comment", marker.comment}});
-    json["loops"] = OrderedJson::array();
+    json["loops"] = Json::array();
     if (info.metadata.sampler)
         for (const SampleLoop& loop : info.metadata.sampler->loops)
             json["loops"].push_back({{"from", loop.from}, {"to", loop.to}});
     return json;
 }
 
-/// Names come from files, and may be no UTF-8.
-std::string lineOf(const OrderedJson& json) {
-    return json.dump(-1, ' ', false, OrderedJson::error_handler_t::replace) + "\n";
-}
-
 } // namespace
 
-std::string infoText(const std::string& name, const FileInfo& info) {
-    Lines lines(name);
+std::vector<std::string> infoLines(const std::string& name, const FileInfo& info) {
+    Lines lines{{words::printable(name, 1000)}};
     addFormat(lines, info);
     addMetadata(lines, info);
     addPeaks(lines, info);
     addLoudness(lines, info.levels);
-    return std::move(lines).text();
+    return std::move(lines.lines);
 }
 
-std::string infoJson(const std::string& name, const FileInfo& info) {
-    OrderedJson json{{"file", name}, {"kind", info.kind}, {"coding", info.coding}};
+Json infoJson(const FileInfo& info) {
+    Json json = metadataJson(info);
+    json["kind"] = info.kind;
+    json["coding"] = info.coding;
     if (info.format)
         json["format"] = outputFormat(*info.format).name;
     json["sampleRate"] = info.sampleRate;
-    json["samples"] = info.frames;
-    json["seconds"] = static_cast<double>(info.frames) / info.sampleRate;
+    json["frames"] = info.frames;
+    json["duration"] = static_cast<double>(info.frames) / info.sampleRate;
     json["layout"] = nameOf(info.layout);
     json["layoutIsStated"] = info.isLayoutStated;
-    json["channels"] = OrderedJson::array();
+    json["channels"] = Json::array();
     const std::vector<std::string> names = namesOf(info.layout);
     for (std::size_t n = 0; n < names.size(); ++n)
-        json["channels"].push_back(channelJson(names[n], info.levels.channels[n]));
+        json["channels"].push_back(levelsJson(names[n], info.levels.channels[n]));
     const std::pair<const char*, std::optional<double>> loudness[]{
         {"integrated", info.levels.integrated},
         {"range", info.levels.range},
         {"highestMomentary", info.levels.highestMomentary},
         {"highestShortTerm", info.levels.highestShortTerm}};
-    json["loudness"] = OrderedJson::object();
+    json["loudness"] = Json::object();
     for (const auto& [key, level] : loudness)
         if (level)
             json["loudness"][key] = levelJson(*level);
-    json.update(metadataJson(info));
-    return lineOf(json);
-}
-
-std::string failureJson(const std::string& name, const std::string& failure) {
-    return lineOf({{"file", name}, {"failure", failure}});
+    return json;
 }
 
 } // namespace audlmd::command

@@ -1,176 +1,130 @@
+#include "host/words/Text.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Subcommands.hpp"
-#include "tools/audlmd/files/TemporaryFile.hpp"
-#include "tools/audlmd/play/PlayInput.hpp"
-#include "tools/audlmd/play/PlayOptions.hpp"
-#include "tools/audlmd/play/SoundDevice.hpp"
-#include "tools/audlmd/play/StatusLine.hpp"
-#include "tools/audlmd/play/Terminal.hpp"
-#include "tools/audlmd/play/TransportKeys.hpp"
+#include "tools/audlmd/mix/TimelineInput.hpp"
+#include "tools/audlmd/play/InputPlayer.hpp"
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
-#include <thread>
-#include <utility>
+#include <filesystem>
+#include <memory>
+#include <new>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
 
 namespace audlmd::command {
 namespace {
 
-using namespace std::chrono_literals;
+/// The inputs, one after another.
+class InputQueue {
+public:
+    explicit InputQueue(const PlayOptions& options) : options_(options), files_(options.inputs.size()) {}
 
-/// Between two looks at the keyboard, and two drawings of the status line.
-constexpr auto statusInterval = 50ms;
-/// Between two lines of progress where there is no terminal.
-constexpr auto reported = 10s;
+    /// Finds out what opens an only input, so that a wrong one is told before a device is looked for.
+    void openOnly() {
+        if (files_.size() == 1)
+            open(0);
+    }
 
-PlayStatus statusOf(LivePlayer& player, const SoundDevices::Stream& stream) {
-    PlayStatus status{.isPlaying = player.isPlaying(),
-                      .loops = player.loop().has_value(),
-                      .speed = player.speed(),
-                      .position = player.position().number(),
-                      .length = player.length(),
-                      .sampleRate = player.sampleRate(),
-                      .peaks = {},
-                      .underruns = player.underruns(),
-                      .deviceUnderruns = stream.underruns()};
-    for (std::size_t channel = 0; channel < player.channels(); ++channel)
-        status.peaks.push_back(player.takePeak(channel));
-    return status;
-}
-
-/// In the background there are no keys, and the command ends as without a terminal.
-void followKeys(LivePlayer& player, const SoundDevices::Stream& stream) {
-    const KeyTerminal terminal;
-    TransportKeys keys(player.length(), player.sampleRate());
-    bool isHelped = false;
-    bool quits = false;
-    while (!quits) {
-        stream.requireActive();
-        if (!terminal.hasKeys()) {
-            std::this_thread::sleep_for(statusInterval);
-            quits = !player.isPlaying();
-            continue;
+    /// Plays each input, also after one that has failed. Throws CommandError where one has, with the status
+    /// of the first.
+    void play(PlaySession& session) {
+        Turn last = Turn::next;
+        for (std::size_t n = 0; n < files_.size() && last != Turn::quit;) {
+            // What cannot be opened is passed over, in the direction of the last turn.
+            Turn turn = n == 0 ? Turn::next : last;
+            if (files_.size() == 1) {
+                play(session, n, turn);
+            } else {
+                try {
+                    play(session, n, turn);
+                } catch (const std::bad_alloc&) {
+                    throw;
+                } catch (...) {
+                    note(n, currentFailure());
+                }
+            }
+            last = turn;
+            n = turn == Turn::next ? n + 1 : n - std::min<std::size_t>(n, 1);
         }
-        if (!std::exchange(isHelped, true))
-            std::puts(TransportKeys::help);
-        for (const Key key : keysIn(terminal.read(statusInterval, quits)))
-            for (const TransportCommand& command :
-                 keys.press(key, {player.isPlaying(), player.speed(), player.position()}))
-                if (std::holds_alternative<Quit>(command))
-                    quits = true;
-                else
-                    carryOut(command, player);
-        terminal.show(statusLine(statusOf(player, stream)));
+        if (failed_)
+            throw CommandError(std::to_string(failures_.size()) + " of " +
+                                   words::counted(files_.size(), "input") + " failed, see above",
+                               *failed_);
     }
-}
 
-void playToTheEnd(LivePlayer& player, const SoundDevices::Stream& stream) {
-    auto next = std::chrono::steady_clock::now() + reported;
-    while (player.isPlaying()) {
-        std::this_thread::sleep_for(statusInterval);
-        stream.requireActive();
-        if (std::chrono::steady_clock::now() < next)
-            continue;
-        next += reported;
-        std::puts(statusLine(statusOf(player, stream)).c_str());
+private:
+    void play(PlaySession& session, std::size_t n, Turn& turn) {
+        const std::filesystem::path& name = options_.inputs[n];
+        open(n);
+        PlayInput input(options_, name, *files_[n]);
+        if (files_.size() > 1)
+            std::printf("%s (%zu of %zu)\n", words::printable(name.string()).c_str(), n + 1, files_.size());
+        InputPlayer player(session, input, n == 0, n + 1 == files_.size());
+        turn = player.play();
+        if (session.terminal != nullptr)
+            session.terminal->restore();
+        player.tell();
+    }
+
+    /// Once: a stream can be read once, and is perhaps played twice.
+    void open(std::size_t n) {
+        const std::filesystem::path& name = options_.inputs[n];
+        if (!files_[n])
+            files_[n] = isTimelineFile(name) ? PlayableFile{.path = name} : options_.atHand(name);
+    }
+
+    /// Of a failure that the next input has no part in. Throws any other.
+    void note(std::size_t n, const CommandError& failure) {
+        if (failure.status() != ExitStatus::input && failure.status() != ExitStatus::incomplete)
+            throw failure;
         std::fflush(stdout);
+        printError(failure.what());
+        failures_.insert(n);
+        failed_ = failed_.value_or(failure.status());
     }
-}
 
-/// Throws CommandError where the device cannot play the input. Settles its channels.
-DeviceFormat formatFor(const SoundDevices& devices, int device, PlayInput& input,
-                       const PlayOptions& options) {
-    DeviceFormat format{.channels = input.channels(),
-                        .sampleRate = input.sampleRate(),
-                        .block = options.block,
-                        .latency = options.latency / 2000.0};
-    const std::size_t wanted = format.channels;
-    if (devices.supports(device, format))
-        return format;
-    for (const std::size_t channels : {8U, 6U, 4U, 2U, 1U}) {
-        // One channel is heard on both sides of a device that has no single one.
-        if (channels >= wanted && !(wanted == 1 && channels == 2))
-            continue;
-        format.channels = channels;
-        if (!devices.supports(device, format))
-            continue;
-        const std::string text = input.foldDownTo(channels);
-        if (channels < wanted)
-            std::printf("the sound device does not play %zu channels: %s\n", wanted, text.c_str());
-        return format;
-    }
-    throw CommandError("the sound device does not play " + std::to_string(wanted) + " channels at " +
-                           std::to_string(format.sampleRate) +
-                           " Hz; choose another --rate or --device (--list-devices shows what there is)",
-                       ExitStatus::output);
-}
-
-/// Throws CommandError where a part of the sound has failed.
-void tell(LivePlayer& player, const PlayInput& input) {
-    const LiveReport report = player.report();
-    for (const StripReport& strip : report.strips)
-        if (strip.underrunSamples != 0)
-            std::printf("late: %s, %llu samples\n", input.nameOf(strip).c_str(),
-                        static_cast<unsigned long long>(strip.underrunSamples));
-    if (!report.sound.failure.empty())
-        throw CommandError(report.sound.failure, ExitStatus::input);
-    for (const StripReport& strip : report.strips)
-        if (!strip.failure.empty())
-            throw CommandError(input.nameOf(strip) + ": " + strip.failure, ExitStatus::incomplete);
-}
-
-/// How far rendering must be ahead, in seconds. A device may fill its buffer at one go, and some sound
-/// servers take a few blocks more than they were opened with.
-double aheadOf(const DeviceFormat& format) {
-    return std::min(1.25 * format.latency + static_cast<double>(format.block) / format.sampleRate, 2.0);
-}
+    const PlayOptions& options_;
+    /// What opens each input, once that is known.
+    std::vector<std::optional<PlayableFile>> files_;
+    std::set<std::size_t> failures_;
+    std::optional<ExitStatus> failed_;
+};
 
 void play(const PlayOptions& options) {
     options.requireCompatible();
+    InputQueue inputs(options);
+    if (!options.listDevices)
+        inputs.openOnly();
     const SoundDevices devices;
     if (options.listDevices) {
         devices.find(std::nullopt); // Throws where there is none.
         std::fputs(devices.list().c_str(), stdout);
         return;
     }
-    PlayInput input(options);
-    const int device = devices.find(options.device);
-    const DeviceFormat format = formatFor(devices, device, input, options);
-    std::unique_ptr<LivePlayer> player;
-    {
-        // The threads that the player starts leave the signals to this thread.
-        const EndingSignalsBlocked blocked;
-        LiveOptions live;
-        live.latency = aheadOf(format);
-        live.inlined = options.inlined();
-        player = input.makePlayer(live);
-    }
-    player->setSpeed(options.speed());
-    if (options.from)
-        player->seek(momentIn(*options.from, input.whole()));
-    {
-        const SoundDevices::Stream stream(device, format,
-                                          [&](std::span<float> frames) { player->fill(frames); });
-        player->play();
-        if (KeyTerminal::isThere())
-            followKeys(*player, stream);
-        else
-            playToTheEnd(*player, stream);
-        // Time to fade out.
-        player->stop();
-        std::this_thread::sleep_for(statusInterval);
-        std::puts(underrunText(statusOf(*player, stream)).c_str());
-    }
-    tell(*player, input);
+    if (options.changesConverter())
+        std::printf("note: --speed: %g is beyond the band-limited converter, so the linear one plays\n",
+                    options.strip.speed->factor);
+    JobControl jobs;
+    std::optional<KeyTerminal> terminal;
+    if (KeyTerminal::isThere())
+        terminal.emplace();
+    PlaySession session{.options = options,
+                        .devices = devices,
+                        .device = devices.find(options.device),
+                        .jobs = jobs,
+                        .terminal = terminal ? &*terminal : nullptr};
+    inputs.play(session);
 }
 
 } // namespace
 
 void addPlayCommand(CLI::App& app) {
-    CLI::App* command = app.add_subcommand("play", "Play a sound file or a timeline, with keys to shuttle");
+    CLI::App* command = app.add_subcommand("play", "Play sound files and timelines, with keys to shuttle");
     const auto options = std::make_shared<PlayOptions>();
     options->declare(*command);
     command->callback([options] { play(*options); });

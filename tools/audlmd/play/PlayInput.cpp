@@ -1,13 +1,18 @@
 #include "tools/audlmd/play/PlayInput.hpp"
 
 #include "host/play/LiveContent.hpp"
+#include "host/signal/GainLaws.hpp"
+#include "host/timeline/List.hpp"
 #include "host/timeline/TimelineError.hpp"
 #include "host/words/Text.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/files/Metadata.hpp"
 #include "tools/audlmd/mix/TimelineInput.hpp"
 
+#include <algorithm>
 #include <cstdio>
+#include <iterator>
+#include <set>
 #include <utility>
 
 namespace audlmd::command {
@@ -25,38 +30,67 @@ StripSettings forwards(const StripSettings& asRendered, bool converts) {
 
 } // namespace
 
-PlayInput::PlayInput(const PlayOptions& options) : options_(options), isTimeline_(options.isTimeline()) {
+PlayInput::PlayInput(const PlayOptions& options, const std::filesystem::path& name, const PlayableFile& file)
+    : options_(options), name_(name), isTimeline_(isTimelineFile(name)) {
     if (isTimeline_)
         openTimeline();
     else
-        openSound();
+        openSound(file);
 }
 
-void PlayInput::openSound() {
-    const PlayableFile atHand = options_.atHand(options_.input);
-    if (!atHand.note.empty())
-        std::puts(atHand.note.c_str());
-    OpenInput opened = options_.open(atHand.path, options_.input);
+void PlayInput::openSound(const PlayableFile& file) {
+    OpenInput opened = options_.open(file.path, name_);
     media_ = options_.strip.amplified(std::move(opened.media));
-    const Metadata metadata = readMetadata(atHand.path);
+    const Metadata metadata = readMetadata(file.path);
     markers_ = atRate(metadata.markers, metadata.sampleRate, media_.sampleRate);
-    for (const std::string& note : opened.notes)
-        std::puts(note.c_str());
-    settings_ = forwards(options_.strip
-                             .settingsFor({.path = options_.input,
-                                           .frames = media_.channels.front()->length(),
-                                           .sampleRate = media_.sampleRate})
-                             .settings,
-                         options_.strip.converter.has_value());
+    if (!file.note.empty())
+        notes_.push_back(file.note);
+    notes_.insert(notes_.end(), opened.notes.begin(), opened.notes.end());
+    settings_ = forwards(
+        options_.strip
+            .settingsFor(
+                {.path = name_, .frames = media_.channels.front()->length(), .sampleRate = media_.sampleRate})
+            .settings,
+        options_.strip.converter.has_value());
 }
 
 void PlayInput::openTimeline() {
     finder_ = std::make_unique<MediaFinder>(options_.media, options_);
-    timeline_ =
-        readTimelineFile(options_.input, {.rate = options_.rate, .channels = options_.channels}, *finder_);
+    timeline_ = readTimelineFile(name_, {.rate = options_.rate, .channels = options_.channels}, *finder_);
     markers_ = markersOf(timeline_);
     if (timeline_.length <= 0)
-        throw CommandError("'" + options_.input.string() + "' has nothing to play", ExitStatus::input);
+        throw CommandError(words::quoted(name_.string()) + " has nothing to play", ExitStatus::input);
+    if (options_.strip.gain)
+        amplify(*options_.strip.gain);
+    addTimelineNotes();
+}
+
+void PlayInput::amplify(double decibels) {
+    const std::size_t channels = layout().size();
+    Routing gain{.rows = std::vector(channels, std::vector<float>(channels))};
+    for (std::size_t channel = 0; channel < channels; ++channel)
+        gain.rows[channel][channel] = static_cast<float>(gainOfDecibels(decibels));
+    if (timeline_.foldDown)
+        gain = combined(timeline_.foldDown->routing, gain);
+    timeline_.foldDown = {std::move(gain), layout()};
+}
+
+void PlayInput::addTimelineNotes() {
+    constexpr std::size_t mostLines = 12;
+    const TimelineSpan whole{0, std::int64_t{timeline_.length}};
+    std::vector<TimelineNote> notes = timeline_.notes;
+    MediaCheck check = checkMedia(timeline_, whole, *finder_);
+    silences_ = std::ssize(silencesIn(timeline_, whole));
+    for (std::vector<TimelineNote>* found : {&check.failures, &check.choices})
+        notes.insert(notes.end(), found->begin(), found->end());
+    // Those by which something is silent come first, so that they are not among those left out.
+    std::stable_partition(notes.begin(), notes.end(), [](const TimelineNote& note) { return note.silences; });
+    notes_ = timeline::noteLines(notes, timeline_.sampleRate);
+    if (notes_.size() <= mostLines)
+        return;
+    const std::size_t more = notes_.size() - mostLines;
+    notes_.resize(mostLines);
+    notes_.push_back("and " + std::to_string(more) + " more; audlmd mix --list shows all");
 }
 
 std::size_t PlayInput::channels() const {
@@ -64,7 +98,7 @@ std::size_t PlayInput::channels() const {
 }
 
 RangeOf PlayInput::whole() const {
-    return {.name = words::quoted(options_.input.string()),
+    return {.name = words::quoted(name_.string()),
             .length = isTimeline_ ? std::int64_t{timeline_.length} : media_.channels.front()->length(),
             .sampleRate = sampleRate(),
             .markers = markers_};
@@ -82,7 +116,7 @@ std::string PlayInput::foldDownTo(std::size_t channels) {
     const ChannelLayout before = layout();
     ChannelOptions fewer;
     fewer.channels = unknownLayout(channels);
-    const std::optional<FoldDown> foldDown = fewer.foldDownOf(before, options_.input.string());
+    const std::optional<FoldDown> foldDown = fewer.foldDownOf(before, name_.string());
     if (!foldDown)
         return "";
     if (!isTimeline_)
@@ -92,6 +126,50 @@ std::string PlayInput::foldDownTo(std::size_t channels) {
     else
         timeline_.foldDown = foldDown;
     return foldDownText(before, foldDown->layout);
+}
+
+std::string PlayInput::nameAt(TimelineSample position) const {
+    const TimelineStrip* last = nullptr;
+    std::size_t sounding = 0;
+    for (const TimelineTrack& track : timeline_.tracks)
+        for (const TimelineStrip& strip : track.strips) {
+            if (!strip.silence.empty() || position < strip.at || position >= strip.at + strip.length)
+                continue;
+            ++sounding;
+            if (last == nullptr || strip.at >= last->at)
+                last = &strip;
+        }
+    if (last == nullptr)
+        return name_ == "-" ? "standard input" : name_.filename().string();
+    const std::string clip =
+        last->name.empty() ? std::filesystem::path(last->media).filename().string() : last->name;
+    return clip + (sounding > 1 ? " +" + std::to_string(sounding - 1) : "");
+}
+
+void PlayInput::tell(const LiveReport& report) const {
+    if (!report.sound.failure.empty())
+        throw CommandError(report.sound.failure, ExitStatus::input);
+    // A strip may be reported twice.
+    std::set<StripKey> failed;
+    for (const StripReport& strip : report.strips) {
+        const std::string where = words::printable(nameOf(strip), std::string::npos);
+        if (strip.underrunSamples != 0)
+            std::printf("late: %s, %llu samples\n", where.c_str(),
+                        static_cast<unsigned long long>(strip.underrunSamples));
+        if (strip.failure.empty())
+            continue;
+        failed.insert(strip);
+        const std::string failure = words::printable(strip.failure, std::string::npos);
+        // A medium that is not there is among the notes.
+        if (std::ranges::none_of(
+                notes_, [&](const std::string& note) { return note.find(failure) != std::string::npos; }))
+            std::printf("silent: %s: %s\n", where.c_str(), failure.c_str());
+    }
+    if (const std::ptrdiff_t silent = silences_ + std::ssize(failed); silent != 0)
+        throw CommandError(words::quoted(name_.string()) + ": " + std::to_string(silent) +
+                               (silent == 1 ? " clip is" : " clips are") +
+                               " silent, if only in part, see above",
+                           ExitStatus::incomplete);
 }
 
 std::string PlayInput::nameOf(const StripReport& strip) const {

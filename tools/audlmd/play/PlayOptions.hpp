@@ -13,8 +13,8 @@ namespace audlmd::command {
 
 /// The options of `play`. The rate is the device's.
 struct PlayOptions : RenderingOptions {
-    /// A sound file or a timeline. Empty: only the devices are listed.
-    std::filesystem::path input;
+    /// Sound files and timelines, in the order of playing. Empty: only the devices are listed.
+    std::vector<std::filesystem::path> inputs;
     /// See MediaFinder.
     std::vector<std::filesystem::path> media;
 
@@ -26,9 +26,10 @@ struct PlayOptions : RenderingOptions {
     /// From rendering to the loudspeaker, in milliseconds.
     double latency = 80.0;
 
-    /// Where playing starts. Not set: the start, or backwards the end.
+    /// Where playing starts in the first input. Not set: the start, or backwards the end.
     std::optional<TimeValue> from;
-    /// Equaliser, fades and levels of a sound file. Speed and direction are the transport's first ones.
+    /// Equaliser, fades and levels of sound files; the gain of timelines, too. Speed and direction are the
+    /// transport's first ones.
     StripOptions strip;
 
     /// Declares all options with their help. This object must outlive the app.
@@ -37,10 +38,10 @@ struct PlayOptions : RenderingOptions {
     /// Throws CommandError for options that cannot stand together, or alone.
     void requireCompatible() const;
 
-    /// Looks into the file, see isTimelineFile().
-    bool isTimeline() const;
     /// The first speed of the transport: negative backwards.
     double speed() const;
+    /// Whether that speed is played by the linear converter, though nobody asked for it.
+    bool changesConverter() const;
 };
 
 } // namespace audlmd::command

@@ -14,11 +14,11 @@
 #include <utility>
 
 namespace audlmd::command {
-namespace {
 
-/// The sound libraries below PortAudio write a page about devices that are not there. Standard error is
-/// closed to them while they look for devices, so that the user sees our line alone. That holds for the whole
-/// process; no thread of ours writes errors meanwhile. Where a call fails, standard error stays as it is.
+/// The sound libraries, PortAudio among them, write a page about devices that are not there, and lines about
+/// what they meet while they play. Standard error is closed to them, so that the user sees our line alone.
+/// That holds for the whole process; no thread of ours writes errors meanwhile. Where a call fails, standard
+/// error stays as it is.
 class QuietLibraries {
 public:
     QuietLibraries() : errors_(fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0)) {
@@ -39,9 +39,17 @@ private:
     int errors_;
 };
 
+namespace {
+
 void require(PaError result, const std::string& what) {
-    if (result != paNoError)
-        throw CommandError(what + ": " + Pa_GetErrorText(result), ExitStatus::output);
+    if (result == paNoError)
+        return;
+    // The sound system below may have said more.
+    const PaHostErrorInfo* const host = Pa_GetLastHostErrorInfo();
+    const bool knowsMore = result == paUnanticipatedHostError && host != nullptr &&
+                           host->errorText != nullptr && *host->errorText != '\0';
+    throw CommandError(what + ": " + (knowsMore ? host->errorText : Pa_GetErrorText(result)),
+                       ExitStatus::output);
 }
 
 PaStreamParameters parametersFor(int device, const DeviceFormat& format) {
@@ -110,10 +118,16 @@ int SoundDevices::find(const std::optional<std::string>& name) const {
 bool SoundDevices::supports(int device, const DeviceFormat& format) const {
     const QuietLibraries quiet;
     const PaStreamParameters parameters = parametersFor(device, format);
-    return Pa_IsFormatSupported(nullptr, &parameters, format.sampleRate) == paFormatIsSupported;
+    const PaError result = Pa_IsFormatSupported(nullptr, &parameters, format.sampleRate);
+    if (result == paDeviceUnavailable)
+        throw CommandError("the sound device '" + std::string(Pa_GetDeviceInfo(device)->name) +
+                               "' is in use; end what uses it, or choose another with --device",
+                           ExitStatus::output);
+    return result == paFormatIsSupported;
 }
 
 struct SoundDevices::Stream::Callback {
+    QuietLibraries quiet{};
     Fill fill;
     std::size_t channels;
     std::atomic<std::uint64_t> underruns{0};
@@ -133,12 +147,11 @@ int callBack(const void*, void* output, unsigned long frames, const PaStreamCall
 } // namespace
 
 SoundDevices::Stream::Stream(int device, const DeviceFormat& format, Fill fill)
-    : callback_(new Callback{std::move(fill), format.channels}) {
+    : callback_(new Callback{.fill = std::move(fill), .channels = format.channels}) {
     const std::string what =
         std::string("the sound device '") + Pa_GetDeviceInfo(device)->name + "' does not play";
     const PaStreamParameters parameters = parametersFor(device, format);
     const EndingSignalsBlocked blocked;
-    const QuietLibraries quiet;
     // Without dithering and clipping of PortAudio's own, the device gets the samples as they are.
     require(Pa_OpenStream(&stream_, nullptr, &parameters, format.sampleRate, format.block,
                           paClipOff | paDitherOff, &callBack, callback_.get()),
@@ -152,7 +165,6 @@ SoundDevices::Stream::Stream(int device, const DeviceFormat& format, Fill fill)
 SoundDevices::Stream::~Stream() {
     // To stop a stream plays it to its end, but some sound servers drop what they have not played yet.
     Pa_Sleep(std::lround(1000.0 * Pa_GetStreamInfo(stream_)->outputLatency));
-    const QuietLibraries quiet;
     Pa_StopStream(stream_);
     Pa_CloseStream(stream_);
 }

@@ -37,10 +37,12 @@ public:
     /// there is none, or more than one.
     int find(const std::optional<std::string>& name) const;
 
-    /// Whether the device takes floats in this format.
+    /// Whether the device takes floats in this format. Throws CommandError where another program has the
+    /// device.
     bool supports(int device, const DeviceFormat& format) const;
 
-    /// Asks for interleaved frames, on a thread of PortAudio's, until destroyed.
+    /// Asks for interleaved frames, on a thread of PortAudio's, until destroyed. Until then standard error is
+    /// closed to the whole process: keep errors for afterwards.
     class Stream {
     public:
         using Fill = std::function<void(std::span<float>)>;

@@ -4,7 +4,9 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <poll.h>
+#include <string_view>
 #include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
@@ -21,8 +23,7 @@ termios before{};
 /// Whether the terminal is as takeKeys() leaves it. A shell that takes the terminal back, as from a job that
 /// was stopped, has modes of its own.
 bool givesKeys(const termios& modes) {
-    return (modes.c_lflag & static_cast<tcflag_t>(ICANON | ECHO)) == 0 && modes.c_cc[VMIN] == 0 &&
-           modes.c_cc[VSUSP] == _POSIX_VDISABLE;
+    return (modes.c_lflag & static_cast<tcflag_t>(ICANON | ECHO)) == 0 && modes.c_cc[VMIN] == 0;
 }
 
 void takeKeys() {
@@ -33,25 +34,36 @@ void takeKeys() {
     keys.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
     keys.c_cc[VMIN] = 0;
     keys.c_cc[VTIME] = 0;
-    // A command that is suspended would leave the terminal as it is now.
-    keys.c_cc[VSUSP] = _POSIX_VDISABLE;
     tcsetattr(STDIN_FILENO, TCSANOW, &keys);
 }
 
-/// Uses only what is safe in a signal handler.
-void restore() {
+/// Whether the process may use the terminal. Where there is no job control, the terminal names no group, and
+/// everybody may.
+bool isInForeground() {
+    const pid_t foreground = tcgetpgrp(STDIN_FILENO);
+    return foreground == -1 || foreground == getpgrp();
+}
+
+/// Uses only what is safe in a signal handler. Behind the foreground the terminal is somebody else's.
+void restoreTerminal() {
     termios now{};
-    if (tcgetattr(STDIN_FILENO, &now) == 0 && givesKeys(now))
+    if (isInForeground() && tcgetattr(STDIN_FILENO, &now) == 0 && givesKeys(now))
         tcsetattr(STDIN_FILENO, TCSANOW, &before);
 }
 
 /// Uses only what is safe in a signal handler. The second signal has the default action, so the shell sees
 /// how the process ended.
 extern "C" void restoreAndEnd(int signal) {
-    restore();
+    restoreTerminal();
     static_cast<void>(!write(STDOUT_FILENO, "\n", 1));
     std::signal(signal, SIG_DFL);
     std::raise(signal); // delivered when this handler returns
+}
+
+volatile std::sig_atomic_t stopIsAsked = 0;
+
+extern "C" void askToStop(int /*signal*/) {
+    stopIsAsked = 1;
 }
 
 void handleSignals(void (*handler)(int)) {
@@ -74,23 +86,20 @@ bool KeyTerminal::isThere() {
 
 KeyTerminal::KeyTerminal() {
     handleSignals(&restoreAndEnd);
-    // These two would stop the command where another process has the terminal: when it reads a key, and when
-    // it restores the terminal or writes its last line.
-    std::signal(SIGTTIN, SIG_IGN);
-    std::signal(SIGTTOU, SIG_IGN);
 }
 
 KeyTerminal::~KeyTerminal() {
     restore();
     handleSignals(SIG_DFL);
-    std::fputs("\n", stdout);
-    std::fflush(stdout);
 }
 
-/// Where there is no job control, the terminal names no group, and everybody may read.
+void KeyTerminal::restore() {
+    restoreTerminal();
+    endLine();
+}
+
 bool KeyTerminal::hasKeys() const {
-    const pid_t foreground = tcgetpgrp(STDIN_FILENO);
-    if (foreground != -1 && foreground != getpgrp())
+    if (!isInForeground())
         return false;
     takeKeys();
     return true;
@@ -106,12 +115,66 @@ std::string KeyTerminal::read(std::chrono::milliseconds time, bool& hasEnded) co
     return {typed.data(), count > 0 ? static_cast<std::size_t>(count) : 0};
 }
 
-void KeyTerminal::show(const std::string& line) const {
+std::size_t KeyTerminal::width() const {
     winsize size{};
-    const bool known = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 1;
-    // Carriage return, the line, then erase to the end of the line.
-    std::printf("\r%s\033[K", line.substr(0, known ? size.ws_col - 1U : 79U).c_str());
+    return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 1 ? size.ws_col - 1U : 79U;
+}
+
+bool KeyTerminal::hasColours() const {
+    const char* const none = std::getenv("NO_COLOR");
+    const char* const kind = std::getenv("TERM");
+    return (none == nullptr || *none == '\0') && (kind == nullptr || std::string_view(kind) != "dumb");
+}
+
+void KeyTerminal::show(const std::string& line) {
+    // Carriage return, the line without going on in the next one, then erase to the end of the line.
+    std::printf("\r\033[?7l%s\033[K\033[?7h", line.c_str());
     std::fflush(stdout);
+    hasLine_ = true;
+}
+
+void KeyTerminal::tell(const std::string& text) {
+    std::printf("%s%s\n", hasLine_ ? "\r\033[K" : "", text.c_str());
+    hasLine_ = false;
+}
+
+void KeyTerminal::endLine() {
+    if (hasLine_)
+        std::putchar('\n');
+    hasLine_ = false;
+    std::fflush(stdout);
+}
+
+JobControl::JobControl() {
+    // These two would stop the command where another process has the terminal: when it reads a key, and when
+    // it restores the terminal or writes a line.
+    std::signal(SIGTTIN, SIG_IGN);
+    std::signal(SIGTTOU, SIG_IGN);
+    takeStops();
+}
+
+JobControl::~JobControl() {
+    if (takesStops_)
+        std::signal(SIGTSTP, SIG_DFL);
+}
+
+bool JobControl::isAskedToStop() const {
+    return stopIsAsked != 0;
+}
+
+void JobControl::stop() {
+    stopIsAsked = 0;
+    std::signal(SIGTSTP, SIG_DFL);
+    std::raise(SIGTSTP); // returns when somebody lets the process go on
+    takeStops();
+}
+
+void JobControl::takeStops() {
+    struct sigaction action {};
+    action.sa_handler = &askToStop;
+    struct sigaction old {};
+    sigaction(SIGTSTP, nullptr, &old);
+    takesStops_ = old.sa_handler != SIG_IGN && sigaction(SIGTSTP, &action, nullptr) == 0;
 }
 
 } // namespace audlmd::command

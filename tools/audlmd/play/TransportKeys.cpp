@@ -10,8 +10,6 @@
 namespace audlmd::command {
 namespace {
 
-/// For a jog: the frame of a picture lasts so many parts of a second.
-constexpr int framesPerSecond = 25;
 constexpr double mostDecibels = 10.0;
 constexpr double leastDecibels = -60.0;
 
@@ -32,12 +30,25 @@ constexpr std::pair<std::string_view, Key> sequences[] = {{"C", rightKey}, {"D",
                                                           {"F", endKey},   {"1~", homeKey}, {"4~", endKey},
                                                           {"7~", homeKey}, {"8~", endKey}};
 
+const std::pair<Key, TransportCommand> programKeys[] = {
+    {U'q', Quit{}}, {U'n', NextInput{}}, {U'p', PreviousInput{}}, {U'?', ShowKeys{}}};
+
+std::vector<TransportCommand> forProgram(Key key) {
+    for (const auto& [name, command] : programKeys)
+        if (name == key)
+            return {command};
+    return {};
+}
+
 struct Orders {
     LivePlayer& player;
 
     void operator()(Play) const { player.play(); }
     void operator()(Stop) const { player.stop(); }
     void operator()(Quit) const {}
+    void operator()(NextInput) const {}
+    void operator()(PreviousInput) const {}
+    void operator()(ShowKeys) const {}
     void operator()(SetSpeed command) const { player.setSpeed(command.speed); }
     void operator()(Seek command) const { player.seek(command.position); }
     void operator()(Jog command) const { player.jog(command.samples); }
@@ -84,9 +95,9 @@ std::vector<TransportCommand> TransportKeys::press(Key key, const TransportNow& 
     case U'l':
         return shuttle(1.0, now);
     case U',':
-        return {Jog{-sampleRate_ / framesPerSecond}};
+        return {Jog{-frame_}};
     case U'.':
-        return {Jog{sampleRate_ / framesPerSecond}};
+        return {Jog{frame_}};
     case leftKey:
         return seek(now.position - sampleRate_);
     case rightKey:
@@ -104,10 +115,8 @@ std::vector<TransportCommand> TransportKeys::press(Key key, const TransportNow& 
         return changeLevel(1.0);
     case U'-':
         return changeLevel(-1.0);
-    case U'q':
-        return {Quit{}};
     default:
-        return {};
+        return forProgram(key);
     }
 }
 

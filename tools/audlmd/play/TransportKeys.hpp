@@ -2,6 +2,8 @@
 
 #include "host/play/LivePlayer.hpp"
 
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -24,7 +26,11 @@ std::vector<Key> keysIn(std::string_view bytes);
 // What a transport can be told.
 struct Play {};
 struct Stop {};
+// These four concern the program, not the player.
 struct Quit {};
+struct NextInput {};
+struct PreviousInput {};
+struct ShowKeys {};
 struct SetSpeed {
     double speed;
 };
@@ -41,9 +47,10 @@ struct SetLoop {
 struct SetLevel {
     double decibels;
 };
-using TransportCommand = std::variant<Play, Stop, Quit, SetSpeed, Seek, Jog, SetLoop, SetLevel>;
+using TransportCommand = std::variant<Play, Stop, Quit, NextInput, PreviousInput, ShowKeys, SetSpeed, Seek,
+                                      Jog, SetLoop, SetLevel>;
 
-/// Has the player do what a command says. Does nothing for Quit, which concerns the program.
+/// Has the player do what a command says. Does nothing for what concerns the program.
 void carryOut(const TransportCommand& command, LivePlayer& player);
 
 /// What keys do depends on where the transport stands.
@@ -56,14 +63,42 @@ struct TransportNow {
 /// The keys of the transport: turns key after key into commands. Knows neither terminal nor player.
 class TransportKeys {
 public:
-    /// A line for the user that names all keys.
-    static constexpr const char* help = "space play/stop  J K L shuttle  , . frame  arrows second  Home End  "
-                                        "I O loop  X no loop  + - level  Q quit";
+    /// For the user: all keys, a line or two for each group of them.
+    static constexpr const char* help =
+        R"(  space    play and stop
+  J K L    shuttle backwards, stop, shuttle forwards: 1, 2, 4 and 8 times the
+           speed on repeated presses; a fast shuttle steps down before it turns
+  , .      a frame back and forth, of the timeline's frame rate or else 1/25 s;
+           while stopped the frame is heard
+  arrows   a second back and forth; Home and End
+  I O X    start and end of a loop; no loop
+  + -      the level, from -60 to +10 dB
+  N P      the next and the previous input
+  ?        these lines
+  Ctrl-Z   stops the command until the shell's fg, or bg to play without keys
+  Q        ends the command)";
 
-    TransportKeys(Distance<SourceRate> length, int sampleRate)
-        : end_(RangeSample() + length), sampleRate_(sampleRate) {}
+    /// What a jog and a second are, in samples of a sound.
+    struct Steps {
+        Distance<SourceRate> length = 0;
+        /// Per second.
+        int sampleRate = 48000;
+        /// Frames of a picture per second.
+        double frameRate = 25.0;
+    };
+
+    /// `level` in decibels: where the keys have put it before.
+    explicit TransportKeys(const Steps& sound, double level = 0.0)
+        : end_(RangeSample() + sound.length), sampleRate_(sound.sampleRate),
+          frame_(std::max(1LL, std::llround(sound.sampleRate / sound.frameRate))), level_(level) {}
 
     std::vector<TransportCommand> press(Key key, const TransportNow& now);
+
+    /// In decibels.
+    double level() const { return level_; }
+    /// Where a loop is marked of which the other end is not: at most one of both.
+    std::optional<RangeSample> loopStart() const { return loopTo_ ? std::nullopt : loopFrom_; }
+    std::optional<RangeSample> loopEnd() const { return loopFrom_ ? std::nullopt : loopTo_; }
 
 private:
     std::vector<TransportCommand> shuttle(double towards, const TransportNow& now) const;
@@ -72,9 +107,10 @@ private:
 
     RangeSample end_;
     int sampleRate_;
+    Distance<SourceRate> frame_;
     std::optional<RangeSample> loopFrom_;
     std::optional<RangeSample> loopTo_;
-    double level_ = 0.0;
+    double level_;
 };
 
 } // namespace audlmd::command

@@ -129,7 +129,7 @@ std::string decimalText(double number) {
 
 LoudnessMeter makeMeter(const ChannelLayout& layout, const SoundFile& file) {
     try {
-        return LoudnessMeter(layout, file.sampleRate(), LoudnessMeter::TruePeak::left_out);
+        return LoudnessMeter(layout, file.sampleRate(), LoudnessMeter::TruePeak::leftOut);
     } catch (const std::invalid_argument& error) {
         throw CommandError(words::quoted(file.path().string()) + " has no loudness: " + error.what(),
                            ExitStatus::input);

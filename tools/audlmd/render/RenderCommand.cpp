@@ -1,4 +1,3 @@
-#include "host/words/Text.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Subcommands.hpp"
 #include "tools/audlmd/files/OutputPath.hpp"
@@ -8,7 +7,6 @@
 
 #include <filesystem>
 #include <memory>
-#include <optional>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -43,7 +41,7 @@ void renderIntoFolder(const RenderOptions& options) {
         failToWrite(options.output, error.value());
     forEachInput(
         outputs.size(), [&](std::size_t n) { renderOne(options, options.inputs[n], outputs[n]); },
-        [](std::size_t, const CommandError&) {}, "; the others are in '" + options.output.string() + "'");
+        "; the others are in '" + options.output.string() + "'");
 }
 
 void renderAll(const RenderOptions& options) {
