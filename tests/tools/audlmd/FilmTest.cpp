@@ -65,11 +65,8 @@ TEST_F(Films, GiveWayToTheSoundBesideThem) {
     setenv("PATH", "/nowhere", 1);
     writeSound(in("film.wav"), noise(1, 100));
     writeTimeline(R"({"media": "film.mov"})");
-    for (const std::string start : {"....moov", "RIFF....AVI ", "\x1A\x45\xDF\xA3", "\x06\x0E\x2B\x34",
-                                    "\x30\x26\xB2\x75", "FLV\x01", ""}) {
-        writeBytes(in("film.mov"), start + bytes_);
-        EXPECT_THAT(output("mix film.json --list"), HasSubstr("/film.wav\n"));
-    }
+    writeBytes(in("film.mov"), bytes_);
+    EXPECT_THAT(output("mix film.json --list"), HasSubstr("/film.wav\n"));
     writeTimeline(R"({"media": "film.mov#stream=1", "from": 0, "to": 100})");
     expectRefused("mix film.json -o new.wav --strict", "film.mov': libsndfile does not read it", 3);
 }
