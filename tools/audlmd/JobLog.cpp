@@ -4,6 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <new>
 #include <utility>
 
 namespace audlmd::command {
@@ -12,6 +13,20 @@ using Json = nlohmann::json;
 
 JobLog::JobLog(FILE* stream, JobStyle style, std::string input, bool named)
     : stream_(stream), style_(style), input_(std::move(input)), named_(named) {}
+
+void JobLog::run(const std::function<void()>& job,
+                 const std::function<void(const CommandError&)>& failed) const {
+    try {
+        job();
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (...) {
+        const CommandError failure = currentFailure();
+        error(failure);
+        failed(failure);
+        throw failure;
+    }
+}
 
 void JobLog::note(const std::string& line) const {
     if (line.empty())

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -27,19 +28,24 @@ public:
     /// where there are several.
     JobLog(FILE* stream, JobStyle style, std::string input, bool named = false);
 
+    /// Runs the job. What it throws becomes a CommandError, but for a lack of memory; programs are told, and
+    /// then `failed` is called. People are told by whoever catches it.
+    void run(
+        const std::function<void()>& job,
+        const std::function<void(const CommandError&)>& failed = [](const CommandError&) {}) const;
+
     /// A note, if `line` has any text: {"event": "note", "text": ...}.
     void note(const std::string& line) const;
     /// The end of a job: `lines` for people; for programs `result` as it is, with the event and the input.
     void result(const std::vector<std::string>& lines, nlohmann::json result) const;
-    /// For programs alone, because people are told on standard error by whoever catches it:
-    /// {"event": "error", "text": ..., "exitStatus": ...}.
-    void error(const CommandError& error) const;
     /// For programs alone, because people see a bar: {"event": "progress", "frames": ..., "of": ...}.
     void progress(std::int64_t done, std::int64_t total) const;
 
     const JobStyle& style() const { return style_; }
 
 private:
+    /// {"event": "error", "text": ..., "exitStatus": ...}
+    void error(const CommandError& error) const;
     void print(const char* event, nlohmann::json object) const;
 
     FILE* stream_;

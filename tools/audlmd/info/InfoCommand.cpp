@@ -11,7 +11,6 @@
 
 #include <cstdio>
 #include <memory>
-#include <new>
 #include <optional>
 #include <string>
 #include <utility>
@@ -73,17 +72,12 @@ FileInfo readInfo(const std::filesystem::path& input, const InfoOptions& options
 /// `told`: whether a file has been told of before.
 void tell(const std::string& input, const InfoOptions& options, bool& told) {
     const JobLog log(stdout, options.style, input);
-    try {
+    log.run([&] {
         const FileInfo info = readInfo(input, options, log);
         if (std::exchange(told, true) && !options.style.json)
             std::puts("");
         log.result(infoLines(input, info), infoJson(info));
-    } catch (const std::bad_alloc&) {
-        throw;
-    } catch (...) {
-        log.error(currentFailure());
-        throw;
-    }
+    });
 }
 
 void tellAll(const InfoOptions& options) {

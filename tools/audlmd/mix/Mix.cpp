@@ -7,10 +7,10 @@
 #include "host/words/Text.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Progress.hpp"
-#include "tools/audlmd/files/ChunkWriter.hpp"
 #include "tools/audlmd/files/Outputs.hpp"
 #include "tools/audlmd/files/SampleLayouts.hpp"
 #include "tools/audlmd/mix/MixReportJson.hpp"
+#include "tools/audlmd/mix/MixedChunks.hpp"
 #include "tools/audlmd/mix/TimelineInput.hpp"
 #include "tools/audlmd/mix/picture/TimelineFigure.hpp"
 
@@ -20,11 +20,8 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <limits>
-#include <new>
 #include <optional>
-#include <span>
 #include <string>
 #include <sys/resource.h>
 #include <system_error>
@@ -44,44 +41,6 @@ void allowManyOpenFiles() {
     }
 }
 
-/// A part of a timeline as the chunks of an output.
-class MixedChunks final : public ChunkProducer {
-public:
-    /// `from` is the output sample of the timeline with which the output begins. After each chunk, `mixed` is
-    /// called on the thread that mixes.
-    MixedChunks(Mixer& mixer, TimelineSample from, FormatId format, Rounding rounding, std::size_t block,
-                std::function<void()> mixed)
-        : mixer_(mixer), from_(from), format_(format), rounding_(rounding), mixed_(std::move(mixed)),
-          samples_(outputLayout(mixer.timeline()).size(), std::vector<float>(block)) {}
-
-    /// The mixer has threads of its own.
-    std::size_t parts() const override { return 1; }
-
-    /// Block by block, so that the sums are still in the processor's cache when they are stored.
-    void fill(std::size_t /*part*/, Chunk& chunk) override {
-        std::vector<std::span<float>> block(samples_.begin(), samples_.end());
-        for (std::size_t done = 0; done < chunk.frames; done += block.front().size()) {
-            for (std::span<float>& channel : block)
-                channel = channel.first(std::min(channel.size(), chunk.frames - done));
-            const TimelineSample position = from_ + chunk.from + static_cast<std::int64_t>(done);
-            mixer_.render(position, block);
-            for (std::size_t channel = 0; channel < block.size(); ++channel)
-                store(format_, rounding_, {channel, position.number()}, block[channel],
-                      &chunk.channels[channel][done * outputFormat(format_).bytes]);
-        }
-        mixed_();
-    }
-
-private:
-    Mixer& mixer_;
-    TimelineSample from_;
-    FormatId format_;
-    Rounding rounding_;
-    std::function<void()> mixed_;
-    /// One block of each channel.
-    std::vector<std::vector<float>> samples_;
-};
-
 /// One mix, from the options to the last line of the report.
 class Mix {
 public:
@@ -91,15 +50,7 @@ public:
           log_(outputs_.report(), options.style, options.timeline.string()), given_(std::move(timeline)) {}
 
     void run() {
-        try {
-            mixAndTell();
-        } catch (const std::bad_alloc&) {
-            throw;
-        } catch (...) {
-            const CommandError failure = currentFailure();
-            tellFailure(failure);
-            throw failure;
-        }
+        log_.run([this] { mixAndTell(); }, [this](const CommandError& failure) { reportFailure(failure); });
     }
 
 private:
@@ -305,8 +256,7 @@ private:
     }
 
     /// The report tells also what failed; what failed is told in any case.
-    void tellFailure(const CommandError& failure) {
-        log_.error(failure);
+    void reportFailure(const CommandError& failure) {
         if (isReported_ || !mayReport_ || options_.report.empty())
             return;
         MixRun run = runThatEnded(failure.status());

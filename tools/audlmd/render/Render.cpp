@@ -21,7 +21,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <memory>
-#include <new>
 #include <optional>
 #include <string>
 #include <system_error>
@@ -51,15 +50,7 @@ public:
           log_(outputs_.report(), options.style, input_.string(), options.inputs.size() > 1) {}
 
     void run() {
-        try {
-            renderAndTell();
-        } catch (const std::bad_alloc&) {
-            throw;
-        } catch (...) {
-            const CommandError failure = currentFailure();
-            log_.error(failure);
-            throw failure;
-        }
+        log_.run([this] { renderAndTell(); });
     }
 
 private:
