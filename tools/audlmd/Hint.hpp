@@ -10,9 +10,8 @@ class App;
 
 namespace audlmd::command {
 
-/// What to do about the words of a command line that CLI11 could not place: "'--fad-in' is no option; did you
-/// mean
-/// --fade-in?". Empty where all words have a place. Call this after a failed parse.
+/// What to do about the words of a command line that CLI11 could not place, such as "'--fad-in' is no option;
+/// did you mean --fade-in?". Empty where all words have a place. Call this after a failed parse.
 std::string hintFor(const CLI::App& app);
 
 /// The word of the list that somebody who wrote `word` may have meant: one that begins so, else one that
