@@ -36,9 +36,9 @@ void JobLog::note(const std::string& line) const {
     std::fprintf(stream_, "%s%s\n", named_ ? (words::printable(input_) + ": ").c_str() : "", line.c_str());
 }
 
-void JobLog::result(const std::vector<std::string>& lines, Json result) const {
+void JobLog::result(const std::vector<std::string>& lines, const std::function<Json()>& result) const {
     if (style_.json)
-        return print("result", std::move(result));
+        return print("result", result());
     for (const std::string& line : lines)
         note(line);
 }

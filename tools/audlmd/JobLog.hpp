@@ -36,8 +36,9 @@ public:
 
     /// A note, if `line` has any text: {"event": "note", "text": ...}.
     void note(const std::string& line) const;
-    /// The end of a job: `lines` for people; for programs `result` as it is, with the event and the input.
-    void result(const std::vector<std::string>& lines, nlohmann::json result) const;
+    /// The end of a job: `lines` for people; for programs what `result` makes, with the event and the input.
+    /// Nothing is made for people: where memory is short, destroying an object ends the process.
+    void result(const std::vector<std::string>& lines, const std::function<nlohmann::json()>& result) const;
     /// For programs alone, because people see a bar: {"event": "progress", "frames": ..., "of": ...}.
     void progress(std::int64_t done, std::int64_t total) const;
 

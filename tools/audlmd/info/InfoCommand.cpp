@@ -76,7 +76,7 @@ void tell(const std::string& input, const InfoOptions& options, bool& told) {
         const FileInfo info = readInfo(input, options, log);
         if (std::exchange(told, true) && !options.style.json)
             std::puts("");
-        log.result(infoLines(input, info), infoJson(info));
+        log.result(infoLines(input, info), [&] { return infoJson(info); });
     });
 }
 

@@ -147,7 +147,7 @@ void joinSlices(const JoinOptions& options) {
     if (!options.style.quiet)
         lines.push_back("joined " + words::counted(slices.size(), "slice") + ", " +
                         std::to_string(layout.frames) + " samples, as they are");
-    log.result(lines, report);
+    log.result(lines, [&] { return report; });
     if (report["exitStatus"] == static_cast<int>(ExitStatus::incomplete))
         throw CommandError(
             "'" + options.output.string() +

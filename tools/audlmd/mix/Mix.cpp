@@ -250,9 +250,8 @@ private:
         log_.note(rangeNote_);
         MixRun run = runThatEnded(silentClips(told) == 0 ? ExitStatus::done : ExitStatus::incomplete);
         run.seconds = seconds;
-        const nlohmann::json report = reportJson(told, timeline_, run);
-        log_.result(reportLines(told, timeline_, run), report);
-        writeReport(report);
+        log_.result(reportLines(told, timeline_, run), [&] { return reportJson(told, timeline_, run); });
+        writeReport(told, run);
     }
 
     /// The report tells also what failed; what failed is told in any case.
@@ -263,16 +262,16 @@ private:
         run.failure = failure.what();
         timeline_.notes = allNotes();
         try {
-            writeReport(reportJson({}, timeline_, run));
+            writeReport({}, run);
         } catch (const CommandError& error) {
             printError(error.what());
         }
     }
 
-    void writeReport(const nlohmann::json& report) {
+    void writeReport(const MixReport& told, const MixRun& run) {
         isReported_ = true;
         if (!options_.report.empty())
-            command::writeOutput(OutputPath(options_.report), jsonText(report));
+            command::writeOutput(OutputPath(options_.report), jsonText(reportJson(told, timeline_, run)));
     }
 
     void draw(const MixReport& mixed) {

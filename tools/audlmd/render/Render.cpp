@@ -200,9 +200,7 @@ private:
             summary.underrunSamples += statistics.underrunSamples;
             summary.underrunEpisodes += statistics.underrunEpisodes;
         }
-        // Not made for people: where memory is short, destroying it ends the process.
-        log_.result(summary.lines(options_.style.quiet),
-                    options_.style.json ? summary.json() : nlohmann::json());
+        log_.result(summary.lines(options_.style.quiet), [&] { return summary.json(); });
     }
 
     /// Returns how long that took, in seconds.
