@@ -58,9 +58,9 @@ std::optional<int> Options::takeWhole(const std::string& key, int lowest, int hi
 
 bool Options::takeFlag(const std::string& key, bool otherwise) {
     const std::optional<std::string> value = take(key);
-    if (value && value != "yes" && value != "no")
-        refuse(key, *value, "yes or no");
-    return value ? value == "yes" : otherwise;
+    if (value && value != "true" && value != "false")
+        refuse(key, *value, "true or false");
+    return value ? value == "true" : otherwise;
 }
 
 nlohmann::json Options::rest() {

@@ -63,7 +63,7 @@ AUDLMD_API const char* audlmd_error(void);
  * what else libsndfile does not read are decoded by the program ffmpeg, once, into a folder; that may take
  * minutes.
  *
- *   films       "no": nothing is decoded, and no program is started
+ *   films       "false": nothing is decoded, and no program is started
  *   cache       the folder of decoded films; left out, audlmd in the user's cache folder
  *   stream      of a film, the stream with sound, from 1
  *   timeline    of a file with several timelines, the name of one

@@ -140,7 +140,7 @@ TEST(CInterface, OpensFilesAndTimelines) {
     ASSERT_NE(file, nullptr) << audlmd_error();
     EXPECT_EQ(audlmd_sample_rate(file.get()), 44100);
     EXPECT_TRUE(read(file) == samples);
-    const Words options{"films", "no", "threads", "1", "channels", "1", nullptr};
+    const Words options{"films", "false", "threads", "1", "channels", "1", nullptr};
     const Sound mix = owned(audlmd_open((folder / "t.json").c_str(), options.data()));
     ASSERT_NE(mix, nullptr) << audlmd_error();
     EXPECT_EQ(audlmd_frames(mix.get()), 5010);
