@@ -1,4 +1,3 @@
-#include "loop_modes/RenderFunction.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Hint.hpp"
 #include "tools/audlmd/SettingNotes.hpp"
@@ -14,16 +13,6 @@
 namespace {
 
 using audlmd::command::ExitStatus;
-
-constexpr const char* statusHelp =
-    R"(EXIT STATUS
-  0  done as asked
-  1  the machine failed: no memory, no thread
-  2  the command line cannot be understood, or asks for what cannot be
-  3  an input is not there, damaged, or of the wrong kind
-  4  the output is written, but something that should sound is silent
-  5  the output, or the sound device, cannot be written
-A signal, such as Ctrl-C, ends the command as signals do (a shell shows 130); nothing unfinished is left.)";
 
 int complain(const std::string& line, ExitStatus status) {
     audlmd::command::printError(line);
@@ -43,19 +32,8 @@ std::string whyNot(const CLI::App& app, const CLI::ParseError& error) {
 }
 
 int run(int argc, char** argv) {
-    CLI::App app("Renders audio through the render functions of libaudlmd.", "audlmd");
-    app.set_version_flag("--version", audLMDDllVersionStr());
-    app.require_subcommand(1);
-    app.failure_message(CLI::FailureMessage::simple);
-    app.footer(statusHelp);
-    audlmd::command::addRenderCommand(app);
-    audlmd::command::addInfoCommand(app);
-    audlmd::command::addModesCommand(app);
-    audlmd::command::addPlotCommand(app);
-    audlmd::command::addMixCommand(app);
-    audlmd::command::addJoinCommand(app);
-    audlmd::command::addPlayCommand(app);
-    audlmd::command::addCacheCommand(app);
+    CLI::App app;
+    audlmd::command::declareCommand(app);
     for (const std::string& note : audlmd::command::settingNotes())
         std::fprintf(stderr, "audlmd: %s\n", note.c_str());
     try {

@@ -10,6 +10,9 @@ namespace audlmd::command {
 // CLI::App::parse(), and what it throws passes through there: CommandError, the exceptions of the stand-alone
 // host and those of the library.
 
+/// All of the command: its name, its version, what its exit statuses mean, and all subcommands.
+void declareCommand(CLI::App& app);
+
 /// `render`: renders a sound file through the library into another one.
 void addRenderCommand(CLI::App& app);
 
