@@ -30,7 +30,7 @@ expect "audlmd render --form" "--format"
 expect "audlmd render --format s2" "s24 s24in32"
 expect "audlmd plot env" "envelope"
 expect "audlmd plot envelope --fade-i" "--fade-in"
-expect "audlmd mix --as " "text json"
+expect "audlmd mix --as " "json text"
 cd man
 expect "audlmd render man" "man1 man5 man7" ""
 expect "audlmd mix film.otio --media man1/audlmd-m" "" ""
