@@ -58,6 +58,8 @@ struct MixReport {
     std::vector<StripReport> strips;
     /// One for each channel of the output.
     std::vector<Overload> channels;
+    /// The same for each track by itself. Empty unless MixerOptions::stems is set.
+    std::vector<std::vector<Overload>> stems;
     SlowestStrip slowest;
 };
 

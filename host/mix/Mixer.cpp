@@ -2,9 +2,9 @@
 
 #include "host/cache/MaterialCache.hpp"
 #include "host/mix/OpenStrip.hpp"
-#include "host/mix/Reporting.hpp"
 #include "host/mix/StripOpener.hpp"
 #include "host/mix/StripSchedule.hpp"
+#include "host/mix/TrackSums.hpp"
 #include "host/mix/WorkerPool.hpp"
 
 #include <algorithm>
@@ -21,7 +21,6 @@ namespace audlmd {
 namespace {
 
 constexpr std::size_t mostBlock = 65536;
-constexpr std::size_t mostSpansOfTheOutput = 1024;
 
 /// Shorter than a cache's usual segments, because a strip of a mix may be short, and what is loaded beyond
 /// its end is not heard.
@@ -104,11 +103,6 @@ public:
     const Timeline timeline;
 
 private:
-    /// A strip that is open and sounds in the block.
-    struct Sounding {
-        OpenStrip* strip;
-        TimelineSpan span;
-    };
     struct Job {
         OpenStrip* strip;
         std::size_t channel;
@@ -133,8 +127,8 @@ private:
     const Distance<OutputRate> openAhead_;
     MaterialCache cache_;
     StripReports reports_;
-    std::vector<OverloadMeter> channelMeters_;
-    std::vector<Sounding> sounding_;
+    TrackSums sums_;
+    std::vector<SoundingStrip> sounding_;
     std::vector<Job> jobs_;
     /// What strips that are open share. Used by the opener's thread only.
     std::unordered_map<std::string, std::weak_ptr<const Media>> media_;
@@ -151,13 +145,14 @@ Mixer::Impl::Impl(Timeline theTimeline, OpenMedia open, const MixerOptions& opti
       openAhead_(std::llround(options.openAhead * timeline.sampleRate)),
       cache_(cacheOptions(options,
                           schedule_.mostOpen(openAhead_) * std::max<std::size_t>(2, timeline.channels))),
-      channelMeters_(outputLayout(timeline).size(), OverloadMeter(mostSpansOfTheOutput)),
+      sums_(outputLayout(timeline).size(), options.stems ? timeline.tracks.size() : 0, options.block),
       pool_(threadsFor(options)), opener_([this](std::size_t strip) { return openStrip(keys_[strip]); }) {}
 
 void Mixer::Impl::render(TimelineSample position, std::span<const std::span<float>> channels) {
-    if (channels.size() != channelMeters_.size())
-        throw std::invalid_argument("the timeline has " + std::to_string(channelMeters_.size()) +
-                                    " channels, not " + std::to_string(channels.size()));
+    if (channels.size() != sums_.buffers())
+        throw std::invalid_argument(
+            (options_.stems ? "the timeline and its stems have " : "the timeline has ") +
+            std::to_string(sums_.buffers()) + " channels, not " + std::to_string(channels.size()));
     const std::size_t frames = channels.front().size();
     for (std::size_t channel = 1; channel < channels.size(); ++channel)
         if (channels[channel].size() != frames)
@@ -179,19 +174,12 @@ void Mixer::Impl::renderBlock(TimelineSpan block, std::span<const std::span<floa
     follow(block);
     findSounding(block);
     jobs_.clear();
-    for (const Sounding& sounding : sounding_)
+    for (const SoundingStrip& sounding : sounding_)
         for (std::size_t channel = 0; channel < sounding.strip->channels(); ++channel)
             jobs_.push_back({sounding.strip, channel, sounding.span});
     pool_.run(jobs_.size(),
               [this](std::size_t job) { jobs_[job].strip->render(jobs_[job].channel, jobs_[job].span); });
-    pool_.run(channels.size(), [&](std::size_t channel) {
-        const std::span<float> bus = channels[channel];
-        std::ranges::fill(bus, 0.0F);
-        for (const auto& [strip, span] : sounding_)
-            strip->addTo(channel, bus.subspan(static_cast<std::size_t>(span.from - block.from),
-                                              static_cast<std::size_t>(span.length())));
-        channelMeters_[channel].measure(bus, 1.0F, block.from);
-    });
+    pool_.run(sums_.channels(), [&](std::size_t channel) { sums_.sum(channel, block, sounding_, channels); });
 }
 
 void Mixer::Impl::follow(TimelineSpan block) {
@@ -214,7 +202,7 @@ void Mixer::Impl::findSounding(TimelineSpan block) {
             continue;
         const StripOpener::Opened* const opened = options_.wait ? opener_.wait(strip) : opener_.find(strip);
         if (opened != nullptr && opened->strip != nullptr)
-            sounding_.push_back({opened->strip.get(), span});
+            sounding_.push_back({opened->strip.get(), keys_[strip].track, span});
         else
             reports_.addSilence(keys_[strip], span, opened != nullptr ? opened->failure : "");
     }
@@ -256,9 +244,8 @@ MixReport Mixer::Impl::report() {
     StripReports reports = reports_;
     for (const std::size_t strip : schedule_.open())
         addReport(strip, reports);
-    MixReport report{.strips = reports.strips(), .channels = {}, .slowest = reports.slowest()};
-    for (const OverloadMeter& meter : channelMeters_)
-        report.channels.push_back(meter.overload());
+    MixReport report{.strips = reports.strips(), .channels = {}, .stems = {}, .slowest = reports.slowest()};
+    sums_.tell(report);
     return report;
 }
 

@@ -25,6 +25,8 @@ struct MixerOptions {
     /// Waits for strips and samples that are not there yet. Without waiting they are silent, and counted in
     /// the report. Set this for files; clear this where a late sample is worse than a missing one.
     bool wait = true;
+    /// Also gives each track by itself: see Mixer::render().
+    bool stems = false;
     /// Finds the render functions that are compiled into the program: &inlinedRenderFunction of
     /// host/inlined/. Null: those of the loaded library are used, which takes more time.
     RenderFunctionLookUp<Unclipped> inlined = nullptr;
@@ -39,9 +41,10 @@ struct MixerOptions {
 /// 2^-20 and the strip by 2^20, so that 120 dB above full scale are not clipped inside. Powers of two change
 /// no bit of a sample, down to 2^-106 of full scale. Who stores the sum clips it, once.
 ///
-/// The strips of an output sample are summed in the order of the timeline, in single precision. So another
-/// order of tracks may change the last bit of a sum; everything else gives the same bytes for any stretches,
-/// blocks and threads. A strip with the equaliser or the filtering converter carries state from sample to
+/// The strips of an output sample are summed in single precision, from +0.0 on: those of each track in their
+/// order, then the tracks in theirs. So a mix is the sum of its stems, bit for bit. Another order of tracks
+/// may change the last bit of a sum; everything else gives the same bytes for any stretches, blocks and
+/// threads. A strip with the equaliser or the filtering converter carries state from sample to
 /// sample: rendered from its middle, the strip is played silently up to there first. So a stretch has the
 /// bytes that a render of the whole has there.
 ///
@@ -63,7 +66,8 @@ public:
     const Timeline& timeline() const;
 
     /// Renders the output from `position` on, which may lie anywhere: a buffer for each channel of
-    /// outputLayout(), all of one length. Beyond the strips, and before 0, is silence.
+    /// outputLayout(), all of one length. Beyond the strips, and before 0, is silence. With
+    /// MixerOptions::stems the buffers for the channels of each track, in order, stand behind those.
     ///
     /// To go on where the last stretch ended is cheapest. Throws NoSuchMode if a mode has no render function,
     /// and std::invalid_argument, before anything is written, for a position beyond farthestPosition, for

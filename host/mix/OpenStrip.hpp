@@ -52,6 +52,8 @@ public:
     /// Renders one channel, counted from 0 to channels(). The span lies where the strip sounds, and is not
     /// longer than a block. Different channels may be rendered at the same time.
     void render(std::size_t channel, TimelineSpan span);
+    /// How many channels addTo() adds to an output channel.
+    std::size_t termsIn(std::size_t outputChannel) const;
     /// Adds all channels as they were rendered last to an output channel: `bus` begins where their span does.
     void addTo(std::size_t outputChannel, std::span<float> bus) const;
 

@@ -87,8 +87,8 @@ void StripChannel::moveTo(OutputSample position) {
 }
 
 void StripChannel::addTo(std::size_t outputChannel, std::span<float> bus) const {
-    if (const float gain = gains_[outputChannel]; gain != 0.0F)
-        audlmd::addTo(bus, std::span(block_).first(rendered_), gain);
+    if (isIn(outputChannel))
+        audlmd::addTo(bus, std::span(block_).first(rendered_), gains_[outputChannel]);
 }
 
 } // namespace audlmd

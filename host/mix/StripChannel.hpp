@@ -29,6 +29,8 @@ public:
 
     /// Renders so many samples of the player, from `position` on, which are heard from `at` on.
     void render(OutputSample position, std::size_t count, TimelineSample at);
+    /// Whether addTo() adds anything to an output channel.
+    bool isIn(std::size_t outputChannel) const { return gains_[outputChannel] != 0.0F; }
     /// Adds what was rendered last to an output channel.
     void addTo(std::size_t outputChannel, std::span<float> bus) const;
 

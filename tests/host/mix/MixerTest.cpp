@@ -83,17 +83,29 @@ TEST(Mixer, SumsWithoutClippingAndReportsWhatTheOutputWillClip) {
     EXPECT_THAT(report.strips.front().overload.spans, ElementsAre(TimelineSpan{.from = 6, .to = 7}));
 }
 
-TEST(Mixer, SumsInTheOrderOfTheTimelineInSinglePrecision) {
+TEST(Mixer, SumsTracksAndThenTheirSumsInSinglePrecision) {
     TestMedia media;
     media.add("full scale", {{1.0F}});
     media.add("half a bit", {{0x1p-24F}});
     Timeline timeline = timelineOf({stripOf("full scale", 0, 1), stripOf("half a bit", 0, 1)});
     timeline.tracks.push_back({.name = "second", .strips = {stripOf("half a bit", 0, 1)}});
+    timeline.tracks.push_back({.name = "empty", .strips = {}});
     Mixer mixer(timeline, media.opener());
     EXPECT_EQ(mixed(mixer, 0, 1).front().front(), 1.0F);
-    std::swap(timeline.tracks.front().strips.front().media, timeline.tracks.back().strips.front().media);
+    std::swap(timeline.tracks[0], timeline.tracks[1]);
+    Mixer halfFirst(timeline, media.opener(), {.stems = true});
+    EXPECT_EQ(mixed(halfFirst, 0, 1, true), (Channels{{1.0F}, {0x1p-24F}, {1.0F}, {0.0F}}));
+    EXPECT_EQ(halfFirst.report().stems[1][0].peak, 1.0F);
+    timeline.tracks[0].strips.push_back(stripOf("half a bit", 0, 1));
     Mixer halvesFirst(timeline, media.opener());
     EXPECT_EQ(mixed(halvesFirst, 0, 1).front().front(), 1.0F + 0x1p-23F);
+    timeline.tracks[1].strips[1].media = "full scale";
+    Mixer sumsOfTracks(timeline, media.opener());
+    EXPECT_EQ(mixed(sumsOfTracks, 0, 1).front().front(), 2.0F);
+    std::swap(timeline.tracks[0], timeline.tracks[1]);
+    timeline.tracks[0].strips = {stripOf("full scale", 0, 1)};
+    Mixer halvesLast(timeline, media.opener());
+    EXPECT_EQ(mixed(halvesLast, 0, 1).front().front(), 1.0F + 0x1p-23F);
 }
 
 TEST(Mixer, RefusesBuffersThatDoNotFit) {

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <bit>
 #include <initializer_list>
 #include <limits>
 #include <random>
@@ -211,6 +212,29 @@ void expectSameBitsInStretches(RandomTimeline& random, const Channels& whole) {
     }
 }
 
+/// The stems are rendered in stretches, the mix at once and without them.
+void expectSumOfStems(RandomTimeline& random, const Channels& whole) {
+    Mixer mixer(random.timeline, random.opened.opener(),
+                {.threads = 2, .block = random.pick<std::size_t>({256, 5000}), .stems = true});
+    const std::size_t length = mixLength / 4;
+    for (std::size_t from = 0; from < mixLength; from += length) {
+        const Channels part = mixed(mixer, mixStart + static_cast<std::int64_t>(from), length, true);
+        for (std::size_t channel = 0; channel < whole.size(); ++channel)
+            for (std::size_t n = 0; n < length; ++n) {
+                float sum = 0.0F;
+                for (std::size_t stem = whole.size() + channel; stem < part.size(); stem += whole.size())
+                    sum += part[stem][n];
+                ASSERT_EQ(std::bit_cast<std::uint32_t>(sum),
+                          std::bit_cast<std::uint32_t>(whole[channel][from + n]))
+                    << "output sample " << mixStart + static_cast<std::int64_t>(from + n) << ", channel "
+                    << channel;
+            }
+    }
+    const MixReport report = mixer.report();
+    ASSERT_EQ(report.stems.size(), random.timeline.tracks.size());
+    ASSERT_EQ(report.stems.front().size(), whole.size());
+}
+
 void compareWithModel(Kinds kinds, unsigned int seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     RandomTimeline random(seed, kinds);
@@ -225,6 +249,7 @@ void compareWithModel(Kinds kinds, unsigned int seed) {
     for (const StripReport& strip : mixer.report().strips)
         EXPECT_EQ(strip.failure, "");
     expectSameBitsInStretches(random, whole);
+    expectSumOfStems(random, whole);
 }
 
 TEST(RandomTimeline, IsTheModelsToTheLastBitWhereNothingIsRounded) {

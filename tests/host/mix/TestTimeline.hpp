@@ -75,8 +75,10 @@ inline Timeline timelineOf(std::vector<TimelineStrip> strips, std::size_t channe
     return timeline;
 }
 
-inline Channels mixed(Mixer& mixer, std::int64_t position, std::size_t frames) {
-    Channels channels(outputLayout(mixer.timeline()).size(), std::vector<float>(frames, NAN));
+/// With `stems`, which the mixer must give, those behind the mix.
+inline Channels mixed(Mixer& mixer, std::int64_t position, std::size_t frames, bool stems = false) {
+    const std::size_t parts = stems ? 1 + mixer.timeline().tracks.size() : 1;
+    Channels channels(parts * outputLayout(mixer.timeline()).size(), std::vector<float>(frames, NAN));
     const std::vector<std::span<float>> spans(channels.begin(), channels.end());
     mixer.render(position, spans);
     return channels;
