@@ -36,6 +36,11 @@ ChunkWriter::ChunkWriter(ChunkProducer& producer, const OutputLayout& layout, st
 }
 
 void ChunkWriter::run(OutputFile& output, const std::function<void(std::int64_t)>& written) {
+    run([&](const Chunk& chunk) { write(chunk, output); }, written);
+}
+
+void ChunkWriter::run(const std::function<void(const Chunk&)>& take,
+                      const std::function<void(std::int64_t)>& written) {
     std::vector<std::jthread> threads;
     try {
         start(threads);
@@ -44,7 +49,7 @@ void ChunkWriter::run(OutputFile& output, const std::function<void(std::int64_t)
         for (std::size_t number = 0; number < chunks_; ++number) {
             waitFor(number);
             const Chunk& chunk = ring_[slotOf(number)];
-            write(chunk, output);
+            take(chunk);
             written(chunk.from + static_cast<std::int64_t>(chunk.frames));
             if (number + ring_.size() < chunks_)
                 open(number + ring_.size());

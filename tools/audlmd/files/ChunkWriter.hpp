@@ -49,6 +49,8 @@ public:
     /// so far; meanwhile later chunks are filled. Throws what the producer, the output or `written` throws,
     /// when all threads have ended. Call this once.
     void run(OutputFile& output, const std::function<void(std::int64_t)>& written);
+    /// The same, but `take` gets the chunks in place of an output.
+    void run(const std::function<void(const Chunk&)>& take, const std::function<void(std::int64_t)>& written);
 
 private:
     void start(std::vector<std::jthread>& threads);

@@ -7,6 +7,7 @@
 #include "host/words/Text.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Progress.hpp"
+#include "tools/audlmd/files/LevelledChunks.hpp"
 #include "tools/audlmd/files/Outputs.hpp"
 #include "tools/audlmd/files/SampleLayouts.hpp"
 #include "tools/audlmd/mix/MixReportJson.hpp"
@@ -181,9 +182,11 @@ private:
                 MixerOptions{
                     .threads = options_.threads, .block = options_.block, .inlined = options_.inlined()});
         }
-        const double seconds = writeOutput(*mixer);
+        const Written written = writeOutput(*mixer);
         MixReport mixed = mixer->report();
-        tell(mixed, seconds);
+        if (written.levels)
+            mixed.channels = written.overloads;
+        tell(mixed, written);
         return mixed;
     }
 
@@ -201,20 +204,47 @@ private:
                  layout.sampleRate);
     }
 
-    /// Returns how long that took, in seconds.
-    double writeOutput(Mixer& mixer) const {
+    struct Written {
+        /// How long that took.
+        double seconds = 0.0;
+        /// Of an output that was brought to a level; then the mixer does not know what was over full scale.
+        std::optional<OutputLevels> levels = std::nullopt;
+        std::vector<Overload> overloads = {};
+    };
+
+    Written writeOutput(Mixer& mixer) const {
         OutputLayout layout{.format = format_,
                             .channels = static_cast<int>(outputLayout(timeline_).size()),
                             .sampleRate = timeline_.sampleRate,
                             .frames = span_.length(),
                             .speakers = outputLayout(timeline_)};
         describe(layout);
+        const bool isLevelled = options_.levels.areGiven();
+        MixedChunks mixed(mixer, span_.from, isLevelled ? FormatId::f32 : format_,
+                          isLevelled ? Rounding::nearest : rounding_, options_.block, [&] {
+                              if (options_.strict)
+                                  requireNoFailure(mixer.report());
+                          });
+        if (!isLevelled)
+            return {.seconds = write(mixed, layout)};
+        requireHolds(*outputs_.sound()->kind, format_, layout.dataBytes(), outputs_.sound()->path);
+        LevelledChunks levelled(options_.levels, *outputs_.sound(), layout,
+                                clips(format_, rounding_) ? std::optional(format_) : std::nullopt, span_.from,
+                                options_.threads);
+        levelled.setFormat(format_, rounding_);
+        Progress progress(layout.frames, layout.sampleRate, log_, "measuring, pass 1 of 2");
+        levelled.measure(mixed, options_.block, [&](std::int64_t done) { progress.update(done); });
+        const double measuring = progress.elapsed();
+        layout.levels = levelled.levels().levels;
+        return {.seconds = measuring + write(levelled, layout),
+                .levels = levelled.levels(),
+                .overloads = levelled.overloads()};
+    }
+
+    /// Returns how long that took, in seconds.
+    double write(ChunkProducer& chunks, const OutputLayout& layout) const {
         OutputFile output(*outputs_.sound(), layout);
         Progress progress(layout.frames, layout.sampleRate, log_);
-        MixedChunks chunks(mixer, span_.from, format_, rounding_, options_.block, [&] {
-            if (options_.strict)
-                requireNoFailure(mixer.report());
-        });
         ChunkWriter(chunks, layout, options_.block).run(output, [&](std::int64_t done) {
             progress.update(done);
         });
@@ -246,10 +276,11 @@ private:
     }
 
     /// The text first, which must be told also where the file cannot be written.
-    void tell(const MixReport& told, double seconds) {
+    void tell(const MixReport& told, const Written& written) {
         log_.note(rangeNote_);
         MixRun run = runThatEnded(silentClips(told) == 0 ? ExitStatus::done : ExitStatus::incomplete);
-        run.seconds = seconds;
+        run.seconds = written.seconds;
+        run.levels = written.levels;
         log_.result(reportLines(told, timeline_, run), [&] { return reportJson(told, timeline_, run); });
         writeReport(told, run);
     }

@@ -42,6 +42,7 @@ rounding into even noise. --truncate gives the bytes that a host gets of the lib
 
 EXAMPLES
   audlmd mix voice.wav music.wav -o both.wav       (sound files, from their starts on)
+  audlmd mix film.otio -o film.wav --loudness -23 --true-peak -1
   audlmd mix film.otio --list
   audlmd mix film.otio -o film.wav --format s16 --dither
   audlmd mix film.otio -o film.wav --media /archive/sound --report film.json --picture film.png
@@ -95,6 +96,7 @@ void MixOptions::declare(CLI::App& mix) {
                   {.rate = "the timeline's, else 48000", .channels = "the timeline's, else 2"}, mostMixBlock);
     mix.add_flag("--no-metadata", noMetadata, "Leave out the timeline's name, time reference and markers")
         ->group("Output");
+    levels.declare(mix);
     declarePart(mix, *this);
     mix.add_option("--media", media, "Look for missing media below this folder; may be repeated")
         ->option_text("DIR")
@@ -111,6 +113,13 @@ void MixOptions::requireCompatible() const {
         throw CommandError("name the file to write with -o, or use --list or --picture alone");
     if (output.empty() && !report.empty())
         throw CommandError("--report tells about a mix: name the file to write with -o");
+    levels.requireCompatible();
+    if (levels.areGiven() && output.empty())
+        throw CommandError(levels.name() + std::string(" is for an output: name the file to write with -o"));
+    if (levels.areGiven() && slice)
+        throw CommandError(levels.name() +
+                           std::string(" needs the whole, which a --slice does not know: join "
+                                       "the slices, and give it to render"));
     range.requireCompatible();
     if (range.to && untilLastSound)
         throw CommandError("--to and --until-last-sound cannot stand together");

@@ -2,6 +2,7 @@
 
 #include "host/mix/MixReport.hpp"
 #include "host/mix/Timeline.hpp"
+#include "tools/audlmd/options/LevelOptions.hpp"
 #include "tools/audlmd/options/OutputOptions.hpp"
 #include "tools/audlmd/options/Range.hpp"
 
@@ -51,6 +52,7 @@ struct MixOptions : OutputOptions {
     /// The timeline to mix of a file that holds several. Empty: the only one.
     std::string timelineName;
 
+    LevelOptions levels;
     bool noMetadata = false;
     bool list = false;
     /// Of the list: text or json.

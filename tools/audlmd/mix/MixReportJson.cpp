@@ -92,6 +92,8 @@ Json reportJson(const MixReport& report, const Timeline& timeline, const MixRun&
     for (const Overload& channel : report.channels) {
         json["channels"].push_back(channelJson(channel, clips(run.format, run.rounding)));
     }
+    if (run.levels)
+        json["levels"] = levelsJson(*run.levels);
     if (report.slowest.seconds > 0.0) {
         json["slowest"] = placeJson(timeline, report.slowest.track, report.slowest.strip);
         json["slowest"]["seconds"] = report.slowest.seconds;

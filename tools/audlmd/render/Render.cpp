@@ -6,6 +6,7 @@
 #include "host/words/Text.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Progress.hpp"
+#include "tools/audlmd/files/LevelledChunks.hpp"
 #include "tools/audlmd/files/Outputs.hpp"
 #include "tools/audlmd/files/SampleLayouts.hpp"
 #include "tools/audlmd/mix/MixReportText.hpp"
@@ -157,7 +158,7 @@ private:
 
     /// The input's, if no sample is changed and the output can hold the format.
     std::optional<FormatId> keptFormat() const {
-        if (options_.mixInto || !options_.strip.changesNoSample())
+        if (options_.mixInto || options_.levels.areGiven() || !options_.strip.changesNoSample())
             return std::nullopt;
         const ContainerFile input(file_);
         const std::optional<FormatId> format = input.format();
@@ -176,25 +177,23 @@ private:
     }
 
     void renderToFile() {
-        OutputFile output(*outputs_.sound(), layout_);
         RenderSummary summary{.output = outputs_.sound()->path.string(),
                               .format = layout_.format,
                               .frames = layout_.frames,
                               .channels = layout_.channels,
                               .sampleRate = layout_.sampleRate};
+        summary.clips = clips(layout_.format, rounding_);
+        summary.overloadWords = overloadWords(summary.clips);
         if (copied_) {
             CopiedChunks chunks(*copied_, player().plan().settings);
-            summary.seconds = write(chunks, output);
-        } else {
-            const std::size_t threads =
-                options_.threads != 0 ? options_.threads : std::max(1U, std::thread::hardware_concurrency());
-            RenderedChunks chunks(channels_, layout_, rounding_, existing_ ? &*existing_ : nullptr,
-                                  {options_.block, threads}, options_.through());
-            summary.seconds = write(chunks, output);
+            summary.seconds = write(chunks);
+        } else if (options_.levels.areGiven())
+            renderToLevel(summary);
+        else {
+            RenderedChunks chunks = renderedAs(layout_, rounding_);
+            summary.seconds = write(chunks);
             measureOverload(chunks, summary);
         }
-        for (const std::string& note : output.notes())
-            log_.note(note);
         for (const Cookie& cookie : cookies_) {
             const MaterialStatistics statistics = cache_->statistics(cookie);
             summary.underrunSamples += statistics.underrunSamples;
@@ -203,14 +202,47 @@ private:
         log_.result(summary.lines(options_.style.quiet), [&] { return summary.json(); });
     }
 
+    RenderedChunks renderedAs(const OutputLayout& layout, Rounding rounding) {
+        const std::size_t threads =
+            options_.threads != 0 ? options_.threads : std::max(1U, std::thread::hardware_concurrency());
+        return {
+            channels_,         layout, rounding, existing_ ? &*existing_ : nullptr, {options_.block, threads},
+            options_.through()};
+    }
+
+    void renderToLevel(RenderSummary& summary) {
+        OutputLayout floats = layout_;
+        floats.format = FormatId::f32;
+        RenderedChunks rendered = renderedAs(floats, Rounding::nearest);
+        requireHolds(*outputs_.sound()->kind, layout_.format, layout_.dataBytes(), outputs_.sound()->path);
+        LevelledChunks levelled(options_.levels, *outputs_.sound(), layout_,
+                                clips(layout_.format, rounding_) ? std::optional(layout_.format)
+                                                                 : std::nullopt,
+                                0, options_.threads);
+        levelled.setFormat(layout_.format, rounding_);
+        Progress progress(layout_.frames, layout_.sampleRate, log_, "measuring, pass 1 of 2");
+        levelled.measure(rendered, options_.block, [&](std::int64_t done) {
+            requireWholeInput();
+            progress.update(done);
+        });
+        const double measuring = progress.elapsed();
+        layout_.levels = levelled.levels().levels;
+        summary.seconds = measuring + write(levelled);
+        summary.levels = levelled.levels();
+        summary.overloads = levelled.overloads();
+    }
+
     /// Returns how long that took, in seconds.
-    double write(ChunkProducer& chunks, OutputFile& output) const {
+    double write(ChunkProducer& chunks) const {
+        OutputFile output(*outputs_.sound(), layout_);
         Progress progress(layout_.frames, layout_.sampleRate, log_);
         ChunkWriter(chunks, layout_, options_.block).run(output, [&](std::int64_t done) {
             requireWholeInput();
             progress.update(done);
         });
         output.commit();
+        for (const std::string& note : output.notes())
+            log_.note(note);
         return progress.elapsed();
     }
 
@@ -218,8 +250,8 @@ private:
     /// knows which of the samples at full scale were louder.
     void measureOverload(const RenderedChunks& chunks, RenderSummary& summary) const {
         const bool byLibrary = options_.through() == RenderedChannel::Through::outputTypes;
-        summary.clips = clips(layout_.format, rounding_);
-        summary.overloadWords = byLibrary ? "clipped or at full scale" : overloadWords(summary.clips);
+        if (byLibrary)
+            summary.overloadWords = "clipped or at full scale";
         for (const RenderedChunks::Clipped& clipped : chunks.clipped())
             summary.overloads.push_back(byLibrary ? clipped.atLimits : clipped.meter.overload());
     }

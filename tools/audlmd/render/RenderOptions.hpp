@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tools/audlmd/options/LevelOptions.hpp"
 #include "tools/audlmd/options/OutputOptions.hpp"
 #include "tools/audlmd/options/StripOptions.hpp"
 #include "tools/audlmd/render/RenderedChannel.hpp"
@@ -19,6 +20,7 @@ struct RenderOptions : OutputOptions {
     std::string suffix;
     std::optional<std::filesystem::path> mixInto;
     StripOptions strip;
+    LevelOptions levels;
     bool explain = false;
     bool noMetadata = false;
 

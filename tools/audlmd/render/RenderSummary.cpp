@@ -16,6 +16,8 @@ std::vector<std::string> RenderSummary::lines(bool quiet) const {
     std::vector<std::string> lines;
     for (std::size_t channel = 0; channel < overloads.size(); ++channel)
         lines.push_back(channelOverloadLine(overloadWords, channel, overloads[channel], sampleRate));
+    if (levels)
+        lines.push_back(levels->shortfall);
     if (quiet && underrunSamples == 0)
         return lines;
     std::ostringstream text;
@@ -25,6 +27,8 @@ std::vector<std::string> RenderSummary::lines(bool quiet) const {
          << timesRealTime(frames, sampleRate, seconds) << " times real time; underruns: " << underrunSamples
          << " samples in " << words::counted(underrunEpisodes, "episode");
     lines.push_back(text.str());
+    if (levels)
+        lines.push_back(levelsLine(*levels));
     return lines;
 }
 
@@ -40,6 +44,8 @@ nlohmann::json RenderSummary::json() const {
                         {"channels", nlohmann::json::array()}};
     for (const Overload& channel : overloads)
         json["channels"].push_back(channelJson(channel, clips));
+    if (levels)
+        json["levels"] = levelsJson(*levels);
     return json;
 }
 

@@ -2,10 +2,12 @@
 
 #include "host/mix/MixReport.hpp"
 #include "tools/audlmd/files/OutputFormat.hpp"
+#include "tools/audlmd/files/OutputLevels.hpp"
 
 #include <nlohmann/json_fwd.hpp>
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -29,9 +31,11 @@ struct RenderSummary {
     /// What became of what is over full scale: a kind of line.
     const char* overloadWords = "";
     bool clips = false;
+    /// Of an output that was brought to a level.
+    std::optional<OutputLevels> levels = std::nullopt;
 
     /// What went beyond full scale, and unless `quiet` or samples are missing: length, speed of rendering,
-    /// missing samples.
+    /// missing samples, levels.
     std::vector<std::string> lines(bool quiet) const;
     nlohmann::json json() const;
 };
