@@ -2,6 +2,7 @@
 
 #include "host/services/SampleRates.hpp"
 #include "host/signal/BlockLoops.hpp"
+#include "host/words/Times.hpp"
 
 #include <soxr.h>
 
@@ -9,6 +10,7 @@
 #include <numeric>
 #include <stdexcept>
 #include <string>
+#include <tuple>
 #include <utility>
 
 namespace audlmd {
@@ -19,6 +21,8 @@ constexpr std::int64_t blockLength = 32768;
 constexpr std::size_t mostKeptBlocks = 5;
 /// In samples of the lower rate. Measured: half of it gives the same samples.
 constexpr std::int64_t filterReach = 500;
+/// In samples of either rate: a block is a period at least.
+constexpr std::int64_t longestPeriod = std::int64_t{1} << 22;
 
 /// Of numbers that are not negative.
 std::int64_t dividedUp(std::int64_t dividend, std::int64_t divisor) {
@@ -31,41 +35,58 @@ soxr_quality_spec_t quality() {
     return soxr_quality_spec(SOXR_VHQ, SOXR_HI_PREC_CLOCK);
 }
 
-std::invalid_argument refusal(int inRate, int outRate, const std::string& reason) {
-    return std::invalid_argument("cannot convert from " + std::to_string(inRate) + " Hz to " +
-                                 std::to_string(outRate) + " Hz: " + reason +
+std::string ratesText(int inRate, int outRate, const Relabel& relabel) {
+    return "from " + std::to_string(inRate) + " Hz" +
+           (relabel == Relabel() ? "" : ", relabelled " + words::relabelText(relabel) + ",") + " to " +
+           std::to_string(outRate) + " Hz";
+}
+
+std::invalid_argument refusal(const std::string& rates, const std::string& reason) {
+    return std::invalid_argument("cannot convert " + rates + ": " + reason +
                                  "; convert the file first, for example with sox or ffmpeg");
 }
 
 /// Designs the filters once, to learn of an error before the first read. Without AVX, the first resampler
 /// builds tables that all share, and libsoxr 0.1.3 does not lock them. So one is built
 /// here, under our lock.
-void tryRates(int inRate, int outRate) {
+void tryRates(std::int64_t inPeriod, std::int64_t outPeriod, const std::string& rates) {
     static Mutex designing;
     const Lock lock(designing);
     soxr_error_t error = nullptr;
     const soxr_quality_spec_t spec = quality();
-    soxr_delete(soxr_create(inRate, outRate, 1, &error, nullptr, &spec, nullptr));
+    soxr_delete(soxr_create(static_cast<double>(inPeriod), static_cast<double>(outPeriod), 1, &error, nullptr,
+                            &spec, nullptr));
     if (error != nullptr)
-        throw refusal(inRate, outRate, error);
+        throw refusal(rates, error);
+}
+
+/// So many samples of the input last as long as so many of the output. No product overflows: rates are ints,
+/// and both parts of a Relabel below 2^31.
+std::pair<std::int64_t, std::int64_t> periodsOf(int inRate, int outRate, const Relabel& relabel) {
+    const std::int64_t in = inRate * relabel.to;
+    const std::int64_t out = outRate * relabel.from;
+    const std::int64_t common = std::gcd(in, out);
+    return {in / common, out / common};
 }
 
 } // namespace
 
-RateConvertedSource::RateConvertedSource(std::shared_ptr<SampleSource> source, int inRate, int outRate)
-    : source_(std::move(source)), inRate_(inRate), outRate_(outRate) {
-    if (std::min(inRate, outRate) < lowestSampleRate || std::max(inRate, outRate) > highestSampleRate)
-        throw refusal(inRate, outRate,
-                      "both rates must be from " + std::to_string(lowestSampleRate) + " to " +
-                          std::to_string(highestSampleRate) + " Hz");
-    tryRates(inRate, outRate);
-    const std::int64_t common = std::gcd(inRate, outRate);
-    inPeriod_ = inRate / common;
-    outPeriod_ = outRate / common;
+RateConvertedSource::RateConvertedSource(std::shared_ptr<SampleSource> source, int inRate, int outRate,
+                                         const Relabel& relabel)
+    : source_(std::move(source)), rates_(ratesText(inRate, outRate, relabel)) {
+    for (const double rate : {double(inRate), relabel.rateOf(inRate), double(outRate)})
+        if (!(rate >= lowestSampleRate && rate <= highestSampleRate))
+            throw refusal(rates_, "both rates must be from " + std::to_string(lowestSampleRate) + " to " +
+                                      std::to_string(highestSampleRate) + " Hz");
+    std::tie(inPeriod_, outPeriod_) = periodsOf(inRate, outRate, relabel);
+    if (std::max(inPeriod_, outPeriod_) > longestPeriod)
+        throw refusal(rates_, "the two have no simple ratio");
+    tryRates(inPeriod_, outPeriod_, rates_);
     // Whole periods apart from the rest: the product of a long length and a period does not fit into 64 bits.
     const std::int64_t length = source_->length();
-    if (static_cast<double>(length) / inRate * outRate > 0x1p60)
-        throw refusal(inRate, outRate, "the result is longer than 2^60 samples");
+    if (static_cast<double>(length) / static_cast<double>(inPeriod_) * static_cast<double>(outPeriod_) >
+        0x1p60)
+        throw refusal(rates_, "the result is longer than 2^60 samples");
     length_ = length / inPeriod_ * outPeriod_ + dividedUp(length % inPeriod_ * outPeriod_, inPeriod_);
     periodsPerBlock_ = std::max<std::int64_t>(1, blockLength / outPeriod_);
     margin_ = std::max(filterReach, dividedUp(filterReach * inPeriod_, outPeriod_));
@@ -121,12 +142,12 @@ std::vector<float> RateConvertedSource::convert(std::int64_t index) const {
     const soxr_quality_spec_t spec = quality();
     // Null on purpose: asked for the count of input samples, soxr_oneshot stops before the end of the input.
     std::size_t* const inputDone = nullptr;
-    const soxr_error_t error = soxr_oneshot(inRate_, outRate_, 1, input.data(), input.size(), inputDone,
-                                            output.data(), output.size(), &done, nullptr, &spec, nullptr);
+    const soxr_error_t error =
+        soxr_oneshot(static_cast<double>(inPeriod_), static_cast<double>(outPeriod_), 1, input.data(),
+                     input.size(), inputDone, output.data(), output.size(), &done, nullptr, &spec, nullptr);
     if (error != nullptr || done != output.size())
-        throw std::runtime_error(
-            "the rate conversion from " + std::to_string(inRate_) + " Hz to " + std::to_string(outRate_) +
-            " Hz failed: " + (error != nullptr ? error : "libsoxr gave too few samples"));
+        throw std::runtime_error("the rate conversion " + rates_ +
+                                 " failed: " + (error != nullptr ? error : "libsoxr gave too few samples"));
     output.erase(output.begin(), output.begin() + runUp);
     return output;
 }
@@ -140,10 +161,11 @@ std::vector<float> RateConvertedSource::readPadded(std::int64_t from, std::int64
     return samples;
 }
 
-std::shared_ptr<SampleSource> convertedTo(std::shared_ptr<SampleSource> source, int inRate, int outRate) {
-    if (inRate == outRate)
+std::shared_ptr<SampleSource> convertedTo(std::shared_ptr<SampleSource> source, int inRate, int outRate,
+                                          const Relabel& relabel) {
+    if (inRate * relabel.to == outRate * relabel.from)
         return source;
-    return std::make_shared<RateConvertedSource>(std::move(source), inRate, outRate);
+    return std::make_shared<RateConvertedSource>(std::move(source), inRate, outRate, relabel);
 }
 
 void ScaledSource::read(std::int64_t position, std::span<float> samples) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/cache/SampleSource.hpp"
+#include "host/mix/Relabel.hpp"
 #include "host/services/Threads.hpp"
 
 #include <cmath>
@@ -9,6 +10,7 @@
 #include <deque>
 #include <memory>
 #include <span>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -32,11 +34,13 @@ namespace audlmd {
 /// processors with AVX and those without.
 class RateConvertedSource final : public SampleSource {
 public:
-    /// Rates are in hertz. Throws std::invalid_argument, with a sentence that names both rates, unless each
-    /// is from 1,000 to 384,000 Hz.
-    RateConvertedSource(std::shared_ptr<SampleSource> source, int inRate, int outRate);
+    /// Rates are in hertz; the input is taken at `relabel.rateOf(inRate)`. Throws std::invalid_argument, with
+    /// a sentence that names both rates, unless each is from 1,000 to 768,000 Hz, and where the two fall on
+    /// the same time only after more than 2^22 samples.
+    RateConvertedSource(std::shared_ptr<SampleSource> source, int inRate, int outRate,
+                        const Relabel& relabel = {});
 
-    /// The length of the input x outRate / inRate, rounded up.
+    /// The length of the input x outRate / inRate, rounded up. Exact, as inRate is a fraction.
     std::int64_t length() const override { return length_; }
 
     /// What the input's read throws is passed on; the next read tries again. Input beyond either end is
@@ -58,8 +62,8 @@ private:
     std::vector<float> readPadded(std::int64_t from, std::int64_t to) const;
 
     std::shared_ptr<SampleSource> source_;
-    int inRate_;
-    int outRate_;
+    /// For messages.
+    std::string rates_;
     /// The two rates without their common factor: so many input and output samples last the same time.
     std::int64_t inPeriod_;
     std::int64_t outPeriod_;
@@ -74,7 +78,8 @@ private:
 };
 
 /// The source at another rate: the source itself where the rates are equal, else a RateConvertedSource.
-std::shared_ptr<SampleSource> convertedTo(std::shared_ptr<SampleSource> source, int inRate, int outRate);
+std::shared_ptr<SampleSource> convertedTo(std::shared_ptr<SampleSource> source, int inRate, int outRate,
+                                          const Relabel& relabel = {});
 
 /// The material is scaled down by this power of two before it reaches the library, whose float output clips
 /// at full scale. 120 dB are more than the levels and five bands add, and leave 24-bit samples far from the

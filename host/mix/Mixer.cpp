@@ -10,10 +10,10 @@
 #include <algorithm>
 #include <atomic>
 #include <cmath>
+#include <map>
 #include <stdexcept>
 #include <string>
 #include <thread>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -115,7 +115,7 @@ private:
     void findSounding(TimelineSpan block);
     /// On the opener's thread.
     std::unique_ptr<OpenStrip> openStrip(const StripKey& key);
-    std::shared_ptr<const Media> mediaFor(const std::string& name);
+    std::shared_ptr<const Media> mediaFor(const TimelineStrip& strip);
     /// Adds what a strip has to report, if it is open.
     void addReport(std::size_t strip, StripReports& reports);
 
@@ -131,7 +131,7 @@ private:
     std::vector<SoundingStrip> sounding_;
     std::vector<Job> jobs_;
     /// What strips that are open share. Used by the opener's thread only.
-    std::unordered_map<std::string, std::weak_ptr<const Media>> media_;
+    std::map<std::pair<std::string, Relabel>, std::weak_ptr<const Media>> media_;
     /// Where the block begins, for strips that are opened in their middle.
     std::atomic<TimelineSample> position_;
     WorkerPool pool_;
@@ -216,17 +216,19 @@ std::unique_ptr<OpenStrip> Mixer::Impl::openStrip(const StripKey& key) {
                                    .block = options_.block,
                                    .wait = options_.wait,
                                    .inlined = options_.inlined};
-    return std::make_unique<OpenStrip>(opened, mediaFor(opened.media), cache_, output,
+    return std::make_unique<OpenStrip>(opened, mediaFor(opened), cache_, output,
                                        position_.load(std::memory_order_relaxed));
 }
 
-std::shared_ptr<const Media> Mixer::Impl::mediaFor(const std::string& name) {
+std::shared_ptr<const Media> Mixer::Impl::mediaFor(const TimelineStrip& strip) {
     std::erase_if(media_, [](const auto& entry) { return entry.second.expired(); });
-    if (const auto found = media_.find(name); found != media_.end())
+    const auto key = std::pair(strip.media, strip.relabel);
+    if (const auto found = media_.find(key); found != media_.end())
         if (auto media = found->second.lock())
             return media;
-    auto media = std::make_shared<const Media>(prepare(openMedia_(name), timeline.sampleRate));
-    media_[name] = media;
+    auto media =
+        std::make_shared<const Media>(prepare(openMedia_(strip.media), timeline.sampleRate, strip.relabel));
+    media_[key] = media;
     return media;
 }
 

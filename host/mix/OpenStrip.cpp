@@ -56,13 +56,13 @@ std::vector<float> gainsOf(const Routing& routing, std::size_t channel, int expo
 
 } // namespace
 
-Media prepare(const Media& media, int sampleRate) {
+Media prepare(const Media& media, int sampleRate, const Relabel& relabel) {
     if (media.channels.empty())
         throw std::invalid_argument("the material has no channels");
     Media prepared{.channels = {}, .sampleRate = sampleRate, .layout = media.layout};
     for (const std::shared_ptr<SampleSource>& channel : media.channels)
         prepared.channels.push_back(std::make_shared<ScaledSource>(
-            convertedTo(channel, media.sampleRate, sampleRate), -headroomExponent));
+            convertedTo(channel, media.sampleRate, sampleRate, relabel), -headroomExponent));
     return prepared;
 }
 

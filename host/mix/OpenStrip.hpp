@@ -14,9 +14,9 @@
 
 namespace audlmd {
 
-/// Makes media ready for the players of a mix: at the timeline's sample rate, with headroom. Throws
-/// std::invalid_argument for media without channels, and for rates that cannot be converted.
-Media prepare(const Media& media, int sampleRate);
+/// Makes media ready for the players of a mix: taken at another rate, at the timeline's sample rate, with
+/// headroom. Throws std::invalid_argument for media without channels, and for rates that cannot be converted.
+Media prepare(const Media& media, int sampleRate, const Relabel& relabel = {});
 
 /// Where a strip sounds: nowhere if it has a reason for silence. Throws std::invalid_argument
 /// for times or a gain out of range, and what StripPlan throws.

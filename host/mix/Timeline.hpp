@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/mix/Relabel.hpp"
 #include "host/mix/Routing.hpp"
 #include "host/signal/StripPlayer.hpp"
 
@@ -28,8 +29,10 @@ struct TimelineStrip {
     /// and automation stay where the whole range has them: this is how a strip is cut in the middle of a
     /// fade.
     OutputSample skip;
-    /// Range, direction, speed, fades, equaliser and automation. Samples are the media's at the timeline's
-    /// sample rate. Cookie, sample rate, levels and waiting are set by the mixer.
+    /// The rate at which the media are taken. Not for reversal or speed, which `settings` have.
+    Relabel relabel = {};
+    /// Range, direction, speed, fades, equaliser and automation. Samples are the media's, as relabelled, at
+    /// the timeline's sample rate. Cookie, sample rate, levels and waiting are set by the mixer.
     StripSettings settings;
     /// Fixed gain of the whole strip, in decibels: minus infinity up to +60, which is more than one level
     /// stage gives.

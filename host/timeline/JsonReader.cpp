@@ -101,7 +101,7 @@ void readRange(StrictObject& fields, TimelineStrip& strip) {
     std::int64_t end = 0;
     if (fields.find("to") == nullptr) {
         const Reading& reading = fields.reading();
-        const std::optional<std::int64_t> length = reading.lengthOf(strip.media);
+        const std::optional<std::int64_t> length = reading.lengthOf(strip.media, strip.relabel);
         const std::string& problem = reading.media.of(strip.media).problem;
         if (!length)
             fields.fail("to", "is missing, and the length of the file is not known" +
@@ -142,7 +142,7 @@ void requirePlayable(const StripSettings& settings, const Reading& reading) {
 void noteUnplayed(const TimelineStrip& strip, const Reading& reading) {
     if (!strip.silence.empty())
         return;
-    noteSilentEnds(strip, reading.lengthOf(strip.media), 0, false, reading);
+    noteSilentEnds(strip, reading.lengthOf(strip.media, strip.relabel), 0, false, reading);
     noteOutsideAutomation(strip, reading);
 }
 
@@ -171,6 +171,7 @@ TimelineStrip readStrip(const Json& value, Reading reading) {
     if (strip.media.find('\0') != std::string::npos)
         fields.fail("media", "has a zero byte, which no file's name can have");
     strip.silence = fields.text("silence", "");
+    strip.relabel = relabelIn(fields);
     settings.sampleRate = reading.timeline.sampleRate;
     settings.reverse = fields.flag("reverse", false);
     const bool takesLinear = readSpeed(fields, settings);

@@ -66,7 +66,8 @@ Row rowOf(const Timeline& timeline, const std::string& track, const TimelineStri
             words::printable(strip.name),
             spanText(TimelineSpan{strip.at, strip.at + strip.length}, sampleRate),
             spanText(heard, sampleRate),
-            words::numberText(settings.speed),
+            words::numberText(settings.speed) +
+                (strip.relabel == Relabel() ? "" : ", relabelled " + words::relabelText(strip.relabel)),
             settings.reverse ? "backwards" : "forwards",
             words::numberText(strip.gainDb) + " dB" + (settings.automation ? " + automation" : ""),
             fades(settings, sampleRate),

@@ -39,6 +39,7 @@ Rational readClipRange(const Json& value, const Reading& reading, OtioItem& item
     std::optional<OtioRange> shown;
     std::optional<OtioRange> available;
     const bool isShown = attempt(item, [&] { shown = rangeIn(value, "source_range", reading); });
+    attempt(item, [&] { item.sound.relabel = relabelOf(value, reading); });
     attempt(item, [&] { available = readMedia(value, shown, reading, item); });
     if (!isShown || (!shown && !available)) {
         const std::string& problem = reading.media.of(item.media).problem;

@@ -40,6 +40,7 @@ struct ItemSound {
     std::vector<EqualiserBand> equaliser;
     std::optional<Converter> converter;
     std::optional<Routing> routing;
+    Relabel relabel;
 };
 
 /// A note on an item, until it is known where the item lies.

@@ -173,7 +173,7 @@ void setLevels(const ClipPlacement& placement, TimelineStrip& strip) {
 /// What the file is known to have counts; else what the timeline says of it.
 void noteMissingMedia(const ClipPlacement& placement, const TimelineStrip& strip) {
     const OtioItem& clip = placement.clip;
-    std::optional<std::int64_t> length = placement.reading.lengthOf(clip.media);
+    std::optional<std::int64_t> length = placement.reading.lengthOf(clip.media, clip.sound.relabel);
     if (!length && clip.mediaDuration)
         length = placement.samples(*clip.mediaDuration);
     noteSilentEnds(strip, length, placement.samples(clip.pictureFrame), clip.startsEmpty, placement.reading);
@@ -206,6 +206,7 @@ std::optional<TimelineStrip> placeClip(const OtioItem& clip, const Surroundings&
     strip.name = clip.name;
     strip.media = clip.media;
     strip.routing = clip.sound.routing;
+    strip.relabel = clip.sound.relabel;
     setRange(placement, strip);
     setConverter(placement, strip.settings);
     setFades(placement, strip.settings);

@@ -159,7 +159,8 @@ std::optional<OtioRange> rangeOfFile(const std::optional<OtioRange>& shown, cons
     if (!facts)
         return std::nullopt;
     try {
-        const Rational rate = Rational::nearest(facts->sampleRate);
+        const Relabel& relabel = item.sound.relabel;
+        const Rational rate = Rational::nearest(facts->sampleRate) * Rational(relabel.to, relabel.from);
         const auto samples = [&](std::int64_t count) {
             const auto number = static_cast<double>(count);
             return OtioTime{secondsOf(number, rate), rate, number, rate.value()};

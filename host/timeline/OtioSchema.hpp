@@ -53,7 +53,8 @@ std::optional<OtioRange> rangeIn(const Json& parent, const std::string& key, con
 /// Reads a clip's active media reference: the path, and why the clip is silent if the reference names no
 /// sound. A clip without a reference to a file has its own name, or that of its reference, for a path.
 /// Returns the medium's range, from the timeline, else from ReadOptions::media; nothing where neither knows.
-/// `shown` is the clip's source_range. Sets item.media, and adds a silence and notes.
+/// `shown` is the clip's source_range. Sets item.media, and adds a silence and notes. item.sound.relabel is
+/// known before.
 std::optional<OtioRange> readMedia(const Json& clip, const std::optional<OtioRange>& shown,
                                    const Reading& reading, OtioItem& item);
 

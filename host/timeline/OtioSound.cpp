@@ -228,11 +228,16 @@ std::vector<TimedDecibels> keyFramesIn(StrictObject& fields) {
     return keys;
 }
 
-/// The block "audlmd" in an item's metadata, if there is one. Gains of effects are already in the sum, and
+/// The block "audlmd" in an item's metadata, or null.
+const Json* ownBlockOf(const Json& item) {
+    const Json* metadata = member(item, "metadata");
+    return metadata == nullptr ? nullptr : member(*metadata, "audlmd");
+}
+
+/// The item's own block, if there is one. Gains of effects are already in the sum, and
 /// stay there.
 void readOwnBlock(const Json& item, const Reading& reading, ItemSound& sound) {
-    const Json* metadata = member(item, "metadata");
-    const Json* block = metadata == nullptr ? nullptr : member(*metadata, "audlmd");
+    const Json* block = ownBlockOf(item);
     if (block == nullptr)
         return;
     StrictObject fields(*block, reading);
@@ -249,6 +254,7 @@ void readOwnBlock(const Json& item, const Reading& reading, ItemSound& sound) {
     sound.equaliser = equaliserIn(fields);
     sound.converter = fields.word("converter", words::converterWords);
     sound.routing = routingIn(fields);
+    sound.relabel = relabelIn(fields);
     fields.finish();
 }
 
@@ -260,6 +266,14 @@ void readSound(const Json& value, const Rational& frameRate, const Reading& read
             readEffect(effect, frameRate, reading, item);
     // After the effects, because our own block has the last word.
     readOwnBlock(value, reading, item.sound);
+}
+
+Relabel relabelOf(const Json& clip, const Reading& reading) {
+    const Json* block = ownBlockOf(clip);
+    if (block == nullptr)
+        return {};
+    StrictObject fields(*block, reading);
+    return relabelIn(fields);
 }
 
 FadeCurve curveIn(const Json& item, FadeCurve otherwise) {

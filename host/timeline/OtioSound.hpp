@@ -12,6 +12,9 @@ namespace audlmd::timeline {
 /// is not known is an error, unlike in blocks of others.
 void readSound(const Json& value, const Rational& frameRate, const Reading& reading, OtioItem& item);
 
+/// The key "relabel" in the block "audlmd" of a clip. Throws TimelineError for a text that is none.
+Relabel relabelOf(const Json& clip, const Reading& reading);
+
 /// The word "curve" in the metadata, under any namespace: linear, log or power. `otherwise` where there is
 /// none. Letters of either case count; a word that names no curve gives `otherwise`, too.
 FadeCurve curveIn(const Json& item, FadeCurve otherwise);

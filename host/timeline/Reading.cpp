@@ -46,11 +46,11 @@ std::string Reading::pathOf(const std::string& medium) const {
                : (options.folder / path).lexically_normal().string();
 }
 
-std::optional<std::int64_t> Reading::lengthOf(const std::string& medium) const {
+std::optional<std::int64_t> Reading::lengthOf(const std::string& medium, const Relabel& relabel) const {
     const std::optional<MediaFacts>& facts = media.of(medium).facts;
     if (!facts)
         return std::nullopt;
-    const double scale = static_cast<double>(timeline.sampleRate) / facts->sampleRate;
+    const double scale = timeline.sampleRate / relabel.rateOf(facts->sampleRate);
     return std::llround(
         std::min(static_cast<double>(facts->length) * scale, static_cast<double>(farthestPosition)));
 }

@@ -55,9 +55,9 @@ struct Reading {
     /// A path as it stands in a file. Relative ones start in ReadOptions::folder. An empty path stays empty,
     /// and what is elsewhere stays as it is. The file need not exist.
     std::string pathOf(const std::string& medium) const;
-    /// The length of a medium at the output's rate, rounded, at most farthestPosition. Nothing where it is
-    /// not known.
-    std::optional<std::int64_t> lengthOf(const std::string& medium) const;
+    /// The length of a medium that is taken at another rate, at the output's rate, rounded, at most
+    /// farthestPosition. Nothing where it is not known.
+    std::optional<std::int64_t> lengthOf(const std::string& medium, const Relabel& relabel) const;
 };
 
 } // namespace audlmd::timeline

@@ -3,6 +3,7 @@
 #include "host/timeline/TimelineError.hpp"
 #include "host/words/StripWords.hpp"
 #include "host/words/Text.hpp"
+#include "host/words/Times.hpp"
 
 #include <cmath>
 #include <stdexcept>
@@ -117,6 +118,17 @@ std::vector<EqualiserBand> equaliserIn(StrictObject& fields) {
         for (const Json& value : *list)
             bands.push_back(bandIn(value, fields));
     return bands;
+}
+
+Relabel relabelIn(StrictObject& fields) {
+    const Json* found = fields.find("relabel");
+    if (found == nullptr)
+        return {};
+    const std::optional<Relabel> relabel =
+        found->is_string() ? words::relabelIn(found->get_ref<const std::string&>()) : std::nullopt;
+    if (!relabel)
+        fields.fail("relabel", std::string("must be a text with ") + words::relabelSyntax);
+    return *relabel;
 }
 
 std::optional<Routing> routingIn(StrictObject& fields) {

@@ -73,6 +73,9 @@ private:
 /// requireBands(), once the sample rate is known.
 std::vector<EqualiserBand> equaliserIn(StrictObject& fields);
 
+/// "relabel", see words::relabelIn(). The rate of the file where there is none.
+Relabel relabelIn(StrictObject& fields);
+
 /// Nothing where there is no "routing". Throws unless there is a row for each of the output's channels, and
 /// all rows are equally long. Gains are linear, with a magnitude of at most 1e6.
 std::optional<Routing> routingIn(StrictObject& fields);

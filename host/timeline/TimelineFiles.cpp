@@ -5,6 +5,7 @@
 #include "host/timeline/OtioReader.hpp"
 #include "host/timeline/TimelineError.hpp"
 #include "host/words/StripWords.hpp"
+#include "host/words/Times.hpp"
 
 #include <cmath>
 #include <vector>
@@ -59,6 +60,8 @@ Json stripOf(const TimelineStrip& strip) {
                {"equaliser", equaliser(settings.equaliser)}};
     if (settings.automation)
         value["automation"] = automation(*settings.automation);
+    if (strip.relabel != Relabel())
+        value["relabel"] = words::relabelText(strip.relabel);
     if (!strip.silence.empty())
         value["silence"] = strip.silence;
     if (strip.routing)

@@ -6,6 +6,7 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
+#include <numeric>
 
 namespace audlmd::words {
 namespace {
@@ -159,6 +160,47 @@ std::string clock(std::int64_t samples, int sampleRate) {
     const std::int64_t milliseconds = std::llround(std::abs(seconds) * 1000.0);
     return (samples < 0 ? "-" : "") + wholeSeconds(milliseconds / 1000) + "." +
            padded(milliseconds % 1000, 3);
+}
+
+namespace {
+
+struct Fraction {
+    std::int64_t numerator = 1;
+    std::int64_t denominator = 1;
+};
+
+std::optional<Fraction> fractionIn(std::string_view text) {
+    constexpr std::int64_t most = 10'000'000;
+    const std::size_t slash = std::min(text.find('/'), text.size());
+    const std::optional<std::int64_t> numerator = plainWhole(text.substr(0, slash));
+    const std::optional<std::int64_t> denominator =
+        slash == text.size() ? 1 : plainWhole(text.substr(slash + 1));
+    const auto isFit = [](const auto& part) { return part && *part >= 1 && *part <= most; };
+    if (isFit(numerator) && isFit(denominator))
+        return Fraction{*numerator, *denominator};
+    const std::optional<FrameRate> rate = frameRateIn(text);
+    return rate && rate->slowed ? std::optional(Fraction{rate->nominal * 1000, 1001}) : std::nullopt;
+}
+
+} // namespace
+
+std::optional<Relabel> relabelIn(std::string_view text) {
+    constexpr std::int64_t most = 1'000'000;
+    const std::size_t colon = std::min(text.find(':'), text.size());
+    const std::optional<Fraction> from = fractionIn(text.substr(0, colon));
+    const std::optional<Fraction> to =
+        colon == text.size() ? std::nullopt : fractionIn(text.substr(colon + 1));
+    if (!from || !to)
+        return std::nullopt;
+    Relabel relabel{.from = from->numerator * to->denominator, .to = to->numerator * from->denominator};
+    const std::int64_t common = std::gcd(relabel.from, relabel.to);
+    relabel.from /= common;
+    relabel.to /= common;
+    return std::max(relabel.from, relabel.to) <= most ? std::optional(relabel) : std::nullopt;
+}
+
+std::string relabelText(const Relabel& relabel) {
+    return std::to_string(relabel.from) + ":" + std::to_string(relabel.to);
 }
 
 bool isFrameRate(double rate) {

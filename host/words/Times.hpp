@@ -1,5 +1,7 @@
 #pragma once
 
+#include "host/mix/Relabel.hpp"
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -40,5 +42,16 @@ bool isFrameRate(double rate);
 /// h:mm:ss:ff of the last frame that has begun, which timeIn() reads with an @ and the rate behind it.
 /// `samples` is not negative; `frameRate` as isFrameRate() wants it.
 std::string timecode(std::int64_t samples, int sampleRate, double frameRate);
+
+/// What relabelIn() reads, for messages.
+inline constexpr const char* relabelSyntax =
+    "the rate that it has, a colon and the rate that it is taken at, both whole numbers, fractions or frame "
+    "rates, such as 24000/1001:24, 23.976:25 or 48048:48000";
+
+/// Reads relabelSyntax. Nothing for anything else, and for ratios that have a number above 1,000,000 in their
+/// lowest terms.
+std::optional<Relabel> relabelIn(std::string_view text);
+/// In lowest terms: "1000:1001".
+std::string relabelText(const Relabel& relabel);
 
 } // namespace audlmd::words

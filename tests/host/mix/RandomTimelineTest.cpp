@@ -80,6 +80,9 @@ struct RandomTimeline {
                     gain = static_cast<float>(kinds == Kinds::exact ? std::round(real(-2.0, 2.0))
                                                                     : real(-1.5, 1.5));
         }
+        // So that the rate stays whole.
+        if (name == "of another rate" && std::int64_t{strip.length} % 2 == 0)
+            strip.relabel = {.from = 4, .to = 5};
         if (kinds == Kinds::all)
             drawLaws(strip);
         return strip;
@@ -173,7 +176,8 @@ Expected expectedOf(const RandomTimeline& random) {
     Expected expected{silence, silence};
     for (const TimelineTrack& track : random.timeline.tracks)
         for (const TimelineStrip& strip : track.strips) {
-            const model::Medium& medium = random.media.at(strip.media);
+            model::Medium medium = random.media.at(strip.media);
+            medium.sampleRate = static_cast<int>(strip.relabel.rateOf(medium.sampleRate));
             const TimelineSpan span =
                 model::addStrip(strip, medium, random.timeline.sampleRate, mixStart, expected.samples);
             const Routing routing = strip.routing ? *strip.routing

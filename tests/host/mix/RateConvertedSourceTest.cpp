@@ -5,6 +5,9 @@
 #include <soxr.h>
 
 #include <algorithm>
+#include <cmath>
+#include <complex>
+#include <numbers>
 #include <random>
 #include <stdexcept>
 #include <string>
@@ -91,7 +94,14 @@ struct ScriptedSource : SampleSource {
 TEST(RateConvertedSource, RoundsTheLengthUp) {
     // A length that no double holds.
     constexpr std::int64_t veryLong = std::int64_t{1} << 53;
-    const std::tuple<std::int64_t, int, int, std::int64_t> cases[] = {
+    struct Case {
+        std::int64_t inLength;
+        int inRate;
+        int outRate;
+        std::int64_t outLength;
+        Relabel relabel = {};
+    };
+    const Case cases[] = {
         {0, 44100, 48000, 0},
         {1, 44100, 48000, 2},
         {147, 44100, 48000, 160},
@@ -99,11 +109,49 @@ TEST(RateConvertedSource, RoundsTheLengthUp) {
         {768, 768000, 1000, 1},
         {769, 768000, 1000, 2},
         {veryLong + 1, 3000, 6000, 2 * (veryLong + 1)},
-        {(std::int64_t{44099} << 35) + 1, 44099, 48000, (std::int64_t{48000} << 35) + 2}};
-    for (const auto& [inLength, inRate, outRate, outLength] : cases) {
-        const auto source = convertedTo(std::make_shared<ScriptedSource>(inLength), inRate, outRate);
+        {(std::int64_t{44099} << 35) + 1, 44099, 48000, (std::int64_t{48000} << 35) + 2},
+        {172'800'000, 48000, 48000, 172'972'800, {1001, 1000}},
+        {172'800'000, 48000, 48000, 172'627'373, {1000, 1001}},
+        {158'760'000, 44100, 48000, 172'972'800, {1001, 1000}},
+        {158'760'000, 44100, 48000, 158'760'000, {441, 480}}};
+    for (const auto& [inLength, inRate, outRate, outLength, relabel] : cases) {
+        const auto source = convertedTo(std::make_shared<ScriptedSource>(inLength), inRate, outRate, relabel);
         EXPECT_EQ(source->length(), outLength) << inLength << " samples, " << inRate << " to " << outRate;
         EXPECT_NO_THROW(read(*source, std::max<std::int64_t>(0, outLength - 3), 3));
+    }
+}
+
+/// A tone without an end, of 1 kHz at 48 kHz.
+struct ToneSource : SampleSource {
+    std::int64_t length() const override { return 172'800'000; }
+    void read(std::int64_t position, std::span<float> samples) override {
+        for (float& sample : samples)
+            sample = static_cast<float>(0.5 * std::sin(std::numbers::pi / 24.0 * double(position++ % 48)));
+    }
+};
+
+TEST(RateConvertedSource, TakesAToneAtAnotherRateWithItsPitch) {
+    for (const auto& [relabel, frequency] : {std::pair(Relabel{25, 24}, 960.0),
+                                             {Relabel{1001, 1000}, 1e6 / 1001.0},
+                                             {Relabel{24, 25}, 25e3 / 24.0}}) {
+        const auto source = convertedTo(std::make_shared<ToneSource>(), 48000, 48000, relabel);
+        // In turns, against the exact tone: what is off by 1e-9 Hz turns by 4e-6 in an hour.
+        const auto phaseAt = [&, tone = frequency](std::int64_t start) {
+            std::complex<double> sum;
+            std::int64_t n = start;
+            for (const float sample : read(*source, start, 480'000)) {
+                const double turns = std::fmod(double(n % 48000) * tone, 48000.0) / 48000.0 +
+                                     std::fmod(double(n / 48000) * tone, 1.0);
+                ++n;
+                sum += double{sample} * std::polar(1.0, -2.0 * std::numbers::pi * turns);
+            }
+            return std::arg(sum * std::complex(0.0, 1.0)) / (2.0 * std::numbers::pi);
+        };
+        const double first = phaseAt(48'000);
+        const double last = phaseAt(source->length() - 528'000);
+        const double seconds = static_cast<double>(source->length() - 576'000) / 48000.0;
+        EXPECT_NEAR((last - first) / seconds, 0.0, 1e-9) << frequency;
+        EXPECT_NEAR(first, 0.0, 1e-6) << frequency;
     }
 }
 

@@ -56,6 +56,7 @@ TEST(OtioReader, RoundsTheExactSumOfDurationsOnce) {
 
 TEST(OtioReader, CountsTheRangeFromWhereTheMediumBegins) {
     std::string url = "file:///b%20c.wav";
+    std::string relabel = "1:1";
     const auto file = [&url](const Json& available) {
         return Json{
             {"OTIO_SCHEMA", "ExternalReference.1"}, {"target_url", url}, {"available_range", available}};
@@ -65,7 +66,8 @@ TEST(OtioReader, CountsTheRangeFromWhereTheMediumBegins) {
         how.media = [](const std::string&) { return MediaFacts{441'000, 44'100, 44'100}; };
         const Json more{{"source_range", shown},
                         {"media_references", {{"DEFAULT_MEDIA", Json()}, {"x", file(available)}}},
-                        {"active_media_reference_key", "x"}};
+                        {"active_media_reference_key", "x"},
+                        {"metadata", {{"audlmd", {{"relabel", relabel}}}}}};
         return readOtio(timeline({track({clip("a", 0, 0, more)})}), how).tracks.at(0).strips.at(0);
     };
     EXPECT_EQ(of(range(90'010, 5), range(90'000, 50)).settings.from, 10 * frame);
@@ -73,6 +75,10 @@ TEST(OtioReader, CountsTheRangeFromWhereTheMediumBegins) {
     EXPECT_EQ(of(Json(), range(90'000, 50)).length, 50 * frame);
     EXPECT_EQ(of(Json(), Json()).length, 480'000);
     EXPECT_EQ(of(range(35, 5), Json()).settings.from, 10 * frame);
+    relabel = "25:24";
+    EXPECT_EQ(of(Json(), Json()).length, 500'000);
+    EXPECT_EQ(of(range(35, 5), Json()).settings.from, 67'200 - 50'000);
+    relabel = "1:1";
     for (const auto& [written, media] :
          std::vector<std::pair<std::string, std::string>>{{"file:///b%20c.wav", "/b c.wav"},
                                                           {"file:///C:/b%4", "C:/b%4"},

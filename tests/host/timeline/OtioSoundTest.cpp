@@ -106,7 +106,7 @@ TEST(OtioSound, ReadsOurOwnBlock) {
     const Json block = Json::parse(R"({"gain": -2, "level": 1.5, "fadeIn": 0.5, "fadeOut": 0.25,
         "fadeInCurve": "log", "converter": "linear", "automation": [[0, 0], [0.5, "-inf"]],
         "equaliser": ["lowpass:1.5k", {"kind": "peak", "frequency": 500, "gain": 3, "q": 2}],
-        "routing": [[1, 0], [0.5, -0.5]]})");
+        "routing": [[1, 0], [0.5, -0.5]], "relabel": "24000/1001:24"})");
     const Json more{{"effects", {warp(1.5)}}, {"metadata", {{"audlmd", block}}}};
     const TimelineStrip strip = stripsOf({clip("a", 0, 50, more)}).at(0);
     EXPECT_DOUBLE_EQ(strip.gainDb, -0.5);
@@ -121,6 +121,7 @@ TEST(OtioSound, ReadsOurOwnBlock) {
     EXPECT_DOUBLE_EQ(strip.settings.equaliser[0].frequency, 1500.0);
     EXPECT_DOUBLE_EQ(strip.settings.equaliser[1].q, 2.0);
     EXPECT_EQ(strip.routing.value().rows[1], (std::vector<float>{0.5F, -0.5F}));
+    EXPECT_EQ(strip.relabel, (Relabel{1000, 1001}));
 }
 
 } // namespace

@@ -293,6 +293,8 @@ TEST_F(Files, MoveMarkersAndLoopsWithTheirSamples) {
              {"b.wav --reverse --from solo", "0 end, 17999 verse 1, 23999 solo, ",
               "1 marker outside the range, loops (smpl)"},
              {"b.wav --rate 96k", "200 0.25, 24000 solo, 60000 verse 1, 96000 end, ", "loops (smpl)"},
+             {"b.wav --relabel 48:24 --from solo", "0 solo, 36000 verse 1, 72000 end, ",
+              "1 marker outside the range, loops (smpl)"},
              {"b.wav --speed 2", "50 0.25, 6000 solo, 15000 verse 1, 24000 end, ", "loops (smpl)"},
              {"b.aiff", "100 0.25, 12000 solo, 30000 verse 1, 48000 end, ",
               "iXML, lengths and comments of markers, loops (smpl)"},
@@ -375,6 +377,8 @@ TEST_F(Files, KeepTagsAndBroadcastExtensionsOrSayWhatIsLost) {
     EXPECT_STREQ(file.getString(SF_STR_ALBUM), "odd");
     EXPECT_STREQ(file.getString(SF_STR_GENRE), "even");
     EXPECT_EQ(SoundFile(in("c.wav")).timeReference(), 2 * reference);
+    output("render c.rf64 -o d.wav --relabel 3:1 --from 0.125 --rate 24k");
+    EXPECT_EQ(SoundFile(in("d.wav")).timeReference(), reference / 2 * 3 + 3000);
     const std::string kept = readBytes(in("c.wav"));
     EXPECT_NE(kept.find("door"), std::string::npos);
     EXPECT_NE(kept.find("<BWFXML/>"), std::string::npos);

@@ -353,6 +353,12 @@ TEST_F(Render, ConvertsTheRateAndKeepsPitchAndLength) {
     std::vector<float> reversed = readSound(in("c.wav")).at(0);
     std::ranges::reverse(reversed);
     EXPECT_EQ(reversed, converted);
+    // Taken at its own rate anew, nothing is changed; slices are parts of the whole.
+    EXPECT_EQ(rendered("--relabel 480:441 --rate 44100").at(0), readSound(in("a.wav")).at(0));
+    const std::vector<float> slowed = rendered("--relabel 25:24 --speed 1.5").at(0);
+    EXPECT_EQ(slowed.size(), 33334U);
+    EXPECT_TRUE(std::ranges::equal(rendered("--relabel 25:24 --from 0.5").at(0),
+                                   std::span(rendered("--relabel 25:24").at(0)).subspan(24000)));
 }
 
 } // namespace

@@ -14,10 +14,10 @@ std::int64_t scaled(std::int64_t samples, double factor) {
 
 } // namespace
 
-std::vector<Marker> atRate(std::vector<Marker> markers, int fromRate, int toRate) {
+std::vector<Marker> atRate(std::vector<Marker> markers, double fromRate, int toRate) {
     if (fromRate == toRate)
         return markers;
-    const double factor = static_cast<double>(toRate) / fromRate;
+    const double factor = toRate / fromRate;
     for (Marker& marker : markers) {
         const std::int64_t end = scaled(marker.position + marker.length, factor);
         marker.position = scaled(marker.position, factor);

@@ -58,7 +58,7 @@ struct RenderedPart {
 };
 
 /// The same markers in samples of another rate, to the nearest.
-std::vector<Marker> atRate(std::vector<Marker> markers, int fromRate, int toRate);
+std::vector<Marker> atRate(std::vector<Marker> markers, double fromRate, int toRate);
 
 /// The markers that stand in the part, where the output has them. What reaches beyond the part ends with it.
 /// A marker at the end of the whole goes with the end. Backwards, a marker goes with its samples.

@@ -28,8 +28,8 @@ struct Metadata {
     std::vector<Marker> markers;
     /// Of WAV and RF64 files.
     std::optional<Sampler> sampler;
-    /// In frames per second.
-    int sampleRate = 0;
+    /// In frames per second, as relabelled.
+    double sampleRate = 0.0;
     /// What of this has no place in the output, in words. Empty in what is read.
     std::vector<std::string> dropped;
     /// The identifiers of chunks with something else in them than samples and the above.

@@ -42,6 +42,13 @@ void InputOptions::declareInput(CLI::App& app) {
     decoding.declareStream(app, group);
 }
 
+void InputOptions::declareRelabel(CLI::App& app) {
+    addParsed(app, "--relabel", relabel, &parseRelabel,
+              "Take the input at another rate, with its pitch: 25:24 is slower, 24000/1001:24 faster")
+        ->option_text("FROM:TO")
+        ->group("Input");
+}
+
 void InputOptions::declareMaterial(CLI::App& app) {
     decoding.declareCache(app, "Input");
     app.add_flag("--partial", partial, "Take what is there of truncated recordings")->group("Input");
@@ -92,7 +99,7 @@ OpenInput RenderingOptions::open(const std::filesystem::path& file,
     }
     const int wanted = rate.value_or(media.sampleRate);
     for (std::shared_ptr<SampleSource>& channel : media.channels)
-        channel = convertedTo(channel, media.sampleRate, wanted);
+        channel = convertedTo(channel, media.sampleRate, wanted, taken());
     media.sampleRate = wanted;
     return opened;
 }

@@ -2,6 +2,7 @@
 
 #include "host/deliver/Delivery.hpp"
 #include "host/mix/Media.hpp"
+#include "host/mix/Relabel.hpp"
 #include "host/services/RenderFunctions.hpp"
 #include "host/signal/Unclipped.hpp"
 #include "tools/audlmd/JobLog.hpp"
@@ -39,12 +40,15 @@ struct InputOptions {
     DecodingOptions decoding;
     /// What becomes of truncated recordings.
     bool partial = false;
+    std::optional<Relabel> relabel;
     /// How the job tells what it does.
     JobStyle style;
 
     /// Declares the options on an input without a header and on the input's streams, in the group "Input" of
     /// the help. This object must outlive the app.
     void declareInput(CLI::App& app);
+    /// Declares --relabel, in the same group.
+    void declareRelabel(CLI::App& app);
     /// Declares the options on films and damaged recordings, in the same group.
     void declareMaterial(CLI::App& app);
 
@@ -52,6 +56,8 @@ struct InputOptions {
     /// a header bring, or what is decoded of a film. Throws CommandError and SoundFileError.
     PlayableFile atHand(const std::filesystem::path& input) const;
 
+    /// The rate at which the input is taken.
+    Relabel taken() const { return relabel.value_or(Relabel()); }
     Truncated truncated() const { return partial ? Truncated::taken : Truncated::refused; }
 
 private:

@@ -6,6 +6,7 @@
 #include "host/words/Numbers.hpp"
 #include "host/words/StripWords.hpp"
 #include "host/words/Text.hpp"
+#include "host/words/Times.hpp"
 #include "tools/audlmd/CommandError.hpp"
 
 #include <cmath>
@@ -80,6 +81,13 @@ int parseRate(std::string_view text, std::string_view option) {
         fail(option, words::quoted(text) + " is not a whole number of hertz from " +
                          std::to_string(lowestSampleRate) + " to " + std::to_string(highestSampleRate));
     return static_cast<int>(rate);
+}
+
+Relabel parseRelabel(std::string_view text, std::string_view option) {
+    const std::optional<Relabel> relabel = words::relabelIn(text);
+    if (!relabel)
+        fail(option, words::quoted(text) + " is not " + words::relabelSyntax);
+    return *relabel;
 }
 
 Converter parseConverter(std::string_view text, std::string_view option) {

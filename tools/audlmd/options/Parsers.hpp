@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/mix/Relabel.hpp"
 #include "host/signal/Equaliser.hpp"
 #include "host/signal/Fade.hpp"
 #include "host/signal/StripPlayer.hpp"
@@ -43,6 +44,9 @@ SpeedValue parseSpeed(std::string_view text, std::string_view option);
 
 /// A sample rate in hertz within the limits of the host, such as 48000, 44.1k or 96 kHz.
 int parseRate(std::string_view text, std::string_view option);
+
+/// "24000/1001:24", see words::relabelIn().
+Relabel parseRelabel(std::string_view text, std::string_view option);
 
 /// "filtering" or "linear". "none" is not a word here: a strip without a speed has no converter.
 Converter parseConverter(std::string_view text, std::string_view option);

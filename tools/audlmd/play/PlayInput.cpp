@@ -42,7 +42,7 @@ void PlayInput::openSound(const PlayableFile& file) {
     OpenInput opened = options_.open(file.path, name_);
     media_ = options_.strip.amplified(std::move(opened.media));
     const Metadata metadata = readMetadata(file.path);
-    markers_ = atRate(metadata.markers, metadata.sampleRate, media_.sampleRate);
+    markers_ = atRate(metadata.markers, options_.taken().rateOf(metadata.sampleRate), media_.sampleRate);
     if (!file.note.empty())
         notes_.push_back(file.note);
     notes_.insert(notes_.end(), opened.notes.begin(), opened.notes.end());

@@ -62,6 +62,7 @@ void PlayOptions::declare(CLI::App& play) {
     play.add_option("INPUT", inputs,
                     "Sound files, films and timelines; the content decides; - is sound on standard input");
     declareInput(play);
+    declareRelabel(play);
     declareDevice(play, *this);
     play.add_option("--media", media, "A folder in which a timeline's media are looked for")
         ->option_text("FOLDER")
@@ -85,7 +86,7 @@ void PlayOptions::requireCompatible() const {
     if (strip.converter == Converter::filtering)
         requireFilteringSpeed(strip.speed->factor);
     const bool isForSounds = !strip.equaliser.empty() || strip.fadeIn || strip.fadeOut || strip.level ||
-                             strip.automation || strip.converter || decoding.stream;
+                             strip.automation || strip.converter || decoding.stream || relabel;
     const auto timeline = std::ranges::find_if(inputs, &isTimelineFile);
     if (timeline != inputs.end() && isForSounds)
         throw CommandError(words::quoted(timeline->string()) +

@@ -84,6 +84,7 @@ private:
         for (const std::string& note : opened.notes)
             log_.note(note);
         Metadata metadata = readMetadata(file_);
+        metadata.sampleRate = options_.taken().rateOf(metadata.sampleRate);
         ResolvedStrip strip = options_.strip.settingsFor(
             {.path = input_,
              .frames = input.channels.front()->length(),
@@ -125,9 +126,10 @@ private:
         const SoundFile file(file_, options_.truncated());
         if (!layout_.metadata.broadcast)
             return;
+        const double fileRate = options_.taken().rateOf(file.sampleRate());
         // Of a damaged file any number.
-        const double reference = static_cast<double>(file.timeReference()) * sampleRate / file.sampleRate();
-        const bool isExact = file.sampleRate() == sampleRate;
+        const double reference = static_cast<double>(file.timeReference()) * sampleRate / fileRate;
+        const bool isExact = fileRate == sampleRate;
         layout_.timeReference =
             from.number() + (isExact ? std::clamp<std::int64_t>(file.timeReference(), 0, farthestPosition)
                                      : std::llround(std::clamp(reference, 0.0, 0x1p60)));
@@ -165,7 +167,7 @@ private:
         // Floats do not hold 32 bits, and other channels are no copy.
         if (options_.channels.map ? format == FormatId::s32 : input.info().channels != layout_.channels)
             return std::nullopt;
-        const bool kept = format && input.info().samplerate == layout_.sampleRate &&
+        const bool kept = format && options_.taken().rateOf(input.info().samplerate) == layout_.sampleRate &&
                           (!outputs_.sound() || subtypeIn(*outputs_.sound()->kind, *format));
         return kept ? format : std::nullopt;
     }

@@ -26,7 +26,9 @@ BANDS of --eq are written peak:FREQUENCY:GAIN[:Q], lowshelf:FREQUENCY:GAIN[:Q], 
 highpass:FREQUENCY[:Q] or lowpass:FREQUENCY[:Q], in hertz (1k is 1000) and decibels. Without Q it is 0.707.
 
 RATES With --rate the input is converted to the output's rate while it is read, at very high quality and with
-its pitch and length as they are; then everything counts samples of the output's rate, smp too.
+its pitch and length as they are; then everything counts samples of the output's rate, smp too. --relabel FROM:TO takes what is FROM in the
+input for TO first, so that pitch and length change: 24000/1001:24 pulls up by 0.1 %. Times, markers and the
+time reference count in the input as it is taken.
 
 CHANNELS --map takes channels of the input by number or name; --channels then folds them down, or puts them in
 the order of a layout: mono, stereo, 3.0, quad, 5.0, 5.1, 6.1, 7.1, 5.1film, 7.1film, 5.1smpte or 7.1smpte.
@@ -67,6 +69,7 @@ EXAMPLES
   audlmd render song.wav -o ride.wav --automation ride.csv      (lines like 0,-20 and 1:02.5,0)
   audlmd render song.wav -o fast.wav --speed 1.5
   audlmd render song.wav -o cd.wav --rate 44100 --format s16 --dither
+  audlmd render film.wav -o pal.wav --relabel 24000/1001:25
   audlmd render one.wav two.wav three.wav -o cd/ --rate 44.1k --format s16
   ffmpeg -i film.mkv -f wav - | audlmd render - -o film.wav --gain -3
   audlmd render song.wav -o mono.wav --channels mono      (or --map L for the left channel alone)
@@ -78,6 +81,7 @@ void RenderOptions::declare(CLI::App& render) {
     render.add_option("INPUT", inputs, "A sound file, or a film, which ffmpeg decodes; - is standard input")
         ->required();
     declareInput(render);
+    declareRelabel(render);
     declareOutput(render, "The file to write, or a folder for one file per input", {}, mostBlock);
     render.add_option("--suffix", suffix, "Comes behind the names of what is written into a folder")
         ->option_text("TEXT")

@@ -175,7 +175,7 @@ void readPeaks(TimelineSketch& sketch, const OpenMedia& openMedia,
         if (media) {
             std::vector<WaitingStrip> waiting;
             for (StripSketch* strip : strips)
-                waiting.emplace_back(*strip, static_cast<double>(media->sampleRate) / sketch.sampleRate,
+                waiting.emplace_back(*strip, strip->relabel.rateOf(media->sampleRate) / sketch.sampleRate,
                                      media->channels.front()->length());
             sweep(*media, std::move(waiting), [&](double share) { progress((done + weight * share) / all); });
         } else {

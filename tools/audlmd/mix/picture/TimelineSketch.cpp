@@ -3,6 +3,7 @@
 #include "host/signal/GainLaws.hpp"
 #include "host/signal/StripPlan.hpp"
 #include "host/words/Text.hpp"
+#include "host/words/Times.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -35,6 +36,8 @@ std::string noteOf(const TimelineStrip& strip) {
         add("reverse");
     if (strip.settings.speed != 1.0)
         add("speed " + formatted("%.4g", strip.settings.speed));
+    if (strip.relabel != Relabel())
+        add("relabelled " + words::relabelText(strip.relabel));
     if (!strip.settings.equaliser.empty())
         add("equaliser");
     if (std::isinf(strip.gainDb))
@@ -119,6 +122,7 @@ std::optional<StripSketch> sketchStrip(const TimelineStrip& strip, const Timelin
     StripSketch sketch;
     sketch.name = nameOf(strip);
     sketch.media = strip.media;
+    sketch.relabel = strip.relabel;
     sketch.note = noteOf(strip);
     sketch.sounds = {strip.at, strip.at + strip.length};
     sketch.range = {asked.from, asked.to};

@@ -47,6 +47,7 @@ struct StripSketch {
     std::string name;
     /// Names the material for OpenMedia.
     std::string media;
+    Relabel relabel;
     /// What changes the sound, in a few words.
     std::string note;
     /// Why there is no waveform, in a word or two. Empty: nothing failed.
