@@ -12,8 +12,9 @@ namespace {
 
 constexpr std::int64_t length = 12000;
 constexpr std::int64_t shortestLoop = 2400;
-/// The library clips at full scale; the level of the transport goes up to 10 dB above.
-constexpr float loudest = 3.1623F;
+/// Playback clips 120 dB above full scale; the level of the transport goes up to 10 dB above that.
+constexpr float loudestLevel = 3.1623F;
+constexpr float loudest = 0x1p20F * loudestLevel;
 
 /// A live player on one thread: the same input always plays the same.
 class Player {
@@ -37,7 +38,7 @@ public:
         case 5:
             return setLoop(data);
         default:
-            deck_.output.setGain(data.ConsumeFloatingPointInRange(0.0F, loudest));
+            deck_.output.setGain(data.ConsumeFloatingPointInRange(0.0F, loudestLevel));
         }
     }
 
