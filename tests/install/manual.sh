@@ -18,7 +18,7 @@ expect() {
     read -ra COMP_WORDS <<<"$1"
     [[ $1 != *" " ]] || COMP_WORDS+=("")
     COMP_CWORD=$((${#COMP_WORDS[@]} - 1))
-    _audlmd
+    _audlmd || true # nothing fits
     COMPREPLY=($(printf '%s\n' "${COMPREPLY[@]}" | sort))
     [ "${COMPREPLY[*]}" = "$2" ] || fail "bash completes '$1' to '${COMPREPLY[*]}', not to '$2'"
     ! command -v fish >/dev/null || [ -z "${3-$2}" ] ||
