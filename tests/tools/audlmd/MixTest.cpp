@@ -39,6 +39,24 @@ TEST_F(MixCommand, ListsAnOtioFileAndItsOwnJsonAlike) {
     EXPECT_EQ(output("mix film.json --list"), table);
 }
 
+TEST_F(MixCommand, PlaysTheFilesOfOneRecording) {
+    const Channels sound = softNoise(5000);
+    writeSound(in("a.wav"), sound);
+    for (std::size_t n = 0; n < 6; ++n)
+        writeSound(in(std::to_string(n) + ".wav"), {sound[n]});
+    writeTimeline(R"({"media": "a.wav", "layout": "5.1film"})");
+    output("mix film.json -o whole.wav");
+    const std::string files = R"("files": ["0.wav", "1.wav", "2.wav", "3.wav", "4.wav", "5.wav"])";
+    writeTimeline("{" + files + R"(, "layout": "5.1film"})");
+    output("mix film.json -o mix.wav --picture mix.svg");
+    EXPECT_TRUE(readBytes(in("mix.wav")) == readBytes(in("whole.wav")));
+    expectRefused("mix film.json -o 3.wav", "3.wav", 5);
+    writeTimeline("{" + files + R"(, "layout": "5.0", "at": 0})");
+    EXPECT_THAT(errorsOfMix("mix film.json -o mix.wav"), HasSubstr("layout 5.0 has 5 channels"));
+    writeSound(in("2.wav"), noise(1, 4999));
+    EXPECT_THAT(errorsOfMix("mix film.json -o mix.wav"), HasSubstr("2.wav' has 4999 samples at 48000 Hz, '"));
+}
+
 TEST_F(MixCommand, TakesRateAndChannelsFromTheCommandLineWhereTheTimelineHasNone) {
     writeSound(in("a.wav"), noise(1, 48'000));
     writeBytes(in("film.otio"),

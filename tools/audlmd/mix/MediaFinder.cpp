@@ -116,6 +116,31 @@ const FoundMedium& MediaFinder::find(const std::string& media) {
 }
 
 FoundMedium MediaFinder::search(const std::string& media) {
+    const std::vector<std::string> names = namesIn(media);
+    FoundMedium whole = searchFile(names.front());
+    std::vector<std::string> files{whole.file.string()};
+    for (std::size_t name = 1; name < names.size() && whole.failure.empty(); ++name) {
+        const FoundMedium part = searchFile(names[name]);
+        whole.failure = part.failure;
+        whole.others.push_back(part.path);
+        files.push_back(part.file.string());
+        whole.equallyGood = std::max(whole.equallyGood, part.equallyGood);
+        if (whole.note.empty())
+            whole.note = part.note;
+    }
+    if (names.size() == 1 || !whole.failure.empty())
+        return whole;
+    whole.file = jointName(files);
+    try {
+        whole.layout = layoutOf(openRecording(whole.file.string(), options_.truncated()));
+    } catch (const SoundFileError& error) {
+        whole.failure = error.what();
+        whole.facts.reset();
+    }
+    return whole;
+}
+
+FoundMedium MediaFinder::searchFile(const std::string& media) {
     const auto [name, stream] = partsOf(media);
     FoundMedium medium = locate(name);
     const bool isThere = !medium.path.empty();

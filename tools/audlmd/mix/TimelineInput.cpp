@@ -116,8 +116,9 @@ void lookAtChannels(const FoundMedium& medium, const Timeline& timeline, const U
                     MediaCheck& check) {
     if (!use.usesDefaultRouting || medium.layout.size() <= timeline.channels)
         return;
+    const ChannelLayout& stated = timeline.tracks[use.track].strips[use.firstStrip].layout;
     try {
-        note.text = foldDownText(medium.layout, layoutOf(timeline)) + clips(use);
+        note.text = foldDownText(stated.empty() ? medium.layout : stated, layoutOf(timeline)) + clips(use);
         check.choices.push_back(std::move(note));
     } catch (const std::invalid_argument& error) {
         note.text = error.what() + clips(use);
@@ -191,6 +192,7 @@ MediaCheck checkMedia(const Timeline& timeline, TimelineSpan part, MediaFinder& 
                           .at = timeline.tracks[use.track].strips[use.firstStrip].at};
         if (!medium.path.empty())
             check.files.push_back(medium.path);
+        check.files.insert(check.files.end(), medium.others.begin(), medium.others.end());
         if (!medium.failure.empty()) {
             note.text = medium.failure + clips(use);
             note.silences = true;
