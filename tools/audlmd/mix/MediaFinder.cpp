@@ -2,6 +2,7 @@
 
 #include "host/cache/FilmContainer.hpp"
 #include "host/cache/SoundFile.hpp"
+#include "host/cache/ZipArchive.hpp"
 #include "host/words/Numbers.hpp"
 #include "host/words/Text.hpp"
 #include "tools/audlmd/CommandError.hpp"
@@ -69,6 +70,15 @@ FoundMedium noFile(const std::string& media) {
 bool isFile(const Path& path) {
     std::error_code ignored;
     return std::filesystem::is_regular_file(path, ignored);
+}
+
+/// Whether a path leads to a file inside an archive that can be read.
+bool isMember(const Path& path) {
+    try {
+        return findZipMember(path).has_value();
+    } catch (const SoundFileError&) {
+        return false;
+    }
 }
 
 /// Whether the extension promises sound, so that a file with another extension would be another recording.
@@ -170,7 +180,7 @@ std::optional<FoundMedium> MediaFinder::searchSoundOf(const std::string& media) 
 }
 
 FoundMedium MediaFinder::locate(const std::string& media) {
-    if (isFile(media))
+    if (isFile(media) || isMember(media))
         return {.path = media, .failure = {}, .equallyGood = 1, .facts = {}};
     FoundMedium best;
     std::size_t mostCommon = 0;
