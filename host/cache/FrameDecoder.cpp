@@ -121,6 +121,8 @@ FrameDecoder::FrameDecoder(const std::filesystem::path& path, Truncated truncate
     const auto status = std::filesystem::status(path, error);
     if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
         throw failure(path_, "not a regular file");
+    if (const auto member = error || !std::filesystem::exists(status) ? findZipMember(path_) : std::nullopt)
+        part_ = std::make_unique<FilePartReader>(storedPartOf(*member, path_));
     file_ = open(info_);
     if (info_.samplerate < lowestSampleRate || info_.samplerate > highestSampleRate)
         throw failure(path_, "its sample rate of " + std::to_string(info_.samplerate) + " Hz is outside " +
@@ -170,7 +172,7 @@ FrameDecoder::File FrameDecoder::open(SF_INFO& info) const {
     static Mutex opening;
     const Lock lock(opening);
     requireReadable(path_);
-    File file(sf_open(path_.c_str(), SFM_READ, &info));
+    File file(part_ ? part_->open(info) : sf_open(path_.c_str(), SFM_READ, &info));
     const std::string reason = sf_strerror(file.get());
     if (file == nullptr && sf_error(nullptr) != SF_ERR_SYSTEM)
         throw UnknownFormat(failure(path_, reason).what());

@@ -2,6 +2,7 @@
 
 #include "host/cache/ChannelLayout.hpp"
 #include "host/cache/SoundFile.hpp"
+#include "host/cache/ZipArchive.hpp"
 
 #include <sndfile.h>
 
@@ -54,6 +55,8 @@ private:
     bool isTruncated_ = false;
     std::int64_t timeReference_ = 0;
     ChannelLayout layout_;
+    /// Not set for a file of its own.
+    std::unique_ptr<FilePartReader> part_;
     /// Null after a failure.
     File file_;
     /// The frame that would be decoded next without seeking.

@@ -41,10 +41,11 @@ public:
 /// Thread safe. Reads wait for each other.
 class SoundFile {
 public:
-    /// Throws SoundFileError if the file is not there, not readable, not seekable, shorter than its header
-    /// says, or at a sample rate outside those of SampleRates.hpp; UnknownFormat if it is not audio, or of a
-    /// format that libsndfile does not read, as film containers are. The trap: without memory, some of the
-    /// decoders below libsndfile end the process.
+    /// A path may lead into a zip archive as into a folder ("film.otioz/media/a.wav"), to a member that is
+    /// stored as it is. Throws SoundFileError if the file is not there, not readable, not seekable, shorter
+    /// than its header says, or at a sample rate outside those of SampleRates.hpp; UnknownFormat if it is not
+    /// audio, or of a format that libsndfile does not read, as film containers are. The trap: without memory,
+    /// some of the decoders below libsndfile end the process.
     explicit SoundFile(const std::filesystem::path& path, Truncated truncated = Truncated::refused);
     ~SoundFile();
     SoundFile(const SoundFile&) = delete;

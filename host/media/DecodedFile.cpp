@@ -1,6 +1,7 @@
 #include "host/media/DecodedFile.hpp"
 
 #include "host/cache/SoundFile.hpp"
+#include "host/cache/ZipArchive.hpp"
 
 #include <array>
 #include <cerrno>
@@ -64,6 +65,13 @@ void removeMask(int descriptor) {
 
 Origin originOf(const std::filesystem::path& path, int stream) {
     std::error_code error;
+    if (const auto member = std::filesystem::exists(path, error) ? std::nullopt : findZipMember(path)) {
+        // What is in an archive is as old as the archive.
+        Origin origin = originOf(member->part.file, stream);
+        origin.path /= path.lexically_relative(member->part.file);
+        origin.size = static_cast<std::uintmax_t>(member->part.length);
+        return origin;
+    }
     const std::filesystem::path plain = std::filesystem::canonical(path, error);
     struct stat status {};
     if (error || stat(plain.c_str(), &status) != 0)

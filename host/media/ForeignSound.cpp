@@ -1,6 +1,7 @@
 #include "host/media/ForeignSound.hpp"
 
 #include "host/cache/SoundFile.hpp"
+#include "host/cache/ZipArchive.hpp"
 #include "host/media/Program.hpp"
 #include "host/media/WavStream.hpp"
 #include "host/words/Numbers.hpp"
@@ -58,7 +59,16 @@ std::vector<std::string> wordsFor(const ForeignSound& sound, const std::string& 
                                   const std::vector<std::string>& output = {}) {
     std::vector<std::string> words{programFor(sound, program), "-protocol_whitelist", "file"};
     words.insert(words.end(), options.begin(), options.end());
-    words.insert(words.end(), {"-i", "file:" + std::filesystem::absolute(sound.path).string()});
+    std::error_code none;
+    if (const auto member =
+            std::filesystem::exists(sound.path, none) ? std::nullopt : findZipMember(sound.path)) {
+        const FilePart part = storedPartOf(*member, sound.path);
+        words[2] = "file,subfile";
+        words.insert(words.end(), {"-i", "subfile,,start," + std::to_string(part.offset) + ",end," +
+                                             std::to_string(part.offset + part.length) +
+                                             ",,:file:" + std::filesystem::absolute(part.file).string()});
+    } else
+        words.insert(words.end(), {"-i", "file:" + std::filesystem::absolute(sound.path).string()});
     words.insert(words.end(), output.begin(), output.end());
     return words;
 }
@@ -71,7 +81,7 @@ std::string lastLine(std::string_view text) {
         text.remove_suffix(text.size() - (start == 0 ? 0 : start - 1));
         if (line.starts_with('['))
             line = words::trimmed(line.substr(std::min(line.find(']') + 1, line.size())));
-        if (line.starts_with("file:"))
+        if (line.starts_with("file:") || line.starts_with("subfile,"))
             line = words::trimmed(line.substr(std::min(line.rfind(": ") + 1, line.size())));
         if (!line.empty())
             return words::printable(line, 200);

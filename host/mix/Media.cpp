@@ -1,6 +1,8 @@
 #include "host/mix/Media.hpp"
 
 #include <algorithm>
+#include <iterator>
+#include <string_view>
 #include <utility>
 
 namespace audlmd {
@@ -60,6 +62,19 @@ std::shared_ptr<SampleSource> sumOf(const Media& media, const std::vector<float>
     return std::make_shared<SummedSource>(std::move(terms));
 }
 
+constexpr std::string_view withMark = "#with=";
+
+Media openFile(const std::string& path, Truncated truncated) {
+    const auto file = std::make_shared<SoundFile>(path, truncated);
+    Media media{.channels = {},
+                .sampleRate = file->sampleRate(),
+                .layout = file->layout(),
+                .isTruncated = file->isTruncated()};
+    for (int channel = 0; channel < file->channels(); ++channel)
+        media.channels.push_back(std::make_shared<SoundFileSource>(file, channel));
+    return media;
+}
+
 } // namespace
 
 ChannelLayout layoutOf(const Media& media) {
@@ -80,15 +95,40 @@ Media openSoundFile(const std::string& path) {
     return openRecording(path, Truncated::refused);
 }
 
+std::vector<std::string> namesIn(const std::string& media) {
+    std::vector<std::string> names;
+    std::size_t begin = 0;
+    for (std::size_t end = 0; (end = media.find(withMark, begin)) != std::string::npos;
+         begin = end + withMark.size())
+        names.push_back(media.substr(begin, end - begin));
+    names.push_back(media.substr(begin));
+    return names;
+}
+
+std::string jointName(const std::vector<std::string>& files) {
+    std::string name = files.front();
+    for (std::size_t file = 1; file < files.size(); ++file)
+        name.append(withMark).append(files[file]);
+    return name;
+}
+
 Media openRecording(const std::string& path, Truncated truncated) {
-    const auto file = std::make_shared<SoundFile>(path, truncated);
-    Media media{.channels = {},
-                .sampleRate = file->sampleRate(),
-                .layout = file->layout(),
-                .isTruncated = file->isTruncated()};
-    for (int channel = 0; channel < file->channels(); ++channel)
-        media.channels.push_back(std::make_shared<SoundFileSource>(file, channel));
-    return media;
+    const std::vector<std::string> files = namesIn(path);
+    Media whole = openFile(files.front(), truncated);
+    for (std::size_t file = 1; file < files.size(); ++file) {
+        Media more = openFile(files[file], truncated);
+        const std::int64_t length = whole.channels.front()->length();
+        if (more.sampleRate != whole.sampleRate || more.channels.front()->length() != length)
+            throw SoundFileError("'" + files[file] + "' has " +
+                                 std::to_string(more.channels.front()->length()) + " samples at " +
+                                 std::to_string(more.sampleRate) + " Hz, '" + files.front() + "' " +
+                                 std::to_string(length) + " at " + std::to_string(whole.sampleRate) +
+                                 " Hz; files of one recording must be equally long and of one rate");
+        std::ranges::move(more.channels, std::back_inserter(whole.channels));
+        whole.layout = unknownLayout(whole.channels.size());
+        whole.isTruncated |= more.isTruncated;
+    }
+    return whole;
 }
 
 } // namespace audlmd

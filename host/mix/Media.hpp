@@ -30,12 +30,19 @@ ChannelLayout layoutOf(const Media& media);
 /// before rates are converted: fewer channels are left. The routing must be as wide as the media.
 Media foldedDown(const Media& media, const FoldDown& foldDown);
 
+/// The names in a name of several files, as in "L.wav#with=R.wav", whose channels are one recording in the
+/// order of the files. Only the name itself where it holds no such mark.
+std::vector<std::string> namesIn(const std::string& media);
+/// The name of several files. There must be one.
+std::string jointName(const std::vector<std::string>& files);
+
 /// Opens what a strip names as its media. A mixer calls this on a thread of its own, for one medium at a
 /// time, shortly before the medium sounds. A std::exception makes the strip silent; its text goes to the
 /// report.
 using OpenMedia = std::function<Media(const std::string& media)>;
 
-/// Takes the name as a path and opens a sound file, by itself an OpenMedia. Throws SoundFileError.
+/// Takes the name as a path, or as those of several files, see namesIn(), and opens sound files, by itself an
+/// OpenMedia. Throws SoundFileError, also for several files of which one has another length or rate.
 Media openSoundFile(const std::string& path);
 /// The same, of recordings that may be truncated.
 Media openRecording(const std::string& path, Truncated truncated);

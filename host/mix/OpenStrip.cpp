@@ -34,9 +34,13 @@ StripSettings playerSettings(const TimelineStrip& strip, int sampleRate, bool wa
 }
 
 Routing routingOf(const TimelineStrip& strip, const Media& media, const ChannelLayout& layout) {
-    if (!strip.routing)
-        return defaultRouting(layoutOf(media), layout);
     const std::size_t channels = media.channels.size();
+    if (!strip.layout.empty() && strip.layout.size() != channels)
+        throw std::invalid_argument("the strip's layout " + nameOf(strip.layout) + " has " +
+                                    std::to_string(strip.layout.size()) + " channels, and the material " +
+                                    std::to_string(channels));
+    if (!strip.routing)
+        return defaultRouting(strip.layout.empty() ? layoutOf(media) : strip.layout, layout);
     const auto fits = [&](const std::vector<float>& row) { return row.size() == channels; };
     if (strip.routing->rows.size() != layout.size() || !std::ranges::all_of(strip.routing->rows, fits))
         throw std::invalid_argument("the routing needs a row for each of the " +

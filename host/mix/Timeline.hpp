@@ -29,6 +29,8 @@ struct TimelineStrip {
     /// and automation stay where the whole range has them: this is how a strip is cut in the middle of a
     /// fade.
     OutputSample skip;
+    /// What the channels of the media are. Empty: what the media say.
+    ChannelLayout layout = {};
     /// The rate at which the media are taken. Not for reversal or speed, which `settings` have.
     Relabel relabel = {};
     /// Range, direction, speed, fades, equaliser and automation. Samples are the media's, as relabelled, at

@@ -1,5 +1,6 @@
 #include "host/timeline/JsonReader.hpp"
 
+#include "host/mix/Media.hpp"
 #include "host/services/SampleRates.hpp"
 #include "host/signal/GainLaws.hpp"
 #include "host/signal/Speed.hpp"
@@ -93,6 +94,38 @@ std::optional<AutomationWalk> automationIn(StrictObject& parent) {
     }
 }
 
+/// A path as it stands in "media", or in the list "files".
+std::string pathIn(StrictObject& fields, const std::string& key, const std::string& path) {
+    // The system would take the part before the byte for the whole name.
+    if (path.find('\0') != std::string::npos)
+        fields.fail(key, "has a zero byte, which no file's name can have");
+    return fields.reading().pathOf(path);
+}
+
+/// One file, or the files of one recording, such as those of a recorder that writes a file for each channel.
+std::string mediaIn(StrictObject& fields) {
+    std::string media = pathIn(fields, "media", fields.text("media", ""));
+    const Json* files = fields.list("files");
+    if (files == nullptr)
+        return media;
+    std::vector<std::string> paths;
+    for (const Json& file : *files)
+        if (file.is_string() && !file.get_ref<const std::string&>().empty())
+            paths.push_back(pathIn(fields, "files", file.get<std::string>()));
+    if (paths.empty() || paths.size() != files->size() || !media.empty())
+        fields.fail("files", "must be a list of paths, in place of \"media\"");
+    return jointName(paths);
+}
+
+/// "layout", as a user names it. Empty where there is none.
+ChannelLayout layoutIn(StrictObject& fields) {
+    const std::string name = fields.text("layout", "");
+    const std::optional<ChannelLayout> layout = name.empty() ? ChannelLayout() : layoutNamed(name);
+    if (!layout)
+        fields.fail("layout", "must be one of " + layoutNames());
+    return *layout;
+}
+
 /// From "from" to "to", or to the end of the file. The length of a file counts in the file's own rate and is
 /// converted to the timeline's.
 void readRange(StrictObject& fields, TimelineStrip& strip) {
@@ -166,10 +199,8 @@ TimelineStrip readStrip(const Json& value, Reading reading) {
     TimelineStrip strip;
     StripSettings& settings = strip.settings;
     strip.name = fields.text("name", "");
-    strip.media = reading.pathOf(fields.text("media", ""));
-    // The system would take the part before the byte for the whole name.
-    if (strip.media.find('\0') != std::string::npos)
-        fields.fail("media", "has a zero byte, which no file's name can have");
+    strip.media = mediaIn(fields);
+    strip.layout = layoutIn(fields);
     strip.silence = fields.text("silence", "");
     strip.relabel = relabelIn(fields);
     settings.sampleRate = reading.timeline.sampleRate;

@@ -110,12 +110,23 @@ void readSoundOf(const Json& value, const Rational& frameRate, const Reading& re
         attempt(item, [&] { readSound(value, frameRate, reading, item); });
 }
 
+/// Where a track is soloed, those beside it that are not are silent.
+void obeySolos(std::vector<OtioItem>& tracks) {
+    const auto isHeard = [](const OtioItem& track) { return track.isSolo && track.silence.empty(); };
+    if (std::ranges::any_of(tracks, isHeard))
+        for (OtioItem& track : tracks)
+            if (!track.isSolo)
+                track.beSilent("another track is soloed", false);
+}
+
 /// Children are read first, because the duration follows from them where the file gives none.
 void parseComposition(const Json& value, int depth, const Reading& reading, OtioItem& item) {
     if (depth > deepestNesting)
         reading.fail("stacks and tracks hold one another more than " + std::to_string(deepestNesting) +
                      " levels deep");
     parseChildren(value, depth, reading, item);
+    if (item.kind == ItemKind::stack)
+        obeySolos(item.children);
     std::optional<OtioRange> range;
     if (!attempt(item, [&] { range = rangeIn(value, "source_range", reading); }))
         lackLength(item, {});
@@ -197,6 +208,16 @@ void requireType(const Json& value, const std::string& key, Json::value_t type, 
         reading.fail("\"" + key + "\" is not " + what);
 }
 
+/// Exporters keep the switch in a track's metadata, under a namespace of theirs.
+bool isSoloed(const Json& track) {
+    const Json* metadata = member(track, "metadata");
+    return metadata != nullptr && metadata->is_object() &&
+           std::ranges::any_of(*metadata, [](const Json& block) {
+               const Json* solo = member(block, "SoloOn");
+               return solo != nullptr && *solo == true;
+           });
+}
+
 /// Whether the author has switched the item off, or the item is no sound.
 void readSwitches(const Json& value, const Reading& reading, OtioItem& item) {
     requireType(value, "enabled", Json::value_t::boolean, "true or false", reading);
@@ -205,6 +226,7 @@ void readSwitches(const Json& value, const Reading& reading, OtioItem& item) {
     if (const Json* enabled = member(value, "enabled"); enabled != nullptr && *enabled == false)
         item.beSilent("disabled in the timeline", false);
     const std::string kind = textIn(value, "kind", "Audio");
+    item.isSolo = item.kind == ItemKind::track && isSoloed(value);
     if (item.kind != ItemKind::track || words::lowered(kind) == "audio")
         return;
     if (words::lowered(kind) == "video")

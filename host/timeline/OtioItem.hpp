@@ -62,6 +62,8 @@ struct OtioItem {
     std::string silence;
     /// Whether the file meant the silent item to be heard.
     bool silenceIsFailure = false;
+    /// Of tracks: whether an exporter says that it is heard alone, with others of this kind.
+    bool isSolo = false;
     /// Whether the silent item lasts no time because its length is not known, so that what follows comes
     /// too early.
     bool lacksLength = false;

@@ -182,6 +182,18 @@ std::string nameOfEffect(const Json& effect) {
     return words::printable(name.empty() ? textIn(effect, "effect_name", "without a name") : name);
 }
 
+/// A speed that changes over time. The clip keeps its place and its length.
+void readSpeedRamp(const Json& effect, const Reading& reading, OtioItem& item) {
+    const Json* scalar = member(effect, "time_scalar");
+    const bool hasSpeed = scalar != nullptr && scalar->is_number();
+    if (hasSpeed)
+        readTimeWarp(effect, reading, item);
+    item.note("the effect '" + nameOfEffect(effect) +
+                  "' changes the speed over time, which is not played; at " +
+                  (hasSpeed ? "the constant speed " + scalar->dump() : "normal speed") + " instead",
+              true);
+}
+
 void readEffect(const Json& effect, const Rational& frameRate, const Reading& reading, OtioItem& item) {
     const std::string schema = schemaOf(effect, reading);
     if (const Json* enabled = member(effect, "enabled"); enabled != nullptr && !enabled->is_boolean())
@@ -193,8 +205,7 @@ void readEffect(const Json& effect, const Rational& frameRate, const Reading& re
     else if (schema == "FreezeFrame")
         item.beSilent("a frozen frame has no sound", false);
     else if (schema == "TimeEffect")
-        reading.fail("the effect '" + nameOfEffect(effect) +
-                     "' changes the speed over time; only constant speeds can be played");
+        readSpeedRamp(effect, reading, item);
     else if (schema == "Effect")
         readExportedParameters(effect, frameRate, reading, item);
     else

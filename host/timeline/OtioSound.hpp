@@ -6,10 +6,10 @@ namespace audlmd::timeline {
 
 /// Reads an item's time warps, and what exporters and we ourselves write about levels, fades and the
 /// equaliser into its effects and its metadata. `frameRate` is that of the item. Effects that are not played
-/// become notes. Throws TimelineError for a change of speed over time, and for a block "audlmd" with
-/// mistakes. Several time warps multiply, gains add up; of several fades or automations the last one counts.
-/// What the block "audlmd" names replaces what effects say, except for gains. Trap: a key of that block that
-/// is not known is an error, unlike in blocks of others.
+/// become notes. Throws TimelineError for a speed that is none, and for a block "audlmd" with mistakes.
+/// Several time warps multiply, gains add up; of several fades or automations the last one counts. What the
+/// block "audlmd" names replaces what effects say, except for gains. Trap: a key of that block that is not
+/// known is an error, unlike in blocks of others.
 void readSound(const Json& value, const Rational& frameRate, const Reading& reading, OtioItem& item);
 
 /// The key "relabel" in the block "audlmd" of a clip. Throws TimelineError for a text that is none.

@@ -60,6 +60,8 @@ Json stripOf(const TimelineStrip& strip) {
                {"equaliser", equaliser(settings.equaliser)}};
     if (settings.automation)
         value["automation"] = automation(*settings.automation);
+    if (!strip.layout.empty())
+        value["layout"] = nameOf(strip.layout);
     if (strip.relabel != Relabel())
         value["relabel"] = words::relabelText(strip.relabel);
     if (!strip.silence.empty())

@@ -13,7 +13,7 @@ TEST(JsonTimeline, KeepsEveryKey) {
         "timeReference": 8, "frameRate": 23.976, "markers": [{"name": "m", "at": 3}], "notes": [{"where": "w", "text": "t", "at": -3, "silences": true},
             {"where": "w", "text": "u", "silences": false}],
         "tracks": [{"name": "A", "strips": [{"name": "s", "media": "C:/m", "silence": "off", "at": 1, "length": 2, "skip": 4,
-            "from": -5, "to": 60, "reverse": true, "speed": 0.5, "converter": "linear", "gain": "-inf", "relabel": "1001:1000",
+            "from": -5, "to": 60, "reverse": true, "speed": 0.5, "converter": "linear", "gain": "-inf", "relabel": "1001:1000", "layout": "stereo",
             "fadeIn": {"length": 7, "curve": "log"}, "fadeOut": {"length": 6, "curve": "power"},
             "equaliser": [{"kind": "lowshelf", "frequency": 100.5, "gain": -1.5, "q": 2.5}],
             "automation": {"points": [[-1, "-inf"], [2, "-inf"]], "reverse": true},
@@ -36,7 +36,8 @@ TEST(JsonTimeline, FillsInWhatIsLeftOut) {
     const Timeline read = readTimeline("\xEF\xBB\xBF"
                                        R"( {"audlmd": 1, "name": NaN, "tracks": [{"strips": [
         {"media": "x.wav", "at": "15e-1s", "speed": 2, "skip": 1000, "fadeIn": {"length": "0.25s"}, "fadeOut": {}},
-        {"media": "s3://x.wav", "speed": 0.000001, "length": 5}, {"media": "x.wav", "relabel": "24:23.976"}]}]})",
+        {"media": "s3://x.wav", "speed": 0.000001, "length": 5}, {"media": "x.wav", "relabel": "24:23.976"},
+        {"files": ["x.wav", "/y.wav"], "layout": "stereo", "to": 9}]}]})",
                                        how);
     EXPECT_EQ(read.name, "NaN");
     const TimelineStrip& strip = read.tracks.at(0).strips.at(0);
@@ -50,6 +51,7 @@ TEST(JsonTimeline, FillsInWhatIsLeftOut) {
     EXPECT_EQ(read.length, 95'000);
     EXPECT_EQ(read.tracks.at(0).strips.at(1).media, "s3://x.wav");
     EXPECT_EQ(read.tracks.at(0).strips.at(2).length, 48'048);
+    EXPECT_EQ(read.tracks.at(0).strips.at(3).media, "/media/x.wav#with=/y.wav");
     // Slower than the filtering converter plays.
     EXPECT_EQ(read.tracks.at(0).strips.at(1).settings.converter, Converter::linear);
     EXPECT_NE(read.notes.at(0).text.find("the linear one is used"), std::string::npos);
@@ -97,6 +99,9 @@ TEST(JsonTimeline, RefusesNamingStripAndKey) {
              {R"("speed": 0)", "\"speed\" must be"},
              {R"("speed": 2, "converter": "none")", "needs a converter"},
              {R"("converter": "best")", "none, linear, filtering"},
+             {R"("layout": "wide")", "\"layout\" must be one of mono, stereo"},
+             {R"("files": [])", "\"files\" must be a list of paths"},
+             {R"("files": ["a"], "media": "b")", "in place of \"media\""},
              {R"("relabel": "24")", "\"relabel\" must be a text with the rate that it has, a colon"},
              {R"("fadeIn": {"length": 11})", "fade"},
              {R"("fadeIn": {"curve": "s"})", "\"curve\" must be one of linear, log, power"},

@@ -155,6 +155,8 @@ TEST(OtioReader, SaysWhyAClipIsSilentAndPlaysTheOthers) {
              {effect(warp(0)), "time warp of 0", false, "/a.wav"},
              {{{"enabled", false}}, "disabled", false, "/a.wav"},
              {effect({{"OTIO_SCHEMA", "Glow.7"}, {"name", "shine"}}), "shine", false, "/a.wav", false},
+             {effect({{"OTIO_SCHEMA", "TimeEffect.1"}, {"time_scalar", -1}}), "at the constant speed -1",
+              true, "/a.wav", false},
              {effect(warp(1e-5)), "the linear one is used", false, "/a.wav", false},
              {{{"source_range", range(998, 5)}}, "plays 0.120 s beyond the end", true, "/a.wav", false},
              {{{"source_range", range(998, 3)}}, "plays 0.040 s beyond the end", false, "/a.wav", false},
@@ -292,6 +294,13 @@ TEST(OtioReader, NotesWhatCompositionsCannotPlay) {
         for (const TimelineNote& note : read.notes)
             EXPECT_NE(note.text.find("only gain and speed are played"), std::string::npos) << note.text;
     }
+    const Json solo{{"name", "solo"}, {"metadata", {{"any", {{"SoloOn", true}}}}}};
+    const Timeline alone =
+        readOtio(timeline({track({clip("a", 0, 5)}), track({clip("b", 0, 5)}, solo)}), options());
+    ASSERT_EQ(alone.tracks.size(), 1U);
+    EXPECT_EQ(alone.tracks[0].name, "solo");
+    EXPECT_EQ(alone.notes.at(0).text, "silent: another track is soloed");
+    EXPECT_FALSE(alone.notes.at(0).silences);
     // A row that is no part of the sound, and a place that no output has.
     Json off = timeline({track({clip("a", 0, 5)})});
     off["tracks"]["enabled"] = false;

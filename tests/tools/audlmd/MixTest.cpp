@@ -1,8 +1,12 @@
+#include "host/cache/SoundFile.hpp"
+#include "host/timeline/TimelineText.hpp"
 #include "tests/tools/audlmd/CommandFixture.hpp"
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
+#include <cstdlib>
+#include <filesystem>
 #include <string>
 #include <sys/stat.h>
 
@@ -37,6 +41,69 @@ TEST_F(MixCommand, ListsAnOtioFileAndItsOwnJsonAlike) {
     EXPECT_THAT(table, HasSubstr("door  0:00:00.000 - 0:00:02.000"));
     writeBytes(in("film.json"), output("mix film.otio --list --as json"));
     EXPECT_EQ(output("mix film.json --list"), table);
+}
+
+TEST_F(MixCommand, PlaysBundlesInPlace) {
+    std::filesystem::create_directories(in("film.otiod/media"));
+    writeSound(in("film.otiod/media/a b.wav"), noise(2, 9000));
+    writeBytes(
+        in("film.otiod/content.otio"),
+        R"({"OTIO_SCHEMA": "Timeline.1", "name": "film", "tracks": {"OTIO_SCHEMA": "Stack.1", "children": [
+        {"OTIO_SCHEMA": "Track.1", "kind": "Audio", "children": [{"OTIO_SCHEMA": "Clip.1", "media_reference":
+            {"OTIO_SCHEMA": "ExternalReference.1", "target_url": "media/a%20b.wav"}}]}]}})");
+    writeBytes(in("zip.py"), R"(
+import zipfile
+sound = open('film.otiod/media/a b.wav', 'rb').read()
+for name, packing in ('film.otioz', zipfile.ZIP_STORED), ('packed.otioz', zipfile.ZIP_DEFLATED):
+    with zipfile.ZipFile(name, 'w') as bundle:
+        bundle.write('film.otiod/content.otio', 'content.otio', zipfile.ZIP_DEFLATED)
+        member = zipfile.ZipInfo('media/a b.wav')
+        member.compress_type = packing
+        with bundle.open(member, 'w', force_zip64=True) as media:
+            media.write(sound)
+)");
+    ASSERT_EQ(std::system(("cd " + in("").string() + " && python3 zip.py").c_str()), 0);
+    output("mix film.otiod -o folder.wav");
+    output("mix film.otioz -o zip.wav --picture zip.svg");
+    EXPECT_EQ(readSound(in("folder.wav")), noise(2, 9000));
+    EXPECT_TRUE(readBytes(in("zip.wav")) == readBytes(in("folder.wav")));
+    EXPECT_THAT(output("mix film.otioz --list"), HasSubstr("/film.otioz/media/a b.wav"));
+    EXPECT_THAT(errorsOfMix("mix packed.otioz -o new.wav"), HasSubstr("compressed inside its archive"));
+    // Whatever its directory says, an archive is read or refused in a line.
+    const std::string whole = readBytes(in("film.otioz"));
+    std::size_t refused = 0;
+    for (std::size_t at = whole.size() - 300; at < whole.size(); ++at) {
+        std::string lie = whole;
+        lie[at] = static_cast<char>(~lie[at]);
+        writeBytes(in("lie.otioz"), at % 5 == 0 ? lie.substr(0, at) : lie);
+        try {
+            timeline::readTimelineText(in("lie.otioz"));
+            const SoundFile sound(in("lie.otioz/media/a b.wav"));
+        } catch (const SoundFileError& error) {
+            ++refused;
+            EXPECT_THAT(error.what(), HasSubstr("lie.otioz"));
+        }
+    }
+    EXPECT_GT(refused, 100U);
+    EXPECT_LT(refused, 300U);
+}
+
+TEST_F(MixCommand, PlaysTheFilesOfOneRecording) {
+    const Channels sound = softNoise(5000);
+    writeSound(in("a.wav"), sound);
+    for (std::size_t n = 0; n < 6; ++n)
+        writeSound(in(std::to_string(n) + ".wav"), {sound[n]});
+    writeTimeline(R"({"media": "a.wav", "layout": "5.1film"})");
+    output("mix film.json -o whole.wav");
+    const std::string files = R"("files": ["0.wav", "1.wav", "2.wav", "3.wav", "4.wav", "5.wav"])";
+    writeTimeline("{" + files + R"(, "layout": "5.1film"})");
+    output("mix film.json -o mix.wav --picture mix.svg");
+    EXPECT_TRUE(readBytes(in("mix.wav")) == readBytes(in("whole.wav")));
+    expectRefused("mix film.json -o 3.wav", "3.wav", 5);
+    writeTimeline("{" + files + R"(, "layout": "5.0", "at": 0})");
+    EXPECT_THAT(errorsOfMix("mix film.json -o mix.wav"), HasSubstr("layout 5.0 has 5 channels"));
+    writeSound(in("2.wav"), noise(1, 4999));
+    EXPECT_THAT(errorsOfMix("mix film.json -o mix.wav"), HasSubstr("2.wav' has 4999 samples at 48000 Hz, '"));
 }
 
 TEST_F(MixCommand, TakesRateAndChannelsFromTheCommandLineWhereTheTimelineHasNone) {

@@ -2,6 +2,7 @@
 
 #include "host/cache/FilmContainer.hpp"
 #include "host/cache/SoundFile.hpp"
+#include "host/cache/ZipArchive.hpp"
 #include "host/words/Numbers.hpp"
 #include "host/words/Text.hpp"
 #include "tools/audlmd/CommandError.hpp"
@@ -71,6 +72,15 @@ bool isFile(const Path& path) {
     return std::filesystem::is_regular_file(path, ignored);
 }
 
+/// Whether a path leads to a file inside an archive that can be read.
+bool isMember(const Path& path) {
+    try {
+        return findZipMember(path).has_value();
+    } catch (const SoundFileError&) {
+        return false;
+    }
+}
+
 /// Whether the extension promises sound, so that a file with another extension would be another recording.
 bool namesSound(const std::string& name) {
     const Path path(name);
@@ -116,6 +126,31 @@ const FoundMedium& MediaFinder::find(const std::string& media) {
 }
 
 FoundMedium MediaFinder::search(const std::string& media) {
+    const std::vector<std::string> names = namesIn(media);
+    FoundMedium whole = searchFile(names.front());
+    std::vector<std::string> files{whole.file.string()};
+    for (std::size_t name = 1; name < names.size() && whole.failure.empty(); ++name) {
+        const FoundMedium part = searchFile(names[name]);
+        whole.failure = part.failure;
+        whole.others.push_back(part.path);
+        files.push_back(part.file.string());
+        whole.equallyGood = std::max(whole.equallyGood, part.equallyGood);
+        if (whole.note.empty())
+            whole.note = part.note;
+    }
+    if (names.size() == 1 || !whole.failure.empty())
+        return whole;
+    whole.file = jointName(files);
+    try {
+        whole.layout = layoutOf(openRecording(whole.file.string(), options_.truncated()));
+    } catch (const SoundFileError& error) {
+        whole.failure = error.what();
+        whole.facts.reset();
+    }
+    return whole;
+}
+
+FoundMedium MediaFinder::searchFile(const std::string& media) {
     const auto [name, stream] = partsOf(media);
     FoundMedium medium = locate(name);
     const bool isThere = !medium.path.empty();
@@ -145,7 +180,7 @@ std::optional<FoundMedium> MediaFinder::searchSoundOf(const std::string& media) 
 }
 
 FoundMedium MediaFinder::locate(const std::string& media) {
-    if (isFile(media))
+    if (isFile(media) || isMember(media))
         return {.path = media, .failure = {}, .equallyGood = 1, .facts = {}};
     FoundMedium best;
     std::size_t mostCommon = 0;

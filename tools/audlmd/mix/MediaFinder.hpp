@@ -31,6 +31,8 @@ struct FoundMedium {
     ChannelLayout layout = {};
     /// What is not as the medium states it, in a line that names the medium. Empty: nothing.
     std::string note = {};
+    /// The paths of a medium's other files, where it has several.
+    std::vector<std::filesystem::path> others = {};
 };
 
 /// Finds and opens the media of a timeline. Opens each medium once to look at it, and keeps what was found.
@@ -40,7 +42,8 @@ struct FoundMedium {
 /// compared by their names, too. In place of a film container, and of a missing one, a sound file of the same
 /// name is taken, where there is one; a medium that is a name without an extension for sound is found in the
 /// same way. Other films are decoded when they are found, see DecodedCache; "film.mov#stream=2" means the
-/// second stream with sound, unless a file has this name, and never a sound file beside the film.
+/// second stream with sound, unless a file has this name, and never a sound file beside the film. Several
+/// files are one medium, see namesIn().
 ///
 /// Thread safe.
 class MediaFinder {
@@ -60,6 +63,8 @@ public:
 
 private:
     FoundMedium search(const std::string& media) AUDLMD_REQUIRES(mutex_);
+    /// Of a medium with one file.
+    FoundMedium searchFile(const std::string& media) AUDLMD_REQUIRES(mutex_);
     /// Opens the file once, for its facts. Decodes it where that must be.
     void look(FoundMedium& medium, std::optional<int> stream) const;
     /// Tries sound files that are named like the medium, but for the extension.

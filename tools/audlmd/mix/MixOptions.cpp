@@ -14,7 +14,7 @@ namespace {
 constexpr std::int64_t mostSlices = 1'000'000;
 
 constexpr const char* mixHelp =
-    R"(TIMELINES are OpenTimelineIO JSON (.otio), or the short JSON of our own that --list --as json writes.
+    R"(TIMELINES are OpenTimelineIO JSON (.otio), its bundles (.otioz, .otiod), or the short JSON of our own that --list --as json writes.
 --list shows what sounds when. Notes, in the list and after every mix, say what is not played as it was
 written.
 

@@ -4,6 +4,7 @@
 #include "host/cache/SoundFile.hpp"
 #include "host/timeline/TimelineError.hpp"
 #include "host/timeline/TimelineFiles.hpp"
+#include "host/timeline/TimelineText.hpp"
 #include "host/words/Text.hpp"
 #include "tools/audlmd/CommandError.hpp"
 
@@ -24,21 +25,16 @@
 namespace audlmd::command {
 namespace {
 
-std::string readText(const std::filesystem::path& path) {
-    const auto refuse = [&path](int error) {
+timeline::TimelineText readText(const std::filesystem::path& path) {
+    try {
+        return timeline::readTimelineText(path);
+    } catch (const std::system_error& error) {
         throw CommandError("'" + words::printable(path.string()) +
-                               "' cannot be read: " + std::generic_category().message(error),
+                               "' cannot be read: " + error.code().message(),
                            ExitStatus::input);
-    };
-    // A folder opens, and fails only when it is read.
-    if (std::filesystem::is_directory(path))
-        refuse(EISDIR);
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream text;
-    if (!file.is_open() || (file.peek() != std::ifstream::traits_type::eof() && !(text << file.rdbuf())) ||
-        file.bad())
-        refuse(errno);
-    return std::move(text).str();
+    } catch (const SoundFileError& error) {
+        throw CommandError(words::printable(error.what(), std::string::npos), ExitStatus::input);
+    }
 }
 
 bool isSound(const std::filesystem::path& path) {
@@ -116,8 +112,9 @@ void lookAtChannels(const FoundMedium& medium, const Timeline& timeline, const U
                     MediaCheck& check) {
     if (!use.usesDefaultRouting || medium.layout.size() <= timeline.channels)
         return;
+    const ChannelLayout& stated = timeline.tracks[use.track].strips[use.firstStrip].layout;
     try {
-        note.text = foldDownText(medium.layout, layoutOf(timeline)) + clips(use);
+        note.text = foldDownText(stated.empty() ? medium.layout : stated, layoutOf(timeline)) + clips(use);
         check.choices.push_back(std::move(note));
     } catch (const std::invalid_argument& error) {
         note.text = error.what() + clips(use);
@@ -129,8 +126,11 @@ void lookAtChannels(const FoundMedium& medium, const Timeline& timeline, const U
 } // namespace
 
 bool isTimelineFile(const std::filesystem::path& path) {
-    const bool isNamedSo = path.extension() == ".otio" || path.extension() == ".json";
+    const bool isNamedSo = path.extension() == ".otio" || path.extension() == ".json" ||
+                           path.extension() == ".otioz" || path.extension() == ".otiod";
     std::error_code none;
+    if (!timeline::contentOfBundle(path).empty())
+        return true;
     // What is read from a pipe is gone.
     if (!std::filesystem::is_regular_file(path, none))
         return isNamedSo;
@@ -151,13 +151,13 @@ Timeline readTimelineFile(const std::filesystem::path& path, const AskedOutput& 
         throw CommandError(
             "--channels and --map cannot stand together for a timeline; choose channels of the "
             "mix when it is written");
+    const auto [text, folder] = readText(path);
     const timeline::ReadOptions how{.sampleRate = asked.rate.value_or(48000),
                                     .channels = channels ? channels->size() : 2,
-                                    .folder = std::filesystem::absolute(path).parent_path(),
+                                    .folder = folder,
                                     .timeline = asked.timeline,
                                     .media = factsOf};
-    const std::string text = readText(path);
-    const auto parse = [&] {
+    const auto parse = [&how, &path, &text = text] {
         try {
             return timeline::readTimeline(text, how);
         } catch (const std::runtime_error& error) {
@@ -191,6 +191,7 @@ MediaCheck checkMedia(const Timeline& timeline, TimelineSpan part, MediaFinder& 
                           .at = timeline.tracks[use.track].strips[use.firstStrip].at};
         if (!medium.path.empty())
             check.files.push_back(medium.path);
+        check.files.insert(check.files.end(), medium.others.begin(), medium.others.end());
         if (!medium.failure.empty()) {
             note.text = medium.failure + clips(use);
             note.silences = true;

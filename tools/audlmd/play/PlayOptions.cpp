@@ -22,7 +22,7 @@ at the end of the last input.
 LEVELS What is beyond full scale is clipped for the device, shown in red (without NO_COLOR), and told at the
 end. The status line shows the largest peak of the last second.
 
-TIMELINES are those of mix (.otio, .json), with --speed, --reverse, --from and --gain as their only options.
+TIMELINES are those of mix (.otio, .otioz, .otiod, .json), with --speed, --reverse, --from and --gain as their only options.
 Their times are shown in frames, where they have a frame rate: --from takes them as they are shown, with the
 @ and the rate. SOUND FILES have the sound options of render; --speed and --reverse say how the transport
 starts, and fades and automation then lie as render lays them. Speeds beyond the band-limited converter are
