@@ -31,7 +31,7 @@ private:
 
 /// In real time from 0.3 seconds on, so that the mixer is ready.
 std::vector<float> pullSteadily(LiveDeck& deck, std::size_t frames) {
-    std::vector<float> heard = deck.pull(14400);
+    std::vector<float> heard = deck.pull(std::min<std::size_t>(14400, frames));
     while (heard.size() < frames) {
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
         const std::vector<float> more = deck.pull(std::min<std::size_t>(960, frames - heard.size()));
@@ -41,15 +41,32 @@ std::vector<float> pullSteadily(LiveDeck& deck, std::size_t frames) {
 }
 
 /// Two strips, and one on the gate from sample 100000 to 120000. The second one carries state up to sample
-/// 70000.
+/// 70001, where no block begins.
 Timeline gatedTimeline() {
-    TimelineStrip carrying = stripOf("sound", 1000, 69000);
+    TimelineStrip carrying = stripOf("sound", 1000, 69001);
     carrying.settings.converter = Converter::filtering;
     carrying.settings.speed = 0.5;
     Timeline timeline = timelineOf({stripOf("sound", 0, length), carrying, stripOf("gated", 100000, 20000)});
     timeline.length = length;
     return timeline;
 }
+
+/// Plays one level for ever.
+class Hum final : public LiveVoice {
+public:
+    static constexpr float level = 7.0F;
+    std::size_t render(std::span<const std::span<float>> channels) override {
+        std::ranges::fill(channels.front(), level);
+        position_ += static_cast<double>(channels.front().size());
+        return channels.front().size();
+    }
+    bool isAtEnd() const override { return false; }
+    double position() const override { return position_; }
+    double step() const override { return 1.0; }
+
+private:
+    double position_ = 0.0;
+};
 
 class LiveMixTest : public testing::Test {
 protected:
@@ -82,13 +99,29 @@ protected:
 };
 
 TEST_F(LiveMixTest, TakesOverWithoutASeam) {
-    EXPECT_EQ(live_.placeFrom(60000), 70000);
+    EXPECT_EQ(live_.placeFrom(60000), 70001);
     EXPECT_EQ(live_.placeFrom(1000), 1000);
     EXPECT_EQ(live_.placeFrom(length), std::nullopt);
     deck_.play(1.0);
     expectSound(pullSteadily(deck_, length), timeline_);
     EXPECT_EQ(live_.lateSamples(), 0U);
     EXPECT_EQ(deck_.content.totals().lateSamples, 0U);
+}
+
+TEST_F(LiveMixTest, TakesOverLaterWhereTheMixerIsNotReadyInTime) {
+    const std::unique_ptr<LiveVoice> voice = live_.play(std::make_unique<Hum>());
+    std::vector<float> heard(58000);
+    const auto render = [&](std::size_t frames) {
+        return voice->render(std::array{std::span(heard).first(frames)});
+    };
+    // To the first place and on, sooner than most threads make a mixer.
+    for (const std::size_t frames : {12000U, 58000U, 1U, 100U})
+        EXPECT_EQ(render(frames), frames);
+    while (!voice->isAtEnd()) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        heard.resize(render(std::min<std::size_t>(960, heard.size())));
+    }
+    EXPECT_EQ(heard.back(), -0.5F);
 }
 
 TEST_F(LiveMixTest, SilencesTheLateStripAloneAndNamesTheStrip) {
