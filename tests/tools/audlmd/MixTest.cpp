@@ -68,7 +68,7 @@ for name, packing in ('film.otioz', zipfile.ZIP_STORED), ('packed.otioz', zipfil
     EXPECT_EQ(readSound(in("folder.wav")), noise(2, 9000));
     EXPECT_TRUE(readBytes(in("zip.wav")) == readBytes(in("folder.wav")));
     EXPECT_THAT(output("mix film.otioz --list"), HasSubstr("/film.otioz/media/a b.wav"));
-    EXPECT_THAT(errorsOfMix("mix packed.otioz -o new.wav"), HasSubstr("compressed inside its archive"));
+    EXPECT_THAT(output("mix packed.otioz --list"), HasSubstr("compressed inside its archive"));
     // Whatever its directory says, an archive is read or refused in a line.
     const std::string whole = readBytes(in("film.otioz"));
     std::size_t refused = 0;
@@ -99,11 +99,11 @@ TEST_F(MixCommand, PlaysTheFilesOfOneRecording) {
     writeTimeline("{" + files + R"(, "layout": "5.1film"})");
     output("mix film.json -o mix.wav --picture mix.svg");
     EXPECT_TRUE(readBytes(in("mix.wav")) == readBytes(in("whole.wav")));
-    expectRefused("mix film.json -o 3.wav", "3.wav", 5);
+    expectRefused("mix film.json -o 3.wav", "3.wav");
     writeTimeline("{" + files + R"(, "layout": "5.0", "at": 0})");
     EXPECT_THAT(errorsOfMix("mix film.json -o mix.wav"), HasSubstr("layout 5.0 has 5 channels"));
     writeSound(in("2.wav"), noise(1, 4999));
-    EXPECT_THAT(errorsOfMix("mix film.json -o mix.wav"), HasSubstr("2.wav' has 4999 samples at 48000 Hz, '"));
+    expectRefused("mix film.json -o new.wav", "2.wav' has 4999 samples at 48000 Hz, '", 3);
 }
 
 TEST_F(MixCommand, TakesRateAndChannelsFromTheCommandLineWhereTheTimelineHasNone) {
