@@ -134,7 +134,7 @@ TEST(TimelineFigure, IsDrawnAsItsPictureShows) {
     report.strips[0].silent = {{0, 5 * second / 2}};
     report.strips[0].overload.spans = {{3 * second, 5 * second}};
     report.channels = {{0, 0.5F, 0, {}}, {1, 1.5F, 0, {{second, 2 * second}}}};
-    plot::Figure figure = drawTimeline(shown, report, &openMedium, [](double) {});
+    plot::Figure figure = drawTimeline(shown, report, nullptr, &openMedium, [](double) {});
     EXPECT_EQ(figure.subtitle,
               "7 strips on 3 tracks, 0:04.000 at 48000 Hz, 2 channels; time 0 is 1:00:00.000 on the "
               "timeline's clock");
@@ -159,7 +159,7 @@ TEST(TimelineFigure, SurvivesAbsurdNamesAndThousandsOfStrips) {
     shown.tracks.resize(800);
     std::vector<double> shares;
     const plot::Figure figure =
-        drawTimeline(shown, {}, &openMedium, [&](double share) { shares.push_back(share); });
+        drawTimeline(shown, {}, nullptr, &openMedium, [&](double share) { shares.push_back(share); });
     EXPECT_TRUE(plot::drawFigure(figure, plot::PictureKind::png).starts_with("\x89PNG"));
     EXPECT_TRUE(std::ranges::is_sorted(shares) && shares.back() == 1.0);
 }

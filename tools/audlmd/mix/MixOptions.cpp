@@ -74,6 +74,12 @@ void declareReports(CLI::App& mix, MixOptions& options) {
     mix.add_option("--picture", options.picture, "Draw the timeline, with what went wrong in red")
         ->option_text("FILE")
         ->group("Reports");
+    mix.add_option("--page", options.page, "Write a page for a browser: see, hear and review the mix")
+        ->option_text("FILE.html")
+        ->group("Reports");
+    mix.add_option("--markers", options.markers, "Write the markers of the output, as CSV")
+        ->option_text("FILE.csv")
+        ->group("Reports");
 }
 
 } // namespace
@@ -109,8 +115,9 @@ void MixOptions::declare(CLI::App& mix) {
 }
 
 void MixOptions::requireCompatible() const {
-    if (output.empty() && !list && picture.empty())
-        throw CommandError("name the file to write with -o, or use --list or --picture alone");
+    if (output.empty() && !list && picture.empty() && page.empty() && markers.empty())
+        throw CommandError(
+            "name the file to write with -o, or use --list, --picture, --page or --markers alone");
     if (output.empty() && !report.empty())
         throw CommandError("--report tells about a mix: name the file to write with -o");
     levels.requireCompatible();

@@ -61,6 +61,10 @@ struct MixOptions : OutputOptions {
     std::filesystem::path report;
     /// A .png or .svg file. Empty: none.
     std::filesystem::path picture;
+    /// An HTML file. Empty: none.
+    std::filesystem::path page;
+    /// A CSV file. Empty: none.
+    std::filesystem::path markers;
 
     /// Declares all options with their help. This object must outlive the app.
     void declare(CLI::App& mix);

@@ -49,6 +49,9 @@ constexpr const char* overloadWords(bool clips) {
     return clips ? "clipped" : "over full scale, not clipped";
 }
 
+/// "37 samples, by up to 3.52 dB, first at 0:00:00.500". Leaves out a peak of 0, which nobody has measured.
+std::string overloadText(const Overload& overload, int sampleRate);
+
 /// The line of a report on what is beyond full scale in one channel of an output, counted from 0. Empty where
 /// there is nothing to tell. `what` is the kind of line.
 std::string channelOverloadLine(const char* what, std::size_t channel, const Overload& overload,
