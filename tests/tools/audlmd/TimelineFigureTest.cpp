@@ -139,7 +139,15 @@ TEST(TimelineFigure, IsDrawnAsItsPictureShows) {
               "7 strips on 3 tracks, 0:04.000 at 48000 Hz, 2 channels; time 0 is 1:00:00.000 on the "
               "timeline's clock");
     // With columns wide enough to be read.
-    TimelineSketch sketch = sketchTimeline(shown, report, 20);
+    // From 1 s on as loud as the report says, in unequal portions; the last second is not mixed.
+    OutputCourse course({second, 3 * second}, usualLayout(2), 48000, OutputCourse::Loudness::leftOut);
+    std::vector<float> loud(static_cast<std::size_t>(second / 2), 1.5F);
+    std::vector<float> soft(loud.size(), -0.5F);
+    for (const std::size_t part : {1U, 23999U, 24000U})
+        course.add({{std::span(soft).first(part), std::span(loud).first(part)}});
+    for (std::span<float> part : {std::span(loud), std::span(soft)})
+        course.add({{soft, part}});
+    TimelineSketch sketch = sketchTimeline(shown, report, 20, &course);
     readPeaks(sketch, &openMedium, [](double) {});
     sketch.tracksLeftOut = 3;
     figure.drawing = [&](const plot::Pen& pen, const plot::Rectangle& area) {

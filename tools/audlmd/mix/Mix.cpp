@@ -8,6 +8,7 @@
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Progress.hpp"
 #include "tools/audlmd/files/LevelledChunks.hpp"
+#include "tools/audlmd/files/MarkersCsv.hpp"
 #include "tools/audlmd/files/Outputs.hpp"
 #include "tools/audlmd/files/SampleLayouts.hpp"
 #include "tools/audlmd/mix/MixReportJson.hpp"
@@ -46,8 +47,9 @@ void allowManyOpenFiles() {
 /// One mix, from the options to the last line of the report.
 class Mix {
 public:
-    Mix(const MixOptions& options, std::optional<Timeline> timeline)
-        : options_(options), media_(options.media, options),
+    Mix(const MixOptions& options, std::optional<Timeline> timeline,
+        const std::function<void(const std::filesystem::path&)>& looksAt)
+        : options_(options), media_(options.media, options, looksAt),
           outputs_(options.output, options.kind.value_or(nullptr),
                    {options.report, options.picture, options.page, options.markers}),
           log_(outputs_.report(), options.style, options.timeline.string()), given_(std::move(timeline)) {}
@@ -84,6 +86,8 @@ private:
             draw(mixed);
         if (!options_.page.empty())
             showOnPage(mixed);
+        if (!options_.markers.empty())
+            writeMarkers();
         requireSound(mixed);
     }
 
@@ -279,6 +283,9 @@ private:
         MixRun run{.span = span_,
                    .timeline = options_.timeline.string(),
                    .output = options_.output.string(),
+                   .picture = options_.picture.string(),
+                   .page = options_.page.string(),
+                   .markers = options_.markers.string(),
                    .quiet = options_.style.quiet,
                    .format = format_,
                    .rounding = rounding_,
@@ -355,6 +362,20 @@ private:
         });
     }
 
+    /// Where the output has them; of the whole timeline where there is none.
+    void writeMarkers() const {
+        const TimelineSpan span =
+            outputs_.sound() ? span_ : TimelineSpan{0, TimelineSample() + timeline_.length};
+        const std::vector<Marker> markers =
+            markersIn({.from = span.from.number(), .to = span.to.number(), .whole = timeline_.length},
+                      markersOf(timeline_));
+        command::writeOutput(
+            OutputPath(options_.markers),
+            markersCsv(markers, {.sampleRate = timeline_.sampleRate,
+                                 .timeReference = timeline_.timeReference + span.from.number(),
+                                 .frameRate = timeline_.frameRate}));
+    }
+
     std::ptrdiff_t silentClips(const MixReport& mixed) const {
         return std::ranges::count_if(mixed.strips,
                                      [](const StripReport& strip) { return !strip.failure.empty(); }) +
@@ -395,8 +416,9 @@ private:
 
 } // namespace
 
-void runMix(const MixOptions& options, std::optional<Timeline> timeline) {
-    Mix(options, std::move(timeline)).run();
+void runMix(const MixOptions& options, std::optional<Timeline> timeline,
+            const std::function<void(const std::filesystem::path&)>& looksAt) {
+    Mix(options, std::move(timeline), looksAt).run();
 }
 
 } // namespace audlmd::command

@@ -77,6 +77,9 @@ void declareReports(CLI::App& mix, MixOptions& options) {
     mix.add_option("--page", options.page, "Write a page for a browser: see, hear and review the mix")
         ->option_text("FILE.html")
         ->group("Reports");
+    mix.add_flag("--watch", options.watch,
+                 "Do it again whenever the timeline or a medium changes, until Ctrl-C")
+        ->group("Reports");
     mix.add_option("--markers", options.markers, "Write the markers of the output, as CSV")
         ->option_text("FILE.csv")
         ->group("Reports");
@@ -127,6 +130,8 @@ void MixOptions::requireCompatible() const {
         throw CommandError(levels.name() +
                            std::string(" needs the whole, which a --slice does not know: join "
                                        "the slices, and give it to render"));
+    if (watch && (list || (output.empty() && picture.empty() && page.empty())))
+        throw CommandError("--watch writes again and again: name a file with -o, --picture or --page");
     range.requireCompatible();
     if (range.to && untilLastSound)
         throw CommandError("--to and --until-last-sound cannot stand together");

@@ -66,6 +66,9 @@ struct MixOptions : OutputOptions {
     /// A CSV file. Empty: none.
     std::filesystem::path markers;
 
+    /// Whether the command mixes again whenever the timeline or a medium changes.
+    bool watch = false;
+
     /// Declares all options with their help. This object must outlive the app.
     void declare(CLI::App& mix);
 

@@ -29,6 +29,9 @@ struct MixRun {
     /// The files, as the user has named them.
     std::string timeline;
     std::string output;
+    std::string picture = {};
+    std::string page = {};
+    std::string markers = {};
     /// Whether the text tells only what is not as it was asked.
     bool quiet = false;
     FormatId format = FormatId::f32;

@@ -16,7 +16,9 @@ constexpr std::int64_t shortestStep = 32;
 } // namespace
 
 OutputCourse::OutputCourse(TimelineSpan span, const ChannelLayout& layout, int sampleRate, Loudness loudness)
-    : span_(span), step_(std::max(shortestStep, (span.length() + mostRanges - 1) / mostRanges)),
+
+    : span_(span), channels_(layout.size()),
+      step_(std::max(shortestStep, (span.length() + mostRanges - 1) / mostRanges)),
       wave_(static_cast<std::size_t>((span.length() + step_ - 1) / step_)) {
     if (loudness == Loudness::leftOut)
         return;
@@ -27,7 +29,8 @@ OutputCourse::OutputCourse(TimelineSpan span, const ChannelLayout& layout, int s
     }
 }
 
-void OutputCourse::add(std::span<const std::span<float>> channels) {
+void OutputCourse::add(std::span<const std::span<float>> all) {
+    const std::span<const std::span<float>> channels = all.first(channels_);
     const std::int64_t end = std::min<std::int64_t>(added_ + std::ssize(channels.front()), span_.length());
     for (const std::span<float>& channel : channels)
         for (std::int64_t from = added_; from < end;) {

@@ -31,7 +31,8 @@ public:
     /// these channels, is left out, and loudnessFailure() says why.
     OutputCourse(TimelineSpan span, const ChannelLayout& layout, int sampleRate, Loudness loudness);
 
-    /// Takes the next samples: a span for each channel, all of one length. A NaN counts as silence.
+    /// Takes the next samples: a span for each channel, all of one length. Further spans are passed over. A
+    /// NaN counts as silence.
     void add(std::span<const std::span<float>> channels);
 
     /// Has all samples so much louder, in decibels: those that were added, once all of them are.
@@ -52,6 +53,7 @@ public:
 
 private:
     TimelineSpan span_;
+    std::size_t channels_;
     std::int64_t step_;
     std::int64_t added_ = 0;
     std::vector<WaveRange> wave_;

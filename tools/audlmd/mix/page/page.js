@@ -68,6 +68,9 @@ function begin() {
     openSound();
     tellPosition();
     new ResizeObserver(drawSoon).observe(timeline);
+    // The ruler sticks below the bar, which may have several lines.
+    const bar = document.getElementById("transport");
+    new ResizeObserver(() => document.documentElement.style.setProperty("--bar", `${bar.offsetHeight}px`)).observe(bar);
     matchMedia("(prefers-color-scheme: dark)").addEventListener("change", () => {
         readColours();
         drawSoon();
