@@ -17,7 +17,7 @@ std::string field(const std::string& text) {
 }
 
 /// To the microsecond, with a point in any locale: seconds and millionths apart.
-std::string seconds(std::int64_t samples, int sampleRate) {
+std::string decimalSeconds(std::int64_t samples, int sampleRate) {
     const std::int64_t millionths = samples % sampleRate * 1'000'000 / sampleRate;
     char text[40];
     std::snprintf(text, sizeof text, "%lld.%06lld", static_cast<long long>(samples / sampleRate),
@@ -34,8 +34,8 @@ std::string markersCsv(const std::vector<Marker>& markers, const MarkerClock& cl
         const std::string timecode = words::isFrameRate(clock.frameRate) && time >= 0
                                          ? words::timecode(time, clock.sampleRate, clock.frameRate)
                                          : words::clock(time, clock.sampleRate);
-        csv += std::to_string(marker.position) + "," + seconds(marker.position, clock.sampleRate) + "," +
-               timecode + "," + std::to_string(marker.length) + "," + field(marker.name) + "," +
+        csv += std::to_string(marker.position) + "," + decimalSeconds(marker.position, clock.sampleRate) +
+               "," + timecode + "," + std::to_string(marker.length) + "," + field(marker.name) + "," +
                field(marker.comment) + "\r\n";
     }
     return csv;

@@ -33,6 +33,10 @@ whole byte for byte.
 METADATA of the output are the timeline's name as title, its time reference and its markers, as far as the kind
 of file has a place for them.
 
+REVIEWING --page writes a page for a browser: clips with waveforms, the loudness, all that the report tells, and
+the mix to listen to, which the page holds itself up to 2 MB and else expects beside it. --watch does everything
+again when the timeline or a medium changes, until Ctrl-C.
+
 CHANNELS Media with more channels than the timeline are folded down, and a note says so; so is the mix where
 --channels asks for fewer than the timeline itself says. --map takes channels of the mix.
 
@@ -47,6 +51,7 @@ EXAMPLES
   audlmd mix film.otio -o film.wav --format s16 --dither
   audlmd mix film.otio -o film.wav --media /archive/sound --report film.json --picture film.png
   audlmd mix film.otio --list --as json > film.json      (edit it, and mix it)
+  audlmd mix film.otio -o film.flac --page film.html --watch
   audlmd mix film.json -o reel2.wav --from 20:00 --to 40:00
   audlmd mix film.json -o part3.wav --slice 3/8)";
 

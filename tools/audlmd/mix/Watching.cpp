@@ -17,7 +17,7 @@ namespace audlmd::command {
 namespace {
 
 /// Empty: nothing failed.
-std::optional<CommandError> failureOf(const std::function<void()>& round) {
+std::optional<CommandError> failureIn(const std::function<void()>& round) {
     try {
         round();
         return std::nullopt;
@@ -72,7 +72,7 @@ void watchAndMix(
     std::optional<std::set<std::string>> changed = std::set<std::string>();
     for (; changed; changed = watch.wait()) {
         const Clock::time_point start = Clock::now();
-        failure = failureOf([&] { mix([&](const std::filesystem::path& file) { watch.add(file); }); });
+        failure = failureIn([&] { mix([&](const std::filesystem::path& file) { watch.add(file); }); });
         if (failure)
             printError(failure->what());
         const bool isWritten = !failure || failure->status() == ExitStatus::incomplete;

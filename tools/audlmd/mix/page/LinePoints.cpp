@@ -13,7 +13,7 @@ namespace {
 constexpr double invisible = 0.01;
 
 /// How far a point lies from the straight line between two others, in height.
-double besides(const LinePoint& point, const LinePoint& from, const LinePoint& to) {
+double heightBesides(const LinePoint& point, const LinePoint& from, const LinePoint& to) {
     const double width = to.sample - from.sample;
     const double share = width > 0.0 ? (point.sample - from.sample) / width : 0.0;
     const auto start = static_cast<double>(from.uValue);
@@ -34,7 +34,7 @@ std::vector<LinePoint> thinned(const std::vector<LinePoint>& line) {
         std::size_t farthest = first;
         double distance = invisible;
         for (std::size_t n = first + 1; n < last; ++n)
-            if (const double beside = besides(line[n], line[first], line[last]); beside > distance) {
+            if (const double beside = heightBesides(line[n], line[first], line[last]); beside > distance) {
                 farthest = n;
                 distance = beside;
             }

@@ -56,13 +56,13 @@ std::string urlOf(const std::filesystem::path& relative) {
 }
 
 /// From the folder of the page; from the current one, where the page goes into a pipe.
-std::filesystem::path besides(const OutputPath& page, const std::filesystem::path& sound) {
+std::filesystem::path relativeTo(const OutputPath& page, const std::filesystem::path& sound) {
     const std::filesystem::path folder =
         page.isStream ? std::filesystem::current_path() : std::filesystem::absolute(page.path).parent_path();
     return std::filesystem::proximate(std::filesystem::absolute(sound), folder);
 }
 
-std::string contentOf(const std::filesystem::path& path) {
+std::string bytesIn(const std::filesystem::path& path) {
     std::ostringstream content;
     content << std::ifstream(path, std::ios::binary).rdbuf();
     return std::move(content).str();
@@ -74,9 +74,9 @@ Json soundJson(const OutputPath& page, const OutputTarget& sound) {
     std::error_code unknown;
     if (const std::uintmax_t size = std::filesystem::file_size(sound.path, unknown);
         !unknown && size <= largestEmbedded && !type.empty())
-        json["url"] = "data:" + std::string(type) + ";base64," + base64(contentOf(sound.path));
+        json["url"] = "data:" + std::string(type) + ";base64," + base64(bytesIn(sound.path));
     else
-        json["url"] = urlOf(besides(page, sound.path));
+        json["url"] = urlOf(relativeTo(page, sound.path));
     return json;
 }
 
