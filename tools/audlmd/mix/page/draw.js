@@ -218,7 +218,7 @@ function drawLoudness(canvas) {
         pencil.fill(colours.grid, 0, Math.round(y(level)), pencil.width, 1);
         if (level % 20 === 0) pencil.write(String(level).replace("-", "\u2212"), colours.soft, 3, y(level) + (level ? 0 : 6), 40);
     }
-    for (const [kind, colour, width] of [["momentary", colours.edge, 1], ["shortTerm", colours.wave, 2]]) {
+    for (const [kind, colour, width] of [["momentary", colours.soft, 0.8], ["shortTerm", colours.wave, 2]]) {
         const course = data.loudness[kind];
         const points = [];
         const perValue = data.loudness.secondsPerValue * data.sampleRate;

@@ -21,6 +21,17 @@ function jumpTo(from, to) {
     showPlace(from, to);
 }
 
+/// Scrolls the list alone: the page stays where it is.
+function showInList(button) {
+    const [list, place] = [button.closest("ol").getBoundingClientRect(), button.getBoundingClientRect()];
+    const beyond = Math.max(place.bottom - list.bottom, 0) + Math.min(place.top - list.top, 0);
+    button.closest("ol").scrollTop += beyond;
+}
+
+function showLane(number) {
+    lanes.children[number].scrollIntoView({ block: "nearest" });
+}
+
 /// Jumps to a problem; to its next place, where it is the current one.
 function jumpToProblem(number) {
     const problem = data.problems[number];
@@ -28,8 +39,9 @@ function jumpToProblem(number) {
     currentProblem = number;
     for (const [n, button] of document.querySelectorAll("#problems .jump").entries())
         button.classList.toggle("current", n === number);
-    document.querySelector("#problems .current").scrollIntoView({ block: "nearest" });
+    showInList(document.querySelector("#problems .current"));
     if (problem.clip) choose(data.tracks[problem.clip[0]].clips[problem.clip[1]]);
+    if (problem.clip) showLane(problem.clip[0]);
     if (problem.places.length > 0) jumpTo(...problem.places[problem.place]);
 }
 
@@ -93,6 +105,7 @@ function addClips() {
                 button.addEventListener("click", () => {
                     choose(clip);
                     jumpTo(...clip.span);
+                    showLane(track.number);
                 });
                 row.insertCell().textContent = track.name;
                 row.insertCell().append(button);
