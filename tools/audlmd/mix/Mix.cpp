@@ -252,7 +252,7 @@ private:
         const double measuring = progress.elapsed();
         layout.levels = levelled.levels().levels;
         if (course_)
-            course_->amplify(levelled.levels().gain);
+            course_->amplify(levelled.levels());
         return {.seconds = measuring + write(levelled, layout),
                 .levels = levelled.levels(),
                 .overloads = levelled.overloads()};

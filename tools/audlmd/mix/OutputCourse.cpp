@@ -52,11 +52,30 @@ void OutputCourse::add(std::span<const std::span<float>> all) {
     }
 }
 
-void OutputCourse::amplify(double decibels) {
-    const auto gain = static_cast<float>(gainOfDecibels(decibels));
+void OutputCourse::amplify(const OutputLevels& levels) {
+    levels_ = levels;
+    const auto gain = static_cast<float>(gainOfDecibels(levels.gain));
     for (WaveRange& range : wave_)
         range = {range.lowest * gain, range.highest * gain};
-    amplification_ += decibels;
+}
+
+ProgrammeLevels OutputCourse::programme() const {
+    if (levels_.levels.integrated)
+        return levels_.levels;
+    using Window = LoudnessMeter::Window;
+    ProgrammeLevels levels;
+    levels.integrated = loudness_->integrated();
+    levels.range = loudness_->range();
+    levels.highestMomentary = loudness_->highest(Window::momentary);
+    levels.highestShortTerm = loudness_->highest(Window::shortTerm);
+    return levels.louderBy(levels_.gain);
+}
+
+std::vector<double> OutputCourse::loudnessOver(LoudnessMeter::Window window) const {
+    std::vector<double> course = loudness_->course(window);
+    for (double& loudness : course)
+        loudness += levels_.gain;
+    return course;
 }
 
 WaveRange OutputCourse::between(double from, double to) const {

@@ -3,6 +3,7 @@
 #include "host/cache/ChannelLayout.hpp"
 #include "host/deliver/Loudness.hpp"
 #include "host/signal/Clocks.hpp"
+#include "tools/audlmd/files/OutputLevels.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -35,8 +36,9 @@ public:
     /// NaN counts as silence.
     void add(std::span<const std::span<float>> channels);
 
-    /// Has all samples so much louder, in decibels: those that were added, once all of them are.
-    void amplify(double decibels);
+    /// Has all samples so much louder as the output was made, once all of them are added. What is known of
+    /// the output's levels is taken: it was measured where the gate of loudness counts all of it in.
+    void amplify(const OutputLevels& levels);
 
     const TimelineSpan& span() const { return span_; }
     /// In samples: how long each range of wave() is, but for the last.
@@ -45,10 +47,12 @@ public:
     /// What lies between two output samples of the timeline, and perhaps a step around. Silence outside.
     WaveRange between(double from, double to) const;
 
-    /// Of the samples as they were added, see amplification(). Null where it is not measured.
-    const LoudnessMeter* loudness() const { return loudness_.get(); }
-    /// In decibels.
-    double amplification() const { return amplification_; }
+    /// Whether its loudness is measured.
+    bool hasLoudness() const { return loudness_ != nullptr; }
+    /// Of the whole, without peaks. Where it has loudness.
+    ProgrammeLevels programme() const;
+    /// As LoudnessMeter::course(). Where it has loudness.
+    std::vector<double> loudnessOver(LoudnessMeter::Window window) const;
     const std::string& loudnessFailure() const { return loudnessFailure_; }
 
 private:
@@ -58,7 +62,8 @@ private:
     std::int64_t added_ = 0;
     std::vector<WaveRange> wave_;
     std::unique_ptr<LoudnessMeter> loudness_;
-    double amplification_ = 0.0;
+    /// What was measured of it, and the gain that made it of what was added.
+    OutputLevels levels_;
     std::string loudnessFailure_;
 };
 

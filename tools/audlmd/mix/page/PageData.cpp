@@ -83,17 +83,16 @@ Json courseJson(const std::vector<double>& course, std::size_t tenths) {
     return json;
 }
 
-Json loudnessJson(const LoudnessMeter& meter) {
+Json loudnessJson(const OutputCourse& course) {
     using Window = LoudnessMeter::Window;
-    const std::vector<double> momentary = meter.course(Window::momentary);
+    const std::vector<double> momentary = course.loudnessOver(Window::momentary);
     const std::size_t tenths = momentary.size() / mostLoudnesses + 1;
+    const ProgrammeLevels programme = course.programme();
     return {{"secondsPerValue", static_cast<double>(tenths) / 10.0},
             {"momentary", courseJson(momentary, tenths)},
-            {"shortTerm", courseJson(meter.course(Window::shortTerm), tenths)},
-            {"integrated", rounded(meter.integrated())},
-            {"range", rounded(meter.range())},
-            {"highestMomentary", rounded(meter.highest(Window::momentary))},
-            {"highestShortTerm", rounded(meter.highest(Window::shortTerm))}};
+            {"shortTerm", courseJson(course.loudnessOver(Window::shortTerm), tenths)},
+            {"integrated", rounded(programme.integrated)},
+            {"range", rounded(programme.range)}};
 }
 
 /// What a user wants to know of a clip: pairs of a name and a text.
@@ -257,8 +256,8 @@ Json pageData(const PageSubject& subject, const TimelineSketch& sketch) {
     if (subject.course == nullptr)
         return json;
     json["wave"] = waveJson(*subject.course);
-    if (const LoudnessMeter* meter = subject.course->loudness())
-        json["loudness"] = loudnessJson(*meter);
+    if (subject.course->hasLoudness())
+        json["loudness"] = loudnessJson(*subject.course);
     json["loudnessFailure"] = subject.course->loudnessFailure();
     return json;
 }
