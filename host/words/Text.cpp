@@ -54,6 +54,16 @@ std::string printable(std::string_view text, std::size_t longest) {
     return shown;
 }
 
+std::string utf8(std::string_view text) {
+    std::string kept;
+    while (!text.empty()) {
+        const Character first = firstOf(text);
+        kept += first.code == 0 && text.front() != '\0' ? "\xEF\xBF\xBD" : text.substr(0, first.length);
+        text.remove_prefix(first.length);
+    }
+    return kept;
+}
+
 std::string_view trimmed(std::string_view text) {
     constexpr std::string_view blanks = " \t\r";
     text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));

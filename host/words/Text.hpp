@@ -13,6 +13,9 @@ namespace audlmd::words {
 /// every text of a file that goes into a message.
 std::string printable(std::string_view text, std::size_t longest = 80);
 
+/// The text for a file that must be UTF-8: each byte that is none becomes U+FFFD.
+std::string utf8(std::string_view text);
+
 /// Without blanks at both ends. Carriage returns count as blanks, so that files of other systems read alike.
 std::string_view trimmed(std::string_view text);
 

@@ -238,19 +238,26 @@ TEST_F(MixCommand, ReportsClippingAndKeepsTimeReferenceNameAndMarkers) {
     writeTimeline(
         R"({"media": "a.wav", "at": 100, "from": 0, "to": 100, "gain": 10, "routing": [[0.1], [1]]})",
         R"("timeReference": 5000000000, "name": "reel 2",
-            "markers": [{"name": "shot", "at": 120}, {"name": "slate", "at": 50}, {"name": "early"}], )");
+            "markers": [{"name": "\"sh,ot\"", "at": 120}, {"name": "slate", "at": 50}, {"name": "early"}], )");
     for (const auto& [format, told] :
          std::map<std::string, std::string>{{"s16", "\nclipped"},
                                             {"f32 --truncate", "\nclipped"},
                                             {"f32", "\nover full scale, not clipped"}}) {
-        EXPECT_THAT(output("mix film.json -o mix.wav --from slate --report r.json --format " + format),
-                    HasSubstr(told + ": channel 2: 100 samples, by up to 7.50 dB, first at 0:00:00.002"));
+        EXPECT_THAT(
+            output("mix film.json -o mix.wav --from slate --report r.json --page p.html --markers m.csv "
+                   "--format " +
+                   format),
+            HasSubstr(told + ": channel 2: 100 samples, by up to 7.50 dB, first at 0:00:00.002"));
         const auto report = nlohmann::json::parse(readBytes(in("r.json")));
         EXPECT_EQ(report["channels"][0]["samples"], 0);
         EXPECT_EQ(report["channels"][1].at("first"), 100);
         EXPECT_EQ(report["channels"][1].at("clipped"), format == "f32" ? 0 : 100);
         EXPECT_NEAR(readSound(in("mix.wav"))[1][100], format == "f32" ? 2.3717 : 1.0, 1e-4);
     }
+    EXPECT_EQ(nlohmann::json::parse(readBytes(in("r.json"))).at("page"), "p.html");
+    EXPECT_EQ(readBytes(in("m.csv")), "sample,seconds,timecode,length,name,comment\r\n"
+                                      "0,0.000000,28:56:06.668,0,\"slate\",\"\"\r\n"
+                                      "70,0.001458,28:56:06.669,0,\"\"\"sh,ot\"\"\",\"\"\r\n");
     SF_INFO info{};
     SNDFILE* const file = sf_open(in("mix.wav").c_str(), SFM_READ, &info);
     SF_BROADCAST_INFO broadcast{};
@@ -265,7 +272,7 @@ TEST_F(MixCommand, ReportsClippingAndKeepsTimeReferenceNameAndMarkers) {
     EXPECT_STREQ(broadcast.originator, "audlmd");
     EXPECT_EQ(cues.cue_count, 2U);
     EXPECT_EQ(cues.cue_points[1].sample_offset, 70U);
-    EXPECT_STREQ(cues.cue_points[1].name, "shot");
+    EXPECT_STREQ(cues.cue_points[1].name, "\"sh,ot\"");
     output("mix film.json -o mix.wav --no-metadata");
     EXPECT_EQ(readBytes(in("mix.wav")).find("LIST"), std::string::npos);
     EXPECT_EQ(readBytes(in("mix.wav")).find("bext"), std::string::npos);
@@ -318,6 +325,10 @@ TEST_F(MixCommand, RefusesWhatCannotBeMixed) {
              {"film.json -o mix.wav --media nowhere", "nowhere"},
              {"film.json -o a.wav", "a medium of the timeline"},
              {"film.json -o mix.wav --report film.json", "is the timeline"},
+             {"film.json -o mix.wav --page a.wav", "a medium of the timeline"},
+             {"film.json -o mix.wav --page p.html --markers p.html", "are one file"},
+             {"film.json --markers m.csv --watch", "--watch"},
+             {"film.json -o - --watch", "no file"},
              {"film.json -o mix.flac --format f32", "flac"},
              {"film.json -o mix.wav --dither", "f32, which is not rounded"},
              {"empty.json -o mix.wav", "holds nothing"},

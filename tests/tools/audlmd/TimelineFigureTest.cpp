@@ -134,12 +134,20 @@ TEST(TimelineFigure, IsDrawnAsItsPictureShows) {
     report.strips[0].silent = {{0, 5 * second / 2}};
     report.strips[0].overload.spans = {{3 * second, 5 * second}};
     report.channels = {{0, 0.5F, 0, {}}, {1, 1.5F, 0, {{second, 2 * second}}}};
-    plot::Figure figure = drawTimeline(shown, report, &openMedium, [](double) {});
+    plot::Figure figure = drawTimeline(shown, report, nullptr, &openMedium, [](double) {});
     EXPECT_EQ(figure.subtitle,
               "7 strips on 3 tracks, 0:04.000 at 48000 Hz, 2 channels; time 0 is 1:00:00.000 on the "
               "timeline's clock");
     // With columns wide enough to be read.
-    TimelineSketch sketch = sketchTimeline(shown, report, 20);
+    // From 1 s on as loud as the report says, in unequal portions; the last second is not mixed.
+    OutputCourse course({second, 3 * second}, usualLayout(2), 48000, OutputCourse::Loudness::leftOut);
+    std::vector<float> loud(static_cast<std::size_t>(second / 2), 1.5F);
+    std::vector<float> soft(loud.size(), -0.5F);
+    for (const std::size_t part : {1U, 23999U, 24000U})
+        course.add({{std::span(soft).first(part), std::span(loud).first(part)}});
+    for (std::span<float> part : {std::span(loud), std::span(soft)})
+        course.add({{soft, part}});
+    TimelineSketch sketch = sketchTimeline(shown, report, 20, &course);
     readPeaks(sketch, &openMedium, [](double) {});
     sketch.tracksLeftOut = 3;
     figure.drawing = [&](const plot::Pen& pen, const plot::Rectangle& area) {
@@ -159,7 +167,7 @@ TEST(TimelineFigure, SurvivesAbsurdNamesAndThousandsOfStrips) {
     shown.tracks.resize(800);
     std::vector<double> shares;
     const plot::Figure figure =
-        drawTimeline(shown, {}, &openMedium, [&](double share) { shares.push_back(share); });
+        drawTimeline(shown, {}, nullptr, &openMedium, [&](double share) { shares.push_back(share); });
     EXPECT_TRUE(plot::drawFigure(figure, plot::PictureKind::png).starts_with("\x89PNG"));
     EXPECT_TRUE(std::ranges::is_sorted(shares) && shares.back() == 1.0);
 }

@@ -122,7 +122,14 @@ void MediaFinder::look(FoundMedium& medium, std::optional<int> stream) const {
 const FoundMedium& MediaFinder::find(const std::string& media) {
     const Lock lock(mutex_);
     const auto found = found_.find(media);
-    return found != found_.end() ? found->second : found_.emplace(media, search(media)).first->second;
+    if (found != found_.end())
+        return found->second;
+    if (looksAt_)
+        looksAt_(partsOf(media).first);
+    const FoundMedium& medium = found_.emplace(media, search(media)).first->second;
+    if (looksAt_ && !medium.path.empty())
+        looksAt_(medium.path);
+    return medium;
 }
 
 FoundMedium MediaFinder::search(const std::string& media) {

@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -48,9 +49,11 @@ struct FoundMedium {
 /// Thread safe.
 class MediaFinder {
 public:
-    /// The options, which must outlive the finder, say how films are decoded.
-    MediaFinder(std::vector<std::filesystem::path> folders, const RenderingOptions& options)
-        : options_(options), folders_(std::move(folders)) {}
+    /// The options, which must outlive the finder, say how films are decoded. `looksAt` is called with each
+    /// place where a medium is looked for by its whole path, before, and with what is found.
+    MediaFinder(std::vector<std::filesystem::path> folders, const RenderingOptions& options,
+                std::function<void(const std::filesystem::path&)> looksAt = {})
+        : options_(options), folders_(std::move(folders)), looksAt_(std::move(looksAt)) {}
 
     /// The first call for a medium looks at files. The reference stays valid.
     const FoundMedium& find(const std::string& media);
@@ -75,6 +78,7 @@ private:
 
     const RenderingOptions& options_;
     std::vector<std::filesystem::path> folders_;
+    std::function<void(const std::filesystem::path&)> looksAt_;
     Mutex mutex_;
     bool listed_ AUDLMD_GUARDED_BY(mutex_) = false;
     /// All files below the folders, by file name.

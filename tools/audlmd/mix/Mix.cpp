@@ -8,11 +8,13 @@
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Progress.hpp"
 #include "tools/audlmd/files/LevelledChunks.hpp"
+#include "tools/audlmd/files/MarkersCsv.hpp"
 #include "tools/audlmd/files/Outputs.hpp"
 #include "tools/audlmd/files/SampleLayouts.hpp"
 #include "tools/audlmd/mix/MixReportJson.hpp"
 #include "tools/audlmd/mix/MixedChunks.hpp"
 #include "tools/audlmd/mix/TimelineInput.hpp"
+#include "tools/audlmd/mix/page/Page.hpp"
 #include "tools/audlmd/mix/picture/TimelineFigure.hpp"
 
 #include <nlohmann/json.hpp>
@@ -45,9 +47,11 @@ void allowManyOpenFiles() {
 /// One mix, from the options to the last line of the report.
 class Mix {
 public:
-    Mix(const MixOptions& options, std::optional<Timeline> timeline)
-        : options_(options), media_(options.media, options),
-          outputs_(options.output, options.kind.value_or(nullptr), {options.report, options.picture}),
+    Mix(const MixOptions& options, std::optional<Timeline> timeline,
+        const std::function<void(const std::filesystem::path&)>& looksAt)
+        : options_(options), media_(options.media, options, looksAt),
+          outputs_(options.output, options.kind.value_or(nullptr),
+                   {options.report, options.picture, options.page, options.markers}),
           log_(outputs_.report(), options.style, options.timeline.string()), given_(std::move(timeline)) {}
 
     void run() {
@@ -80,6 +84,10 @@ private:
             mixed = mix();
         if (!options_.picture.empty())
             draw(mixed);
+        if (!options_.page.empty())
+            showOnPage(mixed);
+        if (!options_.markers.empty())
+            writeMarkers();
         requireSound(mixed);
     }
 
@@ -177,10 +185,10 @@ private:
         {
             // The threads that the mixer starts leave the signals to this thread.
             const EndingSignalsBlocked blocked;
-            mixer.emplace(
-                timeline_, [this](const std::string& medium) { return media_.open(medium); },
-                MixerOptions{
-                    .threads = options_.threads, .block = options_.block, .inlined = options_.inlined()});
+            mixer.emplace(timeline_, opensMedia(),
+                          MixerOptions{.threads = options_.threads,
+                                       .block = options_.block,
+                                       .inlined = options_.inlined()});
         }
         const Written written = writeOutput(*mixer);
         MixReport mixed = mixer->report();
@@ -212,19 +220,26 @@ private:
         std::vector<Overload> overloads = {};
     };
 
-    Written writeOutput(Mixer& mixer) const {
+    Written writeOutput(Mixer& mixer) {
         OutputLayout layout{.format = format_,
                             .channels = static_cast<int>(outputLayout(timeline_).size()),
                             .sampleRate = timeline_.sampleRate,
                             .frames = span_.length(),
                             .speakers = outputLayout(timeline_)};
         describe(layout);
+        if (!options_.picture.empty() || !options_.page.empty())
+            course_.emplace(span_, outputLayout(timeline_), timeline_.sampleRate,
+                            options_.page.empty() ? OutputCourse::Loudness::leftOut
+                                                  : OutputCourse::Loudness::measured);
         const bool isLevelled = options_.levels.areGiven();
-        MixedChunks mixed(mixer, span_.from, isLevelled ? FormatId::f32 : format_,
-                          isLevelled ? Rounding::nearest : rounding_, options_.block, [&] {
-                              if (options_.strict)
-                                  requireNoFailure(mixer.report());
-                          });
+        MixedChunks mixed(
+            mixer, span_.from, isLevelled ? FormatId::f32 : format_,
+            isLevelled ? Rounding::nearest : rounding_, options_.block,
+            [&] {
+                if (options_.strict)
+                    requireNoFailure(mixer.report());
+            },
+            course_ ? &*course_ : nullptr);
         if (!isLevelled)
             return {.seconds = write(mixed, layout)};
         requireHolds(*outputs_.sound()->kind, format_, layout.dataBytes(), outputs_.sound()->path);
@@ -236,6 +251,8 @@ private:
         levelled.measure(mixed, options_.block, [&](std::int64_t done) { progress.update(done); });
         const double measuring = progress.elapsed();
         layout.levels = levelled.levels().levels;
+        if (course_)
+            course_->amplify(levelled.levels());
         return {.seconds = measuring + write(levelled, layout),
                 .levels = levelled.levels(),
                 .overloads = levelled.overloads()};
@@ -266,6 +283,9 @@ private:
         MixRun run{.span = span_,
                    .timeline = options_.timeline.string(),
                    .output = options_.output.string(),
+                   .picture = options_.picture.string(),
+                   .page = options_.page.string(),
+                   .markers = options_.markers.string(),
                    .quiet = options_.style.quiet,
                    .format = format_,
                    .rounding = rounding_,
@@ -305,15 +325,55 @@ private:
             command::writeOutput(OutputPath(options_.report), jsonText(reportJson(told, timeline_, run)));
     }
 
-    void draw(const MixReport& mixed) {
-        // Programs are told of the sound alone.
+    OpenMedia opensMedia() {
+        return [this](const std::string& medium) { return media_.open(medium); };
+    }
+
+    const OutputCourse* course() const { return course_ ? &*course_ : nullptr; }
+
+    /// Shows a bar while the media are read once more. Programs are told of the sound alone.
+    template <class Read>
+    void readMedia(const Read& read) const {
         Progress bar(timeline_.length, timeline_.sampleRate, !options_.style.quiet && !options_.style.json);
-        const plot::Figure figure = drawTimeline(
-            timeline_, mixed, [this](const std::string& medium) { return media_.open(medium); },
-            [&](double share) {
-                bar.update(static_cast<std::int64_t>(share * static_cast<double>(timeline_.length)));
-            });
-        writePicture(figure, OutputPath(options_.picture));
+        read([&](double share) {
+            bar.update(static_cast<std::int64_t>(share * static_cast<double>(timeline_.length)));
+        });
+    }
+
+    void draw(const MixReport& mixed) {
+        readMedia([&](const auto& progress) {
+            writePicture(drawTimeline(timeline_, mixed, course(), opensMedia(), progress),
+                         OutputPath(options_.picture));
+        });
+    }
+
+    void showOnPage(const MixReport& mixed) {
+        Timeline shown = timeline_;
+        if (!outputs_.sound())
+            shown.notes = allNotes();
+        const PageSubject subject{.timeline = shown,
+                                  .report = mixed,
+                                  .course = course(),
+                                  .clips = clips(format_, rounding_),
+                                  .fileOf = [this](const std::string& medium) { return shownFile(medium); }};
+        readMedia([&](const auto& progress) {
+            writePage(OutputPath(options_.page), outputs_.sound() ? &*outputs_.sound() : nullptr, subject,
+                      opensMedia(), progress);
+        });
+    }
+
+    /// Where the output has them; of the whole timeline where there is none.
+    void writeMarkers() const {
+        const TimelineSpan span =
+            outputs_.sound() ? span_ : TimelineSpan{0, TimelineSample() + timeline_.length};
+        const std::vector<Marker> markers =
+            markersIn({.from = span.from.number(), .to = span.to.number(), .whole = timeline_.length},
+                      markersOf(timeline_));
+        command::writeOutput(
+            OutputPath(options_.markers),
+            markersCsv(markers, {.sampleRate = timeline_.sampleRate,
+                                 .timeReference = timeline_.timeReference + span.from.number(),
+                                 .frameRate = timeline_.frameRate}));
     }
 
     std::ptrdiff_t silentClips(const MixReport& mixed) const {
@@ -347,6 +407,8 @@ private:
     std::string rangeNote_;
     FormatId format_ = FormatId::f32;
     Rounding rounding_ = Rounding::nearest;
+    /// Where a picture or a page shows it.
+    std::optional<OutputCourse> course_;
     /// Whether nothing stands where the report goes but an earlier one.
     bool mayReport_ = false;
     bool isReported_ = false;
@@ -354,8 +416,9 @@ private:
 
 } // namespace
 
-void runMix(const MixOptions& options, std::optional<Timeline> timeline) {
-    Mix(options, std::move(timeline)).run();
+void runMix(const MixOptions& options, std::optional<Timeline> timeline,
+            const std::function<void(const std::filesystem::path&)>& looksAt) {
+    Mix(options, std::move(timeline), looksAt).run();
 }
 
 } // namespace audlmd::command

@@ -4,10 +4,14 @@
 #include "tools/audlmd/mix/Mix.hpp"
 #include "tools/audlmd/mix/SoundTimeline.hpp"
 #include "tools/audlmd/mix/TimelineInput.hpp"
+#include "tools/audlmd/mix/Watching.hpp"
 
 #include <CLI/CLI.hpp>
 
+#include <filesystem>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <utility>
 
 namespace audlmd::command {
@@ -16,6 +20,7 @@ namespace {
 /// Several sound files, all from the start on.
 void mixSounds(MixOptions& options) {
     SoundTimeline together(options);
+    options.timeline.clear();
     for (const std::filesystem::path& input : options.inputs) {
         if (isTimelineFile(input))
             throw CommandError(words::quoted(input.string()) +
@@ -26,12 +31,18 @@ void mixSounds(MixOptions& options) {
     runMix(options, std::move(together).timeline());
 }
 
-void mix(MixOptions& options) {
-    options.requireCompatible();
+void mixOnce(MixOptions& options, const std::function<void(const std::filesystem::path&)>& looksAt) {
     if (options.inputs.size() > 1)
         return mixSounds(options);
     options.timeline = options.inputs.front();
-    runMix(options);
+    runMix(options, std::nullopt, looksAt);
+}
+
+void mix(MixOptions& options) {
+    options.requireCompatible();
+    if (!options.watch)
+        return mixOnce(options, {});
+    watchAndMix(options, [&options](const auto& looksAt) { mixOnce(options, looksAt); });
 }
 
 } // namespace

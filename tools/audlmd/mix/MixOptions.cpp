@@ -33,6 +33,10 @@ whole byte for byte.
 METADATA of the output are the timeline's name as title, its time reference and its markers, as far as the kind
 of file has a place for them.
 
+REVIEWING --page writes a page for a browser: clips with waveforms, the loudness, all that the report tells, and
+the mix to listen to, which the page holds itself up to 2 MB and else expects beside it. --watch does everything
+again when the timeline or a medium changes, until Ctrl-C.
+
 CHANNELS Media with more channels than the timeline are folded down, and a note says so; so is the mix where
 --channels asks for fewer than the timeline itself says. --map takes channels of the mix.
 
@@ -47,6 +51,7 @@ EXAMPLES
   audlmd mix film.otio -o film.wav --format s16 --dither
   audlmd mix film.otio -o film.wav --media /archive/sound --report film.json --picture film.png
   audlmd mix film.otio --list --as json > film.json      (edit it, and mix it)
+  audlmd mix film.otio -o film.flac --page film.html --watch
   audlmd mix film.json -o reel2.wav --from 20:00 --to 40:00
   audlmd mix film.json -o part3.wav --slice 3/8)";
 
@@ -73,6 +78,15 @@ void declareReports(CLI::App& mix, MixOptions& options) {
         ->group("Reports");
     mix.add_option("--picture", options.picture, "Draw the timeline, with what went wrong in red")
         ->option_text("FILE")
+        ->group("Reports");
+    mix.add_option("--page", options.page, "Write a page for a browser: see, hear and review the mix")
+        ->option_text("FILE.html")
+        ->group("Reports");
+    mix.add_flag("--watch", options.watch,
+                 "Do it again whenever the timeline or a medium changes, until Ctrl-C")
+        ->group("Reports");
+    mix.add_option("--markers", options.markers, "Write the markers of the output, as CSV")
+        ->option_text("FILE.csv")
         ->group("Reports");
 }
 
@@ -109,8 +123,9 @@ void MixOptions::declare(CLI::App& mix) {
 }
 
 void MixOptions::requireCompatible() const {
-    if (output.empty() && !list && picture.empty())
-        throw CommandError("name the file to write with -o, or use --list or --picture alone");
+    if (output.empty() && !list && picture.empty() && page.empty() && markers.empty())
+        throw CommandError(
+            "name the file to write with -o, or use --list, --picture, --page or --markers alone");
     if (output.empty() && !report.empty())
         throw CommandError("--report tells about a mix: name the file to write with -o");
     levels.requireCompatible();
@@ -120,6 +135,8 @@ void MixOptions::requireCompatible() const {
         throw CommandError(levels.name() +
                            std::string(" needs the whole, which a --slice does not know: join "
                                        "the slices, and give it to render"));
+    if (watch && (list || (output.empty() && picture.empty() && page.empty())))
+        throw CommandError("--watch writes again and again: name a file with -o, --picture or --page");
     range.requireCompatible();
     if (range.to && untilLastSound)
         throw CommandError("--to and --until-last-sound cannot stand together");

@@ -61,6 +61,13 @@ struct MixOptions : OutputOptions {
     std::filesystem::path report;
     /// A .png or .svg file. Empty: none.
     std::filesystem::path picture;
+    /// An HTML file. Empty: none.
+    std::filesystem::path page;
+    /// A CSV file. Empty: none.
+    std::filesystem::path markers;
+
+    /// Whether the command mixes again whenever the timeline or a medium changes.
+    bool watch = false;
 
     /// Declares all options with their help. This object must outlive the app.
     void declare(CLI::App& mix);

@@ -60,6 +60,9 @@ Json channelJson(const Overload& channel, bool clips) {
 Json reportJson(const MixReport& report, const Timeline& timeline, const MixRun& run) {
     Json json{{"timeline", timeline.name},
               {"output", run.output},
+              {"picture", run.picture},
+              {"page", run.page},
+              {"markers", run.markers},
               {"format", outputFormat(run.format).name},
               {"sampleRate", timeline.sampleRate},
               {"timeReference", timeline.timeReference},

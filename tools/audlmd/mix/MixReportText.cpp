@@ -36,17 +36,6 @@ void appendShortened(std::vector<std::string>& text, const std::vector<std::stri
         text.push_back("and " + std::to_string(lines.size() - mostLines) + " more; --report lists all");
 }
 
-/// "37 samples, by up to 3.52 dB, first at 0:00:00.500". Leaves out a peak of 0, which nobody has measured.
-std::string overloadText(const Overload& overload, int sampleRate) {
-    std::ostringstream text;
-    text << words::counted(overload.samples, "sample");
-    if (overload.peak > 0.0F)
-        text << ", by up to " << std::fixed << std::setprecision(2)
-             << decibelsOfGain(static_cast<double>(overload.peak)) << " dB";
-    text << ", first at " << words::clock(overload.firstAt.number(), sampleRate);
-    return text.str();
-}
-
 /// Those by which something is silent come first, so that they are not among those left out.
 std::vector<std::string> notes(const Timeline& timeline) {
     std::vector<TimelineNote> ordered = timeline.notes;
@@ -109,6 +98,16 @@ void appendSummary(std::vector<std::string>& lines, const MixReport& report, con
 }
 
 } // namespace
+
+std::string overloadText(const Overload& overload, int sampleRate) {
+    std::ostringstream text;
+    text << words::counted(overload.samples, "sample");
+    if (overload.peak > 0.0F)
+        text << ", by up to " << std::fixed << std::setprecision(2)
+             << decibelsOfGain(static_cast<double>(overload.peak)) << " dB";
+    text << ", first at " << words::clock(overload.firstAt.number(), sampleRate);
+    return text.str();
+}
 
 std::string channelOverloadLine(const char* what, std::size_t channel, const Overload& overload,
                                 int sampleRate) {

@@ -29,6 +29,9 @@ struct MixRun {
     /// The files, as the user has named them.
     std::string timeline;
     std::string output;
+    std::string picture = {};
+    std::string page = {};
+    std::string markers = {};
     /// Whether the text tells only what is not as it was asked.
     bool quiet = false;
     FormatId format = FormatId::f32;
@@ -48,6 +51,9 @@ std::vector<std::string> reportLines(const MixReport& report, const Timeline& ti
 constexpr const char* overloadWords(bool clips) {
     return clips ? "clipped" : "over full scale, not clipped";
 }
+
+/// "37 samples, by up to 3.52 dB, first at 0:00:00.500". Leaves out a peak of 0, which nobody has measured.
+std::string overloadText(const Overload& overload, int sampleRate);
 
 /// The line of a report on what is beyond full scale in one channel of an output, counted from 0. Empty where
 /// there is nothing to tell. `what` is the kind of line.

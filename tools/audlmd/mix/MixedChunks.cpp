@@ -9,9 +9,9 @@
 namespace audlmd::command {
 
 MixedChunks::MixedChunks(Mixer& mixer, TimelineSample from, FormatId format, Rounding rounding,
-                         std::size_t block, std::function<void()> mixed)
+                         std::size_t block, std::function<void()> mixed, OutputCourse* course)
     : mixer_(mixer), from_(from), format_(format), rounding_(rounding), mixed_(std::move(mixed)),
-      samples_(outputLayout(mixer.timeline()).size(), std::vector<float>(block)) {}
+      course_(course), samples_(outputLayout(mixer.timeline()).size(), std::vector<float>(block)) {}
 
 /// Block by block, so that the sums are still in the processor's cache when they are stored.
 void MixedChunks::fill(std::size_t /*part*/, Chunk& chunk) {
@@ -21,6 +21,8 @@ void MixedChunks::fill(std::size_t /*part*/, Chunk& chunk) {
             channel = channel.first(std::min(channel.size(), chunk.frames - done));
         const TimelineSample position = from_ + chunk.from + static_cast<std::int64_t>(done);
         mixer_.render(position, block);
+        if (course_ != nullptr)
+            course_->add(block);
         for (std::size_t channel = 0; channel < block.size(); ++channel)
             store(format_, rounding_, {channel, position.number()}, block[channel],
                   &chunk.channels[channel][done * outputFormat(format_).bytes]);

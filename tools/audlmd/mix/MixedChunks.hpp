@@ -3,6 +3,7 @@
 #include "host/deliver/Delivery.hpp"
 #include "host/mix/Mixer.hpp"
 #include "tools/audlmd/files/ChunkWriter.hpp"
+#include "tools/audlmd/mix/OutputCourse.hpp"
 
 #include <cstddef>
 #include <functional>
@@ -14,9 +15,10 @@ namespace audlmd::command {
 class MixedChunks final : public ChunkProducer {
 public:
     /// `from` is the output sample of the timeline with which the output begins. After each chunk, `mixed` is
-    /// called on the thread that mixes. The mixer must outlive this object.
+    /// called on the thread that mixes, and so is the course, where there is one. Mixer and course must
+    /// outlive this object.
     MixedChunks(Mixer& mixer, TimelineSample from, FormatId format, Rounding rounding, std::size_t block,
-                std::function<void()> mixed);
+                std::function<void()> mixed, OutputCourse* course = nullptr);
 
     /// The mixer has threads of its own.
     std::size_t parts() const override { return 1; }
@@ -28,6 +30,7 @@ private:
     FormatId format_;
     Rounding rounding_;
     std::function<void()> mixed_;
+    OutputCourse* course_;
     /// One block of each channel.
     std::vector<std::vector<float>> samples_;
 };

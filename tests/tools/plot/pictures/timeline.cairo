@@ -52,11 +52,11 @@ fill+
 0.133333 g set-source
 n 882.800781 67.800781 122.398438 8.398438 rectangle
 fill+
-% Peaks are linear, before fades and levels. Lines are the travel of a fader: silence at the foot, 0 dB at the dashed line, +10 dB at the top.
+% Peaks of clips are linear, before fades and levels. Lines are the travel of a fader: silence at the foot, 0 dB at the dashed line, +10 dB at the top.
 0.4 g set-source
-n 120 86.5 840 7 rectangle
+n 120 86.5 894 7 rectangle
 fill+
-n 120 175 m 120 604 l
+n 120 175 m 120 644 l
 0.866667 g set-source
 1 set-line-width
 stroke+
@@ -65,9 +65,9 @@ stroke+
 n 98.398438 163.601562 43.199219 8.398438 rectangle
 fill+
 % 0:00.0
-n 98.398438 609 43.199219 8.398438 rectangle
+n 98.398438 649 43.199219 8.398438 rectangle
 fill+
-n 251.25 175 m 251.25 604 l
+n 251.25 175 m 251.25 644 l
 0.866667 g set-source
 stroke+
 % 0:00.5
@@ -75,9 +75,9 @@ stroke+
 n 229.648438 163.601562 43.199219 8.398438 rectangle
 fill+
 % 0:00.5
-n 229.648438 609 43.199219 8.398438 rectangle
+n 229.648438 649 43.199219 8.398438 rectangle
 fill+
-n 382.5 175 m 382.5 604 l
+n 382.5 175 m 382.5 644 l
 0.866667 g set-source
 stroke+
 % 0:01.0
@@ -85,9 +85,9 @@ stroke+
 n 360.898438 163.601562 43.199219 8.398438 rectangle
 fill+
 % 0:01.0
-n 360.898438 609 43.199219 8.398438 rectangle
+n 360.898438 649 43.199219 8.398438 rectangle
 fill+
-n 513.75 175 m 513.75 604 l
+n 513.75 175 m 513.75 644 l
 0.866667 g set-source
 stroke+
 % 0:01.5
@@ -95,9 +95,9 @@ stroke+
 n 492.148438 163.601562 43.199219 8.398438 rectangle
 fill+
 % 0:01.5
-n 492.148438 609 43.199219 8.398438 rectangle
+n 492.148438 649 43.199219 8.398438 rectangle
 fill+
-n 645 175 m 645 604 l
+n 645 175 m 645 644 l
 0.866667 g set-source
 stroke+
 % 0:02.0
@@ -105,9 +105,9 @@ stroke+
 n 623.398438 163.601562 43.199219 8.398438 rectangle
 fill+
 % 0:02.0
-n 623.398438 609 43.199219 8.398438 rectangle
+n 623.398438 649 43.199219 8.398438 rectangle
 fill+
-n 776.25 175 m 776.25 604 l
+n 776.25 175 m 776.25 644 l
 0.866667 g set-source
 stroke+
 % 0:02.5
@@ -115,9 +115,9 @@ stroke+
 n 754.648438 163.601562 43.199219 8.398438 rectangle
 fill+
 % 0:02.5
-n 754.648438 609 43.199219 8.398438 rectangle
+n 754.648438 649 43.199219 8.398438 rectangle
 fill+
-n 907.5 175 m 907.5 604 l
+n 907.5 175 m 907.5 644 l
 0.866667 g set-source
 stroke+
 % 0:03.0
@@ -125,9 +125,9 @@ stroke+
 n 885.898438 163.601562 43.199219 8.398438 rectangle
 fill+
 % 0:03.0
-n 885.898438 609 43.199219 8.398438 rectangle
+n 885.898438 649 43.199219 8.398438 rectangle
 fill+
-n 1038.75 175 m 1038.75 604 l
+n 1038.75 175 m 1038.75 644 l
 0.866667 g set-source
 stroke+
 % 0:03.5
@@ -135,9 +135,9 @@ stroke+
 n 1017.148438 163.601562 43.199219 8.398438 rectangle
 fill+
 % 0:03.5
-n 1017.148438 609 43.199219 8.398438 rectangle
+n 1017.148438 649 43.199219 8.398438 rectangle
 fill+
-n 1170 175 m 1170 604 l
+n 1170 175 m 1170 644 l
 0.866667 g set-source
 stroke+
 % 0:04.0
@@ -145,30 +145,30 @@ stroke+
 n 1148.398438 163.601562 43.199219 8.398438 rectangle
 fill+
 % 0:04.0
-n 1148.398438 609 43.199219 8.398438 rectangle
+n 1148.398438 649 43.199219 8.398438 rectangle
 fill+
 % Time (min:s)
-n 601.800781 628 86.398438 8.398438 rectangle
+n 601.800781 668 86.398438 8.398438 rectangle
 fill+
 n 382.5 110 m 382.5 157 l
 0 0.619608 0.45098 rgb set-source
 0.8 set-line-width
 stroke+
-n 382.5 179 m 382.5 600 l
+n 382.5 179 m 382.5 640 l
 stroke+
 % one
 n 385.5 113.5 18 7 rectangle
 fill+
 n 382.5 124 m 382.5 157 l
 stroke+
-n 382.5 179 m 382.5 600 l
+n 382.5 179 m 382.5 640 l
 stroke+
 % two
 n 385.5 127.5 18 7 rectangle
 fill+
 n 382.5 138 m 382.5 157 l
 stroke+
-n 382.5 179 m 382.5 600 l
+n 382.5 179 m 382.5 640 l
 stroke+
 % three
 n 385.5 141.5 30 7 rectangle
@@ -178,7 +178,7 @@ stroke+
 stroke+
 n 1170 110 m 1170 157 l
 stroke+
-n 1170 179 m 1170 600 l
+n 1170 179 m 1170 640 l
 stroke+
 % end
 n 1149 113.5 18 7 rectangle
@@ -338,18 +338,43 @@ fill+
 0.133333 g set-source
 n 124 559.800781 201.601562 8.398438 rectangle
 fill+
+0.337255 0.705882 0.913725 rgb set-source
+n
+  120 610.5 52.5 0.398438 rectangle
+  172.5 610.5 52.5 0.398438 rectangle
+  225 610.5 52.5 0.398438 rectangle
+  277.5 610.5 52.5 0.398438 rectangle
+  330 610.5 52.5 0.398438 rectangle
+  802.5 610.5 52.5 14.25 rectangle
+  855 610.5 52.5 14.25 rectangle
+  907.5 610.5 52.5 0.398438 rectangle
+  960 610.5 52.5 0.398438 rectangle
+  1012.5 610.5 52.5 0.398438 rectangle
+  1065 610.5 52.5 0.398438 rectangle
+  1117.5 610.5 52.5 0.398438 rectangle
+fill+
 0.752941 0 0 rgb set-source
-n 382.5 587 262.5 13 rectangle
+n
+  382.5 582 52.5 42.75 rectangle
+  435 582 52.5 42.75 rectangle
+  487.5 582 52.5 42.75 rectangle
+  540 582 52.5 42.75 rectangle
+  592.5 582 52.5 42.75 rectangle
+  645 582 52.5 42.75 rectangle
+  697.5 582 52.5 42.75 rectangle
+  750 582 52.5 42.75 rectangle
+fill+
+n 382.5 578 262.5 4 rectangle
 fill+
 % output
 0.133333 g set-source
-n 14 576.300781 43.199219 8.398438 rectangle
+n 14 586.300781 43.199219 8.398438 rectangle
 fill+
 % peak +3.5 dB
 0.752941 0 0 rgb set-source
-n 14 591.300781 72 7 rectangle
+n 14 623.300781 72 7 rectangle
 fill+
-n 120 574 1050 26 rectangle
+n 120 574 1050 66 rectangle
 0.4 g set-source
 stroke+
 pop

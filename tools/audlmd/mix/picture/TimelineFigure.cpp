@@ -187,10 +187,10 @@ void readPeaks(TimelineSketch& sketch, const OpenMedia& openMedia,
     }
 }
 
-Figure drawTimeline(const Timeline& shown, const MixReport& report, const OpenMedia& openMedia,
-                    const std::function<void(double share)>& progress) {
+Figure drawTimeline(const Timeline& shown, const MixReport& report, const OutputCourse* course,
+                    const OpenMedia& openMedia, const std::function<void(double share)>& progress) {
     const auto sketch = std::make_shared<TimelineSketch>(
-        sketchTimeline(shown, report, static_cast<std::size_t>(finePixels * lanesWidth)));
+        sketchTimeline(shown, report, static_cast<std::size_t>(finePixels * lanesWidth), course));
     readPeaks(*sketch, openMedia, progress);
     Figure figure;
     figure.title = shown.name.empty() ? "Timeline" : words::printable(shown.name);

@@ -11,7 +11,8 @@
 namespace audlmd::command {
 
 /// The picture of a mixed timeline: a lane for each track, each strip with its waveform as it is played, its
-/// fades and levels; what went wrong is red. Time 0 is the first output sample.
+/// fades and levels, and a lane for the output; what went wrong is red. Time 0 is the first output sample.
+/// `course` is that of the output, null where nothing was mixed.
 ///
 /// Reads the material that sounds once, in blocks, with one medium open at a time. A medium that does not
 /// open is drawn as missing. `progress` is told the share that is done, from 0 to 1; its exceptions end the
@@ -19,8 +20,8 @@ namespace audlmd::command {
 ///
 /// A picture has lanes for 700 tracks, and says how many more there are. Up to 150 tracks a point is two
 /// pixels, beyond that one.
-plot::Figure drawTimeline(const Timeline& timeline, const MixReport& report, const OpenMedia& openMedia,
-                          const std::function<void(double share)>& progress);
+plot::Figure drawTimeline(const Timeline& timeline, const MixReport& report, const OutputCourse* course,
+                          const OpenMedia& openMedia, const std::function<void(double share)>& progress);
 
 /// Reads the waveforms of all strips of the sketch into StripSketch::peaks.
 ///

@@ -16,6 +16,7 @@ constexpr double axisHeight = 22.0;
 constexpr double laneGap = 5.0;
 constexpr double rowGap = 2.0;
 constexpr double outputHeight = 26.0;
+constexpr double outputHeightWithWave = 66.0;
 constexpr double footHeight = 50.0;
 constexpr double leftOutHeight = 20.0;
 /// What the lanes share before they become lower.
@@ -35,7 +36,8 @@ TimelineLayout::TimelineLayout(const TimelineSketch& sketch, double top)
     lanesTop_ = top + legendHeight + markers + axisHeight;
     outputTop_ = lanesTop_ + static_cast<double>(sketch.tracks.size()) * (laneHeight_ + laneGap) +
                  (sketch.tracksLeftOut == 0 ? 0.0 : leftOutHeight);
-    bottom_ = outputTop_ + outputHeight + footHeight;
+    outputHeight_ = sketch.wave.empty() ? outputHeight : outputHeightWithWave;
+    bottom_ = outputTop_ + outputHeight_ + footHeight;
 }
 
 Rectangle TimelineLayout::legend() const {
@@ -52,7 +54,7 @@ Rectangle TimelineLayout::markerTicks() const {
 }
 
 Rectangle TimelineLayout::lanes() const {
-    return {trackNameWidth, lanesTop_, lanesWidth, outputTop_ + outputHeight - lanesTop_};
+    return {trackNameWidth, lanesTop_, lanesWidth, outputTop_ + outputHeight_ - lanesTop_};
 }
 
 Rectangle TimelineLayout::lane(std::size_t track) const {
@@ -74,7 +76,7 @@ Rectangle TimelineLayout::leftOut() const {
 }
 
 Rectangle TimelineLayout::output() const {
-    return {trackNameWidth, outputTop_, lanesWidth, outputHeight};
+    return {trackNameWidth, outputTop_, lanesWidth, outputHeight_};
 }
 
 double TimelineLayout::x(double sample) const {

@@ -36,6 +36,7 @@ public:
     plot::Rectangle box(std::size_t track, const StripSketch& strip) const;
     /// The line that says how many tracks are left out.
     plot::Rectangle leftOut() const;
+    /// With the waveform, or of overloads alone.
     plot::Rectangle output() const;
 
     /// Where an output sample lies.
@@ -50,6 +51,7 @@ private:
     double laneHeight_;
     double lanesTop_;
     double outputTop_;
+    double outputHeight_;
     double bottom_;
 };
 

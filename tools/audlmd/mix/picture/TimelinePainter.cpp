@@ -46,10 +46,10 @@ void paintLegend(const Pen& pen, const Rectangle& area) {
     });
     pen.font(smallSize);
     pen.colour(Palette::outline);
-    pen.write(
-        "Peaks are linear, before fades and levels. Lines are the travel of a fader: silence at the foot, "
-        "0 dB at the dashed line, +10 dB at the top.",
-        area.left, y + 18.0, {0.0, 0.5});
+    pen.write("Peaks of clips are linear, before fades and levels. Lines are the travel of a fader: silence "
+              "at the foot, "
+              "0 dB at the dashed line, +10 dB at the top.",
+              area.left, y + 18.0, {0.0, 0.5});
 }
 
 /// Labels stand above the lanes and below them. Labels that would touch the one before are left out.
@@ -146,10 +146,49 @@ void paintTracks(const Pen& pen, const TimelineSketch& sketch, const TimelineLay
               line.top + line.height / 2.0, {0.0, 0.5});
 }
 
-/// One row for each channel of the output.
+/// The waveform of the mix, as high as full scale. Columns beyond that are red.
+void paintWave(const Pen& pen, const TimelineSketch& sketch, const TimelineLayout& layout,
+               const Rectangle& body) {
+    const double middle = body.top + body.height / 2.0;
+    const auto yOf = [&](float sample) {
+        return middle - body.height / 2.0 * static_cast<double>(std::clamp(sample, -1.0F, 1.0F));
+    };
+    for (const bool over : {false, true}) {
+        for (std::size_t column = 0; column < sketch.wave.size(); ++column) {
+            const WaveRange& range = sketch.wave[column];
+            if ((range.peak() > 1.0F) != over)
+                continue;
+            const double left = layout.x(sketch.columns.sampleAt(static_cast<double>(column)));
+            const double right = layout.x(sketch.columns.sampleAt(static_cast<double>(column + 1)));
+            const double top = yOf(range.highest);
+            // Silence is a thin line.
+            cairo_rectangle(pen.context(), left, top, right - left, std::max(yOf(range.lowest) - top, 0.4));
+        }
+        pen.colour(over ? PictureColours::trouble : PictureColours::wave);
+        cairo_fill(pen.context());
+    }
+}
+
+void paintPeak(const Pen& pen, float peak, double middle) {
+    const double decibels = decibelsOfGain(static_cast<double>(peak));
+    char text[64];
+    std::snprintf(text, sizeof text, "peak %s%.1f dB", decibels < 0.0 ? "\u2212" : "+", std::abs(decibels));
+    pen.font(smallSize);
+    pen.colour(peak > 1.0F ? PictureColours::trouble : Palette::outline);
+    pen.write(text, 14.0, middle, {0.0, 0.5});
+}
+
+/// What is beyond full scale has one row for each channel, above the waveform where there is one.
 void paintOutput(const Pen& pen, const TimelineSketch& sketch, const TimelineLayout& layout) {
     const Rectangle lane = layout.output();
-    const double height = lane.height / static_cast<double>(std::max<std::size_t>(sketch.output.size(), 1));
+    Rectangle overloads = lane;
+    if (!sketch.wave.empty()) {
+        overloads.height = 8.0;
+        paintWave(pen, sketch, layout,
+                  {lane.left, overloads.bottom(), lane.width, lane.height - overloads.height - 1.0});
+    }
+    const auto channels = static_cast<double>(std::max<std::size_t>(sketch.output.size(), 1));
+    const double height = overloads.height / channels;
     float peak = 0.0F;
     pen.colour(PictureColours::trouble);
     for (std::size_t channel = 0; channel < sketch.output.size(); ++channel) {
@@ -158,17 +197,9 @@ void paintOutput(const Pen& pen, const TimelineSketch& sketch, const TimelineLay
             pen.fill(layout.part(row, span));
         peak = std::max(peak, sketch.output[channel].peak);
     }
-    Rectangle name{0.0, lane.top, trackNameWidth, lane.height / 2.0};
-    paintName(pen, "output", name);
-    if (peak > 0.0F) {
-        const double decibels = decibelsOfGain(static_cast<double>(peak));
-        char text[64];
-        std::snprintf(text, sizeof text, "peak %s%.1f dB", decibels < 0.0 ? "\u2212" : "+",
-                      std::abs(decibels));
-        pen.font(smallSize);
-        pen.colour(peak > 1.0F ? PictureColours::trouble : Palette::outline);
-        pen.write(text, 14.0, lane.top + 0.8 * lane.height, {0.0, 0.5});
-    }
+    paintName(pen, "output", {0.0, lane.top, trackNameWidth, lane.height / 2.0});
+    if (peak > 0.0F)
+        paintPeak(pen, peak, lane.top + 0.8 * lane.height);
     pen.colour(Palette::outline);
     pen.outline(lane, 0.6);
 }

@@ -204,13 +204,17 @@ MaterialPart StripSketch::materialIn(std::size_t column) const {
     return reverse ? MaterialPart{end - to, end - from} : MaterialPart{begin + from, begin + to};
 }
 
-TimelineSketch sketchTimeline(const Timeline& shown, const MixReport& report, std::size_t columns) {
+TimelineSketch sketchTimeline(const Timeline& shown, const MixReport& report, std::size_t columns,
+                              const OutputCourse* course) {
     TimelineSketch sketch;
     sketch.columns = {std::max<std::int64_t>(shown.length, 1), columns};
     sketch.sampleRate = shown.sampleRate;
     for (const TimelineMarker& marker : shown.markers)
         sketch.markers.push_back({words::printable(marker.name), marker.at});
     sketch.output = report.channels;
+    for (std::size_t column = 0; course != nullptr && column < columns; ++column)
+        sketch.wave.push_back(course->between(sketch.columns.sampleAt(static_cast<double>(column)),
+                                              sketch.columns.sampleAt(static_cast<double>(column + 1))));
     const std::size_t lanes = std::min(shown.tracks.size(), mostLanes);
     sketch.tracksLeftOut = shown.tracks.size() - lanes;
     for (std::size_t track = 0; track < lanes; ++track) {
@@ -220,6 +224,7 @@ TimelineSketch sketchTimeline(const Timeline& shown, const MixReport& report, st
             std::optional<StripSketch> sketched = sketchStrip(strips[strip], sketch);
             if (!sketched)
                 continue;
+            sketched->number = strip;
             if (const StripReport* told = reportOf(report, track, strip)) {
                 sketched->silent = inside(sketched->sounds, told->silent);
                 sketched->overloads = inside(sketched->sounds, told->overload.spans);

@@ -2,6 +2,7 @@
 
 #include "host/mix/MixReport.hpp"
 #include "host/mix/Timeline.hpp"
+#include "tools/audlmd/mix/OutputCourse.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -44,6 +45,8 @@ struct StripSketch {
     MaterialPart materialIn(std::size_t column) const;
     std::size_t columnCount() const { return peaks.size(); }
 
+    /// Which strip of the track, from 0.
+    std::size_t number = 0;
     std::string name;
     /// Names the material for OpenMedia.
     std::string media;
@@ -97,13 +100,17 @@ struct TimelineSketch {
     std::vector<TimelineMarker> markers;
     /// One for each channel.
     std::vector<Overload> output;
+    /// One for each column of the output. Empty where nothing is mixed.
+    std::vector<WaveRange> wave;
 };
 
 /// The most tracks that a picture has lanes for.
 inline constexpr std::size_t mostLanes = 700;
 
-/// Everything but the waveforms: all peaks are 0. Tracks after the first `mostLanes` are left out, and strips
-/// outside the output. A strip that a player refuses has the failure "not playable".
-TimelineSketch sketchTimeline(const Timeline& timeline, const MixReport& report, std::size_t columns);
+/// Everything but the waveforms of strips: all peaks are 0. `course` is null where nothing was mixed. Tracks
+/// after the first `mostLanes` are left out, and strips outside the output. A strip that a player refuses has
+/// the failure "not playable".
+TimelineSketch sketchTimeline(const Timeline& timeline, const MixReport& report, std::size_t columns,
+                              const OutputCourse* course = nullptr);
 
 } // namespace audlmd::command
