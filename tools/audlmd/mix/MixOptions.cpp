@@ -33,6 +33,9 @@ whole byte for byte.
 METADATA of the output are the timeline's name as title, its time reference and its markers, as far as the kind
 of file has a place for them.
 
+STEMS are the tracks by themselves, as long as the mix and in the format of its first file, named by number
+and track: "01 dialogue.wav". The mix is their sum: in f32 bit for bit, if they are summed in their order.
+
 CHANNELS Media with more channels than the timeline are folded down, and a note says so; so is the mix where
 --channels asks for fewer than the timeline itself says. --map takes channels of the mix.
 
@@ -43,6 +46,8 @@ rounding into even noise. --truncate gives the bytes that a host gets of the lib
 EXAMPLES
   audlmd mix voice.wav music.wav -o both.wav       (sound files, from their starts on)
   audlmd mix film.otio --list
+  audlmd mix film.otio -o film.wav -o film.mp3 --stems stems/
+  audlmd mix film.otio -o me.wav --mute dialogue narrator
   audlmd mix film.otio -o film.wav --format s16 --dither
   audlmd mix film.otio -o film.wav --media /archive/sound --report film.json --picture film.png
   audlmd mix film.otio --list --as json > film.json      (edit it, and mix it)
@@ -95,7 +100,11 @@ void MixOptions::declare(CLI::App& mix) {
                   {.rate = "the timeline's, else 48000", .channels = "the timeline's, else 2"}, mostMixBlock);
     mix.add_flag("--no-metadata", noMetadata, "Leave out the timeline's name, time reference and markers")
         ->group("Output");
+    mix.add_option("--stems", stems, "Also write each track into a file of its own in this folder")
+        ->option_text("DIR")
+        ->group("Output");
     declarePart(mix, *this);
+    tracks.declare(mix, "Part");
     mix.add_option("--media", media, "Look for missing media below this folder; may be repeated")
         ->option_text("DIR")
         ->check(CLI::ExistingDirectory)
@@ -107,9 +116,11 @@ void MixOptions::declare(CLI::App& mix) {
 }
 
 void MixOptions::requireCompatible() const {
-    if (output.empty() && !list && picture.empty())
+    if (outputs.empty() && !stems.empty())
+        throw CommandError("--stems writes the tracks beside a mix: name the file of the mix with -o");
+    if (outputs.empty() && !list && picture.empty())
         throw CommandError("name the file to write with -o, or use --list or --picture alone");
-    if (output.empty() && !report.empty())
+    if (outputs.empty() && !report.empty())
         throw CommandError("--report tells about a mix: name the file to write with -o");
     range.requireCompatible();
     if (range.to && untilLastSound)

@@ -2,6 +2,7 @@
 
 #include "host/mix/MixReport.hpp"
 #include "host/mix/Timeline.hpp"
+#include "tools/audlmd/mix/TrackChoice.hpp"
 #include "tools/audlmd/options/OutputOptions.hpp"
 #include "tools/audlmd/options/Range.hpp"
 
@@ -50,6 +51,12 @@ struct MixOptions : OutputOptions {
     bool untilLastSound = false;
     /// The timeline to mix of a file that holds several. Empty: the only one.
     std::string timelineName;
+
+    TrackChoice tracks;
+    /// A folder for one file for each track. Empty: none.
+    std::filesystem::path stems;
+    /// The format that the samples have by themselves, see storedIn().
+    std::optional<FormatId> kept;
 
     bool noMetadata = false;
     bool list = false;

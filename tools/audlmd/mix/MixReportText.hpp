@@ -19,6 +19,14 @@ struct SliceOf {
     std::string whole;
 };
 
+/// A sound file that was written, by the user's name.
+struct WrittenSound {
+    std::string path;
+    FormatId format = FormatId::f32;
+    /// Whether samples beyond full scale are clipped in it.
+    bool clips = false;
+};
+
 /// What was mixed, and how that ended.
 struct MixRun {
     TimelineSpan span;
@@ -27,11 +35,13 @@ struct MixRun {
     double seconds = 0.0;
     /// The files, as the user has named them.
     std::string timeline;
-    std::string output;
+    std::vector<WrittenSound> outputs = {};
+    /// One for each track, or none.
+    std::vector<WrittenSound> stems = {};
+    /// The tracks that are not heard though they are there, as TrackChoice::applyTo() gives them.
+    std::vector<std::string> muted = {};
     /// Whether the text tells only what is not as it was asked.
     bool quiet = false;
-    FormatId format = FormatId::f32;
-    Rounding rounding = Rounding::nearest;
     ExitStatus status = ExitStatus::done;
     /// Why it failed. Empty: it did not.
     std::string failure = {};
@@ -46,9 +56,12 @@ constexpr const char* overloadWords(bool clips) {
     return clips ? "clipped" : "over full scale, not clipped";
 }
 
+/// The same of several outputs: one kind of line where all of them are alike, else two that name the outputs.
+std::vector<std::string> overloadWordsOf(const std::vector<WrittenSound>& outputs);
+
 /// The line of a report on what is beyond full scale in one channel of an output, counted from 0. Empty where
 /// there is nothing to tell. `what` is the kind of line.
-std::string channelOverloadLine(const char* what, std::size_t channel, const Overload& overload,
+std::string channelOverloadLine(const std::string& what, std::size_t channel, const Overload& overload,
                                 int sampleRate);
 
 } // namespace audlmd::command

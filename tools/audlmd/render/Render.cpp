@@ -45,8 +45,9 @@ MaterialCacheOptions cacheOptions(std::size_t channels) {
 /// One render, from the options to the last line of the report.
 class Render {
 public:
-    Render(const RenderOptions& options, std::filesystem::path input, const std::filesystem::path& output)
-        : options_(options), input_(std::move(input)), outputs_(output, options.kind.value_or(nullptr)),
+    Render(const RenderOptions& options, std::filesystem::path input,
+           const std::vector<std::filesystem::path>& outputs)
+        : options_(options), input_(std::move(input)), outputs_(outputs, options.kind.value_or(nullptr)),
           log_(outputs_.report(), options.style, input_.string(), options.inputs.size() > 1) {}
 
     void run() {
@@ -60,8 +61,8 @@ private:
         layOut();
         if (options_.explain)
             tellHow();
-        if (outputs_.sound())
-            renderToFile();
+        if (outputs_.hasSound())
+            renderToFiles();
     }
 
     /// Before the input is read, so that a wrong output is refused at once.
@@ -134,28 +135,48 @@ private:
 
     StripPlayer& player() const { return channels_.front()->player(); }
 
-    /// Settles the format and length of the output. Without --format, the existing mix, the input or the kind
-    /// of file decides.
+    /// Settles the formats and the length of the outputs. Without --format, the existing mix, the input or
+    /// the kind of file decides.
     void layOut() {
         layout_.frames = static_cast<std::int64_t>(player().outputLength());
         const std::optional<FormatId> kept = keptFormat();
-        layout_.format = options_.format.value_or(
-            kept.value_or(outputs_.sound() ? defaultFormatOf(*outputs_.sound()->kind) : FormatId::f32));
+        stored_ = options_.storedIn(outputs_.sounds(), kept);
         if (options_.mixInto) {
             existing_.emplace(*options_.mixInto, options_.format, layout_);
+            for (OutputOptions::Stored& stored : stored_)
+                stored = {existing_->format(), options_.roundingTo(existing_->format()), ""};
             layout_.format = existing_->format();
+        } else if (stored_.empty()) {
+            layout_.format = options_.format.value_or(kept.value_or(FormatId::f32));
+        } else {
+            layout_.format = stored_.front().format;
         }
-        rounding_ = options_.roundingTo(layout_.format);
-        const bool copies = kept == layout_.format && rounding_ != Rounding::truncated;
-        if (copies && rounding_ == Rounding::dithered) {
-            log_.note("note: nothing is dithered, because the samples are copied as they are");
-            rounding_ = Rounding::nearest;
-        }
-        if (copies && kept == FormatId::s32)
-            copied_.emplace(file_);
+        if (kept)
+            copy(*kept);
+        for (const OutputOptions::Stored& stored : stored_)
+            log_.note(stored.note);
     }
 
-    /// The input's, if no sample is changed and the output can hold the format.
+    /// What is kept as it is needs no dither. Floats do not hold 32 bits, which are therefore copied.
+    void copy(FormatId kept) {
+        std::size_t copies = 0;
+        for (OutputOptions::Stored& stored : stored_) {
+            if (stored.format != kept || stored.rounding == Rounding::truncated)
+                continue;
+            ++copies;
+            if (std::exchange(stored.rounding, Rounding::nearest) == Rounding::dithered)
+                stored.note = "note: nothing is dithered, because the samples are copied as they are";
+        }
+        if (kept != FormatId::s32 || copies == 0)
+            return;
+        if (copies != stored_.size())
+            throw CommandError("'" + input_.string() +
+                               "' has 32-bit samples, which are copied as they are into all outputs or into "
+                               "none: choose one --format for all, or render in several calls");
+        copied_.emplace(file_);
+    }
+
+    /// The input's, if no sample is changed.
     std::optional<FormatId> keptFormat() const {
         if (options_.mixInto || !options_.strip.changesNoSample())
             return std::nullopt;
@@ -164,9 +185,7 @@ private:
         // Floats do not hold 32 bits, and other channels are no copy.
         if (options_.channels.map ? format == FormatId::s32 : input.info().channels != layout_.channels)
             return std::nullopt;
-        const bool kept = format && input.info().samplerate == layout_.sampleRate &&
-                          (!outputs_.sound() || subtypeIn(*outputs_.sound()->kind, *format));
-        return kept ? format : std::nullopt;
+        return input.info().samplerate == layout_.sampleRate ? format : std::nullopt;
     }
 
     void tellHow() const {
@@ -175,25 +194,28 @@ private:
             log_.note("gain beyond the levels: the input is read times 2^" + std::to_string(doublings));
     }
 
-    void renderToFile() {
-        OutputFile output(*outputs_.sound(), layout_);
-        RenderSummary summary{.output = outputs_.sound()->path.string(),
-                              .format = layout_.format,
+    void renderToFiles() {
+        SoundOutputs outputs = openOutputs();
+        RenderSummary summary{.outputs = {},
                               .frames = layout_.frames,
                               .channels = layout_.channels,
                               .sampleRate = layout_.sampleRate};
+        for (std::size_t n = 0; n < stored_.size(); ++n)
+            summary.outputs.push_back({outputs_.sounds()[n].path.string(), stored_[n].format,
+                                       clips(stored_[n].format, stored_[n].rounding)});
         if (copied_) {
             CopiedChunks chunks(*copied_, player().plan().settings);
-            summary.seconds = write(chunks, output);
+            summary.seconds = write(chunks, outputs);
         } else {
             const std::size_t threads =
                 options_.threads != 0 ? options_.threads : std::max(1U, std::thread::hardware_concurrency());
-            RenderedChunks chunks(channels_, layout_, rounding_, existing_ ? &*existing_ : nullptr,
-                                  {options_.block, threads}, options_.through());
-            summary.seconds = write(chunks, output);
+            RenderedChunks chunks(channels_, outputs.chunkLayout(), outputs.chunkRounding(),
+                                  existing_ ? &*existing_ : nullptr, {options_.block, threads},
+                                  options_.through());
+            summary.seconds = write(chunks, outputs);
             measureOverload(chunks, summary);
         }
-        for (const std::string& note : output.notes())
+        for (const std::string& note : outputs.notes())
             log_.note(note);
         for (const Cookie& cookie : cookies_) {
             const MaterialStatistics statistics = cache_->statistics(cookie);
@@ -203,14 +225,27 @@ private:
         log_.result(summary.lines(options_.style.quiet), [&] { return summary.json(); });
     }
 
+    SoundOutputs openOutputs() const {
+        std::vector<SoundOutput> outputs;
+        for (std::size_t n = 0; n < stored_.size(); ++n) {
+            outputs.push_back({outputs_.sounds()[n], layout_, stored_[n].rounding});
+            outputs.back().layout.format = stored_[n].format;
+            if (options_.through() == RenderedChannel::Through::outputTypes &&
+                stored_[n].format != stored_.front().format)
+                throw CommandError("--through-tables and --truncate together render one format: choose one "
+                                   "--format for all outputs");
+        }
+        return SoundOutputs(std::move(outputs));
+    }
+
     /// Returns how long that took, in seconds.
-    double write(ChunkProducer& chunks, OutputFile& output) const {
+    double write(ChunkProducer& chunks, SoundOutputs& outputs) const {
         Progress progress(layout_.frames, layout_.sampleRate, log_);
-        ChunkWriter(chunks, layout_, options_.block).run(output, [&](std::int64_t done) {
+        ChunkWriter(chunks, outputs.chunkLayout(), options_.block).run(outputs, [&](std::int64_t done) {
             requireWholeInput();
             progress.update(done);
         });
-        output.commit();
+        outputs.commit();
         return progress.elapsed();
     }
 
@@ -218,8 +253,8 @@ private:
     /// knows which of the samples at full scale were louder.
     void measureOverload(const RenderedChunks& chunks, RenderSummary& summary) const {
         const bool byLibrary = options_.through() == RenderedChannel::Through::outputTypes;
-        summary.clips = clips(layout_.format, rounding_);
-        summary.overloadWords = byLibrary ? "clipped or at full scale" : overloadWords(summary.clips);
+        summary.overloadWords = byLibrary ? std::vector<std::string>{"clipped or at full scale"}
+                                          : overloadWordsOf(summary.outputs);
         for (const RenderedChunks::Clipped& clipped : chunks.clipped())
             summary.overloads.push_back(byLibrary ? clipped.atLimits : clipped.meter.overload());
     }
@@ -244,15 +279,16 @@ private:
     std::optional<ExistingMix> existing_;
     /// Set where the samples are copied, and floats could not hold them.
     std::optional<ContainerFile> copied_;
+    /// But for the format, that of all outputs.
     OutputLayout layout_;
-    Rounding rounding_ = Rounding::nearest;
+    std::vector<OutputOptions::Stored> stored_;
 };
 
 } // namespace
 
 void renderOne(const RenderOptions& options, const std::filesystem::path& input,
-               const std::filesystem::path& output) {
-    Render(options, input, output).run();
+               const std::vector<std::filesystem::path>& outputs) {
+    Render(options, input, outputs).run();
 }
 
 } // namespace audlmd::command

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "host/mix/MixReport.hpp"
-#include "tools/audlmd/files/OutputFormat.hpp"
+#include "tools/audlmd/mix/MixReportText.hpp"
 
 #include <nlohmann/json_fwd.hpp>
 
@@ -13,8 +13,7 @@ namespace audlmd::command {
 
 /// How a render went.
 struct RenderSummary {
-    std::string output;
-    FormatId format = FormatId::f32;
+    std::vector<WrittenSound> outputs;
     std::int64_t frames = 0;
     int channels = 0;
     /// In frames per second.
@@ -26,9 +25,8 @@ struct RenderSummary {
     std::uint64_t underrunEpisodes = 0;
     /// Of each channel. Empty where the samples were copied as they are.
     std::vector<Overload> overloads = {};
-    /// What became of what is over full scale: a kind of line.
-    const char* overloadWords = "";
-    bool clips = false;
+    /// What became of what is over full scale: kinds of lines.
+    std::vector<std::string> overloadWords = {};
 
     /// What went beyond full scale, and unless `quiet` or samples are missing: length, speed of rendering,
     /// missing samples.
