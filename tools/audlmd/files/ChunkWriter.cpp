@@ -35,8 +35,14 @@ ChunkWriter::ChunkWriter(ChunkProducer& producer, const OutputLayout& layout, st
                               std::vector<std::byte>(chunkFrames_ * outputFormat(layout.format).bytes));
 }
 
-void ChunkWriter::run(OutputFile& output, const std::function<void(std::int64_t)>& written) {
-    run([&](const Chunk& chunk) { write(chunk, output); }, written);
+void ChunkWriter::run(OutputFile& output, const std::function<void(std::int64_t)>& written,
+                      const std::function<void(const Chunk&)>& also) {
+    run(
+        [&](const Chunk& chunk) {
+            write(chunk, output);
+            also(chunk);
+        },
+        written);
 }
 
 void ChunkWriter::run(const std::function<void(const Chunk&)>& take,

@@ -47,8 +47,10 @@ public:
 
     /// Writes all frames of the layout. Calls `written` after every chunk with the number of frames written
     /// so far; meanwhile later chunks are filled. Throws what the producer, the output or `written` throws,
-    /// when all threads have ended. Call this once.
-    void run(OutputFile& output, const std::function<void(std::int64_t)>& written);
+    /// when all threads have ended. Call this once. `also` gets every chunk, too.
+    void run(
+        OutputFile& output, const std::function<void(std::int64_t)>& written,
+        const std::function<void(const Chunk&)>& also = [](const Chunk&) {});
     /// The same, but `take` gets the chunks in place of an output.
     void run(const std::function<void(const Chunk&)>& take, const std::function<void(std::int64_t)>& written);
 

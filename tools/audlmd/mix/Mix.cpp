@@ -9,6 +9,7 @@
 #include "tools/audlmd/Progress.hpp"
 #include "tools/audlmd/files/LevelledChunks.hpp"
 #include "tools/audlmd/files/Outputs.hpp"
+#include "tools/audlmd/files/PeaksFile.hpp"
 #include "tools/audlmd/files/SampleLayouts.hpp"
 #include "tools/audlmd/mix/MixReportJson.hpp"
 #include "tools/audlmd/mix/MixedChunks.hpp"
@@ -47,7 +48,8 @@ class Mix {
 public:
     Mix(const MixOptions& options, std::optional<Timeline> timeline)
         : options_(options), media_(options.media, options),
-          outputs_(options.output, options.kind.value_or(nullptr), {options.report, options.picture}),
+          outputs_(options.output, options.kind.value_or(nullptr),
+                   {options.report, options.picture, options.peaks.file}),
           log_(outputs_.report(), options.style, options.timeline.string()), given_(std::move(timeline)) {}
 
     void run() {
@@ -244,11 +246,15 @@ private:
     /// Returns how long that took, in seconds.
     double write(ChunkProducer& chunks, const OutputLayout& layout) const {
         OutputFile output(*outputs_.sound(), layout);
-        Progress progress(layout.frames, layout.sampleRate, log_);
-        ChunkWriter(chunks, layout, options_.block).run(output, [&](std::int64_t done) {
-            progress.update(done);
-        });
+        Progress progress(layout.frames, layout.sampleRate, log_,
+                          options_.levels.areGiven() ? "writing, pass 2 of 2" : "");
+        PeaksFile peaks(options_.peaks, layout);
+        ChunkWriter(chunks, layout, options_.block)
+            .run(
+                output, [&](std::int64_t done) { progress.update(done); },
+                [&](const Chunk& chunk) { peaks.take(chunk); });
         output.commit();
+        peaks.write();
         for (const std::string& note : output.notes())
             log_.note(note);
         return progress.elapsed();

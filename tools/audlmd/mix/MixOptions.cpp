@@ -97,6 +97,7 @@ void MixOptions::declare(CLI::App& mix) {
     mix.add_flag("--no-metadata", noMetadata, "Leave out the timeline's name, time reference and markers")
         ->group("Output");
     levels.declare(mix);
+    peaks.declare(mix);
     declarePart(mix, *this);
     mix.add_option("--media", media, "Look for missing media below this folder; may be repeated")
         ->option_text("DIR")
@@ -114,6 +115,9 @@ void MixOptions::requireCompatible() const {
     if (output.empty() && !report.empty())
         throw CommandError("--report tells about a mix: name the file to write with -o");
     levels.requireCompatible();
+    peaks.requireCompatible();
+    if (!peaks.file.empty() && output.empty())
+        throw CommandError("--peaks are those of an output: name the file to write with -o");
     if (levels.areGiven() && output.empty())
         throw CommandError(levels.name() + std::string(" is for an output: name the file to write with -o"));
     if (levels.areGiven() && slice)

@@ -4,6 +4,7 @@
 #include "host/mix/Timeline.hpp"
 #include "tools/audlmd/options/LevelOptions.hpp"
 #include "tools/audlmd/options/OutputOptions.hpp"
+#include "tools/audlmd/options/PeaksOptions.hpp"
 #include "tools/audlmd/options/Range.hpp"
 
 #include <cstddef>
@@ -53,6 +54,7 @@ struct MixOptions : OutputOptions {
     std::string timelineName;
 
     LevelOptions levels;
+    PeaksOptions peaks;
     bool noMetadata = false;
     bool list = false;
     /// Of the list: text or json.

@@ -8,6 +8,7 @@
 #include "tools/audlmd/Progress.hpp"
 #include "tools/audlmd/files/LevelledChunks.hpp"
 #include "tools/audlmd/files/Outputs.hpp"
+#include "tools/audlmd/files/PeaksFile.hpp"
 #include "tools/audlmd/files/SampleLayouts.hpp"
 #include "tools/audlmd/mix/MixReportText.hpp"
 #include "tools/audlmd/modes/ModeText.hpp"
@@ -47,7 +48,8 @@ MaterialCacheOptions cacheOptions(std::size_t channels) {
 class Render {
 public:
     Render(const RenderOptions& options, std::filesystem::path input, const std::filesystem::path& output)
-        : options_(options), input_(std::move(input)), outputs_(output, options.kind.value_or(nullptr)),
+        : options_(options), input_(std::move(input)),
+          outputs_(output, options.kind.value_or(nullptr), {options.peaks.file}),
           log_(outputs_.report(), options.style, input_.string(), options.inputs.size() > 1) {}
 
     void run() {
@@ -235,12 +237,19 @@ private:
     /// Returns how long that took, in seconds.
     double write(ChunkProducer& chunks) const {
         OutputFile output(*outputs_.sound(), layout_);
-        Progress progress(layout_.frames, layout_.sampleRate, log_);
-        ChunkWriter(chunks, layout_, options_.block).run(output, [&](std::int64_t done) {
-            requireWholeInput();
-            progress.update(done);
-        });
+        Progress progress(layout_.frames, layout_.sampleRate, log_,
+                          options_.levels.areGiven() ? "writing, pass 2 of 2" : "");
+        PeaksFile peaks(options_.peaks, layout_);
+        ChunkWriter(chunks, layout_, options_.block)
+            .run(
+                output,
+                [&](std::int64_t done) {
+                    requireWholeInput();
+                    progress.update(done);
+                },
+                [&](const Chunk& chunk) { peaks.take(chunk); });
         output.commit();
+        peaks.write();
         for (const std::string& note : output.notes())
             log_.note(note);
         return progress.elapsed();

@@ -94,6 +94,7 @@ void RenderOptions::declare(CLI::App& render) {
     strip.declareRange(render);
     strip.declareSound(render);
     levels.declare(render);
+    peaks.declare(render);
     render.footer(renderHelp);
 }
 
@@ -112,7 +113,12 @@ void RenderOptions::requireCompatible() const {
         throw CommandError("--mix-into takes one input");
     if (style.json && explain)
         throw CommandError("--explain is for people, and --json for programs: use one of them");
+    if (!peaks.file.empty() && inputs.size() > 1)
+        throw CommandError("--peaks takes one input");
     levels.requireCompatible();
+    peaks.requireCompatible();
+    if (!peaks.file.empty() && output.empty())
+        throw CommandError("--peaks are those of an output: name the file to write with -o");
     if (levels.areGiven() && output.empty())
         throw CommandError(levels.name() + std::string(" is for an output: name the file to write with -o"));
     if (levels.areGiven() && mixInto)
