@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
 #include <fstream>
@@ -18,6 +19,8 @@
 namespace audlmd::test {
 
 CommandFixture::CommandFixture() {
+    // Tests send this signal to commands, which inherit its neglect where the tests run under nohup.
+    std::signal(SIGHUP, SIG_DFL);
     std::string name = (std::filesystem::temp_directory_path() / "audlmd-test-XXXXXX").string();
     folder_ = mkdtemp(name.data());
     std::filesystem::create_directory(folder_ / "files");

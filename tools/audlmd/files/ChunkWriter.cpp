@@ -32,7 +32,18 @@ ChunkWriter::ChunkWriter(ChunkProducer& producer, const OutputLayout& layout, st
                               std::vector<std::byte>(chunkFrames_ * outputFormat(layout.format).bytes));
 }
 
-void ChunkWriter::run(SoundOutputs& outputs, const std::function<void(std::int64_t)>& written) {
+void ChunkWriter::run(SoundOutputs& outputs, const std::function<void(std::int64_t)>& written,
+                      const std::function<void(const Chunk&)>& also) {
+    run(
+        [&](const Chunk& chunk) {
+            outputs.write(chunk);
+            also(chunk);
+        },
+        written);
+}
+
+void ChunkWriter::run(const std::function<void(const Chunk&)>& take,
+                      const std::function<void(std::int64_t)>& written) {
     std::vector<std::jthread> threads;
     try {
         start(threads);
@@ -41,7 +52,7 @@ void ChunkWriter::run(SoundOutputs& outputs, const std::function<void(std::int64
         for (std::size_t number = 0; number < chunks_; ++number) {
             waitFor(number);
             const Chunk& chunk = ring_[slotOf(number)];
-            outputs.write(chunk);
+            take(chunk);
             written(chunk.from + static_cast<std::int64_t>(chunk.frames));
             if (number + ring_.size() < chunks_)
                 open(number + ring_.size());

@@ -49,8 +49,12 @@ public:
 
     /// Writes all frames. Calls `written` after every chunk with the number of frames written
     /// so far; meanwhile later chunks are filled. Throws what the producer, the outputs or `written` throws,
-    /// when all threads have ended. Call this once.
-    void run(SoundOutputs& outputs, const std::function<void(std::int64_t)>& written);
+    /// when all threads have ended. Call this once. `also` gets every chunk, too.
+    void run(
+        SoundOutputs& outputs, const std::function<void(std::int64_t)>& written,
+        const std::function<void(const Chunk&)>& also = [](const Chunk&) {});
+    /// The same, but `take` gets the chunks in place of outputs.
+    void run(const std::function<void(const Chunk&)>& take, const std::function<void(std::int64_t)>& written);
 
 private:
     void start(std::vector<std::jthread>& threads);

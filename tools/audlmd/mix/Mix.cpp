@@ -7,7 +7,9 @@
 #include "host/words/Text.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Progress.hpp"
+#include "tools/audlmd/files/LevelledChunks.hpp"
 #include "tools/audlmd/files/Outputs.hpp"
+#include "tools/audlmd/files/PeaksFile.hpp"
 #include "tools/audlmd/files/SampleLayouts.hpp"
 #include "tools/audlmd/mix/MixReportJson.hpp"
 #include "tools/audlmd/mix/MixedChunks.hpp"
@@ -47,7 +49,8 @@ class Mix {
 public:
     Mix(const MixOptions& options, std::optional<Timeline> timeline)
         : options_(options), media_(options.media, options),
-          outputs_(options.outputs, options.kind.value_or(nullptr), {options.report, options.picture}),
+          outputs_(options.outputs, options.kind.value_or(nullptr),
+                   {options.report, options.picture, options.peaks.file}),
           log_(outputs_.report(), options.style, options.timeline.string()), given_(std::move(timeline)) {}
 
     void run() {
@@ -197,9 +200,11 @@ private:
                              .stems = !stems_.empty(),
                              .inlined = options_.inlined()});
         }
-        const double seconds = writeOutput(*mixer);
+        const Written written = writeOutput(*mixer);
         MixReport mixed = mixer->report();
-        tell(mixed, seconds);
+        if (written.levels)
+            takeOverloads(mixed, written.overloads);
+        tell(mixed, written);
         return mixed;
     }
 
@@ -236,27 +241,72 @@ private:
         return all;
     }
 
-    /// Returns how long that took, in seconds.
-    double writeOutput(Mixer& mixer) const {
-        std::optional<MadeFolder> folder;
-        if (!stems_.empty())
-            folder.emplace(options_.stems);
-        SoundOutputs outputs(allOutputs(), span_.from.number());
-        const OutputLayout& layout = outputs.chunkLayout();
-        Progress progress(layout.frames, layout.sampleRate, log_);
-        MixedChunks chunks(mixer, span_.from, outputs, options_.block, [&] {
+    struct Written {
+        /// How long that took.
+        double seconds = 0.0;
+        /// Of outputs that were brought to a level; then the mixer does not know what was over full scale.
+        std::optional<OutputLevels> levels = std::nullopt;
+        /// Of all channels, those of the stems behind.
+        std::vector<Overload> overloads = {};
+    };
+
+    Written writeOutput(Mixer& mixer) const {
+        std::vector<SoundOutput> all = allOutputs();
+        const ChunkFormat chunks = chunkFormatOf(all);
+        const bool isLevelled = options_.levels.areGiven();
+        MixedChunks mixed(mixer, span_.from, isLevelled ? floatsOf(chunks) : chunks, options_.block, [&] {
             if (options_.strict)
                 requireNoFailure(mixer.report());
         });
-        ChunkWriter(chunks, layout, options_.block).run(outputs, [&](std::int64_t done) {
-            progress.update(done);
-        });
+        if (!isLevelled)
+            return {.seconds = write(mixed, std::move(all))};
+        requireHeld(all);
+        LevelledChunks levelled(options_.levels, outputs_.sounds().front(), chunks.layout, clippingIn(all),
+                                span_.from, options_.threads);
+        levelled.setFormat(chunks.layout.format, chunks.rounding);
+        Progress progress(span_.length(), timeline_.sampleRate, log_, "measuring, pass 1 of 2");
+        levelled.measure(mixed, options_.block, [&](std::int64_t done) { progress.update(done); });
+        const double measuring = progress.elapsed();
+        for (std::size_t n = 0; n < stored_.size(); ++n)
+            all[n].layout.levels = levelled.levels().levels;
+        return {.seconds = measuring + write(levelled, std::move(all)),
+                .levels = levelled.levels(),
+                .overloads = levelled.overloads()};
+    }
+
+    /// Returns how long that took, in seconds.
+    double write(ChunkProducer& chunks, std::vector<SoundOutput> all) const {
+        std::optional<MadeFolder> folder;
+        if (!stems_.empty())
+            folder.emplace(options_.stems);
+        const ChunkFormat format = chunkFormatOf(all);
+        OutputLayout ofTheMix = all.front().layout;
+        ofTheMix.format = format.layout.format;
+        SoundOutputs outputs(std::move(all), span_.from.number());
+        Progress progress(span_.length(), timeline_.sampleRate, log_,
+                          options_.levels.areGiven() ? "writing, pass 2 of 2" : "");
+        PeaksFile peaks(options_.peaks, ofTheMix);
+        ChunkWriter(chunks, format.layout, options_.block)
+            .run(
+                outputs, [&](std::int64_t done) { progress.update(done); },
+                [&](const Chunk& chunk) { peaks.take(chunk); });
         outputs.commit();
+        peaks.write();
         for (const OutputOptions::Stored& stored : stored_)
             log_.note(stored.note);
         for (const std::string& note : outputs.notes())
             log_.note(note);
         return progress.elapsed();
+    }
+
+    static void takeOverloads(MixReport& mixed, const std::vector<Overload>& overloads) {
+        auto next = overloads.begin();
+        const auto take = [&](std::vector<Overload>& channels) {
+            for (Overload& channel : channels)
+                channel = *next++;
+        };
+        take(mixed.channels);
+        std::ranges::for_each(mixed.stems, take);
     }
 
     void requireNoFailure(const MixReport& report) const {
@@ -288,10 +338,11 @@ private:
     }
 
     /// The text first, which must be told also where the file cannot be written.
-    void tell(const MixReport& told, double seconds) {
+    void tell(const MixReport& told, const Written& written) {
         log_.note(rangeNote_);
         MixRun run = runThatEnded(silentClips(told) == 0 ? ExitStatus::done : ExitStatus::incomplete);
-        run.seconds = seconds;
+        run.seconds = written.seconds;
+        run.levels = written.levels;
         log_.result(reportLines(told, timeline_, run), [&] { return reportJson(told, timeline_, run); });
         writeReport(told, run);
     }

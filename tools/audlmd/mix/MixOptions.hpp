@@ -3,7 +3,9 @@
 #include "host/mix/MixReport.hpp"
 #include "host/mix/Timeline.hpp"
 #include "tools/audlmd/mix/TrackChoice.hpp"
+#include "tools/audlmd/options/LevelOptions.hpp"
 #include "tools/audlmd/options/OutputOptions.hpp"
+#include "tools/audlmd/options/PeaksOptions.hpp"
 #include "tools/audlmd/options/Range.hpp"
 
 #include <cstddef>
@@ -57,6 +59,8 @@ struct MixOptions : OutputOptions {
     std::filesystem::path stems;
     /// The format that the samples have by themselves, see storedIn().
     std::optional<FormatId> kept;
+    LevelOptions levels;
+    PeaksOptions peaks;
 
     bool noMetadata = false;
     bool list = false;

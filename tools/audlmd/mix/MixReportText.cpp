@@ -125,6 +125,8 @@ void appendSummary(std::vector<std::string>& lines, const MixReport& report, con
     if (!run.muted.empty())
         lines.push_back(mutedLine(run.muted));
     appendStems(lines, report, run);
+    if (run.levels)
+        lines.push_back(levelsLine(*run.levels));
     if (const TimelineSample end = endOfSound(timeline); end.number() < timeline.length && end <= run.span.to)
         lines.push_back("the last sound ends at " + clockAt(timeline, end.number()) + ", the programme at " +
                         clockAt(timeline, timeline.length));
@@ -191,6 +193,8 @@ std::vector<std::string> reportLines(const MixReport& report, const Timeline& ti
     for (const std::vector<std::string>& kind :
          {notes(timeline), silences(report, timeline), late, loud, clipped})
         appendShortened(lines, kind);
+    if (run.levels && !run.levels->shortfall.empty())
+        lines.push_back(run.levels->shortfall);
     if (!run.quiet)
         appendSummary(lines, report, timeline, run);
     return lines;

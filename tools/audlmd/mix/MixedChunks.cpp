@@ -8,11 +8,11 @@
 
 namespace audlmd::command {
 
-MixedChunks::MixedChunks(Mixer& mixer, TimelineSample from, const SoundOutputs& outputs, std::size_t block,
+MixedChunks::MixedChunks(Mixer& mixer, TimelineSample from, const ChunkFormat& chunks, std::size_t block,
                          std::function<void()> mixed)
-    : mixer_(mixer), from_(from), format_(outputs.chunkLayout().format), rounding_(outputs.chunkRounding()),
+    : mixer_(mixer), from_(from), format_(chunks.layout.format), rounding_(chunks.rounding),
       mixed_(std::move(mixed)),
-      samples_(static_cast<std::size_t>(outputs.chunkLayout().channels), std::vector<float>(block)) {}
+      samples_(static_cast<std::size_t>(chunks.layout.channels), std::vector<float>(block)) {}
 
 /// Block by block, so that the sums are still in the processor's cache when they are stored.
 void MixedChunks::fill(std::size_t /*part*/, Chunk& chunk) {

@@ -13,10 +13,10 @@ namespace audlmd::command {
 /// A part of a timeline as the chunks of an output.
 class MixedChunks final : public ChunkProducer {
 public:
-    /// `from` is the output sample of the timeline with which the output begins. The outputs have as many
+    /// `from` is the output sample of the timeline with which the output begins. The chunks have as many
     /// channels as the mixer renders: the stems' are behind. After each chunk, `mixed` is called on the
     /// thread that mixes. The mixer must outlive this object.
-    MixedChunks(Mixer& mixer, TimelineSample from, const SoundOutputs& outputs, std::size_t block,
+    MixedChunks(Mixer& mixer, TimelineSample from, const ChunkFormat& chunks, std::size_t block,
                 std::function<void()> mixed);
 
     /// The mixer has threads of its own.
