@@ -3,6 +3,8 @@
 #include "host/words/Text.hpp"
 
 #include <array>
+#include <cmath>
+#include <cstdio>
 #include <stdexcept>
 
 namespace audlmd::words {
@@ -45,6 +47,18 @@ std::string numberText(double number) {
     const auto [end, error] =
         std::to_chars(text.data(), text.data() + text.size(), number, std::chars_format::general, 6);
     return {text.data(), end};
+}
+
+std::string fixedText(double level, int decimals) {
+    const double step = std::pow(10.0, -decimals);
+    std::array<char, 64> text{};
+    std::snprintf(text.data(), text.size(), "%.*f", decimals, std::round(level / step) * step + 0.0);
+    return text.data();
+}
+
+std::string signedText(double level, int decimals) {
+    const std::string text = fixedText(level, decimals);
+    return text.starts_with('-') ? text : "+" + text;
 }
 
 } // namespace audlmd::words

@@ -36,4 +36,9 @@ std::optional<Integer> wholeIn(std::string_view text, int base = 10) {
 /// A number for people, with six digits at most: "0.5", "1000", "1e+09".
 std::string numberText(double number);
 
+/// A level for people: "-3.01", rounded to so many decimals, without a negative zero. Silence is "-inf".
+std::string fixedText(double level, int decimals);
+/// The same with a sign: "+3.01".
+std::string signedText(double level, int decimals);
+
 } // namespace audlmd::words

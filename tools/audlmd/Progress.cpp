@@ -21,8 +21,8 @@ Progress::Progress(std::int64_t total, int sampleRate, bool shown, std::string a
     : total_(total), sampleRate_(sampleRate), draws_(shown && isatty(STDERR_FILENO) == 1),
       about_(std::move(about)) {}
 
-Progress::Progress(std::int64_t total, int sampleRate, const JobLog& log)
-    : Progress(total, sampleRate, !log.style().json && !log.style().quiet) {
+Progress::Progress(std::int64_t total, int sampleRate, const JobLog& log, std::string about)
+    : Progress(total, sampleRate, !log.style().json && !log.style().quiet, std::move(about)) {
     if (log.style().json)
         log_ = &log;
 }

@@ -15,7 +15,7 @@ public:
     /// behind the bar.
     Progress(std::int64_t total, int sampleRate, bool shown = true, std::string about = "");
     /// In the style of the log, which must outlive this object.
-    Progress(std::int64_t total, int sampleRate, const JobLog& log);
+    Progress(std::int64_t total, int sampleRate, const JobLog& log, std::string about = "");
     /// Erases the bar.
     ~Progress();
     Progress(const Progress&) = delete;

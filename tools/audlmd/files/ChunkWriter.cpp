@@ -32,7 +32,8 @@ ChunkWriter::ChunkWriter(ChunkProducer& producer, const OutputLayout& layout, st
                               std::vector<std::byte>(chunkFrames_ * outputFormat(layout.format).bytes));
 }
 
-void ChunkWriter::run(SoundOutputs& outputs, const std::function<void(std::int64_t)>& written) {
+void ChunkWriter::run(const std::function<void(const Chunk&)>& take,
+                      const std::function<void(std::int64_t)>& taken) {
     std::vector<std::jthread> threads;
     try {
         start(threads);
@@ -41,8 +42,8 @@ void ChunkWriter::run(SoundOutputs& outputs, const std::function<void(std::int64
         for (std::size_t number = 0; number < chunks_; ++number) {
             waitFor(number);
             const Chunk& chunk = ring_[slotOf(number)];
-            outputs.write(chunk);
-            written(chunk.from + static_cast<std::int64_t>(chunk.frames));
+            take(chunk);
+            taken(chunk.from + static_cast<std::int64_t>(chunk.frames));
             if (number + ring_.size() < chunks_)
                 open(number + ring_.size());
         }

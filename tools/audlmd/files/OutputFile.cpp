@@ -8,7 +8,9 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <cstddef>
+#include <limits>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <system_error>
@@ -48,6 +50,24 @@ SizeField sizeFieldOf(int type) {
     default:
         return {};
     }
+}
+
+/// In hundredths. The largest number stands for what is not defined.
+std::int16_t hundredthsOf(const std::optional<double>& level) {
+    constexpr double least = -99.99;
+    constexpr double most = 99.99;
+    return level ? static_cast<std::int16_t>(std::lround(std::clamp(*level, least, most) * 100.0))
+                 : std::numeric_limits<std::int16_t>::max();
+}
+
+/// From version 2 on, a broadcast extension holds them.
+void setLoudness(Metadata::Broadcast& broadcast, const ProgrammeLevels& levels) {
+    broadcast.version = 2;
+    broadcast.loudness_value = hundredthsOf(levels.integrated);
+    broadcast.loudness_range = hundredthsOf(levels.range);
+    broadcast.max_true_peak_level = hundredthsOf(levels.truePeak);
+    broadcast.max_momentary_loudness = hundredthsOf(levels.highestMomentary);
+    broadcast.max_shortterm_loudness = hundredthsOf(levels.highestShortTerm);
 }
 
 bool statesItsSize(int descriptor, const SizeField& field) {
@@ -165,6 +185,8 @@ void OutputFile::setBroadcast(SNDFILE* file) const {
     const auto reference = static_cast<std::uint64_t>(layout_.timeReference);
     broadcast.time_reference_low = static_cast<std::uint32_t>(reference);
     broadcast.time_reference_high = static_cast<std::uint32_t>(reference >> 32);
+    if (layout_.levels && layout_.levels->integrated)
+        setLoudness(broadcast, *layout_.levels);
     const auto bytes = static_cast<int>(offsetof(Metadata::Broadcast, coding_history) +
                                         std::min<std::size_t>(broadcast.coding_history_size, mostHistory));
     if (sf_command(file, SFC_SET_BROADCAST_INFO, &broadcast, bytes) != SF_TRUE)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/cache/ChannelLayout.hpp"
+#include "host/deliver/ProgrammeMeter.hpp"
 #include "tools/audlmd/files/CheckedDescriptor.hpp"
 #include "tools/audlmd/files/FileKind.hpp"
 #include "tools/audlmd/files/Metadata.hpp"
@@ -39,6 +40,8 @@ struct OutputLayout {
     ChannelLayout speakers = {};
     /// The time reference of its broadcast extension is that above.
     Metadata metadata = {};
+    /// Where they are measured, a broadcast extension holds the loudness.
+    std::optional<ProgrammeLevels> levels = std::nullopt;
 
     std::size_t frameBytes() const { return static_cast<std::size_t>(channels) * outputFormat(format).bytes; }
     std::uint64_t dataBytes() const { return static_cast<std::uint64_t>(frames) * frameBytes(); }

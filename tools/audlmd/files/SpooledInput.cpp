@@ -3,8 +3,8 @@
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/files/CheckedDescriptor.hpp"
 #include "tools/audlmd/files/FileKind.hpp"
+#include "tools/audlmd/files/NamelessFile.hpp"
 #include "tools/audlmd/files/OutputFile.hpp"
-#include "tools/audlmd/files/TemporaryFile.hpp"
 
 #include <algorithm>
 #include <array>
@@ -34,16 +34,6 @@ std::string nameOf(const std::filesystem::path& input) {
                            "' cannot keep what is read: " + std::generic_category().message(error) +
                            "; TMPDIR names another folder",
                        ExitStatus::failed);
-}
-
-/// A file that nobody else finds, and that is gone with the process.
-int makeNamelessFile() {
-    std::string name = (std::filesystem::temp_directory_path() / ".audlmd-XXXXXX").string();
-    const EndingSignalsBlocked blocked;
-    const int descriptor = mkostemp(name.data(), O_CLOEXEC);
-    if (descriptor < 0 || unlink(name.c_str()) != 0)
-        failToKeep(errno);
-    return descriptor;
 }
 
 void writeAll(int descriptor, std::span<const std::byte> bytes) {
@@ -168,7 +158,9 @@ bool isStream(const std::filesystem::path& input) {
 }
 
 std::filesystem::path spooled(const std::filesystem::path& input, const std::optional<RawLayout>& raw) {
-    const int spool = makeNamelessFile();
+    const int spool = makeNamelessFile(std::filesystem::temp_directory_path());
+    if (spool < 0)
+        failToKeep(errno);
     if (raw) {
         spoolRaw(input, *raw, spool);
     } else {

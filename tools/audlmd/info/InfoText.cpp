@@ -1,15 +1,14 @@
 #include "tools/audlmd/info/InfoText.hpp"
 
 #include "host/signal/GainLaws.hpp"
+#include "host/words/Numbers.hpp"
 #include "host/words/Text.hpp"
 #include "host/words/Times.hpp"
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <cstdio>
 #include <cstring>
 #include <string_view>
 #include <utility>
@@ -39,14 +38,6 @@ std::vector<std::pair<std::string, std::string>> textsOf(const Metadata::Broadca
               std::min<std::size_t>(broadcast.coding_history_size, sizeof broadcast.coding_history))}};
     std::erase_if(texts, [](const auto& field) { return words::trimmed(field.second).empty(); });
     return texts;
-}
-
-/// "-3.01": decibels or LUFS, rounded, without a negative zero. Silence is "-inf".
-std::string levelText(double level, int decimals) {
-    const double step = std::pow(10.0, -decimals);
-    std::array<char, 64> text{};
-    std::snprintf(text.data(), text.size(), "%.*f", decimals, std::round(level / step) * step + 0.0);
-    return text.data();
 }
 
 /// Of each channel, for people.
@@ -142,9 +133,9 @@ void addPeaks(Lines& lines, const FileInfo& info) {
     for (std::size_t n = 0; n < names.size(); ++n) {
         const ChannelLevels& levels = info.levels.channels[n];
         std::string line =
-            padded(names[n], 7) + paddedLeft(levelText(decibelsOfGain(levels.peak), 2), 9) +
-            paddedLeft(levels.truePeak ? levelText(decibelsOfGain(*levels.truePeak), 2) : "", 12) + "   " +
-            clippedText(levels.clipped, info.sampleRate);
+            padded(names[n], 7) + paddedLeft(words::fixedText(decibelsOfGain(levels.peak), 2), 9) +
+            paddedLeft(levels.truePeak ? words::fixedText(decibelsOfGain(*levels.truePeak), 2) : "", 12) +
+            "   " + clippedText(levels.clipped, info.sampleRate);
         if (levels.notNumbers != 0)
             line += "; " + words::counted(levels.notNumbers, "sample") + " NaN or infinite";
         lines.add("", line);
@@ -156,7 +147,7 @@ void addLoudness(Lines& lines, const Levels& levels) {
         return lines.add("loudness", "not defined: " + levels.whyNoLoudness);
     const auto add = [&lines](const std::string& label, const std::optional<double>& level, const char* unit,
                               const char* least) {
-        lines.add(label, level ? paddedLeft(levelText(*level, 1), 6) + unit
+        lines.add(label, level ? paddedLeft(words::fixedText(*level, 1), 6) + unit
                                : std::string("not defined below ") + least);
     };
     add("integrated loudness", levels.integrated, " LUFS", "0.4 s");

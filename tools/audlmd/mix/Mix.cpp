@@ -7,7 +7,9 @@
 #include "host/words/Text.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Progress.hpp"
+#include "tools/audlmd/files/LevelledChunks.hpp"
 #include "tools/audlmd/files/Outputs.hpp"
+#include "tools/audlmd/files/PeaksFile.hpp"
 #include "tools/audlmd/files/SampleLayouts.hpp"
 #include "tools/audlmd/mix/MixReportJson.hpp"
 #include "tools/audlmd/mix/MixedChunks.hpp"
@@ -42,12 +44,23 @@ void allowManyOpenFiles() {
     }
 }
 
+/// Of all channels of the output, and behind them of those of the stems.
+void takeOverloads(const std::vector<Overload>& all, MixReport& mixed) {
+    auto next = all.begin();
+    for (Overload& channel : mixed.channels)
+        channel = *next++;
+    for (std::vector<Overload>& stem : mixed.stems)
+        for (Overload& channel : stem)
+            channel = *next++;
+}
+
 /// One mix, from the options to the last line of the report.
 class Mix {
 public:
     Mix(const MixOptions& options, std::optional<Timeline> timeline)
         : options_(options), media_(options.media, options),
-          outputs_(options.outputs, options.kind.value_or(nullptr), {options.report, options.picture}),
+          outputs_(options.outputs, options.kind.value_or(nullptr),
+                   {options.report, options.picture, options.peaks.file}),
           log_(outputs_.report(), options.style, options.timeline.string()), given_(std::move(timeline)) {}
 
     void run() {
@@ -197,9 +210,11 @@ private:
                              .stems = !stems_.empty(),
                              .inlined = options_.inlined()});
         }
-        const double seconds = writeOutput(*mixer);
+        const Written written = writeOutput(*mixer);
         MixReport mixed = mixer->report();
-        tell(mixed, seconds);
+        if (written.levels)
+            takeOverloads(written.overloads, mixed);
+        tell(mixed, written);
         return mixed;
     }
 
@@ -236,22 +251,57 @@ private:
         return all;
     }
 
-    /// Returns how long that took, in seconds.
-    double writeOutput(Mixer& mixer) const {
+    struct Written {
+        /// How long that took.
+        double seconds = 0.0;
+        /// Of an output that was brought to a level; then the mixer does not know what was over full scale.
+        std::optional<OutputLevels> levels = std::nullopt;
+        std::vector<Overload> overloads = {};
+    };
+
+    Written writeOutput(Mixer& mixer) const {
         std::optional<MadeFolder> folder;
         if (!stems_.empty())
             folder.emplace(options_.stems);
-        SoundOutputs outputs(allOutputs(), span_.from.number());
-        const OutputLayout& layout = outputs.chunkLayout();
-        Progress progress(layout.frames, layout.sampleRate, log_);
-        MixedChunks chunks(mixer, span_.from, outputs, options_.block, [&] {
+        const auto requireAll = [&] {
             if (options_.strict)
                 requireNoFailure(mixer.report());
-        });
-        ChunkWriter(chunks, layout, options_.block).run(outputs, [&](std::int64_t done) {
-            progress.update(done);
-        });
+        };
+        std::vector<SoundOutput> all = allOutputs();
+        if (!options_.levels.areGiven()) {
+            SoundOutputs outputs(std::move(all), span_.from.number());
+            MixedChunks mixed(mixer, span_.from, outputs.chunkLayout(), outputs.chunkRounding(),
+                              options_.block, requireAll);
+            return {.seconds = write(mixed, outputs)};
+        }
+        LevelledChunks levelled(options_.levels, all, span_.from, options_.threads);
+        MixedChunks mixed(mixer, span_.from, levelled.floats(), Rounding::nearest, options_.block,
+                          requireAll);
+        Progress progress(span_.length(), timeline_.sampleRate, log_, "measuring, pass 1 of 2");
+        levelled.measure(mixed, options_.block, [&](std::int64_t done) { progress.update(done); });
+        const double measuring = progress.elapsed();
+        SoundOutputs outputs(levelled.told(std::move(all)), span_.from.number());
+        levelled.setFormat(outputs.chunkLayout().format, outputs.chunkRounding());
+        return {.seconds = measuring + write(levelled, outputs),
+                .levels = levelled.levels(),
+                .overloads = levelled.overloads()};
+    }
+
+    /// Returns how long that took, in seconds.
+    double write(ChunkProducer& chunks, SoundOutputs& outputs) const {
+        const OutputLayout& layout = outputs.chunkLayout();
+        Progress progress(layout.frames, layout.sampleRate, log_,
+                          options_.levels.areGiven() ? "writing, pass 2 of 2" : "");
+        PeaksFile peaks(options_.peaks, layout);
+        ChunkWriter(chunks, layout, options_.block)
+            .run(
+                [&](const Chunk& chunk) {
+                    outputs.write(chunk);
+                    peaks.take(chunk);
+                },
+                [&](std::int64_t done) { progress.update(done); });
         outputs.commit();
+        peaks.write();
         for (const OutputOptions::Stored& stored : stored_)
             log_.note(stored.note);
         for (const std::string& note : outputs.notes())
@@ -288,10 +338,11 @@ private:
     }
 
     /// The text first, which must be told also where the file cannot be written.
-    void tell(const MixReport& told, double seconds) {
+    void tell(const MixReport& told, const Written& written) {
         log_.note(rangeNote_);
         MixRun run = runThatEnded(silentClips(told) == 0 ? ExitStatus::done : ExitStatus::incomplete);
-        run.seconds = seconds;
+        run.seconds = written.seconds;
+        run.levels = written.levels;
         log_.result(reportLines(told, timeline_, run), [&] { return reportJson(told, timeline_, run); });
         writeReport(told, run);
     }

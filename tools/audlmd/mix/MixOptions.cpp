@@ -45,6 +45,7 @@ rounding into even noise. --truncate gives the bytes that a host gets of the lib
 
 EXAMPLES
   audlmd mix voice.wav music.wav -o both.wav       (sound files, from their starts on)
+  audlmd mix film.otio -o film.wav --loudness -23 --true-peak -1
   audlmd mix film.otio --list
   audlmd mix film.otio -o film.wav -o film.mp3 --stems stems/
   audlmd mix film.otio -o me.wav --mute dialogue narrator
@@ -103,6 +104,8 @@ void MixOptions::declare(CLI::App& mix) {
     mix.add_option("--stems", stems, "Also write each track into a file of its own in this folder")
         ->option_text("DIR")
         ->group("Output");
+    levels.declare(mix);
+    peaks.declare(mix);
     declarePart(mix, *this);
     tracks.declare(mix, "Part");
     mix.add_option("--media", media, "Look for missing media below this folder; may be repeated")
@@ -122,6 +125,16 @@ void MixOptions::requireCompatible() const {
         throw CommandError("name the file to write with -o, or use --list or --picture alone");
     if (outputs.empty() && !report.empty())
         throw CommandError("--report tells about a mix: name the file to write with -o");
+    levels.requireCompatible();
+    peaks.requireCompatible();
+    if (!peaks.file.empty() && outputs.empty())
+        throw CommandError("--peaks are those of an output: name the file to write with -o");
+    if (levels.areGiven() && outputs.empty())
+        throw CommandError(levels.name() + std::string(" is for an output: name the file to write with -o"));
+    if (levels.areGiven() && slice)
+        throw CommandError(levels.name() +
+                           std::string(" needs the whole, which a --slice does not know: join "
+                                       "the slices, and give it to render"));
     range.requireCompatible();
     if (range.to && untilLastSound)
         throw CommandError("--to and --until-last-sound cannot stand together");

@@ -3,7 +3,9 @@
 #include "host/mix/MixReport.hpp"
 #include "host/mix/Timeline.hpp"
 #include "tools/audlmd/mix/TrackChoice.hpp"
+#include "tools/audlmd/options/LevelOptions.hpp"
 #include "tools/audlmd/options/OutputOptions.hpp"
+#include "tools/audlmd/options/PeaksOptions.hpp"
 #include "tools/audlmd/options/Range.hpp"
 
 #include <cstddef>
@@ -58,6 +60,8 @@ struct MixOptions : OutputOptions {
     /// The format that the samples have by themselves, see storedIn().
     std::optional<FormatId> kept;
 
+    LevelOptions levels;
+    PeaksOptions peaks;
     bool noMetadata = false;
     bool list = false;
     /// Of the list: text or json.

@@ -110,6 +110,8 @@ Json reportJson(const MixReport& report, const Timeline& timeline, const MixRun&
             entry["channels"].push_back(channelJson(channel, run.stems[stem].clips));
         json["stems"].push_back(std::move(entry));
     }
+    if (run.levels)
+        json["levels"] = levelsJson(*run.levels);
     if (report.slowest.seconds > 0.0) {
         json["slowest"] = placeJson(timeline, report.slowest.track, report.slowest.strip);
         json["slowest"]["seconds"] = report.slowest.seconds;

@@ -122,6 +122,8 @@ void appendSummary(std::vector<std::string>& lines, const MixReport& report, con
          << " s: " << std::setprecision(1)
          << timesRealTime(run.span.length(), timeline.sampleRate, run.seconds) << " times real time";
     lines.push_back(text.str());
+    if (run.levels)
+        lines.push_back(levelsLine(*run.levels));
     if (!run.muted.empty())
         lines.push_back(mutedLine(run.muted));
     appendStems(lines, report, run);
@@ -191,6 +193,8 @@ std::vector<std::string> reportLines(const MixReport& report, const Timeline& ti
     for (const std::vector<std::string>& kind :
          {notes(timeline), silences(report, timeline), late, loud, clipped})
         appendShortened(lines, kind);
+    if (run.levels && !run.levels->shortfall.empty())
+        lines.push_back(run.levels->shortfall);
     if (!run.quiet)
         appendSummary(lines, report, timeline, run);
     return lines;

@@ -3,6 +3,7 @@
 #include "host/mix/MixReport.hpp"
 #include "host/mix/Timeline.hpp"
 #include "tools/audlmd/CommandError.hpp"
+#include "tools/audlmd/files/OutputLevels.hpp"
 #include "tools/audlmd/mix/MixOptions.hpp"
 
 #include <cstddef>
@@ -42,6 +43,8 @@ struct MixRun {
     std::vector<std::string> muted = {};
     /// Whether the text tells only what is not as it was asked.
     bool quiet = false;
+    /// Of an output that was brought to a level.
+    std::optional<OutputLevels> levels = std::nullopt;
     ExitStatus status = ExitStatus::done;
     /// Why it failed. Empty: it did not.
     std::string failure = {};

@@ -13,11 +13,11 @@ namespace audlmd::command {
 /// A part of a timeline as the chunks of an output.
 class MixedChunks final : public ChunkProducer {
 public:
-    /// `from` is the output sample of the timeline with which the output begins. The outputs have as many
+    /// `from` is the output sample of the timeline with which the output begins. The chunks have as many
     /// channels as the mixer renders: the stems' are behind. After each chunk, `mixed` is called on the
     /// thread that mixes. The mixer must outlive this object.
-    MixedChunks(Mixer& mixer, TimelineSample from, const SoundOutputs& outputs, std::size_t block,
-                std::function<void()> mixed);
+    MixedChunks(Mixer& mixer, TimelineSample from, const OutputLayout& chunks, Rounding rounding,
+                std::size_t block, std::function<void()> mixed);
 
     /// The mixer has threads of its own.
     std::size_t parts() const override { return 1; }

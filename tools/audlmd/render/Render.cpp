@@ -6,7 +6,9 @@
 #include "host/words/Text.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Progress.hpp"
+#include "tools/audlmd/files/LevelledChunks.hpp"
 #include "tools/audlmd/files/Outputs.hpp"
+#include "tools/audlmd/files/PeaksFile.hpp"
 #include "tools/audlmd/files/SampleLayouts.hpp"
 #include "tools/audlmd/mix/MixReportText.hpp"
 #include "tools/audlmd/modes/ModeText.hpp"
@@ -47,7 +49,8 @@ class Render {
 public:
     Render(const RenderOptions& options, std::filesystem::path input,
            const std::vector<std::filesystem::path>& outputs)
-        : options_(options), input_(std::move(input)), outputs_(outputs, options.kind.value_or(nullptr)),
+        : options_(options), input_(std::move(input)),
+          outputs_(outputs, options.kind.value_or(nullptr), {options.peaks.file}),
           log_(outputs_.report(), options.style, input_.string(), options.inputs.size() > 1) {}
 
     void run() {
@@ -178,7 +181,7 @@ private:
 
     /// The input's, if no sample is changed.
     std::optional<FormatId> keptFormat() const {
-        if (options_.mixInto || !options_.strip.changesNoSample())
+        if (options_.mixInto || options_.levels.areGiven() || !options_.strip.changesNoSample())
             return std::nullopt;
         const ContainerFile input(file_);
         const std::optional<FormatId> format = input.format();
@@ -195,7 +198,6 @@ private:
     }
 
     void renderToFiles() {
-        SoundOutputs outputs = openOutputs();
         RenderSummary summary{.outputs = {},
                               .frames = layout_.frames,
                               .channels = layout_.channels,
@@ -203,20 +205,19 @@ private:
         for (std::size_t n = 0; n < stored_.size(); ++n)
             summary.outputs.push_back({outputs_.sounds()[n].path.string(), stored_[n].format,
                                        clips(stored_[n].format, stored_[n].rounding)});
-        if (copied_) {
-            CopiedChunks chunks(*copied_, player().plan().settings);
-            summary.seconds = write(chunks, outputs);
+        if (options_.levels.areGiven()) {
+            renderToLevel(summary);
         } else {
-            const std::size_t threads =
-                options_.threads != 0 ? options_.threads : std::max(1U, std::thread::hardware_concurrency());
-            RenderedChunks chunks(channels_, outputs.chunkLayout(), outputs.chunkRounding(),
-                                  existing_ ? &*existing_ : nullptr, {options_.block, threads},
-                                  options_.through());
-            summary.seconds = write(chunks, outputs);
-            measureOverload(chunks, summary);
+            SoundOutputs outputs(allOutputs());
+            if (copied_) {
+                CopiedChunks chunks(*copied_, player().plan().settings);
+                summary.seconds = write(chunks, outputs);
+            } else {
+                RenderedChunks chunks = renderedAs(outputs.chunkLayout(), outputs.chunkRounding());
+                summary.seconds = write(chunks, outputs);
+                measureOverload(chunks, summary);
+            }
         }
-        for (const std::string& note : outputs.notes())
-            log_.note(note);
         for (const Cookie& cookie : cookies_) {
             const MaterialStatistics statistics = cache_->statistics(cookie);
             summary.underrunSamples += statistics.underrunSamples;
@@ -225,7 +226,33 @@ private:
         log_.result(summary.lines(options_.style.quiet), [&] { return summary.json(); });
     }
 
-    SoundOutputs openOutputs() const {
+    RenderedChunks renderedAs(const OutputLayout& layout, Rounding rounding) {
+        const std::size_t threads =
+            options_.threads != 0 ? options_.threads : std::max(1U, std::thread::hardware_concurrency());
+        return {
+            channels_,         layout, rounding, existing_ ? &*existing_ : nullptr, {options_.block, threads},
+            options_.through()};
+    }
+
+    void renderToLevel(RenderSummary& summary) {
+        std::vector<SoundOutput> all = allOutputs();
+        LevelledChunks levelled(options_.levels, all, 0, options_.threads);
+        RenderedChunks rendered = renderedAs(levelled.floats(), Rounding::nearest);
+        Progress progress(layout_.frames, layout_.sampleRate, log_, "measuring, pass 1 of 2");
+        levelled.measure(rendered, options_.block, [&](std::int64_t done) {
+            requireWholeInput();
+            progress.update(done);
+        });
+        const double measuring = progress.elapsed();
+        SoundOutputs outputs(levelled.told(std::move(all)));
+        levelled.setFormat(outputs.chunkLayout().format, outputs.chunkRounding());
+        summary.seconds = measuring + write(levelled, outputs);
+        summary.levels = levelled.levels();
+        summary.overloads = levelled.overloads();
+        summary.overloadWords = overloadWordsOf(summary.outputs);
+    }
+
+    std::vector<SoundOutput> allOutputs() const {
         std::vector<SoundOutput> outputs;
         for (std::size_t n = 0; n < stored_.size(); ++n) {
             outputs.push_back({outputs_.sounds()[n], layout_, stored_[n].rounding});
@@ -235,17 +262,28 @@ private:
                 throw CommandError("--through-tables and --truncate together render one format: choose one "
                                    "--format for all outputs");
         }
-        return SoundOutputs(std::move(outputs));
+        return outputs;
     }
 
     /// Returns how long that took, in seconds.
     double write(ChunkProducer& chunks, SoundOutputs& outputs) const {
-        Progress progress(layout_.frames, layout_.sampleRate, log_);
-        ChunkWriter(chunks, outputs.chunkLayout(), options_.block).run(outputs, [&](std::int64_t done) {
-            requireWholeInput();
-            progress.update(done);
-        });
+        Progress progress(layout_.frames, layout_.sampleRate, log_,
+                          options_.levels.areGiven() ? "writing, pass 2 of 2" : "");
+        PeaksFile peaks(options_.peaks, outputs.chunkLayout());
+        ChunkWriter(chunks, outputs.chunkLayout(), options_.block)
+            .run(
+                [&](const Chunk& chunk) {
+                    outputs.write(chunk);
+                    peaks.take(chunk);
+                },
+                [&](std::int64_t done) {
+                    requireWholeInput();
+                    progress.update(done);
+                });
         outputs.commit();
+        peaks.write();
+        for (const std::string& note : outputs.notes())
+            log_.note(note);
         return progress.elapsed();
     }
 

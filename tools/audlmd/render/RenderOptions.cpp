@@ -41,6 +41,11 @@ LEVELS are floats without limits, which f32 holds as they are. Integers are roun
 clipped; the report tells how many samples are over full scale. --dither turns the distortion of rounding into
 even noise; use it once, where 24 bits become 16. --truncate gives the bytes that a host gets of the library.
 
+LOUDNESS --loudness and --normalise take one gain over everything, and never a limiter; of several inputs each has
+its own. The output is rendered once, into a file without a name beside it (4 bytes a sample), and measured. Where
+the true peak, or full scale of integers, is in the way, nothing is written, and the line says what is possible;
+--loudness-or-peak takes that.
+
 FILES The output's extension chooses the kind of file:
   .wav .w64 .rf64   u8 s16 s24 s32 f32 (a wav beyond 4 GiB becomes RF64)
   .aiff .au .caf    s8 s16 s24 s32 f32 (an aiff also u8)
@@ -60,6 +65,7 @@ EXAMPLES
   audlmd render take.flac -o part.wav --from 1:02.5 --duration 20s --format s24
   audlmd render voice.wav -o mix.wav --mix-into music.wav
   audlmd render song.wav -o faded.wav --fade-in 2s --fade-out 5s:log --gain -3
+  audlmd render song.wav -o loud.wav --loudness -23 --true-peak -1
   audlmd render song.wav -o eq.wav --eq lowshelf:120:-2 --eq peak:1k:+3:0.7 --eq highpass:30
   audlmd render song.wav -o ride.wav --automation ride.csv      (lines like 0,-20 and 1:02.5,0)
   audlmd render song.wav -o fast.wav --speed 1.5
@@ -90,6 +96,8 @@ void RenderOptions::declare(CLI::App& render) {
         ->group("Output");
     strip.declareRange(render);
     strip.declareSound(render);
+    levels.declare(render);
+    peaks.declare(render);
     render.footer(renderHelp);
 }
 
@@ -110,12 +118,24 @@ void RenderOptions::requireCompatible() const {
         throw CommandError("--mix-into takes one input");
     if (style.json && explain)
         throw CommandError("--explain is for people, and --json for programs: use one of them");
+    if (!peaks.file.empty() && inputs.size() > 1)
+        throw CommandError("--peaks takes one input");
+    levels.requireCompatible();
+    peaks.requireCompatible();
+    if (!peaks.file.empty() && outputs.empty())
+        throw CommandError("--peaks are those of an output: name the file to write with -o");
+    if (levels.areGiven() && outputs.empty())
+        throw CommandError(levels.name() + std::string(" is for an output: name the file to write with -o"));
+    if (levels.areGiven() && mixInto)
+        throw CommandError(levels.name() +
+                           std::string(" and --mix-into cannot stand together: mix first, and "
+                                       "render the mix"));
     strip.requireCompatible();
 }
 
 RenderedChannel::Through RenderOptions::through() const {
     using enum RenderedChannel::Through;
-    return !throughTables ? inlined : truncate ? outputTypes : tables;
+    return !throughTables ? inlined : truncate && !levels.areGiven() ? outputTypes : tables;
 }
 
 bool RenderOptions::isFolder() const {

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "tools/audlmd/options/LevelOptions.hpp"
 #include "tools/audlmd/options/OutputOptions.hpp"
+#include "tools/audlmd/options/PeaksOptions.hpp"
 #include "tools/audlmd/options/StripOptions.hpp"
 #include "tools/audlmd/render/RenderedChannel.hpp"
 
@@ -19,6 +21,8 @@ struct RenderOptions : OutputOptions {
     std::string suffix;
     std::optional<std::filesystem::path> mixInto;
     StripOptions strip;
+    LevelOptions levels;
+    PeaksOptions peaks;
     bool explain = false;
     bool noMetadata = false;
 

@@ -17,6 +17,8 @@ std::vector<std::string> RenderSummary::lines(bool quiet) const {
     for (const std::string& words : overloadWords)
         for (std::size_t channel = 0; channel < overloads.size(); ++channel)
             lines.push_back(channelOverloadLine(words, channel, overloads[channel], sampleRate));
+    if (levels)
+        lines.push_back(levels->shortfall);
     if (quiet && underrunSamples == 0)
         return lines;
     std::ostringstream text;
@@ -26,6 +28,8 @@ std::vector<std::string> RenderSummary::lines(bool quiet) const {
          << timesRealTime(frames, sampleRate, seconds) << " times real time; underruns: " << underrunSamples
          << " samples in " << words::counted(underrunEpisodes, "episode");
     lines.push_back(text.str());
+    if (levels)
+        lines.push_back(levelsLine(*levels));
     return lines;
 }
 
@@ -42,6 +46,8 @@ nlohmann::json RenderSummary::json() const {
                         {"channels", nlohmann::json::array()}};
     for (const Overload& channel : overloads)
         json["channels"].push_back(channelJson(channel, outputs.front().clips));
+    if (levels)
+        json["levels"] = levelsJson(*levels);
     return json;
 }
 

@@ -1,11 +1,13 @@
 #pragma once
 
 #include "host/mix/MixReport.hpp"
+#include "tools/audlmd/files/OutputLevels.hpp"
 #include "tools/audlmd/mix/MixReportText.hpp"
 
 #include <nlohmann/json_fwd.hpp>
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -27,9 +29,11 @@ struct RenderSummary {
     std::vector<Overload> overloads = {};
     /// What became of what is over full scale: kinds of lines.
     std::vector<std::string> overloadWords = {};
+    /// Of an output that was brought to a level.
+    std::optional<OutputLevels> levels = std::nullopt;
 
     /// What went beyond full scale, and unless `quiet` or samples are missing: length, speed of rendering,
-    /// missing samples.
+    /// missing samples, levels.
     std::vector<std::string> lines(bool quiet) const;
     nlohmann::json json() const;
 };
