@@ -90,6 +90,15 @@ TEST_F(Levels, AreReachedByOneGain) {
         for (float& sample : channel)
             sample *= static_cast<float>(gainOfDecibels(gain));
     EXPECT_TRUE(readSound(in("out.wav")) == expected);
+    // Of the stems as well, whose sum the mix stays.
+    output("mix film.json -o out.wav -o out.flac --stems stems --loudness -27");
+    Channels sum = readSound(in("stems/01.wav"));
+    const Channels second = readSound(in("stems/02.wav"));
+    for (std::size_t channel = 0; channel < sum.size(); ++channel)
+        for (std::size_t n = 0; n < sum[channel].size(); ++n)
+            sum[channel][n] += second[channel][n];
+    EXPECT_TRUE(readSound(in("out.wav")) == sum);
+    EXPECT_NEAR(infoOf("out.flac")["loudness"]["integrated"].get<double>(), -27.0, 0.02);
     EXPECT_THAT(output("render a.wav soft.wav -o both/ --loudness -23"),
                 HasSubstr("soft.wav: levels: loudness -23.0 LUFS, range "));
 }

@@ -32,18 +32,8 @@ ChunkWriter::ChunkWriter(ChunkProducer& producer, const OutputLayout& layout, st
                               std::vector<std::byte>(chunkFrames_ * outputFormat(layout.format).bytes));
 }
 
-void ChunkWriter::run(SoundOutputs& outputs, const std::function<void(std::int64_t)>& written,
-                      const std::function<void(const Chunk&)>& also) {
-    run(
-        [&](const Chunk& chunk) {
-            outputs.write(chunk);
-            also(chunk);
-        },
-        written);
-}
-
 void ChunkWriter::run(const std::function<void(const Chunk&)>& take,
-                      const std::function<void(std::int64_t)>& written) {
+                      const std::function<void(std::int64_t)>& taken) {
     std::vector<std::jthread> threads;
     try {
         start(threads);
@@ -53,7 +43,7 @@ void ChunkWriter::run(const std::function<void(const Chunk&)>& take,
             waitFor(number);
             const Chunk& chunk = ring_[slotOf(number)];
             take(chunk);
-            written(chunk.from + static_cast<std::int64_t>(chunk.frames));
+            taken(chunk.from + static_cast<std::int64_t>(chunk.frames));
             if (number + ring_.size() < chunks_)
                 open(number + ring_.size());
         }

@@ -47,14 +47,10 @@ public:
     /// outlive the writer.
     ChunkWriter(ChunkProducer& producer, const OutputLayout& layout, std::size_t block);
 
-    /// Writes all frames. Calls `written` after every chunk with the number of frames written
-    /// so far; meanwhile later chunks are filled. Throws what the producer, the outputs or `written` throws,
-    /// when all threads have ended. Call this once. `also` gets every chunk, too.
-    void run(
-        SoundOutputs& outputs, const std::function<void(std::int64_t)>& written,
-        const std::function<void(const Chunk&)>& also = [](const Chunk&) {});
-    /// The same, but `take` gets the chunks in place of outputs.
-    void run(const std::function<void(const Chunk&)>& take, const std::function<void(std::int64_t)>& written);
+    /// Hands all chunks over, in order. Calls `taken` after every one with the number of frames so far;
+    /// meanwhile later chunks are filled. Throws what the producer, `take` or `taken` throws, when all
+    /// threads have ended. Call this once.
+    void run(const std::function<void(const Chunk&)>& take, const std::function<void(std::int64_t)>& taken);
 
 private:
     void start(std::vector<std::jthread>& threads);

@@ -5,7 +5,7 @@
 namespace audlmd::command {
 
 PeaksFile::PeaksFile(const PeaksOptions& options, const OutputLayout& layout)
-    : options_(options), format_(layout.format), samples_(static_cast<std::size_t>(layout.channels)) {
+    : options_(options), format_(layout.format), samples_(layout.speakers.size()) {
     if (!options_.file.empty())
         peaks_.emplace(samples_.size(), layout.sampleRate, options_.samplesPerPixel, options_.bits);
 }

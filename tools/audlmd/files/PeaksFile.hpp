@@ -12,7 +12,7 @@ namespace audlmd::command {
 /// The waveform peaks of an output, written beside it if that is asked for.
 class PeaksFile {
 public:
-    /// Of chunks whose first channels are those of the layout.
+    /// Of the chunks of a layout: of the channels that it has speakers for.
     PeaksFile(const PeaksOptions& options, const OutputLayout& layout);
 
     /// Takes the next chunk, in the layout's format.

@@ -9,40 +9,18 @@
 
 namespace audlmd::command {
 
-ChunkFormat chunkFormatOf(const std::vector<SoundOutput>& outputs) {
-    ChunkFormat chunks{outputs.front().layout, outputs.front().rounding};
-    for (const SoundOutput& output : outputs) {
-        if (output.layout.format != chunks.layout.format || output.rounding != chunks.rounding)
-            chunks = floatsOf(std::move(chunks));
-        chunks.layout.channels =
-            std::max(chunks.layout.channels, static_cast<int>(output.firstChannel) + output.layout.channels);
-    }
-    return chunks;
-}
-
-ChunkFormat floatsOf(ChunkFormat chunks) {
-    chunks.layout.format = FormatId::f32;
-    chunks.rounding = Rounding::nearest;
-    return chunks;
-}
-
-std::optional<FormatId> clippingIn(const std::vector<SoundOutput>& outputs) {
-    for (const SoundOutput& output : outputs)
-        if (clips(output.layout.format, output.rounding))
-            return output.layout.format;
-    return std::nullopt;
-}
-
-void requireHeld(const std::vector<SoundOutput>& outputs) {
-    for (const SoundOutput& output : outputs)
-        requireHolds(*output.target.kind, output.layout.format, output.layout.dataBytes(),
-                     output.target.path);
-}
-
 SoundOutputs::SoundOutputs(std::vector<SoundOutput> outputs, std::int64_t start)
-    : outputs_(std::move(outputs)), start_(start), chunks_(chunkFormatOf(outputs_)) {
-    for (const SoundOutput& output : outputs_)
+    : outputs_(std::move(outputs)), start_(start), chunks_(outputs_.front().layout),
+      rounding_(outputs_.front().rounding) {
+    for (const SoundOutput& output : outputs_) {
+        if (output.layout.format != chunks_.format || output.rounding != rounding_) {
+            chunks_.format = FormatId::f32;
+            rounding_ = Rounding::nearest;
+        }
+        chunks_.channels =
+            std::max(chunks_.channels, static_cast<int>(output.firstChannel) + output.layout.channels);
         files_.emplace_back(output.target, output.layout);
+    }
 }
 
 void SoundOutputs::write(const Chunk& chunk) {
@@ -61,7 +39,7 @@ void SoundOutputs::write(const Chunk& chunk) {
 
 std::vector<const std::byte*> SoundOutputs::channelsOf(const SoundOutput& output, const Chunk& chunk) {
     const FormatId format = output.layout.format;
-    const bool isStored = format == chunks_.layout.format && output.rounding == chunks_.rounding;
+    const bool isStored = format == chunks_.format && output.rounding == rounding_;
     const auto count = static_cast<std::size_t>(output.layout.channels);
     stored_.resize(std::max(stored_.size(), count));
     std::vector<const std::byte*> channels;

@@ -6,7 +6,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <list>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,26 +22,6 @@ struct SoundOutput {
     std::size_t firstChannel = 0;
 };
 
-/// What the chunks of several outputs hold.
-struct ChunkFormat {
-    /// Rate, length and speakers are those of the first output.
-    OutputLayout layout;
-    Rounding rounding = Rounding::nearest;
-};
-
-/// That of the outputs where all have one format and one rounding, else floats that are not rounded, from
-/// which each output is stored.
-ChunkFormat chunkFormatOf(const std::vector<SoundOutput>& outputs);
-
-/// The same channels as floats that are not rounded.
-ChunkFormat floatsOf(ChunkFormat chunks);
-
-/// The first format in which one of the outputs clips, if one does.
-std::optional<FormatId> clippingIn(const std::vector<SoundOutput>& outputs);
-
-/// See requireHolds(). For work that takes long before the outputs are opened.
-void requireHeld(const std::vector<SoundOutput>& outputs);
-
 /// The sound files that one pass writes, chunk by chunk. All of them get their names when all are whole, or
 /// none does. All failures are CommandErrors that name the file.
 class SoundOutputs {
@@ -51,7 +30,12 @@ public:
     /// the producer of the chunks dithers.
     explicit SoundOutputs(std::vector<SoundOutput> outputs, std::int64_t start = 0);
 
-    /// Appends a chunk, of chunkFormatOf() the outputs.
+    /// Of the chunks: that of the outputs where all have one format and one rounding, else floats that are
+    /// not rounded, from which each output is stored.
+    const OutputLayout& chunkLayout() const { return chunks_; }
+    Rounding chunkRounding() const { return rounding_; }
+
+    /// Appends a chunk.
     void write(const Chunk& chunk);
 
     /// Gives all files their names, if all of them are whole. Call this once, after the last chunk.
@@ -66,7 +50,8 @@ private:
 
     std::vector<SoundOutput> outputs_;
     std::int64_t start_;
-    ChunkFormat chunks_;
+    OutputLayout chunks_;
+    Rounding rounding_;
     /// One for each output.
     std::list<OutputFile> files_;
     /// The channels of one output, stored in another format than the chunk's.

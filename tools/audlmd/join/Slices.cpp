@@ -150,7 +150,9 @@ void joinSlices(const JoinOptions& options) {
     SoundOutputs output(std::move(joined));
     Progress progress(layout.frames, layout.sampleRate, log);
     SliceChunks chunks(slices);
-    ChunkWriter(chunks, layout, options.block).run(output, [&](std::int64_t done) { progress.update(done); });
+    ChunkWriter(chunks, layout, options.block)
+        .run([&](const Chunk& chunk) { output.write(chunk); },
+             [&](std::int64_t done) { progress.update(done); });
     output.commit();
     for (const std::string& note : output.notes())
         log.note(note);

@@ -44,6 +44,16 @@ void allowManyOpenFiles() {
     }
 }
 
+/// Of all channels of the output, and behind them of those of the stems.
+void takeOverloads(const std::vector<Overload>& all, MixReport& mixed) {
+    auto next = all.begin();
+    for (Overload& channel : mixed.channels)
+        channel = *next++;
+    for (std::vector<Overload>& stem : mixed.stems)
+        for (Overload& channel : stem)
+            channel = *next++;
+}
+
 /// One mix, from the options to the last line of the report.
 class Mix {
 public:
@@ -203,7 +213,7 @@ private:
         const Written written = writeOutput(*mixer);
         MixReport mixed = mixer->report();
         if (written.levels)
-            takeOverloads(mixed, written.overloads);
+            takeOverloads(written.overloads, mixed);
         tell(mixed, written);
         return mixed;
     }
@@ -244,52 +254,52 @@ private:
     struct Written {
         /// How long that took.
         double seconds = 0.0;
-        /// Of outputs that were brought to a level; then the mixer does not know what was over full scale.
+        /// Of an output that was brought to a level; then the mixer does not know what was over full scale.
         std::optional<OutputLevels> levels = std::nullopt;
-        /// Of all channels, those of the stems behind.
         std::vector<Overload> overloads = {};
     };
 
     Written writeOutput(Mixer& mixer) const {
-        std::vector<SoundOutput> all = allOutputs();
-        const ChunkFormat chunks = chunkFormatOf(all);
-        const bool isLevelled = options_.levels.areGiven();
-        MixedChunks mixed(mixer, span_.from, isLevelled ? floatsOf(chunks) : chunks, options_.block, [&] {
+        std::optional<MadeFolder> folder;
+        if (!stems_.empty())
+            folder.emplace(options_.stems);
+        const auto requireAll = [&] {
             if (options_.strict)
                 requireNoFailure(mixer.report());
-        });
-        if (!isLevelled)
-            return {.seconds = write(mixed, std::move(all))};
-        requireHeld(all);
-        LevelledChunks levelled(options_.levels, outputs_.sounds().front(), chunks.layout, clippingIn(all),
-                                span_.from, options_.threads);
-        levelled.setFormat(chunks.layout.format, chunks.rounding);
+        };
+        std::vector<SoundOutput> all = allOutputs();
+        if (!options_.levels.areGiven()) {
+            SoundOutputs outputs(std::move(all), span_.from.number());
+            MixedChunks mixed(mixer, span_.from, outputs.chunkLayout(), outputs.chunkRounding(),
+                              options_.block, requireAll);
+            return {.seconds = write(mixed, outputs)};
+        }
+        LevelledChunks levelled(options_.levels, all, span_.from, options_.threads);
+        MixedChunks mixed(mixer, span_.from, levelled.floats(), Rounding::nearest, options_.block,
+                          requireAll);
         Progress progress(span_.length(), timeline_.sampleRate, log_, "measuring, pass 1 of 2");
         levelled.measure(mixed, options_.block, [&](std::int64_t done) { progress.update(done); });
         const double measuring = progress.elapsed();
-        for (std::size_t n = 0; n < stored_.size(); ++n)
-            all[n].layout.levels = levelled.levels().levels;
-        return {.seconds = measuring + write(levelled, std::move(all)),
+        SoundOutputs outputs(levelled.told(std::move(all)), span_.from.number());
+        levelled.setFormat(outputs.chunkLayout().format, outputs.chunkRounding());
+        return {.seconds = measuring + write(levelled, outputs),
                 .levels = levelled.levels(),
                 .overloads = levelled.overloads()};
     }
 
     /// Returns how long that took, in seconds.
-    double write(ChunkProducer& chunks, std::vector<SoundOutput> all) const {
-        std::optional<MadeFolder> folder;
-        if (!stems_.empty())
-            folder.emplace(options_.stems);
-        const ChunkFormat format = chunkFormatOf(all);
-        OutputLayout ofTheMix = all.front().layout;
-        ofTheMix.format = format.layout.format;
-        SoundOutputs outputs(std::move(all), span_.from.number());
-        Progress progress(span_.length(), timeline_.sampleRate, log_,
+    double write(ChunkProducer& chunks, SoundOutputs& outputs) const {
+        const OutputLayout& layout = outputs.chunkLayout();
+        Progress progress(layout.frames, layout.sampleRate, log_,
                           options_.levels.areGiven() ? "writing, pass 2 of 2" : "");
-        PeaksFile peaks(options_.peaks, ofTheMix);
-        ChunkWriter(chunks, format.layout, options_.block)
+        PeaksFile peaks(options_.peaks, layout);
+        ChunkWriter(chunks, layout, options_.block)
             .run(
-                outputs, [&](std::int64_t done) { progress.update(done); },
-                [&](const Chunk& chunk) { peaks.take(chunk); });
+                [&](const Chunk& chunk) {
+                    outputs.write(chunk);
+                    peaks.take(chunk);
+                },
+                [&](std::int64_t done) { progress.update(done); });
         outputs.commit();
         peaks.write();
         for (const OutputOptions::Stored& stored : stored_)
@@ -297,16 +307,6 @@ private:
         for (const std::string& note : outputs.notes())
             log_.note(note);
         return progress.elapsed();
-    }
-
-    static void takeOverloads(MixReport& mixed, const std::vector<Overload>& overloads) {
-        auto next = overloads.begin();
-        const auto take = [&](std::vector<Overload>& channels) {
-            for (Overload& channel : channels)
-                channel = *next++;
-        };
-        take(mixed.channels);
-        std::ranges::for_each(mixed.stems, take);
     }
 
     void requireNoFailure(const MixReport& report) const {

@@ -59,9 +59,9 @@ struct MixOptions : OutputOptions {
     std::filesystem::path stems;
     /// The format that the samples have by themselves, see storedIn().
     std::optional<FormatId> kept;
+
     LevelOptions levels;
     PeaksOptions peaks;
-
     bool noMetadata = false;
     bool list = false;
     /// Of the list: text or json.

@@ -122,11 +122,11 @@ void appendSummary(std::vector<std::string>& lines, const MixReport& report, con
          << " s: " << std::setprecision(1)
          << timesRealTime(run.span.length(), timeline.sampleRate, run.seconds) << " times real time";
     lines.push_back(text.str());
+    if (run.levels)
+        lines.push_back(levelsLine(*run.levels));
     if (!run.muted.empty())
         lines.push_back(mutedLine(run.muted));
     appendStems(lines, report, run);
-    if (run.levels)
-        lines.push_back(levelsLine(*run.levels));
     if (const TimelineSample end = endOfSound(timeline); end.number() < timeline.length && end <= run.span.to)
         lines.push_back("the last sound ends at " + clockAt(timeline, end.number()) + ", the programme at " +
                         clockAt(timeline, timeline.length));

@@ -8,11 +8,10 @@
 
 namespace audlmd::command {
 
-MixedChunks::MixedChunks(Mixer& mixer, TimelineSample from, const ChunkFormat& chunks, std::size_t block,
-                         std::function<void()> mixed)
-    : mixer_(mixer), from_(from), format_(chunks.layout.format), rounding_(chunks.rounding),
-      mixed_(std::move(mixed)),
-      samples_(static_cast<std::size_t>(chunks.layout.channels), std::vector<float>(block)) {}
+MixedChunks::MixedChunks(Mixer& mixer, TimelineSample from, const OutputLayout& chunks, Rounding rounding,
+                         std::size_t block, std::function<void()> mixed)
+    : mixer_(mixer), from_(from), format_(chunks.format), rounding_(rounding), mixed_(std::move(mixed)),
+      samples_(static_cast<std::size_t>(chunks.channels), std::vector<float>(block)) {}
 
 /// Block by block, so that the sums are still in the processor's cache when they are stored.
 void MixedChunks::fill(std::size_t /*part*/, Chunk& chunk) {

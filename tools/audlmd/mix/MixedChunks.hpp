@@ -16,8 +16,8 @@ public:
     /// `from` is the output sample of the timeline with which the output begins. The chunks have as many
     /// channels as the mixer renders: the stems' are behind. After each chunk, `mixed` is called on the
     /// thread that mixes. The mixer must outlive this object.
-    MixedChunks(Mixer& mixer, TimelineSample from, const ChunkFormat& chunks, std::size_t block,
-                std::function<void()> mixed);
+    MixedChunks(Mixer& mixer, TimelineSample from, const OutputLayout& chunks, Rounding rounding,
+                std::size_t block, std::function<void()> mixed);
 
     /// The mixer has threads of its own.
     std::size_t parts() const override { return 1; }

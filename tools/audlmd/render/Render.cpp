@@ -205,16 +205,18 @@ private:
         for (std::size_t n = 0; n < stored_.size(); ++n)
             summary.outputs.push_back({outputs_.sounds()[n].path.string(), stored_[n].format,
                                        clips(stored_[n].format, stored_[n].rounding)});
-        summary.overloadWords = overloadWordsOf(summary.outputs);
-        if (copied_) {
-            CopiedChunks chunks(*copied_, player().plan().settings);
-            summary.seconds = write(chunks);
-        } else if (options_.levels.areGiven())
+        if (options_.levels.areGiven()) {
             renderToLevel(summary);
-        else {
-            RenderedChunks chunks = renderedAs(chunkFormatOf(soundOutputs()));
-            summary.seconds = write(chunks);
-            measureOverload(chunks, summary);
+        } else {
+            SoundOutputs outputs(allOutputs());
+            if (copied_) {
+                CopiedChunks chunks(*copied_, player().plan().settings);
+                summary.seconds = write(chunks, outputs);
+            } else {
+                RenderedChunks chunks = renderedAs(outputs.chunkLayout(), outputs.chunkRounding());
+                summary.seconds = write(chunks, outputs);
+                measureOverload(chunks, summary);
+            }
         }
         for (const Cookie& cookie : cookies_) {
             const MaterialStatistics statistics = cache_->statistics(cookie);
@@ -224,7 +226,33 @@ private:
         log_.result(summary.lines(options_.style.quiet), [&] { return summary.json(); });
     }
 
-    std::vector<SoundOutput> soundOutputs() const {
+    RenderedChunks renderedAs(const OutputLayout& layout, Rounding rounding) {
+        const std::size_t threads =
+            options_.threads != 0 ? options_.threads : std::max(1U, std::thread::hardware_concurrency());
+        return {
+            channels_,         layout, rounding, existing_ ? &*existing_ : nullptr, {options_.block, threads},
+            options_.through()};
+    }
+
+    void renderToLevel(RenderSummary& summary) {
+        std::vector<SoundOutput> all = allOutputs();
+        LevelledChunks levelled(options_.levels, all, 0, options_.threads);
+        RenderedChunks rendered = renderedAs(levelled.floats(), Rounding::nearest);
+        Progress progress(layout_.frames, layout_.sampleRate, log_, "measuring, pass 1 of 2");
+        levelled.measure(rendered, options_.block, [&](std::int64_t done) {
+            requireWholeInput();
+            progress.update(done);
+        });
+        const double measuring = progress.elapsed();
+        SoundOutputs outputs(levelled.told(std::move(all)));
+        levelled.setFormat(outputs.chunkLayout().format, outputs.chunkRounding());
+        summary.seconds = measuring + write(levelled, outputs);
+        summary.levels = levelled.levels();
+        summary.overloads = levelled.overloads();
+        summary.overloadWords = overloadWordsOf(summary.outputs);
+    }
+
+    std::vector<SoundOutput> allOutputs() const {
         std::vector<SoundOutput> outputs;
         for (std::size_t n = 0; n < stored_.size(); ++n) {
             outputs.push_back({outputs_.sounds()[n], layout_, stored_[n].rounding});
@@ -237,52 +265,21 @@ private:
         return outputs;
     }
 
-    RenderedChunks renderedAs(const ChunkFormat& chunks) {
-        const std::size_t threads =
-            options_.threads != 0 ? options_.threads : std::max(1U, std::thread::hardware_concurrency());
-        return {channels_,
-                chunks.layout,
-                chunks.rounding,
-                existing_ ? &*existing_ : nullptr,
-                {options_.block, threads},
-                options_.through()};
-    }
-
-    void renderToLevel(RenderSummary& summary) {
-        const std::vector<SoundOutput> outputs = soundOutputs();
-        const ChunkFormat chunks = chunkFormatOf(outputs);
-        RenderedChunks rendered = renderedAs(floatsOf(chunks));
-        requireHeld(outputs);
-        LevelledChunks levelled(options_.levels, outputs_.sounds().front(), chunks.layout,
-                                clippingIn(outputs), 0, options_.threads);
-        levelled.setFormat(chunks.layout.format, chunks.rounding);
-        Progress progress(layout_.frames, layout_.sampleRate, log_, "measuring, pass 1 of 2");
-        levelled.measure(rendered, options_.block, [&](std::int64_t done) {
-            requireWholeInput();
-            progress.update(done);
-        });
-        const double measuring = progress.elapsed();
-        layout_.levels = levelled.levels().levels;
-        summary.seconds = measuring + write(levelled);
-        summary.levels = levelled.levels();
-        summary.overloads = levelled.overloads();
-    }
-
     /// Returns how long that took, in seconds.
-    double write(ChunkProducer& chunks) const {
-        SoundOutputs outputs(soundOutputs());
-        const OutputLayout layout = chunkFormatOf(soundOutputs()).layout;
+    double write(ChunkProducer& chunks, SoundOutputs& outputs) const {
         Progress progress(layout_.frames, layout_.sampleRate, log_,
                           options_.levels.areGiven() ? "writing, pass 2 of 2" : "");
-        PeaksFile peaks(options_.peaks, layout);
-        ChunkWriter(chunks, layout, options_.block)
+        PeaksFile peaks(options_.peaks, outputs.chunkLayout());
+        ChunkWriter(chunks, outputs.chunkLayout(), options_.block)
             .run(
-                outputs,
+                [&](const Chunk& chunk) {
+                    outputs.write(chunk);
+                    peaks.take(chunk);
+                },
                 [&](std::int64_t done) {
                     requireWholeInput();
                     progress.update(done);
-                },
-                [&](const Chunk& chunk) { peaks.take(chunk); });
+                });
         outputs.commit();
         peaks.write();
         for (const std::string& note : outputs.notes())
@@ -294,8 +291,8 @@ private:
     /// knows which of the samples at full scale were louder.
     void measureOverload(const RenderedChunks& chunks, RenderSummary& summary) const {
         const bool byLibrary = options_.through() == RenderedChannel::Through::outputTypes;
-        if (byLibrary)
-            summary.overloadWords = {"clipped or at full scale"};
+        summary.overloadWords = byLibrary ? std::vector<std::string>{"clipped or at full scale"}
+                                          : overloadWordsOf(summary.outputs);
         for (const RenderedChunks::Clipped& clipped : chunks.clipped())
             summary.overloads.push_back(byLibrary ? clipped.atLimits : clipped.meter.overload());
     }
