@@ -108,16 +108,10 @@ void OpenStrip::render(std::size_t channel, TimelineSpan span) {
                                static_cast<std::size_t>(span.to - span.from), span.from);
 }
 
-std::size_t OpenStrip::termsIn(std::size_t outputChannel) const {
-    return static_cast<std::size_t>(
-        std::ranges::count_if(channels_, [&](const std::unique_ptr<StripChannel>& channel) {
-            return channel->isIn(outputChannel);
-        }));
-}
-
-void OpenStrip::addTo(std::size_t outputChannel, std::span<float> bus) const {
+void OpenStrip::appendTerms(std::size_t outputChannel, TimelineSpan span, std::vector<BusTerm>& terms) const {
     for (const std::unique_ptr<StripChannel>& channel : channels_)
-        channel->addTo(outputChannel, bus);
+        if (const float gain = channel->gainIn(outputChannel); gain != 0.0F)
+            terms.push_back({channel->samples(), gain, span});
 }
 
 double OpenStrip::seconds() const {

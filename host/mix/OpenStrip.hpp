@@ -22,6 +22,14 @@ Media prepare(const Media& media, int sampleRate, const Relabel& relabel = {});
 /// for times or a gain out of range, and what StripPlan throws.
 TimelineSpan soundingSpan(const TimelineStrip& strip, int sampleRate);
 
+/// Samples that are summed into a bus.
+struct BusTerm {
+    std::span<const float> samples;
+    float gain;
+    /// Where they lie; as long as they are.
+    TimelineSpan span;
+};
+
 /// A strip while it is open.
 class OpenStrip {
 public:
@@ -52,10 +60,9 @@ public:
     /// Renders one channel, counted from 0 to channels(). The span lies where the strip sounds, and is not
     /// longer than a block. Different channels may be rendered at the same time.
     void render(std::size_t channel, TimelineSpan span);
-    /// How many channels addTo() adds to an output channel.
-    std::size_t termsIn(std::size_t outputChannel) const;
-    /// Adds all channels as they were rendered last to an output channel: `bus` begins where their span does.
-    void addTo(std::size_t outputChannel, std::span<float> bus) const;
+    /// What goes into an output channel, as it was rendered last: one term for each channel of the media that
+    /// is heard there. `span` is where that was.
+    void appendTerms(std::size_t outputChannel, TimelineSpan span, std::vector<BusTerm>& terms) const;
 
     /// The processor time that rendering has taken, in seconds.
     double seconds() const;

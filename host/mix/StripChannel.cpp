@@ -1,7 +1,5 @@
 #include "host/mix/StripChannel.hpp"
 
-#include "host/signal/BlockLoops.hpp"
-
 #include <algorithm>
 #include <cmath>
 #include <ctime>
@@ -84,11 +82,6 @@ void StripChannel::moveTo(OutputSample position) {
     while (player_.position() != position)
         player_.renderFloats(std::span(block_).first(
             std::min(block_.size(), static_cast<std::size_t>(position - player_.position()))));
-}
-
-void StripChannel::addTo(std::size_t outputChannel, std::span<float> bus) const {
-    if (isIn(outputChannel))
-        audlmd::addTo(bus, std::span(block_).first(rendered_), gains_[outputChannel]);
 }
 
 } // namespace audlmd

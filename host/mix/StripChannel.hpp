@@ -29,10 +29,10 @@ public:
 
     /// Renders so many samples of the player, from `position` on, which are heard from `at` on.
     void render(OutputSample position, std::size_t count, TimelineSample at);
-    /// Whether addTo() adds anything to an output channel.
-    bool isIn(std::size_t outputChannel) const { return gains_[outputChannel] != 0.0F; }
-    /// Adds what was rendered last to an output channel.
-    void addTo(std::size_t outputChannel, std::span<float> bus) const;
+    /// What was rendered last.
+    std::span<const float> samples() const { return std::span(block_).first(rendered_); }
+    /// By which it goes into an output channel.
+    float gainIn(std::size_t outputChannel) const { return gains_[outputChannel]; }
 
     /// The processor time that rendering has taken, in seconds.
     double seconds() const { return seconds_; }

@@ -43,7 +43,8 @@ struct TimelineStrip {
     std::optional<Routing> routing;
 };
 
-/// Strips that a user sees as one row. A track changes nothing of the sound: strips that overlap are summed.
+/// Strips that a user sees as one row. A track changes nothing of the sound but the order in which strips are
+/// summed, see Mixer.
 struct TimelineTrack {
     std::string name;
     std::vector<TimelineStrip> strips;

@@ -10,53 +10,78 @@ namespace {
 
 constexpr std::size_t mostSpansOfTheOutput = 1024;
 
-std::size_t termsIn(std::size_t channel, std::span<const SoundingStrip> strips) {
-    std::size_t terms = 0;
-    for (const SoundingStrip& sounding : strips)
-        terms += sounding.strip->termsIn(channel);
-    return terms;
+std::span<float> partOf(std::span<float> bus, TimelineSample start, TimelineSpan span) {
+    return bus.subspan(static_cast<std::size_t>(span.from - start), static_cast<std::size_t>(span.length()));
 }
 
-void add(std::span<const SoundingStrip> strips, std::size_t channel, TimelineSpan block,
-         std::span<float> bus) {
-    for (const auto& [strip, track, span] : strips)
-        strip->addTo(channel, bus.subspan(static_cast<std::size_t>(span.from - block.from),
-                                          static_cast<std::size_t>(span.length())));
+std::span<const float> samplesIn(const BusTerm& term, TimelineSpan span) {
+    return term.samples.subspan(static_cast<std::size_t>(span.from - term.span.from),
+                                static_cast<std::size_t>(span.length()));
+}
+
+/// The part of a term in `span`, if there is one.
+void add(const BusTerm& term, TimelineSpan span, TimelineSample start, std::span<float> bus) {
+    if (span.from < span.to)
+        addTo(partOf(bus, start, span), samplesIn(term, span), term.gain);
+}
+
+void add(const std::vector<BusTerm>& terms, TimelineSample start, std::span<float> bus) {
+    for (const BusTerm& term : terms)
+        add(term, term.span, start, bus);
+}
+
+/// Two terms as one sum where both are, in one pass.
+void addBoth(const BusTerm& a, const BusTerm& b, TimelineSample start, std::span<float> bus) {
+    const TimelineSample from = std::max(a.span.from, b.span.from);
+    const TimelineSpan both{.from = from, .to = std::max(from, std::min(a.span.to, b.span.to))};
+    for (const BusTerm* term : {&a, &b}) {
+        add(*term, {.from = term->span.from, .to = std::min(both.from, term->span.to)}, start, bus);
+        add(*term, {.from = std::max(both.to, term->span.from), .to = term->span.to}, start, bus);
+    }
+    if (both.from < both.to)
+        addTo(partOf(bus, start, both), samplesIn(a, both), a.gain, samplesIn(b, both), b.gain);
 }
 
 } // namespace
 
 TrackSums::TrackSums(std::size_t channels, std::size_t stems, std::size_t block)
-    : channels_(channels), tracks_(stems == 0 ? channels : 0, std::vector<float>(block)),
+    : hasStems_(stems != 0),
+      channels_(channels, Channel{.terms = {}, .track = std::vector<float>(hasStems_ ? 0 : block)}),
       meters_(channels * (stems + 1), OverloadMeter(mostSpansOfTheOutput)) {}
 
-/// The first track that sounds, and a track of one term, may go straight into the output: a bus that begins
-/// with +0.0 never holds -0.0, so that adding to +0.0 first changes nothing.
+/// A bus that begins with +0.0 never holds -0.0, so that adding to +0.0 first changes nothing.
+bool TrackSums::addDirectly(const std::vector<BusTerm>& terms, bool isFirst, TimelineSample start,
+                            std::span<float> output) {
+    if (isFirst || terms.size() < 2)
+        add(terms, start, output);
+    else if (terms.size() == 2)
+        addBoth(terms[0], terms[1], start, output);
+    else
+        return false;
+    return true;
+}
+
 void TrackSums::sum(std::size_t channel, TimelineSpan block, std::span<const SoundingStrip> strips,
                     std::span<const std::span<float>> buffers) {
-    for (std::size_t buffer = channel; buffer < buffers.size(); buffer += channels_)
+    for (std::size_t buffer = channel; buffer < buffers.size(); buffer += channels_.size())
         std::ranges::fill(buffers[buffer], 0.0F);
     const std::span<float> output = buffers[channel];
-    const bool hasStems = tracks_.empty();
+    auto& [terms, scratch] = channels_[channel];
     bool isFirst = true;
-    while (!strips.empty()) {
-        const std::size_t track = strips.front().track;
-        const auto end = std::ranges::find_if(
-            strips, [track](const SoundingStrip& sounding) { return sounding.track != track; });
-        const auto own = strips.first(static_cast<std::size_t>(end - strips.begin()));
-        strips = strips.subspan(own.size());
-        if (!hasStems && (std::exchange(isFirst, false) || termsIn(channel, own) < 2)) {
-            add(own, channel, block, output);
+    for (auto strip = strips.begin(); strip != strips.end();) {
+        const std::size_t track = strip->track;
+        terms.clear();
+        for (; strip != strips.end() && strip->track == track; ++strip)
+            strip->strip->appendTerms(channel, strip->span, terms);
+        if (!hasStems_ && addDirectly(terms, std::exchange(isFirst, false), block.from, output))
             continue;
-        }
-        const std::size_t stem = (track + 1) * channels_ + channel;
-        const std::span<float> sum =
-            hasStems ? buffers[stem] : std::span(tracks_[channel]).first(output.size());
-        if (!hasStems)
+        const std::size_t stem = (track + 1) * channels_.size() + channel;
+        const std::span<float> sum = hasStems_ ? buffers[stem] : std::span(scratch).first(output.size());
+        if (!hasStems_)
             std::ranges::fill(sum, 0.0F);
-        add(own, channel, block, sum);
+        add(terms, block.from, sum);
         addTo(output, sum, 1.0F);
-        if (hasStems)
+        if (hasStems_)
             meters_[stem].measure(sum, 1.0F, block.from);
     }
     meters_[channel].measure(output, 1.0F, block.from);
@@ -64,9 +89,10 @@ void TrackSums::sum(std::size_t channel, TimelineSpan block, std::span<const Sou
 
 void TrackSums::tell(MixReport& report) const {
     for (std::size_t buffer = 0; buffer < meters_.size(); ++buffer) {
-        if (buffer >= channels_ && buffer % channels_ == 0)
+        if (buffer >= channels_.size() && buffer % channels_.size() == 0)
             report.stems.emplace_back();
-        (buffer < channels_ ? report.channels : report.stems.back()).push_back(meters_[buffer].overload());
+        (buffer < channels_.size() ? report.channels : report.stems.back())
+            .push_back(meters_[buffer].overload());
     }
 }
 

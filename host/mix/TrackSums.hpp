@@ -24,7 +24,7 @@ public:
     /// they are not wanted by themselves.
     TrackSums(std::size_t channels, std::size_t stems, std::size_t block);
 
-    std::size_t channels() const { return channels_; }
+    std::size_t channels() const { return channels_.size(); }
     /// The channels of the output, and behind them those of each stem.
     std::size_t buffers() const { return meters_.size(); }
 
@@ -37,9 +37,20 @@ public:
     void tell(MixReport& report) const;
 
 private:
-    std::size_t channels_;
-    /// For a track with several terms in one channel, where it has no stem: of each channel one block.
-    std::vector<std::vector<float>> tracks_;
+    /// Of one channel of the output, which one thread sums at a time.
+    struct Channel {
+        /// Of the track that is summed.
+        std::vector<BusTerm> terms;
+        /// One block, for a track of many terms without a stem.
+        std::vector<float> track;
+    };
+
+    /// The first track that sounds, and tracks of one or two terms, need no bus of their own.
+    static bool addDirectly(const std::vector<BusTerm>& terms, bool isFirst, TimelineSample start,
+                            std::span<float> output);
+
+    bool hasStems_;
+    std::vector<Channel> channels_;
     /// One for each buffer.
     std::vector<OverloadMeter> meters_;
 };

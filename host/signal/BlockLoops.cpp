@@ -20,6 +20,20 @@ void addTo(std::span<float> bus, std::span<const float> input, float gain) {
         bus[i] += input[i] * gain;
 }
 
+void addTo(std::span<float> bus, std::span<const float> a, float gainOfA, std::span<const float> b,
+           float gainOfB) {
+    const std::size_t whole = bus.size() / 4 * 4;
+    const __m128 gainsOfA = _mm_set1_ps(gainOfA);
+    const __m128 gainsOfB = _mm_set1_ps(gainOfB);
+    for (std::size_t i = 0; i < whole; i += 4) {
+        const __m128 sum =
+            _mm_add_ps(_mm_mul_ps(_mm_loadu_ps(&a[i]), gainsOfA), _mm_mul_ps(_mm_loadu_ps(&b[i]), gainsOfB));
+        _mm_storeu_ps(&bus[i], _mm_add_ps(_mm_loadu_ps(&bus[i]), sum));
+    }
+    for (std::size_t i = whole; i < bus.size(); ++i)
+        bus[i] += a[i] * gainOfA + b[i] * gainOfB;
+}
+
 void multiply(std::span<float> samples, float gain) {
     const std::size_t whole = samples.size() / 4 * 4;
     const __m128 gains = _mm_set1_ps(gain);

@@ -10,6 +10,10 @@ namespace audlmd {
 /// Adds `gain` times the input to the bus, sample by sample. Both have one length.
 void addTo(std::span<float> bus, std::span<const float> input, float gain);
 
+/// Adds the sum of two products to the bus: bus + (a * gainOfA + b * gainOfB). All have one length.
+void addTo(std::span<float> bus, std::span<const float> a, float gainOfA, std::span<const float> b,
+           float gainOfB);
+
 /// Multiplies all samples by a gain, in place.
 void multiply(std::span<float> samples, float gain);
 

@@ -463,6 +463,7 @@ TEST_F(Files, AppearWholeOrNotAtAllWhicheverWriteFails) {
         try {
             command::OutputFile file(command::OutputTarget(in(name)), layout);
             file.write(samples.data(), 1001);
+            file.complete();
             file.commit();
             return true;
         } catch (const command::CommandError&) {

@@ -75,6 +75,8 @@ TEST_F(Join, JoinsTheSlicesOfAMixToTheWholeAndItsReport) {
         nlohmann::json all = nlohmann::json::parse(readBytes(in("all.json")));
         EXPECT_EQ(whole["channels"][0]["samples"], 9600) << kind;
         EXPECT_EQ(whole["exitStatus"], 4) << kind;
+        EXPECT_EQ(all["outputs"][0]["output"], "joined." + extension);
+        all["outputs"][0]["output"] = "whole." + extension;
         for (nlohmann::json* report : {&whole, &all})
             for (const char* key : {"seconds", "slowest", "output"})
                 report->erase(key);

@@ -4,9 +4,14 @@
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
+#include <sndfile.hh>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
+#include <random>
+#include <set>
 #include <string>
 #include <sys/stat.h>
 
@@ -162,6 +167,67 @@ TEST_F(MixCommand, CutsSlicesAndPartsThatJoinToTheWhole) {
     output("mix film.json -o part.raw --format s24 --dither --from 40000smp --to 1s --slice 2/2");
     constexpr std::size_t frame = 6;
     EXPECT_TRUE(readBytes(in("part.raw")) == whole.substr(44000 * frame, 4000 * frame));
+}
+
+/// Of what stands in a folder, in the order of names, from +0.0 on.
+Channels sumOf(const Path& folder) {
+    Channels sum;
+    std::set<Path> stems;
+    for (const auto& entry : std::filesystem::directory_iterator(folder))
+        stems.insert(entry.path());
+    for (const Path& path : stems) {
+        const Channels stem = readSound(path);
+        sum.resize(stem.size(), std::vector<float>(stem.front().size()));
+        for (std::size_t channel = 0; channel < stem.size(); ++channel)
+            std::ranges::transform(sum[channel], stem[channel], sum[channel].begin(), std::plus());
+    }
+    return sum;
+}
+
+TEST_F(MixCommand, IsTheSumOfItsStems) {
+    writeSound(in("a.wav"), noise(2, 60'000));
+    writeSound(in("b.wav"), noise(6, 60'000, 2), 44100);
+    std::mt19937 random(5);
+    for (int round = 0; round < 4; ++round) {
+        nlohmann::json film{{"audlmd", 1}, {"sampleRate", 48000}, {"channels", 2}, {"length", 50'000}};
+        for (const std::string name : {"voices", "a/b: \u00e9", "", "empty"}) {
+            nlohmann::json strips = nlohmann::json::array();
+            for (int strip = name == "empty" ? 6 : round; strip < 6; ++strip)
+                strips.push_back({{"media", random() % 2 == 0 ? "a.wav" : "b.wav"},
+                                  {"at", random() % 40'000},
+                                  {"from", 0},
+                                  {"to", 9000 + random() % 9000},
+                                  {"gain", static_cast<double>(random() % 20) - 15.3}});
+            film["tracks"].push_back({{"name", name}, {"strips", strips}});
+        }
+        writeBytes(in("film.json"), film.dump());
+        const std::string slice = " --slice " + std::to_string(round % 3 + 1) + "/3";
+        output("mix film.json -o alone.wav" + slice);
+        EXPECT_THAT(output("mix film.json -o mix.wav --stems stems --report r.json" + slice),
+                    HasSubstr("stem 'stems/04 empty.wav': silent"));
+        EXPECT_TRUE(readBytes(in("mix.wav")) == readBytes(in("alone.wav")));
+        EXPECT_TRUE(sumOf(in("stems")) == readSound(in("mix.wav"))) << film;
+        const auto stems = nlohmann::json::parse(readBytes(in("r.json")))["stems"];
+        ASSERT_EQ(stems.size(), 4U);
+        EXPECT_EQ(stems[1]["output"], "stems/02 a_b_ \u00e9.wav");
+        EXPECT_EQ(stems[2]["output"], "stems/03.wav");
+    }
+    EXPECT_EQ(SndfileHandle(in("stems/01 voices.wav").string()).getString(SF_STR_TITLE),
+              std::string("voices"));
+    // What is muted is silent, and the rest as it was.
+    const std::string first = readBytes(in("stems/01 voices.wav"));
+    EXPECT_THAT(output("mix film.json -o mix.wav --stems stems --only 1 --slice 1/3"), HasSubstr("muted: "));
+    EXPECT_TRUE(readBytes(in("stems/01 voices.wav")) == first);
+    EXPECT_EQ(readSound(in("mix.wav")), readSound(in("stems/01 voices.wav")));
+    output("mix film.json -o muted.wav --mute 2 3 --slice 1/3");
+    EXPECT_TRUE(readSound(in("muted.wav")) == readSound(in("mix.wav")));
+    expectRefused("mix film.json -o mix.wav --mute voice",
+                  "there is no track 'voice'; did you mean 'voices'?");
+    expectRefused("mix film.json --stems stems", "name the file of the mix");
+    expectRefused("mix film.json -o stems/03.wav --stems stems", "are one file");
+    writeBytes(in("file"), "");
+    expectRefused("mix film.json -o mix.wav --stems file", "'file' cannot be written", 5);
+    expectRefused("mix film.json -o no/mix.wav --stems new", "'no/mix.wav' cannot be written", 5);
 }
 
 TEST_F(MixCommand, SaysWhichMediaAreMissingAndFindsThemAgain) {

@@ -114,7 +114,7 @@ TEST_F(Refusals, OfOutputThatCannotBeWritten) {
     for (const auto& [name, part] :
          Refused{{"/dev/full", "'/dev/full' cannot be written: "},
                  {"nowhere/out.wav", "'nowhere/out.wav' cannot be written: "},
-                 {"out.mp3", "the extension names the kind of file"},
+                 {"out.m4a", "the extension names the kind of file"},
                  {"o.flac --channels 5.1film", "L C R Ls Rs LFE for L R C LFE Ls Rs"},
                  {"o.rf64 --channels 7.1film", "use --channels 7.1"},
                  {std::string(300, 'a') + ".wav", "a.wav' cannot be written: File name too long"},

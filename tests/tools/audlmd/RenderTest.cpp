@@ -14,9 +14,12 @@
 #include <numbers>
 #include <span>
 #include <sstream>
+#include <tuple>
 
 namespace audlmd::test {
 namespace {
+
+using testing::HasSubstr;
 
 class Render : public CommandFixture {
 protected:
@@ -64,6 +67,37 @@ TEST_F(Render, WritesEachInputIntoAFolderAlsoBehindOneThatFails) {
     EXPECT_EQ(readSound(in("new/b_x.wav")), readSound(in("b.ogg")));
     output("render a.wav b.ogg -o new --kind w64");
     EXPECT_EQ(readSound(in("new/b.w64")), readSound(in("b.ogg")));
+}
+
+TEST_F(Render, WritesSeveralOutputsFromOnePassOrNone) {
+    writeSound(in("a.wav"), noise(2, 9000));
+    writeSound(in("s.wav"), noise(2, 9000), 48000, SF_FORMAT_WAV | SF_FORMAT_PCM_32);
+    for (const std::string line : {"render a.wav --gain 3", "mix a.wav s.wav", "render s.wav"})
+        for (const std::string how : {"", " --format s16", " --format s16 --dither", " --truncate"}) {
+            if (line == "render s.wav" && how.empty())
+                continue;
+            for (const std::string name : {"x.wav", "x.flac", "x.raw"})
+                output(line + how + " -o alone" + name);
+            const std::string told = output(line + how + " -o x.wav -o x.flac -o x.raw -o x.ogg -o x.mp3");
+            for (const std::string name : {"x.wav", "x.flac", "x.raw"})
+                EXPECT_TRUE(readBytes(in(name)) == readBytes(in("alone" + name))) << line << how << name;
+            EXPECT_EQ(told.find("--format is not for it") != told.npos, how.starts_with(" --format")) << told;
+            for (const std::string name : {"x.ogg", "x.mp3"})
+                EXPECT_EQ(readSound(in(name))[1].size(), 9000U) << line << how << name;
+        }
+    EXPECT_THAT(output("render a.wav --gain 9 -o x.wav -o x.flac"),
+                testing::AllOf(HasSubstr("clipped in 'x.flac': channel 1: "),
+                               HasSubstr("not clipped in 'x.wav': channel 2: ")));
+    EXPECT_THAT(output("render a.wav --gain 9 -o x.wav -o x.flac --json --quiet"),
+                HasSubstr(R"("clips":true,"format":"s24","output":"x.flac")"));
+    for (const auto& [outputs, part, status] :
+         {std::tuple{"-o new.wav -o no/x.flac", "'no/x.flac' cannot be written", 5},
+          {"-o new.wav -o ./new.wav", "are one file", 2},
+          {"-o new.wav -o a.wav", "is the input", 2},
+          {"-o new.flac -o new.wav --format f32", "does not hold f32", 2},
+          {"-o new.wav -o new.mp3 --rate 12345", "new.mp3' cannot be written: as a MP3 file", 5}})
+        expectRefused(std::string("render a.wav ") + outputs, part, status);
+    expectRefused("render s.wav -o new.wav -o new.ogg", "32-bit samples");
 }
 
 TEST_F(Render, TakesATimeInEveryNotation) {

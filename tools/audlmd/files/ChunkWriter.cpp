@@ -1,7 +1,5 @@
 #include "tools/audlmd/files/ChunkWriter.hpp"
 
-#include "tools/audlmd/files/SampleLayouts.hpp"
-
 #include <algorithm>
 #include <utility>
 
@@ -28,19 +26,14 @@ ChunkWriter::ChunkWriter(ChunkProducer& producer, const OutputLayout& layout, st
     : producer_(producer), layout_(layout), parts_(producer.parts()),
       chunkFrames_(chooseChunk(layout, block)),
       chunks_((static_cast<std::size_t>(layout.frames) + chunkFrames_ - 1) / chunkFrames_),
-      ring_(std::min(ringLength, chunks_)), interleaved_(chunkFrames_ * layout.frameBytes()),
-      partsLeft_(ring_.size()) {
+      ring_(std::min(ringLength, chunks_)), partsLeft_(ring_.size()) {
     for (Chunk& chunk : ring_)
         chunk.channels.assign(static_cast<std::size_t>(layout.channels),
                               std::vector<std::byte>(chunkFrames_ * outputFormat(layout.format).bytes));
 }
 
-void ChunkWriter::run(OutputFile& output, const std::function<void(std::int64_t)>& written) {
-    run([&](const Chunk& chunk) { write(chunk, output); }, written);
-}
-
 void ChunkWriter::run(const std::function<void(const Chunk&)>& take,
-                      const std::function<void(std::int64_t)>& written) {
+                      const std::function<void(std::int64_t)>& taken) {
     std::vector<std::jthread> threads;
     try {
         start(threads);
@@ -50,7 +43,7 @@ void ChunkWriter::run(const std::function<void(const Chunk&)>& take,
             waitFor(number);
             const Chunk& chunk = ring_[slotOf(number)];
             take(chunk);
-            written(chunk.from + static_cast<std::int64_t>(chunk.frames));
+            taken(chunk.from + static_cast<std::int64_t>(chunk.frames));
             if (number + ring_.size() < chunks_)
                 open(number + ring_.size());
         }
@@ -92,16 +85,6 @@ void ChunkWriter::waitFor(std::size_t number) {
     });
     if (failure_ != nullptr)
         std::rethrow_exception(failure_);
-}
-
-void ChunkWriter::write(const Chunk& chunk, OutputFile& output) {
-    if (chunk.channels.size() == 1)
-        return output.write(chunk.channels.front().data(), chunk.frames);
-    std::vector<const std::byte*> channels;
-    for (const std::vector<std::byte>& channel : chunk.channels)
-        channels.push_back(channel.data());
-    interleave(channels, outputFormat(layout_.format).bytes, chunk.frames, interleaved_.data());
-    output.write(interleaved_.data(), chunk.frames);
 }
 
 void ChunkWriter::work(std::size_t part) {

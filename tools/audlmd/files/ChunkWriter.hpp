@@ -1,7 +1,7 @@
 #pragma once
 
 #include "host/services/Threads.hpp"
-#include "tools/audlmd/files/OutputFile.hpp"
+#include "tools/audlmd/files/SoundOutputs.hpp"
 
 #include <condition_variable>
 #include <cstddef>
@@ -13,16 +13,17 @@
 
 namespace audlmd::command {
 
-/// A part of an output, each channel alone.
+/// A part of what a pass writes, each channel alone: of several outputs the channels of the first one, and
+/// those of the others behind.
 struct Chunk {
     /// The first frame in the output.
     std::int64_t from = 0;
     std::size_t frames = 0;
-    /// In containers of the output's format, with room for the longest chunk.
+    /// In containers of the chunks' format, with room for the longest chunk.
     std::vector<std::vector<std::byte>> channels;
 };
 
-/// What fills the chunks of an output.
+/// What fills the chunks of outputs.
 class ChunkProducer {
 public:
     virtual ~ChunkProducer() = default;
@@ -37,20 +38,19 @@ public:
     virtual void fill(std::size_t part, Chunk& chunk) = 0;
 };
 
-/// Writes an output chunk by chunk. Threads fill a ring of chunks; meanwhile the calling thread prepares
-/// empty ones, and interleaves and writes those that are full. The threads wait for each other only once in a
+/// Writes outputs chunk by chunk. Threads fill a ring of chunks; meanwhile the calling thread prepares
+/// empty ones, and writes those that are full. The threads wait for each other only once in a
 /// chunk.
 class ChunkWriter {
 public:
-    /// A chunk has whole blocks, of so many frames. The producer must outlive the writer.
+    /// The layout is that of the chunks. A chunk has whole blocks, of so many frames. The producer must
+    /// outlive the writer.
     ChunkWriter(ChunkProducer& producer, const OutputLayout& layout, std::size_t block);
 
-    /// Writes all frames of the layout. Calls `written` after every chunk with the number of frames written
-    /// so far; meanwhile later chunks are filled. Throws what the producer, the output or `written` throws,
-    /// when all threads have ended. Call this once.
-    void run(OutputFile& output, const std::function<void(std::int64_t)>& written);
-    /// The same, but `take` gets the chunks in place of an output.
-    void run(const std::function<void(const Chunk&)>& take, const std::function<void(std::int64_t)>& written);
+    /// Hands all chunks over, in order. Calls `taken` after every one with the number of frames so far;
+    /// meanwhile later chunks are filled. Throws what the producer, `take` or `taken` throws, when all
+    /// threads have ended. Call this once.
+    void run(const std::function<void(const Chunk&)>& take, const std::function<void(std::int64_t)>& taken);
 
 private:
     void start(std::vector<std::jthread>& threads);
@@ -60,7 +60,6 @@ private:
     void open(std::size_t number);
     /// Waits until a chunk is full. Rethrows the exception of a thread that failed.
     void waitFor(std::size_t number);
-    void write(const Chunk& chunk, OutputFile& output);
 
     /// The threads.
     void work(std::size_t part);
@@ -77,8 +76,6 @@ private:
     /// A chunk belongs to the threads from open() until all its parts are filled, and else to the calling
     /// thread.
     std::vector<Chunk> ring_;
-    /// One chunk with the channels side by side. Used by the calling thread only.
-    std::vector<std::byte> interleaved_;
 
     Mutex mutex_;
     std::condition_variable opened_;

@@ -22,6 +22,10 @@ constexpr std::array fileKinds{
     FileKind{"W64", "w64", "", SF_FORMAT_W64, true, 0},
     FileKind{"RF64", "rf64", "", SF_FORMAT_RF64, true, 0},
     FileKind{"AU", "au", "snd", SF_FORMAT_AU, false, fourGibibytes},
+    FileKind{"Ogg Vorbis", "ogg", "oga", SF_FORMAT_OGG, false, 0, SF_FORMAT_VORBIS},
+    FileKind{"Opus", "opus", "", SF_FORMAT_OGG, false, 0, SF_FORMAT_OPUS},
+    FileKind{"MP3", "mp3", "", SF_FORMAT_MPEG, false, 0, SF_FORMAT_MPEG_LAYER_III},
+    // The last one: see rawFileKind().
     FileKind{"RAW", "raw", "pcm", SF_FORMAT_RAW | SF_ENDIAN_LITTLE, true, 0},
 };
 
@@ -77,6 +81,8 @@ const FileKind& rawFileKind() {
 std::optional<int> subtypeIn(const FileKind& kind, FormatId format) {
     const bool raw = (kind.type & SF_FORMAT_TYPEMASK) == SF_FORMAT_RAW;
     const int subtype = [&]() -> int {
+        if (kind.lossy != 0)
+            return format == FormatId::f32 ? kind.lossy : 0;
         switch (format) {
         case FormatId::f32:
             return SF_FORMAT_FLOAT;
@@ -136,7 +142,7 @@ void requireHolds(const FileKind& kind, FormatId format, std::uint64_t dataBytes
         throw CommandError("'" + path.string() + "': a " + std::string(kind.name) + " file does not hold " +
                            std::string(outputFormat(format).name) +
                            " samples; these do: " + joinExtensions([format](const FileKind& other) {
-                               return subtypeIn(other, format).has_value();
+                               return other.lossy == 0 && subtypeIn(other, format).has_value();
                            }));
     if (kind.maxDataBytes != 0 && dataBytes > kind.maxDataBytes)
         throw CommandError("'" + path.string() + "': " + std::string(kind.name) +

@@ -12,7 +12,7 @@
 
 namespace audlmd::command {
 
-/// A kind of audio file that keeps every bit of its samples. The extension of a name chooses the kind.
+/// A kind of audio file. The extension of a name chooses the kind.
 struct FileKind {
     std::string_view name;
     /// Lower case, without the point. A kind with one extension leaves the other one empty.
@@ -25,6 +25,9 @@ struct FileKind {
     bool littleEndian;
     /// The most sample data that the header can state, in bytes. 0: no limit.
     std::uint64_t maxDataBytes;
+    /// libsndfile's SF_FORMAT_ number of the encoding where that keeps no sample as it is. 0: every bit is
+    /// kept. Such a kind takes f32 only.
+    int lossy = 0;
 };
 
 /// The kind that the extension of `path` names, in any case of letters, or null. Use this where a name

@@ -50,16 +50,35 @@ std::string limitText(const LevelOptions& options, const DeliveryGain& gain, con
                              ", where " + std::string(outputFormat(*clipping).name) + " clips");
 }
 
+OutputLayout floatsOf(const std::vector<SoundOutput>& outputs) {
+    OutputLayout layout{.sampleRate = outputs.front().layout.sampleRate,
+                        .frames = outputs.front().layout.frames,
+                        .speakers = outputs.front().layout.speakers};
+    for (const SoundOutput& output : outputs)
+        layout.channels =
+            std::max(layout.channels, static_cast<int>(output.firstChannel) + output.layout.channels);
+    return layout;
+}
+
+/// Of an output that holds the measured channels.
+std::optional<FormatId> clippingIn(const std::vector<SoundOutput>& outputs) {
+    for (const SoundOutput& output : outputs)
+        if (output.firstChannel == 0 && clips(output.layout.format, output.rounding))
+            return output.layout.format;
+    return std::nullopt;
+}
+
 } // namespace
 
-LevelledChunks::LevelledChunks(const LevelOptions& options, const OutputPath& output,
-                               const OutputLayout& layout, std::optional<FormatId> clipping,
+LevelledChunks::LevelledChunks(const LevelOptions& options, const std::vector<SoundOutput>& outputs,
                                TimelineSample from, std::size_t threads)
-    : options_(options), layout_(layout), clipping_(clipping), from_(from),
-      spool_(output, static_cast<std::size_t>(layout.channels), layout.frames),
-      meter_(meterFor(options, layout)),
-      overloads_(static_cast<std::size_t>(layout.channels), OverloadMeter(mostSpansOfAStrip)) {
-    layout_.format = FormatId::f32;
+    : options_(options), layout_(floatsOf(outputs)), clipping_(clippingIn(outputs)), from_(from),
+      spool_(outputs.front().target, static_cast<std::size_t>(layout_.channels), layout_.frames),
+      meter_(meterFor(options, layout_)),
+      overloads_(static_cast<std::size_t>(layout_.channels), OverloadMeter(mostSpansOfAStrip)) {
+    for (const SoundOutput& output : outputs)
+        requireHolds(*output.target.kind, output.layout.format, output.layout.dataBytes(),
+                     output.target.path);
     parts_ = std::min(threads != 0 ? threads : std::max(1U, std::thread::hardware_concurrency()),
                       overloads_.size());
 }
@@ -74,7 +93,7 @@ void LevelledChunks::measure(ChunkProducer& floats, std::size_t block,
                     samples.emplace_back(reinterpret_cast<const float*>(channel.data()), chunk.frames);
                 for (std::size_t channel = 0; channel < samples.size(); ++channel)
                     spool_.write(channel, chunk.from, samples[channel]);
-                meter_.add(std::span(samples).first(layout_.speakers.size()));
+                meter_.add(std::span(samples).first(measured()));
             },
             done);
     const ProgrammeLevels programme = meter_.levels();
@@ -86,7 +105,7 @@ void LevelledChunks::measure(ChunkProducer& floats, std::size_t block,
 ProgrammeLevels LevelledChunks::measuredLouder(double decibels) const {
     constexpr std::int64_t most = 65536;
     ProgrammeMeter meter = meterFor(options_, layout_);
-    std::vector<std::vector<float>> samples(layout_.speakers.size());
+    std::vector<std::vector<float>> samples(measured());
     for (std::int64_t from = 0; from < layout_.frames; from += most) {
         for (std::size_t channel = 0; channel < samples.size(); ++channel) {
             samples[channel].resize(static_cast<std::size_t>(std::min(most, layout_.frames - from)));
@@ -133,16 +152,34 @@ void LevelledChunks::setFormat(FormatId format, Rounding rounding) {
     rounding_ = rounding;
 }
 
+std::vector<SoundOutput> LevelledChunks::told(std::vector<SoundOutput> outputs) const {
+    for (SoundOutput& output : outputs)
+        if (output.firstChannel == 0)
+            output.layout.levels = levels_.levels;
+    return outputs;
+}
+
+void LevelledChunks::take(std::size_t channel, std::int64_t from, std::span<float> samples) const {
+    if (channel >= measured() || spool_.channels() == measured()) {
+        spool_.read(channel, from, samples);
+        return multiply(samples, gain_);
+    }
+    std::ranges::fill(samples, 0.0F);
+    std::vector<float> term(samples.size());
+    for (std::size_t behind = channel + measured(); behind < spool_.channels(); behind += measured()) {
+        spool_.read(behind, from, term);
+        addTo(samples, term, gain_);
+    }
+}
+
 /// Part 0 of three fills channels 0, 3, 6 and so on.
 void LevelledChunks::fill(std::size_t part, Chunk& chunk) {
     std::vector<float> samples(chunk.frames);
     for (std::size_t channel = part; channel < chunk.channels.size(); channel += parts_) {
-        spool_.read(channel, chunk.from, samples);
-        multiply(samples, gain_);
+        take(channel, chunk.from, samples);
         const TimelineSample at = from_ + chunk.from;
         overloads_[channel].measure(samples, 1.0F, at);
-        store(format_, rounding_, {channel % layout_.speakers.size(), at.number()}, samples,
-              chunk.channels[channel].data());
+        store(format_, rounding_, {channel, at.number()}, samples, chunk.channels[channel].data());
     }
 }
 

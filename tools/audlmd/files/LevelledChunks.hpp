@@ -18,15 +18,18 @@ namespace audlmd::command {
 /// a first pass they are measured and kept as floats, in the second they take the gain and the output's
 /// format. So it stands between what renders and what writes.
 ///
-/// What is measured are the channels that layout.speakers has. Further channels, of programmes with as many
-/// each, take the same gain.
+/// What is measured are the channels of the first output. Those of others that lie behind, such as stems,
+/// take the same gain, and their sum, in their order, is then the first one's: in single precision bit for
+/// bit, as it was before the gain.
 class LevelledChunks final : public ChunkProducer {
 public:
-    /// The floats are kept beside `output`. Of the layout, channels, rate and length are looked at.
-    /// `clipping` is the format of an output that clips, if one does. `from` is the place of the first frame.
-    /// Throws CommandError.
-    LevelledChunks(const LevelOptions& options, const OutputPath& output, const OutputLayout& layout,
-                   std::optional<FormatId> clipping, TimelineSample from, std::size_t threads);
+    /// The floats are kept beside the first output. `from` is the place of the first frame. Throws
+    /// CommandError, also where an output does not hold its format.
+    LevelledChunks(const LevelOptions& options, const std::vector<SoundOutput>& outputs, TimelineSample from,
+                   std::size_t threads);
+
+    /// What the chunks of the first pass hold.
+    const OutputLayout& floats() const { return layout_; }
 
     /// The first pass: takes all chunks of a producer of f32, in blocks of so many frames. Throws
     /// CommandError where the level cannot be, what the producer throws, and what `done` throws, which is
@@ -35,6 +38,9 @@ public:
 
     /// What the chunks of the second pass hold. Before they are filled.
     void setFormat(FormatId format, Rounding rounding);
+
+    /// The outputs of the measured channels, with their levels.
+    std::vector<SoundOutput> told(std::vector<SoundOutput> outputs) const;
 
     const OutputLevels& levels() const { return levels_; }
 
@@ -49,9 +55,12 @@ private:
     /// where they will not be.
     ProgrammeLevels measuredLouder(double decibels) const;
     void choose(const ProgrammeLevels& programme);
+    /// Samples of one channel, with the gain.
+    void take(std::size_t channel, std::int64_t from, std::span<float> samples) const;
+    std::size_t measured() const { return layout_.speakers.size(); }
 
     LevelOptions options_;
-    /// Of floats.
+    /// Of the floats; its speakers are those of the first output.
     OutputLayout layout_;
     std::optional<FormatId> clipping_;
     FormatId format_ = FormatId::f32;

@@ -37,16 +37,22 @@ void OpenOutput::write(std::string_view content) {
     }
 }
 
+void OpenOutput::complete() {
+    if (temporary_)
+        temporary_->complete();
+    else if (close(std::exchange(stream_, -1)) != 0)
+        failToWrite(path_, errno);
+}
+
 void OpenOutput::commit() {
     if (temporary_)
         temporary_->commit();
-    else if (close(std::exchange(stream_, -1)) != 0)
-        failToWrite(path_, errno);
 }
 
 void writeOutput(const OutputPath& target, std::string_view content) {
     OpenOutput output(target);
     output.write(content);
+    output.complete();
     output.commit();
 }
 

@@ -27,7 +27,9 @@ public:
     /// Appends the content. Throws CommandError.
     void write(std::string_view content);
 
-    /// Closes the output; a regular file gets its name. Throws CommandError. Call this once, at the end.
+    /// Closes the output. Throws CommandError. Call this once.
+    void complete();
+    /// Gives a regular file, which is complete, its name. Throws CommandError. Call this once, at the end.
     void commit();
 
 private:

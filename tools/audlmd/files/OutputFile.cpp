@@ -241,7 +241,7 @@ void OutputFile::appendChunks() {
     output_->write({reinterpret_cast<const char*>(&size), field.bytes});
 }
 
-void OutputFile::commit() {
+void OutputFile::complete() {
     // Closing still writes.
     file_.reset();
     requireNoError();
@@ -251,7 +251,7 @@ void OutputFile::commit() {
         requireHeader();
         requireLastFrame();
     }
-    output_->commit();
+    output_->complete();
 }
 
 std::vector<std::string> OutputFile::notes() const {
@@ -270,11 +270,11 @@ void OutputFile::requireNoError() const {
 }
 
 /// The header is read with a length of the file that is not true, so that only a header that states its own
-/// length is right. libsndfile takes the length of a W64 from the file, and looks at no RIFF file's: there
-/// the header's own is read.
+/// length is right. libsndfile takes the length of a W64 from the file, finds that of encoded samples at the
+/// end, and looks at no RIFF file's: there the header's own is read.
 void OutputFile::requireHeader() const {
-    const bool isW64 = (type_ & SF_FORMAT_TYPEMASK) == SF_FORMAT_W64;
-    CheckedDescriptor header(output_->descriptor(), isW64 ? 0 : pretendedBytes);
+    const bool isRead = (type_ & SF_FORMAT_TYPEMASK) == SF_FORMAT_W64 || target_.kind->lossy != 0;
+    CheckedDescriptor header(output_->descriptor(), isRead ? 0 : pretendedBytes);
     SF_INFO found{};
     const SoundFileHandle file(header.open(SFM_READ, found));
     constexpr int compared = SF_FORMAT_TYPEMASK | SF_FORMAT_SUBMASK;

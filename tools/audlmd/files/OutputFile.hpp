@@ -69,11 +69,13 @@ public:
     /// Appends frames: containers of the layout's format, the channels side by side.
     void write(const std::byte* interleaved, std::size_t frames);
 
-    /// Closes the file, and gives it the target's name if all of it was written: no write failed, the header
-    /// says what the layout says, and the last frame can be read. Call this once, after layout.frames frames.
-    void commit();
+    /// Closes the file if all of it was written: no write failed, the header says what the layout says, and
+    /// the last frame can be read. Call this once, after layout.frames frames.
+    void complete();
+    /// Gives the file, which is complete, the target's name. Call this once.
+    void commit() { output_->commit(); }
 
-    /// What the file does not keep of what the layout says, in lines for the user. After commit().
+    /// What the file does not keep of what the layout says, in lines for the user. After complete().
     std::vector<std::string> notes() const;
 
 private:

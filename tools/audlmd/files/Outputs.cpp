@@ -1,5 +1,6 @@
 #include "tools/audlmd/files/Outputs.hpp"
 
+#include "host/words/Text.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/plot/Figure.hpp"
 
@@ -8,19 +9,39 @@
 
 namespace audlmd::command {
 
-Outputs::Outputs(const std::filesystem::path& sound, const FileKind* kind,
+Outputs::Outputs(const std::vector<std::filesystem::path>& sounds, const FileKind* kind,
                  std::initializer_list<std::filesystem::path> others) {
-    if (!sound.empty())
-        all_.push_back(sound_.emplace(sound, kind));
+    for (const std::filesystem::path& sound : sounds)
+        if (!sound.empty())
+            all_.push_back(sounds_.emplace_back(sound, kind));
     for (const std::filesystem::path& other : others)
         if (!other.empty())
             all_.emplace_back(other);
     requireDistinct(all_);
 }
 
+std::vector<OutputTarget> Outputs::add(const std::vector<std::filesystem::path>& sounds,
+                                       const FileKind& kind) {
+    std::vector<OutputTarget> added;
+    for (const std::filesystem::path& sound : sounds)
+        all_.push_back(added.emplace_back(sound, &kind));
+    requireDistinct(all_);
+    return added;
+}
+
+std::string Outputs::soundNames() const {
+    std::string names;
+    for (const OutputTarget& sound : sounds_)
+        names += (names.empty()               ? "'"
+                  : &sound == &sounds_.back() ? " and '"
+                                              : ", '") +
+                 words::printable(sound.path.string()) + "'";
+    return names;
+}
+
 FILE* Outputs::report() const {
     const bool taken =
-        (sound_ && sound_->isStream) ||
+        std::ranges::any_of(sounds_, [](const OutputTarget& sound) { return sound.isStream; }) ||
         std::ranges::any_of(all_, [](const OutputPath& output) { return output.inherited == STDOUT_FILENO; });
     return taken ? stderr : stdout;
 }

@@ -5,7 +5,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <initializer_list>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,13 +19,19 @@ namespace audlmd::command {
 /// once; making it writes nothing.
 class Outputs {
 public:
-    /// A sound file, and other files beside it. Those with an empty name are not written. `kind` is that of
-    /// the sound file; null: its name says it. Throws CommandError for names that cannot be written, and
+    /// Sound files, and other files beside them. Those with an empty name are not written. `kind` is that of
+    /// the sound files; null: their names say it. Throws CommandError for names that cannot be written, and
     /// where two are one file.
-    explicit Outputs(const std::filesystem::path& sound, const FileKind* kind = nullptr,
+    explicit Outputs(const std::vector<std::filesystem::path>& sounds, const FileKind* kind = nullptr,
                      std::initializer_list<std::filesystem::path> others = {});
 
-    const std::optional<OutputTarget>& sound() const { return sound_; }
+    /// Adds sound files of one kind, which are not in sounds(). Throws as the constructor.
+    std::vector<OutputTarget> add(const std::vector<std::filesystem::path>& sounds, const FileKind& kind);
+
+    const std::vector<OutputTarget>& sounds() const { return sounds_; }
+    bool hasSound() const { return !sounds_.empty(); }
+    /// Their names, for messages: "'a.wav' and 'b.flac'".
+    std::string soundNames() const;
 
     /// Where the report goes: standard output, or standard error if the samples go to a stream, or another
     /// output to standard output.
@@ -36,7 +41,7 @@ public:
     void requireOther(const std::filesystem::path& input, const std::string& what) const;
 
 private:
-    std::optional<OutputTarget> sound_;
+    std::vector<OutputTarget> sounds_;
     std::vector<OutputPath> all_;
 };
 

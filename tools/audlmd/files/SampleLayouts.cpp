@@ -1,5 +1,7 @@
 #include "tools/audlmd/files/SampleLayouts.hpp"
 
+#include "host/signal/Unclipped.hpp"
+
 #include <algorithm>
 #include <bit>
 #include <cstdint>
@@ -85,6 +87,13 @@ void add(FormatId format, Rounding rounding, OutputPlace place, std::span<float>
          std::byte* containers) {
     withContainer(format, [&]<class Container>(std::type_identity<Container>) {
         addBlock(samples, reinterpret_cast<Container*>(containers), rounding, place);
+    });
+}
+
+void load(FormatId format, const std::byte* containers, std::span<float> samples) {
+    std::ranges::fill(samples, 0.0F);
+    withContainer(format, [&]<class Container>(std::type_identity<Container>) {
+        addStored(reinterpret_cast<const Container*>(containers), samples);
     });
 }
 

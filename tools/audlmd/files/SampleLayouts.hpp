@@ -19,7 +19,10 @@ void store(FormatId format, Rounding rounding, OutputPlace place, std::span<cons
 void add(FormatId format, Rounding rounding, OutputPlace place, std::span<float> samples,
          std::byte* containers);
 
-/// Whether the two above clip what is beyond full scale.
+/// Turns containers into the samples that they stand for, one for each element of `samples`.
+void load(FormatId format, const std::byte* containers, std::span<float> samples);
+
+/// Whether store() and add() clip what is beyond full scale.
 constexpr bool clips(FormatId format, Rounding rounding) {
     return format != FormatId::f32 || rounding == Rounding::truncated;
 }

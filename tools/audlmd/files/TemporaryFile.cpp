@@ -2,11 +2,8 @@
 
 #include "tools/audlmd/files/OutputPath.hpp"
 
-#include <climits>
-
 #include <array>
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <string>
 #include <sys/stat.h>
@@ -18,14 +15,10 @@ namespace {
 
 constexpr std::array endingSignals{SIGINT, SIGTERM, SIGHUP};
 
-/// The path of the file that the signal handler removes; empty if there is none.
-char removedOnSignal[PATH_MAX] = "";
-
 /// Uses only what is safe in a signal handler: unlink, signal and raise. The second signal has the default
 /// action, so the shell sees how the process ended.
 extern "C" void removeAndEnd(int signal) {
-    if (removedOnSignal[0] != '\0')
-        unlink(removedOnSignal);
+    TemporaryFile::removeAll();
     std::signal(signal, SIG_DFL);
     std::raise(signal); // delivered when this handler returns
 }
@@ -66,6 +59,8 @@ int takeOver(int descriptor, const std::filesystem::path& target) {
 
 } // namespace
 
+TemporaryFile* TemporaryFile::newest_ = nullptr;
+
 EndingSignalsBlocked::EndingSignalsBlocked() {
     sigset_t signals;
     sigemptyset(&signals);
@@ -85,14 +80,12 @@ TemporaryFile::TemporaryFile(const std::filesystem::path& target) : target_(targ
 
     handleEndingSignals();
     std::string name = (target.parent_path() / ".audlmd-XXXXXX").string();
-    if (name.size() >= sizeof removedOnSignal)
-        failToWrite(target, ENAMETOOLONG);
     const EndingSignalsBlocked blocked;
     descriptor_ = mkostemp(name.data(), O_CLOEXEC);
     if (descriptor_ < 0)
         failToWrite(target, errno);
     path_ = name;
-    std::memcpy(removedOnSignal, name.c_str(), name.size() + 1);
+    older_ = std::exchange(newest_, this);
 }
 
 TemporaryFile::~TemporaryFile() {
@@ -102,20 +95,31 @@ TemporaryFile::~TemporaryFile() {
         close(descriptor_);
     if (!path_.empty())
         unlink(path_.c_str());
-    removedOnSignal[0] = '\0';
+    TemporaryFile** link = &newest_;
+    while (*link != this)
+        link = &(*link)->older_;
+    *link = older_;
 }
 
-void TemporaryFile::commit() {
+void TemporaryFile::removeAll() {
+    for (const TemporaryFile* file = newest_; file != nullptr; file = file->older_)
+        if (!file->path_.empty())
+            unlink(file->path_.c_str());
+}
+
+void TemporaryFile::complete() {
     // On the device before the name is: after a power failure the name must not lead to an empty file.
     if (takeOver(descriptor_, target_) != 0 || fsync(descriptor_) != 0)
         failToWrite(target_, errno);
     if (close(std::exchange(descriptor_, -1)) != 0)
         failToWrite(target_, errno);
+}
+
+void TemporaryFile::commit() {
     const EndingSignalsBlocked blocked;
     if (rename(path_.c_str(), target_.c_str()) != 0)
         failToWrite(target_, errno);
     path_.clear();
-    removedOnSignal[0] = '\0';
 }
 
 } // namespace audlmd::command

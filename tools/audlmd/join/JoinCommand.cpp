@@ -10,6 +10,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -43,7 +44,7 @@ FadeValue parseCrossfade(std::string_view text, std::string_view option) {
 }
 
 void join(const JoinOptions& options) {
-    if (options.output.empty())
+    if (options.outputs.empty())
         throw CommandError("name the file to write with -o");
     if (options.slices)
         return joinSlices(options);
@@ -57,9 +58,11 @@ void join(const JoinOptions& options) {
     mix.report = options.report;
     for (const std::filesystem::path& input : options.inputs)
         mix.timeline += (mix.timeline.empty() ? "" : ", ") + input.string();
-    const FileKind* const kind = options.kind ? *options.kind : findFileKind(options.output);
-    if (!mix.format && sequence.format() && kind != nullptr && subtypeIn(*kind, *sequence.format()))
-        mix.format = sequence.format();
+    // Without a name that says its kind, an output gets floats.
+    if (options.kind || std::ranges::all_of(options.outputs, [](const auto& output) {
+            return findFileKind(output) != nullptr;
+        }))
+        mix.kept = sequence.format();
     // What cannot be read is refused: a join with a gap is none.
     mix.strict = true;
     runMix(mix, std::move(sequence).timeline());

@@ -155,6 +155,8 @@ std::vector<SliceReport> readSlices(const std::vector<Path>& reports) {
 Json mergedReport(const std::vector<SliceReport>& slices, const std::string& output) try {
     Json whole = slices.front().json;
     whole.erase("slice");
+    // Each is joined by itself.
+    whole.erase("stems");
     whole["output"] = output;
     std::map<std::pair<std::int64_t, std::int64_t>, Json> clips;
     for (const Json& clip : whole["clips"])

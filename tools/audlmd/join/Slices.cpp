@@ -114,6 +114,12 @@ OutputLayout wholeLayout(const std::vector<SliceReport>& slices) {
     return layout;
 }
 
+/// Whether what is beyond full scale was clipped in the first output of the slices.
+bool clips(const nlohmann::json& report) {
+    const nlohmann::json outputs = report.value("outputs", nlohmann::json::array());
+    return !outputs.empty() && outputs.front().value("clips", false);
+}
+
 void requireAsTheyAre(const JoinOptions& options) {
     if (options.crossfade || options.rate || options.format || options.channels.channels ||
         options.channels.map || options.dither || options.truncate)
@@ -124,7 +130,7 @@ void requireAsTheyAre(const JoinOptions& options) {
 
 void joinSlices(const JoinOptions& options) {
     requireAsTheyAre(options);
-    const Outputs outputs(options.output, options.kind.value_or(nullptr), {options.report});
+    const Outputs outputs(options.outputs, options.kind.value_or(nullptr), {options.report});
     const std::vector<SliceReport> slices = readSlices(options.inputs);
     for (const SliceReport& slice : slices) {
         outputs.requireOther(slice.path, "the report of a slice");
@@ -132,12 +138,21 @@ void joinSlices(const JoinOptions& options) {
         static_cast<void>(openSlice(slice)); // All of them, before anything is written.
     }
     const OutputLayout layout = wholeLayout(slices);
-    const nlohmann::json report = mergedReport(slices, options.output.string());
-    const JobLog log(outputs.report(), options.style, options.output.string());
-    OutputFile output(*outputs.sound(), layout);
+    nlohmann::json report = mergedReport(slices, options.outputs.front().string());
+    std::vector<WrittenSound> written;
+    for (const std::filesystem::path& path : options.outputs)
+        written.push_back({path.string(), layout.format, clips(report)});
+    report["outputs"] = outputsJson(written);
+    const JobLog log(outputs.report(), options.style, options.outputNames());
+    std::vector<SoundOutput> joined;
+    for (const OutputTarget& target : outputs.sounds())
+        joined.push_back({target, layout});
+    SoundOutputs output(std::move(joined));
     Progress progress(layout.frames, layout.sampleRate, log);
     SliceChunks chunks(slices);
-    ChunkWriter(chunks, layout, options.block).run(output, [&](std::int64_t done) { progress.update(done); });
+    ChunkWriter(chunks, layout, options.block)
+        .run([&](const Chunk& chunk) { output.write(chunk); },
+             [&](std::int64_t done) { progress.update(done); });
     output.commit();
     for (const std::string& note : output.notes())
         log.note(note);
@@ -150,8 +165,8 @@ void joinSlices(const JoinOptions& options) {
     log.result(lines, [&] { return report; });
     if (report["exitStatus"] == static_cast<int>(ExitStatus::incomplete))
         throw CommandError(
-            "'" + options.output.string() +
-                "' is written, but a slice of it is incomplete: its report tells what is silent",
+            outputs.soundNames() +
+                " is written, but a slice of it is incomplete: its report tells what is silent",
             ExitStatus::incomplete);
 }
 

@@ -10,9 +10,11 @@
 #include "tools/audlmd/files/LevelledChunks.hpp"
 #include "tools/audlmd/files/MarkersCsv.hpp"
 #include "tools/audlmd/files/Outputs.hpp"
+#include "tools/audlmd/files/PeaksFile.hpp"
 #include "tools/audlmd/files/SampleLayouts.hpp"
 #include "tools/audlmd/mix/MixReportJson.hpp"
 #include "tools/audlmd/mix/MixedChunks.hpp"
+#include "tools/audlmd/mix/Stems.hpp"
 #include "tools/audlmd/mix/TimelineInput.hpp"
 #include "tools/audlmd/mix/page/Page.hpp"
 #include "tools/audlmd/mix/picture/TimelineFigure.hpp"
@@ -44,14 +46,24 @@ void allowManyOpenFiles() {
     }
 }
 
+/// Of all channels of the output, and behind them of those of the stems.
+void takeOverloads(const std::vector<Overload>& all, MixReport& mixed) {
+    auto next = all.begin();
+    for (Overload& channel : mixed.channels)
+        channel = *next++;
+    for (std::vector<Overload>& stem : mixed.stems)
+        for (Overload& channel : stem)
+            channel = *next++;
+}
+
 /// One mix, from the options to the last line of the report.
 class Mix {
 public:
     Mix(const MixOptions& options, std::optional<Timeline> timeline,
         const std::function<void(const std::filesystem::path&)>& looksAt)
         : options_(options), media_(options.media, options, looksAt),
-          outputs_(options.output, options.kind.value_or(nullptr),
-                   {options.report, options.picture, options.page, options.markers}),
+          outputs_(options.outputs, options.kind.value_or(nullptr),
+                   {options.report, options.picture, options.page, options.markers, options.peaks.file}),
           log_(outputs_.report(), options.style, options.timeline.string()), given_(std::move(timeline)) {}
 
     void run() {
@@ -66,7 +78,8 @@ private:
             timeline_ = std::move(*given_);
         else
             readTimeline();
-        if (outputs_.sound())
+        muted_ = options_.tracks.applyTo(timeline_);
+        if (outputs_.hasSound())
             settle();
         // What is there may be a medium.
         mayReport_ = false;
@@ -74,13 +87,13 @@ private:
         mayReport_ = true;
         if (options_.list)
             list();
-        else if (!outputs_.sound())
+        else if (!outputs_.hasSound())
             for (const std::string& line : timeline::noteLines(allNotes(), timeline_.sampleRate))
                 log_.note(line);
         if (options_.strict)
             requireAllHeard();
         MixReport mixed;
-        if (outputs_.sound())
+        if (outputs_.hasSound())
             mixed = mix();
         if (!options_.picture.empty())
             draw(mixed);
@@ -95,8 +108,20 @@ private:
     void settle() {
         std::tie(whole_, rangeNote_) = options_.wholeOf(timeline_);
         span_ = options_.sliceOf(whole_);
-        format_ = options_.format.value_or(defaultFormatOf(*outputs_.sound()->kind));
-        rounding_ = options_.roundingTo(format_);
+        stored_ = options_.storedIn(outputs_.sounds(), options_.kept);
+        if (!options_.stems.empty())
+            settleStems();
+    }
+
+    /// Their files are known only now.
+    void settleStems() {
+        const OutputTarget& first = outputs_.sounds().front();
+        // What has no header where it goes into a stream has one in a file.
+        const FileKind& kind =
+            first.isStream && first.kind == &rawFileKind() ? *findFileKind("x.wav") : *first.kind;
+        stems_ = outputs_.add(stemFiles(timeline_, options_.stems, kind.extension), kind);
+        if (!given_)
+            outputs_.requireOther(options_.timeline, "the timeline");
     }
 
     void readTimeline() {
@@ -118,7 +143,7 @@ private:
     /// Of the output: what is looked at.
     TimelineSpan part() const {
         constexpr std::int64_t far = std::numeric_limits<std::int64_t>::max();
-        return outputs_.sound() ? span_ : TimelineSpan{-far, far};
+        return outputs_.hasSound() ? span_ : TimelineSpan{-far, far};
     }
 
     /// Before anything is written.
@@ -188,28 +213,48 @@ private:
             mixer.emplace(timeline_, opensMedia(),
                           MixerOptions{.threads = options_.threads,
                                        .block = options_.block,
+                                       .stems = !stems_.empty(),
                                        .inlined = options_.inlined()});
         }
         const Written written = writeOutput(*mixer);
         MixReport mixed = mixer->report();
         if (written.levels)
-            mixed.channels = written.overloads;
+            takeOverloads(written.overloads, mixed);
         tell(mixed, written);
         return mixed;
     }
 
-    /// What the output says beside its samples. A file without a header says nothing.
-    void describe(OutputLayout& layout) const {
-        if (options_.noMetadata || outputs_.sound()->kind == &rawFileKind())
-            return;
-        layout.timeReference = timeline_.timeReference + span_.from.number();
-        if (!timeline_.name.empty())
-            layout.metadata.tags[SF_STR_TITLE] = timeline_.name;
-        layout.metadata.markers = markersOf(timeline_);
-        layout.metadata.sampleRate = layout.sampleRate;
-        moveInto(layout.metadata,
-                 {.from = span_.from.number(), .to = span_.to.number(), .whole = timeline_.length},
-                 layout.sampleRate);
+    /// One of the outputs, with what it says beside its samples. A file without a header says nothing.
+    SoundOutput outputTo(const OutputTarget& target, const OutputOptions::Stored& stored,
+                         const std::string& title, std::size_t firstChannel = 0) const {
+        const ChannelLayout speakers = outputLayout(timeline_);
+        OutputLayout layout{.format = stored.format,
+                            .channels = static_cast<int>(speakers.size()),
+                            .sampleRate = timeline_.sampleRate,
+                            .frames = span_.length(),
+                            .speakers = speakers};
+        if (!options_.noMetadata && target.kind != &rawFileKind()) {
+            layout.timeReference = timeline_.timeReference + span_.from.number();
+            if (!title.empty())
+                layout.metadata.tags[SF_STR_TITLE] = title;
+            layout.metadata.markers = markersOf(timeline_);
+            layout.metadata.sampleRate = layout.sampleRate;
+            moveInto(layout.metadata,
+                     {.from = span_.from.number(), .to = span_.to.number(), .whole = timeline_.length},
+                     layout.sampleRate);
+        }
+        return {target, std::move(layout), stored.rounding, firstChannel};
+    }
+
+    /// The mix in all its files, and the stems, in the order of the mixer's channels.
+    std::vector<SoundOutput> allOutputs() const {
+        std::vector<SoundOutput> all;
+        for (std::size_t n = 0; n < stored_.size(); ++n)
+            all.push_back(outputTo(outputs_.sounds()[n], stored_[n], timeline_.name));
+        for (std::size_t track = 0; track < stems_.size(); ++track)
+            all.push_back(outputTo(stems_[track], stored_.front(), timeline_.tracks[track].name,
+                                   (track + 1) * outputLayout(timeline_).size()));
+        return all;
     }
 
     struct Written {
@@ -221,52 +266,58 @@ private:
     };
 
     Written writeOutput(Mixer& mixer) {
-        OutputLayout layout{.format = format_,
-                            .channels = static_cast<int>(outputLayout(timeline_).size()),
-                            .sampleRate = timeline_.sampleRate,
-                            .frames = span_.length(),
-                            .speakers = outputLayout(timeline_)};
-        describe(layout);
+        std::optional<MadeFolder> folder;
+        if (!stems_.empty())
+            folder.emplace(options_.stems);
         if (!options_.picture.empty() || !options_.page.empty())
             course_.emplace(span_, outputLayout(timeline_), timeline_.sampleRate,
                             options_.page.empty() ? OutputCourse::Loudness::leftOut
                                                   : OutputCourse::Loudness::measured);
-        const bool isLevelled = options_.levels.areGiven();
-        MixedChunks mixed(
-            mixer, span_.from, isLevelled ? FormatId::f32 : format_,
-            isLevelled ? Rounding::nearest : rounding_, options_.block,
-            [&] {
-                if (options_.strict)
-                    requireNoFailure(mixer.report());
-            },
-            course_ ? &*course_ : nullptr);
-        if (!isLevelled)
-            return {.seconds = write(mixed, layout)};
-        requireHolds(*outputs_.sound()->kind, format_, layout.dataBytes(), outputs_.sound()->path);
-        LevelledChunks levelled(options_.levels, *outputs_.sound(), layout,
-                                clips(format_, rounding_) ? std::optional(format_) : std::nullopt, span_.from,
-                                options_.threads);
-        levelled.setFormat(format_, rounding_);
-        Progress progress(layout.frames, layout.sampleRate, log_, "measuring, pass 1 of 2");
+        OutputCourse* const course = course_ ? &*course_ : nullptr;
+        const auto requireAll = [&] {
+            if (options_.strict)
+                requireNoFailure(mixer.report());
+        };
+        std::vector<SoundOutput> all = allOutputs();
+        if (!options_.levels.areGiven()) {
+            SoundOutputs outputs(std::move(all), span_.from.number());
+            MixedChunks mixed(mixer, span_.from, outputs.chunkLayout(), outputs.chunkRounding(),
+                              options_.block, requireAll, course);
+            return {.seconds = write(mixed, outputs)};
+        }
+        LevelledChunks levelled(options_.levels, all, span_.from, options_.threads);
+        MixedChunks mixed(mixer, span_.from, levelled.floats(), Rounding::nearest, options_.block, requireAll,
+                          course);
+        Progress progress(span_.length(), timeline_.sampleRate, log_, "measuring, pass 1 of 2");
         levelled.measure(mixed, options_.block, [&](std::int64_t done) { progress.update(done); });
         const double measuring = progress.elapsed();
-        layout.levels = levelled.levels().levels;
-        if (course_)
-            course_->amplify(levelled.levels());
-        return {.seconds = measuring + write(levelled, layout),
+        if (course != nullptr)
+            course->amplify(levelled.levels());
+        SoundOutputs outputs(levelled.told(std::move(all)), span_.from.number());
+        levelled.setFormat(outputs.chunkLayout().format, outputs.chunkRounding());
+        return {.seconds = measuring + write(levelled, outputs),
                 .levels = levelled.levels(),
                 .overloads = levelled.overloads()};
     }
 
     /// Returns how long that took, in seconds.
-    double write(ChunkProducer& chunks, const OutputLayout& layout) const {
-        OutputFile output(*outputs_.sound(), layout);
-        Progress progress(layout.frames, layout.sampleRate, log_);
-        ChunkWriter(chunks, layout, options_.block).run(output, [&](std::int64_t done) {
-            progress.update(done);
-        });
-        output.commit();
-        for (const std::string& note : output.notes())
+    double write(ChunkProducer& chunks, SoundOutputs& outputs) const {
+        const OutputLayout& layout = outputs.chunkLayout();
+        Progress progress(layout.frames, layout.sampleRate, log_,
+                          options_.levels.areGiven() ? "writing, pass 2 of 2" : "");
+        PeaksFile peaks(options_.peaks, layout);
+        ChunkWriter(chunks, layout, options_.block)
+            .run(
+                [&](const Chunk& chunk) {
+                    outputs.write(chunk);
+                    peaks.take(chunk);
+                },
+                [&](std::int64_t done) { progress.update(done); });
+        outputs.commit();
+        peaks.write();
+        for (const OutputOptions::Stored& stored : stored_)
+            log_.note(stored.note);
+        for (const std::string& note : outputs.notes())
             log_.note(note);
         return progress.elapsed();
     }
@@ -282,16 +333,23 @@ private:
     MixRun runThatEnded(ExitStatus status) const {
         MixRun run{.span = span_,
                    .timeline = options_.timeline.string(),
-                   .output = options_.output.string(),
+                   .muted = muted_,
                    .picture = options_.picture.string(),
                    .page = options_.page.string(),
                    .markers = options_.markers.string(),
                    .quiet = options_.style.quiet,
-                   .format = format_,
-                   .rounding = rounding_,
                    .status = status};
-        if (options_.slice)
-            run.slice = {*options_.slice, wholeName(timeline_, whole_, format_, rounding_)};
+        for (std::size_t n = 0; n < options_.outputs.size(); ++n)
+            run.outputs.push_back({.path = options_.outputs[n].string()});
+        for (std::size_t n = 0; n < stored_.size(); ++n) {
+            run.outputs[n].format = stored_[n].format;
+            run.outputs[n].clips = clips(stored_[n].format, stored_[n].rounding);
+        }
+        for (const OutputTarget& stem : stems_)
+            run.stems.push_back({stem.path.string(), run.outputs.front().format, run.outputs.front().clips});
+        if (options_.slice && !stored_.empty())
+            run.slice = {*options_.slice,
+                         wholeName(timeline_, whole_, stored_.front().format, stored_.front().rounding)};
         return run;
     }
 
@@ -384,18 +442,18 @@ private:
 
     /// The mix is written by then. Who runs it must still learn that something is missing in it.
     void requireSound(const MixReport& mixed) const {
-        if (!outputs_.sound())
+        if (!outputs_.hasSound())
             return;
         if (const std::ptrdiff_t clips = silentClips(mixed); clips != 0)
             throw CommandError(std::to_string(clips) + (clips == 1 ? " clip is" : " clips are") +
-                                   " silent, if only in part, see above; '" +
-                                   words::printable(outputs_.sound()->path.string()) + "' is written",
+                                   " silent, if only in part, see above; " + outputs_.soundNames() +
+                                   (outputs_.sounds().size() > 1 ? " are written" : " is written"),
                                ExitStatus::incomplete);
     }
 
     const MixOptions& options_;
     MediaFinder media_;
-    const Outputs outputs_;
+    Outputs outputs_;
     const JobLog log_;
     std::optional<Timeline> given_;
     /// Of the media that cannot be played.
@@ -405,8 +463,12 @@ private:
     TimelineSpan span_;
     TimelineSpan whole_;
     std::string rangeNote_;
-    FormatId format_ = FormatId::f32;
-    Rounding rounding_ = Rounding::nearest;
+    /// One for each output of the mix.
+    std::vector<OutputOptions::Stored> stored_;
+    /// One for each track, or none.
+    std::vector<OutputTarget> stems_;
+    /// The names of tracks that are not heard.
+    std::vector<std::string> muted_;
     /// Where a picture or a page shows it.
     std::optional<OutputCourse> course_;
     /// Whether nothing stands where the report goes but an earlier one.

@@ -33,6 +33,9 @@ whole byte for byte.
 METADATA of the output are the timeline's name as title, its time reference and its markers, as far as the kind
 of file has a place for them.
 
+STEMS are the tracks by themselves, as long as the mix and in the format of its first file, named by number
+and track: "01 dialogue.wav". The mix is their sum: in f32 bit for bit, if they are summed in their order.
+
 REVIEWING --page writes a page for a browser: clips with waveforms, the loudness, all that the report tells, and
 the mix to listen to, which the page holds itself up to 2 MB and else expects beside it. --watch does everything
 again when the timeline or a medium changes, until Ctrl-C.
@@ -48,6 +51,8 @@ EXAMPLES
   audlmd mix voice.wav music.wav -o both.wav       (sound files, from their starts on)
   audlmd mix film.otio -o film.wav --loudness -23 --true-peak -1
   audlmd mix film.otio --list
+  audlmd mix film.otio -o film.wav -o film.mp3 --stems stems/
+  audlmd mix film.otio -o me.wav --mute dialogue narrator
   audlmd mix film.otio -o film.wav --format s16 --dither
   audlmd mix film.otio -o film.wav --media /archive/sound --report film.json --picture film.png
   audlmd mix film.otio --list --as json > film.json      (edit it, and mix it)
@@ -110,8 +115,13 @@ void MixOptions::declare(CLI::App& mix) {
                   {.rate = "the timeline's, else 48000", .channels = "the timeline's, else 2"}, mostMixBlock);
     mix.add_flag("--no-metadata", noMetadata, "Leave out the timeline's name, time reference and markers")
         ->group("Output");
+    mix.add_option("--stems", stems, "Also write each track into a file of its own in this folder")
+        ->option_text("DIR")
+        ->group("Output");
     levels.declare(mix);
+    peaks.declare(mix);
     declarePart(mix, *this);
+    tracks.declare(mix, "Part");
     mix.add_option("--media", media, "Look for missing media below this folder; may be repeated")
         ->option_text("DIR")
         ->check(CLI::ExistingDirectory)
@@ -123,13 +133,18 @@ void MixOptions::declare(CLI::App& mix) {
 }
 
 void MixOptions::requireCompatible() const {
-    if (output.empty() && !list && picture.empty() && page.empty() && markers.empty())
+    if (outputs.empty() && !stems.empty())
+        throw CommandError("--stems writes the tracks beside a mix: name the file of the mix with -o");
+    if (outputs.empty() && !list && picture.empty() && page.empty() && markers.empty())
         throw CommandError(
             "name the file to write with -o, or use --list, --picture, --page or --markers alone");
-    if (output.empty() && !report.empty())
+    if (outputs.empty() && !report.empty())
         throw CommandError("--report tells about a mix: name the file to write with -o");
     levels.requireCompatible();
-    if (levels.areGiven() && output.empty())
+    peaks.requireCompatible();
+    if (!peaks.file.empty() && outputs.empty())
+        throw CommandError("--peaks are those of an output: name the file to write with -o");
+    if (levels.areGiven() && outputs.empty())
         throw CommandError(levels.name() + std::string(" is for an output: name the file to write with -o"));
     if (levels.areGiven() && slice)
         throw CommandError(levels.name() +

@@ -2,8 +2,10 @@
 
 #include "host/mix/MixReport.hpp"
 #include "host/mix/Timeline.hpp"
+#include "tools/audlmd/mix/TrackChoice.hpp"
 #include "tools/audlmd/options/LevelOptions.hpp"
 #include "tools/audlmd/options/OutputOptions.hpp"
+#include "tools/audlmd/options/PeaksOptions.hpp"
 #include "tools/audlmd/options/Range.hpp"
 
 #include <cstddef>
@@ -52,7 +54,14 @@ struct MixOptions : OutputOptions {
     /// The timeline to mix of a file that holds several. Empty: the only one.
     std::string timelineName;
 
+    TrackChoice tracks;
+    /// A folder for one file for each track. Empty: none.
+    std::filesystem::path stems;
+    /// The format that the samples have by themselves, see storedIn().
+    std::optional<FormatId> kept;
+
     LevelOptions levels;
+    PeaksOptions peaks;
     bool noMetadata = false;
     bool list = false;
     /// Of the list: text or json.

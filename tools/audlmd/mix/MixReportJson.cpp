@@ -2,10 +2,10 @@
 
 #include "host/signal/GainLaws.hpp"
 #include "host/timeline/TimelineFiles.hpp"
-#include "tools/audlmd/files/SampleLayouts.hpp"
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <array>
 #include <cinttypes>
 #include <cmath>
@@ -57,13 +57,23 @@ Json channelJson(const Overload& channel, bool clips) {
     return json;
 }
 
+Json outputsJson(const std::vector<WrittenSound>& outputs) {
+    Json json = Json::array();
+    for (const WrittenSound& output : outputs)
+        json.push_back(
+            {{"output", output.path}, {"format", outputFormat(output.format).name}, {"clips", output.clips}});
+    return json;
+}
+
 Json reportJson(const MixReport& report, const Timeline& timeline, const MixRun& run) {
     Json json{{"timeline", timeline.name},
-              {"output", run.output},
+              {"output", run.outputs.front().path},
+              {"format", outputFormat(run.outputs.front().format).name},
+              {"outputs", outputsJson(run.outputs)},
               {"picture", run.picture},
               {"page", run.page},
               {"markers", run.markers},
-              {"format", outputFormat(run.format).name},
+              {"muted", run.muted},
               {"sampleRate", timeline.sampleRate},
               {"timeReference", timeline.timeReference},
               {"from", run.span.from.number()},
@@ -92,8 +102,16 @@ Json reportJson(const MixReport& report, const Timeline& timeline, const MixRun&
         entry["overload"] = overloadJson(strip.overload);
         json["clips"].push_back(std::move(entry));
     }
-    for (const Overload& channel : report.channels) {
-        json["channels"].push_back(channelJson(channel, clips(run.format, run.rounding)));
+    for (const Overload& channel : report.channels)
+        json["channels"].push_back(channelJson(channel, run.outputs.front().clips));
+    for (std::size_t stem = 0; stem < std::min(run.stems.size(), report.stems.size()); ++stem) {
+        Json entry{{"track", timeline.tracks[stem].name},
+                   {"trackNumber", stem + 1},
+                   {"output", run.stems[stem].path},
+                   {"channels", Json::array()}};
+        for (const Overload& channel : report.stems[stem])
+            entry["channels"].push_back(channelJson(channel, run.stems[stem].clips));
+        json["stems"].push_back(std::move(entry));
     }
     if (run.levels)
         json["levels"] = levelsJson(*run.levels);

@@ -14,6 +14,9 @@ nlohmann::json reportJson(const MixReport& report, const Timeline& timeline, con
 /// The loudest sample of a channel, and those over full scale.
 nlohmann::json channelJson(const Overload& channel, bool clips);
 
+/// The sound files that were written, and their formats.
+nlohmann::json outputsJson(const std::vector<WrittenSound>& outputs);
+
 /// What a file, or a line, holds of a report. Names come from files, and may be no UTF-8: what is none is
 /// replaced.
 std::string jsonText(const nlohmann::json& report);

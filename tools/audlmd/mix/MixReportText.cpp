@@ -6,7 +6,7 @@
 #include "host/words/Text.hpp"
 #include "host/words/Times.hpp"
 #include "tools/audlmd/Progress.hpp"
-#include "tools/audlmd/files/SampleLayouts.hpp"
+#include "tools/audlmd/mix/TrackChoice.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -74,18 +74,48 @@ std::vector<std::string> silences(const MixReport& report, const Timeline& timel
     return lines;
 }
 
+std::string namesOf(const std::vector<WrittenSound>& outputs) {
+    std::string names;
+    for (const WrittenSound& output : outputs)
+        names += (names.empty()                ? "'"
+                  : &output == &outputs.back() ? " and '"
+                                               : ", '") +
+                 words::printable(output.path) + "'";
+    return names;
+}
+
+void appendStems(std::vector<std::string>& text, const MixReport& report, const MixRun& run) {
+    std::vector<std::string> lines;
+    for (std::size_t stem = 0; stem < std::min(run.stems.size(), report.stems.size()); ++stem) {
+        float peak = 0.0F;
+        for (const Overload& channel : report.stems[stem])
+            peak = std::max(peak, channel.peak);
+        std::ostringstream line;
+        line << "stem " << words::quoted(run.stems[stem].path) << ": " << std::fixed << std::setprecision(2);
+        if (peak > 0.0F)
+            line << "peak " << decibelsOfGain(static_cast<double>(peak)) << " dB";
+        else
+            line << "silent";
+        lines.push_back(line.str());
+    }
+    appendShortened(text, lines);
+}
+
 void appendSummary(std::vector<std::string>& lines, const MixReport& report, const Timeline& timeline,
                    const MixRun& run) {
     const double length = static_cast<double>(run.span.length()) / timeline.sampleRate;
     std::ostringstream text;
     text << std::fixed << std::setprecision(3) << "mixed " << run.span.length() << " samples on "
          << words::counted(outputLayout(timeline).size(), "channel") << " (" << length << " s) of '"
-         << words::printable(run.timeline) << "' into '" << words::printable(run.output) << "' in "
-         << run.seconds << " s: " << std::setprecision(1)
+         << words::printable(run.timeline) << "' into " << namesOf(run.outputs) << " in " << run.seconds
+         << " s: " << std::setprecision(1)
          << timesRealTime(run.span.length(), timeline.sampleRate, run.seconds) << " times real time";
     lines.push_back(text.str());
     if (run.levels)
         lines.push_back(levelsLine(*run.levels));
+    if (!run.muted.empty())
+        lines.push_back(mutedLine(run.muted));
+    appendStems(lines, report, run);
     if (const TimelineSample end = endOfSound(timeline); end.number() < timeline.length && end <= run.span.to)
         lines.push_back("the last sound ends at " + clockAt(timeline, end.number()) + ", the programme at " +
                         clockAt(timeline, timeline.length));
@@ -99,17 +129,22 @@ void appendSummary(std::vector<std::string>& lines, const MixReport& report, con
 
 } // namespace
 
-std::string overloadText(const Overload& overload, int sampleRate) {
-    std::ostringstream text;
-    text << words::counted(overload.samples, "sample");
-    if (overload.peak > 0.0F)
-        text << ", by up to " << std::fixed << std::setprecision(2)
-             << decibelsOfGain(static_cast<double>(overload.peak)) << " dB";
-    text << ", first at " << words::clock(overload.firstAt.number(), sampleRate);
-    return text.str();
+std::vector<std::string> overloadWordsOf(const std::vector<WrittenSound>& outputs) {
+    const auto namesOf = [&](bool clips) {
+        std::string names;
+        for (const WrittenSound& output : outputs)
+            if (output.clips == clips)
+                names += (names.empty() ? "" : ", ") + words::quoted(output.path);
+        return names;
+    };
+    const std::string clipped = namesOf(true);
+    const std::string whole = namesOf(false);
+    if (clipped.empty() || whole.empty())
+        return {overloadWords(whole.empty())};
+    return {overloadWords(true) + (" in " + clipped), overloadWords(false) + (" in " + whole)};
 }
 
-std::string channelOverloadLine(const char* what, std::size_t channel, const Overload& overload,
+std::string channelOverloadLine(const std::string& what, std::size_t channel, const Overload& overload,
                                 int sampleRate) {
     if (overload.samples == 0)
         return {};
@@ -132,11 +167,17 @@ std::vector<std::string> reportLines(const MixReport& report, const Timeline& ti
             loud.push_back("beyond full scale by itself: " + nameOf(timeline, strip.track, strip.strip) +
                            ": " + overloadText(strip.overload, timeline.sampleRate));
     }
-    for (std::size_t channel = 0; channel < report.channels.size(); ++channel)
-        if (std::string line = channelOverloadLine(overloadWords(clips(run.format, run.rounding)), channel,
-                                                   report.channels[channel], timeline.sampleRate);
-            !line.empty())
-            clipped.push_back(std::move(line));
+    const auto addOverloads = [&](const std::string& what, const std::vector<Overload>& channels) {
+        for (std::size_t channel = 0; channel < channels.size(); ++channel)
+            if (std::string line = channelOverloadLine(what, channel, channels[channel], timeline.sampleRate);
+                !line.empty())
+                clipped.push_back(std::move(line));
+    };
+    for (const std::string& words : overloadWordsOf(run.outputs))
+        addOverloads(words, report.channels);
+    for (std::size_t stem = 0; stem < std::min(run.stems.size(), report.stems.size()); ++stem)
+        addOverloads(overloadWords(run.stems[stem].clips) + (" in " + words::quoted(run.stems[stem].path)),
+                     report.stems[stem]);
     std::vector<std::string> lines;
     for (const std::vector<std::string>& kind :
          {notes(timeline), silences(report, timeline), late, loud, clipped})

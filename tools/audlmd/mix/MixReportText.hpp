@@ -20,6 +20,14 @@ struct SliceOf {
     std::string whole;
 };
 
+/// A sound file that was written, by the user's name.
+struct WrittenSound {
+    std::string path;
+    FormatId format = FormatId::f32;
+    /// Whether samples beyond full scale are clipped in it.
+    bool clips = false;
+};
+
 /// What was mixed, and how that ended.
 struct MixRun {
     TimelineSpan span;
@@ -28,14 +36,16 @@ struct MixRun {
     double seconds = 0.0;
     /// The files, as the user has named them.
     std::string timeline;
-    std::string output;
+    std::vector<WrittenSound> outputs = {};
+    /// One for each track, or none.
+    std::vector<WrittenSound> stems = {};
+    /// The tracks that are not heard though they are there, as TrackChoice::applyTo() gives them.
+    std::vector<std::string> muted = {};
     std::string picture = {};
     std::string page = {};
     std::string markers = {};
     /// Whether the text tells only what is not as it was asked.
     bool quiet = false;
-    FormatId format = FormatId::f32;
-    Rounding rounding = Rounding::nearest;
     /// Of an output that was brought to a level.
     std::optional<OutputLevels> levels = std::nullopt;
     ExitStatus status = ExitStatus::done;
@@ -52,12 +62,14 @@ constexpr const char* overloadWords(bool clips) {
     return clips ? "clipped" : "over full scale, not clipped";
 }
 
+/// The same of several outputs: one kind of line where all of them are alike, else two that name the outputs.
+std::vector<std::string> overloadWordsOf(const std::vector<WrittenSound>& outputs);
 /// "37 samples, by up to 3.52 dB, first at 0:00:00.500". Leaves out a peak of 0, which nobody has measured.
 std::string overloadText(const Overload& overload, int sampleRate);
 
 /// The line of a report on what is beyond full scale in one channel of an output, counted from 0. Empty where
 /// there is nothing to tell. `what` is the kind of line.
-std::string channelOverloadLine(const char* what, std::size_t channel, const Overload& overload,
+std::string channelOverloadLine(const std::string& what, std::size_t channel, const Overload& overload,
                                 int sampleRate);
 
 } // namespace audlmd::command

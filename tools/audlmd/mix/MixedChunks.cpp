@@ -8,10 +8,10 @@
 
 namespace audlmd::command {
 
-MixedChunks::MixedChunks(Mixer& mixer, TimelineSample from, FormatId format, Rounding rounding,
+MixedChunks::MixedChunks(Mixer& mixer, TimelineSample from, const OutputLayout& chunks, Rounding rounding,
                          std::size_t block, std::function<void()> mixed, OutputCourse* course)
-    : mixer_(mixer), from_(from), format_(format), rounding_(rounding), mixed_(std::move(mixed)),
-      course_(course), samples_(outputLayout(mixer.timeline()).size(), std::vector<float>(block)) {}
+    : mixer_(mixer), from_(from), format_(chunks.format), rounding_(rounding), mixed_(std::move(mixed)),
+      course_(course), samples_(static_cast<std::size_t>(chunks.channels), std::vector<float>(block)) {}
 
 /// Block by block, so that the sums are still in the processor's cache when they are stored.
 void MixedChunks::fill(std::size_t /*part*/, Chunk& chunk) {

@@ -9,6 +9,8 @@
 #include "tools/audlmd/options/ParsedOption.hpp"
 #include "tools/audlmd/options/Parsers.hpp"
 
+#include <algorithm>
+
 namespace audlmd::command {
 
 void RenderingOptions::declareRendering(CLI::App& app, const std::string& group, const Defaults& defaults) {
@@ -111,7 +113,10 @@ std::string truncatedText(const std::string& name, std::int64_t frames, int samp
 void OutputOptions::declareOutput(CLI::App& app, const std::string& outputHelp, const Defaults& defaults,
                                   std::size_t mostBlock) {
     constexpr const char* group = "Output";
-    app.add_option("-o,--output", output, outputHelp)->option_text("OUTPUT")->group(group);
+    app.add_option("-o,--output", outputs, outputHelp + "; may be repeated, with other kinds of files")
+        ->option_text("OUTPUT")
+        ->allow_extra_args(false)
+        ->group(group);
     addParsed(app, "--kind", kind, &parseFileKind,
               "The kind of file (wav, flac, ...) where the name does not say it")
         ->option_text("KIND")
@@ -136,6 +141,42 @@ void OutputOptions::declareOutput(CLI::App& app, const std::string& outputHelp, 
         ->option_text("N")
         ->check(CLI::Range(1, 1024))
         ->group(group);
+}
+
+std::string OutputOptions::outputNames() const {
+    std::string names;
+    for (const std::filesystem::path& output : outputs)
+        names += (names.empty() ? "" : ", ") + output.string();
+    return names;
+}
+
+std::vector<OutputOptions::Stored> OutputOptions::storedIn(const std::vector<OutputTarget>& targets,
+                                                           std::optional<FormatId> kept) const {
+    std::vector<Stored> all;
+    for (const OutputTarget& target : targets) {
+        const FileKind& fileKind = *target.kind;
+        const bool keeps = kept && fileKind.lossy == 0 && subtypeIn(fileKind, *kept);
+        Stored stored{.format = format.value_or(keeps ? *kept : defaultFormatOf(fileKind)),
+                      .rounding = Rounding::nearest,
+                      .note = ""};
+        if (fileKind.lossy != 0 && format && *format != FormatId::f32) {
+            stored.format = FormatId::f32;
+            stored.note = "note: " + words::quoted(target.path.string()) + ": " + std::string(fileKind.name) +
+                          " has samples of its own; --format is not for it";
+        }
+        all.push_back(std::move(stored));
+    }
+    const bool onlyFloats =
+        std::ranges::all_of(all, [](const Stored& stored) { return stored.format == FormatId::f32; });
+    for (Stored& stored : all)
+        if (onlyFloats || !dither || stored.format != FormatId::f32)
+            stored.rounding = roundingTo(stored.format);
+        else if (stored.note.empty())
+            stored.note =
+                "note: " +
+                words::quoted(targets[static_cast<std::size_t>(&stored - all.data())].path.string()) +
+                " holds floats, which are not rounded, and so not dithered";
+    return all;
 }
 
 Rounding OutputOptions::roundingTo(FormatId outputFormat) const {

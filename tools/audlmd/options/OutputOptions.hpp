@@ -8,6 +8,7 @@
 #include "tools/audlmd/JobLog.hpp"
 #include "tools/audlmd/cache/DecodingOptions.hpp"
 #include "tools/audlmd/files/FileKind.hpp"
+#include "tools/audlmd/files/OutputFile.hpp"
 #include "tools/audlmd/files/SpooledInput.hpp"
 #include "tools/audlmd/options/ChannelOptions.hpp"
 
@@ -95,8 +96,8 @@ std::string truncatedText(const std::string& name, std::int64_t frames, int samp
 
 /// The options of every command that renders into a sound file.
 struct OutputOptions : RenderingOptions {
-    /// Empty: nothing is rendered.
-    std::filesystem::path output;
+    /// All from one pass. Empty: nothing is rendered.
+    std::vector<std::filesystem::path> outputs;
     /// Never null. Not set: the name of the output says it.
     std::optional<const FileKind*> kind;
     /// Not set: that of the kind of file, or of the input.
@@ -114,8 +115,22 @@ struct OutputOptions : RenderingOptions {
     void declareOutput(CLI::App& app, const std::string& outputHelp, const Defaults& defaults,
                        std::size_t mostBlock);
 
-    /// How samples become those of the output's format. Throws CommandError where the options exclude each
-    /// other or do not fit the format.
+    /// Their names, for messages.
+    std::string outputNames() const;
+
+    /// What an output holds, and what of that is not as it was asked, in a line.
+    struct Stored {
+        FormatId format;
+        Rounding rounding;
+        std::string note;
+    };
+    /// What each of the outputs holds. `kept` is the format that the samples have by themselves, if they do:
+    /// without --format a kind that holds it keeps it. Throws CommandError where the options exclude each
+    /// other, or fit no output.
+    std::vector<Stored> storedIn(const std::vector<OutputTarget>& targets,
+                                 std::optional<FormatId> kept = std::nullopt) const;
+    /// How samples become those of a format. Throws CommandError where the options exclude each other or do
+    /// not fit the format.
     Rounding roundingTo(FormatId outputFormat) const;
 };
 

@@ -60,9 +60,12 @@ void PlayInput::openTimeline() {
     markers_ = markersOf(timeline_);
     if (timeline_.length <= 0)
         throw CommandError(words::quoted(name_.string()) + " has nothing to play", ExitStatus::input);
+    const std::vector<std::string> muted = options_.tracks.applyTo(timeline_);
     if (options_.strip.gain)
         amplify(*options_.strip.gain);
     addTimelineNotes();
+    if (!muted.empty())
+        notes_.push_back(mutedLine(muted));
 }
 
 void PlayInput::amplify(double decibels) {

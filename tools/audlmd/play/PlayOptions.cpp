@@ -22,7 +22,8 @@ at the end of the last input.
 LEVELS What is beyond full scale is clipped for the device, shown in red (without NO_COLOR), and told at the
 end. The status line shows the largest peak of the last second.
 
-TIMELINES are those of mix (.otio, .otioz, .otiod, .json), with --speed, --reverse, --from and --gain as their only options.
+TIMELINES are those of mix (.otio, .otioz, .otiod, .json), with --speed, --reverse, --from, --gain, --only and
+--mute as their only options.
 Their times are shown in frames, where they have a frame rate: --from takes them as they are shown, with the
 @ and the rate. SOUND FILES have the sound options of render; --speed and --reverse say how the transport
 starts, and fades and automation then lie as render lays them. Speeds beyond the band-limited converter are
@@ -67,6 +68,7 @@ void PlayOptions::declare(CLI::App& play) {
     play.add_option("--media", media, "A folder in which a timeline's media are looked for")
         ->option_text("FOLDER")
         ->group("Input");
+    tracks.declare(play, "Input");
     addParsed(
         play, "--from", from, &TimeValue::parseMoment,
         "Where playing starts in the first input (default: its start), also a marker's name; -5s counts from "
@@ -94,6 +96,8 @@ void PlayOptions::requireCompatible() const {
                            "--reverse, --from and --gain go with a timeline");
     if (timeline == inputs.end() && !inputs.empty() && !media.empty())
         throw CommandError("--media goes with a timeline");
+    if (timeline == inputs.end() && !inputs.empty() && !tracks.isEmpty())
+        throw CommandError("--only and --mute go with a timeline");
 }
 
 double PlayOptions::speed() const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tools/audlmd/mix/TrackChoice.hpp"
 #include "tools/audlmd/options/OutputOptions.hpp"
 #include "tools/audlmd/options/StripOptions.hpp"
 
@@ -17,6 +18,8 @@ struct PlayOptions : RenderingOptions {
     std::vector<std::filesystem::path> inputs;
     /// See MediaFinder.
     std::vector<std::filesystem::path> media;
+    /// Of timelines.
+    TrackChoice tracks;
 
     bool listDevices = false;
     /// Not set: the default device.

@@ -8,6 +8,7 @@
 #include "tools/audlmd/Progress.hpp"
 #include "tools/audlmd/files/LevelledChunks.hpp"
 #include "tools/audlmd/files/Outputs.hpp"
+#include "tools/audlmd/files/PeaksFile.hpp"
 #include "tools/audlmd/files/SampleLayouts.hpp"
 #include "tools/audlmd/mix/MixReportText.hpp"
 #include "tools/audlmd/modes/ModeText.hpp"
@@ -46,8 +47,10 @@ MaterialCacheOptions cacheOptions(std::size_t channels) {
 /// One render, from the options to the last line of the report.
 class Render {
 public:
-    Render(const RenderOptions& options, std::filesystem::path input, const std::filesystem::path& output)
-        : options_(options), input_(std::move(input)), outputs_(output, options.kind.value_or(nullptr)),
+    Render(const RenderOptions& options, std::filesystem::path input,
+           const std::vector<std::filesystem::path>& outputs)
+        : options_(options), input_(std::move(input)),
+          outputs_(outputs, options.kind.value_or(nullptr), {options.peaks.file}),
           log_(outputs_.report(), options.style, input_.string(), options.inputs.size() > 1) {}
 
     void run() {
@@ -61,8 +64,8 @@ private:
         layOut();
         if (options_.explain)
             tellHow();
-        if (outputs_.sound())
-            renderToFile();
+        if (outputs_.hasSound())
+            renderToFiles();
     }
 
     /// Before the input is read, so that a wrong output is refused at once.
@@ -137,28 +140,48 @@ private:
 
     StripPlayer& player() const { return channels_.front()->player(); }
 
-    /// Settles the format and length of the output. Without --format, the existing mix, the input or the kind
-    /// of file decides.
+    /// Settles the formats and the length of the outputs. Without --format, the existing mix, the input or
+    /// the kind of file decides.
     void layOut() {
         layout_.frames = static_cast<std::int64_t>(player().outputLength());
         const std::optional<FormatId> kept = keptFormat();
-        layout_.format = options_.format.value_or(
-            kept.value_or(outputs_.sound() ? defaultFormatOf(*outputs_.sound()->kind) : FormatId::f32));
+        stored_ = options_.storedIn(outputs_.sounds(), kept);
         if (options_.mixInto) {
             existing_.emplace(*options_.mixInto, options_.format, layout_);
+            for (OutputOptions::Stored& stored : stored_)
+                stored = {existing_->format(), options_.roundingTo(existing_->format()), ""};
             layout_.format = existing_->format();
+        } else if (stored_.empty()) {
+            layout_.format = options_.format.value_or(kept.value_or(FormatId::f32));
+        } else {
+            layout_.format = stored_.front().format;
         }
-        rounding_ = options_.roundingTo(layout_.format);
-        const bool copies = kept == layout_.format && rounding_ != Rounding::truncated;
-        if (copies && rounding_ == Rounding::dithered) {
-            log_.note("note: nothing is dithered, because the samples are copied as they are");
-            rounding_ = Rounding::nearest;
-        }
-        if (copies && kept == FormatId::s32)
-            copied_.emplace(file_);
+        if (kept)
+            copy(*kept);
+        for (const OutputOptions::Stored& stored : stored_)
+            log_.note(stored.note);
     }
 
-    /// The input's, if no sample is changed and the output can hold the format.
+    /// What is kept as it is needs no dither. Floats do not hold 32 bits, which are therefore copied.
+    void copy(FormatId kept) {
+        std::size_t copies = 0;
+        for (OutputOptions::Stored& stored : stored_) {
+            if (stored.format != kept || stored.rounding == Rounding::truncated)
+                continue;
+            ++copies;
+            if (std::exchange(stored.rounding, Rounding::nearest) == Rounding::dithered)
+                stored.note = "note: nothing is dithered, because the samples are copied as they are";
+        }
+        if (kept != FormatId::s32 || copies == 0)
+            return;
+        if (copies != stored_.size())
+            throw CommandError("'" + input_.string() +
+                               "' has 32-bit samples, which are copied as they are into all outputs or into "
+                               "none: choose one --format for all, or render in several calls");
+        copied_.emplace(file_);
+    }
+
+    /// The input's, if no sample is changed.
     std::optional<FormatId> keptFormat() const {
         if (options_.mixInto || options_.levels.areGiven() || !options_.strip.changesNoSample())
             return std::nullopt;
@@ -167,9 +190,8 @@ private:
         // Floats do not hold 32 bits, and other channels are no copy.
         if (options_.channels.map ? format == FormatId::s32 : input.info().channels != layout_.channels)
             return std::nullopt;
-        const bool kept = format && options_.taken().rateOf(input.info().samplerate) == layout_.sampleRate &&
-                          (!outputs_.sound() || subtypeIn(*outputs_.sound()->kind, *format));
-        return kept ? format : std::nullopt;
+        const bool keepsRate = options_.taken().rateOf(input.info().samplerate) == layout_.sampleRate;
+        return keepsRate ? format : std::nullopt;
     }
 
     void tellHow() const {
@@ -178,23 +200,26 @@ private:
             log_.note("gain beyond the levels: the input is read times 2^" + std::to_string(doublings));
     }
 
-    void renderToFile() {
-        RenderSummary summary{.output = outputs_.sound()->path.string(),
-                              .format = layout_.format,
+    void renderToFiles() {
+        RenderSummary summary{.outputs = {},
                               .frames = layout_.frames,
                               .channels = layout_.channels,
                               .sampleRate = layout_.sampleRate};
-        summary.clips = clips(layout_.format, rounding_);
-        summary.overloadWords = overloadWords(summary.clips);
-        if (copied_) {
-            CopiedChunks chunks(*copied_, player().plan().settings);
-            summary.seconds = write(chunks);
-        } else if (options_.levels.areGiven())
+        for (std::size_t n = 0; n < stored_.size(); ++n)
+            summary.outputs.push_back({outputs_.sounds()[n].path.string(), stored_[n].format,
+                                       clips(stored_[n].format, stored_[n].rounding)});
+        if (options_.levels.areGiven()) {
             renderToLevel(summary);
-        else {
-            RenderedChunks chunks = renderedAs(layout_, rounding_);
-            summary.seconds = write(chunks);
-            measureOverload(chunks, summary);
+        } else {
+            SoundOutputs outputs(allOutputs());
+            if (copied_) {
+                CopiedChunks chunks(*copied_, player().plan().settings);
+                summary.seconds = write(chunks, outputs);
+            } else {
+                RenderedChunks chunks = renderedAs(outputs.chunkLayout(), outputs.chunkRounding());
+                summary.seconds = write(chunks, outputs);
+                measureOverload(chunks, summary);
+            }
         }
         for (const Cookie& cookie : cookies_) {
             const MaterialStatistics statistics = cache_->statistics(cookie);
@@ -213,37 +238,54 @@ private:
     }
 
     void renderToLevel(RenderSummary& summary) {
-        OutputLayout floats = layout_;
-        floats.format = FormatId::f32;
-        RenderedChunks rendered = renderedAs(floats, Rounding::nearest);
-        requireHolds(*outputs_.sound()->kind, layout_.format, layout_.dataBytes(), outputs_.sound()->path);
-        LevelledChunks levelled(options_.levels, *outputs_.sound(), layout_,
-                                clips(layout_.format, rounding_) ? std::optional(layout_.format)
-                                                                 : std::nullopt,
-                                0, options_.threads);
-        levelled.setFormat(layout_.format, rounding_);
+        std::vector<SoundOutput> all = allOutputs();
+        LevelledChunks levelled(options_.levels, all, 0, options_.threads);
+        RenderedChunks rendered = renderedAs(levelled.floats(), Rounding::nearest);
         Progress progress(layout_.frames, layout_.sampleRate, log_, "measuring, pass 1 of 2");
         levelled.measure(rendered, options_.block, [&](std::int64_t done) {
             requireWholeInput();
             progress.update(done);
         });
         const double measuring = progress.elapsed();
-        layout_.levels = levelled.levels().levels;
-        summary.seconds = measuring + write(levelled);
+        SoundOutputs outputs(levelled.told(std::move(all)));
+        levelled.setFormat(outputs.chunkLayout().format, outputs.chunkRounding());
+        summary.seconds = measuring + write(levelled, outputs);
         summary.levels = levelled.levels();
         summary.overloads = levelled.overloads();
+        summary.overloadWords = overloadWordsOf(summary.outputs);
+    }
+
+    std::vector<SoundOutput> allOutputs() const {
+        std::vector<SoundOutput> outputs;
+        for (std::size_t n = 0; n < stored_.size(); ++n) {
+            outputs.push_back({outputs_.sounds()[n], layout_, stored_[n].rounding});
+            outputs.back().layout.format = stored_[n].format;
+            if (options_.through() == RenderedChannel::Through::outputTypes &&
+                stored_[n].format != stored_.front().format)
+                throw CommandError("--through-tables and --truncate together render one format: choose one "
+                                   "--format for all outputs");
+        }
+        return outputs;
     }
 
     /// Returns how long that took, in seconds.
-    double write(ChunkProducer& chunks) const {
-        OutputFile output(*outputs_.sound(), layout_);
-        Progress progress(layout_.frames, layout_.sampleRate, log_);
-        ChunkWriter(chunks, layout_, options_.block).run(output, [&](std::int64_t done) {
-            requireWholeInput();
-            progress.update(done);
-        });
-        output.commit();
-        for (const std::string& note : output.notes())
+    double write(ChunkProducer& chunks, SoundOutputs& outputs) const {
+        Progress progress(layout_.frames, layout_.sampleRate, log_,
+                          options_.levels.areGiven() ? "writing, pass 2 of 2" : "");
+        PeaksFile peaks(options_.peaks, outputs.chunkLayout());
+        ChunkWriter(chunks, outputs.chunkLayout(), options_.block)
+            .run(
+                [&](const Chunk& chunk) {
+                    outputs.write(chunk);
+                    peaks.take(chunk);
+                },
+                [&](std::int64_t done) {
+                    requireWholeInput();
+                    progress.update(done);
+                });
+        outputs.commit();
+        peaks.write();
+        for (const std::string& note : outputs.notes())
             log_.note(note);
         return progress.elapsed();
     }
@@ -252,8 +294,8 @@ private:
     /// knows which of the samples at full scale were louder.
     void measureOverload(const RenderedChunks& chunks, RenderSummary& summary) const {
         const bool byLibrary = options_.through() == RenderedChannel::Through::outputTypes;
-        if (byLibrary)
-            summary.overloadWords = "clipped or at full scale";
+        summary.overloadWords = byLibrary ? std::vector<std::string>{"clipped or at full scale"}
+                                          : overloadWordsOf(summary.outputs);
         for (const RenderedChunks::Clipped& clipped : chunks.clipped())
             summary.overloads.push_back(byLibrary ? clipped.atLimits : clipped.meter.overload());
     }
@@ -278,15 +320,16 @@ private:
     std::optional<ExistingMix> existing_;
     /// Set where the samples are copied, and floats could not hold them.
     std::optional<ContainerFile> copied_;
+    /// But for the format, that of all outputs.
     OutputLayout layout_;
-    Rounding rounding_ = Rounding::nearest;
+    std::vector<OutputOptions::Stored> stored_;
 };
 
 } // namespace
 
 void renderOne(const RenderOptions& options, const std::filesystem::path& input,
-               const std::filesystem::path& output) {
-    Render(options, input, output).run();
+               const std::vector<std::filesystem::path>& outputs) {
+    Render(options, input, outputs).run();
 }
 
 } // namespace audlmd::command

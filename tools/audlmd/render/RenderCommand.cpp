@@ -19,10 +19,12 @@ namespace {
 std::vector<std::filesystem::path> outputsIn(const RenderOptions& options) {
     std::vector<std::filesystem::path> outputs;
     for (const std::filesystem::path& input : options.inputs) {
-        std::string extension = findFileKind(input) != nullptr ? input.extension().string() : ".wav";
+        // What a lossy file holds is not encoded again, unless that is asked for.
+        const FileKind* const own = findFileKind(input);
+        std::string extension = own != nullptr && own->lossy == 0 ? input.extension().string() : ".wav";
         if (options.kind)
             extension = "." + std::string((*options.kind)->extension);
-        outputs.push_back(options.output / (input.stem().string() + options.suffix + extension));
+        outputs.push_back(options.outputs.front() / (input.stem().string() + options.suffix + extension));
         for (std::size_t other = 0; other + 1 < outputs.size(); ++other)
             if (outputs[other] == outputs.back())
                 throw CommandError("'" + options.inputs[other].string() + "' and '" + input.string() +
@@ -36,12 +38,12 @@ std::vector<std::filesystem::path> outputsIn(const RenderOptions& options) {
 void renderIntoFolder(const RenderOptions& options) {
     const std::vector<std::filesystem::path> outputs = outputsIn(options);
     std::error_code error;
-    std::filesystem::create_directory(options.output, error);
+    std::filesystem::create_directory(options.outputs.front(), error);
     if (error)
-        failToWrite(options.output, error.value());
+        failToWrite(options.outputs.front(), error.value());
     forEachInput(
-        outputs.size(), [&](std::size_t n) { renderOne(options, options.inputs[n], outputs[n]); },
-        "; the others are in '" + options.output.string() + "'");
+        outputs.size(), [&](std::size_t n) { renderOne(options, options.inputs[n], {outputs[n]}); },
+        "; the others are in '" + options.outputs.front().string() + "'");
 }
 
 void renderAll(const RenderOptions& options) {
@@ -49,7 +51,7 @@ void renderAll(const RenderOptions& options) {
     if (options.isFolder())
         renderIntoFolder(options);
     else
-        renderOne(options, options.inputs.front(), options.output);
+        renderOne(options, options.inputs.front(), options.outputs);
 }
 
 } // namespace

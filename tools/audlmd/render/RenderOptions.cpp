@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <system_error>
 
 namespace audlmd::command {
@@ -52,6 +53,7 @@ FILES The output's extension chooses the kind of file:
   .aiff .au .caf    s8 s16 s24 s32 f32 (an aiff also u8)
   .flac             s8 s16 s24
   .raw .pcm         every format, little-endian and without a header; the only ones that hold s24in32
+  .ogg .opus .mp3   encoded with loss, from f32; --format is not for them
 Without --format it is that of --mix-into. Else it is the input's, if that is one of these, the output can
 hold it, and options only choose a range or --reverse it: the samples are then copied as they are. Else, as
 for ogg and mp3, it is f32, or s24 for flac. Pipes and devices (/dev/stdout, -) get headerless samples, or with
@@ -59,6 +61,7 @@ for ogg and mp3, it is f32, or s24 for flac. Pipes and devices (/dev/stdout, -) 
 whatever was there stays until then.
 
 EXAMPLES
+  audlmd render master.wav -o master.flac -o master.mp3       (several, from one pass)
   audlmd render speech.wav -o reversed.wav --reverse
   audlmd render take.wav -o verse.wav --from "verse 2" --to chorus
   audlmd render take.flac -o part.wav --from 1:02.5 --duration 20s --format s24
@@ -98,26 +101,34 @@ void RenderOptions::declare(CLI::App& render) {
     strip.declareRange(render);
     strip.declareSound(render);
     levels.declare(render);
+    peaks.declare(render);
     render.footer(renderHelp);
 }
 
 void RenderOptions::requireCompatible() const {
-    if (output.empty() && inputs.size() > 1)
+    if (outputs.empty() && inputs.size() > 1)
         throw CommandError("name what to write with -o: a folder, or one file as in -o " +
                            inputs.back().string());
-    if (output.empty() && !explain)
+    if (outputs.empty() && !explain)
         throw CommandError("name the file to write with -o, or use --explain alone");
     if (inputs.size() > 1 && !isFolder())
-        throw CommandError("several inputs go into a folder, and '" + output.string() +
+        throw CommandError("several inputs go into a folder, and '" + outputs.front().string() +
                            "' is none; end its name with / to make one");
+    if (isFolder() && outputs.size() > 1)
+        throw CommandError("a folder is the only output; several outputs are files of one input");
     if (!suffix.empty() && !isFolder())
         throw CommandError("--suffix is for outputs in a folder");
     if (mixInto && inputs.size() > 1)
         throw CommandError("--mix-into takes one input");
     if (style.json && explain)
         throw CommandError("--explain is for people, and --json for programs: use one of them");
+    if (!peaks.file.empty() && inputs.size() > 1)
+        throw CommandError("--peaks takes one input");
     levels.requireCompatible();
-    if (levels.areGiven() && output.empty())
+    peaks.requireCompatible();
+    if (!peaks.file.empty() && outputs.empty())
+        throw CommandError("--peaks are those of an output: name the file to write with -o");
+    if (levels.areGiven() && outputs.empty())
         throw CommandError(levels.name() + std::string(" is for an output: name the file to write with -o"));
     if (levels.areGiven() && mixInto)
         throw CommandError(levels.name() +
@@ -133,7 +144,9 @@ RenderedChannel::Through RenderOptions::through() const {
 
 bool RenderOptions::isFolder() const {
     std::error_code none;
-    return !output.empty() && (!output.has_filename() || std::filesystem::is_directory(output, none));
+    return std::ranges::any_of(outputs, [&](const std::filesystem::path& output) {
+        return !output.has_filename() || std::filesystem::is_directory(output, none);
+    });
 }
 
 } // namespace audlmd::command

@@ -2,6 +2,7 @@
 
 #include "tools/audlmd/options/LevelOptions.hpp"
 #include "tools/audlmd/options/OutputOptions.hpp"
+#include "tools/audlmd/options/PeaksOptions.hpp"
 #include "tools/audlmd/options/StripOptions.hpp"
 #include "tools/audlmd/render/RenderedChannel.hpp"
 
@@ -21,6 +22,7 @@ struct RenderOptions : OutputOptions {
     std::optional<std::filesystem::path> mixInto;
     StripOptions strip;
     LevelOptions levels;
+    PeaksOptions peaks;
     bool explain = false;
     bool noMetadata = false;
 

@@ -14,8 +14,9 @@ namespace audlmd::command {
 
 std::vector<std::string> RenderSummary::lines(bool quiet) const {
     std::vector<std::string> lines;
-    for (std::size_t channel = 0; channel < overloads.size(); ++channel)
-        lines.push_back(channelOverloadLine(overloadWords, channel, overloads[channel], sampleRate));
+    for (const std::string& words : overloadWords)
+        for (std::size_t channel = 0; channel < overloads.size(); ++channel)
+            lines.push_back(channelOverloadLine(words, channel, overloads[channel], sampleRate));
     if (levels)
         lines.push_back(levels->shortfall);
     if (quiet && underrunSamples == 0)
@@ -33,8 +34,9 @@ std::vector<std::string> RenderSummary::lines(bool quiet) const {
 }
 
 nlohmann::json RenderSummary::json() const {
-    nlohmann::json json{{"output", output},
-                        {"format", outputFormat(format).name},
+    nlohmann::json json{{"output", outputs.front().path},
+                        {"format", outputFormat(outputs.front().format).name},
+                        {"outputs", outputsJson(outputs)},
                         {"sampleRate", sampleRate},
                         {"frames", frames},
                         {"seconds", seconds},
@@ -43,7 +45,7 @@ nlohmann::json RenderSummary::json() const {
                         {"channelCount", channels},
                         {"channels", nlohmann::json::array()}};
     for (const Overload& channel : overloads)
-        json["channels"].push_back(channelJson(channel, clips));
+        json["channels"].push_back(channelJson(channel, outputs.front().clips));
     if (levels)
         json["levels"] = levelsJson(*levels);
     return json;

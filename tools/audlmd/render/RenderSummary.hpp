@@ -1,8 +1,8 @@
 #pragma once
 
 #include "host/mix/MixReport.hpp"
-#include "tools/audlmd/files/OutputFormat.hpp"
 #include "tools/audlmd/files/OutputLevels.hpp"
+#include "tools/audlmd/mix/MixReportText.hpp"
 
 #include <nlohmann/json_fwd.hpp>
 
@@ -15,8 +15,7 @@ namespace audlmd::command {
 
 /// How a render went.
 struct RenderSummary {
-    std::string output;
-    FormatId format = FormatId::f32;
+    std::vector<WrittenSound> outputs;
     std::int64_t frames = 0;
     int channels = 0;
     /// In frames per second.
@@ -28,9 +27,8 @@ struct RenderSummary {
     std::uint64_t underrunEpisodes = 0;
     /// Of each channel. Empty where the samples were copied as they are.
     std::vector<Overload> overloads = {};
-    /// What became of what is over full scale: a kind of line.
-    const char* overloadWords = "";
-    bool clips = false;
+    /// What became of what is over full scale: kinds of lines.
+    std::vector<std::string> overloadWords = {};
     /// Of an output that was brought to a level.
     std::optional<OutputLevels> levels = std::nullopt;
 
