@@ -7,6 +7,7 @@
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Progress.hpp"
 #include "tools/audlmd/files/LevelledChunks.hpp"
+#include "tools/audlmd/files/MarkersCsv.hpp"
 #include "tools/audlmd/files/Outputs.hpp"
 #include "tools/audlmd/files/SampleLayouts.hpp"
 #include "tools/audlmd/mix/MixReportText.hpp"
@@ -47,7 +48,8 @@ MaterialCacheOptions cacheOptions(std::size_t channels) {
 class Render {
 public:
     Render(const RenderOptions& options, std::filesystem::path input, const std::filesystem::path& output)
-        : options_(options), input_(std::move(input)), outputs_(output, options.kind.value_or(nullptr)),
+        : options_(options), input_(std::move(input)),
+          outputs_(output, options.kind.value_or(nullptr), {options.markers}),
           log_(outputs_.report(), options.style, input_.string(), options.inputs.size() > 1) {}
 
     void run() {
@@ -63,6 +65,10 @@ private:
             tellHow();
         if (outputs_.sound())
             renderToFile();
+        if (!options_.markers.empty())
+            writeOutput(OutputPath(options_.markers),
+                        markersCsv(layout_.metadata.markers, {.sampleRate = layout_.sampleRate,
+                                                              .timeReference = layout_.timeReference}));
     }
 
     /// Before the input is read, so that a wrong output is refused at once.

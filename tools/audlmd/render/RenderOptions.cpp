@@ -93,6 +93,9 @@ void RenderOptions::declare(CLI::App& render) {
         ->group("Output");
     render.add_flag("--no-metadata", noMetadata, "Leave out the input's tags, bext, iXML, markers and loops")
         ->group("Output");
+    render.add_option("--markers", markers, "Write the markers of the output, as CSV")
+        ->option_text("FILE.csv")
+        ->group("Output");
     render.add_flag("--explain", explain, "Print mode code, fields, chain, output type and record")
         ->group("Output");
     strip.declareRange(render);
@@ -110,6 +113,9 @@ void RenderOptions::requireCompatible() const {
     if (inputs.size() > 1 && !isFolder())
         throw CommandError("several inputs go into a folder, and '" + output.string() +
                            "' is none; end its name with / to make one");
+    if (!markers.empty() && (output.empty() || isFolder() || noMetadata))
+        throw CommandError(
+            "--markers tells of one output, which has them: name it with -o, without --no-metadata");
     if (!suffix.empty() && !isFolder())
         throw CommandError("--suffix is for outputs in a folder");
     if (mixInto && inputs.size() > 1)
