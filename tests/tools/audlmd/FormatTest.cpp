@@ -315,6 +315,12 @@ TEST_F(Files, MoveMarkersAndLoopsWithTheirSamples) {
     EXPECT_NE(readBytes(in("c.wav")).find("iXML" + numbers({70001}) + "<a> "), std::string::npos);
     writeBytes(in("d.wav"), run("render c.rf64 -o - --kind wav").output);
     EXPECT_EQ(markersAndLoops(in("d.wav")), markersAndLoops(in("b.wav")));
+    output("render c.wav -o d.flac --from solo --markers d.csv");
+    EXPECT_NE(readBytes(in("d.csv"))
+                  .find("\n0,0.000000,0:00:00.000,12001,\"solo\",\"\"\r\n"
+                        "18000,0.375000,0:00:00.375,0,\"verse 1\",\"hm\"\r\n"),
+              std::string::npos)
+        << readBytes(in("d.csv"));
     output("render b.aiff -o d.wav");
     EXPECT_EQ(markersAndLoops(in("d.wav")), markersAndLoops(in("b.aiff")));
     expectRefused(

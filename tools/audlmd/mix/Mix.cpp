@@ -407,15 +407,15 @@ private:
 
     void showOnPage(const MixReport& mixed) {
         Timeline shown = timeline_;
-        if (!outputs_.sound())
+        if (!outputs_.hasSound())
             shown.notes = allNotes();
         const PageSubject subject{.timeline = shown,
                                   .report = mixed,
                                   .course = course(),
-                                  .clips = clips(format_, rounding_),
+                                  .clips = !stored_.empty() && clips(stored_.front().format, stored_.front().rounding),
                                   .fileOf = [this](const std::string& medium) { return shownFile(medium); }};
         readMedia([&](const auto& progress) {
-            writePage(OutputPath(options_.page), outputs_.sound() ? &*outputs_.sound() : nullptr, subject,
+            writePage(OutputPath(options_.page), outputs_.hasSound() ? &outputs_.sounds().front() : nullptr, subject,
                       opensMedia(), progress);
         });
     }
@@ -423,7 +423,7 @@ private:
     /// Where the output has them; of the whole timeline where there is none.
     void writeMarkers() const {
         const TimelineSpan span =
-            outputs_.sound() ? span_ : TimelineSpan{0, TimelineSample() + timeline_.length};
+            outputs_.hasSound() ? span_ : TimelineSpan{0, TimelineSample() + timeline_.length};
         const std::vector<Marker> markers =
             markersIn({.from = span.from.number(), .to = span.to.number(), .whole = timeline_.length},
                       markersOf(timeline_));

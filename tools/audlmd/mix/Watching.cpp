@@ -12,6 +12,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <vector>
 
 namespace audlmd::command {
 namespace {
@@ -29,8 +30,10 @@ std::optional<CommandError> failureIn(const std::function<void()>& round) {
 }
 
 void prepare(const MixOptions& options, FileWatch& watch) {
-    for (const std::filesystem::path& output :
-         {options.output, options.report, options.picture, options.page, options.markers}) {
+    std::vector<std::filesystem::path> outputs{options.report, options.picture, options.page, options.markers,
+                                               options.peaks.file};
+    outputs.insert(outputs.end(), options.outputs.begin(), options.outputs.end());
+    for (const std::filesystem::path& output : outputs) {
         if (output.empty())
             continue;
         const OutputPath target(output);

@@ -7,6 +7,7 @@
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Progress.hpp"
 #include "tools/audlmd/files/LevelledChunks.hpp"
+#include "tools/audlmd/files/MarkersCsv.hpp"
 #include "tools/audlmd/files/Outputs.hpp"
 #include "tools/audlmd/files/PeaksFile.hpp"
 #include "tools/audlmd/files/SampleLayouts.hpp"
@@ -50,7 +51,7 @@ public:
     Render(const RenderOptions& options, std::filesystem::path input,
            const std::vector<std::filesystem::path>& outputs)
         : options_(options), input_(std::move(input)),
-          outputs_(outputs, options.kind.value_or(nullptr), {options.peaks.file}),
+          outputs_(outputs, options.kind.value_or(nullptr), {options.peaks.file, options.markers}),
           log_(outputs_.report(), options.style, input_.string(), options.inputs.size() > 1) {}
 
     void run() {
@@ -66,6 +67,10 @@ private:
             tellHow();
         if (outputs_.hasSound())
             renderToFiles();
+        if (!options_.markers.empty())
+            writeOutput(OutputPath(options_.markers),
+                        markersCsv(layout_.metadata.markers, {.sampleRate = layout_.sampleRate,
+                                                              .timeReference = layout_.timeReference}));
     }
 
     /// Before the input is read, so that a wrong output is refused at once.

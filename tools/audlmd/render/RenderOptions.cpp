@@ -96,6 +96,9 @@ void RenderOptions::declare(CLI::App& render) {
         ->group("Output");
     render.add_flag("--no-metadata", noMetadata, "Leave out the input's tags, bext, iXML, markers and loops")
         ->group("Output");
+    render.add_option("--markers", markers, "Write the markers of the output, as CSV")
+        ->option_text("FILE.csv")
+        ->group("Output");
     render.add_flag("--explain", explain, "Print mode code, fields, chain, output type and record")
         ->group("Output");
     strip.declareRange(render);
@@ -116,6 +119,9 @@ void RenderOptions::requireCompatible() const {
                            "' is none; end its name with / to make one");
     if (isFolder() && outputs.size() > 1)
         throw CommandError("a folder is the only output; several outputs are files of one input");
+    if (!markers.empty() && (outputs.empty() || isFolder() || noMetadata))
+        throw CommandError(
+            "--markers tells of one output, which has them: name it with -o, without --no-metadata");
     if (!suffix.empty() && !isFolder())
         throw CommandError("--suffix is for outputs in a folder");
     if (mixInto && inputs.size() > 1)

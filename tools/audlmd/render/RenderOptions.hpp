@@ -25,6 +25,8 @@ struct RenderOptions : OutputOptions {
     PeaksOptions peaks;
     bool explain = false;
     bool noMetadata = false;
+    /// A CSV file. Empty: none.
+    std::filesystem::path markers;
 
     /// Declares all options with their help. This object must outlive the app.
     void declare(CLI::App& render);
