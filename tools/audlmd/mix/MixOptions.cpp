@@ -150,7 +150,7 @@ void MixOptions::requireCompatible() const {
         throw CommandError(levels.name() +
                            std::string(" needs the whole, which a --slice does not know: join "
                                        "the slices, and give it to render"));
-    if (watch && (list || (output.empty() && picture.empty() && page.empty())))
+    if (watch && (list || (outputs.empty() && picture.empty() && page.empty())))
         throw CommandError("--watch writes again and again: name a file with -o, --picture or --page");
     range.requireCompatible();
     if (range.to && untilLastSound)
