@@ -144,6 +144,16 @@ std::vector<std::string> overloadWordsOf(const std::vector<WrittenSound>& output
     return {overloadWords(true) + (" in " + clipped), overloadWords(false) + (" in " + whole)};
 }
 
+std::string overloadText(const Overload& overload, int sampleRate) {
+    std::ostringstream text;
+    text << words::counted(overload.samples, "sample");
+    if (overload.peak > 0.0F)
+        text << ", by up to " << std::fixed << std::setprecision(2)
+             << decibelsOfGain(static_cast<double>(overload.peak)) << " dB";
+    text << ", first at " << words::clock(overload.firstAt.number(), sampleRate);
+    return text.str();
+}
+
 std::string channelOverloadLine(const std::string& what, std::size_t channel, const Overload& overload,
                                 int sampleRate) {
     if (overload.samples == 0)
