@@ -1,11 +1,10 @@
-#include <audlmd.h>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 #include <sndfile.hh>
 
 #include <array>
+#include <audlmd.h>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>

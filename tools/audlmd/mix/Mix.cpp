@@ -7,13 +7,11 @@
 #include "host/words/Text.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Progress.hpp"
-#include "tools/audlmd/files/LevelledChunks.hpp"
 #include "tools/audlmd/files/MarkersCsv.hpp"
 #include "tools/audlmd/files/Outputs.hpp"
-#include "tools/audlmd/files/PeaksFile.hpp"
 #include "tools/audlmd/files/SampleLayouts.hpp"
 #include "tools/audlmd/mix/MixReportJson.hpp"
-#include "tools/audlmd/mix/MixedChunks.hpp"
+#include "tools/audlmd/mix/MixWriting.hpp"
 #include "tools/audlmd/mix/Stems.hpp"
 #include "tools/audlmd/mix/TimelineInput.hpp"
 #include "tools/audlmd/mix/page/Page.hpp"
@@ -44,16 +42,6 @@ void allowManyOpenFiles() {
         files.rlim_cur = files.rlim_max;
         setrlimit(RLIMIT_NOFILE, &files);
     }
-}
-
-/// Of all channels of the output, and behind them of those of the stems.
-void takeOverloads(const std::vector<Overload>& all, MixReport& mixed) {
-    auto next = all.begin();
-    for (Overload& channel : mixed.channels)
-        channel = *next++;
-    for (std::vector<Overload>& stem : mixed.stems)
-        for (Overload& channel : stem)
-            channel = *next++;
 }
 
 /// One mix, from the options to the last line of the report.
@@ -107,8 +95,9 @@ private:
     /// What is mixed, and into which numbers.
     void settle() {
         std::tie(whole_, rangeNote_) = options_.wholeOf(timeline_);
-        span_ = options_.sliceOf(whole_);
-        stored_ = options_.storedIn(outputs_.sounds(), options_.kept);
+        files_.span = options_.sliceOf(whole_);
+        files_.sounds = outputs_.sounds();
+        files_.stored = options_.storedIn(outputs_.sounds(), options_.kept);
         if (!options_.stems.empty())
             settleStems();
     }
@@ -119,7 +108,7 @@ private:
         // What has no header where it goes into a stream has one in a file.
         const FileKind& kind =
             first.isStream && first.kind == &rawFileKind() ? *findFileKind("x.wav") : *first.kind;
-        stems_ = outputs_.add(stemFiles(timeline_, options_.stems, kind.extension), kind);
+        files_.stems = outputs_.add(stemFiles(timeline_, options_.stems, kind.extension), kind);
         if (!given_)
             outputs_.requireOther(options_.timeline, "the timeline");
     }
@@ -143,7 +132,7 @@ private:
     /// Of the output: what is looked at.
     TimelineSpan part() const {
         constexpr std::int64_t far = std::numeric_limits<std::int64_t>::max();
-        return outputs_.hasSound() ? span_ : TimelineSpan{-far, far};
+        return outputs_.hasSound() ? files_.span : TimelineSpan{-far, far};
     }
 
     /// Before anything is written.
@@ -213,125 +202,20 @@ private:
             mixer.emplace(timeline_, opensMedia(),
                           MixerOptions{.threads = options_.threads,
                                        .block = options_.block,
-                                       .stems = !stems_.empty(),
+                                       .stems = !files_.stems.empty(),
                                        .inlined = options_.inlined()});
         }
-        const Written written = writeOutput(*mixer);
-        MixReport mixed = mixer->report();
-        if (written.levels)
-            takeOverloads(written.overloads, mixed);
-        tell(mixed, written);
-        return mixed;
-    }
-
-    /// One of the outputs, with what it says beside its samples. A file without a header says nothing.
-    SoundOutput outputTo(const OutputTarget& target, const OutputOptions::Stored& stored,
-                         const std::string& title, std::size_t firstChannel = 0) const {
-        const ChannelLayout speakers = outputLayout(timeline_);
-        OutputLayout layout{.format = stored.format,
-                            .channels = static_cast<int>(speakers.size()),
-                            .sampleRate = timeline_.sampleRate,
-                            .frames = span_.length(),
-                            .speakers = speakers};
-        if (!options_.noMetadata && target.kind != &rawFileKind()) {
-            layout.timeReference = timeline_.timeReference + span_.from.number();
-            if (!title.empty())
-                layout.metadata.tags[SF_STR_TITLE] = title;
-            layout.metadata.markers = markersOf(timeline_);
-            layout.metadata.sampleRate = layout.sampleRate;
-            moveInto(layout.metadata,
-                     {.from = span_.from.number(), .to = span_.to.number(), .whole = timeline_.length},
-                     layout.sampleRate);
-        }
-        return {target, std::move(layout), stored.rounding, firstChannel};
-    }
-
-    /// The mix in all its files, and the stems, in the order of the mixer's channels.
-    std::vector<SoundOutput> allOutputs() const {
-        std::vector<SoundOutput> all;
-        for (std::size_t n = 0; n < stored_.size(); ++n)
-            all.push_back(outputTo(outputs_.sounds()[n], stored_[n], timeline_.name));
-        for (std::size_t track = 0; track < stems_.size(); ++track)
-            all.push_back(outputTo(stems_[track], stored_.front(), timeline_.tracks[track].name,
-                                   (track + 1) * outputLayout(timeline_).size()));
-        return all;
-    }
-
-    struct Written {
-        /// How long that took.
-        double seconds = 0.0;
-        /// Of an output that was brought to a level; then the mixer does not know what was over full scale.
-        std::optional<OutputLevels> levels = std::nullopt;
-        std::vector<Overload> overloads = {};
-    };
-
-    Written writeOutput(Mixer& mixer) {
-        std::optional<MadeFolder> folder;
-        if (!stems_.empty())
-            folder.emplace(options_.stems);
         if (!options_.picture.empty() || !options_.page.empty())
-            course_.emplace(span_, outputLayout(timeline_), timeline_.sampleRate,
+            course_.emplace(files_.span, outputLayout(timeline_), timeline_.sampleRate,
                             options_.page.empty() ? OutputCourse::Loudness::leftOut
                                                   : OutputCourse::Loudness::measured);
-        OutputCourse* const course = course_ ? &*course_ : nullptr;
-        const auto requireAll = [&] {
-            if (options_.strict)
-                requireNoFailure(mixer.report());
-        };
-        std::vector<SoundOutput> all = allOutputs();
-        if (!options_.levels.areGiven()) {
-            SoundOutputs outputs(std::move(all), span_.from.number());
-            MixedChunks mixed(mixer, span_.from, outputs.chunkLayout(), outputs.chunkRounding(),
-                              options_.block, requireAll, course);
-            return {.seconds = write(mixed, outputs)};
-        }
-        LevelledChunks levelled(options_.levels, all, span_.from, options_.threads);
-        MixedChunks mixed(mixer, span_.from, levelled.floats(), Rounding::nearest, options_.block, requireAll,
-                          course);
-        Progress progress(span_.length(), timeline_.sampleRate, log_, "measuring, pass 1 of 2");
-        levelled.measure(mixed, options_.block, [&](std::int64_t done) { progress.update(done); });
-        const double measuring = progress.elapsed();
-        if (course != nullptr)
-            course->amplify(levelled.levels());
-        SoundOutputs outputs(levelled.told(std::move(all)), span_.from.number());
-        levelled.setFormat(outputs.chunkLayout().format, outputs.chunkRounding());
-        return {.seconds = measuring + write(levelled, outputs),
-                .levels = levelled.levels(),
-                .overloads = levelled.overloads()};
-    }
-
-    /// Returns how long that took, in seconds.
-    double write(ChunkProducer& chunks, SoundOutputs& outputs) const {
-        const OutputLayout& layout = outputs.chunkLayout();
-        Progress progress(layout.frames, layout.sampleRate, log_,
-                          options_.levels.areGiven() ? "writing, pass 2 of 2" : "");
-        PeaksFile peaks(options_.peaks, layout);
-        ChunkWriter(chunks, layout, options_.block)
-            .run(
-                [&](const Chunk& chunk) {
-                    outputs.write(chunk);
-                    peaks.take(chunk);
-                },
-                [&](std::int64_t done) { progress.update(done); });
-        outputs.commit();
-        peaks.write();
-        for (const OutputOptions::Stored& stored : stored_)
-            log_.note(stored.note);
-        for (const std::string& note : outputs.notes())
-            log_.note(note);
-        return progress.elapsed();
-    }
-
-    void requireNoFailure(const MixReport& report) const {
-        for (const StripReport& strip : report.strips)
-            if (!strip.failure.empty())
-                throw CommandError(timeline::whereIs(timeline_, strip.track, strip.strip).text() + ": " +
-                                       words::printable(strip.failure, std::string::npos),
-                                   ExitStatus::input);
+        WrittenMix written = writeMix(*mixer, files_, options_, course_ ? &*course_ : nullptr, log_);
+        tell(written);
+        return std::move(written.report);
     }
 
     MixRun runThatEnded(ExitStatus status) const {
-        MixRun run{.span = span_,
+        MixRun run{.span = files_.span,
                    .timeline = options_.timeline.string(),
                    .muted = muted_,
                    .picture = options_.picture.string(),
@@ -341,26 +225,27 @@ private:
                    .status = status};
         for (std::size_t n = 0; n < options_.outputs.size(); ++n)
             run.outputs.push_back({.path = options_.outputs[n].string()});
-        for (std::size_t n = 0; n < stored_.size(); ++n) {
-            run.outputs[n].format = stored_[n].format;
-            run.outputs[n].clips = clips(stored_[n].format, stored_[n].rounding);
+        for (std::size_t n = 0; n < files_.stored.size(); ++n) {
+            run.outputs[n].format = files_.stored[n].format;
+            run.outputs[n].clips = clips(files_.stored[n].format, files_.stored[n].rounding);
         }
-        for (const OutputTarget& stem : stems_)
+        for (const OutputTarget& stem : files_.stems)
             run.stems.push_back({stem.path.string(), run.outputs.front().format, run.outputs.front().clips});
-        if (options_.slice && !stored_.empty())
-            run.slice = {*options_.slice,
-                         wholeName(timeline_, whole_, stored_.front().format, stored_.front().rounding)};
+        if (options_.slice && !files_.stored.empty())
+            run.slice = {*options_.slice, wholeName(timeline_, whole_, files_.stored.front().format,
+                                                    files_.stored.front().rounding)};
         return run;
     }
 
     /// The text first, which must be told also where the file cannot be written.
-    void tell(const MixReport& told, const Written& written) {
+    void tell(const WrittenMix& written) {
         log_.note(rangeNote_);
-        MixRun run = runThatEnded(silentClips(told) == 0 ? ExitStatus::done : ExitStatus::incomplete);
+        const MixReport& mixed = written.report;
+        MixRun run = runThatEnded(silentClips(mixed) == 0 ? ExitStatus::done : ExitStatus::incomplete);
         run.seconds = written.seconds;
         run.levels = written.levels;
-        log_.result(reportLines(told, timeline_, run), [&] { return reportJson(told, timeline_, run); });
-        writeReport(told, run);
+        log_.result(reportLines(mixed, timeline_, run), [&] { return reportJson(mixed, timeline_, run); });
+        writeReport(mixed, run);
     }
 
     /// The report tells also what failed; what failed is told in any case.
@@ -412,18 +297,19 @@ private:
         const PageSubject subject{.timeline = shown,
                                   .report = mixed,
                                   .course = course(),
-                                  .clips = !stored_.empty() && clips(stored_.front().format, stored_.front().rounding),
+                                  .clips = !files_.stored.empty() && clips(files_.stored.front().format,
+                                                                           files_.stored.front().rounding),
                                   .fileOf = [this](const std::string& medium) { return shownFile(medium); }};
         readMedia([&](const auto& progress) {
-            writePage(OutputPath(options_.page), outputs_.hasSound() ? &outputs_.sounds().front() : nullptr, subject,
-                      opensMedia(), progress);
+            writePage(OutputPath(options_.page), outputs_.hasSound() ? &outputs_.sounds().front() : nullptr,
+                      subject, opensMedia(), progress);
         });
     }
 
     /// Where the output has them; of the whole timeline where there is none.
     void writeMarkers() const {
         const TimelineSpan span =
-            outputs_.hasSound() ? span_ : TimelineSpan{0, TimelineSample() + timeline_.length};
+            outputs_.hasSound() ? files_.span : TimelineSpan{0, TimelineSample() + timeline_.length};
         const std::vector<Marker> markers =
             markersIn({.from = span.from.number(), .to = span.to.number(), .whole = timeline_.length},
                       markersOf(timeline_));
@@ -437,7 +323,7 @@ private:
     std::ptrdiff_t silentClips(const MixReport& mixed) const {
         return std::ranges::count_if(mixed.strips,
                                      [](const StripReport& strip) { return !strip.failure.empty(); }) +
-               std::ssize(silencesIn(timeline_, span_));
+               std::ssize(silencesIn(timeline_, files_.span));
     }
 
     /// The mix is written by then. Who runs it must still learn that something is missing in it.
@@ -460,13 +346,9 @@ private:
     std::vector<TimelineNote> failures_;
     Timeline timeline_;
     /// What is mixed, and what that is a slice of.
-    TimelineSpan span_;
+    MixedFiles files_;
     TimelineSpan whole_;
     std::string rangeNote_;
-    /// One for each output of the mix.
-    std::vector<OutputOptions::Stored> stored_;
-    /// One for each track, or none.
-    std::vector<OutputTarget> stems_;
     /// The names of tracks that are not heard.
     std::vector<std::string> muted_;
     /// Where a picture or a page shows it.

@@ -84,13 +84,12 @@ Json courseJson(const std::vector<double>& course, std::size_t tenths) {
 }
 
 Json loudnessJson(const OutputCourse& course) {
-    using Window = LoudnessMeter::Window;
-    const std::vector<double> momentary = course.loudnessOver(Window::momentary);
+    const std::vector<double> momentary = course.loudnessOver(LoudnessMeter::Window::momentary);
     const std::size_t tenths = momentary.size() / mostLoudnesses + 1;
     const ProgrammeLevels programme = course.programme();
     return {{"secondsPerValue", static_cast<double>(tenths) / 10.0},
             {"momentary", courseJson(momentary, tenths)},
-            {"shortTerm", courseJson(course.loudnessOver(Window::shortTerm), tenths)},
+            {"shortTerm", courseJson(course.loudnessOver(LoudnessMeter::Window::shortTerm), tenths)},
             {"integrated", rounded(programme.integrated)},
             {"range", rounded(programme.range)}};
 }
