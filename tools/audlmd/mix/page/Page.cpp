@@ -116,6 +116,7 @@ void writePage(const OutputPath& page, const OutputTarget* sound, const PageSubj
     output.write(pageBeforeData);
     output.write(harmless(data));
     output.write(pageAfterData);
+    output.complete();
     output.commit();
 }
 
