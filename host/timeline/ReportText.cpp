@@ -4,6 +4,7 @@
 #include "host/timeline/Json.hpp"
 
 #include <cmath>
+#include <cstddef>
 #include <utility>
 #include <vector>
 
@@ -56,6 +57,13 @@ Json clipsJson(const std::vector<StripReport>& strips, const Timeline& timeline)
     return clips;
 }
 
+Json channelsJson(const std::vector<Overload>& channels) {
+    Json json = Json::array();
+    for (const Overload& channel : channels)
+        json.push_back(overloadJson(channel));
+    return json;
+}
+
 std::string textOf(const Json& report) {
     return report.dump(2, ' ', false, Json::error_handler_t::replace);
 }
@@ -63,10 +71,13 @@ std::string textOf(const Json& report) {
 } // namespace
 
 std::string writeReport(const MixReport& report, const Timeline& timeline) {
-    Json json{
-        {"clips", clipsJson(report.strips, timeline)}, {"channels", Json::array()}, {"notes", Json::array()}};
-    for (const Overload& channel : report.channels)
-        json["channels"].push_back(overloadJson(channel));
+    Json json{{"clips", clipsJson(report.strips, timeline)},
+              {"channels", channelsJson(report.channels)},
+              {"notes", Json::array()}};
+    for (std::size_t track = 0; track < report.stems.size(); ++track)
+        json["stems"].push_back({{"track", timeline.tracks[track].name},
+                                 {"trackNumber", track + 1},
+                                 {"channels", channelsJson(report.stems[track])}});
     for (const TimelineNote& note : timeline.notes)
         json["notes"].push_back({{"where", note.where},
                                  {"text", note.text},

@@ -13,7 +13,8 @@ namespace audlmd::timeline {
 ///
 /// `clips`: the strips with something to tell, with track, clip and media, `failure`, `underrunSamples`,
 /// `underrunEpisodes`, `silent` and `overload`. `channels`: the overload of each channel of the output.
-/// `notes`: those of the timeline. `slowest`: the strip that took most time to render.
+/// `stems`: the same of each track, where the mixer gives them. `notes`: those of the timeline. `slowest`:
+/// the strip that took most time to render.
 std::string writeReport(const MixReport& report, const Timeline& timeline);
 
 /// The same of live playback. `sound`: `failure`, `lateSamples`, `lateEpisodes` and `late`, spans of source

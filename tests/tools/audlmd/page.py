@@ -162,7 +162,9 @@ def check_mixes():
                 "markers": [{"name": "<i>here</i>", "at": 2 * rate}]}
     (folder / "film.json").write_text(json.dumps(timeline))
     mix("film.json", "-o", "the mix #1%.wav", "--format", "s16", "--page", "beside.html")
-    expect((folder / "the mix #1%.wav").stat().st_size > 2_000_000, "the sound is small")
+    page, sound = ((folder / name).stat() for name in ("beside.html", "the mix #1%.wav"))
+    expect(sound.st_size > 2_000_000, "the sound is small")
+    expect(page.st_mode == sound.st_mode, "the page is not for those that the sound is for")
     check_page("beside.html", [(folder / "the mix #1%.wav").as_uri()])
     mix("film.json", "-o", "mono.wav", "--format", "s16", "--channels", "mono", "--page", "alone.html")
     (folder / "mono.wav").unlink()

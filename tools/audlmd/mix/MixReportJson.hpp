@@ -5,14 +5,15 @@
 #include <nlohmann/json_fwd.hpp>
 
 #include <string>
+#include <vector>
 
 namespace audlmd::command {
 
 /// The whole report. Times are output samples of the timeline, levels are decibels over full scale.
 nlohmann::json reportJson(const MixReport& report, const Timeline& timeline, const MixRun& run);
 
-/// The loudest sample of a channel, and those over full scale.
-nlohmann::json channelJson(const Overload& channel, bool clips);
+/// The loudest sample of each channel, and those over full scale.
+nlohmann::json channelsJson(const std::vector<Overload>& channels, bool clips);
 
 /// The sound files that were written, and their formats.
 nlohmann::json outputsJson(const std::vector<WrittenSound>& outputs);

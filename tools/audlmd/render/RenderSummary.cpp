@@ -43,9 +43,7 @@ nlohmann::json RenderSummary::json() const {
                         {"underrunSamples", underrunSamples},
                         {"underrunEpisodes", underrunEpisodes},
                         {"channelCount", channels},
-                        {"channels", nlohmann::json::array()}};
-    for (const Overload& channel : overloads)
-        json["channels"].push_back(channelJson(channel, outputs.front().clips));
+                        {"channels", channelsJson(overloads, outputs.front().clips)}};
     if (levels)
         json["levels"] = levelsJson(*levels);
     return json;
