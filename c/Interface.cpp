@@ -132,6 +132,7 @@ char* audlmd_timeline_text(const audlmd_sound* sound) {
                           [&] { return c::copied(timeline::writeJson(c::mixOf(sound).timeline())); });
 }
 
+// Whoever frees a text owns it. NOLINTNEXTLINE(readability-non-const-parameter)
 void audlmd_free_text(char* text) {
     delete[] text;
 }

@@ -19,7 +19,8 @@ import wave
 root, binaries = pathlib.Path(sys.argv[1]), sys.argv[2]
 PAGES = ["README.md", "docs/files.md"]
 # What a reader brings along, by name.
-MEDIA = {"song.wav": 90, "take.flac": 90, "speech.wav": 3, "voice.wav": 2, "music.wav": 2, "film51.wav": 2}
+MEDIA = {"song.wav": 90, "take.flac": 90, "take.wav": 2, "master.wav": 2,
+         "speech.wav": 3, "voice.wav": 2, "music.wav": 2, "film51.wav": 2}
 TIMELINE = """{"audlmd": 1, "name": "film", "sampleRate": 48000, "channels": 2, "tracks": [{"name": "voice",
   "strips": [{"media": "voice.wav", "at": 0, "from": 0, "to": "1s"}]}]}"""
 # Made by ffmpeg; without it, the lines that name them are left out.
