@@ -91,7 +91,17 @@ TEST_F(Levels, AreReachedByOneGain) {
             sample *= static_cast<float>(gainOfDecibels(gain));
     EXPECT_TRUE(readSound(in("out.wav")) == expected);
     // Of the stems as well, whose sum the mix stays.
-    output("mix film.json -o out.wav -o out.flac --stems stems --loudness -27");
+    const Json stems = Json::parse(
+        output("mix film.json -o out.wav -o out.flac --stems stems --loudness -27 --json --quiet"))["stems"];
+    for (const std::size_t stem : {0U, 1U}) {
+        const Json info = infoOf("stems/0" + std::to_string(stem + 1) + ".wav");
+        for (const auto& [name, value] : info["loudness"].items())
+            // Below the gate there is no loudness.
+            if (const Json& level = stems[stem]["levels"][name]; value.is_null())
+                EXPECT_TRUE(level.is_null()) << stem << name;
+            else
+                EXPECT_NEAR(level.get<double>(), value.get<double>(), 0.02) << stem << name;
+    }
     Channels sum = readSound(in("stems/01.wav"));
     const Channels second = readSound(in("stems/02.wav"));
     for (std::size_t channel = 0; channel < sum.size(); ++channel)

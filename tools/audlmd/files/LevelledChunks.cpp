@@ -20,10 +20,20 @@ constexpr double leastSureLoudness = -49.0;
 
 using Floats = std::vector<std::span<const float>>;
 
-ProgrammeMeter meterFor(const LevelOptions& options, const OutputLayout& layout) {
+bool isSoft(const ProgrammeLevels& levels) {
+    return levels.integrated.value_or(0.0) < leastSureLoudness;
+}
+
+/// So many meters, which cannot be moved.
+std::deque<ProgrammeMeter> metersFor(const LevelOptions& options, const OutputLayout& layout,
+                                     std::size_t count) {
+    std::deque<ProgrammeMeter> meters;
     try {
-        return {layout.speakers, layout.sampleRate,
-                options.loudness ? ProgrammeMeter::Loudness::measured : ProgrammeMeter::Loudness::leftOut};
+        while (meters.size() < count)
+            meters.emplace_back(layout.speakers, layout.sampleRate,
+                                options.loudness ? ProgrammeMeter::Loudness::measured
+                                                 : ProgrammeMeter::Loudness::leftOut);
+        return meters;
     } catch (const std::invalid_argument& error) {
         throw CommandError(options.name() + std::string(": the output has no loudness: ") + error.what());
     }
@@ -74,7 +84,7 @@ LevelledChunks::LevelledChunks(const LevelOptions& options, const std::vector<So
                                TimelineSample from, std::size_t threads)
     : options_(options), layout_(floatsOf(outputs)), clipping_(clippingIn(outputs)), from_(from),
       spool_(outputs.front().target, static_cast<std::size_t>(layout_.channels), layout_.frames),
-      meter_(meterFor(options, layout_)),
+      meters_(metersFor(options, layout_, static_cast<std::size_t>(layout_.channels) / measured())),
       overloads_(static_cast<std::size_t>(layout_.channels), OverloadMeter(mostSpansOfAStrip)) {
     for (const SoundOutput& output : outputs)
         requireHolds(*output.target.kind, output.layout.format, output.layout.dataBytes(),
@@ -93,23 +103,28 @@ void LevelledChunks::measure(ChunkProducer& floats, std::size_t block,
                     samples.emplace_back(reinterpret_cast<const float*>(channel.data()), chunk.frames);
                 for (std::size_t channel = 0; channel < samples.size(); ++channel)
                     spool_.write(channel, chunk.from, samples[channel]);
-                meter_.add(std::span(samples).first(measured()));
+                for (std::size_t n = 0; n < meters_.size(); ++n)
+                    meters_[n].add(std::span(samples).subspan(n * measured(), measured()));
             },
             done);
-    const ProgrammeLevels programme = meter_.levels();
-    const bool isSoft = programme.integrated.value_or(0.0) < leastSureLoudness;
+    const ProgrammeLevels programme = meters_.front().levels();
     const double scale = -programme.samplePeak;
-    choose(isSoft && std::isfinite(scale) ? measuredLouder(scale).louderBy(-scale) : programme);
+    choose(isSoft(programme) && std::isfinite(scale) ? measuredLouder(0, scale).louderBy(-scale) : programme);
+    for (std::size_t n = 1; n < meters_.size(); ++n) {
+        const ProgrammeLevels stem = meters_[n].levels();
+        levels_.stems.push_back(isSoft(stem) ? measuredLouder(n, levels_.gain) : stem.louderBy(levels_.gain));
+    }
 }
 
-ProgrammeLevels LevelledChunks::measuredLouder(double decibels) const {
+ProgrammeLevels LevelledChunks::measuredLouder(std::size_t programme, double decibels) const {
     constexpr std::int64_t most = 65536;
-    ProgrammeMeter meter = meterFor(options_, layout_);
+    std::deque<ProgrammeMeter> meters = metersFor(options_, layout_, 1);
+    ProgrammeMeter& meter = meters.front();
     std::vector<std::vector<float>> samples(measured());
     for (std::int64_t from = 0; from < layout_.frames; from += most) {
         for (std::size_t channel = 0; channel < samples.size(); ++channel) {
             samples[channel].resize(static_cast<std::size_t>(std::min(most, layout_.frames - from)));
-            spool_.read(channel, from, samples[channel]);
+            spool_.read(programme * measured() + channel, from, samples[channel]);
             multiply(samples[channel], static_cast<float>(gainOfDecibels(decibels)));
         }
         meter.add(Floats(samples.begin(), samples.end()));
@@ -126,7 +141,7 @@ void LevelledChunks::choose(const ProgrammeLevels& programme) {
                                error.what() + "; nothing is written",
                            ExitStatus::input);
     }
-    levels_ = {.levels = programme.louderBy(gain.possible), .gain = gain.possible};
+    levels_ = {.levels = programme.louderBy(gain.possible), .stems = {}, .gain = gain.possible};
     if (gain.limit != DeliveryGain::Limit::none) {
         const std::string why = limitText(options_, gain, programme, clipping_);
         const std::string possible = decibelText(gain.possible);
@@ -154,8 +169,8 @@ void LevelledChunks::setFormat(FormatId format, Rounding rounding) {
 
 std::vector<SoundOutput> LevelledChunks::told(std::vector<SoundOutput> outputs) const {
     for (SoundOutput& output : outputs)
-        if (output.firstChannel == 0)
-            output.layout.levels = levels_.levels;
+        output.layout.levels =
+            output.firstChannel == 0 ? levels_.levels : levels_.stems[output.firstChannel / measured() - 1];
     return outputs;
 }
 

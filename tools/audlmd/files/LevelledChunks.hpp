@@ -9,6 +9,7 @@
 #include "tools/audlmd/options/LevelOptions.hpp"
 
 #include <cstddef>
+#include <deque>
 #include <optional>
 #include <vector>
 
@@ -39,7 +40,7 @@ public:
     /// What the chunks of the second pass hold. Before they are filled.
     void setFormat(FormatId format, Rounding rounding);
 
-    /// The outputs of the measured channels, with their levels.
+    /// The outputs, with their levels.
     std::vector<SoundOutput> told(std::vector<SoundOutput> outputs) const;
 
     const OutputLevels& levels() const { return levels_; }
@@ -53,7 +54,7 @@ public:
 private:
     /// Programmes so soft that the absolute gate of loudness counts them out in part: they are measured again
     /// where they will not be.
-    ProgrammeLevels measuredLouder(double decibels) const;
+    ProgrammeLevels measuredLouder(std::size_t programme, double decibels) const;
     void choose(const ProgrammeLevels& programme);
     /// Samples of one channel, with the gain.
     void take(std::size_t channel, std::int64_t from, std::span<float> samples) const;
@@ -68,7 +69,8 @@ private:
     TimelineSample from_;
     std::size_t parts_;
     FloatSpool spool_;
-    ProgrammeMeter meter_;
+    /// Of the first output, and of the stems behind.
+    std::deque<ProgrammeMeter> meters_;
     OutputLevels levels_;
     float gain_ = 1.0F;
     /// Each is used by the thread that fills the channel.

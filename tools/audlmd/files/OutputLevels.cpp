@@ -34,14 +34,19 @@ std::string levelsLine(const OutputLevels& output) {
     return line + "by a gain of " + words::signedText(output.gain, 2) + " dB";
 }
 
+Json levelsJson(const ProgrammeLevels& levels) {
+    return {{"integrated", levelJson(levels.integrated)},
+            {"range", levelJson(levels.range)},
+            {"highestMomentary", levelJson(levels.highestMomentary)},
+            {"highestShortTerm", levelJson(levels.highestShortTerm)},
+            {"truePeak", levelJson(levels.truePeak)},
+            {"samplePeak", levelJson(levels.samplePeak)}};
+}
+
 Json levelsJson(const OutputLevels& output) {
-    return {{"gain", output.gain},
-            {"integrated", levelJson(output.levels.integrated)},
-            {"range", levelJson(output.levels.range)},
-            {"highestMomentary", levelJson(output.levels.highestMomentary)},
-            {"highestShortTerm", levelJson(output.levels.highestShortTerm)},
-            {"truePeak", levelJson(output.levels.truePeak)},
-            {"samplePeak", levelJson(output.levels.samplePeak)}};
+    Json json = levelsJson(output.levels);
+    json["gain"] = output.gain;
+    return json;
 }
 
 } // namespace audlmd::command

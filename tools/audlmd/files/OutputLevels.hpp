@@ -5,6 +5,7 @@
 #include <nlohmann/json_fwd.hpp>
 
 #include <string>
+#include <vector>
 
 namespace audlmd::command {
 
@@ -12,6 +13,8 @@ namespace audlmd::command {
 struct OutputLevels {
     /// With the gain.
     ProgrammeLevels levels;
+    /// Of each stem, if there are any.
+    std::vector<ProgrammeLevels> stems = {};
     /// In decibels: that of every sample.
     double gain = 0.0;
     /// How that is less than was asked, in a line for the user. Empty: it is not.
@@ -22,6 +25,8 @@ struct OutputLevels {
 std::string levelsLine(const OutputLevels& output);
 
 /// Decibels, LUFS and LU. What is not defined is null, as silence is.
+nlohmann::json levelsJson(const ProgrammeLevels& levels);
+/// The same, with the gain.
 nlohmann::json levelsJson(const OutputLevels& output);
 
 } // namespace audlmd::command

@@ -67,6 +67,8 @@ Json reportJson(const MixReport& report, const Timeline& timeline, const MixRun&
     for (std::size_t stem = 0; stem < std::min(run.stems.size(), report.stems.size()); ++stem) {
         json["stems"][stem]["output"] = run.stems[stem].path;
         addClipped(json["stems"][stem]["channels"], run.stems[stem].clips);
+        if (run.levels)
+            json["stems"][stem]["levels"] = levelsJson(run.levels->stems[stem]);
     }
     if (run.levels)
         json["levels"] = levelsJson(*run.levels);

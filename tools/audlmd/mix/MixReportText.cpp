@@ -3,6 +3,7 @@
 #include "host/signal/GainLaws.hpp"
 #include "host/timeline/List.hpp"
 #include "host/timeline/TimelineError.hpp"
+#include "host/words/Numbers.hpp"
 #include "host/words/Text.hpp"
 #include "host/words/Times.hpp"
 #include "tools/audlmd/Progress.hpp"
@@ -96,6 +97,9 @@ void appendStems(std::vector<std::string>& text, const MixReport& report, const 
             line << "peak " << decibelsOfGain(static_cast<double>(peak)) << " dB";
         else
             line << "silent";
+        if (run.levels && run.levels->stems[stem].integrated &&
+            std::isfinite(*run.levels->stems[stem].integrated))
+            line << ", loudness " << words::fixedText(*run.levels->stems[stem].integrated, 1) << " LUFS";
         lines.push_back(line.str());
     }
     appendShortened(text, lines);
