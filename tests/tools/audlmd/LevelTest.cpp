@@ -192,6 +192,48 @@ TEST_F(Levels, AreThoseOfForeignMeters) {
         GTEST_SKIP() << "neither ffmpeg nor loudgain is installed";
 }
 
+TEST_F(Levels, StandBesideMasksMarkersTimesAndStemsThatForeignProgramsRead) {
+    writeSound(in("wide.wav"), softNoise(48000));
+    writeBytes(in("film.json"), R"({"audlmd": 1, "name": "Bridge", "sampleRate": 48000, "channels": 6,
+        "timeReference": 172800000, "markers": [{"name": "door", "at": 12000}, {"name": "gate", "at": 30000}],
+        "tracks": [{"strips": [{"media": "wide.wav", "layout": "5.1"}]},
+                   {"strips": [{"media": "wide.wav", "layout": "5.1", "reverse": true, "gain": -7}]}]})");
+    output("mix film.json -o out.wav -o out.rf64 -o out.flac --channels 5.1 --loudness -30 --stems stems");
+    // A sum that is rounded to double and then to single precision is that of single precision.
+    writeBytes(in("sum.py"), R"(
+import array
+def samples(path):
+    data = open(path, "rb").read()
+    start = data.index(b"data") + 8
+    return array.array("f", data[start:start + 4 * 6 * 48000])
+sums = map(float.__add__, samples("stems/01.wav"), samples("stems/02.wav"))
+print(array.array("f", sums) == samples("out.wav"))
+)");
+    const std::string probe =
+        "ffprobe -v error -of csv -show_entries "
+        "stream=channel_layout:chapter=start:chapter_tags=title:format_tags=title,time_reference ";
+    const std::string probed = "stream,5.1\nchapter,12000,door\nchapter,30000,gate\nformat,";
+    const std::string inform =
+        "mediainfo --Output='Audio;%Format% %ChannelLayout% %Delay% %LoudnessValue% %BitDepth%' ";
+    std::size_t judges = 0;
+    for (const auto& [line, expected] : std::vector<std::pair<std::string, std::string>>{
+             {probe + "out.wav", probed + "Bridge,172800000\n"},
+             {probe + "out.rf64", probed + "172800000,Bridge\n"},
+             {inform + "out.wav", "PCM L R C LFE Lb Rb 3600000.000000 -30.00 32\n"},
+             // Of libsndfile's headers of floats it says that they are short.
+             {"sox --info -V1 -c out.wav", "6\n"},
+             {"sox --info -V1 -s out.rf64", "48000\n"},
+             {"sox --info -a out.flac", "title=Bridge\n"},
+             {"python3 sum.py", "True\n"}}) {
+        if (printed("command -v " + line.substr(0, line.find(' '))).empty())
+            continue;
+        ++judges;
+        EXPECT_EQ(printed(line), expected) << line;
+    }
+    if (judges == 0)
+        GTEST_SKIP() << "none of ffprobe, mediainfo, sox and python3 is installed";
+}
+
 TEST_F(Levels, OfWaveformsGoToPlayersInWebPages) {
     // Three channels of stretches of 4, the last one shorter; the third is clipped by the format.
     writeSound(in("b.wav"), {{0.5F, -0.25F, 0.0F, 0.125F, 0.25F, 0.75F},

@@ -41,6 +41,10 @@ TEST_F(PlayCommand, PlaysTheSamplesOfRenderAndMix) {
     output("mix film.json -o mix.wav --format f32");
     std::vector<float> mix = interleaved(readSound(in("mix.wav")));
     EXPECT_TRUE(holds(heard("film.json"), mix));
+    std::string two = readBytes(in("film.json"));
+    two.insert(two.size() - 2, R"(, {"name": "B", "strips": [{"media": "a.wav", "to": 30000}]})");
+    writeBytes(in("two.json"), two);
+    EXPECT_TRUE(holds(heard("two.json --mute B"), mix));
     for (float& sample : mix)
         sample /= 2.0F;
     EXPECT_TRUE(holds(heard("film.json --gain -6.020599913"), mix));
