@@ -1,16 +1,17 @@
 #include "c/Files.hpp"
 
-#include "host/cache/SoundFile.hpp"
 #include "host/media/DecodedCache.hpp"
 #include "host/services/SampleRates.hpp"
+#include "host/timeline/MediaFinder.hpp"
 #include "host/timeline/TimelineError.hpp"
+#include "host/timeline/TimelineText.hpp"
 #include "host/words/Numbers.hpp"
 #include "host/words/Text.hpp"
 
 #include <fstream>
 #include <limits>
-#include <sstream>
 #include <stdexcept>
+#include <system_error>
 #include <utility>
 
 namespace audlmd::c {
@@ -30,54 +31,55 @@ public:
         films_ = std::make_unique<DecodedCache>(std::move(how));
     }
 
-    /// `stream` counts from 0.
-    std::filesystem::path playable(const std::filesystem::path& path, int stream = 0) const {
-        return films_ ? films_->playable(path, stream).path : path;
+    /// `stream` counts from 1.
+    PlayableFile playable(const std::filesystem::path& path, int stream) const {
+        return films_ ? films_->playable(path, stream - 1) : PlayableFile{path};
     }
 
 private:
     std::unique_ptr<DecodedCache> films_;
 };
 
-std::string readText(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream text;
-    text << file.rdbuf();
-    if (!file || !text)
-        throw std::runtime_error(words::quoted(words::printable(path.string())) + " cannot be read");
-    return std::move(text).str();
-}
-
 bool isTimeline(const std::filesystem::path& path) {
+    if (!timeline::contentOfBundle(path).empty())
+        return true;
     std::string start(64, ' ');
     std::ifstream(path, std::ios::binary).read(start.data(), std::ssize(start));
     return timeline::mayBeTimeline(start);
 }
 
+timeline::TimelineText readText(const std::filesystem::path& path) {
+    try {
+        return timeline::readTimelineText(path);
+    } catch (const std::system_error& error) {
+        throw std::runtime_error(words::quoted(words::printable(path.string())) +
+                                 " cannot be read: " + error.code().message());
+    }
+}
+
 Sound openTimeline(const std::filesystem::path& path, const std::shared_ptr<const Opener>& opener,
                    Options& options) {
+    timeline::MediaSearch search{
+        .playable = [opener](const std::filesystem::path& medium, std::optional<int> stream) {
+            return opener->playable(medium, stream.value_or(1));
+        }};
+    if (const std::optional<std::string> folder = options.take("media"))
+        search.folders.emplace_back(*folder);
+    const auto finder = std::make_shared<timeline::MediaFinder>(std::move(search));
+    const auto [text, folder] = readText(path);
     const timeline::ReadOptions how{
         .sampleRate = options.takeWhole("sampleRate", lowestSampleRate, highestSampleRate).value_or(48000),
-        .folder = std::filesystem::absolute(path).parent_path(),
+        .folder = folder,
         .timeline = options.take("timeline").value_or(""),
-        .media = [&](const std::string& medium) -> std::optional<timeline::MediaFacts> {
-            if (!std::filesystem::exists(medium))
-                return std::nullopt;
-            const SoundFile file(opener->playable(medium));
-            return timeline::MediaFacts{.length = file.frames(),
-                                        .sampleRate = file.sampleRate(),
-                                        .timeReference = file.timeReference()};
-        }};
+        .media = [&](const std::string& medium) { return finder->factsOf(medium); }};
     const MixOptions mix = takeMixOptions(options);
     options.finish();
-    const std::string name = words::quoted(words::printable(path.string()));
     try {
         return mixed(
-            timeline::readTimeline(readText(path), how),
-            [opener](const std::string& medium) { return openSoundFile(opener->playable(medium).string()); },
-            mix);
+            timeline::readTimeline(text, how),
+            [finder](const std::string& medium) { return finder->open(medium); }, mix);
     } catch (const timeline::TimelineError& error) {
-        throw std::runtime_error(name + ": " + error.what());
+        throw std::runtime_error(words::quoted(words::printable(path.string())) + ": " + error.what());
     }
 }
 
@@ -108,7 +110,7 @@ Sound openFile(const std::filesystem::path& path, Options options) {
     const int stream = options.takeWhole("stream", 1, std::numeric_limits<int>::max()).value_or(1);
     options.finish();
     // The sources have their file open, so that the opener is not needed any more.
-    return {.media = openSoundFile(opener->playable(path, stream - 1).string())};
+    return {.media = openSoundFile(opener->playable(path, stream).path.string())};
 }
 
 } // namespace audlmd::c

@@ -59,14 +59,15 @@ AUDLMD_API const char* audlmd_error(void);
 /* ---- Sounds ---------------------------------------------------------------------------------------------
  */
 
-/* Opens a sound file, or a timeline (OpenTimelineIO, or audlmd's own JSON): the content decides. Films and
- * what else libsndfile does not read are decoded by the program ffmpeg, once, into a folder; that may take
- * minutes.
+/* Opens a sound file, or a timeline (OpenTimelineIO, its bundles, or audlmd's own JSON): the content decides.
+ * Films and what else libsndfile does not read are decoded by the program ffmpeg, once, into a folder; that
+ * may take minutes.
  *
  *   films       "false": nothing is decoded, and no program is started
  *   cache       the folder of decoded films; left out, audlmd in the user's cache folder
  *   stream      of a film, the stream with sound, from 1
  *   timeline    of a file with several timelines, the name of one
+ *   media       a folder; below it a timeline's media are looked for that are not where it says
  *   sampleRate  of a timeline that does not say it; 48000 where it is left out
  *
  * and those of audlmd_mix(). */

@@ -1,5 +1,7 @@
 #include "host/mix/Media.hpp"
 
+#include "host/words/Times.hpp"
+
 #include <algorithm>
 #include <iterator>
 #include <string_view>
@@ -129,6 +131,10 @@ Media openRecording(const std::string& path, Truncated truncated) {
         whole.isTruncated |= more.isTruncated;
     }
     return whole;
+}
+
+std::string truncatedText(const std::string& name, std::int64_t frames, int sampleRate) {
+    return name + " is truncated: what is there is taken, " + words::clock(frames, sampleRate);
 }
 
 } // namespace audlmd

@@ -4,6 +4,7 @@
 #include "host/cache/SoundFile.hpp"
 #include "host/mix/Routing.hpp"
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -46,5 +47,9 @@ using OpenMedia = std::function<Media(const std::string& media)>;
 Media openSoundFile(const std::string& path);
 /// The same, of recordings that may be truncated.
 Media openRecording(const std::string& path, Truncated truncated);
+
+/// What users are told of a recording that is shorter than it says, by its name for messages. In frames, and
+/// frames per second.
+std::string truncatedText(const std::string& name, std::int64_t frames, int sampleRate);
 
 } // namespace audlmd

@@ -134,7 +134,8 @@ def open(path: Union[str, "os.PathLike[str]"], **how: Any) -> Sound:  # pylint: 
     """Opens a sound file, a film or a timeline: the content decides.
 
     `stream` chooses a stream of a film, from 1; `films=False` starts no program for films, `cache` is the folder of what is
-    decoded; `timeline` names one of several; `channels` folds a timeline down; `threads` mix it.
+    decoded; `timeline` names one of several; below the folder `media` are looked for media that are not where a timeline
+    says; `channels` folds a timeline down; `threads` mix it.
     """
     return Sound(library.open(os.fsencode(path), options(how)))
 

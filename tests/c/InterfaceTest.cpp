@@ -147,6 +147,14 @@ TEST(CInterface, OpensFilesAndTimelines) {
     EXPECT_THAT(read(mix, 0, 10), Each(0.0F));
     EXPECT_THAT(taken(audlmd_report(mix.get()))["clips"][0]["failure"].get<std::string>(),
                 HasSubstr("gone.wav"));
+    // A bundle, of which a medium is looked for.
+    std::filesystem::create_directory(folder / "b");
+    std::ofstream(folder / "b" / "content.otio")
+        << R"({"audlmd": 1, "channels": 1, "sampleRate": 44100, "tracks": [{"strips": [{"media": "/old/a.wav"}]}]})";
+    const Words found{"media", folder.c_str(), nullptr};
+    const Sound bundle = owned(audlmd_open((folder / "b").c_str(), found.data()));
+    ASSERT_NE(bundle, nullptr) << audlmd_error();
+    EXPECT_TRUE(read(bundle) == samples);
     std::filesystem::remove_all(folder);
 }
 

@@ -49,7 +49,7 @@ class Mix {
 public:
     Mix(const MixOptions& options, std::optional<Timeline> timeline,
         const std::function<void(const std::filesystem::path&)>& looksAt)
-        : options_(options), media_(options.media, options, looksAt),
+        : options_(options), media_(options.mediaSearch(options.media, looksAt)),
           outputs_(options.outputs, options.kind.value_or(nullptr),
                    {options.report, options.picture, options.page, options.markers, options.peaks.file}),
           log_(outputs_.report(), options.style, options.timeline.string()), given_(std::move(timeline)) {}
@@ -145,7 +145,7 @@ private:
     }
 
     std::string shownFile(const std::string& medium) {
-        const FoundMedium& found = media_.find(medium);
+        const timeline::FoundMedium& found = media_.find(medium);
         const std::string path = found.path.empty() ? medium : found.path.string();
         return found.facts ? path : "missing: " + path;
     }
@@ -338,7 +338,7 @@ private:
     }
 
     const MixOptions& options_;
-    MediaFinder media_;
+    timeline::MediaFinder media_;
     Outputs outputs_;
     const JobLog log_;
     std::optional<Timeline> given_;

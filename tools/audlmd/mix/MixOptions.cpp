@@ -140,12 +140,8 @@ void MixOptions::requireCompatible() const {
             "name the file to write with -o, or use --list, --picture, --page or --markers alone");
     if (outputs.empty() && !report.empty())
         throw CommandError("--report tells about a mix: name the file to write with -o");
-    levels.requireCompatible();
-    peaks.requireCompatible();
-    if (!peaks.file.empty() && outputs.empty())
-        throw CommandError("--peaks are those of an output: name the file to write with -o");
-    if (levels.areGiven() && outputs.empty())
-        throw CommandError(levels.name() + std::string(" is for an output: name the file to write with -o"));
+    levels.requireCompatible(!outputs.empty());
+    peaks.requireCompatible(!outputs.empty());
     if (levels.areGiven() && slice)
         throw CommandError(levels.name() +
                            std::string(" needs the whole, which a --slice does not know: join "

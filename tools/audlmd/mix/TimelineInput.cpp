@@ -108,8 +108,8 @@ std::unordered_map<std::string, TimelineSample> endsOf(const Timeline& timeline)
 }
 
 /// How a medium with more channels than the timeline is played, or why it cannot be.
-void lookAtChannels(const FoundMedium& medium, const Timeline& timeline, const Use& use, TimelineNote note,
-                    MediaCheck& check) {
+void lookAtChannels(const timeline::FoundMedium& medium, const Timeline& timeline, const Use& use,
+                    TimelineNote note, MediaCheck& check) {
     if (!use.usesDefaultRouting || medium.layout.size() <= timeline.channels)
         return;
     const ChannelLayout& stated = timeline.tracks[use.track].strips[use.firstStrip].layout;
@@ -139,24 +139,20 @@ bool isTimelineFile(const std::filesystem::path& path) {
     return timeline::mayBeTimeline(start) || (isNamedSo && !isSound(path));
 }
 
-Timeline readTimelineFile(const std::filesystem::path& path, const AskedOutput& asked, MediaFinder& finder) {
-    const auto factsOf = [&finder](const std::string& media) {
-        const FoundMedium& medium = finder.find(media);
-        if (!medium.facts && !medium.path.empty())
-            throw CommandError(medium.failure, ExitStatus::input);
-        return medium.facts;
-    };
+Timeline readTimelineFile(const std::filesystem::path& path, const AskedOutput& asked,
+                          timeline::MediaFinder& finder) {
     const std::optional<ChannelLayout>& channels = asked.channels.channels;
     if (channels && asked.channels.map)
         throw CommandError(
             "--channels and --map cannot stand together for a timeline; choose channels of the "
             "mix when it is written");
     const auto [text, folder] = readText(path);
-    const timeline::ReadOptions how{.sampleRate = asked.rate.value_or(48000),
-                                    .channels = channels ? channels->size() : 2,
-                                    .folder = folder,
-                                    .timeline = asked.timeline,
-                                    .media = factsOf};
+    const timeline::ReadOptions how{
+        .sampleRate = asked.rate.value_or(48000),
+        .channels = channels ? channels->size() : 2,
+        .folder = folder,
+        .timeline = asked.timeline,
+        .media = [&finder](const std::string& media) { return finder.factsOf(media); }};
     const auto parse = [&how, &path, &text = text] {
         try {
             return timeline::readTimeline(text, how);
@@ -182,10 +178,10 @@ std::vector<Marker> markersOf(const Timeline& timeline) {
     return markers;
 }
 
-MediaCheck checkMedia(const Timeline& timeline, TimelineSpan part, MediaFinder& finder) {
+MediaCheck checkMedia(const Timeline& timeline, TimelineSpan part, timeline::MediaFinder& finder) {
     MediaCheck check;
     for (const auto& [media, use] : usesOf(timeline, part)) {
-        const FoundMedium& medium = finder.find(media);
+        const timeline::FoundMedium& medium = finder.find(media);
         TimelineNote note{.where = timeline::whereIs(timeline, use.track, use.firstStrip).text(),
                           .text = {},
                           .at = timeline.tracks[use.track].strips[use.firstStrip].at};

@@ -2,8 +2,8 @@
 
 #include "host/mix/MixReport.hpp"
 #include "host/mix/Timeline.hpp"
+#include "host/timeline/MediaFinder.hpp"
 #include "tools/audlmd/files/Markers.hpp"
-#include "tools/audlmd/mix/MediaFinder.hpp"
 #include "tools/audlmd/options/ChannelOptions.hpp"
 
 #include <cstddef>
@@ -29,7 +29,8 @@ bool isTimelineFile(const std::filesystem::path& path);
 /// Reads a timeline's file; asks the finder about its media. Throws CommandError for a file that cannot be
 /// read or is no timeline, and where the command line asks for another rate than the timeline says. The text
 /// names the file. Other channels than the timeline says become its fold-down.
-Timeline readTimelineFile(const std::filesystem::path& path, const AskedOutput& asked, MediaFinder& finder);
+Timeline readTimelineFile(const std::filesystem::path& path, const AskedOutput& asked,
+                          timeline::MediaFinder& finder);
 
 std::vector<Marker> markersOf(const Timeline& timeline);
 
@@ -45,7 +46,7 @@ struct MediaCheck {
 
 /// Looks at the medium of every strip that sounds in a part of the output, each medium once. A strip that is
 /// silent anyway needs none.
-MediaCheck checkMedia(const Timeline& timeline, TimelineSpan part, MediaFinder& finder);
+MediaCheck checkMedia(const Timeline& timeline, TimelineSpan part, timeline::MediaFinder& finder);
 
 /// The timeline's notes on silence in a part of the output. A note on a strip counts where the strip sounds,
 /// any other from its place on.

@@ -55,13 +55,15 @@ void LevelOptions::declare(CLI::App& app) {
         ->group(group);
 }
 
-void LevelOptions::requireCompatible() const {
+void LevelOptions::requireCompatible(bool hasOutput) const {
     if (loudness && normalise)
         throw CommandError("--loudness and --normalise cannot stand together: each says the gain");
     if (!loudness && truePeak)
         throw CommandError("--true-peak needs --loudness");
     if (!loudness && loudnessOrPeak)
         throw CommandError("--loudness-or-peak needs --loudness");
+    if (areGiven() && !hasOutput)
+        throw CommandError(name() + std::string(" is for an output: name the file to write with -o"));
 }
 
 DeliveryTarget LevelOptions::target(bool clips) const {

@@ -22,8 +22,8 @@ struct LevelOptions {
     /// Declares the options in the group "Levels" of the help. This object must outlive the app.
     void declare(CLI::App& app);
 
-    /// Throws CommandError for options that cannot stand together, or alone.
-    void requireCompatible() const;
+    /// Throws CommandError for options that cannot stand together, alone, or without an output.
+    void requireCompatible(bool hasOutput) const;
 
     bool areGiven() const { return loudness || normalise; }
     /// The option that is given, for messages.

@@ -4,12 +4,12 @@
 #include "host/inlined/InlinedRenderFunctions.hpp"
 #include "host/mix/ConvertedSources.hpp"
 #include "host/words/Text.hpp"
-#include "host/words/Times.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/options/ParsedOption.hpp"
 #include "tools/audlmd/options/Parsers.hpp"
 
 #include <algorithm>
+#include <utility>
 
 namespace audlmd::command {
 
@@ -106,8 +106,15 @@ OpenInput RenderingOptions::open(const std::filesystem::path& file,
     return opened;
 }
 
-std::string truncatedText(const std::string& name, std::int64_t frames, int sampleRate) {
-    return name + " is truncated: what is there is taken, " + words::clock(frames, sampleRate);
+timeline::MediaSearch
+InputOptions::mediaSearch(std::vector<std::filesystem::path> folders,
+                          std::function<void(const std::filesystem::path&)> looksAt) const {
+    return {
+        .folders = std::move(folders),
+        .playable = [this](const std::filesystem::path& medium,
+                           std::optional<int> stream) { return decoding.playable(medium, stream, style); },
+        .truncated = truncated(),
+        .looksAt = std::move(looksAt)};
 }
 
 void OutputOptions::declareOutput(CLI::App& app, const std::string& outputHelp, const Defaults& defaults,

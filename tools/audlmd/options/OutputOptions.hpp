@@ -5,6 +5,7 @@
 #include "host/mix/Relabel.hpp"
 #include "host/services/RenderFunctions.hpp"
 #include "host/signal/Unclipped.hpp"
+#include "host/timeline/MediaFinder.hpp"
 #include "tools/audlmd/JobLog.hpp"
 #include "tools/audlmd/cache/DecodingOptions.hpp"
 #include "tools/audlmd/files/FileKind.hpp"
@@ -15,6 +16,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -57,6 +59,10 @@ struct InputOptions {
     /// a header bring, or what is decoded of a film. Throws CommandError and SoundFileError.
     PlayableFile atHand(const std::filesystem::path& input) const;
 
+    /// For the media of a timeline. This object must outlive the search.
+    timeline::MediaSearch mediaSearch(std::vector<std::filesystem::path> folders,
+                                      std::function<void(const std::filesystem::path&)> looksAt = {}) const;
+
     /// The rate at which the input is taken.
     Relabel taken() const { return relabel.value_or(Relabel()); }
     Truncated truncated() const { return partial ? Truncated::taken : Truncated::refused; }
@@ -90,9 +96,6 @@ struct RenderingOptions : InputOptions {
     /// input.
     OpenInput open(const std::filesystem::path& file, const std::filesystem::path& input) const;
 };
-
-/// What is told of a recording that is shorter than it says, by its name for messages.
-std::string truncatedText(const std::string& name, std::int64_t frames, int sampleRate);
 
 /// The options of every command that renders into a sound file.
 struct OutputOptions : RenderingOptions {

@@ -27,7 +27,9 @@ void PeaksOptions::declare(CLI::App& app) {
         ->group(group);
 }
 
-void PeaksOptions::requireCompatible() const {
+void PeaksOptions::requireCompatible(bool hasOutput) const {
+    if (!file.empty() && !hasOutput)
+        throw CommandError("--peaks are those of an output: name the file to write with -o");
     if (!file.empty() && !isJson() && file.extension() != ".dat")
         throw CommandError("--peaks: " + words::quoted(file.string()) +
                            " names no kind of file; use .json or .dat");

@@ -20,8 +20,8 @@ struct PeaksOptions {
     /// Declares the options in the group "Output" of the help. This object must outlive the app.
     void declare(CLI::App& app);
 
-    /// Throws CommandError for a file of another name.
-    void requireCompatible() const;
+    /// Throws CommandError for a file of another name, and for one without an output.
+    void requireCompatible(bool hasOutput) const;
 
     bool isJson() const { return file.extension() == ".json"; }
 };

@@ -55,7 +55,7 @@ void PlayInput::openSound(const PlayableFile& file) {
 }
 
 void PlayInput::openTimeline() {
-    finder_ = std::make_unique<MediaFinder>(options_.media, options_);
+    finder_ = std::make_unique<timeline::MediaFinder>(options_.mediaSearch(options_.media));
     timeline_ = readTimelineFile(name_, {.rate = options_.rate, .channels = options_.channels}, *finder_);
     markers_ = markersOf(timeline_);
     if (timeline_.length <= 0)

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "host/play/LivePlayer.hpp"
-#include "tools/audlmd/mix/MediaFinder.hpp"
+#include "host/timeline/MediaFinder.hpp"
 #include "tools/audlmd/play/PlayOptions.hpp"
 
 #include <filesystem>
@@ -52,7 +52,7 @@ private:
     const PlayOptions& options_;
     const std::filesystem::path name_;
     const bool isTimeline_;
-    std::unique_ptr<MediaFinder> finder_;
+    std::unique_ptr<timeline::MediaFinder> finder_;
     Media media_;
     StripSettings settings_;
     Timeline timeline_;

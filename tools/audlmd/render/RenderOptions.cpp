@@ -130,12 +130,8 @@ void RenderOptions::requireCompatible() const {
         throw CommandError("--explain is for people, and --json for programs: use one of them");
     if (!peaks.file.empty() && inputs.size() > 1)
         throw CommandError("--peaks takes one input");
-    levels.requireCompatible();
-    peaks.requireCompatible();
-    if (!peaks.file.empty() && outputs.empty())
-        throw CommandError("--peaks are those of an output: name the file to write with -o");
-    if (levels.areGiven() && outputs.empty())
-        throw CommandError(levels.name() + std::string(" is for an output: name the file to write with -o"));
+    levels.requireCompatible(!outputs.empty());
+    peaks.requireCompatible(!outputs.empty());
     if (levels.areGiven() && mixInto)
         throw CommandError(levels.name() +
                            std::string(" and --mix-into cannot stand together: mix first, and "

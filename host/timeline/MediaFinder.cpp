@@ -1,12 +1,10 @@
-#include "tools/audlmd/mix/MediaFinder.hpp"
+#include "host/timeline/MediaFinder.hpp"
 
 #include "host/cache/FilmContainer.hpp"
 #include "host/cache/SoundFile.hpp"
 #include "host/cache/ZipArchive.hpp"
 #include "host/words/Numbers.hpp"
 #include "host/words/Text.hpp"
-#include "tools/audlmd/CommandError.hpp"
-#include "tools/audlmd/files/FileKind.hpp"
 
 #include <algorithm>
 #include <array>
@@ -14,7 +12,7 @@
 #include <system_error>
 #include <utility>
 
-namespace audlmd::command {
+namespace audlmd::timeline {
 namespace {
 
 using Path = std::filesystem::path;
@@ -22,6 +20,9 @@ using Path = std::filesystem::path;
 /// In the order of preference. What extracts sound from films writes one of these.
 constexpr std::array<std::string_view, 11> soundExtensions{".wav", ".w64", ".rf64", ".flac", ".aiff", ".aif",
                                                            ".caf", ".bwf", ".ogg",  ".mp3",  ".opus"};
+/// Whoever names one of these means sound, too.
+constexpr std::array<std::string_view, 6> otherSoundExtensions{".wave", ".oga", ".au",
+                                                               ".snd",  ".raw", ".pcm"};
 
 /// The names of a path. A backslash separates names, too: what was a path of Windows is one name here.
 std::vector<std::string> namesOf(std::string_view path) {
@@ -83,9 +84,9 @@ bool isMember(const Path& path) {
 
 /// Whether the extension promises sound, so that a file with another extension would be another recording.
 bool namesSound(const std::string& name) {
-    const Path path(name);
-    return findFileKind(path) != nullptr ||
-           std::ranges::find(soundExtensions, path.extension().string()) != soundExtensions.end();
+    const std::string extension = words::lowered(Path(name).extension().string());
+    return std::ranges::find(soundExtensions, extension) != soundExtensions.end() ||
+           std::ranges::find(otherSoundExtensions, extension) != otherSoundExtensions.end();
 }
 
 /// The name before "#stream=2", and the number. Only the name where no stream stands there.
@@ -104,14 +105,15 @@ std::pair<std::string, std::optional<int>> partsOf(const std::string& media) {
 
 void MediaFinder::look(FoundMedium& medium, std::optional<int> stream) const {
     try {
-        const PlayableFile playable = options_.decoding.playable(medium.path, stream, options_.style);
+        const PlayableFile playable =
+            search_.playable ? search_.playable(medium.path, stream) : PlayableFile{medium.path};
         medium.file = playable.path;
         medium.note = playable.note;
-        const SoundFile file(medium.file, options_.truncated());
+        const SoundFile file(medium.file, search_.truncated);
         if (file.isTruncated())
             medium.note =
                 truncatedText(words::quoted(medium.path.string()), file.frames(), file.sampleRate());
-        medium.facts = timeline::MediaFacts{
+        medium.facts = MediaFacts{
             .length = file.frames(), .sampleRate = file.sampleRate(), .timeReference = file.timeReference()};
         medium.layout = file.layout();
     } catch (const SoundFileError& error) {
@@ -124,15 +126,15 @@ const FoundMedium& MediaFinder::find(const std::string& media) {
     const auto found = found_.find(media);
     if (found != found_.end())
         return found->second;
-    if (looksAt_)
-        looksAt_(partsOf(media).first);
-    const FoundMedium& medium = found_.emplace(media, search(media)).first->second;
-    if (looksAt_ && !medium.path.empty())
-        looksAt_(medium.path);
+    if (search_.looksAt)
+        search_.looksAt(partsOf(media).first);
+    const FoundMedium& medium = found_.emplace(media, searchAll(media)).first->second;
+    if (search_.looksAt && !medium.path.empty())
+        search_.looksAt(medium.path);
     return medium;
 }
 
-FoundMedium MediaFinder::search(const std::string& media) {
+FoundMedium MediaFinder::searchAll(const std::string& media) {
     const std::vector<std::string> names = namesIn(media);
     FoundMedium whole = searchFile(names.front());
     std::vector<std::string> files{whole.file.string()};
@@ -149,7 +151,7 @@ FoundMedium MediaFinder::search(const std::string& media) {
         return whole;
     whole.file = jointName(files);
     try {
-        whole.layout = layoutOf(openRecording(whole.file.string(), options_.truncated()));
+        whole.layout = layoutOf(openRecording(whole.file.string(), search_.truncated));
     } catch (const SoundFileError& error) {
         whole.failure = error.what();
         whole.facts.reset();
@@ -191,7 +193,7 @@ FoundMedium MediaFinder::locate(const std::string& media) {
         return {.path = media, .failure = {}, .equallyGood = 1, .facts = {}};
     FoundMedium best;
     std::size_t mostCommon = 0;
-    if (!folders_.empty()) {
+    if (!search_.folders.empty()) {
         listFolders();
         const std::vector<std::string> names = namesOf(media);
         const auto [first, last] = files_.equal_range(lastNameOf(media));
@@ -213,7 +215,7 @@ void MediaFinder::listFolders() {
     if (listed_)
         return;
     listed_ = true;
-    for (const Path& folder : folders_) {
+    for (const Path& folder : search_.folders) {
         std::error_code error;
         auto file = std::filesystem::recursive_directory_iterator(
             folder, std::filesystem::directory_options::skip_permission_denied, error);
@@ -223,11 +225,18 @@ void MediaFinder::listFolders() {
     }
 }
 
+std::optional<MediaFacts> MediaFinder::factsOf(const std::string& media) {
+    const FoundMedium& medium = find(media);
+    if (!medium.facts && !medium.path.empty())
+        throw SoundFileError(medium.failure);
+    return medium.facts;
+}
+
 Media MediaFinder::open(const std::string& media) {
     const FoundMedium& medium = find(media);
     if (!medium.failure.empty())
-        throw CommandError(medium.failure, ExitStatus::input);
-    return openRecording(medium.file.string(), options_.truncated());
+        throw SoundFileError(medium.failure);
+    return openRecording(medium.file.string(), search_.truncated);
 }
 
-} // namespace audlmd::command
+} // namespace audlmd::timeline
