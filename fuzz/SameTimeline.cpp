@@ -39,7 +39,7 @@ bool areSame(const TimelineStrip& a, const TimelineStrip& b) {
     return written(a.name) == written(b.name) && written(a.media) == written(b.media) &&
            written(a.silence) == written(b.silence) && a.at == b.at && a.length == b.length &&
            a.relabel == b.relabel && nameOf(a.layout) == nameOf(b.layout) && a.skip == b.skip &&
-           a.gainDb == b.gainDb && a.routing.has_value() == b.routing.has_value() &&
+           a.gainDb == b.gainDb && a.pan == b.pan && a.routing.has_value() == b.routing.has_value() &&
            (!a.routing || a.routing->rows == b.routing->rows) && areSame(a.settings, b.settings);
 }
 

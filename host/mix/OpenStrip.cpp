@@ -84,7 +84,7 @@ TimelineSpan soundingSpan(const TimelineStrip& strip, int sampleRate) {
 OpenStrip::OpenStrip(const TimelineStrip& strip, std::shared_ptr<const Media> media, MaterialCache& cache,
                      const Output& output, TimelineSample first)
     : strip_(strip), media_(std::move(media)) {
-    Routing routing = routingOf(strip, *media_, output.layout);
+    Routing routing = panned(routingOf(strip, *media_, output.layout), strip.pan, output.layout);
     if (output.foldDown)
         routing = combined(routing, output.foldDown->routing);
     const int exponent = headroomExponent + amplifiedLevelOf(strip.gainDb).doublings;

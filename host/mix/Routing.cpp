@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <numbers>
 #include <stdexcept>
 
@@ -40,6 +41,11 @@ bool has(const ChannelLayout& layout, Speaker speaker) {
     return std::ranges::find(layout, speaker) != layout.end();
 }
 
+/// Of a speaker that the layout has.
+std::size_t indexOf(const ChannelLayout& layout, Speaker speaker) {
+    return static_cast<std::size_t>(std::ranges::find(layout, speaker) - layout.begin());
+}
+
 /// The surround beside this one on the same side; `unknown` for other speakers.
 Speaker otherSurround(Speaker speaker) {
     switch (speaker) {
@@ -62,8 +68,8 @@ public:
     explicit Column(const ChannelLayout& to) : to_(to), gains_(to.size()) {}
 
     void add(Speaker speaker, double gain) {
-        if (const auto found = std::ranges::find(to_, speaker); found != to_.end()) {
-            gains_[static_cast<std::size_t>(found - to_.begin())] += gain;
+        if (has(to_, speaker)) {
+            gains_[indexOf(to_, speaker)] += gain;
             return;
         }
         if (const Speaker other = otherSurround(speaker); other != unknown && has(to_, other))
@@ -143,6 +149,16 @@ Routing pickedChannels(const std::vector<std::size_t>& numbers, std::size_t chan
     Routing routing{std::vector(numbers.size(), std::vector<float>(channels))};
     for (std::size_t sum = 0; sum < numbers.size(); ++sum)
         routing.rows[sum][numbers[sum]] = 1.0F;
+    return routing;
+}
+
+Routing panned(Routing routing, double pan, const ChannelLayout& to) {
+    if (!(std::abs(pan) <= 100.0))
+        throw std::invalid_argument("the pan is not a number from -100 to 100");
+    const ChannelLayout speakers = knownOrUsual(to);
+    if (has(speakers, left) && has(speakers, right))
+        for (float& gain : routing.rows[indexOf(speakers, pan < 0.0 ? right : left)])
+            gain *= static_cast<float>((100.0 - std::abs(pan)) / (100.0 + std::abs(pan)));
     return routing;
 }
 

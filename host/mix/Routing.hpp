@@ -37,6 +37,12 @@ Routing pickedChannels(const std::vector<std::size_t>& numbers, std::size_t chan
 /// First one routing, then another of its sums. The widths must fit.
 Routing combined(const Routing& first, const Routing& second);
 
+/// Lowers what goes to one side: at -100 nothing goes to right, at 100 nothing to left, at 0 all is as it
+/// was. In between the sides are as 100 - pan to 100 + pan, and the louder one keeps its level. Speakers
+/// other than left and right keep theirs, and a layout without both is as it was. Throws
+/// std::invalid_argument for other pans.
+Routing panned(Routing routing, double pan, const ChannelLayout& to);
+
 /// What becomes of a layout in another one, in words: "5.1 is folded down to stereo, without LFE".
 std::string foldDownText(const ChannelLayout& from, const ChannelLayout& to);
 

@@ -41,6 +41,8 @@ struct TimelineStrip {
     double gainDb = 0.0;
     /// Into the channels of the timeline. Not set: defaultRouting().
     std::optional<Routing> routing;
+    /// After the routing, see panned(): -100 is left, 0 the middle, 100 right.
+    double pan = 0.0;
 };
 
 /// Strips that a user sees as one row. A track changes nothing of the sound but the order in which strips are

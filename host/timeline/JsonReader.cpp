@@ -216,6 +216,7 @@ TimelineStrip readStrip(const Json& value, Reading reading) {
     strip.gainDb = fields.decibels("gain", 0.0, highestGainDb);
     settings.automation = automationIn(fields);
     strip.routing = routingIn(fields);
+    strip.pan = fields.number("pan", 0.0, -100.0, 100.0);
     fields.finish();
     if (strip.silence.empty())
         requirePlayable(settings, reading);

@@ -69,7 +69,8 @@ Row rowOf(const Timeline& timeline, const std::string& track, const TimelineStri
             words::numberText(settings.speed) +
                 (strip.relabel == Relabel() ? "" : ", relabelled " + words::relabelText(strip.relabel)),
             settings.reverse ? "backwards" : "forwards",
-            words::numberText(strip.gainDb) + " dB" + (settings.automation ? " + automation" : ""),
+            words::numberText(strip.gainDb) + " dB" + (settings.automation ? " + automation" : "") +
+                (strip.pan == 0.0 ? "" : ", pan " + words::numberText(strip.pan)),
             fades(settings, sampleRate),
             equaliserText(settings.equaliser),
             words::printable(strip.silence.empty() ? fileOf(strip.media) : "silent: " + strip.silence)};

@@ -40,6 +40,8 @@ struct ItemSound {
     std::vector<EqualiserBand> equaliser;
     std::optional<Converter> converter;
     std::optional<Routing> routing;
+    /// See TimelineStrip.
+    double pan = 0.0;
     Relabel relabel;
 };
 

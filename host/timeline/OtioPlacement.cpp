@@ -206,6 +206,7 @@ std::optional<TimelineStrip> placeClip(const OtioItem& clip, const Surroundings&
     strip.name = clip.name;
     strip.media = clip.media;
     strip.routing = clip.sound.routing;
+    strip.pan = clip.sound.pan;
     strip.relabel = clip.sound.relabel;
     setRange(placement, strip);
     setConverter(placement, strip.settings);

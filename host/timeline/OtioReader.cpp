@@ -202,9 +202,9 @@ private:
     static void noteUnplayed(const OtioItem& item, std::optional<std::int64_t> at, const Reading& reading) {
         const ItemSound& sound = item.sound;
         if (sound.fadeIn || sound.fadeOut || !sound.keys.empty() || !sound.equaliser.empty() ||
-            sound.converter || sound.routing || sound.relabel != Relabel())
+            sound.converter || sound.routing || sound.pan != 0.0 || sound.relabel != Relabel())
             reading.note("of a track or stack only gain and speed are played; put fades, automation, "
-                         "equaliser, converter, routing and relabel on its clips",
+                         "equaliser, converter, routing, pan and relabel on its clips",
                          at);
     }
 

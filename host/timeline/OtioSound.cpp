@@ -1,7 +1,7 @@
 #include "host/timeline/OtioSound.hpp"
 
 #include "host/signal/GainLaws.hpp"
-#include "host/timeline/DecibelLine.hpp"
+#include "host/timeline/ExportedEffects.hpp"
 #include "host/timeline/OtioSchema.hpp"
 #include "host/timeline/StrictObject.hpp"
 #include "host/timeline/StripCheck.hpp"
@@ -18,147 +18,6 @@
 
 namespace audlmd::timeline {
 namespace {
-
-/// Frames as seconds.
-Rational secondsIn(const Json& value, const std::string& name, const Rational& frameRate,
-                   const Reading& reading) {
-    if (!value.is_number() || value.get<double>() < 0.0)
-        reading.fail("\"" + name + "\" is not a number of frames");
-    try {
-        return secondsOf(value.get<double>(), frameRate);
-    } catch (const std::overflow_error& error) {
-        reading.fail("\"" + name + "\": " + error.what());
-    }
-}
-
-/// Limited to +60 dB, like every gain of a strip. The lowest level of a fader is silence.
-double volumeIn(const Json* value, const Reading& reading) {
-    const std::optional<double> decibels = value == nullptr ? std::nullopt : decibelsOf(*value, 60.0);
-    if (!decibels)
-        reading.fail("\"volume\" is not in decibels up to 60");
-    return *decibels <= silentDecibels ? -std::numeric_limits<double>::infinity() : *decibels;
-}
-
-/// The frame numbers are keys of an object, and thus sorted as texts: "10" before "9". Sorting by time puts
-/// them in order.
-std::vector<TimedDecibels> keyFramesIn(const Json& frames, const Rational& frameRate,
-                                       const Reading& reading) {
-    std::vector<TimedDecibels> keys;
-    for (const auto& [frame, key] : frames.items()) {
-        const std::optional<double> number = words::numberIn(frame);
-        if (!number || !(*number >= -1e12 && *number <= 1e12))
-            reading.fail("the key frame '" + words::printable(frame) +
-                         "' of \"volume\" is not a number of frames");
-        keys.push_back({secondsOf(*number, frameRate), volumeIn(member(key, "Value"), reading)});
-    }
-    std::stable_sort(keys.begin(), keys.end(),
-                     [](const TimedDecibels& a, const TimedDecibels& b) { return a.time < b.time; });
-    return keys;
-}
-
-/// The first of the texts that shows anything.
-std::string firstText(std::initializer_list<std::string> texts) {
-    for (const std::string& text : texts)
-        if (text.find_first_not_of(' ') != std::string::npos)
-            return words::printable(text);
-    return "?";
-}
-
-/// What a parameter is set to, in either of the two shapes. Null where it has no value.
-const Json* valueOf(const Json& parameter) {
-    if (const Json* value = member(parameter, "Parameter Value"))
-        return value;
-    const Json* start = member(parameter, "StartValue");
-    return start == nullptr ? nullptr : member(*start, "Value");
-}
-
-/// Key frames of either shape: an object, or a list.
-const Json* keyFramesOf(const Json& parameter) {
-    for (const char* key : {"Key Frames", "Keyframes"})
-        if (const Json* frames = member(parameter, key);
-            frames != nullptr && frames->is_structured() && !frames->empty())
-            return frames;
-    return nullptr;
-}
-
-/// Whether leaving the parameter out changes nothing.
-bool isIdle(const Json& parameter) {
-    const Json* value = valueOf(parameter);
-    const Json* usual = member(parameter, "Default Parameter Value");
-    return keyFramesOf(parameter) == nullptr && (value == nullptr || (usual != nullptr && *value == *usual));
-}
-
-/// A volume that moves replaces the fixed value, which exporters write beside the key frames. Returns whether
-/// the parameter is played.
-bool readParameter(const Json& parameter, const Rational& frameRate, const Reading& reading,
-                   ItemSound& sound) {
-    const std::string name = textIn(parameter, "Parameter ID");
-    const Json* value = member(parameter, "Parameter Value");
-    const Json* frames = keyFramesOf(parameter);
-    if (name == "volume" && frames != nullptr && frames->is_object())
-        sound.keys = keyFramesIn(*frames, frameRate, reading);
-    else if (name == "volume" && value != nullptr)
-        sound.gainDb += volumeIn(value, reading);
-    else if (name == "faderIn" && value != nullptr)
-        sound.fadeIn = secondsIn(*value, name, frameRate, reading);
-    else if (name == "faderOut" && value != nullptr)
-        sound.fadeOut = secondsIn(*value, name, frameRate, reading);
-    else
-        return false;
-    return true;
-}
-
-/// Whether a parameter switches off the effect that it belongs to.
-bool switchesOff(const Json& parameter) {
-    const std::string name =
-        words::lowered(firstText({textIn(parameter, "Parameter ID"), textIn(parameter, "DisplayName")}));
-    const Json* value = valueOf(parameter);
-    return value != nullptr && ((name == "bypass" && *value == true) ||
-                                (name.find("enable") != std::string::npos && *value == false));
-}
-
-/// A block without the word is on.
-bool isOff(const Json& block, const Json& parameters) {
-    const Json* enabled = member(block, "Enabled");
-    return (enabled != nullptr && *enabled == false) || std::ranges::any_of(parameters, switchesOff);
-}
-
-/// The parameters that exporters keep in the metadata of an effect, under any namespace: a list
-/// "Parameters" of objects with a "Parameter ID", a "Parameter Value" and "Key Frames".
-///
-///     volume    decibels, and key frames: {"12": {"Value": -6.0}}, in frames from the start of the item
-///     faderIn   frames
-///     faderOut  frames
-///
-/// Other parameters become notes, unless they have no value or their "Default Parameter Value". Other
-/// programs write a "DisplayName", and the value in a "StartValue" and a list "Keyframes". Effects and
-/// namespaces count for nothing that are not "Enabled", and those that a parameter of theirs switches off:
-/// a "Bypass" that is true, or one to "enable" that is false.
-void readExportedParameters(const Json& effect, const Rational& frameRate, const Reading& reading,
-                            OtioItem& item) {
-    const auto nameIn = [&](const Json& block) {
-        return firstText({textIn(effect, "name"), textIn(block, "DisplayName"), textIn(block, "Effect Name"),
-                          textIn(effect, "effect_name"), textIn(block, "MatchName")});
-    };
-    bool understood = false;
-    if (const Json* metadata = member(effect, "metadata"); metadata != nullptr && metadata->is_object())
-        for (const auto& [space, block] : metadata->items()) {
-            const Json* parameters = member(block, "Parameters");
-            if (parameters == nullptr || !parameters->is_array())
-                continue;
-            understood = true;
-            if (isOff(block, *parameters))
-                continue;
-            for (const Json& parameter : *parameters)
-                if (!readParameter(parameter, frameRate, reading, item.sound) && !isIdle(parameter))
-                    item.note("the parameter '" +
-                              firstText({textIn(parameter, "Parameter ID"), textIn(parameter, "DisplayName"),
-                                         textIn(parameter, "MatchName")}) +
-                              "' of the effect '" + nameIn(block) + "' is not played");
-        }
-    if (!understood)
-        item.note("the effect '" + nameIn(Json()) + "' is not known and not played");
-}
 
 /// The magnitude of the factor is a speed, the sign a direction. Two reversals cancel.
 void readTimeWarp(const Json& effect, const Reading& reading, OtioItem& item) {
@@ -194,7 +53,7 @@ void readSpeedRamp(const Json& effect, const Reading& reading, OtioItem& item) {
               true);
 }
 
-void readEffect(const Json& effect, const Rational& frameRate, const Reading& reading, OtioItem& item) {
+void readEffect(const Json& effect, ExportedEffects& exported, const Reading& reading, OtioItem& item) {
     const std::string schema = schemaOf(effect, reading);
     if (const Json* enabled = member(effect, "enabled"); enabled != nullptr && !enabled->is_boolean())
         reading.fail("\"enabled\" of the effect '" + nameOfEffect(effect) + "' is not true or false");
@@ -207,7 +66,7 @@ void readEffect(const Json& effect, const Rational& frameRate, const Reading& re
     else if (schema == "TimeEffect")
         readSpeedRamp(effect, reading, item);
     else if (schema == "Effect")
-        readExportedParameters(effect, frameRate, reading, item);
+        exported.read(effect);
     else
         item.note("the effect '" + nameOfEffect(effect) + "' (" + words::printable(schema) +
                   ") is not known and not played");
@@ -262,7 +121,9 @@ void readOwnBlock(const Json& item, const Reading& reading, ItemSound& sound) {
     sound.fadeOutCurve = fields.word("fadeOutCurve", words::curveWords).value_or(sound.fadeOutCurve);
     if (std::vector<TimedDecibels> keys = keyFramesIn(fields); !keys.empty())
         sound.keys = std::move(keys);
-    sound.equaliser = equaliserIn(fields);
+    if (fields.find("equaliser") != nullptr)
+        sound.equaliser = equaliserIn(fields);
+    sound.pan = fields.number("pan", sound.pan, -100.0, 100.0);
     sound.converter = fields.word("converter", words::converterWords);
     sound.routing = routingIn(fields);
     sound.relabel = relabelIn(fields);
@@ -272,9 +133,11 @@ void readOwnBlock(const Json& item, const Reading& reading, ItemSound& sound) {
 } // namespace
 
 void readSound(const Json& value, const Rational& frameRate, const Reading& reading, OtioItem& item) {
+    ExportedEffects exported(frameRate, reading, item);
     if (const Json* effects = member(value, "effects"))
         for (const Json& effect : *effects)
-            readEffect(effect, frameRate, reading, item);
+            readEffect(effect, exported, reading, item);
+    exported.finish();
     // After the effects, because our own block has the last word.
     readOwnBlock(value, reading, item.sound);
 }

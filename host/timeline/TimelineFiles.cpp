@@ -68,6 +68,8 @@ Json stripOf(const TimelineStrip& strip) {
         value["silence"] = strip.silence;
     if (strip.routing)
         value["routing"] = strip.routing->rows;
+    if (strip.pan != 0.0)
+        value["pan"] = strip.pan;
     return value;
 }
 

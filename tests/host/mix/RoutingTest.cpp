@@ -62,6 +62,22 @@ TEST(DefaultRouting, FoldsDownByTheSpeakers) {
               "7.1film is folded down to stereo, without LFE");
 }
 
+TEST(Panned, LowersOneSideOnly) {
+    const Routing stereo = defaultRouting(usualLayout(1), usualLayout(2));
+    const auto gains = [&](double pan) {
+        const Routing routing = panned(stereo, pan, usualLayout(2));
+        return std::pair(routing.rows[0][0], routing.rows[1][0]);
+    };
+    EXPECT_EQ(gains(-50.0), std::pair(1.0F, 1.0F / 3.0F));
+    EXPECT_EQ(gains(100.0), std::pair(0.0F, 1.0F));
+    EXPECT_EQ(gains(0.0), std::pair(1.0F, 1.0F));
+    const Routing wide = panned(defaultRouting(usualLayout(6), unknownLayout(6)), 60.0, unknownLayout(6));
+    for (std::size_t speaker = 0; speaker < 6; ++speaker)
+        EXPECT_EQ(wide.rows[speaker][speaker], speaker == 0 ? 0.25F : 1.0F) << speaker;
+    EXPECT_EQ(panned({{{1.0F}}}, -100.0, usualLayout(1)).rows[0][0], 1.0F);
+    EXPECT_THROW(panned(stereo, 100.5, usualLayout(2)), std::invalid_argument);
+}
+
 TEST(DefaultRouting, GivesTheSameAtOnceAndInSteps) {
     const std::string chain[] = {"7.1film", "7.1smpte", "7.1", "5.1", "5.1film", "stereo", "mono"};
     for (std::size_t from = 0; from < std::size(chain); ++from)

@@ -17,7 +17,7 @@ TEST(JsonTimeline, KeepsEveryKey) {
             "fadeIn": {"length": 7, "curve": "log"}, "fadeOut": {"length": 6, "curve": "power"},
             "equaliser": [{"kind": "lowshelf", "frequency": 100.5, "gain": -1.5, "q": 2.5}],
             "automation": {"points": [[-1, "-inf"], [2, "-inf"]], "reverse": true},
-            "routing": [[0.5, -0.25]]}]}]})");
+            "routing": [[0.5, -0.25]], "pan": -50}]}]})");
     const Timeline read = readJson(written, options());
     EXPECT_EQ(Json::parse(writeJson(read)), written);
     const TimelineStrip& strip = read.tracks.at(0).strips.at(0);

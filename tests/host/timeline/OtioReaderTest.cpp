@@ -287,7 +287,7 @@ TEST(OtioReader, TrimsNestedCompositions) {
 TEST(OtioReader, NotesWhatCompositionsCannotPlay) {
     for (const char* block : {R"({"fadeIn": 1})", R"({"fadeOut": 1})", R"({"automation": [[0, 0]]})",
                               R"({"equaliser": ["peak:1k:3"]})", R"({"converter": "linear"})",
-                              R"({"routing": [[1], [1]]})", R"({"gain": 3})"}) {
+                              R"({"routing": [[1], [1]]})", R"({"pan": 9})", R"({"gain": 3})"}) {
         const Json own{{"metadata", {{"audlmd", Json::parse(block)}}}};
         const Timeline read = readOtio(timeline({track({clip("a", 0, 5)}, own)}), options());
         EXPECT_EQ(read.notes.empty(), std::string(block).find("gain") != std::string::npos) << block;

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 
 namespace audlmd::test {
@@ -25,8 +26,8 @@ double decibelsAt(const TimelineStrip& strip, std::int64_t position) {
 }
 
 TEST(OtioSound, ReadsVolumeAndFadersOfExporters) {
-    const Json loud = exported(
-        {parameter("volume", -6.5), parameter("faderIn", 5), parameter("faderOut", 7), parameter("pan", 30)});
+    const Json loud = exported({parameter("volume", -6.5), parameter("faderIn", 5), parameter("faderOut", 7),
+                                parameter("tilt", 30)});
     const Json off = exported({parameter("volume", -40)}, false);
     const Timeline read = readOtio(
         timeline({track({clip("a", 0, 20, {{"effects", {warp(2), loud, off, exported({})}}})})}), options());
@@ -36,9 +37,52 @@ TEST(OtioSound, ReadsVolumeAndFadersOfExporters) {
     EXPECT_EQ(strip.settings.fade.fadeOutSamples, 14U * frame);
     EXPECT_EQ(strip.settings.fade.fadeInCurve, FadeCurve::linear);
     ASSERT_EQ(read.notes.size(), 1U);
-    EXPECT_NE(read.notes[0].text.find("pan"), std::string::npos);
+    EXPECT_NE(read.notes[0].text.find("tilt"), std::string::npos);
     const Json silent{{"effects", {exported({parameter("volume", -100)})}}};
     EXPECT_TRUE(std::isinf(stripsOf({clip("a", 0, 20, silent)}).at(0).gainDb));
+}
+
+TEST(OtioSound, ReadsPanAndBandsOfExporters) {
+    const auto band = [](int index, std::vector<Json> parameters, bool enabled = true) {
+        Json number = parameter("eq band index", index);
+        number["Default Parameter Value"] = index;
+        parameters.push_back(number);
+        return exported(parameters, enabled);
+    };
+    const auto effects = [&](bool isOn) {
+        Json master = exported({}, isOn);
+        master["metadata"]["any"]["Type"] = 64;
+        return std::vector<Json>{exported({parameter("pan", -50)}),
+                                 band(2, {parameter("eq dB gain", 79), parameter("eq qFactor", 750)}),
+                                 band(3, {parameter("eq dB gain", -240), parameter("eq frequency", 1000)}),
+                                 band(1, {}),
+                                 band(4, {parameter("eq dB gain", 30)}, false),
+                                 band(0, {parameter("eq frequency", 80)}),
+                                 band(5, {parameter("eq dB gain", -10)}),
+                                 master};
+    };
+    const auto read = [&](bool isOn) {
+        return readOtio(timeline({track({clip("a", 0, 20, {{"effects", effects(isOn)}})})}), options());
+    };
+    const Timeline whole = read(true);
+    const TimelineStrip& strip = whole.tracks[0].strips.at(0);
+    EXPECT_EQ(strip.pan, -50.0);
+    std::vector<std::array<double, 3>> bands;
+    for (const EqualiserBand& played : strip.settings.equaliser) {
+        EXPECT_EQ(played.kind, BandKind::peak);
+        bands.push_back({played.frequency, played.gainDb, played.q});
+    }
+    EXPECT_EQ(bands, (std::vector<std::array<double, 3>>{{239, 7.9, 0.75}, {1000, -24, 1}, {19000, -1, 1}}));
+    ASSERT_EQ(whole.notes.size(), 2U);
+    EXPECT_EQ(whole.notes[0].text,
+              "band 0 of the exporter's equaliser is not played, because its shape is not in the file");
+    EXPECT_EQ(whole.notes[1].text,
+              "band 5 of the exporter's equaliser is played as a peak, because its shape is not in the file");
+    EXPECT_TRUE(read(false).tracks[0].strips.at(0).settings.equaliser.empty());
+    EXPECT_TRUE(read(false).notes.empty());
+    const Json mistyped{{"effects", {exported({parameter("pan", 101)})}}};
+    EXPECT_EQ(stripsOf({clip("a", 0, 20, mistyped)}).at(0).silence,
+              "\"pan\" is not a number from -100 to 100");
 }
 
 TEST(OtioSound, NotesParametersThatChangeSomethingOnce) {
@@ -106,7 +150,7 @@ TEST(OtioSound, ReadsOurOwnBlock) {
     const Json block = Json::parse(R"({"gain": -2, "level": 1.5, "fadeIn": 0.5, "fadeOut": 0.25,
         "fadeInCurve": "log", "converter": "linear", "automation": [[0, 0], [0.5, "-inf"]],
         "equaliser": ["lowpass:1.5k", {"kind": "peak", "frequency": 500, "gain": 3, "q": 2}],
-        "routing": [[1, 0], [0.5, -0.5]], "relabel": "24000/1001:24"})");
+        "routing": [[1, 0], [0.5, -0.5]], "pan": 25, "relabel": "24000/1001:24"})");
     const Json more{{"effects", {warp(1.5)}}, {"metadata", {{"audlmd", block}}}};
     const TimelineStrip strip = stripsOf({clip("a", 0, 50, more)}).at(0);
     EXPECT_DOUBLE_EQ(strip.gainDb, -0.5);
@@ -121,6 +165,7 @@ TEST(OtioSound, ReadsOurOwnBlock) {
     EXPECT_DOUBLE_EQ(strip.settings.equaliser[0].frequency, 1500.0);
     EXPECT_DOUBLE_EQ(strip.settings.equaliser[1].q, 2.0);
     EXPECT_EQ(strip.routing.value().rows[1], (std::vector<float>{0.5F, -0.5F}));
+    EXPECT_EQ(strip.pan, 25.0);
     EXPECT_EQ(strip.relabel, (Relabel{1000, 1001}));
 }
 
