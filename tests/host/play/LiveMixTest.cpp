@@ -83,12 +83,15 @@ protected:
         std::vector<float> samples = soundNumber(1, length);
         samples.back() = last;
         return [this, sound = std::make_shared<MemorySource>(samples)](const std::string& name) {
+            const std::lock_guard passing(opening_);
             return name == "gated" ? Media{.channels = {std::make_shared<GatedSource>(gate_)}}
                                    : Media{.channels = {sound}};
         };
     }
 
     std::mutex gate_;
+    /// Media open while this is not locked.
+    std::mutex opening_;
     OpenMedia open_ = endingIn(0.5F);
     OpenMedia openLive_ = endingIn(-0.5F);
     Timeline timeline_ = gatedTimeline();
@@ -109,14 +112,20 @@ TEST_F(LiveMixTest, TakesOverWithoutASeam) {
 }
 
 TEST_F(LiveMixTest, TakesOverLaterWhereTheMixerIsNotReadyInTime) {
-    const std::unique_ptr<LiveVoice> voice = live_.play(std::make_unique<Hum>());
-    std::vector<float> heard(58000);
+    std::unique_ptr<LiveVoice> voice = live_.play(std::make_unique<Hum>());
+    std::vector<float> heard(71000);
     const auto render = [&](std::size_t frames) {
         return voice->render(std::array{std::span(heard).first(frames)});
     };
-    // To the first place and on, sooner than most threads make a mixer.
+    // No mixer is wanted in the first quarter of a second.
+    for (const std::size_t frames : {11999U, 71000U})
+        EXPECT_EQ(render(frames), frames);
+    voice = live_.play(std::make_unique<Hum>());
+    std::unique_lock closed(opening_);
+    // To the first place and on.
     for (const std::size_t frames : {12000U, 58000U, 1U, 100U})
         EXPECT_EQ(render(frames), frames);
+    closed.unlock();
     while (!voice->isAtEnd()) {
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
         heard.resize(render(std::min<std::size_t>(960, heard.size())));
