@@ -55,6 +55,8 @@ BROKEN = [
      "const { ++body_->material->event->referenceCount; return body_->material->held; }"),
     ("events", "signalled.wait_for(std::chrono::milliseconds(milliseconds)) == std::future_status::ready",
      "milliseconds != noTimeLimit && signalled.wait_for(std::chrono::milliseconds(milliseconds)) == std::future_status::ready"),
+    ("events", "signalled.wait_for(std::chrono::milliseconds(milliseconds)) == std::future_status::ready",
+     "milliseconds != 0 && signalled.wait_for(std::chrono::milliseconds(milliseconds)) == std::future_status::ready"),
     ("status", "std::atomic<Aud::eSegmentStatus> status = Aud::eSegmentReady;",
      "struct Status {\n    std::vector<float>& of;\n    std::atomic<Aud::eSegmentStatus> now = Aud::eSegmentReady;\n"
      "    Aud::eSegmentStatus load() const { return now; }\n"
@@ -74,6 +76,7 @@ BROKEN = [
     ("curves", "fill(power, 101, 0.01,", "fill(power, 101, 0.011,"),
     ("curves", "static_cast<float>(rise / spacing), 0.0F", "static_cast<float>(rise), 0.0F"),
     ("levels-forwards", "{ loadRamp(state_, 1U); }", "{ loadRamp(state_, 1U); state_.samplesToNextNode = 0; }"),
+    ("levels-forwards", "{ loadRamp(state_, 1U); }", "{ loadRamp(state_, 1U); state_.uValueStep *= 0.5F; }"),
     ("levels-backwards", "{ loadRamp(state_, ~0U); }", "{ loadRamp(state_, 1U); }"),
     ("together", FORWARD, "static std::atomic<int> walkers;\n" + FORWARD + "\n    const int here = ++walkers;\n"
      "    std::this_thread::yield();\n    cachePosition += walkers != here;\n    --walkers;"),
@@ -120,7 +123,7 @@ def linked_fault():
     folder = kept / str(next(number for number, host in enumerate(BROKEN) if host[0] == "heap"))
     program, library = folder / "linked", pathlib.Path(check).parent
     if not program.exists():
-        subprocess.run([*compiler, "-Wl,-rpath," + str(library), pathlib.Path(__file__).parent / "LinkedHost.cpp", "-o", program,
+        subprocess.run([*compiler, "-Wl,--no-as-needed,-rpath," + str(library), pathlib.Path(__file__).parent / "LinkedHost.cpp", "-o", program,
                         folder / "libhost.so", *library.glob("libaudlmd_host_check.so")], check=True)
     done = subprocess.run([program], capture_output=True, text=True, env={**os.environ, "LD_LIBRARY_PATH": str(folder)})
     return None if done.returncode == 1 else f"exit {done.returncode}\n{done.stdout}{done.stderr}"

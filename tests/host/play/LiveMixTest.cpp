@@ -126,11 +126,13 @@ TEST_F(LiveMixTest, TakesOverLaterWhereTheMixerIsNotReadyInTime) {
     for (const std::size_t frames : {12000U, 58000U, 1U, 100U})
         EXPECT_EQ(render(frames), frames);
     closed.unlock();
+    float last = 0.0F;
     while (!voice->isAtEnd()) {
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        heard.resize(render(std::min<std::size_t>(960, heard.size())));
+        // The block that reaches the place is shorter.
+        last = heard[render(900) - 1];
     }
-    EXPECT_EQ(heard.back(), -0.5F);
+    EXPECT_EQ(last, -0.5F);
 }
 
 TEST_F(LiveMixTest, SilencesTheLateStripAloneAndNamesTheStrip) {
