@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <future>
 #include <mutex>
 #include <thread>
 
@@ -133,6 +134,25 @@ TEST_F(LiveMixTest, TakesOverLaterWhereTheMixerIsNotReadyInTime) {
         last = heard[render(900) - 1];
     }
     EXPECT_EQ(last, -0.5F);
+}
+
+TEST_F(LiveMixTest, NeverWaitsForAMixerThatNobodyTook) {
+    std::unique_lock closed(gate_);
+    std::vector<float> heard(58000);
+    for (const bool isSecond : {false, true}) {
+        const std::unique_ptr<LiveVoice> voice = live_.play(std::make_unique<Hum>());
+        const auto playing = std::async(std::launch::async, [&] {
+            voice->render(std::array{std::span(heard).first(12000)});
+            voice->render(std::array{std::span(heard).first(1)});
+            // The mixer is made, and waits for the gate.
+            std::this_thread::sleep_for(std::chrono::milliseconds(200));
+            for (int i = 0; isSecond && i < 3; ++i)
+                voice->render(std::array{std::span(heard)});
+        });
+        EXPECT_EQ(playing.wait_for(std::chrono::seconds(5)), std::future_status::ready);
+        if (isSecond)
+            closed.unlock();
+    }
 }
 
 TEST_F(LiveMixTest, SilencesTheLateStripAloneAndNamesTheStrip) {
