@@ -1,7 +1,6 @@
 #include "host/play/LiveContent.hpp"
 
 #include "host/mix/ConvertedSources.hpp"
-#include "host/services/Identities.hpp"
 #include "host/signal/BlockLoops.hpp"
 #include "host/signal/Speed.hpp"
 #include "host/signal/StripPlayer.hpp"
@@ -59,7 +58,6 @@ LiveContent::LiveContent(const std::vector<std::shared_ptr<SampleSource>>& chann
     if (channels.empty())
         throw std::invalid_argument("there is no channel to play");
     strip_.wait = false;
-    strip_.cookie = Cookie{makeUuid(), 0, 0};
     const StripPlan checked(strip_);
     for (const std::shared_ptr<SampleSource>& channel : channels) {
         cookies_.push_back(strip_.cookie);

@@ -51,14 +51,13 @@ Iterator makeReader(const CheckedMaterial& material, std::int64_t position, bool
         return Reverse(material.cookie, at, flag, *material.cache, !flag, gearing);
 }
 
-/// A reader that reads this sample first. Waits or not whatever the flag means to the host, which is a rule
-/// of its own.
+/// A reader that reads this sample first. Whether it waits is set, because what the flag means to the host is
+/// a rule of its own.
 template <class Iterator>
 Iterator readerFrom(HostUnderCheck& host, const CheckedMaterial& material, std::int64_t sample,
                     bool waits = true) {
     const std::int64_t position = std::same_as<Iterator, Forward> ? sample : host.reversePosition(sample);
-    const bool isNegated = IteratorInside::waits(makeReader<Iterator>(material, position, true)) != true;
-    auto reader = makeReader<Iterator>(material, position, waits != isNegated);
+    auto reader = makeReader<Iterator>(material, position, waits);
     IteratorInside::setWaiting(reader, waits);
     return reader;
 }

@@ -49,12 +49,16 @@ double paintLegend(const Pen& pen, const std::vector<Series>& series, const Rect
     return y + legendRow / 2.0 + 4.0 - area.top;
 }
 
+/// How many ticks there should be, so far from each other.
+int ticksIn(double length, double distance) {
+    return std::max(2, static_cast<int>(length / distance));
+}
+
 /// Labels that would touch the one before are left out.
 void paintXAxis(const Pen& pen, const Axis& axis, const Rectangle& plot, bool grid, bool labels) {
-    const int count = std::max(2, static_cast<int>(plot.width / 75.0));
     double labelledTo = plot.left - 100.0;
     pen.font(tickSize);
-    for (const Tick& tick : axis.ticks(count)) {
+    for (const Tick& tick : axis.ticks(ticksIn(plot.width, 75.0))) {
         const double x = plot.left + axis.position(tick.value) * plot.width;
         if (grid) {
             pen.colour(Palette::grid);
@@ -76,9 +80,8 @@ void paintXAxis(const Pen& pen, const Axis& axis, const Rectangle& plot, bool gr
 
 /// On an axis in decibels, the gridline of 0 dB is darker.
 void paintYAxis(const Pen& pen, const Axis& axis, const Rectangle& plot, bool grid) {
-    const int count = std::max(2, static_cast<int>(plot.height / 32.0));
     pen.font(tickSize);
-    for (const Tick& tick : axis.ticks(count)) {
+    for (const Tick& tick : axis.ticks(ticksIn(plot.height, 32.0))) {
         const double y = plot.bottom() - axis.position(tick.value) * plot.height;
         if (grid) {
             const bool unity = axis.scale == Scale::decibels && tick.value == 0.0;
@@ -199,7 +202,7 @@ void paintColourBar(const Pen& pen, const Axis& scale, const Rectangle& plot) {
     pen.outline(bar, 1.0);
     pen.colour(Palette::text);
     pen.font(tickSize);
-    for (const Tick& tick : scale.ticks(std::max(2, static_cast<int>(bar.height / 32.0)))) {
+    for (const Tick& tick : scale.ticks(ticksIn(bar.height, 32.0))) {
         const double y = bar.bottom() - scale.position(tick.value) * bar.height;
         pen.line(bar.right(), y, bar.right() + 4.0, y, 1.0);
         pen.write(tick.label, bar.right() + 8.0, y, {0.0, 0.5});

@@ -10,6 +10,7 @@
 #include <cmath>
 #include <map>
 #include <numbers>
+#include <stdexcept>
 
 namespace audlmd::test {
 namespace {
@@ -87,6 +88,16 @@ TEST(Loudness, IsThatOfTech3341AndTech3342) {
                     ASSERT_NEAR(loudness, level, 0.1) << signal.name;
             }
     }
+}
+
+TEST(Loudness, IsDefinedFrom400MillisecondsAnd8000HertzOn) {
+    for (const std::size_t frames : {3199U, 3200U}) {
+        LoudnessMeter meter(usualLayout(1), 8000);
+        const std::vector<float> samples(frames, 0.5F);
+        meter.add(std::vector<std::span<const float>>{samples});
+        EXPECT_EQ(meter.integrated().has_value(), frames == 3200);
+    }
+    EXPECT_THROW(LoudnessMeter(usualLayout(1), 7999), std::invalid_argument);
 }
 
 TEST(Loudness, KnowsTheTruePeaksOfTech3341) {

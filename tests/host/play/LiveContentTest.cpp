@@ -5,6 +5,25 @@
 namespace audlmd::test {
 namespace {
 
+/// In place of an inlined render function.
+void deliverTwos(Aud::Render::IteratorCreationParams&, Unclipped& out, unsigned int count) {
+    out.position = std::fill_n(out.position, count, 2.0F);
+}
+
+TEST(LiveContent, ClipsAsTheLibraryDoesWhatInlinedFunctionsDeliver) {
+    constexpr auto inlined = [](unsigned long) noexcept -> UnclippedRenderFunction { return &deliverTwos; };
+    const auto source = std::make_shared<MemorySource>(std::vector<float>(9, 0x1p21F));
+    std::vector<float> heard(9);
+    std::vector<float> expected(9);
+    LiveContent content({source}, wholeStrip(9), {}, inlined);
+    content.start(0.0, 1.0)->render(std::array{std::span(heard)});
+    LiveContent library({source}, wholeStrip(9), {});
+    library.awaitLoaded(0.0, 1.0, 9, [] { return true; });
+    library.start(0.0, 1.0)->render(std::array{std::span(expected)});
+    EXPECT_EQ(heard, expected);
+    EXPECT_NEAR(heard.front(), 0x1p20F, 1.0F);
+}
+
 TEST(LiveContent, LeavesFadesAndAutomationWhereTheyAreOnTheMaterial) {
     StripSettings strip = wholeStrip(1000);
     strip.fade = {.fadeInSamples = 10, .fadeOutSamples = 20, .fadeInCurve = FadeCurve::log};

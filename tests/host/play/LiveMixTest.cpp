@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <future>
 #include <mutex>
 #include <thread>
 
@@ -83,12 +84,15 @@ protected:
         std::vector<float> samples = soundNumber(1, length);
         samples.back() = last;
         return [this, sound = std::make_shared<MemorySource>(samples)](const std::string& name) {
+            const std::lock_guard passing(opening_);
             return name == "gated" ? Media{.channels = {std::make_shared<GatedSource>(gate_)}}
                                    : Media{.channels = {sound}};
         };
     }
 
     std::mutex gate_;
+    /// Media open while this is not locked.
+    std::mutex opening_;
     OpenMedia open_ = endingIn(0.5F);
     OpenMedia openLive_ = endingIn(-0.5F);
     Timeline timeline_ = gatedTimeline();
@@ -109,19 +113,46 @@ TEST_F(LiveMixTest, TakesOverWithoutASeam) {
 }
 
 TEST_F(LiveMixTest, TakesOverLaterWhereTheMixerIsNotReadyInTime) {
-    const std::unique_ptr<LiveVoice> voice = live_.play(std::make_unique<Hum>());
-    std::vector<float> heard(58000);
+    std::unique_ptr<LiveVoice> voice = live_.play(std::make_unique<Hum>());
+    std::vector<float> heard(71000);
     const auto render = [&](std::size_t frames) {
         return voice->render(std::array{std::span(heard).first(frames)});
     };
-    // To the first place and on, sooner than most threads make a mixer.
+    // No mixer is wanted in the first quarter of a second.
+    for (const std::size_t frames : {11999U, 71000U})
+        EXPECT_EQ(render(frames), frames);
+    voice = live_.play(std::make_unique<Hum>());
+    std::unique_lock closed(opening_);
+    // To the first place and on.
     for (const std::size_t frames : {12000U, 58000U, 1U, 100U})
         EXPECT_EQ(render(frames), frames);
+    closed.unlock();
+    float last = 0.0F;
     while (!voice->isAtEnd()) {
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        heard.resize(render(std::min<std::size_t>(960, heard.size())));
+        // The block that reaches the place is shorter.
+        last = heard[render(900) - 1];
     }
-    EXPECT_EQ(heard.back(), -0.5F);
+    EXPECT_EQ(last, -0.5F);
+}
+
+TEST_F(LiveMixTest, NeverWaitsForAMixerThatNobodyTook) {
+    std::unique_lock closed(gate_);
+    std::vector<float> heard(58000);
+    for (const bool isSecond : {false, true}) {
+        const std::unique_ptr<LiveVoice> voice = live_.play(std::make_unique<Hum>());
+        const auto playing = std::async(std::launch::async, [&] {
+            voice->render(std::array{std::span(heard).first(12000)});
+            voice->render(std::array{std::span(heard).first(1)});
+            // The mixer is made, and waits for the gate.
+            std::this_thread::sleep_for(std::chrono::milliseconds(200));
+            for (int i = 0; isSecond && i < 3; ++i)
+                voice->render(std::array{std::span(heard)});
+        });
+        EXPECT_EQ(playing.wait_for(std::chrono::seconds(5)), std::future_status::ready);
+        if (isSecond)
+            closed.unlock();
+    }
 }
 
 TEST_F(LiveMixTest, SilencesTheLateStripAloneAndNamesTheStrip) {

@@ -9,6 +9,7 @@ TEST(LiveOutput, HearsAChangeWithinTwoFades) {
     std::vector<float> halves(100000, 0.25F);
     std::fill(halves.begin() + 50000, halves.end(), 0.5F);
     LiveDeck deck({std::make_shared<MemorySource>(halves)}, wholeStrip(100000));
+    EXPECT_EQ(deck.pull(64).back(), 0.0F);
     deck.play(1.0);
     EXPECT_EQ(deck.pull(1000).back(), 0.25F);
     // Rendering is not further ahead than the latency.

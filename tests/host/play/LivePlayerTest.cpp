@@ -53,14 +53,23 @@ bool within(std::chrono::milliseconds time, const std::function<bool()>& conditi
 class SlowSource final : public SampleSource {
 public:
     std::int64_t length() const override { return 40 * 48000; }
-    void read(std::int64_t, std::span<float> samples) override {
+    void read(std::int64_t first, std::span<float> samples) override {
         std::this_thread::sleep_for(50ms);
         std::ranges::fill(samples, 0.5F);
+        if (first == 0 || first + std::ssize(samples) == length())
+            hasReadAnEnd = true;
     }
+
+    std::atomic<bool> hasReadAnEnd{false};
 };
 
 Media steadyMedia(std::size_t length) {
     return {.channels = {std::make_shared<MemorySource>(std::vector<float>(length, 0.5F))}};
+}
+
+/// In place of an inlined render function.
+void fail(Aud::Render::IteratorCreationParams&, Unclipped&, unsigned int) {
+    throw std::runtime_error("no sound today");
 }
 
 /// Under a sanitizer the device may starve, so the tests ask for nothing that depends on that.
@@ -109,8 +118,8 @@ TEST(LivePlayer, RefusesWhatCannotBePlayed) {
 }
 
 TEST(LivePlayer, PlaysFromASlowDiskAndCountsWhatIsLate) {
-    const auto slow = std::make_shared<SlowSource>();
     for (const double direction : {1.0, -1.0}) {
+        const auto slow = std::make_shared<SlowSource>();
         LivePlayer player({.channels = {slow, slow}}, {}, options);
         const Device device(player);
         player.seek(player.length() / 2);
@@ -119,6 +128,13 @@ TEST(LivePlayer, PlaysFromASlowDiskAndCountsWhatIsLate) {
         ASSERT_TRUE(within(1s, [&] { return player.takePeak(0) == 0.5F; }));
         std::this_thread::sleep_for(1s);
         EXPECT_EQ(player.underruns().lateSamples, 0U);
+        // What a loop jumps to is loaded before.
+        const RangeSample half = player.length() / 2;
+        player.setLoop(direction > 0.0 ? RangeSpan{.from = 0, .to = half + 144000}
+                                       : RangeSpan{.from = half - 144000, .to = player.length()});
+        EXPECT_TRUE(within(1s, [&] { return slow->hasReadAnEnd.load(); }));
+        EXPECT_LT(std::abs(player.position() - half), 144000);
+        player.setLoop(std::nullopt);
         player.setSpeed(8.0 * direction);
         EXPECT_TRUE(within(5s, [&] { return player.underruns().lateSamples > 10000; }));
         player.setSpeed(direction);
@@ -137,17 +153,20 @@ TEST(LivePlayer, PlaysFromASlowDiskAndCountsWhatIsLate) {
     }
 }
 
-/// As from a network disk that is gone: reads do not return until told.
+/// As from a network disk that is gone: reads of the first half do not return until told.
 class BlockedSource final : public SampleSource {
 public:
     std::int64_t length() const override { return 480000; }
-    void read(std::int64_t, std::span<float> samples) override {
+    void read(std::int64_t first, std::span<float> samples) override {
+        ++reads;
         hasBegun = true;
         hasBegun.notify_all();
-        mayEnd.wait(false);
+        if (first < length() / 2)
+            mayEnd.wait(false);
         std::ranges::fill(samples, 0.5F);
     }
 
+    std::atomic<int> reads{0};
     std::atomic<bool> hasBegun{false};
     std::atomic<bool> mayEnd{false};
 };
@@ -158,7 +177,7 @@ TEST(LivePlayer, CallsOffAStartThatWaitsForADisk) {
     for (const bool mixes : {false, true}) {
         const auto blocked = std::make_shared<BlockedSource>();
         const Media media{.channels = {blocked}};
-        const LiveOptions waiting{.latency = 0.1, .cache = {.segmentLength = 480000, .loaderThreads = 1}};
+        const LiveOptions waiting{.latency = 0.1, .cache = {.segmentLength = 240000, .loaderThreads = 2}};
         std::optional<LivePlayer> player;
         if (mixes)
             player.emplace(
@@ -167,6 +186,11 @@ TEST(LivePlayer, CallsOffAStartThatWaitsForADisk) {
             player.emplace(media, StripSettings{}, waiting);
         player->play();
         blocked->hasBegun.wait(false);
+        if (!mixes) {
+            const Device device(*player);
+            player->seek(300000);
+            EXPECT_TRUE(within(5s, [&] { return player->takePeak(0) == 0.5F; }));
+        }
         // All of these come back while the read has not.
         player->seek(1000);
         EXPECT_EQ(player->position(), 1000);
@@ -174,12 +198,14 @@ TEST(LivePlayer, CallsOffAStartThatWaitsForADisk) {
         EXPECT_FALSE(player->isPlaying());
         player->play();
         EXPECT_EQ(player->report().sound.failure, "");
-        // The end waits for the one read that has begun, and for no other.
+        // The end waits for the reads that have begun, and for no others, of which there are fifteen.
         const auto end = std::async(std::launch::async, [&] { player.reset(); });
         EXPECT_EQ(end.wait_for(50ms), std::future_status::timeout);
+        const int begun = blocked->reads;
         blocked->mayEnd = true;
         blocked->mayEnd.notify_all();
         EXPECT_EQ(end.wait_for(5s), std::future_status::ready);
+        EXPECT_LE(blocked->reads, begun + 2);
     }
 }
 
@@ -193,6 +219,12 @@ TEST(LivePlayer, TellsWhatFailed) {
     // Of both channels.
     EXPECT_EQ(player.underruns().lateSamples, 19200U);
     EXPECT_EQ(player.underruns().lateEpisodes, 2U);
+
+    LiveOptions failing = options;
+    failing.inlined = [](unsigned long) noexcept -> UnclippedRenderFunction { return &fail; };
+    LivePlayer silent(steadyMedia(9600), {}, failing);
+    silent.play();
+    EXPECT_TRUE(within(5s, [&] { return silent.report().sound.failure == "no sound today"; }));
 
     // By then the mixer that does not wait has taken over.
     Timeline timeline = timelineOf({stripOf("broken", 150000, 9600), stripOf("gone", 150000, 9600)}, 2);

@@ -180,13 +180,14 @@ TEST(LiveRenderer, PlaysALoopInBothDirections) {
     std::vector<float> ramp(20000);
     for (std::size_t n = 0; n < ramp.size(); ++n)
         ramp[n] = static_cast<float>(n) * 0x1p-16F;
-    for (const double speed : {1.0, -1.0}) {
+    // What begins behind the loop fades out before it enters.
+    for (const auto& [speed, from, lap] :
+         {std::tuple{1.0, 6000, 2000U}, {-1.0, 6000, 1000U}, {1.0, 9000, 240U}, {-1.0, 4000, 240U}}) {
         LiveDeck deck({std::make_shared<MemorySource>(ramp)}, wholeStrip(20000));
         deck.order.loop = RangeSpan{.from = 5000, .to = 8000};
-        deck.seek(6000);
+        deck.seek(from);
         deck.play(speed);
         const std::vector<float> heard = deck.pull(12000);
-        const std::size_t lap = speed < 0.0 ? 1000 : 2000;
         for (std::size_t frame = LiveDeck::fadeFrames; frame < heard.size(); ++frame) {
             const std::size_t sinceSeam = (frame + 3000 - lap) % 3000;
             if (sinceSeam < LiveDeck::fadeFrames || sinceSeam > 3000 - LiveDeck::fadeFrames)

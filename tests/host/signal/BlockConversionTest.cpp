@@ -150,13 +150,12 @@ TEST(Delivery, GivesTheNearestStepAlsoBehindTheNoise) {
 /// The same input gives the same file with every version.
 TEST(Delivery, AddsTheSameNoiseAlways) {
     struct Case {
-        std::size_t channel;
-        std::int64_t position;
+        OutputPlace place;
         float number;
     };
-    for (const auto& [channel, position, number] : {Case{0, 0, 33846}, Case{0, 1, 22152}, Case{1, -1, 225},
-                                                    Case{1, 0, 2378}, Case{5, 1LL << 40, -51152}})
-        EXPECT_EQ(TriangularNoise(channel, position).next(), number / 65536);
+    for (const auto& [place, number] : {Case{{}, 33846}, Case{{0, 1}, 22152}, Case{{1, -1}, 225},
+                                        Case{{1, 0}, 2378}, Case{{5, 1LL << 40}, -51152}})
+        EXPECT_EQ(TriangularNoise(place.channel, place.position).next(), number / 65536);
 }
 
 } // namespace
