@@ -51,7 +51,7 @@ typedef enum audlmd_format {
     AUDLMD_DITHERED = 16
 } audlmd_format;
 
-/* The version of the library, such as "1.0.0.0". */
+/* The version of the library, such as "1.1.0.0". */
 AUDLMD_API const char* audlmd_version(void);
 /* What the last failure on this thread was, one line. Valid until the next failure on this thread. */
 AUDLMD_API const char* audlmd_error(void);

@@ -14,7 +14,7 @@ install(TARGETS audlmd_tool audlmd_host_check_tool)
 set(AUDLMD_PYTHON_DIR lib/python3/dist-packages CACHE STRING "Where the Python module is installed, below the prefix")
 install(DIRECTORY python/audlmd DESTINATION ${AUDLMD_PYTHON_DIR} PATTERN __pycache__ EXCLUDE)
 
-install(FILES LICENSE README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES LICENSE README.md CHANGELOG.md SECURITY.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR})
 
 set(packageDir ${CMAKE_INSTALL_LIBDIR}/cmake/audlmd)

@@ -7,7 +7,7 @@ if(AUDLMD_DOXYGEN)
         list(APPEND referenceInput ${headers})
     endforeach()
     file(GLOB pages CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.md)
-    list(APPEND referenceInput ${pages} ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CONTRIBUTING.md
+    list(APPEND referenceInput ${pages} ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CONTRIBUTING.md ${PROJECT_SOURCE_DIR}/SECURITY.md
         ${PROJECT_SOURCE_DIR}/fuzz/README.md)
     list(JOIN referenceInput " " referenceInput)
     configure_file(docs/Doxyfile.in Doxyfile @ONLY)
