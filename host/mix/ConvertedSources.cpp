@@ -16,9 +16,11 @@
 namespace audlmd {
 namespace {
 
-constexpr std::int64_t blockLength = 32768;
+constexpr std::int64_t usualBlock = 32768;
 /// The blocks of two neighbouring segments of the cache, which are loaded in either order.
-constexpr std::size_t mostKeptBlocks = 5;
+constexpr std::int64_t leastKeptBlocks = 5;
+/// At one go. Measured: more gain nothing.
+constexpr std::int64_t mostBlocks = 4;
 /// In samples of the lower rate. Measured: half of it gives the same samples.
 constexpr std::int64_t filterReach = 500;
 /// In samples of either rate: a block is a period at least.
@@ -69,6 +71,74 @@ std::pair<std::int64_t, std::int64_t> periodsOf(int inRate, int outRate, const R
     return {in / common, out / common};
 }
 
+/// Stretches of input, equally long, as the channels of one resampler.
+class SideBySide {
+public:
+    struct Stretch {
+        std::span<const float> input;
+        std::span<float> output;
+    };
+
+    SideBySide(std::int64_t inPeriod, std::int64_t outPeriod, std::vector<Stretch> stretches,
+               const std::string& rates)
+        : stretches_(std::move(stretches)), rates_(rates), inputs_(stretches_.size()),
+          outputs_(stretches_.size()), leftOut_(stretches_.size() * piece) {
+        soxr_error_t error = nullptr;
+        const soxr_quality_spec_t spec = quality();
+        const soxr_io_spec_t split = soxr_io_spec(SOXR_FLOAT32_S, SOXR_FLOAT32_S);
+        resampler_.reset(soxr_create(static_cast<double>(inPeriod), static_cast<double>(outPeriod),
+                                     static_cast<unsigned int>(stretches_.size()), &error, &split, &spec,
+                                     nullptr));
+        require(error == nullptr, error);
+    }
+
+    /// Leaves out so many samples first.
+    void convert(std::size_t runUp) {
+        const std::size_t inCount = stretches_.front().input.size();
+        const std::size_t count = runUp + stretches_.front().output.size();
+        std::size_t read = 0;
+        for (std::size_t done = 0; done < count;) {
+            for (std::size_t n = 0; n < stretches_.size(); ++n) {
+                inputs_[n] = stretches_[n].input.data() + read;
+                outputs_[n] =
+                    done < runUp ? leftOut_.data() + n * piece : stretches_[n].output.data() + (done - runUp);
+            }
+            const std::size_t most = done < runUp ? std::min(piece, runUp - done) : count - done;
+            const std::size_t given = std::min(piece, inCount - read);
+            std::size_t taken = 0;
+            std::size_t made = 0;
+            // Null: the input has ended.
+            const soxr_error_t error = soxr_process(resampler_.get(), given == 0 ? nullptr : inputs_.data(),
+                                                    given, &taken, outputs_.data(), most, &made);
+            require(error == nullptr, error);
+            require(given != 0 || made != 0, "libsoxr gave too few samples");
+            read += taken;
+            done += made;
+        }
+    }
+
+private:
+    /// In samples. Small enough for all that libsoxr keeps of a piece to stay in the processor's caches:
+    /// blocks at one go take half as much time again.
+    static constexpr std::size_t piece = 2048;
+
+    struct Delete {
+        void operator()(soxr_t resampler) const { soxr_delete(resampler); }
+    };
+
+    void require(bool succeeded, const char* otherwise) const {
+        if (!succeeded)
+            throw std::runtime_error("the rate conversion " + rates_ + " failed: " + otherwise);
+    }
+
+    const std::vector<Stretch> stretches_;
+    const std::string& rates_;
+    std::unique_ptr<soxr, Delete> resampler_;
+    std::vector<const float*> inputs_;
+    std::vector<float*> outputs_;
+    std::vector<float> leftOut_;
+};
+
 } // namespace
 
 RateConvertedSource::RateConvertedSource(std::shared_ptr<SampleSource> source, int inRate, int outRate,
@@ -88,67 +158,107 @@ RateConvertedSource::RateConvertedSource(std::shared_ptr<SampleSource> source, i
         0x1p60)
         throw refusal(rates_, "the result is longer than 2^60 samples");
     length_ = length / inPeriod_ * outPeriod_ + dividedUp(length % inPeriod_ * outPeriod_, inPeriod_);
-    periodsPerBlock_ = std::max<std::int64_t>(1, blockLength / outPeriod_);
+    periodsPerBlock_ = std::max<std::int64_t>(1, usualBlock / outPeriod_);
     margin_ = std::max(filterReach, dividedUp(filterReach * inPeriod_, outPeriod_));
 }
 
 void RateConvertedSource::read(std::int64_t position, std::span<float> samples) {
-    const std::int64_t perBlock = periodsPerBlock_ * outPeriod_;
     while (!samples.empty()) {
-        const std::int64_t first = position % perBlock;
-        const auto count = std::min(samples.size(), static_cast<std::size_t>(perBlock - first));
-        const std::shared_ptr<Block> block = blockAt(position / perBlock);
-        {
-            const Lock lock(block->mutex);
-            if (block->samples.empty())
-                block->samples = convert(block->index);
-            std::copy_n(block->samples.begin() + first, count, samples.begin());
+        const std::shared_ptr<Run> run = runAt(position / blockLength());
+        const std::int64_t first = position - run->first * blockLength();
+        const auto count =
+            std::min(samples.size(), static_cast<std::size_t>(run->blocks * blockLength() - first));
+        try {
+            const Lock lock(run->mutex);
+            if (run->samples.empty())
+                run->samples = convert(*run);
+            std::copy_n(run->samples.begin() + first, count, samples.begin());
+        } catch (...) {
+            if (run->blocks == 1)
+                throw;
+            forget(run);
+            continue;
         }
         position += static_cast<std::int64_t>(count);
         samples = samples.subspan(count);
     }
 }
 
-/// A new block is still empty. Who uses a block that is dropped meanwhile holds it to the end.
-std::shared_ptr<RateConvertedSource::Block> RateConvertedSource::blockAt(std::int64_t index) {
+/// A new run is still empty. Who uses a run that is dropped meanwhile holds it to the end.
+std::shared_ptr<RateConvertedSource::Run> RateConvertedSource::runAt(std::int64_t block) {
     const Lock lock(mutex_);
-    const auto found = std::find_if(kept_.begin(), kept_.end(),
-                                    [index](const auto& block) { return block->index == index; });
-    std::shared_ptr<Block> block;
+    const auto found = std::ranges::find_if(kept_, [block](const std::shared_ptr<Run>& run) {
+        return run->first <= block && block < run->first + run->blocks;
+    });
+    std::shared_ptr<Run> run;
     if (found != kept_.end()) {
-        block = *found;
+        run = *found;
         kept_.erase(found);
     } else {
-        block = std::make_shared<Block>();
-        block->index = index;
-        if (kept_.size() == mostKeptBlocks)
-            kept_.pop_front();
+        run = newRun(block);
     }
-    kept_.push_back(block);
-    return block;
+    kept_.push_back(run);
+    std::int64_t blocks = 0;
+    for (const std::shared_ptr<Run>& kept : kept_)
+        blocks += kept->blocks;
+    for (; blocks - kept_.front()->blocks >= leastKeptBlocks; kept_.pop_front())
+        blocks -= kept_.front()->blocks;
+    return run;
 }
 
-std::vector<float> RateConvertedSource::convert(std::int64_t index) const {
-    const std::int64_t firstPeriod = index * periodsPerBlock_;
+/// Longer, the further blocks were read straight on, so that a jump leaves few blocks unread. Backwards, the
+/// blocks of one segment are still read forwards. Blocks that begin or end otherwise than most stay alone.
+std::shared_ptr<RateConvertedSource::Run> RateConvertedSource::newRun(std::int64_t block) const {
+    const auto run = std::make_shared<Run>();
+    std::int64_t first = block;
+    std::int64_t end = block + 1;
+    for (const std::shared_ptr<Run>& kept : kept_) {
+        const std::int64_t most = std::clamp<std::int64_t>(kept->inARow / mostBlocks, 1, mostBlocks);
+        if (kept->first + kept->blocks == block) {
+            end = block + most;
+        } else if (block < kept->first && kept->first < block + mostBlocks) {
+            end = kept->first;
+            first = std::min(block, end - most);
+        } else {
+            continue;
+        }
+        run->inARow = kept->inARow + end - first;
+    }
+    const bool areAlike = first * periodsPerBlock_ >= dividedUp(margin_, inPeriod_) &&
+                          end * blockLength() <= length_ &&
+                          (end - first) * blockLength() <= mostBlocks * usualBlock;
+    run->first = areAlike ? first : block;
+    run->blocks = areAlike ? end - first : 1;
+    return run;
+}
+
+void RateConvertedSource::forget(const std::shared_ptr<Run>& run) {
+    const Lock lock(mutex_);
+    std::erase(kept_, run);
+    for (const std::shared_ptr<Run>& kept : kept_)
+        kept->inARow = 0;
+}
+
+/// The blocks are the channels of one resampler, each with its own run-up, so that the filters are designed
+/// once. Each gets the bytes that it gets alone.
+std::vector<float> RateConvertedSource::convert(const Run& run) const {
+    const std::int64_t firstPeriod = run.first * periodsPerBlock_;
     const std::int64_t startPeriod = std::max<std::int64_t>(0, firstPeriod - dividedUp(margin_, inPeriod_));
     const std::int64_t runUp = (firstPeriod - startPeriod) * outPeriod_;
-    const std::int64_t count = std::min(periodsPerBlock_ * outPeriod_, length_ - firstPeriod * outPeriod_);
+    const std::int64_t count = std::min(blockLength(), length_ - firstPeriod * outPeriod_);
     const std::int64_t inCount = dividedUp((runUp + count) * inPeriod_, outPeriod_) + margin_;
     const std::int64_t inStart = startPeriod * inPeriod_;
-
-    const std::vector<float> input = readPadded(inStart, inStart + inCount);
-    std::vector<float> output(static_cast<std::size_t>(runUp + count));
-    std::size_t done = 0;
-    const soxr_quality_spec_t spec = quality();
-    // Null on purpose: asked for the count of input samples, soxr_oneshot stops before the end of the input.
-    std::size_t* const inputDone = nullptr;
-    const soxr_error_t error =
-        soxr_oneshot(static_cast<double>(inPeriod_), static_cast<double>(outPeriod_), 1, input.data(),
-                     input.size(), inputDone, output.data(), output.size(), &done, nullptr, &spec, nullptr);
-    if (error != nullptr || done != output.size())
-        throw std::runtime_error("the rate conversion " + rates_ +
-                                 " failed: " + (error != nullptr ? error : "libsoxr gave too few samples"));
-    output.erase(output.begin(), output.begin() + runUp);
+    const std::int64_t inStep = periodsPerBlock_ * inPeriod_;
+    const std::vector<float> input = readPadded(inStart, inStart + inCount + (run.blocks - 1) * inStep);
+    std::vector<float> output(static_cast<std::size_t>(count + (run.blocks - 1) * blockLength()));
+    std::vector<SideBySide::Stretch> stretches;
+    for (std::int64_t block = 0; block < run.blocks; ++block)
+        stretches.push_back(
+            {.input = std::span(input).subspan(static_cast<std::size_t>(block * inStep),
+                                               static_cast<std::size_t>(inCount)),
+             .output = std::span(output).subspan(static_cast<std::size_t>(block * blockLength()),
+                                                 static_cast<std::size_t>(count))});
+    SideBySide(inPeriod_, outPeriod_, std::move(stretches), rates_).convert(static_cast<std::size_t>(runUp));
     return output;
 }
 

@@ -26,8 +26,8 @@ namespace audlmd {
 /// The output is cut into fixed blocks. Each block starts where a sample of the input and a sample of the
 /// output fall on the same time, and is converted afresh from the input samples that its filters reach. So
 /// the bytes of a read depend on its position only: reading forwards, backwards or at random gives the same
-/// samples. The five blocks used last are kept, each of about 32,768 samples or of one period of the two
-/// rates.
+/// samples. The blocks used last are kept, five or a few more, each of about 32,768 samples or of one period
+/// of the two rates. Who reads straight on, forwards or backwards, has up to four blocks converted at one go.
 ///
 /// Thread safe. The cache converts channels of one exclusive resource, such as a file, one after another. A
 /// NaN or an infinity in the input spoils up to a block. The last bit of a sample can differ between
@@ -50,15 +50,23 @@ public:
     const void* exclusiveResource() const override { return source_->exclusiveResource(); }
 
 private:
-    struct Block {
-        std::int64_t index = 0;
-        /// Held while the block is converted: whoever needs the same block waits.
+    /// Neighbouring blocks that are converted at one go.
+    struct Run {
+        std::int64_t first = 0;
+        std::int64_t blocks = 1;
+        /// How many blocks were read straight on, this run included.
+        std::int64_t inARow = 1;
+        /// Held while the run is converted: whoever needs the same blocks waits.
         Mutex mutex;
         std::vector<float> samples AUDLMD_GUARDED_BY(mutex);
     };
 
-    std::shared_ptr<Block> blockAt(std::int64_t index);
-    std::vector<float> convert(std::int64_t index) const;
+    std::int64_t blockLength() const { return periodsPerBlock_ * outPeriod_; }
+    std::shared_ptr<Run> runAt(std::int64_t block);
+    std::shared_ptr<Run> newRun(std::int64_t block) const AUDLMD_REQUIRES(mutex_);
+    /// After a failure: the blocks are wanted one by one.
+    void forget(const std::shared_ptr<Run>& run);
+    std::vector<float> convert(const Run& run) const;
     std::vector<float> readPadded(std::int64_t from, std::int64_t to) const;
 
     std::shared_ptr<SampleSource> source_;
@@ -74,7 +82,7 @@ private:
 
     Mutex mutex_;
     /// The one used last comes last.
-    std::deque<std::shared_ptr<Block>> kept_ AUDLMD_GUARDED_BY(mutex_);
+    std::deque<std::shared_ptr<Run>> kept_ AUDLMD_GUARDED_BY(mutex_);
 };
 
 /// The source at another rate: the source itself where the rates are equal, else a RateConvertedSource.

@@ -74,21 +74,22 @@ TEST(RateConvertedSource, GivesTheSamplesOfASingleRunInAnyOrderToAnyThread) {
     }
 }
 
-/// Notes how often it is read, and fails when told to.
+/// Notes how much is read of it, and fails when told to, or behind `tornAt`.
 struct ScriptedSource : SampleSource {
     explicit ScriptedSource(std::int64_t samples) : inLength(samples) {}
     std::int64_t length() const override { return inLength; }
     const void* exclusiveResource() const override { return this; }
-    void read(std::int64_t, std::span<float> samples) override {
-        if (fails)
+    void read(std::int64_t position, std::span<float> samples) override {
+        if (fails || position + std::ssize(samples) > tornAt)
             throw std::runtime_error("the tape is torn");
-        ++reads;
+        readSamples += std::ssize(samples);
         std::fill(samples.begin(), samples.end(), 0.25F);
     }
 
     std::int64_t inLength;
     bool fails = false;
-    int reads = 0;
+    std::int64_t tornAt = inLength;
+    std::int64_t readSamples = 0;
 };
 
 TEST(RateConvertedSource, RoundsTheLengthUp) {
@@ -162,12 +163,25 @@ TEST(RateConvertedSource, ConvertsABlockOnceAndTriesAFailedOneAgain) {
     inner->fails = true;
     EXPECT_THAT([&] { read(*source, 0, 1); }, testing::ThrowsMessage<std::runtime_error>("the tape is torn"));
     inner->fails = false;
-    for (std::int64_t segment = 0; segment < 10; ++segment)
+    // Twice the reach of the filters for each block, at most three blocks in vain.
+    constexpr std::int64_t once = 100 * 65536 * 147 / 160 * 21 / 20 + 3 * 30000;
+    for (std::int64_t segment = 0; segment < 100; ++segment)
         EXPECT_NEAR(read(*source, segment * 65536, 65536)[40000], 0.25F, 1e-6F);
-    EXPECT_EQ(inner->reads, 655360 / 32640 + 1);
-    for (std::int64_t segment = 19; segment >= 10; --segment)
+    EXPECT_LT(inner->readSamples, once);
+    for (std::int64_t segment = 165; segment > 65; --segment)
         read(*source, segment * 65536, 65536);
-    EXPECT_EQ(inner->reads, 2 * (655360 / 32640 + 1));
+    EXPECT_LT(inner->readSamples, 2 * once);
+}
+
+TEST(RateConvertedSource, LosesNoBlockBeforeTheOneThatFails) {
+    const auto inner = std::make_shared<ScriptedSource>(10000000);
+    inner->tornAt = 5000000;
+    const auto source = convertedTo(inner, 44100, 48000);
+    // The last block whose filters reach no further.
+    const std::int64_t end = (inner->tornAt - 500) * 160 / 147 / 32640 * 32640;
+    for (std::int64_t position = 0; position < end; position += 32640)
+        EXPECT_NO_THROW(read(*source, position, 32640)) << position;
+    EXPECT_THROW(read(*source, end, 32640), std::runtime_error);
 }
 
 TEST(RateConvertedSource, RefusesRatesOutOfRangeByName) {
