@@ -34,6 +34,7 @@ void declareCommand(CLI::App& app) {
     addJoinCommand(app);
     addPlayCommand(app);
     addCacheCommand(app);
+    addSelfTestCommand(app);
 }
 
 } // namespace audlmd::command

@@ -37,4 +37,7 @@ void addPlayCommand(CLI::App& app);
 /// `cache`: lists and clears what was decoded of inputs that libsndfile does not read.
 void addCacheCommand(CLI::App& app);
 
+/// `selftest`: compares the bytes that this machine renders with those of the release.
+void addSelfTestCommand(CLI::App& app);
+
 } // namespace audlmd::command
