@@ -43,12 +43,13 @@ TEST(Chart, IsDrawnAsItsPictureShows) {
     expectPicture("charts", [&] { drawFigure(figure, PictureKind::svg); });
     // The picture's width and height.
     EXPECT_EQ(drawFigure(figure, PictureKind::png).substr(16, 8), std::string("\0\0\x07\x30\0\0\x04\xD8", 8));
-    // Even a low chart has some ticks.
+    // Even a small chart has some ticks, and no labels that touch.
     chart.series.resize(1);
-    Figure low;
-    low.charts = {chart};
-    low.chartHeight = 110.0;
-    expectPicture("low", [&] { drawFigure(low, PictureKind::svg); });
+    Figure small;
+    small.charts = {chart};
+    small.chartWidth = 200.0;
+    small.chartHeight = 110.0;
+    expectPicture("small", [&] { drawFigure(small, PictureKind::svg); });
     figure.chartHeight = 9000.0;
     EXPECT_THROW(drawFigure(figure, PictureKind::png), std::runtime_error);
 }
