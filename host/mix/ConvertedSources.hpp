@@ -38,7 +38,7 @@ class RateConvertedSource final : public SampleSource {
 public:
     /// Rates are in hertz; the input is taken at `relabel.rateOf(inRate)`. Throws std::invalid_argument, with
     /// a sentence that names both rates, unless each is from 1,000 to 768,000 Hz, and where the two fall on
-    /// the same time only after more than 2^22 samples.
+    /// the same time only after more than 2^23 samples.
     RateConvertedSource(std::shared_ptr<SampleSource> source, int inRate, int outRate,
                         const Relabel& relabel = {});
 

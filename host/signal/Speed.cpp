@@ -55,7 +55,7 @@ void requireSpeed(double speed) {
 /// The fraction of smallest numbers between the two ends of an interval: both ends as continued fractions,
 /// for as long as they agree, and one more term.
 std::optional<SpeedRatio> ratioOf(double speed) {
-    const long double tolerance = 1e-12L * std::min(1.0L, static_cast<long double>(speed));
+    const long double tolerance = 1e-12L * std::max(1.0L, static_cast<long double>(speed));
     long double low = static_cast<long double>(speed) - tolerance;
     long double high = static_cast<long double>(speed) + tolerance;
     SpeedRatio before{0, 1};

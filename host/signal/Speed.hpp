@@ -25,11 +25,11 @@ struct SpeedRatio {
     std::int64_t output = 1;
 };
 /// The longest of the two numbers.
-inline constexpr std::int64_t longestRatio = std::int64_t{1} << 22;
+inline constexpr std::int64_t longestRatio = std::int64_t{1} << 23;
 
-/// The ratio of the smallest numbers within 1e-12 of a speed, and within 1e-12 of itself. Nothing where one
-/// of the numbers is above longestRatio: for some speeds right beside a simple ratio, such as 1.1000000001,
-/// and beyond 2^22. The speed must be a number above 0.
+/// The ratio of the smallest numbers within 1e-12 of a speed, above speed 1 within 1e-12 of itself. Nothing
+/// where one of the numbers is above longestRatio: for speeds right beside a simple ratio, such as
+/// 1.1000000001, and for one in a hundred of those without any. The speed must be above 1e-12.
 std::optional<SpeedRatio> ratioOf(double speed);
 
 /// The position nearest to a number of source samples; ties go away from zero. A negative number gives the

@@ -57,10 +57,10 @@ TEST(Speed, IsARatioOfTheSmallestNumbersWithinATrillionth) {
         const std::optional<SpeedRatio> ratio = ratioOf(speed);
         ASSERT_TRUE(ratio) << semitone;
         EXPECT_NEAR(static_cast<double>(ratio->source) / static_cast<double>(ratio->output), speed,
-                    1e-12 * std::min(1.0, speed));
+                    1e-12 * std::max(1.0, speed));
     }
     EXPECT_FALSE(ratioOf(1.1000000001));
-    EXPECT_FALSE(ratioOf(0x1p23));
+    EXPECT_FALSE(ratioOf(0x1p24));
 }
 
 } // namespace

@@ -119,7 +119,7 @@ TEST(StripPlan, RefusesWhatCannotBePlayed) {
         {speed(Converter::filtering, 1e-6), "choose the linear converter"},
         {speed(Converter::best, 0.009),
          "plays at speeds from 0.01 to 100, not at 0.009: choose the filtering"},
-        {speed(Converter::best, 1.1000000001), "needs a ratio of whole numbers up to 4194304"},
+        {speed(Converter::best, 1.1000000001), "needs a ratio of whole numbers up to 8388608"},
         {[](auto& s) { s.from = farthestPosition - 10, s.to = s.from + 9, speed(Converter::best, 0.5)(s); },
          "too far away"},
     };

@@ -129,9 +129,9 @@ TEST_F(MixCommand, WritesWhatRenderWritesForOneClipThroughEitherFunctions) {
     writeSound(in("a.wav"), noise(2, 50'000));
     for (const auto& [format, converter] : {std::pair<std::string, std::string>{"f32", "filtering"},
                                             {"s16", "best"},
-                                            {"s24", "filtering"},
+                                            {"s24", "best"},
                                             {"u8", "filtering"},
-                                            {"f32", "best"}}) {
+                                            {"s24", "filtering"}}) {
         writeTimeline(R"({"media": "a.wav", "at": 0, "from": 1000, "to": 50000, "reverse": true, "gain": 23,
             "speed": 1.1, "fadeIn": {"length": 11000, "curve": "log"}, "converter": ")" +
                       converter + "\"}");
