@@ -2,6 +2,8 @@
 
 #include "bench/sound/SineFit.hpp"
 #include "host/cache/MaterialCache.hpp"
+#include "host/mix/ConvertedSources.hpp"
+#include "host/signal/BestConverter.hpp"
 #include "host/signal/GainLaws.hpp"
 
 #include <cmath>
@@ -42,9 +44,10 @@ Converted convert(std::vector<float> material, const Conversion& conversion) {
     settings.reverse = conversion.reverse;
     settings.converter = conversion.converter;
     settings.speed = conversion.speed;
-    cache.add(settings.cookie, std::make_shared<MemorySource>(std::move(material)));
-    StripPlayer player(cache, settings);
-    Converted converted{std::vector<float>(player.outputLength()), player.speedInForce()};
+    cache.add(settings.cookie,
+              materialAtNormalSpeed(std::make_shared<MemorySource>(std::move(material)), settings));
+    StripPlayer player(cache, atNormalSpeed(settings));
+    Converted converted{std::vector<float>(player.outputLength()), StripPlan(settings).speedInForce};
     player.render(converted.samples);
     return converted;
 }

@@ -25,7 +25,7 @@ struct Converted {
     double speedInForce;
 };
 
-/// Plays all of the material through the library, into 32-bit floats.
+/// Plays all of the material through the library, or converted for it, into 32-bit floats.
 Converted convert(std::vector<float> material, const Conversion& conversion);
 
 /// How good a sine is after a conversion. Levels are in dB relative to the sine before the conversion.

@@ -29,7 +29,7 @@ std::string signalToNoise(const ToneMeasurement& found) {
 
 std::vector<Conversion> measuredConversions() {
     std::vector<Conversion> conversions;
-    for (const Converter converter : {Converter::linear, Converter::filtering})
+    for (const Converter converter : {Converter::linear, Converter::filtering, Converter::best})
         for (const double speed : measuredSpeeds)
             for (const bool reverse : {false, true})
                 conversions.push_back({converter, speed, reverse});

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "bench/sound/Conversion.hpp"
+#include "host/words/StripWords.hpp"
 
 #include <array>
 #include <string>
@@ -20,8 +21,8 @@ inline constexpr double highTone = 23000.0;
 /// larger one.
 inline constexpr double resolution = 140.0;
 
-inline const char* nameOf(Converter converter) {
-    return converter == Converter::linear ? "linear" : "filtering";
+inline std::string nameOf(Converter converter) {
+    return std::string(words::wordOf(words::converterWords, converter));
 }
 
 /// All conversions of the page, in the order of the rows.

@@ -1,6 +1,7 @@
 #include "host/mix/ConvertedSources.hpp"
 
 #include "host/services/SampleRates.hpp"
+#include "host/signal/BestConverter.hpp"
 #include "host/signal/BlockLoops.hpp"
 #include "host/words/Times.hpp"
 
@@ -10,7 +11,6 @@
 #include <numeric>
 #include <stdexcept>
 #include <string>
-#include <tuple>
 #include <utility>
 
 namespace audlmd {
@@ -23,8 +23,6 @@ constexpr std::int64_t leastKeptBlocks = 5;
 constexpr std::int64_t mostBlocks = 4;
 /// In samples of the lower rate. Measured: half of it gives the same samples.
 constexpr std::int64_t filterReach = 500;
-/// In samples of either rate: a block is a period at least.
-constexpr std::int64_t longestPeriod = std::int64_t{1} << 22;
 
 /// Of numbers that are not negative.
 std::int64_t dividedUp(std::int64_t dividend, std::int64_t divisor) {
@@ -62,12 +60,18 @@ void tryRates(std::int64_t inPeriod, std::int64_t outPeriod, const std::string& 
         throw refusal(rates, error);
 }
 
-/// So many samples of the input last as long as so many of the output. No product overflows: rates are ints,
-/// and both parts of a Relabel below 2^31.
-std::pair<std::int64_t, std::int64_t> periodsOf(int inRate, int outRate, const Relabel& relabel) {
+/// No product overflows: rates are ints, and both parts of a Relabel below 2^31.
+SpeedRatio periodsOf(int inRate, int outRate, const Relabel& relabel) {
+    const std::string rates = ratesText(inRate, outRate, relabel);
+    for (const double rate : {double(inRate), relabel.rateOf(inRate), double(outRate)})
+        if (!(rate >= lowestSampleRate && rate <= highestSampleRate))
+            throw refusal(rates, "both rates must be from " + std::to_string(lowestSampleRate) + " to " +
+                                     std::to_string(highestSampleRate) + " Hz");
     const std::int64_t in = inRate * relabel.to;
     const std::int64_t out = outRate * relabel.from;
     const std::int64_t common = std::gcd(in, out);
+    if (std::max(in, out) / common > longestRatio)
+        throw refusal(rates, "the two have no simple ratio");
     return {in / common, out / common};
 }
 
@@ -143,17 +147,22 @@ private:
 
 RateConvertedSource::RateConvertedSource(std::shared_ptr<SampleSource> source, int inRate, int outRate,
                                          const Relabel& relabel)
-    : source_(std::move(source)), rates_(ratesText(inRate, outRate, relabel)) {
-    for (const double rate : {double(inRate), relabel.rateOf(inRate), double(outRate)})
-        if (!(rate >= lowestSampleRate && rate <= highestSampleRate))
-            throw refusal(rates_, "both rates must be from " + std::to_string(lowestSampleRate) + " to " +
-                                      std::to_string(highestSampleRate) + " Hz");
-    std::tie(inPeriod_, outPeriod_) = periodsOf(inRate, outRate, relabel);
-    if (std::max(inPeriod_, outPeriod_) > longestPeriod)
-        throw refusal(rates_, "the two have no simple ratio");
+    : RateConvertedSource(std::move(source), periodsOf(inRate, outRate, relabel), 0,
+                          ratesText(inRate, outRate, relabel)) {}
+
+RateConvertedSource::RateConvertedSource(std::shared_ptr<SampleSource> source, const SpeedRatio& ratio,
+                                         std::int64_t lead)
+    : RateConvertedSource(std::move(source), ratio, lead,
+                          "to " + std::to_string(ratio.source) + "/" + std::to_string(ratio.output) +
+                              " times the speed") {}
+
+RateConvertedSource::RateConvertedSource(std::shared_ptr<SampleSource> source, const SpeedRatio& ratio,
+                                         std::int64_t lead, std::string rates)
+    : source_(std::move(source)), rates_(std::move(rates)), lead_(lead), inPeriod_(ratio.source),
+      outPeriod_(ratio.output) {
     tryRates(inPeriod_, outPeriod_, rates_);
     // Whole periods apart from the rest: the product of a long length and a period does not fit into 64 bits.
-    const std::int64_t length = source_->length();
+    const std::int64_t length = source_->length() + lead_;
     if (static_cast<double>(length) / static_cast<double>(inPeriod_) * static_cast<double>(outPeriod_) >
         0x1p60)
         throw refusal(rates_, "the result is longer than 2^60 samples");
@@ -198,10 +207,12 @@ std::shared_ptr<RateConvertedSource::Run> RateConvertedSource::runAt(std::int64_
         run = newRun(block);
     }
     kept_.push_back(run);
+    // Two long ones reach over the border of any two segments.
+    const std::int64_t leastKept = blockLength() > 2 * usualBlock ? 2 : leastKeptBlocks;
     std::int64_t blocks = 0;
     for (const std::shared_ptr<Run>& kept : kept_)
         blocks += kept->blocks;
-    for (; blocks - kept_.front()->blocks >= leastKeptBlocks; kept_.pop_front())
+    for (; blocks - kept_.front()->blocks >= leastKept; kept_.pop_front())
         blocks -= kept_.front()->blocks;
     return run;
 }
@@ -262,12 +273,14 @@ std::vector<float> RateConvertedSource::convert(const Run& run) const {
     return output;
 }
 
-/// The input's samples, and silence beyond its end.
+/// The input's samples, counted with the lead, and silence beyond its ends.
 std::vector<float> RateConvertedSource::readPadded(std::int64_t from, std::int64_t to) const {
     std::vector<float> samples(static_cast<std::size_t>(to - from));
-    const std::int64_t end = std::min(to, source_->length());
-    if (from < end)
-        source_->read(from, std::span(samples).first(static_cast<std::size_t>(end - from)));
+    const std::int64_t begin = std::max<std::int64_t>(from - lead_, 0);
+    const std::int64_t end = std::min(to - lead_, source_->length());
+    if (begin < end)
+        source_->read(begin, std::span(samples).subspan(static_cast<std::size_t>(begin + lead_ - from),
+                                                        static_cast<std::size_t>(end - begin)));
     return samples;
 }
 
@@ -276,6 +289,17 @@ std::shared_ptr<SampleSource> convertedTo(std::shared_ptr<SampleSource> source, 
     if (inRate * relabel.to == outRate * relabel.from)
         return source;
     return std::make_shared<RateConvertedSource>(std::move(source), inRate, outRate, relabel);
+}
+
+std::shared_ptr<SampleSource> materialAtNormalSpeed(std::shared_ptr<SampleSource> source,
+                                                    const StripSettings& strip) {
+    if (strip.converter != Converter::best)
+        return source;
+    const std::int64_t lead = leadOf(strip);
+    const SpeedRatio ratio = *ratioOf(strip.speed);
+    if (ratio.source == ratio.output)
+        return source;
+    return std::make_shared<RateConvertedSource>(std::move(source), ratio, lead);
 }
 
 void ScaledSource::read(std::int64_t position, std::span<float> samples) {

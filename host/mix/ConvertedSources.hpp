@@ -3,6 +3,8 @@
 #include "host/cache/SampleSource.hpp"
 #include "host/mix/Relabel.hpp"
 #include "host/services/Threads.hpp"
+#include "host/signal/Speed.hpp"
+#include "host/signal/StripSettings.hpp"
 
 #include <cmath>
 #include <cstddef>
@@ -36,9 +38,13 @@ class RateConvertedSource final : public SampleSource {
 public:
     /// Rates are in hertz; the input is taken at `relabel.rateOf(inRate)`. Throws std::invalid_argument, with
     /// a sentence that names both rates, unless each is from 1,000 to 768,000 Hz, and where the two fall on
-    /// the same time only after more than 2^22 samples.
+    /// the same time only after more than 2^23 samples.
     RateConvertedSource(std::shared_ptr<SampleSource> source, int inRate, int outRate,
                         const Relabel& relabel = {});
+
+    /// The same for a speed, of which the numbers are up to longestRatio, and so many samples of silence
+    /// before the input.
+    RateConvertedSource(std::shared_ptr<SampleSource> source, const SpeedRatio& ratio, std::int64_t lead);
 
     /// The length of the input x outRate / inRate, rounded up. Exact, as inRate is a fraction.
     std::int64_t length() const override { return length_; }
@@ -61,6 +67,9 @@ private:
         std::vector<float> samples AUDLMD_GUARDED_BY(mutex);
     };
 
+    RateConvertedSource(std::shared_ptr<SampleSource> source, const SpeedRatio& ratio, std::int64_t lead,
+                        std::string rates);
+
     std::int64_t blockLength() const { return periodsPerBlock_ * outPeriod_; }
     std::shared_ptr<Run> runAt(std::int64_t block);
     std::shared_ptr<Run> newRun(std::int64_t block) const AUDLMD_REQUIRES(mutex_);
@@ -72,6 +81,7 @@ private:
     std::shared_ptr<SampleSource> source_;
     /// For messages.
     std::string rates_;
+    std::int64_t lead_;
     /// The two rates without their common factor: so many input and output samples last the same time.
     std::int64_t inPeriod_;
     std::int64_t outPeriod_;
@@ -88,6 +98,11 @@ private:
 /// The source at another rate: the source itself where the rates are equal, else a RateConvertedSource.
 std::shared_ptr<SampleSource> convertedTo(std::shared_ptr<SampleSource> source, int inRate, int outRate,
                                           const Relabel& relabel = {});
+
+/// The material of a strip with the converter `best`, as atNormalSpeed() plays it. With another converter the
+/// source itself. Throws what that throws.
+std::shared_ptr<SampleSource> materialAtNormalSpeed(std::shared_ptr<SampleSource> source,
+                                                    const StripSettings& strip);
 
 /// The material is scaled down by this power of two before it reaches the library, whose float output clips
 /// at full scale. 120 dB are more than the levels and five bands add, and leave 24-bit samples far from the

@@ -2,6 +2,7 @@
 
 #include "host/mix/ConvertedSources.hpp"
 #include "host/services/Identities.hpp"
+#include "host/signal/BestConverter.hpp"
 #include "host/signal/GainLaws.hpp"
 
 #include <algorithm>
@@ -96,9 +97,9 @@ OpenStrip::OpenStrip(const TimelineStrip& strip, std::shared_ptr<const Media> me
         if (std::ranges::all_of(gains, [](float gain) { return gain == 0.0F; }))
             continue;
         settings.cookie.channel = static_cast<std::uint16_t>(channel);
-        channels_.push_back(std::make_unique<StripChannel>(cache, settings, media_->channels[channel],
-                                                           std::move(gains), strip.skip, output.block,
-                                                           output.inlined));
+        channels_.push_back(std::make_unique<StripChannel>(
+            cache, atNormalSpeed(settings), materialAtNormalSpeed(media_->channels[channel], settings),
+            std::move(gains), strip.skip, output.block, output.inlined));
         channels_.back()->load(strip.skip + left);
     }
 }

@@ -52,6 +52,34 @@ void requireSpeed(double speed) {
     throw std::invalid_argument(sentence.str());
 }
 
+/// The fraction of smallest numbers between the two ends of an interval: both ends as continued fractions,
+/// for as long as they agree, and one more term.
+std::optional<SpeedRatio> ratioOf(double speed) {
+    const long double tolerance = 1e-12L * std::max(1.0L, static_cast<long double>(speed));
+    long double low = static_cast<long double>(speed) - tolerance;
+    long double high = static_cast<long double>(speed) + tolerance;
+    SpeedRatio before{0, 1};
+    SpeedRatio ratio{1, 0};
+    for (;;) {
+        const long double whole = std::ceil(low);
+        const bool isLast = whole <= high;
+        const long double term = isLast ? whole : std::floor(low);
+        const long double most = std::max(term * static_cast<long double>(ratio.source),
+                                          term * static_cast<long double>(ratio.output));
+        if (most > static_cast<long double>(longestRatio))
+            return std::nullopt;
+        const auto times = static_cast<std::int64_t>(term);
+        before = std::exchange(ratio,
+                               {times * ratio.source + before.source, times * ratio.output + before.output});
+        if (std::max(ratio.source, ratio.output) > longestRatio)
+            return std::nullopt;
+        if (isLast)
+            return ratio;
+        low = std::exchange(high, 1.0L / (low - term));
+        low = 1.0L / (low - term);
+    }
+}
+
 SubSamplePos subSamplePosOf(double sourceSamples) {
     if (!(std::abs(sourceSamples) <= 0x1p53))
         throw std::invalid_argument("a position in source samples must be a number up to 2^53");

@@ -3,6 +3,7 @@
 #include "ole/Aud/SubSamplePos.hpp"
 
 #include <cstdint>
+#include <optional>
 
 namespace audlmd {
 
@@ -17,6 +18,19 @@ inline bool isSpeed(double speed) {
 }
 /// Throws std::invalid_argument unless isSpeed().
 void requireSpeed(double speed);
+
+/// Two whole numbers: so many samples of the source last as long as so many of the output.
+struct SpeedRatio {
+    std::int64_t source = 1;
+    std::int64_t output = 1;
+};
+/// The longest of the two numbers.
+inline constexpr std::int64_t longestRatio = std::int64_t{1} << 23;
+
+/// The ratio of the smallest numbers within 1e-12 of a speed, above speed 1 within 1e-12 of itself. Nothing
+/// where one of the numbers is above longestRatio: for speeds right beside a simple ratio, such as
+/// 1.1000000001, and for one in a hundred of those without any. The speed must be above 1e-12.
+std::optional<SpeedRatio> ratioOf(double speed);
 
 /// The position nearest to a number of source samples; ties go away from zero. A negative number gives the
 /// arithmetically equal position: a negative whole part, and a fraction of 0 or more. Throws

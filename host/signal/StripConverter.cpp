@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <stdexcept>
 
 namespace audlmd {
 namespace {
@@ -129,6 +130,9 @@ std::unique_ptr<StripConverter> makeStripConverter(const StripPlan& plan, Filter
         return std::make_unique<LinearStripConverter>(plan);
     case Converter::filtering:
         return std::make_unique<FilteringStripConverter>(plan, state);
+    case Converter::best:
+        throw std::invalid_argument("the converter \"best\" converts the material, not the strip: play what "
+                                    "atNormalSpeed() makes of both");
     case Converter::none:
         break;
     }

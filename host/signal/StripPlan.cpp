@@ -1,5 +1,6 @@
 #include "host/signal/StripPlan.hpp"
 
+#include "host/signal/BestConverter.hpp"
 #include "host/signal/Speed.hpp"
 
 #include <algorithm>
@@ -30,6 +31,21 @@ void requireUValue(const std::optional<float>& uValue, const char* level) {
         throw std::invalid_argument(std::string("the u-value of the ") + level + " level is not a number");
 }
 
+/// The material of `best` is at normal speed.
+Aud::Render::ConversionStage stageOf(Converter converter) {
+    using Aud::Render::ConversionStage;
+    switch (converter) {
+    case Converter::linear:
+        return ConversionStage::linear;
+    case Converter::filtering:
+        return ConversionStage::filtering;
+    case Converter::none:
+    case Converter::best:
+        break;
+    }
+    return ConversionStage::none;
+}
+
 /// The value of the mode code's envelope field. Without a middle level, stages that pass the level through
 /// and stages that have none fit alike: each kind of envelope has one of the two.
 unsigned int envelopeStageOf(Aud::Render::EnvelopeKind envelope, bool middleLevel) {
@@ -50,6 +66,11 @@ void requirePosition(std::int64_t position, const std::string& what) {
                                     " on either side of 0");
 }
 
+/// Of the requested speed: the rounded one might make one sample more.
+std::uint64_t outputLengthOf(const StripSettings& settings) {
+    return static_cast<std::uint64_t>(std::ceil(static_cast<double>(lengthOf(settings)) / settings.speed));
+}
+
 StripPlan::StripPlan(StripSettings stripSettings)
     : settings(std::move(stripSettings)), rangeLength(lengthOf(settings)) {
     if (settings.outerLevel && settings.automation)
@@ -68,7 +89,7 @@ void StripPlan::chooseModes() {
     ModeFields fields{};
     fields.direction = settings.reverse ? Direction::reverse : Direction::forward;
     fields.filterStage = settings.equaliser.empty() ? FilterStage::none : FilterStage::equaliser;
-    fields.srcStage = settings.converter;
+    fields.srcStage = stageOf(settings.converter);
     if (settings.automation) {
         fields.levelStage = LevelStage::dynamic;
         fields.dynamicLevelDirection = settings.automation->direction;
@@ -105,9 +126,12 @@ void StripPlan::chooseSpeed() {
         speedInForce = filteringSpeedInForce(static_cast<double>(speed));
         step = subSamplePosOf(speedInForce);
         break;
+    case Converter::best:
+        const StripPlan checked(atNormalSpeed(settings));
+        speedInForce = asked;
+        break;
     }
-    // The rounded speed might make one sample more than the speed asked for.
-    outputLength = static_cast<std::uint64_t>(std::ceil(static_cast<double>(rangeLength) / asked));
+    outputLength = outputLengthOf(settings);
     gearing = settings.gearing.value_or(Orv::OutputGearing{speedInForce});
 }
 

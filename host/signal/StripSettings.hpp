@@ -14,9 +14,11 @@
 
 namespace audlmd {
 
-/// How a strip changes speed. Use `linear` (straight lines between neighbouring samples) for any speed and
-/// little CPU time. Use `filtering` (band-limited) for clean sound, at speeds up to the configured limit.
-using Converter = Aud::Render::ConversionStage;
+/// How a strip changes speed. Use `best` for what is kept, at one speed throughout: the material itself is
+/// converted, free of aliases, see atNormalSpeed(). Use `linear` (straight lines between neighbouring
+/// samples) for any speed and little CPU time, and `filtering` (band-limited, some 60 dB) at speeds up to the
+/// configured limit.
+enum class Converter { none, linear, filtering, best };
 
 /// An automation and the direction of its walk. Positions of the nodes are source samples, counted from the
 /// start of the range. Walked in reverse, the first sample delivered has the level of the range's last
@@ -51,7 +53,7 @@ struct StripSettings {
 
     Converter converter = Converter::none;
     /// In source samples per output sample, from slowestSpeed to fastestSpeed; with the filtering converter,
-    /// as isFilteringSpeed() says. Without a converter the speed is 1.
+    /// as isFilteringSpeed() says, and with `best` as whyNotBest() says. Without a converter the speed is 1.
     double speed = 1.0;
 
     /// Waits for samples that are not loaded yet. Without waiting such samples are silent, and counted as

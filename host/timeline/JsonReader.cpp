@@ -179,16 +179,11 @@ void noteUnplayed(const TimelineStrip& strip, const Reading& reading) {
     noteOutsideAutomation(strip, reading);
 }
 
-/// Without "converter" a speed other than 1 takes the filtering one. Returns whether the linear one took its
-/// place.
-bool readSpeed(StrictObject& fields, StripSettings& settings) {
+/// Without "converter" a speed other than 1 takes the filtering one.
+void readSpeed(StrictObject& fields, StripSettings& settings) {
     settings.speed = fields.number("speed", 1.0, slowestSpeed, fastestSpeed);
     settings.converter = fields.word("converter", words::converterWords)
                              .value_or(settings.speed == 1.0 ? Converter::none : Converter::filtering);
-    if (settings.converter != Converter::filtering || isFilteringSpeed(settings.speed))
-        return false;
-    settings.converter = Converter::linear;
-    return true;
 }
 
 /// The name is read first, so that every message about the strip can show it.
@@ -205,14 +200,14 @@ TimelineStrip readStrip(const Json& value, Reading reading) {
     strip.relabel = relabelIn(fields);
     settings.sampleRate = reading.timeline.sampleRate;
     settings.reverse = fields.flag("reverse", false);
-    const bool takesLinear = readSpeed(fields, settings);
+    readSpeed(fields, settings);
     readRange(fields, strip);
     readPosition(fields, strip);
-    if (takesLinear)
-        reading.note(linearInstead, strip.at);
     readFade(fields, "fadeIn", settings.fade.fadeInSamples, settings.fade.fadeInCurve);
     readFade(fields, "fadeOut", settings.fade.fadeOutSamples, settings.fade.fadeOutCurve);
     settings.equaliser = equaliserIn(fields);
+    if (const std::string note = settleConverter(settings); !note.empty())
+        reading.note(note, strip.at);
     strip.gainDb = fields.decibels("gain", 0.0, highestGainDb);
     settings.automation = automationIn(fields);
     strip.routing = routingIn(fields);

@@ -79,8 +79,8 @@ void setRange(const ClipPlacement& placement, TimelineStrip& strip) {
     settings.speed = speed.value();
 }
 
-/// The speed must be known here, see setRange(). Speed 1 takes no converter, whatever the file asks for: the
-/// samples then stay as they are.
+/// The speed must be known here, see setRange(), and the equaliser. Speed 1 takes no converter, whatever the
+/// file asks for: the samples then stay as they are.
 void setConverter(const ClipPlacement& placement, StripSettings& settings) {
     try {
         requireSpeed(settings.speed);
@@ -92,9 +92,8 @@ void setConverter(const ClipPlacement& placement, StripSettings& settings) {
         settings.converter = Converter::none;
     } else if (settings.converter == Converter::none) {
         placement.reading.fail("the converter \"none\" plays at speed 1 only");
-    } else if (settings.converter == Converter::filtering && !isFilteringSpeed(settings.speed)) {
-        settings.converter = Converter::linear;
-        placement.note(linearInstead);
+    } else if (const std::string note = settleConverter(settings); !note.empty()) {
+        placement.note(note);
     }
 }
 
@@ -209,12 +208,12 @@ std::optional<TimelineStrip> placeClip(const OtioItem& clip, const Surroundings&
     strip.pan = clip.sound.pan;
     strip.relabel = clip.sound.relabel;
     setRange(placement, strip);
-    setConverter(placement, strip.settings);
-    setFades(placement, strip.settings);
-    setLevels(placement, strip);
     strip.settings.sampleRate = reading.timeline.sampleRate;
     strip.settings.equaliser = clip.sound.equaliser;
     requireBands(strip.settings.equaliser, reading);
+    setConverter(placement, strip.settings);
+    setFades(placement, strip.settings);
+    setLevels(placement, strip);
     if (!cutToWindow(placement, strip))
         return std::nullopt;
     noteMissingMedia(placement, strip);

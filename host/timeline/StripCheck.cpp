@@ -1,5 +1,7 @@
 #include "host/timeline/StripCheck.hpp"
 
+#include "host/signal/BestConverter.hpp"
+
 #include <algorithm>
 #include <cmath>
 #include <iomanip>
@@ -14,6 +16,20 @@ namespace {
 constexpr std::int64_t tolerance = 2;
 
 } // namespace
+
+std::string settleConverter(StripSettings& settings) {
+    std::string note;
+    if (settings.converter == Converter::best)
+        if (const std::optional<std::string> reason = whyNotBest(settings)) {
+            settings.converter = Converter::filtering;
+            note = *reason + "; the filtering one is used";
+        }
+    if (settings.converter == Converter::filtering && !isFilteringSpeed(settings.speed)) {
+        settings.converter = Converter::linear;
+        note = "the speed is beyond the limits of the filtering converter; the linear one is used";
+    }
+    return note;
+}
 
 void requireBands(const std::vector<EqualiserBand>& bands, const Reading& reading) {
     if (bands.size() > equaliserBandCount)

@@ -14,9 +14,10 @@ namespace audlmd::timeline {
 /// The gain of a strip has this upper limit, in decibels.
 inline constexpr double highestGainDb = 60.0;
 
-/// The note where the linear converter takes the place of the filtering one, which does not reach the speed.
-inline constexpr const char* linearInstead =
-    "the speed is beyond the limits of the filtering converter; the linear one is used";
+/// Takes another converter where the strip's cannot play it: filtering in place of best, linear in place of
+/// filtering. Returns the note on that; empty where the converter stays. Speed, sample rate and equaliser
+/// must be known.
+std::string settleConverter(StripSettings& settings);
 
 /// Throws for bands that the equaliser cannot have at the output's sample rate. Call this before a strip is
 /// handed to a player, so that the message names the clip.

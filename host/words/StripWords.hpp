@@ -21,8 +21,10 @@ using Words = std::array<std::pair<std::string_view, Value>, count>;
 inline constexpr Words<FadeCurve, 3> curveWords{
     {{"linear", FadeCurve::linear}, {"log", FadeCurve::log}, {"power", FadeCurve::power}}};
 
-inline constexpr Words<Converter, 3> converterWords{
-    {{"none", Converter::none}, {"linear", Converter::linear}, {"filtering", Converter::filtering}}};
+inline constexpr Words<Converter, 4> converterWords{{{"none", Converter::none},
+                                                     {"linear", Converter::linear},
+                                                     {"filtering", Converter::filtering},
+                                                     {"best", Converter::best}}};
 
 inline constexpr Words<BandKind, 5> bandWords{{{"peak", BandKind::peak},
                                                {"lowshelf", BandKind::lowShelf},

@@ -41,8 +41,11 @@ std::vector<std::string> layouts() {
 /// What options take that take one of a few words, by their long names.
 std::vector<std::string> wordsFor(const std::string& option) {
     static const std::map<std::string, std::vector<std::string>> known{
-        {"as", {"text", "json"}},  {"channels", layouts()},         {"converter", {"filtering", "linear"}},
-        {"format", formatNames()}, {"input-format", formatNames()},
+        {"as", {"text", "json"}},
+        {"channels", layouts()},
+        {"converter", {"best", "filtering", "linear"}},
+        {"format", formatNames()},
+        {"input-format", formatNames()},
     };
     const auto found = known.find(option);
     return found == known.end() ? std::vector<std::string>() : found->second;

@@ -1,10 +1,14 @@
+#include "host/signal/GainLaws.hpp"
 #include "tests/host/mix/TestTimeline.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
+#include <cmath>
 #include <limits>
+#include <numbers>
 #include <random>
 #include <tuple>
 
@@ -30,6 +34,12 @@ std::vector<TimelineStrip> overlappingStrips() {
                                                  {.position = 9000, .uValue = 0.2F},
                                                  {.position = 15000, .uValue = 1.2F}})};
     strips[3].gainDb = -4.0;
+    strips.push_back(strips[3]);
+    strips[4].settings.fade = {.fadeInSamples = 3000, .fadeOutSamples = 9000};
+    strips[4].settings.equaliser = strips[2].settings.equaliser;
+    strips[4].settings.converter = Converter::best;
+    strips[4].settings.speed = 0.75;
+    strips[4].settings.reverse = true;
     return strips;
 }
 
@@ -58,6 +68,68 @@ TEST(Mixer, GivesTheSameSamplesForAnyStretchesBlocksAndThreads) {
             }
         }
     }
+}
+
+TEST(Mixer, PlaysAConstantSpeedAsTheMaterialIsBetweenItsSamples) {
+    constexpr std::int64_t from = 10'000;
+    constexpr std::int64_t to = 60'000;
+    constexpr double step = 0.05;
+    std::vector<float> tone(70'000);
+    for (std::size_t n = 0; n < tone.size(); ++n)
+        tone[n] = static_cast<float>(0.25 * std::sin(step * double(n)));
+    TestMedia media;
+    media.add("tone", {tone});
+    for (const double speed : {0.3, 0.75, 1.1, 1.5, 2.0, 7.0, std::exp2(1.0 / 12.0)})
+        for (const bool reverse : {false, true}) {
+            SCOPED_TRACE(speed);
+            TimelineStrip strip = stripOf("tone", 0, 200'000);
+            strip.settings.from = from;
+            strip.settings.to = to;
+            strip.settings.converter = Converter::best;
+            strip.settings.speed = speed;
+            strip.settings.reverse = reverse;
+            // By 6 dB at the frequency of the tone, with the phase of the tone.
+            strip.settings.equaliser = {{.kind = BandKind::peak,
+                                         .frequency = step * 24'000.0 / std::numbers::pi,
+                                         .gainDb = 20.0 * std::log10(2.0),
+                                         .q = 0.5}};
+            strip.settings.fade.fadeInSamples = 25'000;
+            strip.settings.automation = AutomationWalk{.automation = Automation({{0, 1.0F}, {40'000, 0.5F}})};
+            Mixer mixer(timelineOf({strip}), media.opener());
+            const auto length = static_cast<std::size_t>(std::ceil(50'000 / speed));
+            const std::vector<float> played = mixed(mixer, 0, length + 10).front();
+            for (std::size_t n = 2000; n < length; ++n) {
+                const double sample = double(n) * speed;
+                const double place = reverse ? to - 1 - sample : from + sample;
+                const double level = mixerStyleGain(1.0 - std::min(sample, 40'000.0) / 80'000.0);
+                ASSERT_NEAR(static_cast<double>(played[n]),
+                            0.5 * std::sin(step * place) * std::min(1.0, sample / 25'000.0) * level, 1e-4)
+                    << n;
+            }
+            EXPECT_NE(played[length - 1], 0.0F);
+            EXPECT_EQ(played[length], 0.0F);
+        }
+}
+
+TEST(Mixer, PlaysPartsOfAConstantSpeedAsTheWhole) {
+    TestMedia media;
+    media.add("sound", {soundNumber(1, soundLength)});
+    const auto played = [&](std::int64_t from, std::int64_t to, bool reverse) {
+        TimelineStrip strip = stripOf("sound", 0, 40'000);
+        strip.settings.from = from;
+        strip.settings.to = to;
+        strip.settings.converter = Converter::best;
+        strip.settings.speed = 1.1;
+        strip.settings.reverse = reverse;
+        Mixer mixer(timelineOf({strip}), media.opener());
+        return mixed(mixer, 0, static_cast<std::size_t>(std::ceil(double(to - from) / 1.1))).front();
+    };
+    // In elevenths of tenths: from 2,200 samples before the material on.
+    std::vector<float> whole = played(-2200, 31'901, false);
+    const std::vector<float> part = played(11'000, 22'000, false);
+    EXPECT_TRUE(std::equal(part.begin(), part.end(), whole.begin() + 12'000));
+    std::ranges::reverse(whole);
+    EXPECT_EQ(played(-2200, 31'901, true), whole);
 }
 
 TEST(Mixer, SumsWithoutClippingAndReportsWhatTheOutputWillClip) {

@@ -55,6 +55,7 @@ TEST(StripPlan, FollowsFromTheSettings) {
         {7, speed(Converter::filtering, 0.7), 1088, 1088, static_cast<double>(0.7F), 10},
         {60, speed(Converter::filtering, 6.0), 1088, 1088, 6.0, 10},
         {2, speed(Converter::filtering, 1.0 / 1024.0), 1088, 1088, 1.0 / 1024.0, 2048},
+        {7, speed(Converter::best, 0.6), 1024, 1024, 0.6, 12},
     };
     for (const auto& row : table) {
         const StripPlan plan(settingsOf(row.length, row.change));
@@ -116,6 +117,11 @@ TEST(StripPlan, RefusesWhatCannotBePlayed) {
         {speed(Converter::filtering, 6.0001),
          "from 0.000976562 to 6 (the setting AudioPlaybackSpeedLimit), not at"},
         {speed(Converter::filtering, 1e-6), "choose the linear converter"},
+        {speed(Converter::best, 0.009),
+         "plays at speeds from 0.01 to 100, not at 0.009: choose the filtering"},
+        {speed(Converter::best, 1.1000000001), "needs a ratio of whole numbers up to 8388608"},
+        {[](auto& s) { s.from = farthestPosition - 10, s.to = s.from + 9, speed(Converter::best, 0.5)(s); },
+         "too far away"},
     };
     for (const auto& row : table)
         EXPECT_THAT([&] { StripPlan(settingsOf(10, row.first)); },
@@ -133,7 +139,8 @@ TEST(StripPlan, RefusesWhatCannotBePlayed) {
               s.equaliser = {{BandKind::peak, 1e3, 120.0, 1e6}};
           }),
           speed(Converter::linear, slowestSpeed), speed(Converter::linear, fastestSpeed),
-          speed(Converter::filtering, 1.0 / 1024.0), speed(Converter::filtering, 6.0)})
+          speed(Converter::filtering, 1.0 / 1024.0), speed(Converter::filtering, 6.0),
+          speed(Converter::best, 0.01), speed(Converter::best, 100.0)})
         EXPECT_NO_THROW(StripPlan(settingsOf(10, change)));
 }
 

@@ -37,7 +37,9 @@ TEST(JsonTimeline, FillsInWhatIsLeftOut) {
                                        R"( {"audlmd": 1, "name": NaN, "tracks": [{"strips": [
         {"media": "x.wav", "at": "15e-1s", "speed": 2, "skip": 1000, "fadeIn": {"length": "0.25s"}, "fadeOut": {}},
         {"media": "s3://x.wav", "speed": 0.000001, "length": 5}, {"media": "x.wav", "relabel": "24:23.976"},
-        {"files": ["x.wav", "/y.wav"], "layout": "stereo", "to": 9}]}]})",
+        {"files": ["x.wav", "/y.wav"], "layout": "stereo", "to": 9},
+        {"media": "x.wav", "speed": 1.5, "converter": "best"},
+        {"media": "x.wav", "speed": 1.5, "converter": "best", "equaliser": [{"kind": "peak", "frequency": 16000}]}]}]})",
                                        how);
     EXPECT_EQ(read.name, "NaN");
     const TimelineStrip& strip = read.tracks.at(0).strips.at(0);
@@ -55,6 +57,9 @@ TEST(JsonTimeline, FillsInWhatIsLeftOut) {
     // Slower than the filtering converter plays.
     EXPECT_EQ(read.tracks.at(0).strips.at(1).settings.converter, Converter::linear);
     EXPECT_NE(read.notes.at(0).text.find("the linear one is used"), std::string::npos);
+    EXPECT_EQ(read.tracks.at(0).strips.at(4).settings.converter, Converter::best);
+    EXPECT_EQ(read.tracks.at(0).strips.at(5).settings.converter, Converter::filtering);
+    EXPECT_NE(read.notes.at(1).text.find("16000 Hz, which is heard at 24000 Hz"), std::string::npos);
 }
 
 TEST(JsonTimeline, NotesWhatIsSilentOnce) {
@@ -98,7 +103,7 @@ TEST(JsonTimeline, RefusesNamingStripAndKey) {
              {R"("to": null)", "\"to\" is missing"},
              {R"("speed": 0)", "\"speed\" must be"},
              {R"("speed": 2, "converter": "none")", "needs a converter"},
-             {R"("converter": "best")", "none, linear, filtering"},
+             {R"("converter": "good")", "none, linear, filtering, best"},
              {R"("layout": "wide")", "\"layout\" must be one of mono, stereo"},
              {R"("files": [])", "\"files\" must be a list of paths"},
              {R"("files": ["a"], "media": "b")", "in place of \"media\""},

@@ -127,12 +127,17 @@ TEST_F(MixCommand, TakesRateAndChannelsFromTheCommandLineWhereTheTimelineHasNone
 
 TEST_F(MixCommand, WritesWhatRenderWritesForOneClipThroughEitherFunctions) {
     writeSound(in("a.wav"), noise(2, 50'000));
-    writeTimeline(R"({"media": "a.wav", "at": 0, "from": 1000, "to": 50000, "reverse": true, "gain": 23,
-                      "speed": 1.1, "converter": "filtering", "fadeIn": {"length": 11000, "curve": "log"}})");
-    for (const std::string format : {"f32", "s16", "s24", "u8"}) {
-        const std::string render =
-            "render a.wav --from 1000smp --reverse --gain 23 --speed 1.1 --fade-in 10000smp:log --format " +
-            format;
+    for (const auto& [format, converter] : {std::pair<std::string, std::string>{"f32", "filtering"},
+                                            {"s16", "best"},
+                                            {"s24", "best"},
+                                            {"u8", "filtering"},
+                                            {"s24", "filtering"}}) {
+        writeTimeline(R"({"media": "a.wav", "at": 0, "from": 1000, "to": 50000, "reverse": true, "gain": 23,
+            "speed": 1.1, "fadeIn": {"length": 11000, "curve": "log"}, "converter": ")" +
+                      converter + "\"}");
+        const std::string render = "render a.wav --from 1000smp --reverse --gain 23 --speed 1.1 --fade-in "
+                                   "10000smp:log --converter " +
+                                   converter + " --format " + format;
         output(render + " -o render.wav");
         const std::string bytes = readBytes(in("render.wav"));
         output(render + " -o render.wav --through-tables");
@@ -150,6 +155,7 @@ TEST_F(MixCommand, CutsSlicesAndPartsThatJoinToTheWhole) {
     writeTimeline(R"({"media": "a.wav", "at": 0, "from": 0, "to": 50000, "fadeOut": {"length": 9000}},
         {"media": "a.wav", "at": 20000, "from": 0, "to": 50000, "reverse": true, "speed": 1.3},
         {"media": "b.wav", "at": 30000, "from": 0, "to": 60000, "speed": 0.9, "converter": "linear"},
+        {"media": "b.wav", "at": 10000, "from": 0, "to": 60000, "speed": 0.9, "converter": "best"},
         {"media": "a.wav", "at": 35000, "from": 0, "to": 50000,
          "equaliser": [{"kind": "peak", "frequency": 500, "gain": 9}],
          "automation": {"points": [[0, 0], [20000, -20], [40000, 3]]}})");

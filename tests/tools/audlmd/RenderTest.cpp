@@ -233,6 +233,9 @@ TEST_F(Render, EndsWithFiguresAndRefusesWhatTheSpeedLimitExcludes) {
     expectRefused(line, "to 2 (the setting AudioPlaybackSpeedLimit), not at 4: choose the linear converter");
     expectRefused("play a.wav --speed 4 --converter filtering", "choose the linear converter");
     output(line + " --converter linear");
+    output(line + " --converter best");
+    EXPECT_THAT(output("render a.wav -o out.wav --speed 2 --converter best --eq peak:12k:3"),
+                HasSubstr("is heard at 24000 Hz, half the sample rate or above; the filtering one is used"));
     // An empty variable is none, so the file counts, and without a file the default.
     setenv("AUDLMD_AudioPlaybackSpeedLimit", "", 1);
     writeBytes(in("my.conf"), "AudioPlaybackSpeedLimit = 3\n");

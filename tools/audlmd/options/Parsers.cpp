@@ -94,7 +94,7 @@ Converter parseConverter(std::string_view text, std::string_view option) {
     const std::optional<Converter> converter = words::valueOf(words::converterWords, text);
     if (converter && *converter != Converter::none)
         return *converter;
-    fail(option, words::quoted(text) + " is not a converter; use filtering or linear");
+    fail(option, words::quoted(text) + " is not a converter; use best, filtering or linear");
 }
 
 } // namespace audlmd::command

@@ -48,7 +48,7 @@ int parseRate(std::string_view text, std::string_view option);
 /// "24000/1001:24", see words::relabelIn().
 Relabel parseRelabel(std::string_view text, std::string_view option);
 
-/// "filtering" or "linear". "none" is not a word here: a strip without a speed has no converter.
+/// "best", "filtering" or "linear". "none" is not a word here: a strip without a speed has no converter.
 Converter parseConverter(std::string_view text, std::string_view option);
 
 } // namespace audlmd::command

@@ -1,6 +1,7 @@
 #include "tools/audlmd/options/StripOptions.hpp"
 
 #include "host/mix/ConvertedSources.hpp"
+#include "host/signal/BestConverter.hpp"
 #include "host/signal/GainLaws.hpp"
 #include "host/words/Text.hpp"
 #include "tools/audlmd/CommandError.hpp"
@@ -98,7 +99,7 @@ void StripOptions::declareSound(CLI::App& app) {
         ->option_text("S")
         ->group("Sound");
     addParsed(app, "--converter", converter, &parseConverter,
-              "filtering (band-limited, the default) or linear (cheap, any speed)")
+              "best (free of aliases), filtering (band-limited, the default) or linear (cheap, any speed)")
         ->option_text("NAME")
         ->group("Sound");
 }
@@ -158,7 +159,13 @@ ResolvedStrip StripOptions::settingsFor(const StripInput& input) const {
         settings.automation = AutomationWalk{
             Automation(levelNodes(readAutomationFile(*automation), rates.sampleRate, rates.speed)),
             automationReverse ? DynamicLevelDirection::reverse : DynamicLevelDirection::forwards};
-    return {std::move(settings), part.note};
+    std::vector<std::string> notes{part.note};
+    if (settings.converter == Converter::best)
+        if (const std::optional<std::string> reason = whyNotBest(settings)) {
+            settings.converter = Converter::filtering;
+            notes.push_back("note: " + *reason + "; the filtering one is used");
+        }
+    return {std::move(settings), std::move(notes)};
 }
 
 } // namespace audlmd::command

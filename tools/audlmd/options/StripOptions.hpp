@@ -32,8 +32,8 @@ struct StripInput {
 /// What the options say of an input.
 struct ResolvedStrip {
     StripSettings settings;
-    /// Empty, or what is not as it was asked.
-    std::string note;
+    /// What is not as it was asked. May hold empty ones.
+    std::vector<std::string> notes;
 };
 
 /// The options that say which range of an input is played, and how. They are read without the input:

@@ -23,7 +23,7 @@ StripSettings forwards(const StripSettings& asRendered, bool converts) {
     StripSettings strip = asRendered.reverse ? settingsAt(asRendered, -1.0) : asRendered;
     strip.speed = 1.0;
     // Keep the linear converter if the user chose it; the transport adds the filtering one by itself.
-    if (!converts || strip.converter == Converter::filtering)
+    if (!converts || strip.converter != Converter::linear)
         strip.converter = Converter::none;
     return strip;
 }

@@ -2,7 +2,9 @@
 
 #include "host/cache/MaterialCache.hpp"
 #include "host/cache/SoundFile.hpp"
+#include "host/mix/ConvertedSources.hpp"
 #include "host/services/Identities.hpp"
+#include "host/signal/BestConverter.hpp"
 #include "host/words/Text.hpp"
 #include "tools/audlmd/CommandError.hpp"
 #include "tools/audlmd/Progress.hpp"
@@ -98,8 +100,11 @@ private:
              .frames = input.channels.front()->length(),
              .sampleRate = input.sampleRate,
              .markers = atRate(metadata.markers, metadata.sampleRate, input.sampleRate)});
-        log_.note(strip.note);
+        for (const std::string& note : strip.notes)
+            log_.note(note);
         StripSettings& settings = strip.settings;
+        if (settings.converter == Converter::best)
+            ratio_ = ratioOf(settings.speed);
         // The threads that the cache starts leave the signals to this thread.
         const EndingSignalsBlocked blocked;
         // Through the tables each channel is rendered twice.
@@ -108,8 +113,9 @@ private:
         settings.cookie.material = makeUuid();
         for (const std::shared_ptr<SampleSource>& source : input.channels) {
             settings.cookie.channel = static_cast<std::uint16_t>(channels_.size());
-            channels_.push_back(
-                std::make_unique<RenderedChannel>(*cache_, settings, source, options_.through()));
+            channels_.push_back(std::make_unique<RenderedChannel>(*cache_, atNormalSpeed(settings),
+                                                                  materialAtNormalSpeed(source, settings),
+                                                                  options_.through()));
             for (const Cookie& cookie : channels_.back()->cookies())
                 cookies_.push_back(cookie);
         }
@@ -201,6 +207,9 @@ private:
 
     void tellHow() const {
         std::fputs(explain(player(), layout_.format, existing_.has_value()).c_str(), outputs_.report());
+        if (ratio_)
+            log_.note("converter best: the input is read at " + std::to_string(ratio_->source) + "/" +
+                      std::to_string(ratio_->output) + " times its rate, by libsoxr");
         if (const int doublings = options_.strip.doublings(); doublings != 0)
             log_.note("gain beyond the levels: the input is read times 2^" + std::to_string(doublings));
     }
@@ -322,6 +331,8 @@ private:
     std::unique_ptr<MaterialCache> cache_;
     std::vector<Cookie> cookies_;
     std::vector<std::unique_ptr<RenderedChannel>> channels_;
+    /// Set with the converter best.
+    std::optional<SpeedRatio> ratio_;
     std::optional<ExistingMix> existing_;
     /// Set where the samples are copied, and floats could not hold them.
     std::optional<ContainerFile> copied_;
