@@ -14,6 +14,7 @@ public:
 };
 
 /// `Bands` sections in series, stored one after another.
+/// \snippet signal.cpp equaliser
 template <unsigned int Bands>
 class MultiBandBiquad {
 public:

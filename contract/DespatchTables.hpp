@@ -39,6 +39,7 @@ struct Types {
 
 /// The host's table of render functions for one output type, indexed by mode code. The library fills it while
 /// it is being loaded.
+/// \snippet minimal_host.cpp tables
 template <class Out>
 struct LoopModesDespatcherInstance {
     /// Usable from the first static initialiser on.

@@ -7,6 +7,7 @@
 namespace Aud::DynamicLevelControl {
 
 /// Where a level stands on its way along the nodes. It outlives render calls, which advance it in place.
+/// \snippet signal.cpp automation
 struct DynamicLevelApplyingIteratorState {
     HostStorage::LevelWalk host{};
 
@@ -21,6 +22,7 @@ struct DynamicLevelApplyingIteratorState {
 };
 
 /// The host's half of the dynamic level stage: it knows the nodes.
+/// \snippet minimal_host.cpp levels
 class DynamicLevelApplyingIteratorBase {
 public:
     explicit DynamicLevelApplyingIteratorBase(DynamicLevelApplyingIteratorState& state);

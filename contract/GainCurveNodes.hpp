@@ -3,6 +3,7 @@
 namespace Aud::GainCurve {
 
 /// One straight piece of a gain curve, from `uValue` up to the next node's.
+/// \snippet minimal_host.cpp curves
 struct CurveNode {
     float uValue;
     float magnitude;

@@ -14,6 +14,7 @@ class BlockEqualiser;
 namespace HostStorage {
 
 /// Of one section of the equaliser: coefficients and delays of a transposed direct form II.
+/// \snippet minimal_host.cpp equaliser
 class Biquad {
 public:
     /// H(z) = (b0 + b1 z^-1 + b2 z^-2) / (1 + a1 z^-1 + a2 z^-2). The defaults pass samples through.

@@ -25,6 +25,7 @@ struct Cookie {
 };
 
 /// The host's handle to an edited clip. What it holds is the host's; its size is compiled into the renderer.
+/// \snippet services.cpp identity
 class ce_handle {
 public:
     ce_handle() = default;

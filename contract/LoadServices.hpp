@@ -6,6 +6,7 @@
 ///
 /// Usable from the first static initialiser on: the renderer calls it while it is being loaded, at most three
 /// times.
+/// \snippet minimal_host.cpp settings
 double config_double(const char* key, double defaultValue);
 
 namespace Orv::Image {

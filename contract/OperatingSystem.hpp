@@ -55,4 +55,5 @@ protected:
 };
 
 /// The operating-system service object: one per process, usable from the first static initialiser on.
+/// \snippet minimal_host.cpp system
 iOperatingSystem& OS() noexcept;

@@ -32,6 +32,7 @@ struct ReadySpan;
 /// The host's store of samples, cut into segments that the host loads on its own threads.
 ///
 /// A host derives its own cache from this class. The renderer only hands a reference on to the iterators.
+/// \snippet minimal_host.cpp cache
 class SampleCache {
 public:
     class ForwardIterator;
@@ -47,6 +48,7 @@ protected:
 /// The host defines the constructor, the destructor and the operations named internal_inc_: it places an
 /// iterator and walks its segments. The renderer defines the copy constructor, the read and the step. The
 /// order of the members is part of the contract; the renderer copies those named host... as they are.
+/// \snippet minimal_host.cpp readers
 class SampleCache::ForwardIterator {
 public:
     /// `flag` and `notFlag` are each other's negation. The host chooses which of them sets waitForSegment,

@@ -18,6 +18,7 @@ enum eSegmentStatus : std::int32_t {
 };
 
 /// A handle to one segment of cached samples. Copies share the segment; each is one holder of it.
+/// \snippet minimal_host.cpp segments
 class SampleCacheSegment {
 public:
     /// A handle to no segment: its status is never eSegmentReady or eSegmentRequestOutstanding.

@@ -12,6 +12,7 @@ struct InternalRefCountTraits;
 } // namespace Orv
 
 /// Something that happens once, and that threads can wait for.
+/// \snippet minimal_host.cpp event
 class iThreadEvent {
 public:
     /// As a time-out: wait for as long as it takes.

@@ -18,11 +18,14 @@
 #include <vector>
 
 // Loading: settings, picture formats, the operating system's services, the despatch tables.
+//! [settings]
 double config_double(const char*, double defaultValue) { return defaultValue; }
 
 Orv::Image::FormatUID::FormatUID(std::uint32_t number) : number_(number) {}
 Orv::Image::FormatUID::~FormatUID() = default;
+//! [settings]
 
+//! [system]
 struct System final : iOperatingSystem, iReferenceCounts, iHeap, iExceptionRecorder {
     iReferenceCounts& referenceCounts() noexcept override { return *this; }
     iHeap& heap() noexcept override { return *this; }
@@ -39,7 +42,9 @@ struct System final : iOperatingSystem, iReferenceCounts, iHeap, iExceptionRecor
 };
 constinit System operatingSystem;
 iOperatingSystem& OS() noexcept { return operatingSystem; }
+//! [system]
 
+//! [tables]
 template <class Out>
 auto Aud::LoopModesDespatcherInstance<Out>::get() -> typename Render::LoopModesDespatch::Types<Out>::Table& {
     static typename Render::LoopModesDespatch::Types<Out>::Table table;
@@ -49,10 +54,12 @@ auto Aud::LoopModesDespatcherInstance<Out>::get() -> typename Render::LoopModesD
 [[gnu::used]] const auto tables = []<class... Out>(std::tuple<Out...>*) {
     return std::tuple{&Aud::LoopModesDespatcherInstance<Out>::get...};
 }(static_cast<Aud::Render::OutputTypes*>(nullptr));
+//! [tables]
 
 // Materials, and the handles of their segments.
 Cookie ce_handle::get_strip_cookie() const { return stripCookie_; }
 
+//! [event]
 struct Event final : iThreadEvent {
     std::promise<void> signal;
     std::shared_future<void> signalled = signal.get_future().share();
@@ -62,6 +69,7 @@ struct Event final : iThreadEvent {
         return signalled.wait_for(std::chrono::milliseconds(milliseconds)) == std::future_status::ready;
     }
 };
+//! [event]
 
 struct Material : std::enable_shared_from_this<Material> {
     static constexpr std::int64_t segmentLength = 1000;
@@ -75,6 +83,7 @@ std::int64_t lengthOf(const Material* material) { return material ? std::ssize(m
 
 namespace Aud {
 
+//! [segments]
 /// Each handle has one, which keeps the material. A host that counts holders in the segment spares the heap.
 class SampleCacheSegment::Body {
 public:
@@ -97,7 +106,9 @@ std::int32_t SampleCacheSegment::length() const {
     return static_cast<std::int32_t>(std::min(lengthOf(body_->material.get()) - body_->start, Material::segmentLength));
 }
 ThreadEventPtr SampleCacheSegment::getRequestCompletedEvent() const { return body_->material->held; }
+//! [segments]
 
+//! [cache]
 struct MemoryCache : SampleCache {
     std::vector<std::shared_ptr<Material>> materials; // by the channels of their cookies
 };
@@ -105,6 +116,8 @@ Material* find(SampleCache& cache, const Cookie& cookie) {
     auto& materials = static_cast<MemoryCache&>(cache).materials;
     return cookie.channel < materials.size() ? materials[cookie.channel].get() : nullptr;
 }
+//! [cache]
+
 void countUnderrun(void* material) { ++static_cast<Material*>(material)->underruns; }
 
 /// Makes the handle of a sample's segment, and where the sample is there; an empty one outside the material.
@@ -125,6 +138,7 @@ const auto stand = SampleCacheSegmentAccess::stand;
 // Readers. When the renderer asks for another segment, it has moved the position.
 using Forward = SampleCache::ForwardIterator;
 using Reverse = SampleCache::ReverseIterator;
+//! [readers]
 Forward::ForwardIterator(const Cookie& cookie, long position, bool flag, SampleCache& cache, unsigned int, bool,
                          const Orv::OutputGearing&)
     : identity(cookie), cachePosition(position), materialLength(lengthOf(find(cache, cookie))),
@@ -148,16 +162,20 @@ Reverse::~ReverseIterator() = default;
 void Reverse::internal_inc_hitLastSegment() { segmentIndex = stand(currentSegment, hostMaterial, materialLength - 1); }
 void Reverse::internal_inc_moveToNextSegment() { segmentIndex = stand(currentSegment, hostMaterial, cachePosition); }
 void Reverse::internal_incrementAudioUnderrunCounter() const { countUnderrun(hostMaterial); }
+//! [readers]
 
 // The equaliser and the automation.
+//! [equaliser]
 float Filter::Biquad::processSample(float x) {
     const double y = b0_ * x + delays_.first;
     delays_ = {b1b2_.first * x - a1a2_.first * y + delays_.second, b1b2_.second * x - a1a2_.second * y};
     return lastResult_ = static_cast<float>(y);
 }
 float Filter::Biquad::getLastProcessSampleResult() { return lastResult_; }
+//! [equaliser]
 
 namespace DynamicLevelControl {
+//! [levels]
 /// From the level that the walk has reached, straight on to the next node in that direction: nearNode. Nodes at one
 /// position make a jump.
 void loadRamp(DynamicLevelApplyingIteratorState& state, std::uint32_t step) {
@@ -179,9 +197,11 @@ DynamicLevelApplyingIteratorBase::DynamicLevelApplyingIteratorBase(DynamicLevelA
     : state_(state) {}
 void DynamicLevelApplyingIteratorBase::moveToNextNodeForwards() { loadRamp(state_, 1U); }
 void DynamicLevelApplyingIteratorBase::moveToNextNodeReverse() { loadRamp(state_, ~0U); }
+//! [levels]
 } // namespace DynamicLevelControl
 
 namespace GainCurve {
+//! [curves]
 // The renderer's tables under names by which they can be filled: before the renderer is loaded.
 CurveNode mixer[1502] asm("_ZN3Aud9GainCurve22MixerStyleLog1_Private19UVal2Mag_CurveNodesE");
 CurveNode power[101] asm("_ZN3Aud9GainCurve22ConstantPower1_Private19UVal2Mag_CurveNodesE");
@@ -195,5 +215,6 @@ bool fill(CurveNode* nodes, int count, double spacing, double (*law)(double)) {
 }
 const bool filled = fill(mixer, 1502, 0.001, [](double u) { return u * u * u; }) &&
                     fill(power, 101, 0.01, [](double u) { return std::sin(u * 1.5707963267948966); });
+//! [curves]
 } // namespace GainCurve
 } // namespace Aud

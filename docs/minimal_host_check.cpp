@@ -21,6 +21,7 @@ void placeLevel(Aud::DynamicLevelControl::DynamicLevelApplyingIteratorState& sta
     Aud::DynamicLevelControl::loadRamp(state, forwards ? 1U : ~0U);
 }
 
+//! [host]
 class MinimalHost final : public audlmd::HostUnderCheck {
 public:
     /// Three segments of 1,000 samples, the last one shorter.
@@ -68,3 +69,4 @@ audlmd::HostUnderCheck& audlmd::hostUnderCheck() {
     static MinimalHost host;
     return host;
 }
+//! [host]

@@ -26,6 +26,7 @@ struct PerSourceRecord {
 /// One render request. Everything that it points to belongs to the host and outlives the call. The renderer
 /// writes neither this record nor what the pointers below `source` point to. A field that the mode does not
 /// read may be left unset; the others are not tested for null.
+/// \snippet modes.cpp call
 struct IteratorCreationParams {
     PerSourceRecord* source = nullptr;
     /// The first sample of the call, in modes without the filtering converter. The maker hands a reverse

@@ -21,6 +21,7 @@ enum class ConversionStage : unsigned int { none = 0, linear = 1, filtering = 2 
 enum class DynamicLevelDirection : unsigned int { reverse = 0, forwards = 1 };
 
 /// The six fields of a mode code.
+/// \snippet modes.cpp code
 struct ModeFields {
     Direction direction;
     LevelStage levelStage;

@@ -26,6 +26,7 @@ inline constexpr std::size_t validModeCount = 864;
 
 /// All valid codes in the order of registration: the direction runs fastest, then level, filter, conversion
 /// and envelope; the direction of the dynamic level runs slowest.
+/// \snippet modes.cpp order
 inline constexpr std::array<unsigned long, validModeCount> registrationOrder = [] {
     using Conversion = ConversionStage;
     std::array<unsigned long, validModeCount> order{};

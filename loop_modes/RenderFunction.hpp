@@ -3,6 +3,7 @@
 #include "contract/DespatchTables.hpp"
 
 /// The version of this library: four numbers, separated by dots.
+/// \snippet modes.cpp version
 const char* audLMDDllVersionStr();
 
 namespace Aud::Render {
@@ -24,6 +25,7 @@ struct TypedFunctor {
         /// Renders `count` samples. `out` moves past each sample as it is written, so that host operations
         /// during the call find it there, and stands just past the last one in the end. Throws what the chain
         /// throws; `out` then stands past the samples that were written.
+        /// \snippet modes.cpp call
         static void ProcessSamples(IteratorCreationParams& params, Out& out, unsigned int count);
     };
 };

@@ -35,6 +35,7 @@ enum class Speaker : std::uint8_t {
 
 /// The speaker of each channel, in the order of the channels. All are unknown, or none is. A single channel
 /// is mono, whatever its speaker.
+/// \snippet cache.cpp layout
 using ChannelLayout = std::vector<Speaker>;
 
 /// So many channels of which nobody says what they are.

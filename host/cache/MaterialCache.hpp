@@ -107,6 +107,7 @@ public:
 /// All operations are thread safe. Material may be removed, and the cache destroyed, while readers exist:
 /// readers that wait are woken, and all find silence from their next segment on. The cache must still
 /// exist when a render call begins, because making a reader needs it.
+/// \snippet cache.cpp cache
 class MaterialCache final : public Aud::SampleCache {
 public:
     /// Starts the loader threads. Throws std::invalid_argument for an option out of range.
@@ -121,6 +122,7 @@ public:
     void add(const Cookie& cookie, std::shared_ptr<SampleSource> source);
     /// Forgets a material; the cookie may then be used again. Returns the final statistics. Throws
     /// UnknownMaterial.
+    /// \snippet cache.cpp forget
     MaterialStatistics remove(const Cookie& cookie);
 
     /// Has the segment of a sample loaded, and those that a reader wants which goes on from there at the

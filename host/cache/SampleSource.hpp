@@ -13,6 +13,7 @@ namespace audlmd {
 ///
 /// The loader threads of a cache call every operation, several of them at the same time. A source may be
 /// destroyed on any thread that lets go of its last segment, which may be a reader's.
+/// \snippet cache.cpp source
 class SampleSource {
 public:
     virtual ~SampleSource() = default;

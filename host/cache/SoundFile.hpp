@@ -39,6 +39,7 @@ public:
 /// decoded anew.
 ///
 /// Thread safe. Reads wait for each other.
+/// \snippet cache.cpp sound file
 class SoundFile {
 public:
     /// A path may lead into a zip archive as into a folder ("film.otioz/media/a.wav"), to a member that is

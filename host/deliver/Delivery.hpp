@@ -30,12 +30,14 @@ struct OutputPlace {
 /// Stores samples as containers of one of the formats of Aud::Render::OutputTypes. Integer formats clip what
 /// lies beyond their limits, and store a NaN as silence. Use this once, on what leaves the program; blocks of
 /// any size give the same bytes.
+/// \snippet deliver.cpp delivery
 template <class Format>
 void storeBlock(std::span<const float> samples, Format* containers, Rounding rounding, OutputPlace place);
 
 /// Adds the samples to what the containers hold, and stores the sums. Afterwards `samples` are the sums
 /// before they were rounded and clipped. In 32 bits they are summed in double precision, so that silence
 /// changes nothing.
+/// \snippet deliver.cpp delivery
 template <class Format>
 void addBlock(std::span<float> samples, Format* containers, Rounding rounding, OutputPlace place);
 

@@ -30,6 +30,7 @@ struct DeliveryGain {
 
 /// Throws std::invalid_argument, whose text says why "it" has no such level, for a programme that is silent,
 /// too short, or holds samples that are no finite numbers.
+/// \snippet deliver.cpp gain
 DeliveryGain deliveryGain(const ProgrammeLevels& programme, const DeliveryTarget& target);
 
 } // namespace audlmd

@@ -19,6 +19,7 @@ namespace audlmd {
 ///
 /// Loudness is in LUFS, loudness units below full scale; minus infinity is silence. Nothing stands for what a
 /// programme is too short for. Samples that are no finite numbers count as silence.
+/// \snippet deliver.cpp loudness
 class LoudnessMeter {
 public:
     enum class TruePeak { measured, leftOut };

@@ -25,6 +25,7 @@ struct ProgrammeLevels {
 };
 
 /// Measures all levels of a programme, in one pass.
+/// \snippet deliver.cpp programme
 class ProgrammeMeter {
 public:
     enum class Loudness { measured, leftOut };

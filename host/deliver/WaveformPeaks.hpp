@@ -10,6 +10,7 @@ namespace audlmd {
 
 /// The lowest and the highest sample of every stretch of a sound, in the layouts that audiowaveform writes
 /// and players in web pages read, version 2. In one pass: use it on what is written.
+/// \snippet deliver.cpp peaks
 class WaveformPeaks {
 public:
     /// Stretches of so many samples, of which the last may be shorter. `bits` is 8 or 16: full scale is 128

@@ -60,6 +60,7 @@ struct DecodedCacheOptions {
 ///
 /// Thread safe. Decodes one medium at a time; another process that wants the same medium waits, and decodes
 /// nothing. The files that an object has given stay in the folder as long as the object is there.
+/// \snippet cache.cpp decoded
 class DecodedCache {
 public:
     explicit DecodedCache(DecodedCacheOptions options = {});

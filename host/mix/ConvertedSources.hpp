@@ -34,6 +34,7 @@ namespace audlmd {
 /// Thread safe. The cache converts channels of one exclusive resource, such as a file, one after another. A
 /// NaN or an infinity in the input spoils up to a block. The last bit of a sample can differ between
 /// processors with AVX and those without.
+/// \snippet timeline.cpp relabel
 class RateConvertedSource final : public SampleSource {
 public:
     /// Rates are in hertz; the input is taken at `relabel.rateOf(inRate)`. Throws std::invalid_argument, with
@@ -96,6 +97,7 @@ private:
 };
 
 /// The source at another rate: the source itself where the rates are equal, else a RateConvertedSource.
+/// \snippet timeline.cpp converted
 std::shared_ptr<SampleSource> convertedTo(std::shared_ptr<SampleSource> source, int inRate, int outRate,
                                           const Relabel& relabel = {});
 
@@ -111,6 +113,7 @@ inline constexpr int headroomExponent = 20;
 
 /// A source times a power of two. Use it for headroom: scaled down by 2^-n and up again by 2^n, a sample
 /// keeps all its bits. Only samples that become smaller than 1.2e-38 lose some.
+/// \snippet timeline.cpp converted
 class ScaledSource final : public SampleSource {
 public:
     /// Multiplies by 2^exponent, from -126 to 127.

@@ -13,6 +13,7 @@
 namespace audlmd {
 
 /// All channels of a recording, which have one length and one sample rate.
+/// \snippet timeline.cpp media
 struct Media {
     std::vector<std::shared_ptr<SampleSource>> channels;
     /// In samples per second.

@@ -53,6 +53,7 @@ struct SlowestStrip : StripKey {
 
 /// What a mixer has to tell about all that it has rendered so far. A stretch that is rendered twice counts
 /// twice.
+/// \snippet timeline.cpp report
 struct MixReport {
     /// The strips with something to tell, in the order of the timeline.
     std::vector<StripReport> strips;

@@ -53,6 +53,7 @@ struct MixerOptions {
 ///
 /// Use a mixer from one thread at a time. The render functions must be compiled in, or registered by a loaded
 /// library.
+/// \snippet timeline.cpp mixer
 class Mixer {
 public:
     /// Opens nothing yet. Throws std::invalid_argument, naming track and strip, for a strip that cannot be

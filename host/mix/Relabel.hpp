@@ -9,6 +9,7 @@ namespace audlmd {
 /// pitch, as film at 24 frames per second is that runs at 25. By itself it changes nothing.
 ///
 /// Times of such material, its length and its time reference count at the rate that it is taken at.
+/// \snippet timeline.cpp relabel
 struct Relabel {
     /// What is `from` in the file is taken for `to`. Above 0, without a common factor.
     std::int64_t from = 1;

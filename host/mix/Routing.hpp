@@ -29,12 +29,14 @@ struct FoldDown {
 ///
 /// Where both are unknown and the target has enough channels, the channels go one to one, and one channel to
 /// the first two. Throws std::invalid_argument where channels are too many and nobody knows their speakers.
+/// \snippet timeline.cpp routing
 Routing defaultRouting(const ChannelLayout& from, const ChannelLayout& to);
 
 /// The sums that the channels of these numbers, counted from 0, are. Each must be below `channels`.
 Routing pickedChannels(const std::vector<std::size_t>& numbers, std::size_t channels);
 
 /// First one routing, then another of its sums. The widths must fit.
+/// \snippet timeline.cpp routing
 Routing combined(const Routing& first, const Routing& second);
 
 /// Lowers what goes to one side: at -100 nothing goes to right, at 100 nothing to left, at 0 all is as it
@@ -44,6 +46,7 @@ Routing combined(const Routing& first, const Routing& second);
 Routing panned(Routing routing, double pan, const ChannelLayout& to);
 
 /// What becomes of a layout in another one, in words: "5.1 is folded down to stereo, without LFE".
+/// \snippet timeline.cpp routing
 std::string foldDownText(const ChannelLayout& from, const ChannelLayout& to);
 
 } // namespace audlmd

@@ -71,6 +71,7 @@ struct TimelineNote {
 };
 
 /// What a mixer plays.
+/// \snippet timeline.cpp timeline
 struct Timeline {
     std::string name;
     int sampleRate = 48000;

@@ -8,6 +8,7 @@
 
 namespace audlmd {
 
+/// \snippet play.cpp player
 struct LiveOptions {
     /// How far ahead of the device rendering is, in seconds: 0.005 to 2. A change is heard within this time
     /// or sooner. The trap: must exceed what the device asks for at a time, or the device starves.

@@ -31,6 +31,7 @@ namespace audlmd {
 /// the bytes of a StripPlayer, or at speed 1 of a Mixer, from the position at which that speed began.
 ///
 /// Functions without a note may be called from any thread, and wait at most for a mutex held for an instant.
+/// \snippet play.cpp player
 class LivePlayer {
 public:
     /// Plays all channels of the media with the same settings, whose cookie, sample rate and waiting are

@@ -32,6 +32,7 @@ struct LiveUnderruns {
 };
 
 /// What was late or failed so far in what a LivePlayer plays.
+/// \snippet play.cpp report
 struct LiveReport {
     SoundReport sound;
     /// Of a timeline: the strips that failed or were late, see MixReport. A strip may be there twice: as the

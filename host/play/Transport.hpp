@@ -24,6 +24,7 @@ struct LiveOrder {
 
 /// Play, stop, seek, jog, speed and loop, as a state machine: makes the next order of what is asked for and
 /// of what the device has come to. Knows no thread and no time.
+/// \snippet play.cpp transport
 class Transport {
 public:
     /// What the device has come to.

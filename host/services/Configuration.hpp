@@ -25,6 +25,7 @@ namespace audlmd {
 /// Thread safe. The trap: no thread may change the environment meanwhile.
 ///
 /// config_double, which the library calls, uses the configuration of userFile().
+/// \snippet services.cpp configuration
 class Configuration {
 public:
     /// Reads the file. A file that is not there holds no settings. Reports on standard error, instead of

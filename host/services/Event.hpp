@@ -14,6 +14,7 @@ namespace audlmd {
 /// thread signals it. An event that was signalled stays signalled: a wait that begins later returns at once.
 ///
 /// Make an event as EventPtr(new Event): its last holder destroys it. Thread safe.
+/// \snippet services.cpp event
 class Event final : public iThreadEvent {
 public:
     /// Returns whether the event is signalled. The time limit is in milliseconds; noTimeLimit waits for as

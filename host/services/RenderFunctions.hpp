@@ -44,6 +44,7 @@ RenderFunction<Out> findRenderFunction(unsigned long code) noexcept {
 
 /// The same, but throws NoSuchMode if there is none. Use this to render: the result is never null, and may be
 /// kept as long as the library is loaded.
+/// \snippet services.cpp functions
 template <class Out>
 RenderFunction<Out> renderFunction(unsigned long code,
                                    RenderFunctionLookUp<Out> lookUp = &findRenderFunction<Out>) {

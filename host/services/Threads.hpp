@@ -51,6 +51,7 @@ private:
 /// Holds a mutex until destroyed, but for the time between unlock() and lock(). A std::condition_variable_any
 /// waits with the lock itself, a std::condition_variable with native(). Where a condition is a lambda, the
 /// lambda says that it requires the mutex.
+/// \snippet services.cpp threads
 class AUDLMD_THREAD_SAFETY(scoped_lockable) Lock {
 public:
     explicit Lock(Mutex& mutex) AUDLMD_THREAD_SAFETY(acquire_capability(mutex)) : lock_(mutex.mutex_) {}
@@ -67,6 +68,7 @@ private:
 };
 
 /// Starts a thread that calls body(stop token). Its name, a literal, is for debuggers and system monitors.
+/// \snippet services.cpp event
 template <std::size_t size, class Body>
 std::jthread namedThread(const char (&name)[size], Body body) {
     static_assert(size <= 16, "the kernel keeps 15 characters of a thread's name");

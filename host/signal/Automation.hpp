@@ -23,6 +23,7 @@ using HostStorage::LevelNode;
 /// For that the level lies on automationGrid, on which the renderer's single-precision steps are exact. The
 /// level follows the straight line in pieces that differ from the line by less than 17 steps of the grid
 /// (2e-6 in u-value). A single step for a long ramp would drift: the sum near u = 1.0 is rounded.
+/// \snippet signal.cpp automation
 class Automation {
 public:
     /// Positions are counted in samples. Throws std::invalid_argument for an empty list, positions out of
@@ -53,11 +54,13 @@ inline constexpr float automationGrid = 0x1p-23F;
 
 /// The level of the nodes at a position, in steps of the grid. There is at least one node. Takes logarithmic
 /// time in the number of nodes.
+/// \snippet signal.cpp pieces
 std::int64_t levelAt(std::span<const LevelNode> nodes, std::int64_t position);
 
 /// Loads the piece that starts at state.nextPosition and leads on in that direction, and moves nextPosition
 /// to the end of the piece. Without nodes the state becomes stationary. Use this where the renderer reports
 /// that samplesToNextNode has run out.
+/// \snippet signal.cpp pieces
 void loadNextPiece(Aud::DynamicLevelControl::DynamicLevelApplyingIteratorState& state,
                    DynamicLevelDirection direction);
 

@@ -42,6 +42,7 @@ private:
 
 /// A sample, by its number on a clock. A number becomes a sample where one is wanted. A sample never becomes
 /// a sample of another clock, and a number only where asked.
+/// \snippet signal.cpp clocks
 template <class Clock>
 class Sample {
 public:
@@ -82,6 +83,7 @@ using OutputSample = Sample<OutputClock>;
 using TimelineSample = Sample<TimelineClock>;
 
 /// Neighbouring samples. Sample `to` is excluded.
+/// \snippet signal.cpp clocks
 template <class Clock>
 struct Span {
     Sample<Clock> from;

@@ -38,17 +38,20 @@ inline constexpr std::size_t equaliserBandCount = 5;
 /// Throws std::invalid_argument unless the sample rate is above 0 and up to 1e9 Hz, the frequency above
 /// 0 and below half the sample rate, and gain and Q within their limits. Trap: close to half the sample rate
 /// the transform squeezes the curve, so a band there is narrower than its Q says.
+/// \snippet signal.cpp equaliser
 Aud::Filter::Biquad::Coefficients sectionOf(const EqualiserBand& band, double sampleRate);
 
 /// Sets the sections of an equaliser from bands, the first section from the first band. Sections without a
 /// band pass samples through. All sections forget the samples that they have filtered. Throws
 /// std::invalid_argument for more than five bands, and as sectionOf() does. Use this before the first sample
 /// or after a jump. Trap: in the middle of a sound the forgotten samples are heard as a click.
+/// \snippet signal.cpp equaliser
 void setBands(Aud::Filter::MultiBandBiquad<5U>& equaliser, std::span<const EqualiserBand> bands,
               double sampleRate);
 
 /// Undoes the most recent sample in every section, for a host that reads a sample twice. A section remembers
 /// one state only: a second call in a row changes nothing.
+/// \snippet signal.cpp equaliser
 void stepBack(Aud::Filter::MultiBandBiquad<5U>& equaliser);
 
 } // namespace audlmd

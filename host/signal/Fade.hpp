@@ -23,6 +23,7 @@ enum class FadeCurve : std::uint32_t {
 
 /// The exact law of a curve, for u-values from 0 to 1. The renderer interpolates in a table of this law. Use
 /// the law for drawings and tests.
+/// \snippet signal.cpp fade
 double gainOf(FadeCurve curve, double uValue);
 
 /// The fades of a range, on the clock of the range: a fade-in is at the start of the sound, in reverse too,
@@ -46,6 +47,7 @@ struct FadePlan {
 /// The u-value follows the straight line in pieces that differ from the line by at most 2^-16 (1.5e-5), and
 /// the gain of a constant-power fade differs from the sine by at most 2^-14.6 (4e-5). A single step for the
 /// whole fade would not do: the sum near u = 1.0 is rounded, and a fade of a minute would end 3 % off.
+/// \snippet signal.cpp fade
 class FadeEnvelope {
 public:
     /// The envelope from one sample on. Valid for samples in [sample, end); with alignment 1 also at `end`.

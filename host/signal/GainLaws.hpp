@@ -4,6 +4,7 @@ namespace audlmd {
 
 /// The gain of a number of decibels, 10^(decibels / 20). Minus infinity gives 0. Use this for gains outside
 /// the curves, such as the gain of a whole strip.
+/// \snippet signal.cpp gain laws
 double gainOfDecibels(double decibels);
 /// The inverse. A gain of 0 gives minus infinity.
 double decibelsOfGain(double gain);
@@ -29,11 +30,13 @@ inline constexpr double faderLawExponent = 22.14471046095256952;
 /// -48 dB.
 ///
 /// U-values beyond the travel give the gain of the nearer end stop. A NaN is silent.
+/// \snippet signal.cpp gain laws
 double mixerStyleGain(double uValue);
 /// The inverse. A gain outside 0 to +10 dB gives the nearer end stop.
 double mixerStyleUValue(double gain);
 /// The u-value at which the mixer-style law has a gain of so many decibels. Use for levels that a user gives.
 /// Trap: a level above +10 dB is limited without an error; check the range first where the user should know.
+/// \snippet signal.cpp gain laws
 double mixerStyleUValueOfDecibels(double decibels);
 
 /// The most that a strip may be amplified.
@@ -47,11 +50,13 @@ struct AmplifiedLevel {
     int doublings;
 };
 /// In decibels, from minus infinity up. Up to faderTopDecibels there are no doublings.
+/// \snippet signal.cpp gain laws
 AmplifiedLevel amplifiedLevelOf(double decibels);
 
 /// The law behind the constant-power curve: sin(u pi/2) for u from 0 to 1.0; other u-values give the gain of
 /// the nearer end. Where two u-values add up to 1, the squares of the gains add up to 1. At the middle of a
 /// crossfade, u = 0.5, each side is 3 dB down.
+/// \snippet signal.cpp gain laws
 double constantPowerGain(double uValue);
 
 } // namespace audlmd

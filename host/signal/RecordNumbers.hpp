@@ -20,6 +20,7 @@ struct RecordNumber {
 /// An equaliser does not give its coefficients back. Pass the sections that were set, see sectionOf(). Use
 /// this to show a user or a bug report what a call was made with. Levels are given as u-value and in
 /// decibels.
+/// \snippet signal.cpp record
 std::vector<RecordNumber> recordNumbers(const Aud::Render::IteratorCreationParams& params,
                                         unsigned long modeCode,
                                         std::span<const Aud::Filter::Biquad::Coefficients> sections);

@@ -13,6 +13,7 @@ inline constexpr double slowestSpeed = 1e-6;
 inline constexpr double fastestSpeed = 1e6;
 
 /// Whether the speed is a number from slowestSpeed to fastestSpeed.
+/// \snippet signal.cpp speed
 inline bool isSpeed(double speed) {
     return speed >= slowestSpeed && speed <= fastestSpeed;
 }
@@ -36,18 +37,21 @@ std::optional<SpeedRatio> ratioOf(double speed);
 /// arithmetically equal position: a negative whole part, and a fraction of 0 or more. Throws
 /// std::invalid_argument unless the number has a magnitude of at most 2^53. A speed is turned into a step by
 /// the same function: the step is the position after one output sample.
+/// \snippet signal.cpp positions
 Aud::SubSamplePos subSamplePosOf(double sourceSamples);
 /// The inverse, to the nearest double.
 double sourceSamplesOf(const Aud::SubSamplePos& position);
 
 /// start + count x step, exactly. Start and step must not be negative, and the sum must fit into a position.
 /// Use this for the position of an output sample far away, where repeated addition would take too long.
+/// \snippet signal.cpp positions
 Aud::SubSamplePos advanced(const Aud::SubSamplePos& start, const Aud::SubSamplePos& step,
                            std::uint64_t count);
 
 /// The number of positions start, start + step, start + 2 step ... that are at most `last`, limited to 2^63 -
 /// 1. No argument may be negative, and the step must be positive. Use this to find how many output samples a
 /// range of source samples is good for.
+/// \snippet signal.cpp positions
 std::uint64_t positionsUpTo(const Aud::SubSamplePos& last, const Aud::SubSamplePos& start,
                             const Aud::SubSamplePos& step);
 
@@ -57,6 +61,7 @@ std::uint64_t stepsToWholePosition(const Aud::SubSamplePos& start, const Aud::Su
 
 /// The speed at which the filtering converter plays when asked for `speed`: at least 1/1024, at most
 /// cfgAudioPlaybackSpeedLimit. Without the library there is no upper limit.
+/// \snippet signal.cpp speed
 double filteringSpeedInForce(double speed);
 /// Whether the filtering converter plays at a speed as asked. The linear converter does at any.
 bool isFilteringSpeed(double speed);

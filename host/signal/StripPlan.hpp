@@ -18,6 +18,7 @@ inline constexpr std::int64_t farthestPosition = std::int64_t{1} << 60;
 
 /// Throws std::invalid_argument, with a sentence that begins with `what`, for a position beyond
 /// farthestPosition. Use this before any arithmetic on a position that a program or a file has given.
+/// \snippet signal.cpp plan
 void requirePosition(std::int64_t position, const std::string& what);
 
 /// How many output samples a strip has: ceil(range / speed). Throws std::invalid_argument for a range that is
@@ -26,6 +27,7 @@ std::uint64_t outputLengthOf(const StripSettings& settings);
 
 /// What follows from the settings of a strip alone: mode codes, lengths, speeds, positions. A plan needs
 /// neither cache nor library, and never changes.
+/// \snippet signal.cpp plan
 struct StripPlan {
     /// Throws std::invalid_argument, with a sentence for the user, for settings that are out of range or
     /// exclude each other. With the converter `best` the plan tells lengths and speed; a player needs the

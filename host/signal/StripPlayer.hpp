@@ -27,6 +27,7 @@ class StripConverter;
 /// equaliser start from silence. At the end of the range a converter reads on in the material.
 ///
 /// Use a player from one thread at a time.
+/// \snippet signal.cpp player
 class StripPlayer {
 public:
     /// Reads no samples yet. Throws what StripPlan throws. The cache must outlive the player.
@@ -56,6 +57,7 @@ public:
 
     /// What the next render call reads in the record, see audlmd::recordNumbers(). With the filtering
     /// converter the first call opens the resampler.
+    /// \snippet signal.cpp record
     std::vector<RecordNumber> recordNumbers() const;
 
     /// Renders the next samples into a buffer, in the format f32, s16 or s32, and returns how many: as many
@@ -70,6 +72,7 @@ public:
 
     /// The same for any of Aud::Render::OutputTypes: for other formats, and for adding to what the buffer
     /// holds. Renders up to `count` samples, and moves `out` on by as many.
+    /// \snippet signal.cpp other formats
     template <class Out>
     std::uint64_t render(Out& out, std::uint64_t count) {
         return renderThrough(out, count, &findRenderFunction<Out>);

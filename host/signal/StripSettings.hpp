@@ -29,6 +29,7 @@ struct AutomationWalk {
 };
 
 /// What a StripPlayer plays, and how. The defaults change nothing of the sound.
+/// \snippet signal.cpp player
 struct StripSettings {
     /// Names the material in the sample cache.
     Cookie cookie;

@@ -17,6 +17,7 @@ struct Unclipped {
 };
 
 /// Writes one sample and moves the position past the sample. Render functions find this by the type.
+/// \snippet signal.cpp deliver
 [[gnu::always_inline]] inline void deliver(float x, Unclipped& out) {
     *out.position = x;
     ++out.position;
@@ -32,12 +33,14 @@ using UnclippedRenderFunction = Aud::Render::LoopModesDespatch::Types<Unclipped>
 /// Use this once, on what leaves the program: the output of an inlined render function, or a mix. Blocks of
 /// any size give the same bytes. `in` and the buffer behind `out` may be the same for 32-bit floats that are
 /// not summed; no other overlap is allowed.
+/// \snippet signal.cpp unclipped
 template <class Out>
 void convertBlock(const float* in, std::size_t count, Out& out);
 
 /// Adds what the containers hold to the samples, as a summing output type does before it clips and stores:
 /// adding and then converting to the plain type gives the bytes of converting to the summing one. Use this to
 /// look at the sums. For the formats of Aud::Render::OutputTypes.
+/// \snippet signal.cpp unclipped
 template <class Format>
 void addStored(const Format* containers, std::span<float> samples);
 

@@ -15,6 +15,7 @@ namespace audlmd::timeline {
 /// `underrunEpisodes`, `silent` and `overload`. `channels`: the overload of each channel of the output.
 /// `stems`: the same of each track, where the mixer gives them. `notes`: those of the timeline. `slowest`:
 /// the strip that took most time to render.
+/// \snippet timeline.cpp report
 std::string writeReport(const MixReport& report, const Timeline& timeline);
 
 /// The same of live playback. `sound`: `failure`, `lateSamples`, `lateEpisodes` and `late`, spans of source

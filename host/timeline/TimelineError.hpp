@@ -10,6 +10,7 @@ namespace audlmd::timeline {
 
 /// A timeline that cannot be read. The text is one line for the user, which names the track and the clip
 /// where there are any.
+/// \snippet timeline.cpp read
 class TimelineError : public std::runtime_error {
 public:
     explicit TimelineError(const std::string& line) : std::runtime_error(line), sentence_(line) {}
@@ -34,6 +35,7 @@ struct Where {
 
 /// Names a strip in messages. Tracks and strips are counted from 0; those without a name are shown
 /// as #1, #2 and so on.
+/// \snippet timeline.cpp report
 Where whereIs(const Timeline& timeline, std::size_t track, std::size_t strip);
 
 } // namespace audlmd::timeline

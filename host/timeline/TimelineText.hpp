@@ -19,6 +19,7 @@ std::filesystem::path contentOfBundle(const std::filesystem::path& path);
 /// Reads a file of JSON, or what contentOfBundle() tells. The media of an archive are read in place: paths
 /// that lead into it are paths for SoundFile and DecodedCache. Throws std::system_error for what cannot be
 /// read, and SoundFileError for a damaged archive; the texts name the file.
+/// \snippet timeline.cpp file
 TimelineText readTimelineText(const std::filesystem::path& path);
 
 } // namespace audlmd::timeline

@@ -17,10 +17,12 @@ concept ChainLayer = requires(const Layer& layer, Layer& steppable) {
 
 /// A layer that another layer can copy into itself. All are but the filtering converter, which is always
 /// outermost.
+/// \snippet chain.cpp layer
 template <class Layer>
 concept WrappableLayer = ChainLayer<Layer> && std::copy_constructible<Layer>;
 
 /// The source at the bottom of a chain, for whoever needs its position. Layers therefore forward nothing.
+/// \snippet chain.cpp fixed
 template <ChainLayer Layer>
 const auto& sourceOf(const Layer& layer) {
     if constexpr (requires { layer.inner(); })

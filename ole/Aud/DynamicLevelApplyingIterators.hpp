@@ -12,6 +12,7 @@ namespace Aud::DynamicLevelControl {
 /// copies work on the host's one state, so the next render call continues where this one stops. The two forms
 /// below differ in the direction in which the nodes are walked, which is independent of the direction in
 /// which the source is read.
+/// \snippet chain.cpp dynamic
 template <Render::WrappableLayer Inner>
 class DynamicLevelApplyingIterator : public DynamicLevelApplyingIteratorBase {
 public:

@@ -10,6 +10,7 @@ namespace Aud::Render {
 /// The fade counts samples delivered through this layer, not positions in the material. The first sample has
 /// the gain of the step at which the shape was placed. A converter further out advances the fade once per
 /// source sample that it pulls. In a reverse chain the fade still runs in the order of delivery.
+/// \snippet chain.cpp envelope
 template <WrappableLayer Inner, class Traits>
 class EnvelopeApplyingIterator {
 public:
@@ -44,6 +45,7 @@ private:
 ///
 /// Throws Orv::Exception::RuntimeError, before anything is copied, first if the parameters are of another
 /// type than `Traits`, then if a curve type is none of eCurveType.
+/// \snippet chain.cpp envelope
 template <WrappableLayer Inner, class Traits>
 struct EnvelopeApplyingIteratorMaker {
     [[gnu::used, gnu::noinline]] static EnvelopeApplyingIterator<Inner, Traits>

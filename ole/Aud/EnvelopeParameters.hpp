@@ -15,6 +15,7 @@ enum eEnvelopeType : std::uint32_t {
 ///
 /// Lengths are in samples delivered by the envelope, steps in u-value per sample, curves are eCurveType
 /// values. A last ramp has no length: it runs for as long as the chain is read.
+/// \snippet chain.cpp envelope
 struct EnvelopeParameters {
     /// One ramp and one hold, in either order. A simple ramp reads the step alone.
     struct OneRamp {

@@ -56,6 +56,7 @@ private:
 };
 
 /// Ramps for a length, then holds the value that the ramp reached. A fade-in.
+/// \snippet chain.cpp envelope
 class RampHold {
 public:
     explicit RampHold(const EnvelopeParameters& params) {

@@ -12,6 +12,7 @@ namespace Aud::Render::EnvelopeTraits {
 
 /// The gain curve of a stored shape. The pointer is resolved once, when the chain is made, so that no sample
 /// decides on the curve.
+/// \snippet chain.cpp curves
 using CurveFunction = float (*)(float);
 
 inline constexpr const char* sourceFile = "ole/Aud/Aud__RenderIterators";

@@ -17,6 +17,7 @@ namespace Aud::Render {
 /// The resampler, the source samples read ahead and the current output belong to the host's state record. A
 /// render call begins with the output that the call before prepared, and ends by recording the position from
 /// which the host must let the next call read. Not copyable, because every destruction records that position.
+/// \snippet chain.cpp filtering
 template <WrappableLayer Inner>
 class FilteringSRCIterator {
 public:

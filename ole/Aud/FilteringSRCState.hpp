@@ -6,6 +6,7 @@ namespace Aud::Render {
 
 /// What the filtering converter keeps from one render call to the next. The host owns it, as part of the
 /// per-source record, and starts a new stream by closing the resampler and clearing the state.
+/// \snippet chain.cpp filtering
 struct FilteringSRCState {
     /// In samples.
     static constexpr std::uint32_t blockLength = 64;

@@ -10,6 +10,7 @@ namespace Aud::Render {
 /// A chain holds up to two: the middle level directly over the envelope, and the outer level directly under
 /// the converter. Gains of 0 and 1 are multiplied like any other, so a NaN or an infinity in the source stays
 /// one.
+/// \snippet chain.cpp fixed
 template <WrappableLayer Inner>
 class FixedLevelApplyingIterator {
 public:

@@ -56,6 +56,7 @@ inline constexpr NodeCurve constantPowerCurve{ConstantPower1_Private::UVal2Mag_C
 
 /// Maps a u-value to a gain. The table curves start a cache line because stored-shape envelopes call them
 /// through a pointer for every sample.
+/// \snippet chain.cpp curves
 template <eCurveType CurveType>
 struct Curve;
 

@@ -12,6 +12,7 @@ namespace Aud::Render {
 /// The position never passes the right neighbour's. An output at a whole position k, other than the very
 /// first, yields the source value at k - 1: at speed 1 the outputs are s0, s0, s1, s2. This lag of one sample
 /// is part of the contract with the host. Nothing persists from one render call to the next.
+/// \snippet chain.cpp linear
 template <WrappableLayer Inner>
 class LinearSRCIterator {
 public:

@@ -28,6 +28,7 @@ namespace Render {
 /// call before left in the equaliser, which makes contiguous calls seamless; after a jump the host primes the
 /// equaliser with the new first sample. The equaliser belongs to the host, and copies of the iterator share
 /// it.
+/// \snippet chain.cpp equaliser
 template <WrappableLayer Source>
 class MultiBandBiquadApplyingIterator {
 public:

@@ -8,6 +8,7 @@ namespace Aud::Render {
 ///
 /// Reading and stepping inline to those of the layer below, so the layer costs nothing per sample; its place
 /// in the chain's type is part of the contract.
+/// \snippet chain.cpp fixed
 template <WrappableLayer Inner>
 class NullIterator {
 public:

@@ -14,6 +14,7 @@ namespace Render {
 /// Outside the material a source reads as silence and counts nothing. Inside the material a sample whose
 /// segment is not ready reads as 0.0 and counts one underrun, unless the iterator was made to wait. The
 /// host's segment walks are called only at the end of a segment and where the iterator enters the material.
+/// \snippet cache.cpp reader
 struct SampleReader {
     /// Asks for the status twice, before and after a possible wait, and afresh for every sample, because
     /// requests complete on other threads. Does not test the position while the segment is ready.

@@ -18,6 +18,7 @@ namespace Aud {
 /// A NaN is stored as 0.0 would be in an integer format, and as it is in the float format. The truncating
 /// instructions give the most negative integer for a NaN, whose low bits are those of 0; a C++ conversion of
 /// a NaN would be undefined.
+/// \snippet chain.cpp encoding
 template <class Format>
 struct SampleEncoding;
 

@@ -27,6 +27,7 @@ enum eDataRepresentation {
 
 /// A sample format: one container of one sample, little-endian. A buffer is an array of containers without
 /// gaps. SampleEncoding says how each format holds a float.
+/// \snippet signal.cpp other formats
 template <unsigned int Bits, unsigned int Bytes, eDataAlignment, eDataSigned, eDataRepresentation>
 struct Sample {
     static constexpr unsigned int bits = Bits;

@@ -6,4 +6,5 @@
 /// variable: a host's program may name it with a plain `extern double`. A program that is not
 /// position-independent then holds a copy, so the library reaches the variable by one look-up at load and
 /// never by a fixed distance.
+/// \snippet modes.cpp version
 [[gnu::visibility("default")]] extern double cfgAudioPlaybackSpeedLimit;

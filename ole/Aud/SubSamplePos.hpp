@@ -12,6 +12,7 @@ namespace Aud {
 ///
 /// The value is sample + fraction / 1073741823. A normalised fraction is 0 to 1073741822. Positions are
 /// ordered by sample, then by fraction.
+/// \snippet chain.cpp position
 struct SubSamplePos {
     /// 2^30 - 1, deliberately not a power of two.
     static constexpr std::int32_t fractionsPerSample = 1073741823;

@@ -11,6 +11,7 @@ namespace Aud::Render {
 ///
 /// Summing silence changes two formats: 8 bits unsigned, where silence lowers every sample above 0 by one
 /// step, and 32 bits, whose samples pass through single precision.
+/// \snippet chain.cpp summing
 template <class P>
 class SummingOutputSampleIterator {
 public:

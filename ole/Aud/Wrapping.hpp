@@ -7,6 +7,7 @@ namespace Aud {
 
 /// The sum modulo two to the width. For positions and indices that may run without bound, where signed
 /// overflow would be undefined.
+/// \snippet chain.cpp position
 template <std::integral Integer>
 constexpr Integer wrappingSum(Integer value, Integer addend) noexcept {
     using Unsigned = std::make_unsigned_t<Integer>;

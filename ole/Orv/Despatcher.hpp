@@ -11,6 +11,7 @@ namespace Orv::ModeMetaHelpers2 {
 /// A growable table of functions, indexed by mode code. Null where no function is registered.
 ///
 /// `Tag` keeps tables of equal function types apart.
+/// \snippet chain.cpp despatcher
 template <class Fn, class Tag>
 class Despatcher {
 public:

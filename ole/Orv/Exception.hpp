@@ -7,6 +7,7 @@ namespace Orv::Exception {
 /// Root of the exceptions that this system throws. Deliberately not a std::exception.
 ///
 /// All texts are string literals, stored by pointer.
+/// \snippet chain.cpp despatcher
 class Base {
 public:
     virtual ~Base() = default;

@@ -30,6 +30,7 @@ struct StdAllocator {
 };
 
 /// An immutable string of one pointer's size, whose copies share one counted body.
+/// \snippet services.cpp string
 template <class Char>
 class LightweightString {
 public:

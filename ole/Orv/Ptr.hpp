@@ -24,6 +24,7 @@ struct InternalRefCountTraits {
 };
 
 /// A counted handle. Counting goes through the host, so that all libraries count alike.
+/// \snippet services.cpp event
 template <class T, class DestructionTraits, class RefCountTraits>
 class Ptr {
 public:

@@ -53,6 +53,7 @@ constexpr std::array hostLayout{
 /// What a host's author writes for audlmd-host-check, because the contract does not say how a host makes its
 /// materials and automations. In audlmd-host-check each rule has an object in a process of its own; in a
 /// program with a host one object serves all rules.
+/// \snippet minimal_host_check.cpp host
 class HostUnderCheck {
 public:
     using LevelState = Aud::DynamicLevelControl::DynamicLevelApplyingIteratorState;
