@@ -1,5 +1,6 @@
 #include "tests/tools/plot/Drawing.hpp"
 #include "tools/plot/Figure.hpp"
+#include "tools/plot/Palette.hpp"
 #include "tools/plot/Spectrogram.hpp"
 #include "tools/plot/Waveform.hpp"
 
@@ -14,6 +15,9 @@ namespace audlmd::test {
 namespace {
 
 using namespace plot;
+
+// Made while compiling, where nothing behind the colours can be read.
+static_assert(heatColour(1.0).green == 1.0 && heatColour(2.0).green == 1.0 && heatColour(NAN).red == 0.0);
 
 TEST(Chart, IsDrawnAsItsPictureShows) {
     Chart chart;
