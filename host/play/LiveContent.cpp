@@ -1,6 +1,8 @@
 #include "host/play/LiveContent.hpp"
 
 #include "host/mix/ConvertedSources.hpp"
+#include "host/services/Identities.hpp"
+#include "host/signal/BestConverter.hpp"
 #include "host/signal/BlockLoops.hpp"
 #include "host/signal/Speed.hpp"
 #include "host/signal/StripPlayer.hpp"
@@ -59,25 +61,49 @@ LiveContent::LiveContent(const std::vector<std::shared_ptr<SampleSource>>& chann
         throw std::invalid_argument("there is no channel to play");
     strip_.wait = false;
     const StripPlan checked(strip_);
+    StripSettings plain = strip_;
+    plain.converter = Converter::none;
+    material_ = add(channels, plain);
+    if (strip_.converter != Converter::best)
+        return;
+    forwards_ = add(channels, settingsAt(strip_, 1.0));
+    backwards_ = add(channels, settingsAt(strip_, -1.0));
+}
+
+LiveContent::Cookies LiveContent::add(const std::vector<std::shared_ptr<SampleSource>>& channels,
+                                      const StripSettings& strip) {
+    Cookies cookies;
+    Cookie cookie{makeUuid(), 0, 0};
     for (const std::shared_ptr<SampleSource>& channel : channels) {
-        cookies_.push_back(strip_.cookie);
-        cache_.add(strip_.cookie, std::make_shared<ScaledSource>(channel, -headroomExponent));
-        ++strip_.cookie.channel;
+        cookies.push_back(cookie);
+        cache_.add(cookie,
+                   std::make_shared<ScaledSource>(materialAtNormalSpeed(channel, strip), -headroomExponent));
+        ++cookie.channel;
     }
+    return cookies;
+}
+
+LiveContent::Played LiveContent::at(double speed) const {
+    const StripSettings settings = settingsAt(strip_, speed);
+    if (settings.converter != Converter::best)
+        return {settings, material_, 1.0};
+    return {atNormalSpeed(settings), speed < 0.0 ? backwards_ : forwards_, settings.speed};
 }
 
 /// A player for each channel, all at the same output sample.
 class LiveContent::Voice final : public LiveVoice {
 public:
     Voice(LiveContent& content, double position, double speed) : content_(content), speed_(speed) {
-        StripSettings settings = settingsAt(content.strip_, speed);
-        for (const Cookie& cookie : content.cookies_) {
-            settings.cookie = cookie;
-            players_.push_back(std::make_unique<StripPlayer>(content.cache_, settings, content.inlined_));
+        Played played = content.at(speed);
+        scale_ = played.scale;
+        for (const Cookie& cookie : played.cookies) {
+            played.settings.cookie = cookie;
+            players_.push_back(
+                std::make_unique<StripPlayer>(content.cache_, played.settings, content.inlined_));
         }
         const auto length = static_cast<double>(content.length());
-        const double played = std::clamp(speed < 0.0 ? length - position : position, 0.0, length);
-        const OutputSample output = std::llround(played / sourceStep());
+        const double sample = std::clamp(speed < 0.0 ? length - position : position, 0.0, length);
+        const OutputSample output = std::llround(sample / sourceStep());
         for (const std::unique_ptr<StripPlayer>& player : players_)
             player->seek(std::min<OutputSample>(output, endOf(*player)));
     }
@@ -106,10 +132,11 @@ private:
     static OutputSample endOf(const StripPlayer& player) {
         return static_cast<std::int64_t>(player.outputLength());
     }
-    double sourceStep() const { return players_.front()->speedInForce(); }
+    double sourceStep() const { return players_.front()->speedInForce() * scale_; }
 
     LiveContent& content_;
     double speed_;
+    double scale_ = 1.0;
     std::vector<std::unique_ptr<StripPlayer>> players_;
 };
 
@@ -143,18 +170,20 @@ bool LiveContent::awaitLoaded(double position, double speed, std::size_t frames,
 }
 
 std::vector<Aud::SampleCacheSegment> LiveContent::request(double position, double speed, std::size_t frames) {
-    const StripPlan plan(settingsAt(strip_, speed));
-    const double played = speed < 0.0 ? static_cast<double>(length()) - position : position;
+    const Played strip = at(speed);
+    const StripPlan plan(strip.settings);
+    const auto whole = static_cast<double>(length());
+    const double played = (speed < 0.0 ? whole - position : position) / strip.scale;
     const MaterialSample first = plan.inMaterial(std::llround(played));
     const double samples =
-        std::min(static_cast<double>(frames) * plan.speedInForce, static_cast<double>(length()) - played);
+        std::min(static_cast<double>(frames) * plan.speedInForce, whole / strip.scale - played);
     // One more, because the first samples may lie near the end of their segment.
     const std::int64_t last = static_cast<std::int64_t>(samples / segmentLength_) + 1;
     std::vector<Aud::SampleCacheSegment> segments;
     for (std::int64_t segment = 0; segment <= last; ++segment) {
         const Distance<SourceRate> away = segment * segmentLength_;
         const MaterialSample sample = plan.settings.reverse ? first - away : first + away;
-        for (const Cookie& cookie : cookies_)
+        for (const Cookie& cookie : strip.cookies)
             segments.push_back(cache_.request(cookie, sample.number(), plan.direction(), plan.gearing,
                                               strip_.forwardArgument));
     }
@@ -170,13 +199,14 @@ void LiveContent::noteLate(double from, double to) {
 
 SoundReport LiveContent::totals() const {
     SoundReport report;
-    for (const Cookie& cookie : cookies_) {
-        const MaterialStatistics statistics = cache_.statistics(cookie);
-        report.lateSamples += statistics.underrunSamples;
-        report.lateEpisodes += statistics.underrunEpisodes;
-        if (report.failure.empty() && statistics.failedSegments != 0)
-            report.failure = statistics.firstFailure.empty() ? "a read failed" : statistics.firstFailure;
-    }
+    for (const Cookies* cookies : {&material_, &forwards_, &backwards_})
+        for (const Cookie& cookie : *cookies) {
+            const MaterialStatistics statistics = cache_.statistics(cookie);
+            report.lateSamples += statistics.underrunSamples;
+            report.lateEpisodes += statistics.underrunEpisodes;
+            if (report.failure.empty() && statistics.failedSegments != 0)
+                report.failure = statistics.firstFailure.empty() ? "a read failed" : statistics.firstFailure;
+        }
     return report;
 }
 

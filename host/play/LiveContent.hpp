@@ -22,7 +22,8 @@ class StripPlayer;
 /// The settings that play a strip at a speed of the transport, which is negative backwards: a multiple of the
 /// strip's own speed and direction. A speed of 1 leaves the settings as they are. Backwards, fades and
 /// automation stay where they are on the material. Other speeds take the band-limited converter up to the
-/// configured limit and the linear one beyond, or the linear one where the strip has that. Throws
+/// configured limit and the linear one beyond, or the linear one where the strip has that. A strip with the
+/// converter `best` keeps it at 1 and -1. Throws
 /// std::invalid_argument for 0, for what is not a number, and for speeds that a strip cannot have.
 StripSettings settingsAt(const StripSettings& strip, double speed);
 
@@ -38,7 +39,7 @@ public:
     LiveContent(const std::vector<std::shared_ptr<SampleSource>>& channels, StripSettings strip,
                 const MaterialCacheOptions& cache, RenderFunctionLookUp<Unclipped> inlined = nullptr);
 
-    std::size_t channels() const { return cookies_.size(); }
+    std::size_t channels() const { return material_.size(); }
     Distance<SourceRate> length() const { return strip_.to - strip_.from; }
 
     /// Starts at the output sample that is nearest to the position; requests nothing yet. Throws what
@@ -60,7 +61,19 @@ public:
 
 private:
     class Voice;
+    using Cookies = std::vector<Cookie>;
 
+    /// How players play the strip at a speed of the transport.
+    struct Played {
+        StripSettings settings;
+        /// Of what they read, one for each channel.
+        const Cookies& cookies;
+        /// Samples of the range for each of the settings' range: the speed with the converter `best`, else 1.
+        double scale;
+    };
+
+    Played at(double speed) const;
+    Cookies add(const std::vector<std::shared_ptr<SampleSource>>& channels, const StripSettings& strip);
     /// Renders the next samples of a player as the library's 32-bit floats, clipped. Returns how many.
     static std::size_t render(StripPlayer& player, std::span<float> samples);
     /// The segments that so many frames read, in the order of reading.
@@ -72,7 +85,10 @@ private:
     std::int32_t segmentLength_;
     RenderFunctionLookUp<Unclipped> inlined_;
     MaterialCache cache_;
-    std::vector<Cookie> cookies_;
+    Cookies material_;
+    /// With the converter `best`: the material at the strip's speed, for either direction. Else empty.
+    Cookies forwards_;
+    Cookies backwards_;
     std::uint64_t lateSamples_ = 0;
     SpanList<RangeClock> late_;
 };

@@ -40,7 +40,8 @@ public:
           output(ring, content.channels(), fadeFrames), renderer(content, mix, ring, sizes) {
         // The deck is faster than time, so all is loaded before.
         for (std::int64_t at = 0; at < content.length(); at += 4099)
-            content.awaitLoaded(static_cast<double>(at), 1.0, 1, [] { return true; });
+            for (const double speed : {1.0, -1.0})
+                content.awaitLoaded(static_cast<double>(at), speed, 1, [] { return true; });
     }
 
     void play(double speed) {

@@ -1,4 +1,6 @@
+#include "host/mix/ConvertedSources.hpp"
 #include "host/play/MixedTimeline.hpp"
+#include "host/signal/BestConverter.hpp"
 #include "tests/host/mix/TestTimeline.hpp"
 #include "tests/host/play/LiveDeck.hpp"
 
@@ -21,8 +23,9 @@ std::vector<std::shared_ptr<SampleSource>> twoChannels() {
 /// From one output sample of the player to the end of the strip.
 std::vector<float> playedAlone(const StripSettings& settings, std::uint64_t from) {
     MaterialCache cache;
-    cache.add(settings.cookie, std::make_shared<MemorySource>(soundNumber(1, soundLength)));
-    StripPlayer player(cache, settings);
+    cache.add(settings.cookie,
+              materialAtNormalSpeed(std::make_shared<MemorySource>(soundNumber(1, soundLength)), settings));
+    StripPlayer player(cache, atNormalSpeed(settings));
     player.seek(from);
     std::vector<float> played(player.outputLength() - from);
     player.render(played);
@@ -77,7 +80,8 @@ TEST(LiveRenderer, DeliversTheBytesOfAStripPlayerAtAnySteadySpeed) {
         {-1.0, 20001, false, 1.0, Converter::none}, {1.0, 123, true, 1.0, Converter::none},
         {1.1, 0, false, 1.0, Converter::filtering}, {-0.5, 30000, false, 1.0, Converter::filtering},
         {8.0, 0, false, 1.0, Converter::linear},    {-1.0, 30000, false, 1.5, Converter::linear},
-        {2.0, 0, true, 1.25, Converter::filtering}};
+        {2.0, 0, true, 1.25, Converter::filtering}, {1.0, 7500, false, 1.25, Converter::best},
+        {-1.0, 22500, false, 1.25, Converter::best}};
     for (const auto& [speed, from, reverse, stripSpeed, converter] : cases) {
         StripSettings strip = wholeStrip(soundLength);
         strip.reverse = reverse;

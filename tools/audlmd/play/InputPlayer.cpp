@@ -77,7 +77,7 @@ InputPlayer::InputPlayer(PlaySession& session, PlayInput& input, bool isFirst, b
       keys_(stepsOf(input, *player_), session.level) {
     for (const std::string& note : input_.notes())
         print(note);
-    player_->setSpeed(session.options.speed());
+    player_->setSpeed(input_.startSpeed(session.options.speed()));
     if (isFirst && session.options.from)
         player_->seek(momentIn(*session.options.from, input_.whole()));
     carryOut(SetLevel{session.level}, *player_);

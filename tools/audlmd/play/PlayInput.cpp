@@ -18,9 +18,13 @@
 namespace audlmd::command {
 namespace {
 
-/// The strip as it lies forwards at its own speed: direction and speed are the transport's.
+/// The strip as it lies forwards at its own speed: direction and speed are the transport's, but for the speed
+/// of the converter best.
 StripSettings forwards(const StripSettings& asRendered, bool converts) {
     StripSettings strip = asRendered.reverse ? settingsAt(asRendered, -1.0) : asRendered;
+    // At the speed that is asked for the transport plays normally, and converts at others.
+    if (strip.converter == Converter::best)
+        return strip;
     strip.speed = 1.0;
     // Keep the linear converter if the user chose it; the transport adds the filtering one by itself.
     if (!converts || strip.converter != Converter::linear)
@@ -46,12 +50,11 @@ void PlayInput::openSound(const PlayableFile& file) {
     if (!file.note.empty())
         notes_.push_back(file.note);
     notes_.insert(notes_.end(), opened.notes.begin(), opened.notes.end());
-    settings_ = forwards(
-        options_.strip
-            .settingsFor(
-                {.path = name_, .frames = media_.channels.front()->length(), .sampleRate = media_.sampleRate})
-            .settings,
-        options_.strip.converter.has_value());
+    const ResolvedStrip strip = options_.strip.settingsFor(
+        {.path = name_, .frames = media_.channels.front()->length(), .sampleRate = media_.sampleRate});
+    std::ranges::copy_if(strip.notes, std::back_inserter(notes_),
+                         [](const std::string& note) { return !note.empty(); });
+    settings_ = forwards(strip.settings, options_.strip.converter.has_value());
 }
 
 void PlayInput::openTimeline() {

@@ -22,6 +22,8 @@ public:
     int sampleRate() const;
     /// In frames of pictures per second; 0 where it is not known.
     double frameRate() const { return timeline_.frameRate; }
+    /// What the transport starts at, for a speed that the user has asked for.
+    double startSpeed(double asked) const { return asked / settings_.speed; }
     /// What moments on the command line are in.
     RangeOf whole() const;
     /// Plays the input on another number of channels, for a device that does not have as many. Returns what

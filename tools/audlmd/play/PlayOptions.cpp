@@ -27,7 +27,7 @@ TIMELINES are those of mix (.otio, .otioz, .otiod, .json), with --speed, --rever
 Their times are shown in frames, where they have a frame rate: --from takes them as they are shown, with the
 @ and the rate. SOUND FILES have the sound options of render; --speed and --reverse say how the transport
 starts, and fades and automation then lie as render lays them. Speeds beyond the band-limited converter are
-played by the linear one.
+played by the linear one. With --converter best the transport's normal speed is that of --speed.
 
 UNDERRUNS are counted apart: late samples were not read from the disk in time, and are silent; starved frames
 were not rendered in time; the device counts how often it had to play on without us. More --latency helps
