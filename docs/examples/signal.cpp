@@ -1,6 +1,7 @@
 #include "sounds.hpp"
 #include <host/cache/MaterialCache.hpp>
 #include <host/services/Identities.hpp>
+#include <host/signal/BestConverter.hpp>
 #include <host/signal/GainLaws.hpp>
 #include <host/signal/RecordNumbers.hpp>
 #include <host/signal/Speed.hpp>
@@ -137,6 +138,16 @@ static void speeds() {
     assert(std::abs(sourceSamplesOf(far) - 1500.0) < 1e-5);
     assert(positionsUpTo(far, start, step) == 1001 && stepsToWholePosition(start, step) >= 1);
     //! [positions]
+
+    //! [best]
+    StripSettings strip;
+    strip.to = 48000;
+    strip.converter = Converter::best;
+    strip.speed = 1.5;
+    assert(!whyNotBest(strip));
+    const StripSettings plain = atNormalSpeed(strip); // for the material that materialAtNormalSpeed() reads
+    assert(plain.converter == Converter::none && plain.speed == 1.0 && plain.to - plain.from == 32000);
+    //! [best]
 }
 
 static void convert() {

@@ -2,6 +2,7 @@
 #include <host/mix/ConvertedSources.hpp>
 #include <host/mix/Mixer.hpp>
 #include <host/timeline/List.hpp>
+#include <host/timeline/MediaFinder.hpp>
 #include <host/timeline/ReportText.hpp>
 #include <host/timeline/TimelineError.hpp>
 #include <host/timeline/TimelineFiles.hpp>
@@ -81,6 +82,18 @@ static void write(const Timeline& timeline) {
     const timeline::TimelineText file = timeline::readTimelineText("film.json"); // or a bundle
     assert(file.text == text && timeline::contentOfBundle("film.json").empty());
     //! [file]
+
+    //! [finder]
+    DecodedCache films;
+    timeline::MediaFinder finder({.folders = {"."}, // the timeline is from a machine with other folders
+                                  .playable = [&films](const std::filesystem::path& medium, std::optional<int> stream) {
+                                      return films.playable(medium, stream.value_or(1) - 1);
+                                  }});
+    options.media = [&finder](const std::string& media) { return finder.factsOf(media); };
+    const Mixer mixer(timeline::readTimeline(text, options),
+                      [&finder](const std::string& media) { return finder.open(media); });
+    assert(finder.find("/gone/tone.wav").path == "./tone.wav");
+    //! [finder]
 }
 
 static void route() {
@@ -90,6 +103,8 @@ static void route() {
     std::puts(foldDownText(usualLayout(6), usualLayout(2)).c_str());
     const Routing rightAlone = combined(toStereo, pickedChannels({1}, 2));
     assert(rightAlone.rows.size() == 1);
+    const Routing leftLouder = panned(toStereo, -50.0, usualLayout(2)); // right to a third
+    assert(leftLouder.rows[0] == toStereo.rows[0]);
     //! [routing]
 
     //! [media]

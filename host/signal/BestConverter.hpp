@@ -28,6 +28,7 @@ std::optional<std::string> whyNotBest(const StripSettings& strip);
 /// speed, each time rounded to a sample; bands are designed at their frequency times the speed, and so mean
 /// the frequencies of the material. Throws std::invalid_argument for what whyNotBest() names, and for
 /// positions that are out of range.
+/// \snippet signal.cpp best
 StripSettings atNormalSpeed(const StripSettings& strip);
 
 /// So many samples of silence stand before the material when it is converted. The sample that the strip

@@ -58,6 +58,7 @@ struct MediaSearch {
 /// files are one medium, see namesIn().
 ///
 /// Thread safe.
+/// \snippet timeline.cpp finder
 class MediaFinder {
 public:
     explicit MediaFinder(MediaSearch search) : search_(std::move(search)) {}
