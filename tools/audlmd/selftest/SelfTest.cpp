@@ -59,7 +59,7 @@ private:
 };
 
 /// 16-bit noise 12 dB below full scale: the same numbers with every library.
-std::vector<float> noise(std::size_t length, std::uint32_t seed = 1) {
+std::vector<float> wholeNoise(std::size_t length, std::uint32_t seed = 1) {
     std::vector<float> samples(length);
     for (float& sample : samples) {
         seed = seed * 1664525U + 1013904223U;
@@ -78,9 +78,9 @@ StripSettings settingsOf(int combination, Converter converter, std::int64_t leng
     settings.from = -50;
     settings.to = length + 50;
     settings.converter = converter;
-    constexpr std::array speeds{0.375, 1.1, 2.0, 0.77, 3.3};
+    constexpr std::array testSpeeds{0.375, 1.1, 2.0, 0.77, 3.3};
     if (converter != Converter::none)
-        settings.speed = speeds[static_cast<std::size_t>(combination) % speeds.size()];
+        settings.speed = testSpeeds[static_cast<std::size_t>(combination) % testSpeeds.size()];
     settings.reverse = combination % 2 != 0;
     const auto whole = static_cast<std::uint64_t>(settings.to - settings.from);
     constexpr std::array<std::array<unsigned int, 2>, 6> twelfths{
@@ -114,7 +114,7 @@ template <class Use>
 void forEachCombination(Converter converter, std::size_t length, RenderFunctionLookUp<Unclipped> inlined,
                         Use use) {
     MaterialCache cache({.segmentLength = 509});
-    cache.add(Cookie(), std::make_shared<MemorySource>(noise(length)));
+    cache.add(Cookie(), std::make_shared<MemorySource>(wholeNoise(length)));
     for (int combination = 0; combination < combinations; ++combination) {
         StripPlayer player(cache, settingsOf(combination, converter, static_cast<std::int64_t>(length)),
                            inlined);
@@ -122,7 +122,7 @@ void forEachCombination(Converter converter, std::size_t length, RenderFunctionL
     }
 }
 
-std::uint64_t compiledIn(Converter converter) {
+std::uint64_t compiledInBytes(Converter converter) {
     Fingerprint bytes;
     forEachCombination(converter, 1500, &inlinedRenderFunction, [&](StripPlayer& player) {
         std::vector<float> samples(player.outputLength());
@@ -141,7 +141,7 @@ Out outputAt(std::byte* containers) {
 }
 
 /// Written, and summed to what was written.
-std::uint64_t throughTables(FormatId format) {
+std::uint64_t tableBytes(FormatId format) {
     Fingerprint bytes;
     for (const Converter converter : converters)
         forEachCombination(converter, 300, nullptr, [&](StripPlayer& player) {
@@ -158,8 +158,8 @@ std::uint64_t throughTables(FormatId format) {
     return bytes.value();
 }
 
-std::uint64_t atRate(int from, int to) {
-    RateConvertedSource source(std::make_shared<MemorySource>(noise(100'000)), from, to);
+std::uint64_t rateBytes(int from, int to) {
+    RateConvertedSource source(std::make_shared<MemorySource>(wholeNoise(100'000)), from, to);
     std::vector<float> samples(static_cast<std::size_t>(source.length()));
     source.read(0, samples);
     Fingerprint bytes;
@@ -167,8 +167,8 @@ std::uint64_t atRate(int from, int to) {
     return bytes.value();
 }
 
-std::uint64_t delivered(Rounding rounding) {
-    std::vector<float> samples = noise(20'000);
+std::uint64_t deliveryBytes(Rounding rounding) {
+    std::vector<float> samples = wholeNoise(20'000);
     for (std::size_t n = 0; n < samples.size(); n += 7)
         samples[n] *= 5.0F;
     Fingerprint bytes;
@@ -181,7 +181,7 @@ std::uint64_t delivered(Rounding rounding) {
 }
 
 /// Three overlapping strips on two tracks, of two sounds.
-std::vector<std::vector<float>> mixed() {
+std::vector<std::vector<float>> mixedChannels() {
     Timeline timeline;
     timeline.length = 96'000;
     const auto strip = [](const char* media, std::int64_t at, double gain, double pan) {
@@ -202,8 +202,8 @@ std::vector<std::vector<float>> mixed() {
     timeline.tracks = {{"a", {strip("1", 0, -3.0, -30.0), strip("2", 40'000, 20.5, 0.0)}},
                        {"b", {strip("2", 30'000, 1.0, 100.0)}}};
     const auto open = [](const std::string& media) {
-        return Media{.channels = {std::make_shared<MemorySource>(noise(48'000, media == "1" ? 5 : 9)),
-                                  std::make_shared<MemorySource>(noise(48'000, media == "1" ? 6 : 10))}};
+        return Media{.channels = {std::make_shared<MemorySource>(wholeNoise(48'000, media == "1" ? 5 : 9)),
+                                  std::make_shared<MemorySource>(wholeNoise(48'000, media == "1" ? 6 : 10))}};
     };
     Mixer mixer(std::move(timeline), open, {.inlined = &inlinedRenderFunction});
     std::vector channels(2, std::vector<float>(96'000));
@@ -211,16 +211,16 @@ std::vector<std::vector<float>> mixed() {
     return channels;
 }
 
-std::uint64_t mix() {
+std::uint64_t mixBytes() {
     Fingerprint bytes;
-    for (const std::vector<float>& channel : mixed())
+    for (const std::vector<float>& channel : mixedChannels())
         bytes.add(std::span<const float>(channel));
     return bytes.value();
 }
 
 /// In thousandths of a decibel, which is finer than anyone states and coarser than a last bit.
-std::uint64_t loudness() {
-    const std::vector<std::vector<float>> channels = mixed();
+std::uint64_t loudnessBytes() {
+    const std::vector<std::vector<float>> channels = mixedChannels();
     LoudnessMeter meter(usualLayout(2), 48'000);
     meter.add(std::array{std::span<const float>(channels[0]), std::span<const float>(channels[1])});
     const std::array levels{meter.integrated().value_or(0.0),
@@ -244,19 +244,19 @@ std::vector<SelfTestJob> selfTestJobs() {
     };
     for (const Converter converter : converters)
         add("192 chains, converter " + std::string(words::wordOf(words::converterWords, converter)),
-            [converter] { return compiledIn(converter); });
+            [converter] { return compiledInBytes(converter); });
     for (const OutputFormat& format : outputFormats)
         add("576 chains through the tables, " + std::string(format.name),
-            [id = format.id] { return throughTables(id); });
+            [id = format.id] { return tableBytes(id); });
     for (const auto& [from, to] :
          {std::pair(44'100, 48'000), std::pair(48'000, 44'100), std::pair(96'000, 48'000)})
         add("rate " + std::to_string(from) + " to " + std::to_string(to),
-            [from, to] { return atRate(from, to); });
-    add("delivery, nearest", [] { return delivered(Rounding::nearest); });
-    add("delivery, dithered", [] { return delivered(Rounding::dithered); });
-    add("delivery, truncated", [] { return delivered(Rounding::truncated); });
-    add("mix of two tracks", &mix);
-    add("loudness of the mix", &loudness);
+            [from, to] { return rateBytes(from, to); });
+    add("delivery, nearest", [] { return deliveryBytes(Rounding::nearest); });
+    add("delivery, dithered", [] { return deliveryBytes(Rounding::dithered); });
+    add("delivery, truncated", [] { return deliveryBytes(Rounding::truncated); });
+    add("mix of two tracks", &mixBytes);
+    add("loudness of the mix", &loudnessBytes);
     return jobs;
 }
 
