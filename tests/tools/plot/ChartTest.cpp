@@ -107,6 +107,8 @@ TEST(Spectrogram, HoldsTheMeanOfAColumnAndTheLargestOfARow) {
                 EXPECT_LT(level, column == 4 || column == 7 ? -30.0F : -120.0F) << column << ", " << row;
         }
     EXPECT_EQ(std::tuple(chart.x.to, chart.y.to, chart.heatMap->scale.from), std::tuple(1.0, 1.536, -99.0));
+    // Of no samples as of one.
+    EXPECT_EQ(Spectrogram(0, 3072, 8, 4).chart(-99.0).x.to, 1.0 / 3072.0);
 }
 
 } // namespace
