@@ -12,6 +12,7 @@ if(AUDLMD_DOXYGEN)
     list(JOIN referenceInput " " referenceInput)
     configure_file(docs/Doxyfile.in Doxyfile @ONLY)
     add_custom_target(audlmd_reference
+        COMMAND ${CMAKE_COMMAND} -E rm -rf ${PROJECT_BINARY_DIR}/reference # pages of headers that are gone
         COMMAND ${CMAKE_COMMAND} -E make_directory ${PROJECT_BINARY_DIR}/reference
         COMMAND ${AUDLMD_DOXYGEN} Doxyfile
         WORKING_DIRECTORY ${PROJECT_BINARY_DIR} VERBATIM)

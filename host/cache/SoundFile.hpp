@@ -52,7 +52,9 @@ public:
     SoundFile(const SoundFile&) = delete;
     SoundFile& operator=(const SoundFile&) = delete;
 
+    /// As it was given.
     const std::filesystem::path& path() const;
+    /// Samples in a frame.
     int channels() const;
     /// In frames per second.
     int sampleRate() const;

@@ -37,6 +37,7 @@ public:
     /// Takes the next samples, see LoudnessMeter::add().
     void add(std::span<const std::span<const float>> channels);
 
+    /// Of all that was added.
     ProgrammeLevels levels() const;
 
 private:

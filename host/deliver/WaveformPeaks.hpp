@@ -24,6 +24,7 @@ public:
 
     /// Little-endian: 24 bytes of header, then lowest and highest of each channel, stretch by stretch.
     std::string binary() const;
+    /// The same numbers as text.
     std::string json() const;
 
 private:

@@ -63,6 +63,7 @@ struct DecodedCacheOptions {
 /// \snippet cache.cpp decoded
 class DecodedCache {
 public:
+    /// Makes and reads nothing yet.
     explicit DecodedCache(DecodedCacheOptions options = {});
     ~DecodedCache();
     DecodedCache(const DecodedCache&) = delete;

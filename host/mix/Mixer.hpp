@@ -64,6 +64,7 @@ public:
     Mixer(const Mixer&) = delete;
     Mixer& operator=(const Mixer&) = delete;
 
+    /// As it was given.
     const Timeline& timeline() const;
 
     /// Renders the output from `position` on, which may lie anywhere: a buffer for each channel of

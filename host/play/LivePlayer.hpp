@@ -51,7 +51,9 @@ public:
     LivePlayer(const LivePlayer&) = delete;
     LivePlayer& operator=(const LivePlayer&) = delete;
 
+    /// Samples in a frame.
     std::size_t channels() const;
+    /// In frames per second.
     int sampleRate() const;
     /// In samples.
     std::int64_t length() const;
@@ -62,6 +64,7 @@ public:
 
     /// Plays on from position(). At the end of the sound, in the direction of the speed, plays it again.
     void play();
+    /// Fades out, and keeps the position.
     void stop();
     /// 1 is the sound's own speed, -1 plays backwards. Takes effect at once while playing. Throws
     /// std::invalid_argument for 0, and for speeds that together with the strip's own are beyond slowestSpeed
@@ -80,10 +83,13 @@ public:
 
     // What the device was given last.
 
+    /// The next sample of the sound that the device is given.
     RangeSample position() const;
+    /// That of the last setSpeed(); 1 before.
     double speed() const;
     /// False at the end of the sound, and while jogging.
     bool isPlaying() const;
+    /// Of the last setLoop().
     std::optional<RangeSpan> loop() const;
     /// The largest magnitude of a channel since the last call.
     float takePeak(std::size_t channel);

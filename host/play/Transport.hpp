@@ -39,12 +39,15 @@ public:
     Transport(Distance<SourceRate> length, Distance<SourceRate> shortestLoop)
         : end_(RangeSample() + length), shortestLoop_(shortestLoop) {}
 
-    // What each order does is described in LivePlayer.
-
+    /// As LivePlayer::play().
     void play(const Heard& heard);
+    /// As LivePlayer::stop().
     void stop();
+    /// As LivePlayer::setSpeed(), for any speed.
     void setSpeed(double speed);
+    /// As LivePlayer::seek().
     void seek(RangeSample position, const Heard& heard);
+    /// As LivePlayer::jog().
     void jog(Distance<SourceRate> samples, const Heard& heard);
     /// Throws std::invalid_argument for a loop that is too short or not inside the sound.
     void setLoop(std::optional<RangeSpan> range);

@@ -49,6 +49,7 @@ public:
     constexpr Sample() = default;
     template <std::integral Number>
     constexpr Sample(Number number) : number_(static_cast<std::int64_t>(number)) {}
+    /// On the clock.
     constexpr std::int64_t number() const { return number_; }
 
     // NOLINTNEXTLINE(modernize-use-nullptr): a comparison with the 0 that the compiler writes
@@ -89,6 +90,7 @@ struct Span {
     Sample<Clock> from;
     Sample<Clock> to;
 
+    /// In samples of the clock; negative where `to` lies before `from`.
     constexpr Distance<typename Clock::Rate> length() const { return to - from; }
     constexpr bool isEmpty() const { return to <= from; }
 

@@ -84,6 +84,7 @@ public:
     /// The u-value on the straight line of the plan, and the gain by the law of the curve. These two are the
     /// ideal; the renderer comes as close as the class comment says.
     double uValueAt(RangeSample sample) const;
+    /// Linear.
     double gainAt(RangeSample sample) const;
 
 private:

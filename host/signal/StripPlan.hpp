@@ -34,11 +34,15 @@ struct StripPlan {
     /// plan of atNormalSpeed().
     explicit StripPlan(StripSettings stripSettings);
 
+    /// In which the material is read.
     Aud::Render::Direction direction() const {
         return settings.reverse ? Aud::Render::Direction::reverse : Aud::Render::Direction::forward;
     }
 
+    /// Which sample of the material a sample of the range is. In reverse the first one is the last in the
+    /// material.
     MaterialSample inMaterial(RangeSample sample) const;
+    /// The inverse.
     RangeSample inRange(MaterialSample sample) const;
     /// The position of a sample on the automation. Needs settings.automation. Independent of the direction in
     /// which the material is read.
