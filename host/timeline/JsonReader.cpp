@@ -179,11 +179,11 @@ void noteUnplayed(const TimelineStrip& strip, const Reading& reading) {
     noteOutsideAutomation(strip, reading);
 }
 
-/// Without "converter" a speed other than 1 takes the filtering one.
+/// Without "converter" a speed other than 1 takes the best one.
 void readSpeed(StrictObject& fields, StripSettings& settings) {
     settings.speed = fields.number("speed", 1.0, slowestSpeed, fastestSpeed);
     settings.converter = fields.word("converter", words::converterWords)
-                             .value_or(settings.speed == 1.0 ? Converter::none : Converter::filtering);
+                             .value_or(settings.speed == 1.0 ? Converter::none : Converter::best);
 }
 
 /// The name is read first, so that every message about the strip can show it.

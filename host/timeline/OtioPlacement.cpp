@@ -87,7 +87,7 @@ void setConverter(const ClipPlacement& placement, StripSettings& settings) {
     } catch (const std::invalid_argument& error) {
         placement.reading.fail(error.what());
     }
-    settings.converter = placement.clip.sound.converter.value_or(Converter::filtering);
+    settings.converter = placement.clip.sound.converter.value_or(Converter::best);
     if (settings.speed == 1.0) {
         settings.converter = Converter::none;
     } else if (settings.converter == Converter::none) {

@@ -127,7 +127,7 @@ TEST(OtioReader, MultipliesTimeWarpsAndKeepsTheDuration) {
         EXPECT_EQ(strip.settings.from, 100 * frame);
         EXPECT_EQ(strip.settings.to, (100 + c.frames) * frame);
         EXPECT_EQ(strip.length, 10 * frame);
-        EXPECT_EQ(strip.settings.converter, c.speed == 1.0 ? Converter::none : Converter::filtering);
+        EXPECT_EQ(strip.settings.converter, c.speed == 1.0 ? Converter::none : Converter::best);
     }
 }
 

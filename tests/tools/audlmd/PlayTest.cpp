@@ -31,9 +31,9 @@ class PlayCommand : public PlayFixture {};
 TEST_F(PlayCommand, PlaysTheSamplesOfRenderAndMix) {
     writeSound(in("a.wav"), noise(2, 40'000));
     for (const std::string options :
-         {"", "--map 2,1", "--from 0.3", "--reverse", "--speed 1.1", "--speed 0.8 --reverse",
-          "--speed 1.5 --converter linear --reverse", "--speed 1.25 --converter best --fade-in 0.2",
-          "--speed 1.25 --converter best --reverse",
+         {"", "--map 2,1", "--from 0.3", "--reverse", "--speed 1.1 --converter filtering",
+          "--speed 0.8 --reverse --converter filtering", "--speed 1.5 --converter linear --reverse",
+          "--speed 1.25 --converter best --fade-in 0.2", "--speed 1.25 --converter best --reverse",
           "--eq peak:1k:3 --gain 27 --level -30 --fade-in 0.2 --fade-out 0.1:log --reverse"})
         expectPlaysWhatRenderWrites(options);
     writeBytes(in("film.json"), R"({"audlmd": 1, "sampleRate": 48000, "channels": 2, "tracks": [{"name": "A1",

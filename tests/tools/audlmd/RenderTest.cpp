@@ -225,16 +225,16 @@ TEST_F(Render, TellsProgramsAnObjectALine) {
 
 TEST_F(Render, EndsWithFiguresAndRefusesWhatTheSpeedLimitExcludes) {
     writeSound(in("a.wav"), noise(1, 48000));
-    const std::string line = "render a.wav -o out.wav --speed 4";
+    const std::string line = "render a.wav -o out.wav --speed 4 --converter filtering";
     const std::string figures = output(line);
     EXPECT_TRUE(figures.starts_with("rendered 12000 samples on 1 channel (0.250 s) in ")) << figures;
     EXPECT_TRUE(figures.ends_with(" times real time; underruns: 0 samples in 0 episodes\n")) << figures;
     setenv("AUDLMD_AudioPlaybackSpeedLimit", "2", 1);
     expectRefused(line, "to 2 (the setting AudioPlaybackSpeedLimit), not at 4: choose the linear converter");
     expectRefused("play a.wav --speed 4 --converter filtering", "choose the linear converter");
-    output(line + " --converter linear");
-    output(line + " --converter best");
-    EXPECT_THAT(output("render a.wav -o out.wav --speed 2 --converter best --eq peak:12k:3"),
+    output("render a.wav -o out.wav --speed 4 --converter linear");
+    output("render a.wav -o out.wav --speed 4");
+    EXPECT_THAT(output("render a.wav -o out.wav --speed 2 --eq peak:12k:3"),
                 HasSubstr("is heard at 24000 Hz, half the sample rate or above; the filtering one is used"));
     // An empty variable is none, so the file counts, and without a file the default.
     setenv("AUDLMD_AudioPlaybackSpeedLimit", "", 1);
@@ -253,7 +253,7 @@ TEST_F(Render, EndsWithFiguresAndRefusesWhatTheSpeedLimitExcludes) {
                   "played\n");
     unsetenv("AUDLMD_AudioPlaybackSpeedlimit");
     setenv("AUDLMD_CONFIG", "", 1);
-    expectRefused("render a.wav -o out.wav --speed 6.5", "to 6 (the setting");
+    expectRefused("render a.wav -o out.wav --speed 6.5 --converter filtering", "to 6 (the setting");
     setenv("AUDLMD_CONFIG", in("no.conf").c_str(), 1);
     EXPECT_NE(run(line).errors.find("no.conf: AUDLMD_CONFIG names this file, but it is not there\n"),
               std::string::npos);
@@ -328,8 +328,8 @@ TEST_F(Render, DithersATinyToneWithNoHarmonicAboveTheNoise) {
 
 TEST_F(Render, ExplainsWhatItDoesWithoutDoingIt) {
     writeSound(in("a.wav"), noise(1, 48000));
-    const std::string text =
-        output("render a.wav --gain 12.0412 --level -6 --speed 1.5 --format s16 --explain");
+    const std::string text = output(
+        "render a.wav --gain 12.0412 --level -6 --speed 1.5 --converter filtering --format s16 --explain");
     for (const char* part :
          {"mode code 1602 (0x642)", "direction              1", "srcStage               2",
           "output type 2 of 14 in the registration order: Aud::Sample<16, 2,", "output length 32000 samples",

@@ -79,7 +79,7 @@ def test_pulseaudio():
     start("parec", "--device=test.monitor", "--format=float32le", "--rate=48000", "--channels=2", "--raw", heard)
     assert soon(lambda: heard.exists() and heard.stat().st_size > 0), "parec does not record"
     write_noise(40000)
-    for options in [], ["--reverse"], ["--speed", "1.1", "--gain", "-3"]:
+    for options in [], ["--reverse"], ["--speed", "1.1", "--converter", "filtering", "--gain", "-3"]:
         audlmd("render", "a.wav", "-o", "a.raw", "--format", "f32", *options)
         # The first frames fade in.
         rendered = pathlib.Path("a.raw").read_bytes()[8 * 240:]

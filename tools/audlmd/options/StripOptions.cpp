@@ -99,7 +99,9 @@ void StripOptions::declareSound(CLI::App& app) {
         ->option_text("S")
         ->group("Sound");
     addParsed(app, "--converter", converter, &parseConverter,
-              "best (free of aliases), filtering (band-limited, the default) or linear (cheap, any speed)")
+              "best (free of aliases, the default of render), filtering (band-limited, the default of play) "
+              "or linear "
+              "(cheap, any speed)")
         ->option_text("NAME")
         ->group("Sound");
 }
@@ -144,7 +146,8 @@ ResolvedStrip StripOptions::settingsFor(const StripInput& input) const {
     settings.outerLevel = level;
     if (speed) {
         settings.speed = speed->factor;
-        settings.converter = converter.value_or(Converter::filtering);
+        settings.converter =
+            converter.value_or(settings.speed == 1.0 ? Converter::filtering : Converter::best);
     }
     const ResolvedRange part = range.in({.name = words::quoted(input.path.string()),
                                          .length = input.frames,

@@ -55,7 +55,7 @@ struct StripOptions {
     std::optional<std::filesystem::path> automation;
     bool automationReverse = false;
     std::optional<SpeedValue> speed;
-    /// Not set: the filtering converter where there is a speed, else none.
+    /// Not set: best where there is a speed other than 1, filtering at speed 1, else none.
     std::optional<Converter> converter;
 
     /// Declare the options of the groups "Range" and "Sound". This object must outlive the app.

@@ -50,7 +50,11 @@ void PlayInput::openSound(const PlayableFile& file) {
     if (!file.note.empty())
         notes_.push_back(file.note);
     notes_.insert(notes_.end(), opened.notes.begin(), opened.notes.end());
-    const ResolvedStrip strip = options_.strip.settingsFor(
+    // Where nobody chooses the converter, the transport does.
+    StripOptions asked = options_.strip;
+    if (asked.speed && !asked.converter)
+        asked.converter = Converter::filtering;
+    const ResolvedStrip strip = asked.settingsFor(
         {.path = name_, .frames = media_.channels.front()->length(), .sampleRate = media_.sampleRate});
     std::ranges::copy_if(strip.notes, std::back_inserter(notes_),
                          [](const std::string& note) { return !note.empty(); });
