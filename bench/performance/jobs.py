@@ -17,7 +17,10 @@ ALL = "audlmd, all processors"
 FADE = 5
 # At most so many times the CPU time of the faster peer.
 GOALS = {"f32 to s16": 1.3, "fade and level, s24": 0.75, "five-band equaliser, fade and level, s24": 0.75,
-         "the same at speed 1.1": 2.0, "reversed, s24": 0.6, "eight files summed into s16": 0.8}
+         "the same at speed 1.1": 2.0, "reversed, s24": 0.6, "eight files summed into s16": 0.8,
+         "speed 1.1 alone, s24": 1.5, "speed 1.1 alone, libsoxr in all, s24": 1.05,
+         "44.1 to 48 kHz, libsoxr in all, s24": 1.05}
+SOXR = "aresample=48000:resampler=soxr:precision=28"
 
 
 def jobs(build, folder):
@@ -35,7 +38,7 @@ def jobs(build, folder):
     sources = [folder / f"in{i}.wav" for i in range(8)]
     out = {name: folder / f"{name}.wav" for name in ("audlmd", "ffmpeg", "sox")}
 
-    def single(bits, own, filters, effects):
+    def single(bits, own, filters, effects, source=source):
         return {"audlmd": [[*audlmd, source, "-o", out["audlmd"], "--format", f"s{bits}", *own]],
                 "ffmpeg": [[*ffmpeg, "-i", source, *(["-af", filters] if filters else []), "-c:a", f"pcm_s{bits}le",
                             out["ffmpeg"]]],
@@ -53,6 +56,12 @@ def jobs(build, folder):
             24, bands["audlmd"] + fade["audlmd"] + ["--speed", "1.1"],
             bands["ffmpeg"] + "," + fade["ffmpeg"] + ",asetrate=52800,aresample=48000",
             bands["sox"] + fade["sox"] + ["speed", "1.1", "rate", "48000"]),
+        "speed 1.1 alone, s24": single(24, ["--speed", "1.1"], "asetrate=52800,aresample=48000",
+                                       ["speed", "1.1", "rate", "48000"]),
+        "speed 1.1 alone, libsoxr in all, s24": single(24, ["--speed", "1.1"], "asetrate=52800," + SOXR,
+                                                       ["speed", "1.1", "rate", "-v", "48000"]),
+        "44.1 to 48 kHz, libsoxr in all, s24": single(24, ["--rate", "48000"], SOXR, ["rate", "-v", "48000"],
+                                                      folder / "cd.wav"),
         "reversed, s24": single(24, ["--reverse"], "areverse", ["reverse"]),
         "eight files summed into s16": {
             "audlmd": [[build / "audlmd", "mix", "--threads", "1", timeline, "-o", out["audlmd"], "--format", "s16"]],
@@ -85,8 +94,9 @@ def level_at_middle(path):
 def measure_jobs(build):
     folder = pathlib.Path(tempfile.mkdtemp(prefix="audlmd-bench-", dir="/dev/shm"))
     try:
-        run(["sox", "-n", "-r", 48000, "-c", 2, "-e", "floating-point", "-b", 32, folder / "in0.wav", "synth", LENGTH,
-             "pinknoise", "gain", -24], stderr=subprocess.DEVNULL)
+        for rate, name in (48000, "in0.wav"), (44100, "cd.wav"):
+            run(["sox", "-n", "-r", rate, "-c", 2, "-e", "floating-point", "-b", 32, folder / name, "synth", LENGTH,
+                 "pinknoise", "gain", -24], stderr=subprocess.DEVNULL)
         for i in range(1, 8):
             shutil.copy(folder / "in0.wav", folder / f"in{i}.wav")
         results = {}

@@ -29,7 +29,8 @@ namespace audlmd {
 /// output fall on the same time, and is converted afresh from the input samples that its filters reach. So
 /// the bytes of a read depend on its position only: reading forwards, backwards or at random gives the same
 /// samples. The blocks used last are kept, five or a few more, each of about 32,768 samples or of one period
-/// of the two rates. Who reads straight on, forwards or backwards, has up to four blocks converted at one go.
+/// of the two rates; of a speed two, four times as long. Who reads straight on, forwards or backwards, has up
+/// to four blocks converted at one go.
 ///
 /// Thread safe. The cache converts channels of one exclusive resource, such as a file, one after another. A
 /// NaN or an infinity in the input spoils up to a block. The last bit of a sample can differ between
@@ -69,7 +70,7 @@ private:
     };
 
     RateConvertedSource(std::shared_ptr<SampleSource> source, const SpeedRatio& ratio, std::int64_t lead,
-                        std::string rates);
+                        std::int64_t block, std::string rates);
 
     std::int64_t blockLength() const { return periodsPerBlock_ * outPeriod_; }
     std::shared_ptr<Run> runAt(std::int64_t block);
