@@ -16,7 +16,7 @@ struct SelfTestJob {
     std::function<std::uint64_t()> run;
 };
 
-/// Every chain compiled in, every chain through the library's tables in every output type, rate conversion,
+/// Every chain compiled in, most chains through the library's tables in every output type, rate conversion,
 /// delivery with each rounding, a mix, and its loudness. The material is noise of whole numbers, so that the
 /// jobs need no files. Together they take a few seconds.
 ///
