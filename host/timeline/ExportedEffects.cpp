@@ -142,13 +142,17 @@ void ExportedEffects::finish() {
     if (!equaliserIsOn_)
         return;
     for (const ExportedBand& band : bands_) {
-        const bool hasShape = band.index == 2 || band.index == 3;
+        const bool hasShape = band.index == 2U || band.index == 3U;
+        if (!band.index) {
+            item_.note("a band of the exporter's equaliser has no number and is not played");
+            continue;
+        }
         if (band.gainDb != 0.0)
             item_.sound.equaliser.push_back({BandKind::peak,
-                                             band.frequency.value_or(usualFrequencies.at(band.index)),
+                                             band.frequency.value_or(usualFrequencies.at(*band.index)),
                                              band.gainDb, band.q});
         if (!hasShape)
-            item_.note("band " + std::to_string(band.index) + " of the exporter's equaliser is " +
+            item_.note("band " + std::to_string(*band.index) + " of the exporter's equaliser is " +
                        (band.gainDb == 0.0 ? "not played" : "played as a peak") +
                        ", because its shape is not in the file");
     }
@@ -190,9 +194,10 @@ bool ExportedEffects::readParameter(const Json& parameter, ExportedBand& band) {
 }
 
 bool ExportedEffects::readBand(const std::string& name, const Json& value, bool isIdle, ExportedBand& band) {
-    if (name == "eq band index")
-        band.index = static_cast<std::size_t>(numberIn(value, name, 0.0, 5.0, reading_));
-    else if (name == "eq frequency")
+    if (name == "eq band index") {
+        const double index = numberIn(value, name, -1.0, 5.0, reading_);
+        band.index = index < 0.0 ? std::nullopt : std::optional(static_cast<std::size_t>(index));
+    } else if (name == "eq frequency")
         band.frequency = numberIn(value, name, 1.0, 1e6, reading_);
     else if (name == "eq dB gain")
         band.gainDb = numberIn(value, name, -1000.0, 1000.0, reading_) / 10.0;

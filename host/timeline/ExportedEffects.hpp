@@ -42,7 +42,8 @@ public:
 
 private:
     struct ExportedBand {
-        std::size_t index = 0;
+        /// Nothing where the file has no number for it, or -1.
+        std::optional<std::size_t> index;
         std::optional<double> frequency;
         double gainDb = 0.0;
         double q = 1.0;

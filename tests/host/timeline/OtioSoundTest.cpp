@@ -80,6 +80,10 @@ TEST(OtioSound, ReadsPanAndBandsOfExporters) {
               "band 5 of the exporter's equaliser is played as a peak, because its shape is not in the file");
     EXPECT_TRUE(read(false).tracks[0].strips.at(0).settings.equaliser.empty());
     EXPECT_TRUE(read(false).notes.empty());
+    const Json nameless{{"effects", {band(-1, {parameter("eq dB gain", 30)})}}};
+    const Timeline unknown = readOtio(timeline({track({clip("a", 0, 20, nameless)})}), options());
+    EXPECT_TRUE(unknown.tracks[0].strips.at(0).settings.equaliser.empty());
+    EXPECT_EQ(unknown.notes.at(0).text, "a band of the exporter's equaliser has no number and is not played");
     const Json mistyped{{"effects", {exported({parameter("pan", 101)})}}};
     EXPECT_EQ(stripsOf({clip("a", 0, 20, mistyped)}).at(0).silence,
               "\"pan\" is not a number from -100 to 100");
