@@ -19,6 +19,7 @@ bool registerModes(std::integer_sequence<int, codes...>) {
 }
 
 [[maybe_unused]] const bool registered =
-    registerModes(std::integer_sequence<int, 0, 32, 64, 1024, 1026, 1040, 1056, 1088, 1152, 1154, 1283>());
+    registerModes(std::integer_sequence<int, 0, 32, 64, 1024, 1026, 1040, 1056, 1088, 1152, 1154, 1283, 385,
+                                        387, 397, 407, 1409, 1421>());
 
 } // namespace
