@@ -58,6 +58,8 @@ TEST(MaterialCache, ServesWhoWaitsFirstAndOthersWhileAResourceIsBusy) {
     EXPECT_EQ(read(cache, 15, 5, {.channel = 1}), expectedRead(20, 15, 5));
     held.unlock();
     EXPECT_THAT(busy->awaitReads(11), ElementsAre(0, 500, 30, 40, 50, 60, 510, 520, 530, 10, 20));
+    // The last of them is not only begun.
+    EXPECT_EQ(read(cache, 20, 1), expectedRead(1000, 20, 1));
     held.lock();
     read(cache, 900, 0);
     busy->awaitReads(12);
