@@ -253,7 +253,7 @@ std::vector<SelfTestJob> selfTestJobs() {
     for (const auto& [from, to] :
          {std::pair(44'100, 48'000), std::pair(48'000, 44'100), std::pair(96'000, 48'000)})
         add("rate " + std::to_string(from) + " to " + std::to_string(to),
-            [from, to] { return rateBytes(from, to); });
+            [from = from, to = to] { return rateBytes(from, to); });
     add("delivery, nearest", [] { return deliveryBytes(Rounding::nearest); });
     add("delivery, dithered", [] { return deliveryBytes(Rounding::dithered); });
     add("delivery, truncated", [] { return deliveryBytes(Rounding::truncated); });
