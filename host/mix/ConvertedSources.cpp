@@ -223,7 +223,7 @@ std::shared_ptr<RateConvertedSource::Run> RateConvertedSource::runAt(std::int64_
 /// Longer, the further blocks were read straight on, so that a jump leaves few blocks unread. Backwards, the
 /// blocks of one segment are still read forwards. Blocks that begin or end otherwise than most stay alone.
 std::shared_ptr<RateConvertedSource::Run> RateConvertedSource::newRun(std::int64_t block) const {
-    const auto run = std::make_shared<Run>();
+    auto run = std::make_shared<Run>();
     std::int64_t first = block;
     std::int64_t end = block + 1;
     for (const std::shared_ptr<Run>& kept : kept_) {

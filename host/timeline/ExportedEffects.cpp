@@ -142,7 +142,6 @@ void ExportedEffects::finish() {
     if (!equaliserIsOn_)
         return;
     for (const ExportedBand& band : bands_) {
-        const bool hasShape = band.index == 2U || band.index == 3U;
         if (!band.index) {
             item_.note("a band of the exporter's equaliser has no number and is not played");
             continue;
@@ -151,7 +150,7 @@ void ExportedEffects::finish() {
             item_.sound.equaliser.push_back({BandKind::peak,
                                              band.frequency.value_or(usualFrequencies.at(*band.index)),
                                              band.gainDb, band.q});
-        if (!hasShape)
+        if (*band.index < 2 || *band.index > 3)
             item_.note("band " + std::to_string(*band.index) + " of the exporter's equaliser is " +
                        (band.gainDb == 0.0 ? "not played" : "played as a peak") +
                        ", because its shape is not in the file");
