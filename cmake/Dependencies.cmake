@@ -12,6 +12,8 @@ function(audlmd_find_library target library header)
 endfunction()
 
 audlmd_find_library(Ebur128 ebur128 ebur128.h)
+audlmd_find_library(Hwy hwy hwy/highway.h)
+set_target_properties(Hwy::Hwy PROPERTIES INTERFACE_COMPILE_DEFINITIONS HWY_SHARED_DEFINE)
 audlmd_find_library(PortAudio portaudio portaudio.h)
 audlmd_find_library(Resample resample libresample.h)
 audlmd_find_library(SndFile sndfile sndfile.h)

@@ -3,73 +3,116 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <xmmintrin.h>
 
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "host/signal/BlockLoops.cpp"
+#include "host/signal/Wide.ipp"
+
+HWY_BEFORE_NAMESPACE();
+namespace audlmd::HWY_NAMESPACE {
+namespace {
+
+namespace hn = hwy::HWY_NAMESPACE;
+using Floats = hn::ScalableTag<float>;
+
+// Each loop goes on sample by sample where the rest fills no vector.
+
+void addProduct(float* bus, const float* input, std::size_t count, float gain) {
+    const Floats f;
+    const auto gains = hn::Set(f, gain);
+    std::size_t i = 0;
+    for (; i + hn::Lanes(f) <= count; i += hn::Lanes(f))
+        hn::StoreU(hn::Add(hn::LoadU(f, bus + i), hn::Mul(hn::LoadU(f, input + i), gains)), f, bus + i);
+    for (; i < count; ++i)
+        bus[i] += input[i] * gain;
+}
+
+void addTwoProducts(float* bus, const float* a, float gainOfA, const float* b, float gainOfB,
+                    std::size_t count) {
+    const Floats f;
+    const auto gainsOfA = hn::Set(f, gainOfA);
+    const auto gainsOfB = hn::Set(f, gainOfB);
+    std::size_t i = 0;
+    for (; i + hn::Lanes(f) <= count; i += hn::Lanes(f)) {
+        const auto sum =
+            hn::Add(hn::Mul(hn::LoadU(f, a + i), gainsOfA), hn::Mul(hn::LoadU(f, b + i), gainsOfB));
+        hn::StoreU(hn::Add(hn::LoadU(f, bus + i), sum), f, bus + i);
+    }
+    for (; i < count; ++i)
+        bus[i] += a[i] * gainOfA + b[i] * gainOfB;
+}
+
+void multiplyAll(float* samples, std::size_t count, float gain) {
+    const Floats f;
+    const auto gains = hn::Set(f, gain);
+    std::size_t i = 0;
+    for (; i + hn::Lanes(f) <= count; i += hn::Lanes(f))
+        hn::StoreU(hn::Mul(hn::LoadU(f, samples + i), gains), f, samples + i);
+    for (; i < count; ++i)
+        samples[i] *= gain;
+}
+
+void copyBackwards(const float* last, float* samples, std::size_t count) {
+    const Floats f;
+    std::size_t i = 0;
+    for (; i + hn::Lanes(f) <= count; i += hn::Lanes(f))
+        hn::StoreU(hn::Reverse(f, hn::LoadU(f, last - i - (hn::Lanes(f) - 1))), f, samples + i);
+    for (; i < count; ++i)
+        samples[i] = *(last - i);
+}
+
+float largestMagnitude(const float* samples, std::size_t count) {
+    const Floats f;
+    // Two maxima side by side, because each has to wait for the one before it.
+    auto peaks = hn::Zero(f);
+    auto otherPeaks = hn::Zero(f);
+    std::size_t i = 0;
+    for (; i + 2 * hn::Lanes(f) <= count; i += 2 * hn::Lanes(f)) {
+        // Where one operand is a NaN, the result is the second one.
+        peaks = hn::Max(hn::Abs(hn::LoadU(f, samples + i)), peaks);
+        otherPeaks = hn::Max(hn::Abs(hn::LoadU(f, samples + i + hn::Lanes(f))), otherPeaks);
+    }
+    float peak = hn::GetLane(hn::MaxOfLanes(f, hn::Max(peaks, otherPeaks)));
+    for (; i < count; ++i)
+        peak = std::max(peak, std::fabs(samples[i]));
+    return peak;
+}
+
+} // namespace
+} // namespace audlmd::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
 namespace audlmd {
+namespace {
+
+HWY_EXPORT(addProduct);
+HWY_EXPORT(addTwoProducts);
+HWY_EXPORT(multiplyAll);
+HWY_EXPORT(copyBackwards);
+HWY_EXPORT(largestMagnitude);
+
+} // namespace
 
 void addTo(std::span<float> bus, std::span<const float> input, float gain) {
-    // Four at a time by hand: at the compilers' usual effort one of them does not vectorise a loop of any
-    // length. Each product and each sum is rounded alone, as in the loop for the rest.
-    const std::size_t whole = bus.size() / 4 * 4;
-    const __m128 gains = _mm_set1_ps(gain);
-    for (std::size_t i = 0; i < whole; i += 4) {
-        const __m128 product = _mm_mul_ps(_mm_loadu_ps(&input[i]), gains);
-        _mm_storeu_ps(&bus[i], _mm_add_ps(_mm_loadu_ps(&bus[i]), product));
-    }
-    for (std::size_t i = whole; i < bus.size(); ++i)
-        bus[i] += input[i] * gain;
+    HWY_DYNAMIC_DISPATCH(addProduct)(bus.data(), input.data(), bus.size(), gain);
 }
 
 void addTo(std::span<float> bus, std::span<const float> a, float gainOfA, std::span<const float> b,
            float gainOfB) {
-    const std::size_t whole = bus.size() / 4 * 4;
-    const __m128 gainsOfA = _mm_set1_ps(gainOfA);
-    const __m128 gainsOfB = _mm_set1_ps(gainOfB);
-    for (std::size_t i = 0; i < whole; i += 4) {
-        const __m128 sum =
-            _mm_add_ps(_mm_mul_ps(_mm_loadu_ps(&a[i]), gainsOfA), _mm_mul_ps(_mm_loadu_ps(&b[i]), gainsOfB));
-        _mm_storeu_ps(&bus[i], _mm_add_ps(_mm_loadu_ps(&bus[i]), sum));
-    }
-    for (std::size_t i = whole; i < bus.size(); ++i)
-        bus[i] += a[i] * gainOfA + b[i] * gainOfB;
+    HWY_DYNAMIC_DISPATCH(addTwoProducts)(bus.data(), a.data(), gainOfA, b.data(), gainOfB, bus.size());
 }
 
 void multiply(std::span<float> samples, float gain) {
-    const std::size_t whole = samples.size() / 4 * 4;
-    const __m128 gains = _mm_set1_ps(gain);
-    for (std::size_t i = 0; i < whole; i += 4)
-        _mm_storeu_ps(&samples[i], _mm_mul_ps(_mm_loadu_ps(&samples[i]), gains));
-    for (float& sample : samples.subspan(whole))
-        sample *= gain;
+    HWY_DYNAMIC_DISPATCH(multiplyAll)(samples.data(), samples.size(), gain);
 }
 
 void copyReversed(const float* last, std::span<float> samples) {
-    const std::size_t whole = samples.size() / 4 * 4;
-    for (std::size_t i = 0; i < whole; i += 4) {
-        const __m128 forwards = _mm_loadu_ps(last - i - 3);
-        _mm_storeu_ps(&samples[i], _mm_shuffle_ps(forwards, forwards, _MM_SHUFFLE(0, 1, 2, 3)));
-    }
-    for (std::size_t i = whole; i < samples.size(); ++i)
-        samples[i] = *(last - i);
+    HWY_DYNAMIC_DISPATCH(copyBackwards)(last, samples.data(), samples.size());
 }
 
 float peakOf(std::span<const float> samples) {
-    // Two maxima side by side, because each has to wait for the one before it.
-    const std::size_t whole = samples.size() / 8 * 8;
-    const __m128 sign = _mm_set1_ps(-0.0F);
-    __m128 peaks = _mm_setzero_ps();
-    __m128 otherPeaks = _mm_setzero_ps();
-    for (std::size_t i = 0; i < whole; i += 8) {
-        // Where one operand is a NaN, the instruction gives the second one.
-        peaks = _mm_max_ps(_mm_andnot_ps(sign, _mm_loadu_ps(&samples[i])), peaks);
-        otherPeaks = _mm_max_ps(_mm_andnot_ps(sign, _mm_loadu_ps(&samples[i + 4])), otherPeaks);
-    }
-    float lanes[4];
-    _mm_storeu_ps(lanes, _mm_max_ps(peaks, otherPeaks));
-    float peak = *std::max_element(lanes, lanes + 4);
-    for (const float sample : samples.subspan(whole))
-        peak = std::max(peak, std::fabs(sample));
-    return peak;
+    return HWY_DYNAMIC_DISPATCH(largestMagnitude)(samples.data(), samples.size());
 }
 
 CountAbove countAbove(std::span<const float> samples, float limit) {
@@ -84,3 +127,4 @@ CountAbove countAbove(std::span<const float> samples, float limit) {
 }
 
 } // namespace audlmd
+#endif

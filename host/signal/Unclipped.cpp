@@ -1,82 +1,135 @@
 #include "host/signal/Unclipped.hpp"
 
-#include "host/signal/PackedEncoding.hpp"
 #include "loop_modes/RegistrationOrder.hpp"
+#include "ole/Aud/SummingOutputSampleIterator.hpp"
 
-#include <algorithm>
+#include <cmath>
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <tuple>
 
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "host/signal/Unclipped.cpp"
+#include "host/signal/Wide.ipp"
+// After the file above.
+#include "host/signal/WideEncoding.ipp"
+
+#ifndef AUDLMD_UNCLIPPED
+#define AUDLMD_UNCLIPPED
 namespace audlmd {
 namespace {
 
-using Aud::Render::Summing;
+/// What a width does to as many samples as fill whole vectors. Each returns how many.
+template <class Format>
+struct Conversion {
+    std::size_t (*store)(const float* in, std::size_t count, Format* out);
+    std::size_t (*addAndStore)(const float* in, std::size_t count, Format* out);
+    std::size_t (*addTo)(float* sums, std::size_t count, const Format* in);
+};
+
+using Conversions =
+    std::tuple<Conversion<Aud::SampleF32>, Conversion<Aud::SampleS8>, Conversion<Aud::SampleU8>,
+               Conversion<Aud::SampleS16>, Conversion<Aud::SampleS24>, Conversion<Aud::SampleS24In32>,
+               Conversion<Aud::SampleS32>>;
+
+} // namespace
+} // namespace audlmd
+#endif
+
+HWY_BEFORE_NAMESPACE();
+namespace audlmd::HWY_NAMESPACE {
+namespace {
+
+/// Without vectors nothing is done here.
+constexpr bool hasVectors = HWY_TARGET != HWY_SCALAR;
 
 template <class Format>
-[[gnu::always_inline]] inline void deliverPack(const float* in, Format* out) {
-    PackedEncoding<Format>::store(Packed::load(in), out);
+std::size_t storeVectors(const float* in, std::size_t count, Format* out) {
+    std::size_t i = 0;
+    if constexpr (hasVectors)
+        for (; i + lanes <= count; i += lanes)
+            WideEncoding<Format>::store(hn::LoadU(floats, in + i), out + i);
+    return i;
 }
 
 /// Adds in single precision. Where a sample is a NaN, the sum is that NaN and not the one in the buffer: the
 /// render functions do so, and an addition of two NaNs would leave the choice to the compiler.
 template <class Format>
-[[gnu::always_inline]] inline PackedFloats sumPack(const float* in, const Format* out) {
-    const auto sum = [](__m128 x, __m128 there) {
-        return _mm_add_ps(x, _mm_and_ps(there, _mm_cmpord_ps(x, x)));
-    };
-    const PackedFloats x = Packed::load(in);
-    const PackedFloats there = PackedEncoding<Format>::load(out);
-    return {sum(x.a, there.a), sum(x.b, there.b), sum(x.c, there.c), sum(x.d, there.d)};
+HWY_INLINE Floats sumOf(const float* in, const Format* there) {
+    const Floats x = hn::LoadU(floats, in);
+    return hn::Add(x, hn::IfThenElseZero(hn::Eq(x, x), WideEncoding<Format>::load(there)));
 }
 
 template <class Format>
-[[gnu::always_inline]] inline void addPack(const float* in, Format* out) {
-    PackedEncoding<Format>::store(sumPack(in, out), out);
-}
-
-/// The samples that do not fill a pack go through a pack of their own.
-template <auto Deliver, class Format>
-Format* convert(const float* in, std::size_t count, Format* out) {
-    for (; count >= packLength; count -= packLength, in += packLength, out += packLength)
-        Deliver(in, out);
-    float samples[packLength]{};
-    Format containers[packLength]{};
-    std::copy_n(in, count, samples);
-    std::copy_n(out, count, containers);
-    Deliver(samples, containers);
-    return std::copy_n(containers, count, out);
+std::size_t addAndStoreVectors(const float* in, std::size_t count, Format* out) {
+    std::size_t i = 0;
+    if constexpr (hasVectors)
+        for (; i + lanes <= count; i += lanes)
+            WideEncoding<Format>::store(sumOf(in + i, out + i), out + i);
+    return i;
 }
 
 template <class Format>
-void convertInto(const float* in, std::size_t count, Format*& out) {
-    out = convert<&deliverPack<Format>>(in, count, out);
+std::size_t addVectors(float* sums, std::size_t count, const Format* in) {
+    std::size_t i = 0;
+    if constexpr (hasVectors)
+        for (; i + lanes <= count; i += lanes)
+            hn::StoreU(sumOf(sums + i, in + i), floats, sums + i);
+    return i;
+}
+
+template <class... Format>
+constexpr std::tuple<Conversion<Format>...> conversionsOf(const std::tuple<Conversion<Format>...>*) {
+    return {{&storeVectors<Format>, &addAndStoreVectors<Format>, &addVectors<Format>}...};
+}
+
+const Conversions& conversions() {
+    static constexpr Conversions all = conversionsOf(static_cast<const Conversions*>(nullptr));
+    return all;
+}
+
+} // namespace
+} // namespace audlmd::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace audlmd {
+namespace {
+
+HWY_EXPORT(conversions);
+
+template <class Format>
+const Conversion<Format>& conversionTo() {
+    return std::get<Conversion<Format>>(HWY_DYNAMIC_DISPATCH(conversions)());
+}
+
+template <class Format>
+std::size_t convertVectors(const float* in, std::size_t count, Format*& out) {
+    const std::size_t done = conversionTo<Format>().store(in, count, out);
+    out += done;
+    return done;
 }
 template <class Format>
-void convertInto(const float* in, std::size_t count, Summing<Format*>& out) {
-    out = Summing<Format*>(convert<&addPack<Format>>(in, count, out.position()));
+std::size_t convertVectors(const float* in, std::size_t count, Aud::Render::Summing<Format*>& out) {
+    const std::size_t done = conversionTo<Format>().addAndStore(in, count, out.position());
+    out = Aud::Render::Summing<Format*>(out.position() + done);
+    return done;
 }
 
 } // namespace
 
 template <class Out>
 void convertBlock(const float* in, std::size_t count, Out& out) {
-    convertInto(in, count, out);
+    for (std::size_t i = convertVectors(in, count, out); i < count; ++i)
+        Aud::Render::deliver(in[i], out);
 }
 
 template <class Format>
 void addStored(const Format* containers, std::span<float> samples) {
-    const auto add = [](const Format* in, float* sums) {
-        Packed::storeAll(
-            sums, Packed::eachInteger(sumPack(sums, in), [](__m128 x) { return _mm_castps_si128(x); }));
-    };
-    for (; samples.size() >= packLength; samples = samples.subspan(packLength), containers += packLength)
-        add(containers, samples.data());
-    float sums[packLength]{};
-    Format there[packLength]{};
-    std::ranges::copy(samples, sums);
-    std::copy_n(containers, samples.size(), there);
-    add(there, sums);
-    std::copy_n(sums, samples.size(), samples.begin());
+    std::size_t i = conversionTo<Format>().addTo(samples.data(), samples.size(), containers);
+    for (; i < samples.size(); ++i)
+        samples[i] += samples[i] == samples[i] ? Aud::SampleEncoding<Format>::load(containers[i]) : 0.0F;
 }
 
 template void addStored(const Aud::SampleF32*, std::span<float>);
@@ -91,12 +144,13 @@ namespace {
 
 /// The addresses keep the functions of all output types in this object.
 template <class OutputTypes>
-struct Conversions;
+struct BlockConversions;
 template <class... Out>
-struct Conversions<std::tuple<Out...>> {
+struct BlockConversions<std::tuple<Out...>> {
     static constexpr std::tuple all{&convertBlock<Out>...};
 };
-[[gnu::used]] constexpr auto conversions = Conversions<Aud::Render::OutputTypes>::all;
+[[gnu::used]] constexpr auto blockConversions = BlockConversions<Aud::Render::OutputTypes>::all;
 
 } // namespace
 } // namespace audlmd
+#endif

@@ -1,17 +1,12 @@
 #include "host/signal/Equaliser.hpp"
 
-#include "host/signal/BlockEqualiser.hpp"
-#include "ole/Aud/MultiBandBiquadApplyingIterator.hpp"
 #include "tests/host/signal/TestStrip.hpp"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <complex>
-#include <cstring>
-#include <limits>
 #include <numbers>
-#include <random>
 #include <vector>
 
 namespace audlmd::test {
@@ -50,37 +45,6 @@ TEST(Equaliser, HasTheResponseOfItsBandsFromAnImpulseThroughTheRenderer) {
                     20.0 * std::log10(responseOf(settings.equaliser, frequency / 48000.0)), 0.01)
             << frequency;
     }
-}
-
-TEST(BlockEqualiser, FiltersAndRemembersAsSampleBySample) {
-    Aud::Filter::MultiBandBiquad<5U> one;
-    setBands(one,
-             std::vector<EqualiserBand>{{BandKind::highPass, 60.0},
-                                        {BandKind::peak, 900.0, -6.0, 1.2},
-                                        {BandKind::peak, 3000.0, 9.0, 4.0},
-                                        {BandKind::lowShelf, 200.0, 6.0},
-                                        {BandKind::lowPass, 12000.0}},
-             48000.0);
-    Aud::Filter::MultiBandBiquad<5U> other = one;
-    std::minstd_rand random(3);
-    for (const float peak : {1.0F, 0.0F, 1e-32F, 1e35F, 0.5F})
-        for (const std::size_t length : {1U, 31U, 32U, 33U, 1000U, 4096U}) {
-            std::vector<float> block(length);
-            for (float& sample : block)
-                sample = peak * (static_cast<float>(random()) * 0x1p-30F - 1.0F);
-            if (length == 1000U)
-                block[500] = peak == 0.5F ? std::numeric_limits<float>::infinity() : -0.0F;
-            std::vector<float> singly = block;
-            filterBlock(one, block);
-            for (float& sample : singly)
-                sample = other.processSample(sample);
-            ASSERT_EQ(std::memcmp(block.data(), singly.data(), length * sizeof(float)), 0)
-                << length << " samples of up to " << peak;
-            if (length % 2 == 1) {
-                stepBack(one);
-                stepBack(other);
-            }
-        }
 }
 
 } // namespace
