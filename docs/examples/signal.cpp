@@ -7,6 +7,7 @@
 #include <host/signal/Speed.hpp>
 #include <host/signal/StripPlayer.hpp>
 #include <host/signal/Unclipped.hpp>
+#include <host/signal/VectorWidth.hpp>
 
 #undef NDEBUG
 #include <array>
@@ -168,6 +169,13 @@ static void convert() {
     deliver(2.0F, place);
     assert(buffer[0] == 2.0F && place.position == buffer.data() + 1);
     //! [deliver]
+
+    //! [vectors]
+    const int widest = vectorBits(); // 256 on a processor with AVX2
+    useVectors(0);                   // is the fault that of one width?
+    assert(vectorBits() == 0);
+    useVectors(widest);
+    //! [vectors]
 }
 
 int main() {

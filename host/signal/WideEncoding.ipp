@@ -116,6 +116,21 @@ struct WideEncoding<Aud::SampleS16> {
     }
 };
 
+#if HWY_TARGET != HWY_SCALAR
+/// Four integers. The three bytes become the high ones of each, which are shifted with their sign.
+HWY_INLINE auto fourOf24(const std::uint8_t* bytes) {
+    alignas(16) static constexpr std::uint8_t places[16]{0x80, 0, 1, 2, 0x80, 3, 4,  5,
+                                                         0x80, 6, 7, 8, 0x80, 9, 10, 11};
+    constexpr hn::FixedTag<std::uint8_t, 16> all;
+    constexpr hn::FixedTag<std::uint8_t, 8> half;
+    // Not a byte beyond the twelve.
+    const auto last = hn::LoadU(hn::FixedTag<std::uint8_t, 4>(), bytes + 8);
+    const auto twelve = hn::Combine(all, hn::ZeroExtendVector(half, last), hn::LoadU(half, bytes));
+    const auto high = hn::TableLookupBytesOr0(twelve, hn::Load(all, places));
+    return hn::ShiftRight<8>(hn::BitCast(hn::FixedTag<std::int32_t, 4>(), high));
+}
+#endif
+
 template <>
 struct WideEncoding<Aud::SampleS24> {
     static constexpr std::size_t ofBlock = 4;
@@ -142,16 +157,13 @@ struct WideEncoding<Aud::SampleS24> {
     }
 
 #if HWY_TARGET != HWY_SCALAR
-    /// The three bytes become the high ones of an integer, which are shifted with their sign.
     HWY_INLINE static Floats load(const Aud::SampleS24* in) {
-        alignas(16) static constexpr std::uint8_t places[16]{0x80, 0, 1, 2, 0x80, 3, 4,  5,
-                                                             0x80, 6, 7, 8, 0x80, 9, 10, 11};
-        HWY_ALIGN unsigned char bytes[sizeof(std::int32_t) * lanes]{};
-        for (std::size_t block = 0; block < lanes / ofBlock; ++block)
-            std::memcpy(bytes + block * 16, in + block * ofBlock, blockBytes);
-        const hn::Repartition<std::uint8_t, decltype(integers)> ofBytes;
-        const auto high = hn::TableLookupBytesOr0(hn::Load(ofBytes, bytes), hn::LoadDup128(ofBytes, places));
-        return scaled(hn::ShiftRight<8>(hn::BitCast(integers, high)), 0x1p-23F);
+        const auto* const bytes = reinterpret_cast<const std::uint8_t*>(in);
+#if HWY_CAP_GE256
+        return scaled(hn::Combine(integers, fourOf24(bytes + blockBytes), fourOf24(bytes)), 0x1p-23F);
+#else
+        return scaled(fourOf24(bytes), 0x1p-23F);
+#endif
     }
 #endif
 };

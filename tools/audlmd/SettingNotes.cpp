@@ -1,6 +1,7 @@
 #include "tools/audlmd/SettingNotes.hpp"
 
 #include "host/services/Configuration.hpp"
+#include "host/signal/VectorWidth.hpp"
 #include "host/words/Numbers.hpp"
 #include "host/words/Text.hpp"
 #include "ole/Aud/SpeedLimit.hpp"
@@ -46,12 +47,13 @@ std::vector<std::string> settingNotes() {
     for (const std::string& key : known)
         variables.push_back(Configuration::environmentName(key));
     addMisspeltVariables(notes, variables);
-    constexpr const char* speedLimit = "AudioPlaybackSpeedLimit";
-    if (const double wanted = configuration.number(speedLimit, cfgAudioPlaybackSpeedLimit);
-        wanted != cfgAudioPlaybackSpeedLimit)
-        notes.push_back(std::string("note: the setting ") + speedLimit + " is " + words::numberText(wanted) +
-                        ", but " + words::numberText(cfgAudioPlaybackSpeedLimit) +
-                        " is the nearest that can be played");
+    const auto addUnlessInForce = [&](const std::string& key, double inForce, const std::string& why) {
+        if (const double wanted = configuration.number(key, inForce); wanted != inForce)
+            notes.push_back("note: the setting " + key + " is " + words::numberText(wanted) + ", but " +
+                            words::numberText(inForce) + " is the nearest that " + why);
+    };
+    addUnlessInForce("AudioPlaybackSpeedLimit", cfgAudioPlaybackSpeedLimit, "can be played");
+    addUnlessInForce("VectorBits", vectorBits(), "this processor has");
     return notes;
 }
 

@@ -1,6 +1,7 @@
 // The samples in the files that `audlmd render` writes.
 
 #include "host/signal/GainLaws.hpp"
+#include "host/signal/VectorWidth.hpp"
 #include "tests/tools/audlmd/CommandFixture.hpp"
 
 #include <gmock/gmock.h>
@@ -241,16 +242,20 @@ TEST_F(Render, EndsWithFiguresAndRefusesWhatTheSpeedLimitExcludes) {
     writeBytes(in("my.conf"), "AudioPlaybackSpeedLimit = 3\n");
     setenv("AUDLMD_CONFIG", in("my.conf").c_str(), 1);
     expectRefused(line, "to 3 (the setting");
-    writeBytes(in("my.conf"), "AudioPlaybackSpedLimit = 3\nAudioPlaybackSpeedLimit = 20\n");
+    writeBytes(in("my.conf"), "AudioPlaybackSpedLimit = 3\nAudioPlaybackSpeedLimit = 20\nVectorBits = 64\n");
+    useVectors(0);
     setenv("AUDLMD_AudioPlaybackSpeedlimit", "4", 1);
-    EXPECT_EQ(run(line).errors,
-              "audlmd: note: " + in("my.conf").string() +
-                  ":1: 'AudioPlaybackSpedLimit' is no setting; did you mean AudioPlaybackSpeedLimit?\n"
-                  "audlmd: note: the environment variable AUDLMD_AudioPlaybackSpeedlimit is no setting; did "
-                  "you mean "
-                  "AUDLMD_AudioPlaybackSpeedLimit?\n"
-                  "audlmd: note: the setting AudioPlaybackSpeedLimit is 20, but 8 is the nearest that can be "
-                  "played\n");
+    EXPECT_EQ(
+        run(line).errors,
+        "audlmd: note: " + in("my.conf").string() +
+            ":1: 'AudioPlaybackSpedLimit' is no setting; did you mean AudioPlaybackSpeedLimit?\n"
+            "audlmd: note: the environment variable AUDLMD_AudioPlaybackSpeedlimit is no setting; did "
+            "you mean "
+            "AUDLMD_AudioPlaybackSpeedLimit?\n"
+            "audlmd: note: the setting AudioPlaybackSpeedLimit is 20, but 8 is the nearest that can be "
+            "played\n"
+            "audlmd: note: the setting VectorBits is 64, but 0 is the nearest that this processor has\n");
+    useVectors(256);
     unsetenv("AUDLMD_AudioPlaybackSpeedlimit");
     setenv("AUDLMD_CONFIG", "", 1);
     expectRefused("render a.wav -o out.wav --speed 6.5 --converter filtering", "to 6 (the setting");

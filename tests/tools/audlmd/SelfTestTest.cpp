@@ -2,6 +2,7 @@
 
 #include "tools/audlmd/selftest/SelfTest.hpp"
 
+#include "tests/host/signal/EveryVectorWidth.hpp"
 #include "tests/tools/audlmd/CommandFixture.hpp"
 #include "tools/audlmd/CommandError.hpp"
 
@@ -16,11 +17,14 @@ using testing::HasSubstr;
 
 class SelfTest : public CommandFixture {};
 
-TEST_F(SelfTest, FindsTheBytesOfTheRelease) {
-    const std::string told = output("selftest");
-    EXPECT_THAT(told, HasSubstr("all 18 jobs make the bytes of the release\n"));
-    for (const command::SelfTestJob& job : command::selfTestJobs())
-        EXPECT_THAT(told, HasSubstr("\n" + job.name + " "));
+TEST_F(SelfTest, FindsTheBytesOfTheReleaseAtEveryWidthOfVectors) {
+    withEveryVectorWidth([&] {
+        const std::string told = output("selftest");
+        EXPECT_THAT(told, HasSubstr("vectors of " + std::to_string(vectorBits()) + " bits\n"));
+        EXPECT_THAT(told, HasSubstr("all 18 jobs make the bytes of the release\n"));
+        for (const command::SelfTestJob& job : command::selfTestJobs())
+            EXPECT_THAT(told, HasSubstr("\n" + job.name + " "));
+    });
 }
 
 TEST_F(SelfTest, FailsWhereOneJobMakesOtherBytes) {
@@ -42,8 +46,9 @@ TEST_F(SelfTest, FindsThemOnProcessorsWithoutAvxAndWithIt) {
 #endif
     if (std::system("command -v qemu-x86_64 > /dev/null") != 0)
         GTEST_SKIP() << "qemu-user is not installed";
-    for (const auto& [processor, level] : std::map<std::string, std::string>{
-             {"Nehalem", "processor x86-64-v2\n"}, {"Haswell", "processor x86-64-v3\n"}}) {
+    for (const auto& [processor, level] :
+         std::map<std::string, std::string>{{"Nehalem", "processor x86-64-v2, vectors of 128 bits\n"},
+                                            {"Haswell", "processor x86-64-v3, vectors of 256 bits\n"}}) {
         const std::string line =
             "qemu-x86_64 -cpu " + processor + " " AUDLMD_COMMAND " selftest 2> /dev/null > ";
         EXPECT_EQ(std::system((line + in("told").string()).c_str()), 0) << readBytes(in("told"));

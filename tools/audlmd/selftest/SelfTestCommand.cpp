@@ -1,3 +1,4 @@
+#include "host/signal/VectorWidth.hpp"
 #include "host/words/Text.hpp"
 #include "loop_modes/RenderFunction.hpp"
 #include "tools/audlmd/CommandError.hpp"
@@ -23,6 +24,7 @@ programme in parts. The jobs need no files and take a few seconds.
 EXAMPLES
   audlmd selftest
   audlmd selftest --json | jq -r .job
+  AUDLMD_VectorBits=0 audlmd selftest
   srun -N 8 audlmd selftest)";
 
 std::string hexadecimal(std::uint64_t number) {
@@ -36,8 +38,8 @@ std::string hexadecimal(std::uint64_t number) {
 void runSelfTest(const std::vector<SelfTestJob>& jobs, bool json) {
     std::size_t different = 0;
     if (!json)
-        std::printf("audlmd %s, processor %s\n\n%-38s  %-16s  found\n", audLMDDllVersionStr(),
-                    processorLevel().c_str(), "job", "expected");
+        std::printf("audlmd %s, processor %s, vectors of %d bits\n\n%-38s  %-16s  found\n",
+                    audlMDDllVersionStr(), processorLevel().c_str(), vectorBits(), "job", "expected");
     for (const SelfTestJob& job : jobs) {
         const std::uint64_t found = job.run();
         const bool isSame = found == job.expected;
@@ -47,7 +49,8 @@ void runSelfTest(const std::vector<SelfTestJob>& jobs, bool json) {
                                                {"expected", hexadecimal(job.expected)},
                                                {"found", hexadecimal(found)},
                                                {"same", isSame},
-                                               {"processor", processorLevel()}}
+                                               {"processor", processorLevel()},
+                                               {"vectorBits", vectorBits()}}
                                     .dump()
                                     .c_str());
         else
