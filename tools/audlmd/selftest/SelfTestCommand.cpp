@@ -39,7 +39,7 @@ void runSelfTest(const std::vector<SelfTestJob>& jobs, bool json) {
     std::size_t different = 0;
     if (!json)
         std::printf("audlmd %s, processor %s, vectors of %d bits\n\n%-38s  %-16s  found\n",
-                    audlMDDllVersionStr(), processorLevel().c_str(), vectorBits(), "job", "expected");
+                    audLMDDllVersionStr(), processorLevel().c_str(), vectorBits(), "job", "expected");
     for (const SelfTestJob& job : jobs) {
         const std::uint64_t found = job.run();
         const bool isSame = found == job.expected;
