@@ -1,7 +1,6 @@
 // The samples in the files that `audlmd render` writes.
 
 #include "host/signal/GainLaws.hpp"
-#include "host/signal/VectorWidth.hpp"
 #include "tests/tools/audlmd/CommandFixture.hpp"
 
 #include <gmock/gmock.h>
@@ -243,7 +242,6 @@ TEST_F(Render, EndsWithFiguresAndRefusesWhatTheSpeedLimitExcludes) {
     setenv("AUDLMD_CONFIG", in("my.conf").c_str(), 1);
     expectRefused(line, "to 3 (the setting");
     writeBytes(in("my.conf"), "AudioPlaybackSpedLimit = 3\nAudioPlaybackSpeedLimit = 20\nVectorBits = 64\n");
-    useVectors(0);
     setenv("AUDLMD_AudioPlaybackSpeedlimit", "4", 1);
     EXPECT_EQ(
         run(line).errors,
@@ -255,7 +253,6 @@ TEST_F(Render, EndsWithFiguresAndRefusesWhatTheSpeedLimitExcludes) {
             "audlmd: note: the setting AudioPlaybackSpeedLimit is 20, but 8 is the nearest that can be "
             "played\n"
             "audlmd: note: the setting VectorBits is 64, but 0 is the nearest that this processor has\n");
-    useVectors(256);
     unsetenv("AUDLMD_AudioPlaybackSpeedlimit");
     setenv("AUDLMD_CONFIG", "", 1);
     expectRefused("render a.wav -o out.wav --speed 6.5 --converter filtering", "to 6 (the setting");
