@@ -72,6 +72,9 @@ std::vector<Job> allJobs() {
     add("plain", [](StripSettings&) {});
     add("reverse", [](StripSettings& s) { s.reverse = true; });
     add("fade and level", fadeAndLevel);
+    add("automation", [](StripSettings& s) {
+        s.automation = {Automation({{0, 0.5F}, {materialLength / 3, 1.2F}, {materialLength, 0.1F}})};
+    });
     add("linear, speed 1.1", [&](StripSettings& s) { convert(s, Converter::linear); });
     add("five bands", fiveBands);
     add("fade, two levels, five bands, linear", [&](StripSettings& s) {

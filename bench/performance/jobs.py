@@ -16,15 +16,55 @@ LENGTH = 600
 ALL = "audlmd, all processors"
 FADE = 5
 # At most so many times the CPU time of the faster peer.
-GOALS = {"f32 to s16": 1.3, "fade and level, s24": 0.75, "five-band equaliser, fade and level, s24": 0.75,
-         "the same at speed 1.1": 2.0, "reversed, s24": 0.6, "eight files summed into s16": 0.8,
+GOALS = {"f32 to s16": 0.75, "FLAC to f32": 0.9, "fade and level, s24": 0.4, "five-band equaliser, fade and level, s24": 0.42,
+         "the same at speed 1.1": 1.0, "reversed, s24": 0.6, "eight files summed into s16": 0.4,
          "speed 1.1 alone, s24": 1.5, "speed 1.1 alone, libsoxr in all, s24": 1.05,
-         "44.1 to 48 kHz, libsoxr in all, s24": 1.05}
+         "44.1 to 48 kHz, libsoxr in all, s24": 1.05, "160 crossfaded clips, f32": 0.09}
 SOXR = "aresample=48000:resampler=soxr:precision=28"
 
 
+CLIPS, CLIP, CROSSFADE = 160, 5 * 48000, 24000
+# Of a sample of the output, and how often: the names are those of audlmd-bench-limits.
+ARITHMETIC = {"f32 to s16": {"to s16": 1}, "FLAC to f32": {"decoding of FLAC": 1},
+              "fade and level, s24": {"gain": 1, "to s24": 1},
+              "five-band equaliser, fade and level, s24": {"five bands": 1, "gain": 1, "to s24": 1},
+              "the same at speed 1.1": {"libsoxr, speed 1.1": 1, "five bands": 1, "gain": 1, "to s24": 1},
+              "speed 1.1 alone, s24": {"libsoxr, speed 1.1": 1, "to s24": 1},
+              "speed 1.1 alone, libsoxr in all, s24": {"libsoxr, speed 1.1": 1, "to s24": 1},
+              "44.1 to 48 kHz, libsoxr in all, s24": {"libsoxr, 44.1 to 48 kHz": 1, "to s24": 1},
+              "reversed, s24": {"backwards": 1, "to s24": 1},
+              "eight files summed into s16": {"sum": 8, "to s16": 1},
+              "160 crossfaded clips, f32": {"sum": CLIP / (CLIP - CROSSFADE), "gain": 2 * CROSSFADE / CLIP}}
+
+
+def edit(folder, out):
+    """Clips from all over one file, each faded into the next. For ffmpeg each clip is an input of its own, from which no
+    more is read than is heard, and each second clip is on one of two tracks: the fastest graph of several that were tried."""
+    starts = [i * 37 % (LENGTH - 10) for i in range(CLIPS)]
+    fade = {"length": CROSSFADE, "curve": "linear"}
+    source = folder / "in0.wav"
+    strips = [{"media": str(source), "at": i * (CLIP - CROSSFADE), "from": start * 48000, "to": start * 48000 + CLIP,
+               **({"fadeIn": fade} if i > 0 else {}), **({"fadeOut": fade} if i + 1 < CLIPS else {})}
+              for i, start in enumerate(starts)]
+    timeline = folder / "edit.json"
+    timeline.write_text(json.dumps({"audlmd": 1, "tracks": [{"strips": strips[0::2]}, {"strips": strips[1::2]}]}))
+    clips = []
+    for i in range(CLIPS):
+        fade_in = f"afade=t=in:ns={CROSSFADE}:curve=tri," if i > 0 else ""
+        fade_out = f"afade=t=out:ss={CLIP - CROSSFADE}:ns={CROSSFADE}:curve=tri," if i + 1 < CLIPS else ""
+        clips.append(f"[{i}]{fade_in}{fade_out}apad=pad_len={CLIP - 2 * CROSSFADE}[c{i}]")
+    tracks = ["".join(f"[c{i}]" for i in range(first, CLIPS, 2)) + f"concat=n={CLIPS // 2}:v=0:a=1" for first in (0, 1)]
+    graph = folder / "edit.txt"
+    graph.write_text(";".join([*clips, f"{tracks[0]}[a]", f"{tracks[1]},adelay={CLIP - CROSSFADE}S:all=1[b]",
+                               "[a][b]amix=inputs=2:normalize=0,"
+                               f"atrim=end_sample={CLIPS * (CLIP - CROSSFADE) + CROSSFADE}[out]"]))
+    inputs = [part for start in starts for part in ("-ss", start, "-t", 5, "-i", source)]
+    return timeline, [*inputs, "-filter_complex_threads", "1", "-filter_complex_script", graph, "-map", "[out]", "-c:a",
+                      "pcm_f32le", out]
+
+
 def jobs(build, folder):
-    """For each job: for each program, the commands that do it."""
+    """For each job: for each program, the commands that do it, and what they read."""
     audlmd = [build / "audlmd", "render", "--threads", "1"]
     ffmpeg = ["ffmpeg", "-nostdin", "-loglevel", "error", "-y", "-filter_threads", "1"]
     sox = ["sox", "-D"]
@@ -38,37 +78,43 @@ def jobs(build, folder):
     sources = [folder / f"in{i}.wav" for i in range(8)]
     out = {name: folder / f"{name}.wav" for name in ("audlmd", "ffmpeg", "sox")}
 
-    def single(bits, own, filters, effects, source=source):
-        return {"audlmd": [[*audlmd, source, "-o", out["audlmd"], "--format", f"s{bits}", *own]],
-                "ffmpeg": [[*ffmpeg, "-i", source, *(["-af", filters] if filters else []), "-c:a", f"pcm_s{bits}le",
+    def single(kind, own, filters, effects, source=source):
+        encoding = "floating-point" if kind == "f32" else "signed-integer"
+        return {"audlmd": [[*audlmd, source, "-o", out["audlmd"], "--format", kind, *own]],
+                "ffmpeg": [[*ffmpeg, "-i", source, *(["-af", filters] if filters else []), "-c:a", f"pcm_{kind}le",
                             out["ffmpeg"]]],
-                "sox": [[*sox, source, "-e", "signed-integer", "-b", bits, out["sox"], *effects]]}
+                "sox": [[*sox, source, "-e", encoding, "-b", kind[1:], out["sox"], *effects]]}
 
     timeline = folder / "eight.json"
     timeline.write_text(json.dumps({"audlmd": 1, "tracks": [
         {"strips": [{"media": str(path), "from": 0, "to": LENGTH * 48000}]} for path in sources]}))
+    cut, cutting = edit(folder, out["ffmpeg"])
     return {
-        "f32 to s16": single(16, [], "", []),
-        "fade and level, s24": single(24, fade["audlmd"], fade["ffmpeg"], fade["sox"]),
+        "f32 to s16": single("s16", [], "", []),
+        "FLAC to f32": single("f32", [], "", [], folder / "in.flac"),
+        "fade and level, s24": single("s24", fade["audlmd"], fade["ffmpeg"], fade["sox"]),
         "five-band equaliser, fade and level, s24": single(
-            24, bands["audlmd"] + fade["audlmd"], bands["ffmpeg"] + "," + fade["ffmpeg"], bands["sox"] + fade["sox"]),
+            "s24", bands["audlmd"] + fade["audlmd"], bands["ffmpeg"] + "," + fade["ffmpeg"], bands["sox"] + fade["sox"]),
         "the same at speed 1.1": single(
-            24, bands["audlmd"] + fade["audlmd"] + ["--speed", "1.1"],
+            "s24", bands["audlmd"] + fade["audlmd"] + ["--speed", "1.1"],
             bands["ffmpeg"] + "," + fade["ffmpeg"] + ",asetrate=52800,aresample=48000",
             bands["sox"] + fade["sox"] + ["speed", "1.1", "rate", "48000"]),
-        "speed 1.1 alone, s24": single(24, ["--speed", "1.1"], "asetrate=52800,aresample=48000",
+        "speed 1.1 alone, s24": single("s24", ["--speed", "1.1"], "asetrate=52800,aresample=48000",
                                        ["speed", "1.1", "rate", "48000"]),
-        "speed 1.1 alone, libsoxr in all, s24": single(24, ["--speed", "1.1"], "asetrate=52800," + SOXR,
+        "speed 1.1 alone, libsoxr in all, s24": single("s24", ["--speed", "1.1"], "asetrate=52800," + SOXR,
                                                        ["speed", "1.1", "rate", "-v", "48000"]),
-        "44.1 to 48 kHz, libsoxr in all, s24": single(24, ["--rate", "48000"], SOXR, ["rate", "-v", "48000"],
+        "44.1 to 48 kHz, libsoxr in all, s24": single("s24", ["--rate", "48000"], SOXR, ["rate", "-v", "48000"],
                                                       folder / "cd.wav"),
-        "reversed, s24": single(24, ["--reverse"], "areverse", ["reverse"]),
+        "reversed, s24": single("s24", ["--reverse"], "areverse", ["reverse"]),
         "eight files summed into s16": {
             "audlmd": [[build / "audlmd", "mix", "--threads", "1", timeline, "-o", out["audlmd"], "--format", "s16"]],
             "ffmpeg": [[*ffmpeg, *[part for path in sources for part in ("-i", path)], "-filter_complex",
                         "amix=inputs=8:normalize=0", "-c:a", "pcm_s16le", out["ffmpeg"]]],
             "sox": [[*sox, "-m", *[part for path in sources for part in ("-v", "1", path)], "-e", "signed-integer", "-b",
-                     "16", out["sox"]]]}}
+                     "16", out["sox"]]]},
+        "160 crossfaded clips, f32": {
+            "audlmd": [[build / "audlmd", "mix", "--threads", "1", cut, "-o", out["audlmd"], "--format", "f32"]],
+            "ffmpeg": [[*ffmpeg, *cutting]]}}
 
 
 def on_all_processors(commands, output):
@@ -91,6 +137,33 @@ def level_at_middle(path):
     return 10 * math.log10(sum(x * x for x in samples) / len(samples)), seconds
 
 
+def limits(build, folder):
+    """Nanoseconds a sample, by name."""
+    lines = run([build / "bench/audlmd-bench-limits", folder / "in.flac"]).splitlines()
+    return {name: float(figure) for name, figure in (line.rsplit(": ", 1) for line in lines)}
+
+
+def copying(inputs, output):
+    """What reading the inputs and writing as many bytes as the output costs, by the least of five runs."""
+    written = output.stat().st_size
+    spare = output.with_suffix(".copy")
+    commands = [*(["dd", "bs=256K", f"if={path}", "of=/dev/null"] for path in inputs),
+                ["dd", "bs=256K", "iflag=count_bytes", f"count={written}", "if=/dev/zero", f"of={spare}"]]
+    runs = [sum(c["user"] + c["system"] for c in map(cost, commands)) for _ in range(5)]
+    spare.unlink()
+    return min(runs)
+
+
+def limit(job, folder, arithmetic):
+    """CPU seconds of the memory's copies, and of the arithmetic alone."""
+    inputs = {"eight files summed into s16": [folder / f"in{i}.wav" for i in range(8)],
+              "FLAC to f32": [folder / "in.flac"], "44.1 to 48 kHz, libsoxr in all, s24": [folder / "cd.wav"]}
+    output = folder / "audlmd.wav"
+    samples = 2 * 48000 * float(run(["soxi", "-D", output]))
+    return {"copies": copying(inputs.get(job, [folder / "in0.wav"]), output),
+            "arithmetic": samples * 1e-9 * sum(times * arithmetic[name] for name, times in ARITHMETIC[job].items())}
+
+
 def measure_jobs(build):
     folder = pathlib.Path(tempfile.mkdtemp(prefix="audlmd-bench-", dir="/dev/shm"))
     try:
@@ -99,6 +172,8 @@ def measure_jobs(build):
                  "pinknoise", "gain", -24], stderr=subprocess.DEVNULL)
         for i in range(1, 8):
             shutil.copy(folder / "in0.wav", folder / f"in{i}.wav")
+        run(["sox", folder / "in0.wav", "-b", 24, folder / "in.flac"], stderr=subprocess.DEVNULL)
+        arithmetic = limits(build, folder)
         results = {}
         for job, programs in jobs(build, folder).items():
             programs[ALL] = on_all_processors(programs["audlmd"], folder / f"{ALL}.wav")
@@ -112,7 +187,7 @@ def measure_jobs(build):
             for program, (level, seconds) in heard.items():
                 if abs(level - heard["audlmd"][0]) > 0.5 or abs(seconds - heard["audlmd"][1]) > 0.01:
                     sys.exit(f"performance: {job}: {program} did something else: {heard}")
-            results[job] = runs
+            results[job] = {"runs": runs, "limit": limit(job, folder, arithmetic)}
         return results
     finally:
         shutil.rmtree(folder)

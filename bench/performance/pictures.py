@@ -117,8 +117,8 @@ def draw_families(rows, path):
 
 
 def draw_jobs(results, path):
-    results = {job: {program: runs for program, runs in programs.items() if "," not in program}
-               for job, programs in results.items()}
+    results = {job: {program: runs for program, runs in measured["runs"].items() if "," not in program}
+               for job, measured in results.items()}
     left, top, row_height = 330, 44, 58
     svg = Svg(left + 540, top + len(results) * row_height + 30)
     longest = max(cpu(runs)["user"] + cpu(runs)["system"] for programs in results.values() for runs in programs.values())

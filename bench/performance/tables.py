@@ -69,9 +69,9 @@ def goal_table(figures):
 def job_goal_table(figures):
     goals = GoalTable()
     add = goals.add
-    for job, programs in figures["jobs"].items():
-        spent = {p: [r["user"] + r["system"] for r in runs] for p, runs in programs.items()}
-        peer = min(("ffmpeg", "sox"), key=lambda p: min(spent[p]))
+    for job, measured in figures["jobs"].items():
+        spent = {p: [r["user"] + r["system"] for r in runs] for p, runs in measured["runs"].items()}
+        peer = min((p for p in ("ffmpeg", "sox") if p in spent), key=lambda p: min(spent[p]))
         ratio = min(spent["audlmd"]) / min(spent[peer])
         add(f"job: {job} / {peer}", f"{GOALS[job]:.2f}", f"{ratio:.2f}",
             f"{min(spent['audlmd']):.2f} to {max(spent['audlmd']):.2f} s against {min(spent[peer]):.2f} to "
@@ -106,14 +106,20 @@ def family_table(figures):
 
 def job_table(figures):
     rows = []
-    for job, programs in figures["jobs"].items():
+    programs = list(next(iter(figures["jobs"].values()))["runs"])
+    for job, measured in figures["jobs"].items():
         row = [job]
-        for runs in programs.values():
+        for program in programs:
+            if program not in measured["runs"]:
+                row.append("")
+                continue
+            runs = measured["runs"][program]
             best = cpu(runs)
             row.append(f"{best['user']:.2f} + {best['system']:.2f} = {best['user'] + best['system']:.2f}; "
                        f"{min(r['wall'] for r in runs):.2f}")
-        rows.append(row)
-    return table(["job", *next(iter(figures["jobs"].values()))], rows)
+        copies, arithmetic = measured["limit"]["copies"], measured["limit"]["arithmetic"]
+        rows.append([*row, f"{copies:.2f} + {arithmetic:.2f} = {copies + arithmetic:.2f}"])
+    return table(["job", *programs, "copies + arithmetic"], rows)
 
 
 def machine_line(m):

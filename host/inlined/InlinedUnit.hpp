@@ -14,8 +14,7 @@
 
 namespace Aud::Render::LoopModesDespatch {
 
-/// Chains with only an equaliser, fades and fixed gains render whole ready spans. All other samples go one by
-/// one.
+/// Chains without a converter render whole ready spans. All other samples go one by one.
 template <int N>
 [[gnu::used, gnu::noinline]] void TypedFunctor<audlmd::Unclipped>::Functor<Loki::Int2Type<N>>::ProcessSamples(
     IteratorCreationParams& params, audlmd::Unclipped& out, unsigned int count) {

@@ -65,8 +65,8 @@ private:
 
 namespace audlmd {
 
-/// Whether a chain is rendered by the span of samples that its source has ready, not by the sample: chains of
-/// the equaliser, fades and fixed gains.
+/// Whether a chain is rendered by the span of samples that its source has ready, not by the sample: all
+/// chains without a converter.
 template <class Layer>
 inline constexpr bool isRenderedBySpan = false;
 template <>
@@ -82,6 +82,14 @@ inline constexpr bool isRenderedBySpan<Aud::Render::FixedLevelApplyingIterator<I
     isRenderedBySpan<Inner>;
 template <class Inner, class Shape>
 inline constexpr bool isRenderedBySpan<Aud::Render::EnvelopeApplyingIterator<Inner, Shape>> =
+    isRenderedBySpan<Inner>;
+
+template <class Inner>
+inline constexpr bool
+    isRenderedBySpan<Aud::DynamicLevelControl::ForwardsDynamicLevelApplyingIterator<Inner>> =
+        isRenderedBySpan<Inner>;
+template <class Inner>
+inline constexpr bool isRenderedBySpan<Aud::DynamicLevelControl::ReverseDynamicLevelApplyingIterator<Inner>> =
     isRenderedBySpan<Inner>;
 
 /// Samples in the order in which a source reads them.
@@ -145,6 +153,33 @@ void fade(Shape& shape, std::span<float> samples) {
     }
 }
 
+/// An automation as a shape that goes on from node to node, so that fade() can follow it.
+template <class Layer>
+class AutomationShape {
+public:
+    explicit AutomationShape(Layer& layer) : layer_(layer), state_(layer.state()) {}
+
+    Aud::Render::EnvelopeTraits::Phase phase() const {
+        using Aud::Render::EnvelopeTraits::Phase;
+        const bool holds = state_.stationary != 0;
+        const bool isEndless = holds || state_.samplesToNextNode == 0;
+        return {&Aud::GainCurve::Curve<Aud::GainCurve::eMixerStyleLog>::mapUValueToMagnitude, state_.uValue,
+                state_.uValueStep, holds, isEndless ? Phase::forever : state_.samplesToNextNode};
+    }
+    void skip(std::uint32_t count, float uValue) {
+        if (state_.stationary != 0)
+            return;
+        state_.uValue = uValue;
+        state_.samplesToNextNode -= count;
+        if (state_.samplesToNextNode == 0)
+            layer_.moveToNextNode();
+    }
+
+private:
+    Layer& layer_;
+    Aud::DynamicLevelControl::DynamicLevelApplyingIteratorState& state_;
+};
+
 /// The layer below, to be changed: a chain holds its layers by value.
 template <class Layer>
 auto& innerOf(Layer& layer) {
@@ -167,6 +202,10 @@ void renderBlock(Layer& layer, const SourceSamples& samples, std::span<float> ou
             multiply(out, layer.gain());
         else if constexpr (requires { layer.envelope(); })
             fade(layer.envelope(), out);
+        else if constexpr (requires { layer.state(); }) {
+            AutomationShape<Layer> automation(layer);
+            fade(automation, out);
+        }
     } else {
         samples.copyTo(out, 0);
     }

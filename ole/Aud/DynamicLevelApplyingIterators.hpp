@@ -22,6 +22,7 @@ public:
     }
 
     const Inner& inner() const { return inner_; }
+    DynamicLevelApplyingIteratorState& state() { return state_; }
 
 protected:
     DynamicLevelApplyingIterator(const Inner& inner, DynamicLevelApplyingIteratorState& state)
@@ -50,10 +51,12 @@ public:
 
     [[gnu::always_inline]] ForwardsDynamicLevelApplyingIterator& operator++() {
         if (this->reachesNode()) [[unlikely]]
-            this->moveToNextNodeForwards();
+            moveToNextNode();
         ++this->inner_;
         return *this;
     }
+
+    [[gnu::always_inline]] void moveToNextNode() { this->moveToNextNodeForwards(); }
 };
 
 /// Walks the nodes backwards.
@@ -65,10 +68,12 @@ public:
 
     [[gnu::always_inline]] ReverseDynamicLevelApplyingIterator& operator++() {
         if (this->reachesNode()) [[unlikely]]
-            this->moveToNextNodeReverse();
+            moveToNextNode();
         ++this->inner_;
         return *this;
     }
+
+    [[gnu::always_inline]] void moveToNextNode() { this->moveToNextNodeReverse(); }
 };
 
 } // namespace Aud::DynamicLevelControl
