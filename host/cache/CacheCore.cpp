@@ -56,8 +56,13 @@ void CacheCore::add(const Cookie& cookie, std::shared_ptr<SampleSource> source) 
     auto material = std::make_shared<Material>(shared_from_this(), std::move(source), length, segmentLength_);
     const Lock lock(mutex());
     material->removed = isCalledOff_;
-    if (!materials_.emplace(cookie, std::move(material)).second)
+    const auto [added, isNew] = materials_.emplace(cookie, std::move(material));
+    if (!isNew)
         throw std::invalid_argument("the sample cache already holds material " + toString(cookie));
+    if (FrameSource* const frames = added->second->inFrames.frames; frames != nullptr) {
+        added->second->together = &together_[{frames, cookie.material.bytes}];
+        added->second->together->push_back(added->second.get());
+    }
 }
 
 MaterialStatistics CacheCore::remove(const Cookie& cookie) {
@@ -66,6 +71,9 @@ MaterialStatistics CacheCore::remove(const Cookie& cookie) {
     find(cookie); // Throws where the cookie is unknown.
     const auto node = materials_.extract(cookie);
     Material& material = *node.mapped();
+    if (material.together != nullptr && std::erase(*material.together, &material) != 0 &&
+        material.together->empty())
+        together_.erase({material.inFrames.frames, cookie.material.bytes});
     takeAll(material, taken);
     MaterialStatistics statistics = statisticsOf(material);
     lock.unlock();
@@ -103,63 +111,102 @@ void CacheCore::close() {
     letGo(taken);
 }
 
+/// A loader that has finished looks for the next request itself, so that nobody need be woken for those that
+/// waited for the source's resource.
 void CacheCore::serve(const std::stop_token& stop) {
+    const std::stop_callback wakeAll(stop, [this] {
+        { const Lock lock(mutex()); }
+        requested_.notify_all();
+    });
     Lock lock(mutex());
-    CachedSegment* next = nullptr;
-    const auto isRequested = [&]() AUDLMD_REQUIRES(cacheLock) {
-        return (next = lists_.nextRequest()) != nullptr;
-    };
-    while (requested_.wait(lock, stop, isRequested)) {
+    while (!stop.stop_requested()) {
+        CachedSegment* const next = lists_.nextRequest();
+        if (next == nullptr) {
+            requested_.wait(lock.native());
+            continue;
+        }
         SegmentLists::List taken;
-        const bool hasRoom = lists_.startLoading(*next, taken);
+        Load load = startLoading(*next, taken);
         lock.unlock();
-        if (hasRoom) {
-            LoadedSamples loaded = readSamples(*next, taken);
-            publish(*next, std::move(loaded), taken)->signal();
+        if (!load.segments.empty()) {
+            readSamples(load, taken);
+            publish(std::move(load), taken);
         }
         letGo(taken);
         lock.lock();
     }
 }
 
-CacheCore::LoadedSamples CacheCore::readSamples(const CachedSegment& segment, SegmentLists::List& taken) {
-    LoadedSamples loaded;
+CacheCore::Load CacheCore::startLoading(CachedSegment& segment, SegmentLists::List& taken) {
+    Load load;
+    const auto start = [&](CachedSegment& requested) AUDLMD_REQUIRES(cacheLock) {
+        if (lists_.startLoading(requested, taken))
+            load.segments.push_back({.segment = &requested, .samples = nullptr});
+    };
+    const Material& material = *segment.material;
+    // A segment without room may be deleted.
+    const std::uint32_t number = segment.number;
+    start(segment);
+    if (material.together == nullptr || load.segments.empty())
+        return load;
+    for (const Material* const other : *material.together) {
+        const auto found = other->segments.find(number);
+        if (found != other->segments.end() && found->second->stage <= CachedSegment::eAhead)
+            start(*found->second);
+    }
+    return load;
+}
+
+void CacheCore::readSamples(Load& load, SegmentLists::List& taken) {
+    const CachedSegment& first = *load.segments.front().segment;
     // No reader holds a segment that made room, so its memory can be used again.
+    auto next = load.segments.begin();
     for (CachedSegment* unused : taken)
-        if (unused->length == segment.length)
-            loaded.samples = std::move(unused->storage);
+        if (unused->length == first.length && unused->storage != nullptr && next != load.segments.end())
+            (next++)->samples = std::move(unused->storage);
     letGo(taken);
-    const auto length = static_cast<std::size_t>(segment.length);
+    const auto length = static_cast<std::size_t>(first.length);
+    const std::int64_t position = first.material->start(first.number);
+    std::vector<FrameSource::Stretch> stretches;
     try {
-        if (loaded.samples == nullptr)
-            loaded.samples = std::make_unique_for_overwrite<float[]>(length);
-        segment.material->source->read(segment.material->start(segment.number),
-                                       {loaded.samples.get(), length});
-        return loaded;
+        for (Loading& loading : load.segments) {
+            if (loading.samples == nullptr)
+                loading.samples = std::make_unique_for_overwrite<float[]>(length);
+            const SampleSource::InFrames& inFrames = loading.segment->material->inFrames;
+            stretches.push_back({inFrames.channel, inFrames.factor, {loading.samples.get(), length}});
+        }
+        if (FrameSource* const frames = first.material->inFrames.frames; frames != nullptr)
+            frames->read(position, stretches);
+        else
+            first.material->source->read(position, stretches.front().samples);
     } catch (...) {
-        return {.samples = nullptr, .failure = failureText("the source failed without saying why")};
+        load.failure = failureText("the source failed without saying why");
     }
 }
 
-EventPtr CacheCore::publish(CachedSegment& segment, LoadedSamples loaded, SegmentLists::List& taken) {
-    Material& material = *segment.material;
-    const Lock lock(mutex());
-    if (loaded.samples != nullptr) {
-        segment.storage = std::move(loaded.samples);
-        segment.samples = segment.storage.get();
-        segment.status.store(Aud::eSegmentReady, std::memory_order_release);
-        lists_.finishLoading(segment, CachedSegment::eReady);
-    } else {
-        if (++material.failedSegments == 1)
-            material.firstFailure = std::move(loaded.failure);
-        segment.status.store(eSegmentFailed, std::memory_order_release);
-        lists_.finishLoading(segment, CachedSegment::eFailed);
+void CacheCore::publish(Load load, SegmentLists::List& taken) {
+    std::vector<EventPtr> completed;
+    Lock lock(mutex());
+    for (auto& [segment, samples] : load.segments) {
+        Material& material = *segment->material;
+        completed.push_back(segment->completed);
+        if (!load.failure) {
+            segment->storage = std::move(samples);
+            segment->samples = segment->storage.get();
+            segment->status.store(Aud::eSegmentReady, std::memory_order_release);
+            lists_.finishLoading(*segment, CachedSegment::eReady);
+        } else {
+            if (++material.failedSegments == 1)
+                material.firstFailure = *load.failure;
+            segment->status.store(eSegmentFailed, std::memory_order_release);
+            lists_.finishLoading(*segment, CachedSegment::eFailed);
+        }
+        if (material.removed)
+            lists_.take(*segment, taken);
     }
-    // Requests that had to wait for the source's resource are now for any loader to take.
-    requested_.notify_one();
-    if (material.removed)
-        lists_.take(segment, taken);
-    return segment.completed;
+    lock.unlock();
+    for (const EventPtr& event : completed)
+        event->signal();
 }
 
 Material& CacheCore::find(const Cookie& cookie) const {
@@ -179,8 +226,24 @@ std::uint32_t CacheCore::reach(const Orv::OutputGearing& gearing, std::uint32_t 
     return static_cast<std::uint32_t>(std::min({wanted, most, 1e6}));
 }
 
-Aud::SampleCacheSegment CacheCore::enter(Material& material, std::uint32_t number,
-                                         const LookAhead& lookAhead) {
+void CacheCore::enter(Material& material, std::uint32_t number, const LookAhead& lookAhead,
+                      Aud::SampleCacheSegment& current) {
+    Lock lock(mutex());
+    current = entered(material, number, lookAhead);
+    const unsigned int requests = std::exchange(unheard_, 0U);
+    lock.unlock();
+    wakeLoaders(requests);
+}
+
+void CacheCore::wakeLoaders(unsigned int requests) {
+    if (requests == 1)
+        requested_.notify_one();
+    else if (requests > 1)
+        requested_.notify_all();
+}
+
+Aud::SampleCacheSegment CacheCore::entered(Material& material, std::uint32_t number,
+                                           const LookAhead& lookAhead) {
     requestAhead(material, number + step(lookAhead.direction), lookAhead);
     // A reader of removed material gets a segment of its own that nobody will load.
     return material.removed ? Access::adopt(new CachedSegment(Aud::eSegmentEmpty, material.lengthOf(number),
@@ -196,17 +259,20 @@ Aud::SampleCacheSegment CacheCore::approach(Material& material, const LookAhead&
 }
 
 CacheCore::Standing CacheCore::stand(const Cookie& cookie, std::int64_t sample, const LookAhead& lookAhead) {
-    const Lock lock(mutex());
+    Lock lock(mutex());
     Material& material = find(cookie);
     Standing standing{.material = &material, .materialLength = material.length, .segment = {}};
     const bool isForward = lookAhead.direction == Aud::Render::Direction::forward;
     if (sample >= 0 && sample < material.length) {
         standing.number = static_cast<std::uint32_t>(sample / material.segmentLength);
         standing.index = static_cast<std::int32_t>(sample % material.segmentLength);
-        standing.segment = enter(material, standing.number, lookAhead);
+        standing.segment = entered(material, standing.number, lookAhead);
     } else if (isForward ? sample < 0 : sample >= 0) {
         standing.segment = approach(material, lookAhead);
     }
+    const unsigned int requests = std::exchange(unheard_, 0U);
+    lock.unlock();
+    wakeLoaders(requests);
     return standing;
 }
 
@@ -229,10 +295,19 @@ void CacheCore::requestAhead(Material& material, std::int64_t first, const LookA
 CachedSegment& CacheCore::request(Material& material, std::uint32_t number, CachedSegment::Stage stage) {
     const auto found = material.segments.find(number);
     if (found == material.segments.end())
-        return addRequest(material, number, stage);
+        return addRequests(material, number, stage);
     CachedSegment& segment = *found->second;
     lists_.want(stage, segment);
     return segment;
+}
+
+CachedSegment& CacheCore::addRequests(Material& material, std::uint32_t number, CachedSegment::Stage stage) {
+    if (material.together != nullptr)
+        for (Material* const other : *material.together)
+            if (other != &material && !other->removed && !other->segments.contains(number))
+                addRequest(*other, number, CachedSegment::eAhead);
+    ++unheard_;
+    return addRequest(material, number, stage);
 }
 
 CachedSegment& CacheCore::addRequest(Material& material, std::uint32_t number, CachedSegment::Stage stage) {
@@ -244,7 +319,6 @@ CachedSegment& CacheCore::addRequest(Material& material, std::uint32_t number, C
     material.segments.emplace(number, segment.get());
     // Nothing below can fail: from here on the lists own the segment.
     lists_.add(stage, node);
-    requested_.notify_one();
     return *segment.release();
 }
 

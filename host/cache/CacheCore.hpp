@@ -10,11 +10,15 @@
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <memory>
+#include <optional>
 #include <span>
 #include <stop_token>
 #include <string>
 #include <unordered_map>
+#include <utility>
+#include <vector>
 
 namespace audlmd {
 
@@ -73,21 +77,27 @@ public:
     /// UnknownMaterial.
     Standing stand(const Cookie& cookie, std::int64_t sample, const LookAhead& lookAhead)
         AUDLMD_EXCLUDES(cacheLock);
-    /// Requests the segment that a reader stands on, and those ahead of it. Where the material was removed,
-    /// the segment returned is never ready.
-    Aud::SampleCacheSegment enter(Material& material, std::uint32_t number, const LookAhead& lookAhead)
-        AUDLMD_REQUIRES(cacheLock);
+    /// Makes a segment the one that a reader stands on, and requests that and those ahead of it. Lets go of
+    /// the old one before a loader could look for room. Where the material was removed, the new one is never
+    /// ready.
+    void enter(Material& material, std::uint32_t number, const LookAhead& lookAhead,
+               Aud::SampleCacheSegment& current) AUDLMD_EXCLUDES(cacheLock);
 
 private:
     struct CookieHash {
         std::size_t operator()(const Cookie& cookie) const noexcept;
     };
-    /// What a read of one segment came to.
-    struct LoadedSamples {
+    /// A segment that is read, alone or with those of other channels.
+    struct Loading {
+        CachedSegment* segment;
         /// Null if the source failed.
         std::unique_ptr<float[]> samples;
-        /// The source's reason, which may be empty.
-        std::string failure;
+    };
+    /// Segments that are read at one go.
+    struct Load {
+        std::vector<Loading> segments;
+        /// Set if the source failed: its reason, which may be empty.
+        std::optional<std::string> failure;
     };
 
     /// Throws UnknownMaterial.
@@ -96,20 +106,28 @@ private:
     /// never ready; it keeps the material alive.
     Aud::SampleCacheSegment approach(Material& material, const LookAhead& lookAhead)
         AUDLMD_REQUIRES(cacheLock);
+    Aud::SampleCacheSegment entered(Material& material, std::uint32_t number, const LookAhead& lookAhead)
+        AUDLMD_REQUIRES(cacheLock);
     void requestAhead(Material& material, std::int64_t first, const LookAhead& lookAhead)
         AUDLMD_REQUIRES(cacheLock);
     CachedSegment& request(Material& material, std::uint32_t number, CachedSegment::Stage stage)
         AUDLMD_REQUIRES(cacheLock);
+    /// Also for the channels that are read together with this one.
+    CachedSegment& addRequests(Material& material, std::uint32_t number, CachedSegment::Stage stage)
+        AUDLMD_REQUIRES(cacheLock);
     CachedSegment& addRequest(Material& material, std::uint32_t number, CachedSegment::Stage stage)
         AUDLMD_REQUIRES(cacheLock);
+    /// Wakes loaders for so many requests. Without the lock, for which they would only wait.
+    void wakeLoaders(unsigned int requests) AUDLMD_EXCLUDES(cacheLock);
     void takeAll(Material& material, SegmentLists::List& taken) AUDLMD_REQUIRES(cacheLock);
 
-    /// Reads a segment's samples. Deletes the segments in `taken`; may reuse their memory.
-    static LoadedSamples readSamples(const CachedSegment& segment, SegmentLists::List& taken)
-        AUDLMD_EXCLUDES(cacheLock);
-    /// Shows the result to the readers. Returns the event that wakes those who wait.
-    EventPtr publish(CachedSegment& segment, LoadedSamples loaded, SegmentLists::List& taken)
-        AUDLMD_EXCLUDES(cacheLock);
+    /// Marks a requested segment, and those that are requested together with it, as loading. None: there is
+    /// no room.
+    Load startLoading(CachedSegment& segment, SegmentLists::List& taken) AUDLMD_REQUIRES(cacheLock);
+    /// Reads the samples. Deletes the segments in `taken`; may reuse their memory.
+    static void readSamples(Load& load, SegmentLists::List& taken) AUDLMD_EXCLUDES(cacheLock);
+    /// Shows the result to the readers, and wakes those who wait.
+    void publish(Load load, SegmentLists::List& taken) AUDLMD_EXCLUDES(cacheLock);
     /// Wakes who waits for the segments, gives up the cache's hold on them and empties the list.
     static void letGo(SegmentLists::List& taken) AUDLMD_EXCLUDES(cacheLock);
 
@@ -119,8 +137,13 @@ private:
 
     Mutex mutex_;
     /// Notified when there may be a segment for one more loader.
-    std::condition_variable_any requested_;
+    std::condition_variable requested_;
+    /// Of new requests, how many the loaders were not woken for.
+    unsigned int unheard_ AUDLMD_GUARDED_BY(cacheLock) = 0;
     std::unordered_map<Cookie, std::shared_ptr<Material>, CookieHash> materials_ AUDLMD_GUARDED_BY(cacheLock);
+    /// By frames and recording.
+    std::map<std::pair<FrameSource*, decltype(Orv::UUID::bytes)>, std::vector<Material*>>
+        together_ AUDLMD_GUARDED_BY(cacheLock);
     bool isCalledOff_ AUDLMD_GUARDED_BY(cacheLock) = false;
     SegmentLists lists_ AUDLMD_GUARDED_BY(cacheLock);
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/cache/SampleSource.hpp"
 #include "host/services/Threads.hpp"
 
 #include <cstddef>
@@ -40,6 +41,9 @@ public:
 
     /// Fills `samples` with one channel, counted from 0, from frame `position` on.
     void read(std::size_t channel, std::int64_t position, std::span<float> samples);
+    /// Fills stretches of different channels, all of one length. Where they are all channels of frames,
+    /// nothing is kept for later.
+    void read(std::int64_t position, std::span<const FrameSource::Stretch> stretches);
 
 private:
     /// Frames that were made at one go.
@@ -51,10 +55,15 @@ private:
         std::size_t read = 0;
     };
 
-    /// A kept excerpt that holds all the frames, else one made for them.
-    Excerpt& find(std::int64_t position, std::size_t frames) AUDLMD_REQUIRES(mutex_);
+    void readOne(std::size_t channel, std::int64_t position, std::span<float> samples)
+        AUDLMD_REQUIRES(mutex_);
+    /// Makes the frames piece by piece, and takes each apart while it lies in the processor's caches.
+    void split(std::int64_t position, std::span<const FrameSource::Stretch> stretches)
+        AUDLMD_REQUIRES(mutex_);
+    /// Null: none holds all the frames.
+    Excerpt* kept(std::int64_t position, std::size_t frames) AUDLMD_REQUIRES(mutex_);
     Excerpt& add(std::int64_t position, std::size_t frames) AUDLMD_REQUIRES(mutex_);
-    Excerpt take(const std::deque<Excerpt>::iterator& kept) AUDLMD_REQUIRES(mutex_);
+    Excerpt take(const std::deque<Excerpt>::iterator& unwanted) AUDLMD_REQUIRES(mutex_);
 
     const std::size_t channels_;
     const Layout layout_;
@@ -65,6 +74,8 @@ private:
     /// The oldest comes first.
     std::deque<Excerpt> kept_ AUDLMD_GUARDED_BY(mutex_);
     std::size_t keptSamples_ AUDLMD_GUARDED_BY(mutex_) = 0;
+    /// Of frames that are taken apart.
+    std::vector<float> piece_ AUDLMD_GUARDED_BY(mutex_);
 };
 
 } // namespace audlmd

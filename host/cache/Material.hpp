@@ -11,6 +11,7 @@
 #include <string>
 #include <unordered_map>
 #include <utility>
+#include <vector>
 
 namespace audlmd {
 
@@ -24,14 +25,14 @@ constexpr std::int64_t step(Aud::Render::Direction direction) {
 
 /// One material that a cache knows, its segments and its statistics.
 ///
-/// The first four members never change. The counters of underruns are atomic, because readers count without a
+/// The first five members never change. The counters of underruns are atomic, because readers count without a
 /// lock.
 struct Material : std::enable_shared_from_this<Material> {
     /// Both lengths are in samples.
     Material(std::shared_ptr<CacheCore> itsCore, std::shared_ptr<SampleSource> itsSource,
              std::int64_t samples, std::int32_t samplesPerSegment)
-        : core(std::move(itsCore)), source(std::move(itsSource)), length(samples),
-          segmentLength(samplesPerSegment) {}
+        : core(std::move(itsCore)), source(std::move(itsSource)), inFrames(source->inFrames()),
+          length(samples), segmentLength(samplesPerSegment) {}
 
     std::int64_t segmentCount() const { return (length + segmentLength - 1) / segmentLength; }
 
@@ -58,6 +59,7 @@ struct Material : std::enable_shared_from_this<Material> {
 
     const std::shared_ptr<CacheCore> core;
     const std::shared_ptr<SampleSource> source;
+    const SampleSource::InFrames inFrames;
     const std::int64_t length;
     const std::int32_t segmentLength;
 
@@ -68,6 +70,9 @@ struct Material : std::enable_shared_from_this<Material> {
 
     /// The segments that the cache lists, by number.
     std::unordered_map<std::uint32_t, CachedSegment*> segments AUDLMD_GUARDED_BY(cacheLock);
+    /// All channels of the same frames and recording that the cache holds, this one included. Null where
+    /// there are no frames.
+    std::vector<Material*>* together AUDLMD_GUARDED_BY(cacheLock) = nullptr;
     /// Set when the cache forgets the material. Readers find silence from their next segment on.
     bool removed AUDLMD_GUARDED_BY(cacheLock) = false;
     std::uint64_t failedSegments AUDLMD_GUARDED_BY(cacheLock) = 0;

@@ -84,19 +84,17 @@ void SampleCache::ForwardIterator::internal_inc_hitFirstSegment() {
     // Material without samples is entered too, but has no segment to stand on.
     if (materialLength == 0)
         return;
-    const audlmd::Lock lock(material.core->mutex());
     segmentIndex = 0;
     hostSegmentNumber = 0;
-    currentSegment = material.core->enter(material, 0, {Direction::forward, hostReach, hostHeldSegments});
+    material.core->enter(material, 0, {Direction::forward, hostReach, hostHeldSegments}, currentSegment);
 }
 
 void SampleCache::ForwardIterator::internal_inc_moveToNextSegment() {
     audlmd::Material& material = materialBehind(hostMaterial);
-    const audlmd::Lock lock(material.core->mutex());
     segmentIndex = 0;
     ++hostSegmentNumber;
-    currentSegment =
-        material.core->enter(material, hostSegmentNumber, {Direction::forward, hostReach, hostHeldSegments});
+    material.core->enter(material, hostSegmentNumber, {Direction::forward, hostReach, hostHeldSegments},
+                         currentSegment);
 }
 
 void SampleCache::ForwardIterator::internal_incrementAudioUnderrunCounter() const {
@@ -127,18 +125,16 @@ void SampleCache::ReverseIterator::internal_inc_hitLastSegment() {
     audlmd::Material& material = materialBehind(hostMaterial);
     if (materialLength == 0)
         return;
-    const audlmd::Lock lock(material.core->mutex());
     hostSegmentNumber = static_cast<std::uint32_t>(material.segmentCount() - 1);
     segmentIndex = material.lengthOf(hostSegmentNumber) - 1;
-    currentSegment = material.core->enter(material, hostSegmentNumber, {Direction::reverse, hostReach, {}});
+    material.core->enter(material, hostSegmentNumber, {Direction::reverse, hostReach, {}}, currentSegment);
 }
 
 void SampleCache::ReverseIterator::internal_inc_moveToNextSegment() {
     audlmd::Material& material = materialBehind(hostMaterial);
-    const audlmd::Lock lock(material.core->mutex());
     --hostSegmentNumber;
     segmentIndex = material.segmentLength - 1;
-    currentSegment = material.core->enter(material, hostSegmentNumber, {Direction::reverse, hostReach, {}});
+    material.core->enter(material, hostSegmentNumber, {Direction::reverse, hostReach, {}}, currentSegment);
 }
 
 void SampleCache::ReverseIterator::internal_incrementAudioUnderrunCounter() const {

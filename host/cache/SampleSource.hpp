@@ -1,12 +1,32 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <utility>
 #include <vector>
 
 namespace audlmd {
+
+/// Several channels that are faster to read together than one after another, such as those of a file, which
+/// stores them side by side. The source of each channel names the frames, see SampleSource::inFrames(); the
+/// cache then reads the channels that it holds of one recording at one go.
+class FrameSource {
+public:
+    /// Samples of one channel, counted from 0, each to be multiplied by a factor.
+    struct Stretch {
+        std::size_t channel;
+        float factor;
+        std::span<float> samples;
+    };
+
+    virtual ~FrameSource() = default;
+
+    /// Fills stretches of different channels, all of one length, from frame `position` on. Threads and errors
+    /// as with SampleSource::read().
+    virtual void read(std::int64_t position, std::span<const Stretch> stretches) = 0;
+};
 
 /// Where the samples of one material, a single channel, come from. Derive from this class to play from
 /// something other than sound files and memory.
@@ -30,6 +50,17 @@ public:
     /// default, if a read needs nothing to itself. The cache reads sources with the same resource one after
     /// another, while other loader threads serve other sources. Must never change.
     virtual const void* exclusiveResource() const { return nullptr; }
+
+    /// Which of the channels of a FrameSource the samples are, and what they are multiplied by.
+    struct InFrames {
+        /// Null: the channel is read alone.
+        FrameSource* frames = nullptr;
+        std::size_t channel = 0;
+        float factor = 1.0F;
+    };
+    /// Nothing, the default, unless the frames may be read in place of this source. Must never change. The
+    /// frames must live as long as the source; sources of one FrameSource have one length.
+    virtual InFrames inFrames() const { return {}; }
 };
 
 /// Samples in memory. Several threads may read at the same time.

@@ -19,7 +19,8 @@ class SegmentLists {
 public:
     using List = std::list<CachedSegment*>;
 
-    /// `memoryBudget` is in bytes. At most `loaderThreads` segments are loaded at the same time.
+    /// `memoryBudget` is in bytes. Room is made for `loaderThreads` segments that are loaded at the same
+    /// time.
     SegmentLists(std::size_t memoryBudget, unsigned int loaderThreads);
 
     /// Lists a new segment. `node` is a list of this segment alone, made by the caller so that nothing can

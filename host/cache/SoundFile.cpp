@@ -63,6 +63,10 @@ void SoundFile::read(int channel, std::int64_t position, std::span<float> sample
     impl_->excerpts.read(static_cast<std::size_t>(channel), position, samples);
 }
 
+void SoundFile::read(std::int64_t position, std::span<const Stretch> stretches) {
+    impl_->excerpts.read(position, stretches);
+}
+
 SoundFileSource::SoundFileSource(std::shared_ptr<SoundFile> file, int channel)
     : file_(std::move(file)), channel_(channel) {
     if (channel < 0 || channel >= file_->channels())

@@ -40,7 +40,7 @@ public:
 ///
 /// Thread safe. Reads wait for each other.
 /// \snippet cache.cpp sound file
-class SoundFile {
+class SoundFile final : public FrameSource {
 public:
     /// A path may lead into a zip archive as into a folder ("film.otioz/media/a.wav"), to a member that is
     /// stored as it is. Throws SoundFileError if the file is not there, not readable, not seekable, shorter
@@ -48,7 +48,7 @@ public:
     /// audio, or of a format that libsndfile does not read, as film containers are. The trap: without memory,
     /// some of the decoders below libsndfile end the process.
     explicit SoundFile(const std::filesystem::path& path, Truncated truncated = Truncated::refused);
-    ~SoundFile();
+    ~SoundFile() override;
     SoundFile(const SoundFile&) = delete;
     SoundFile& operator=(const SoundFile&) = delete;
 
@@ -71,6 +71,8 @@ public:
     /// Fills `samples` with one channel, counted from 0, from frame `position` on. Full scale is -1.0 to 1.0.
     /// Throws SoundFileError, also for a file that ends too early.
     void read(int channel, std::int64_t position, std::span<float> samples);
+    /// The same for several channels. All of them at one go are decoded straight into the stretches.
+    void read(std::int64_t position, std::span<const Stretch> stretches) override;
 
 private:
     struct Impl;
@@ -90,6 +92,9 @@ public:
     }
     /// The file: its channels are read one after another, because each read would wait for the others.
     const void* exclusiveResource() const override { return file_.get(); }
+    InFrames inFrames() const override {
+        return {.frames = file_.get(), .channel = static_cast<std::size_t>(channel_)};
+    }
 
 private:
     std::shared_ptr<SoundFile> file_;

@@ -310,4 +310,13 @@ void ScaledSource::read(std::int64_t position, std::span<float> samples) {
     multiply(samples, factor_);
 }
 
+/// Only over a channel as it is: the product of two factors may be out of range where each alone is not.
+SampleSource::InFrames ScaledSource::inFrames() const {
+    InFrames scaled = source_->inFrames();
+    if (scaled.factor != 1.0F)
+        return {};
+    scaled.factor = factor_;
+    return scaled;
+}
+
 } // namespace audlmd

@@ -124,6 +124,7 @@ public:
     std::int64_t length() const override { return source_->length(); }
     void read(std::int64_t position, std::span<float> samples) override;
     const void* exclusiveResource() const override { return source_->exclusiveResource(); }
+    InFrames inFrames() const override;
 
 private:
     std::shared_ptr<SampleSource> source_;

@@ -54,18 +54,23 @@ void StripChannel::load(OutputSample position) const {
 }
 
 void StripChannel::render(OutputSample position, std::size_t count, TimelineSample at) {
-    const double before = processorTime();
     moveTo(position);
-    const std::span<float> samples = std::span(block_).first(count);
-    player_.renderFloats(samples);
-    rendered_ = count;
-    overload_.measure(samples, loudestGain_, at);
+    const std::span<float> room = std::span(block_).first(count);
+    samples_ = player_.floatsInCache(room);
+    if (samples_.empty())
+        renderBlock(room, at);
+    overload_.measure(samples_, loudestGain_, at);
+}
 
+void StripChannel::renderBlock(std::span<float> samples, TimelineSample at) {
+    const double before = processorTime();
+    player_.renderFloats(samples);
+    samples_ = samples;
+    seconds_ += processorTime() - before;
     const std::uint64_t missing = statistics_.underrunSamples;
     statistics_ = material_.cache.statistics(material_.cookie);
     if (statistics_.underrunSamples != missing)
-        silent_.add({.from = at, .to = at + static_cast<std::int64_t>(count)});
-    seconds_ += processorTime() - before;
+        silent_.add({.from = at, .to = at + std::ssize(samples)});
 }
 
 /// The equaliser and the filtering converter carry state from the first sample that is heard. So samples

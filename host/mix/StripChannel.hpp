@@ -30,11 +30,12 @@ public:
     /// Renders so many samples of the player, from `position` on, which are heard from `at` on.
     void render(OutputSample position, std::size_t count, TimelineSample at);
     /// What was rendered last.
-    std::span<const float> samples() const { return std::span(block_).first(rendered_); }
+    std::span<const float> samples() const { return samples_; }
     /// By which it goes into an output channel.
     float gainIn(std::size_t outputChannel) const { return gains_[outputChannel]; }
 
-    /// The processor time that rendering has taken, in seconds.
+    /// The processor time that rendering has taken, in seconds. What is taken from the cache as it is takes
+    /// none.
     double seconds() const { return seconds_; }
     const MaterialStatistics& statistics() const { return statistics_; }
     /// Where samples were missing.
@@ -55,6 +56,7 @@ private:
     };
 
     void moveTo(OutputSample position);
+    void renderBlock(std::span<float> samples, TimelineSample at);
 
     CachedMaterial material_;
     StripPlayer player_;
@@ -63,7 +65,8 @@ private:
     float loudestGain_;
     OutputSample start_;
     std::vector<float> block_;
-    std::size_t rendered_ = 0;
+    /// In the block, or in the cache.
+    std::span<const float> samples_;
 
     MaterialStatistics statistics_;
     SpanList<TimelineClock> silent_;

@@ -25,9 +25,22 @@ void add(const BusTerm& term, TimelineSpan span, TimelineSample start, std::span
         addTo(partOf(bus, start, span), samplesIn(term, span), term.gain);
 }
 
-void add(const std::vector<BusTerm>& terms, TimelineSample start, std::span<float> bus) {
-    for (const BusTerm& term : terms)
-        add(term, term.span, start, bus);
+/// Neighbours that lie at the same place are added in one pass.
+void add(const std::vector<BusTerm>& terms, TimelineSample start, std::span<float> bus,
+         std::vector<BusInput>& inputs) {
+    for (auto term = terms.begin(); term != terms.end();) {
+        const TimelineSpan span = term->span;
+        inputs.clear();
+        for (; term != terms.end() && term->span == span; ++term)
+            inputs.push_back({term->samples.data(), term->gain});
+        addTo(partOf(bus, start, span), inputs);
+    }
+}
+
+/// The first track that sounds, and tracks of one term. A bus that begins with +0.0 never holds -0.0, so that
+/// adding to +0.0 first changes nothing.
+bool needsNoBus(const std::vector<BusTerm>& terms, bool isFirst) {
+    return isFirst || terms.size() < 2;
 }
 
 /// Two terms as one sum where both are, in one pass.
@@ -45,45 +58,45 @@ void addBoth(const BusTerm& a, const BusTerm& b, TimelineSample start, std::span
 } // namespace
 
 TrackSums::TrackSums(std::size_t channels, std::size_t stems, std::size_t block)
-    : hasStems_(stems != 0),
-      channels_(channels, Channel{.terms = {}, .track = std::vector<float>(hasStems_ ? 0 : block)}),
+    : hasStems_(stems != 0), channels_(channels, Channel{.direct = {},
+                                                         .terms = {},
+                                                         .inputs = {},
+                                                         .track = std::vector<float>(hasStems_ ? 0 : block)}),
       meters_(channels * (stems + 1), OverloadMeter(mostSpansOfTheOutput)) {}
-
-/// A bus that begins with +0.0 never holds -0.0, so that adding to +0.0 first changes nothing.
-bool TrackSums::addDirectly(const std::vector<BusTerm>& terms, bool isFirst, TimelineSample start,
-                            std::span<float> output) {
-    if (isFirst || terms.size() < 2)
-        add(terms, start, output);
-    else if (terms.size() == 2)
-        addBoth(terms[0], terms[1], start, output);
-    else
-        return false;
-    return true;
-}
 
 void TrackSums::sum(std::size_t channel, TimelineSpan block, std::span<const SoundingStrip> strips,
                     std::span<const std::span<float>> buffers) {
     for (std::size_t buffer = channel; buffer < buffers.size(); buffer += channels_.size())
         std::ranges::fill(buffers[buffer], 0.0F);
     const std::span<float> output = buffers[channel];
-    auto& [terms, scratch] = channels_[channel];
-    bool isFirst = true;
+    auto& [direct, terms, inputs, scratch] = channels_[channel];
+    direct.clear();
     for (auto strip = strips.begin(); strip != strips.end();) {
         const std::size_t track = strip->track;
+        const bool isFirst = strip == strips.begin();
         terms.clear();
         for (; strip != strips.end() && strip->track == track; ++strip)
             strip->strip->appendTerms(channel, strip->span, terms);
-        if (!hasStems_ && addDirectly(terms, std::exchange(isFirst, false), block.from, output))
+        if (!hasStems_ && needsNoBus(terms, isFirst)) {
+            direct.insert(direct.end(), terms.begin(), terms.end());
             continue;
+        }
+        add(direct, block.from, output, inputs);
+        direct.clear();
+        if (!hasStems_ && terms.size() == 2) {
+            addBoth(terms[0], terms[1], block.from, output);
+            continue;
+        }
         const std::size_t stem = (track + 1) * channels_.size() + channel;
         const std::span<float> sum = hasStems_ ? buffers[stem] : std::span(scratch).first(output.size());
         if (!hasStems_)
             std::ranges::fill(sum, 0.0F);
-        add(terms, block.from, sum);
+        add(terms, block.from, sum, inputs);
         addTo(output, sum, 1.0F);
         if (hasStems_)
             meters_[stem].measure(sum, 1.0F, block.from);
     }
+    add(direct, block.from, output, inputs);
     meters_[channel].measure(output, 1.0F, block.from);
 }
 

@@ -2,6 +2,7 @@
 
 #include "host/mix/OpenStrip.hpp"
 #include "host/mix/Reporting.hpp"
+#include "host/signal/BlockLoops.hpp"
 
 #include <cstddef>
 #include <span>
@@ -39,15 +40,15 @@ public:
 private:
     /// Of one channel of the output, which one thread sums at a time.
     struct Channel {
+        /// Of tracks without a bus of their own, not added yet.
+        std::vector<BusTerm> direct;
         /// Of the track that is summed.
         std::vector<BusTerm> terms;
+        /// Of one pass.
+        std::vector<BusInput> inputs;
         /// One block, for a track of many terms without a stem.
         std::vector<float> track;
     };
-
-    /// The first track that sounds, and tracks of one or two terms, need no bus of their own.
-    static bool addDirectly(const std::vector<BusTerm>& terms, bool isFirst, TimelineSample start,
-                            std::span<float> output);
 
     bool hasStems_;
     std::vector<Channel> channels_;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 
@@ -13,6 +14,15 @@ void addTo(std::span<float> bus, std::span<const float> input, float gain);
 /// Adds the sum of two products to the bus: bus + (a * gainOfA + b * gainOfB). All have one length.
 void addTo(std::span<float> bus, std::span<const float> a, float gainOfA, std::span<const float> b,
            float gainOfB);
+
+/// What is added to a bus: as many samples as the bus has, times a gain.
+struct BusInput {
+    const float* samples;
+    float gain;
+};
+
+/// Adds all inputs to the bus, one after another, in one pass: (bus + a * gainOfA) + b * gainOfB and so on.
+void addTo(std::span<float> bus, std::span<const BusInput> inputs);
 
 /// Multiplies all samples by a gain, in place.
 void multiply(std::span<float> samples, float gain);
@@ -33,5 +43,12 @@ struct CountAbove {
 };
 
 CountAbove countAbove(std::span<const float> samples, float limit);
+
+/// Takes frames apart: each channel gets its samples of all frames, and has room for them.
+void splitFrames(std::span<const float> frames, std::span<float* const> channels);
+
+/// Puts the containers of two channels side by side, each of 1 to 4 bytes. `frames` has room for all of them.
+void joinChannels(const std::byte* left, const std::byte* right, std::size_t bytes, std::size_t count,
+                  std::byte* frames);
 
 } // namespace audlmd

@@ -39,6 +39,12 @@ struct StripPlan {
         return settings.reverse ? Aud::Render::Direction::reverse : Aud::Render::Direction::forward;
     }
 
+    /// Whether the strip's samples are those of the material, in its order, where the fades have full level.
+    bool playsAsItIs() const {
+        return !settings.reverse && settings.converter == Converter::none && settings.equaliser.empty() &&
+               !settings.middleLevel && !settings.outerLevel && !settings.automation;
+    }
+
     /// Which sample of the material a sample of the range is. In reverse the first one is the last in the
     /// material.
     MaterialSample inMaterial(RangeSample sample) const;

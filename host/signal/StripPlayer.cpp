@@ -25,7 +25,8 @@ std::uint64_t renderInto(StripPlayer& player, std::span<Number> samples) {
 StripPlayer::StripPlayer(Aud::SampleCache& cache, StripSettings settings,
                          RenderFunctionLookUp<Unclipped> inlined)
     : plan_(std::move(settings)), cache_(cache), inlined_(inlined),
-      converter_(makeStripConverter(plan_, record_.srcState)), fade_(converter_->envelopeFrom(0)) {}
+      converter_(makeStripConverter(plan_, record_.srcState)), fade_(converter_->envelopeFrom(0)),
+      reader_(cache_, plan_.settings, plan_.gearing) {}
 
 StripPlayer::~StripPlayer() = default;
 
@@ -46,6 +47,19 @@ std::uint64_t StripPlayer::renderFloats(std::span<float> samples) {
         return render(samples);
     Unclipped out{samples.data()};
     return renderThrough(out, samples.size(), inlined_);
+}
+
+std::span<const float> StripPlayer::floatsInCache(std::span<float> room) {
+    if (!plan_.playsAsItIs() || inlined_ == nullptr || inlined_(plan_.fullLevelModeCode) == nullptr)
+        return {};
+    const RangeSample first = converter_->startOfCall(position_).sample;
+    const std::uint64_t most = std::min(plan_.outputLength - static_cast<std::uint64_t>(position_.number()),
+                                        static_cast<std::uint64_t>(fade_.fullLevelEnd(first) - first));
+    if (most < room.size() || room.empty())
+        return {};
+    const std::span<const float> ready = reader_.read(plan_.inMaterial(first).number(), room);
+    position_ += std::ssize(ready);
+    return ready;
 }
 
 std::uint64_t StripPlayer::renderThrough(const RenderFunctionCall& render, std::uint64_t count) {

@@ -3,6 +3,7 @@
 #include "contract/SampleCache.hpp"
 #include "host/services/RenderFunctions.hpp"
 #include "host/signal/RecordNumbers.hpp"
+#include "host/signal/StraightReader.hpp"
 #include "host/signal/StripPlan.hpp"
 #include "host/signal/Unclipped.hpp"
 #include "loop_modes/IteratorCreationParams.hpp"
@@ -85,6 +86,14 @@ public:
     /// The trap: a fade needs two modes. Where only some modes are compiled in, ask beforehand whether there
     /// are functions for modeCode() and for fullLevelModeCode().
     std::uint64_t renderFloats(std::span<float> samples);
+    /// The next samples, as many as `room` has, where the strip plays its material as it is: where they lie
+    /// in the cache, or copied into `room` where they lie in two segments. Nothing where they must be
+    /// rendered, because the strip changes them or one of them is not ready, after a wait where the settings
+    /// want that.
+    ///
+    /// The player moves on by as many as are returned. They stay there until the next call. Throws
+    /// UnknownMaterial, and what a wait throws.
+    std::span<const float> floatsInCache(std::span<float> room);
 
     /// Jumps to an output sample, up to outputLength(). Throws std::out_of_range.
     ///
@@ -143,6 +152,7 @@ private:
     std::unique_ptr<StripConverter> converter_;
     /// Made anew after every jump, because the alignment counts from where the filtering converter starts.
     FadeEnvelope fade_;
+    StraightReader reader_;
     OutputSample position_;
     /// Whether the record holds the state that the call before has left.
     bool carriesOn_ = false;

@@ -58,6 +58,21 @@ TEST(ChannelExcerpts, AreKeptWithinTheLimitsUntilEachChannelHasReadThem) {
     }
 }
 
+TEST(ChannelExcerpts, AreTakenApartWhereAllChannelsAreWanted) {
+    for (const Layout layout : {Layout::interleaved, Layout::planar})
+        for (const std::size_t frames : {1U, 3U, 20001U}) {
+            CountedExcerpts counted(layout, {.samples = 0, .excerpts = 1});
+            std::vector<float> channels[] = {std::vector<float>(frames), std::vector<float>(frames)};
+            const FrameSource::Stretch stretches[] = {{1, 0.5F, channels[1]}, {0, 1.0F, channels[0]}};
+            counted.excerpts.read(7, stretches);
+            for (std::size_t i = 0; i < frames; ++i)
+                for (std::size_t channel = 0; channel < 2; ++channel)
+                    ASSERT_EQ(channels[channel][i],
+                              static_cast<float>(7 + i + 5000 * channel) / (channel == 1 ? 2 : 1));
+            EXPECT_EQ(counted.read(0, 7, frames), layout == Layout::interleaved ? 1U : 0U) << "not kept";
+        }
+}
+
 TEST(ChannelExcerpts, AreReusedOnlyWhereTheyHoldAllFrames) {
     // The first frame, how many, and how many excerpts are made for them beside the frames 1000 to 1099.
     const std::array<std::array<unsigned int, 3>, 6> rows{

@@ -1,5 +1,6 @@
 #include "tools/audlmd/files/SampleLayouts.hpp"
 
+#include "host/signal/BlockLoops.hpp"
 #include "host/signal/Unclipped.hpp"
 
 #include <algorithm>
@@ -99,6 +100,8 @@ void load(FormatId format, const std::byte* containers, std::span<float> samples
 
 void interleave(std::span<const std::byte* const> channels, std::size_t bytes, std::size_t frames,
                 std::byte* interleaved) {
+    if (channels.size() == 2)
+        return joinChannels(channels[0], channels[1], bytes, frames, interleaved);
     const Copy copy = copyOf(bytes);
     const std::size_t stride = channels.size() * bytes;
     forEachTile(channels.size(), frames, [&](std::size_t channel, std::size_t first, std::size_t count) {

@@ -38,6 +38,13 @@ std::vector<Cookie> RenderedChannel::cookies() const {
     return cookies;
 }
 
+std::span<const float> RenderedChannel::renderInto(std::span<float> room) {
+    if (const std::span<const float> samples = player_.floatsInCache(room); !samples.empty())
+        return samples;
+    render(room);
+    return room;
+}
+
 void RenderedChannel::render(std::span<float> samples) {
     player_.renderFloats(samples);
     if (!withHeadroom_)

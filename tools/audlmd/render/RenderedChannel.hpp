@@ -36,6 +36,8 @@ public:
     /// Renders the next samples, unclipped. The same bits for either kind of functions, up to 120 dB above
     /// full scale.
     void render(std::span<float> samples);
+    /// The same, but the samples may also stay in the cache: see StripPlayer::floatsInCache().
+    std::span<const float> renderInto(std::span<float> room);
 
 private:
     StripPlayer player_;

@@ -69,14 +69,17 @@ void RenderedChunks::renderFloats(std::size_t channel, std::byte* containers, st
     for (std::size_t count = 0; frames != 0; frames -= count) {
         count = std::min(frames, block_);
         const OutputPlace place{channel, rendered.player().position().number()};
-        const std::span<float> block(samples.data(), count);
-        rendered.render(block);
+        const std::span<float> room(samples.data(), count);
+        std::span<const float> block = room;
         // Measured before they are stored, but of a mix the sums.
-        if (existing_ != nullptr)
-            add(format_, rounding_, place, block, containers);
-        clipped_[channel].meter.measure(block, 1.0F, place.position);
-        if (existing_ == nullptr)
+        if (existing_ == nullptr) {
+            block = rendered.renderInto(room);
             store(format_, rounding_, place, block, containers);
+        } else {
+            rendered.render(room);
+            add(format_, rounding_, place, room, containers);
+        }
+        clipped_[channel].meter.measure(block, 1.0F, place.position);
         containers += count * outputFormat(format_).bytes;
     }
 }
