@@ -42,6 +42,27 @@ void addTwoProducts(float* bus, const float* a, float gainOfA, const float* b, f
         bus[i] += a[i] * gainOfA + b[i] * gainOfB;
 }
 
+/// The bus stays in registers while all inputs are added, two vectors of it at a time.
+void addProducts(float* bus, const BusInput* inputs, std::size_t inputCount, std::size_t count) {
+    const Floats f;
+    std::size_t i = 0;
+    for (; i + 2 * hn::Lanes(f) <= count; i += 2 * hn::Lanes(f)) {
+        auto first = hn::LoadU(f, bus + i);
+        auto second = hn::LoadU(f, bus + i + hn::Lanes(f));
+        for (std::size_t n = 0; n < inputCount; ++n) {
+            const auto gains = hn::Set(f, inputs[n].gain);
+            const float* const in = inputs[n].samples + i;
+            first = hn::Add(first, hn::Mul(hn::LoadU(f, in), gains));
+            second = hn::Add(second, hn::Mul(hn::LoadU(f, in + hn::Lanes(f)), gains));
+        }
+        hn::StoreU(first, f, bus + i);
+        hn::StoreU(second, f, bus + i + hn::Lanes(f));
+    }
+    for (; i < count; ++i)
+        for (std::size_t n = 0; n < inputCount; ++n)
+            bus[i] += inputs[n].samples[i] * inputs[n].gain;
+}
+
 void multiplyAll(float* samples, std::size_t count, float gain) {
     const Floats f;
     const auto gains = hn::Set(f, gain);
@@ -88,6 +109,7 @@ namespace {
 
 HWY_EXPORT(addProduct);
 HWY_EXPORT(addTwoProducts);
+HWY_EXPORT(addProducts);
 HWY_EXPORT(multiplyAll);
 HWY_EXPORT(copyBackwards);
 HWY_EXPORT(largestMagnitude);
@@ -101,6 +123,10 @@ void addTo(std::span<float> bus, std::span<const float> input, float gain) {
 void addTo(std::span<float> bus, std::span<const float> a, float gainOfA, std::span<const float> b,
            float gainOfB) {
     HWY_DYNAMIC_DISPATCH(addTwoProducts)(bus.data(), a.data(), gainOfA, b.data(), gainOfB, bus.size());
+}
+
+void addTo(std::span<float> bus, std::span<const BusInput> inputs) {
+    HWY_DYNAMIC_DISPATCH(addProducts)(bus.data(), inputs.data(), inputs.size(), bus.size());
 }
 
 void multiply(std::span<float> samples, float gain) {

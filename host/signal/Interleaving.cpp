@@ -1,57 +1,72 @@
 #include "host/signal/BlockLoops.hpp"
 
+#include <cstdint>
 #include <cstring>
-#include <emmintrin.h>
 
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "host/signal/Interleaving.cpp"
+#include "host/signal/Wide.ipp"
+
+HWY_BEFORE_NAMESPACE();
+namespace audlmd::HWY_NAMESPACE {
+namespace {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+// Each returns how many of the frames, from the first on, are done.
+
+std::size_t splitPairs(const float* frames, std::size_t count, float* left, float* right) {
+    const hn::ScalableTag<float> floats;
+    std::size_t i = 0;
+    for (; i + hn::Lanes(floats) <= count; i += hn::Lanes(floats)) {
+        auto ofLeft = hn::Undefined(floats);
+        auto ofRight = hn::Undefined(floats);
+        hn::LoadInterleaved2(floats, frames + 2 * i, ofLeft, ofRight);
+        hn::StoreU(ofLeft, floats, left + i);
+        hn::StoreU(ofRight, floats, right + i);
+    }
+    return i;
+}
+
+template <class Container>
+std::size_t joinPairs(const std::byte* left, const std::byte* right, std::size_t count, std::byte* frames) {
+    const hn::ScalableTag<Container> containers;
+    const auto loaded = [&](const std::byte* from) HWY_ATTR {
+        return hn::LoadU(containers, reinterpret_cast<const Container*>(from));
+    };
+    std::size_t i = 0;
+    for (; i + hn::Lanes(containers) <= count; i += hn::Lanes(containers))
+        hn::StoreInterleaved2(loaded(left + i * sizeof(Container)), loaded(right + i * sizeof(Container)),
+                              containers, reinterpret_cast<Container*>(frames) + 2 * i);
+    return i;
+}
+std::size_t joinBytes(const std::byte* left, const std::byte* right, std::size_t count, std::byte* frames) {
+    return joinPairs<std::uint8_t>(left, right, count, frames);
+}
+std::size_t joinWords(const std::byte* left, const std::byte* right, std::size_t count, std::byte* frames) {
+    return joinPairs<std::uint16_t>(left, right, count, frames);
+}
+std::size_t joinFours(const std::byte* left, const std::byte* right, std::size_t count, std::byte* frames) {
+    return joinPairs<std::uint32_t>(left, right, count, frames);
+}
+
+} // namespace
+} // namespace audlmd::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
 namespace audlmd {
 namespace {
 
-/// Returns how many of the frames, from the first on, are done.
-std::size_t splitPairs(const float* frames, std::size_t count, float* left, float* right) {
-    const std::size_t whole = count / 4 * 4;
-    for (std::size_t i = 0; i < whole; i += 4) {
-        const __m128 first = _mm_loadu_ps(frames + 2 * i);
-        const __m128 last = _mm_loadu_ps(frames + 2 * i + 4);
-        _mm_storeu_ps(left + i, _mm_shuffle_ps(first, last, _MM_SHUFFLE(2, 0, 2, 0)));
-        _mm_storeu_ps(right + i, _mm_shuffle_ps(first, last, _MM_SHUFFLE(3, 1, 3, 1)));
-    }
-    return whole;
-}
-
-/// The two halves of sixteen bytes of each channel, side by side.
-struct JoinedHalves {
-    __m128i low, high;
-};
-
-template <std::size_t Bytes>
-JoinedHalves joined(__m128i left, __m128i right) {
-    if constexpr (Bytes == 1)
-        return {_mm_unpacklo_epi8(left, right), _mm_unpackhi_epi8(left, right)};
-    else if constexpr (Bytes == 2)
-        return {_mm_unpacklo_epi16(left, right), _mm_unpackhi_epi16(left, right)};
-    else
-        return {_mm_unpacklo_epi32(left, right), _mm_unpackhi_epi32(left, right)};
-}
-
-/// Sixteen bytes of each channel at a time. Returns how many containers are done.
-template <std::size_t Bytes>
-std::size_t joinPacks(const std::byte* left, const std::byte* right, std::size_t count, std::byte* frames) {
-    constexpr std::size_t pack = 16 / Bytes;
-    const std::size_t whole = count / pack * pack;
-    for (std::size_t at = 0; at < whole * Bytes; at += 16) {
-        const auto [low, high] = joined<Bytes>(_mm_loadu_si128(reinterpret_cast<const __m128i*>(left + at)),
-                                               _mm_loadu_si128(reinterpret_cast<const __m128i*>(right + at)));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(frames + 2 * at), low);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(frames + 2 * at + 16), high);
-    }
-    return whole;
-}
+HWY_EXPORT(splitPairs);
+HWY_EXPORT(joinBytes);
+HWY_EXPORT(joinWords);
+HWY_EXPORT(joinFours);
 
 /// Two containers of each channel at a time, in the registers of integers. Reads two bytes more of each,
 /// which the next two have.
-template <>
-std::size_t joinPacks<3>(const std::byte* left, const std::byte* right, std::size_t count,
-                         std::byte* frames) {
+std::size_t joinThreeBytes(const std::byte* left, const std::byte* right, std::size_t count,
+                           std::byte* frames) {
     constexpr std::uint64_t three = 0xFFFFFF;
     std::size_t done = 0;
     for (; done + 3 <= count; done += 2, left += 6, right += 6, frames += 12) {
@@ -67,11 +82,17 @@ std::size_t joinPacks<3>(const std::byte* left, const std::byte* right, std::siz
     return done;
 }
 
-template <std::size_t Bytes>
-void join(const std::byte* left, const std::byte* right, std::size_t count, std::byte* frames) {
-    for (std::size_t i = joinPacks<Bytes>(left, right, count, frames); i < count; ++i) {
-        std::memcpy(frames + 2 * i * Bytes, left + i * Bytes, Bytes);
-        std::memcpy(frames + (2 * i + 1) * Bytes, right + i * Bytes, Bytes);
+/// Of containers of so many bytes.
+auto joinOf(std::size_t bytes) {
+    switch (bytes) {
+    case 1:
+        return HWY_DYNAMIC_DISPATCH(joinBytes);
+    case 2:
+        return HWY_DYNAMIC_DISPATCH(joinWords);
+    case 3:
+        return &joinThreeBytes;
+    default:
+        return HWY_DYNAMIC_DISPATCH(joinFours);
     }
 }
 
@@ -80,7 +101,8 @@ void join(const std::byte* left, const std::byte* right, std::size_t count, std:
 void splitFrames(std::span<const float> frames, std::span<float* const> channels) {
     const std::size_t width = channels.size();
     const std::size_t count = frames.size() / width;
-    const std::size_t done = width == 2 ? splitPairs(frames.data(), count, channels[0], channels[1]) : 0;
+    const std::size_t done =
+        width == 2 ? HWY_DYNAMIC_DISPATCH(splitPairs)(frames.data(), count, channels[0], channels[1]) : 0;
     for (std::size_t channel = 0; channel < width; ++channel)
         for (std::size_t i = done; i < count; ++i)
             channels[channel][i] = frames[i * width + channel];
@@ -88,8 +110,11 @@ void splitFrames(std::span<const float> frames, std::span<float* const> channels
 
 void joinChannels(const std::byte* left, const std::byte* right, std::size_t bytes, std::size_t count,
                   std::byte* frames) {
-    constexpr decltype(&join<1>) joins[] = {join<1>, join<2>, join<3>, join<4>};
-    joins[bytes - 1](left, right, count, frames);
+    for (std::size_t i = joinOf(bytes)(left, right, count, frames); i < count; ++i) {
+        std::memcpy(frames + 2 * i * bytes, left + i * bytes, bytes);
+        std::memcpy(frames + (2 * i + 1) * bytes, right + i * bytes, bytes);
+    }
 }
 
 } // namespace audlmd
+#endif

@@ -1,6 +1,5 @@
 #include "host/deliver/Delivery.hpp"
 #include "host/deliver/TriangularNoise.hpp"
-#include "host/signal/BlockLoops.hpp"
 #include "host/signal/Unclipped.hpp"
 #include "tests/host/signal/EveryVectorWidth.hpp"
 #include "tests/ole/Aud/EveryKindOfFloat.hpp"
@@ -64,53 +63,6 @@ TEST(BlockConversion, DeliversTheBytesOfSingleSamples) {
     expectTheBytesOfSingleSamplesInAll(everyKindOfFloat());
     for (std::size_t count = 0; count < 38; ++count)
         expectTheBytesOfSingleSamplesInAll(std::vector<float>(count, 0.4F));
-}
-
-TEST(BlockLoops, PutChannelsSideBySideAndApart) {
-    for (std::size_t count = 0; count < 40; ++count)
-        for (std::size_t bytes = 1; bytes <= 4; ++bytes) {
-            std::vector<std::byte> channels(2 * count * bytes);
-            for (std::size_t i = 0; i < channels.size(); ++i)
-                channels[i] = static_cast<std::byte>(i + 1);
-            // One container more, which stays as it is.
-            std::vector<std::byte> frames((2 * count + 1) * bytes);
-            const std::byte* const right = channels.data() + count * bytes;
-            joinChannels(channels.data(), right, bytes, count, frames.data());
-            for (std::size_t i = 0; i < channels.size(); ++i) {
-                const std::size_t at = i / (2 * bytes) * bytes + i % bytes;
-                ASSERT_EQ(frames[i], i / bytes % 2 == 0 ? channels[at] : right[at]) << bytes << ", " << count;
-            }
-            EXPECT_EQ(std::ranges::count(std::span(frames).last(bytes), std::byte{0}),
-                      std::ssize(frames) - std::ssize(channels));
-        }
-    for (std::size_t width = 1; width <= 3; ++width) {
-        const std::vector<float> frames{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18};
-        std::vector<float> apart(frames.size());
-        std::vector<float*> channels;
-        for (std::size_t n = 0; n < width; ++n)
-            channels.push_back(&apart[n * frames.size() / width]);
-        splitFrames(frames, channels);
-        for (std::size_t i = 0; i < frames.size(); ++i)
-            EXPECT_EQ(channels[i % width][i / width], frames[i]);
-    }
-}
-
-TEST(BlockLoops, AddManyInputsAsOneAfterAnother) {
-    for (const std::size_t count : {0U, 1U, 16U, 37U}) {
-        std::vector<float> inputs[3];
-        std::vector<float> bus(count, 0.1F);
-        std::vector<float> expected = bus;
-        std::vector<BusInput> terms;
-        for (std::size_t n = 0; n < 3; ++n) {
-            for (std::size_t i = 0; i < count; ++i)
-                inputs[n].push_back(1.0F / static_cast<float>(i + 3 * n + 1));
-            terms.push_back({inputs[n].data(), 0.3F + static_cast<float>(n)});
-            for (std::size_t i = 0; i < count; ++i)
-                expected[i] += inputs[n][i] * terms[n].gain;
-        }
-        addTo(bus, terms);
-        EXPECT_EQ(bus, expected);
-    }
 }
 
 TEST(Delivery, GivesTheSameBytesByTheBlockAndOneByOne) {

@@ -9,8 +9,10 @@
 #include <array>
 #include <bit>
 #include <cmath>
+#include <cstddef>
 #include <cstring>
 #include <limits>
+#include <numeric>
 #include <span>
 #include <vector>
 
@@ -76,6 +78,15 @@ TEST(BlockLoops, AreTheSameAsSampleBySampleAtEveryWidth) {
             expectTheSame(
                 block, [&](std::span<float> bus) { addTo(bus, inA, gain, inB, -0.7F); },
                 [&](std::size_t n, float& sum) { sum += inA[n] * gain + inB[n] * -0.7F; }, "two products");
+            const std::array inputs{BusInput{inA.data(), gain}, BusInput{inB.data(), -0.7F},
+                                    BusInput{inA.data(), 0.1F}};
+            expectTheSame(
+                block, [&](std::span<float> bus) { addTo(bus, inputs); },
+                [&](std::size_t n, float& sum) {
+                    for (const BusInput& input : inputs)
+                        sum += input.samples[n] * input.gain;
+                },
+                "three products");
             expectTheSame(
                 block, [&](std::span<float> samples) { multiply(samples, gain); },
                 [&](std::size_t, float& sample) { sample *= gain; }, "a gain");
@@ -88,6 +99,40 @@ TEST(BlockLoops, AreTheSameAsSampleBySampleAtEveryWidth) {
             ASSERT_EQ(peakOf(inA), peak) << length;
         }
     });
+}
+
+void expectChannelsSideBySideAndApart() {
+    for (std::size_t count = 0; count < 80; ++count)
+        for (std::size_t bytes = 1; bytes <= 4; ++bytes) {
+            std::vector<std::byte> channels(2 * count * bytes);
+            for (std::size_t i = 0; i < channels.size(); ++i)
+                channels[i] = static_cast<std::byte>(i + 1);
+            // One container more, which stays as it is.
+            std::vector<std::byte> frames((2 * count + 1) * bytes);
+            const std::byte* const right = channels.data() + count * bytes;
+            joinChannels(channels.data(), right, bytes, count, frames.data());
+            for (std::size_t i = 0; i < channels.size(); ++i) {
+                const std::size_t at = i / (2 * bytes) * bytes + i % bytes;
+                ASSERT_EQ(frames[i], i / bytes % 2 == 0 ? channels[at] : right[at]) << bytes << ", " << count;
+            }
+            EXPECT_EQ(std::ranges::count(std::span(frames).last(bytes), std::byte{0}),
+                      std::ssize(frames) - std::ssize(channels));
+        }
+    for (std::size_t width = 1; width <= 3; ++width) {
+        std::vector<float> frames(54);
+        std::iota(frames.begin(), frames.end(), 1.0F);
+        std::vector<float> apart(frames.size());
+        std::vector<float*> channels;
+        for (std::size_t n = 0; n < width; ++n)
+            channels.push_back(&apart[n * frames.size() / width]);
+        splitFrames(frames, channels);
+        for (std::size_t i = 0; i < frames.size(); ++i)
+            EXPECT_EQ(channels[i % width][i / width], frames[i]);
+    }
+}
+
+TEST(BlockLoops, PutChannelsSideBySideAndApartAtEveryWidth) {
+    withEveryVectorWidth(&expectChannelsSideBySideAndApart);
 }
 
 void expectTheFilterOfSingleSamples(std::mt19937& random) {
