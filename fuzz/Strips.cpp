@@ -12,12 +12,12 @@
 namespace audlmd::fuzz {
 namespace {
 
-constexpr std::int64_t length = 1000;
+constexpr std::int64_t materialLength = 1000;
 
 MaterialCache& material() {
     static MaterialCache cache({.segmentLength = 100, .loaderThreads = 1});
     static const bool added = [] {
-        std::vector<float> samples(length);
+        std::vector<float> samples(materialLength);
         for (std::size_t i = 0; i < samples.size(); ++i)
             samples[i] = static_cast<float>(i * 37 % 64) / 32.0F - 1.0F;
         cache.add(Cookie{}, std::make_shared<MemorySource>(std::move(samples)));
@@ -73,7 +73,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     using namespace audlmd;
     FuzzedDataProvider data(bytes, size);
     try {
-        fuzz::play(data, fuzz::drawSettings(data, fuzz::Reach::anything, fuzz::length));
+        fuzz::play(data, fuzz::drawSettings(data, fuzz::Reach::anything, fuzz::materialLength));
     } catch (const std::invalid_argument& error) {
         fuzz::requireOneLine(error.what());
     } catch (const NoSuchMode&) {

@@ -10,7 +10,7 @@
 namespace audlmd::fuzz {
 namespace {
 
-constexpr std::int64_t length = 12000;
+constexpr std::int64_t soundLength = 12000;
 constexpr std::int64_t shortestLoop = 2400;
 /// Playback clips 120 dB above full scale; the level of the transport goes up to 10 dB above that.
 constexpr float loudestLevel = 3.1623F;
@@ -20,7 +20,8 @@ constexpr float loudest = 0x1p20F * loudestLevel;
 class Player {
 public:
     explicit Player(const StripSettings& strip)
-        : strip_(strip), deck_({test::sineSource(440.0, length), test::sineSource(1000.0, length)}, strip),
+        : strip_(strip),
+          deck_({test::sineSource(440.0, soundLength), test::sineSource(1000.0, soundLength)}, strip),
           end_(deck_.content.length()), transport_(end_, shortestLoop) {}
 
     void order(FuzzedDataProvider& data) {
@@ -116,9 +117,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     FuzzedDataProvider data(bytes, size);
     try {
         StripSettings strip;
-        strip.to = fuzz::length;
-        fuzz::Player player(data.ConsumeBool() ? strip
-                                               : fuzz::drawSettings(data, fuzz::Reach::usual, fuzz::length));
+        strip.to = fuzz::soundLength;
+        fuzz::Player player(
+            data.ConsumeBool() ? strip : fuzz::drawSettings(data, fuzz::Reach::usual, fuzz::soundLength));
         for (int orders = 0; orders < 40 && data.remaining_bytes() > 0; ++orders) {
             player.order(data);
             player.pull(data.ConsumeIntegralInRange<std::size_t>(0, 1000),

@@ -12,7 +12,7 @@
 namespace audlmd::test {
 namespace {
 
-constexpr std::size_t length = 150000;
+constexpr std::size_t mixLength = 150000;
 
 /// Reads wait while the gate is locked.
 class GatedSource final : public SampleSource {
@@ -47,8 +47,9 @@ Timeline gatedTimeline() {
     TimelineStrip carrying = stripOf("sound", 1000, 69001);
     carrying.settings.converter = Converter::filtering;
     carrying.settings.speed = 0.5;
-    Timeline timeline = timelineOf({stripOf("sound", 0, length), carrying, stripOf("gated", 100000, 20000)});
-    timeline.length = length;
+    Timeline timeline =
+        timelineOf({stripOf("sound", 0, mixLength), carrying, stripOf("gated", 100000, 20000)});
+    timeline.length = mixLength;
     return timeline;
 }
 
@@ -74,14 +75,14 @@ protected:
     /// What a mixer alone plays, but for the fade at the start; with the last sample as the live mix has it.
     void expectSound(const std::vector<float>& heard, const Timeline& timeline) {
         Mixer alone(timeline, openLive_);
-        const std::vector<float> expected = mixed(alone, 0, length).front();
+        const std::vector<float> expected = mixed(alone, 0, mixLength).front();
         EXPECT_TRUE(std::equal(heard.begin() + LiveDeck::fadeFrames, heard.end(),
                                expected.begin() + LiveDeck::fadeFrames));
     }
 
     /// Opens media whose last sample is this.
     OpenMedia endingIn(float last) {
-        std::vector<float> samples = soundNumber(1, length);
+        std::vector<float> samples = soundNumber(1, mixLength);
         samples.back() = last;
         return [this, sound = std::make_shared<MemorySource>(samples)](const std::string& name) {
             const std::lock_guard passing(opening_);
@@ -99,15 +100,15 @@ protected:
     LiveMix live_{timeline_, openLive_, {.threads = 1, .wait = false}};
     LiveDeck deck_{
         MixedTimeline::sources(std::make_shared<MixedTimeline>(timeline_, open_, MixerOptions{.threads = 1})),
-        wholeStrip(length), &live_};
+        wholeStrip(mixLength), &live_};
 };
 
 TEST_F(LiveMixTest, TakesOverWithoutASeam) {
     EXPECT_EQ(live_.placeFrom(60000), 70001);
     EXPECT_EQ(live_.placeFrom(1000), 1000);
-    EXPECT_EQ(live_.placeFrom(length), std::nullopt);
+    EXPECT_EQ(live_.placeFrom(mixLength), std::nullopt);
     deck_.play(1.0);
-    expectSound(pullSteadily(deck_, length), timeline_);
+    expectSound(pullSteadily(deck_, mixLength), timeline_);
     EXPECT_EQ(live_.lateSamples(), 0U);
     EXPECT_EQ(deck_.content.totals().lateSamples, 0U);
 }
@@ -158,7 +159,7 @@ TEST_F(LiveMixTest, NeverWaitsForAMixerThatNobodyTook) {
 TEST_F(LiveMixTest, SilencesTheLateStripAloneAndNamesTheStrip) {
     std::unique_lock closed(gate_);
     deck_.play(1.0);
-    const std::vector<float> heard = pullSteadily(deck_, length);
+    const std::vector<float> heard = pullSteadily(deck_, mixLength);
     closed.unlock();
     timeline_.tracks[0].strips.pop_back();
     expectSound(heard, timeline_);

@@ -11,7 +11,7 @@
 namespace audlmd::test {
 namespace {
 
-constexpr std::int64_t length = 1000;
+constexpr std::int64_t playedLength = 1000;
 constexpr std::int64_t farthest = std::numeric_limits<std::int64_t>::max();
 
 /// One order, where the device is by then, and what becomes of it.
@@ -67,7 +67,7 @@ const std::vector<std::vector<Step>> sessions{
 
 TEST(Transport, MakesTheNextOrderOfWhatIsAskedForAndHeard) {
     for (std::size_t session = 0; session < sessions.size(); ++session) {
-        Transport transport(length, 50);
+        Transport transport(playedLength, 50);
         for (std::size_t number = 0; number < sessions[session].size(); ++number) {
             SCOPED_TRACE(testing::Message() << "session " << session << ", step " << number);
             const Step& step = sessions[session][number];
@@ -88,7 +88,7 @@ TEST(Transport, MakesTheNextOrderOfWhatIsAskedForAndHeard) {
 }
 
 TEST(Transport, LoopsInsideTheSoundAndNotTooFast) {
-    Transport transport(length, 50);
+    Transport transport(playedLength, 50);
     for (const RangeSpan range : {RangeSpan{-1, 500},
                                   {0, 1001},
                                   {500, 549},

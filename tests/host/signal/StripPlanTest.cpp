@@ -26,7 +26,7 @@ Change speed(Converter converter, double speed) {
     return [=](StripSettings& s) { s.converter = converter, s.speed = speed; };
 }
 
-const AutomationWalk automation{Automation({{0, 1.0F}}), DynamicLevelDirection::forwards};
+const AutomationWalk walkOfOne{Automation({{0, 1.0F}}), DynamicLevelDirection::forwards};
 
 TEST(StripPlan, FollowsFromTheSettings) {
     struct {
@@ -38,7 +38,7 @@ TEST(StripPlan, FollowsFromTheSettings) {
     } const table[] = {
         {7, [](auto&) {}, 1024, 1024, 1.0, 7},
         {7, [](auto& s) { s.reverse = true, s.outerLevel = 0.5F; }, 512, 512, 1.0, 7},
-        {7, [](auto& s) { s.automation = automation, s.equaliser.resize(5); }, 1409, 1409, 1.0, 7},
+        {7, [](auto& s) { s.automation = walkOfOne, s.equaliser.resize(5); }, 1409, 1409, 1.0, 7},
         {7,
          [](auto& s) {
              s.fade = {1, 2}, s.middleLevel = 1.0F;
@@ -101,7 +101,7 @@ TEST(StripPlan, RefusesWhatCannotBePlayed) {
          "do not fit"},
         {[](auto& s) { s.middleLevel = std::nanf(""); }, "middle level"},
         {[](auto& s) { s.outerLevel = HUGE_VALF; }, "outer level"},
-        {[](auto& s) { s.outerLevel = 1.0F, s.automation = automation; }, "same place"},
+        {[](auto& s) { s.outerLevel = 1.0F, s.automation = walkOfOne; }, "same place"},
         {[](auto& s) { s.equaliser.resize(6); }, "at most 5 bands"},
         {[](auto& s) { s.equaliser.resize(1), s.sampleRate = 2000.0; }, "half the sample rate"},
         {[](auto& s) { s.equaliser.resize(1), s.sampleRate = 1e300; }, "up to 1e+09 Hz, not 1e+300"},

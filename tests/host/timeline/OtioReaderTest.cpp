@@ -7,8 +7,6 @@
 namespace audlmd::test {
 namespace {
 
-constexpr std::int64_t frame = 1920;
-
 TEST(OtioReader, ReadsAFileAsItIsWritten) {
     const Timeline read = readTimeline(R"({
         "OTIO_SCHEMA": "Timeline.1", "name": "film", "metadata": {"any": {"thing": [1]}},

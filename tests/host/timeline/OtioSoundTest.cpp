@@ -9,8 +9,6 @@
 namespace audlmd::test {
 namespace {
 
-constexpr std::int64_t frame = 1920;
-
 Json exported(const std::vector<Json>& parameters, bool enabled = true) {
     return {{"OTIO_SCHEMA", "Effect.1"},
             {"metadata", {{"any", {{"Enabled", enabled}, {"Parameters", parameters}}}}}};

@@ -12,8 +12,9 @@ namespace audlmd::test {
 
 using namespace timeline;
 
-// Authors OpenTimelineIO. Times are frames at 25 per second, which are 1,920 samples each, unless said
-// otherwise.
+// Authors OpenTimelineIO. Times are frames at 25 per second unless said otherwise.
+
+inline constexpr std::int64_t frame = 1920;
 
 Json time(double value, double rate = 25);
 Json range(double start, double duration, double rate = 25);
