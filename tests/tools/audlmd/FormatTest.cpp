@@ -3,6 +3,7 @@
 #include "host/cache/SoundFile.hpp"
 #include "tests/tools/audlmd/CommandFixture.hpp"
 #include "tools/audlmd/CommandError.hpp"
+#include "tools/audlmd/files/FileKind.hpp"
 #include "tools/audlmd/files/OutputFile.hpp"
 
 #include <sndfile.hh>
@@ -408,6 +409,17 @@ TEST_F(Files, ComeThroughPipesAndWithoutHeaders) {
     EXPECT_EQ(shell("head -c 50003 a.raw | $a render - -o cut.wav 2> errors" + layout), 3);
     EXPECT_NE(readBytes(in("errors")).find("not a whole number of frames"), std::string::npos);
     expectRefused("render a.raw -o new.wav --input-rate 48000", "need all three of");
+}
+
+TEST_F(Files, EndAtFourGibibytesWhereTheirHeadersDo) {
+    const auto require = [](const std::string& name, std::uint64_t bytes) {
+        command::requireHolds(*command::findFileKind(name), command::FormatId::s16, bytes, name);
+    };
+    EXPECT_NO_THROW(require("b.wav", 1ULL << 40));
+    for (const std::string name : {"b.aiff", "b.au"}) {
+        EXPECT_NO_THROW(require(name, (1ULL << 32) - 4098));
+        EXPECT_THROW(require(name, (1ULL << 32) - 4096), command::CommandError);
+    }
 }
 
 TEST_F(Files, KeepTheirLinksOwnersAndPermissions) {

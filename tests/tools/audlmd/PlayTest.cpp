@@ -203,6 +203,26 @@ TEST_F(PlayCommand, ObeysKeysAndLeavesTheTerminalAsItWas) {
     }
 }
 
+class ProgressBars : public CommandFixture {};
+
+TEST_F(ProgressBars, ShowHowMuchIsDoneAndLeaveNothing) {
+    writeSound(in("a.wav"), noise(2, 144'000));
+    writeBytes(in("film.json"),
+               R"({"audlmd": 1, "tracks": [{"strips": [{"media": "a.wav", "to": 144000}]}]})");
+    // A bar is first drawn after the first chunk.
+    for (const auto& [line, bar] : std::vector<std::pair<std::string, std::string>>{
+             {"render a.wav -o b.wav --format s16", "\r[##################                      ]  45 %  "},
+             {"render a.wav -o b.wav --normalise -1", "]  22 %  "},
+             {"plot waveform a.wav -o a.svg", "]  45 %  "},
+             {"mix film.json --picture a.svg", "]  45 %  "}}) {
+        TypedCommand command("cd " + in("").string() + "; " AUDLMD_COMMAND " " + line + "; echo ended $?");
+        command.await(bar);
+        command.await(line.find("normalise") != line.npos ? "writing, pass 2 of 2" : " times real time");
+        command.await("\r\033[K");
+        command.await("ended 0");
+    }
+}
+
 TEST_F(PlayCommand, PlaysInTheBackgroundWithoutKeys) {
     writeSound(in("short.wav"), noise(2, 24'000));
     writeSound(in("long.wav"), noise(2, 48'000 * 60));
@@ -316,7 +336,9 @@ TEST(TransportKeys, MarkALoopAndSayWhichEndIsMissing) {
     EXPECT_EQ(press('o', 31000), "no loop ");
     EXPECT_EQ(keys.loopEnd(), RangeSample(31000));
     EXPECT_EQ(press('i', 10000), "loop 10000-31000 ");
-    EXPECT_EQ(press('x', 0), "no loop ");
+    // x forgets both ends.
+    for (const char end : {'o', 'i'})
+        EXPECT_EQ(press('x', 0) + press(end, 20000), "no loop no loop ");
 }
 
 TEST(StatusLine, ShowsWhatFits) {

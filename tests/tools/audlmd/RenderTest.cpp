@@ -127,6 +127,7 @@ TEST_F(Render, AppliesEveryLevelWhereItIsToBeHeard) {
         {"--fade-in 0.25 --fade-out 0.5:power", faded},
         {"--fade-in 0.25 --fade-out 0.5:power --reverse", faded},
         {"--fade-out 1:log", {{12000, mixerStyleGain(0.75)}}},
+        {"--fade-in 1smp", {{0, 0.0}, {1, 1.0}}},
         {"--fade-in 0.25 --speed 2 --converter linear", {{6000, 0.5}, {12000, 1.0}}},
         {"--automation ride.csv", {{100, 0.1}, {24100, 1.0}}},
         {"--automation ride.csv --automation-reverse", {{100, 1.0}, {47900, 0.1}}}};
@@ -214,6 +215,7 @@ TEST_F(Render, TellsProgramsAnObjectALine) {
                                       {"text", "'none.wav': No such file or directory."}}));
     EXPECT_EQ(told.front()["event"], "note");
     EXPECT_EQ(told[1]["event"], "progress");
+    EXPECT_LT(told[1]["frames"], 200'000);
     EXPECT_EQ(told[1]["of"], 200'000);
     const nlohmann::json& last = told[told.size() - 2];
     EXPECT_EQ(last["event"], "result");
