@@ -403,6 +403,18 @@ TEST_F(Files, ComeThroughPipesAndWithoutHeaders) {
     const std::string layout = " --input-format f32 --input-rate 48k --input-channels 2";
     EXPECT_EQ(shell("$a render - -o raw.wav --format s24 --quiet < a.raw" + layout), 0);
     EXPECT_EQ(readBytes(in("raw.wav")), readBytes(in("b.wav")));
+    for (const auto& [format, kind] :
+         {std::pair{"s24in32", ".wav --format s24"}, {"s8", ".aiff --format s8"}}) {
+        const std::string named = std::string(" --quiet -o b") + kind;
+        output(std::string("render a.wav -o a.raw --format ") + format);
+        output("render a.wav" + named);
+        const std::string whole = readBytes(in("b" + std::string(kind, std::strchr(kind, ' '))));
+        EXPECT_EQ(shell("$a render - --input-rate 48k --input-channels 2 --input-format " +
+                        std::string(format) + named + " < a.raw"),
+                  0);
+        EXPECT_EQ(readBytes(in("b" + std::string(kind, std::strchr(kind, ' ')))), whole);
+    }
+    output("render a.wav -o a.raw");
     // A WAV that was cut off stays one, and only a header without a length is completed.
     EXPECT_EQ(shell("head -c 50000 a.wav | $a render - -o cut.wav 2> errors"), 3);
     EXPECT_NE(readBytes(in("errors")).find("standard input: truncated"), std::string::npos);

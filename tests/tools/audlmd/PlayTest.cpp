@@ -109,14 +109,23 @@ TEST_F(PlayCommand, SaysWhatCannotBePlayed) {
     expectRefused("play gone.wav", "gone.wav", 3);
     expectRefused("play film.json", "nothing to play", 3);
     for (const std::string film : {"film.json", "film.wav"})
-        expectRefused("play a.wav " + film + " --level 3",
-                      film + "' is a timeline, which has its own levels");
+        for (const std::string option :
+             {"--level 3", "--eq peak:1k:3", "--fade-in 1", "--fade-out 1", "--automation a.csv",
+              "--speed 2 --converter linear", "--stream 1", "--relabel 48:24"})
+            expectRefused("play a.wav " + film + " " + option,
+                          film + "' is a timeline, which has its own levels");
+    expectRefused("play a.wav --mute A1", "--only and --mute go with a timeline");
     for (const std::string sound : {"a.wav", "a.otio"})
         expectRefused("play " + sound + " --media .", "goes with a timeline");
     expectRefused("play a.wav --device piano", "'piano'; --list-devices");
     // A device that fails while it plays, of which the libraries below write four lines.
     writeBytes(in("asoundrc"), R"(pcm.!default { type file slave.pcm { type null } file "/dev/full" })");
     expectRefused("play a.wav", "the sound device has stopped", 5);
+    writeBytes(in("asoundrc"),
+               "pcm.!default { type null }\npcm.one { type null }\npcm.another { type null }");
+    expectRefused("play a.wav --device O", "several sound devices are called 'O'");
+    for (const std::string device : {"one", "ANO"})
+        EXPECT_THAT(output("play a.wav --device " + device), HasSubstr("late: "));
     writeBytes(in("asoundrc"), "pcm.unusable.word 1\n");
     expectRefused("play a.wav", "no sound device", 5);
 }
