@@ -2,15 +2,20 @@
 
 #include "host/deliver/Loudness.hpp"
 
+#include "host/deliver/DeliveryGain.hpp"
+#include "host/deliver/WaveformPeaks.hpp"
 #include "host/signal/GainLaws.hpp"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <map>
 #include <numbers>
 #include <stdexcept>
+#include <string>
+#include <tuple>
 
 namespace audlmd::test {
 namespace {
@@ -98,6 +103,41 @@ TEST(Loudness, IsDefinedFrom400MillisecondsAnd8000HertzOn) {
         EXPECT_EQ(meter.integrated().has_value(), frames == 3200);
     }
     EXPECT_THROW(LoudnessMeter(usualLayout(1), 7999), std::invalid_argument);
+    for (const std::size_t channels : {0U, 65U})
+        EXPECT_THROW(LoudnessMeter(unknownLayout(channels), rate), std::invalid_argument) << channels;
+}
+
+TEST(DeliveryGain, IsRefusedWhereThereIsNoLevel) {
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    DeliveryTarget target;
+    target.loudness = -23.0;
+    for (const auto& [samplePeak, integrated, reason] :
+         {std::tuple{-infinity, -infinity, "it is silent"},
+          {infinity, 0.0, "it holds samples that are infinite"},
+          {-3.0, -infinity, "it is silent but for less than 0.4 s"}}) {
+        ProgrammeLevels programme;
+        programme.samplePeak = samplePeak;
+        programme.integrated = integrated;
+        try {
+            deliveryGain(programme, target);
+            ADD_FAILURE() << reason;
+        } catch (const std::invalid_argument& error) {
+            EXPECT_STREQ(error.what(), reason);
+        }
+    }
+}
+
+TEST(WaveformPeaks, AreBytesOrWordsOfStretchesOfSamples) {
+    for (const auto& [channels, sampleRate, stretch, bits] :
+         {std::tuple{0U, rate, 1, 8}, {1U, 0, 1, 8}, {1U, rate, 0, 8}, {1U, rate, 1, 12}})
+        EXPECT_THROW(WaveformPeaks(channels, sampleRate, stretch, bits), std::invalid_argument) << bits;
+    EXPECT_NO_THROW(WaveformPeaks(1, 1, 1, 16));
+    WaveformPeaks peaks(1, rate, 2, 8);
+    const std::vector<float> samples{0.5F, std::nanf(""), -1.0F};
+    peaks.add(std::vector<std::span<const float>>{samples});
+    // Behind the version, the bits, the rate, the stretch, and how many there are. NaN is heard as silence.
+    EXPECT_EQ(peaks.binary().substr(4, 4), std::string("\1\0\0\0", 4));
+    EXPECT_EQ(peaks.binary().substr(24), std::string("\x00\x40\x80\x80", 4));
 }
 
 TEST(Loudness, KnowsTheTruePeaksOfTech3341) {

@@ -3,6 +3,7 @@
 #include "host/cache/SoundFile.hpp"
 #include "tests/tools/audlmd/CommandFixture.hpp"
 #include "tools/audlmd/CommandError.hpp"
+#include "tools/audlmd/files/FileKind.hpp"
 #include "tools/audlmd/files/OutputFile.hpp"
 
 #include <sndfile.hh>
@@ -402,12 +403,35 @@ TEST_F(Files, ComeThroughPipesAndWithoutHeaders) {
     const std::string layout = " --input-format f32 --input-rate 48k --input-channels 2";
     EXPECT_EQ(shell("$a render - -o raw.wav --format s24 --quiet < a.raw" + layout), 0);
     EXPECT_EQ(readBytes(in("raw.wav")), readBytes(in("b.wav")));
+    for (const auto& [format, kind] :
+         {std::pair{"s24in32", ".wav --format s24"}, {"s8", ".aiff --format s8"}}) {
+        const std::string named = std::string(" --quiet -o b") + kind;
+        output(std::string("render a.wav -o a.raw --format ") + format);
+        output("render a.wav" + named);
+        const std::string whole = readBytes(in("b" + std::string(kind, std::strchr(kind, ' '))));
+        EXPECT_EQ(shell("$a render - --input-rate 48k --input-channels 2 --input-format " +
+                        std::string(format) + named + " < a.raw"),
+                  0);
+        EXPECT_EQ(readBytes(in("b" + std::string(kind, std::strchr(kind, ' ')))), whole);
+    }
+    output("render a.wav -o a.raw");
     // A WAV that was cut off stays one, and only a header without a length is completed.
     EXPECT_EQ(shell("head -c 50000 a.wav | $a render - -o cut.wav 2> errors"), 3);
     EXPECT_NE(readBytes(in("errors")).find("standard input: truncated"), std::string::npos);
     EXPECT_EQ(shell("head -c 50003 a.raw | $a render - -o cut.wav 2> errors" + layout), 3);
     EXPECT_NE(readBytes(in("errors")).find("not a whole number of frames"), std::string::npos);
     expectRefused("render a.raw -o new.wav --input-rate 48000", "need all three of");
+}
+
+TEST_F(Files, EndAtFourGibibytesWhereTheirHeadersDo) {
+    const auto require = [](const std::string& name, std::uint64_t bytes) {
+        command::requireHolds(*command::findFileKind(name), command::FormatId::s16, bytes, name);
+    };
+    EXPECT_NO_THROW(require("b.wav", 1ULL << 40));
+    for (const std::string name : {"b.aiff", "b.au"}) {
+        EXPECT_NO_THROW(require(name, (1ULL << 32) - 4098));
+        EXPECT_THROW(require(name, (1ULL << 32) - 4096), command::CommandError);
+    }
 }
 
 TEST_F(Files, KeepTheirLinksOwnersAndPermissions) {

@@ -109,14 +109,23 @@ TEST_F(PlayCommand, SaysWhatCannotBePlayed) {
     expectRefused("play gone.wav", "gone.wav", 3);
     expectRefused("play film.json", "nothing to play", 3);
     for (const std::string film : {"film.json", "film.wav"})
-        expectRefused("play a.wav " + film + " --level 3",
-                      film + "' is a timeline, which has its own levels");
+        for (const std::string option :
+             {"--level 3", "--eq peak:1k:3", "--fade-in 1", "--fade-out 1", "--automation a.csv",
+              "--speed 2 --converter linear", "--stream 1", "--relabel 48:24"})
+            expectRefused("play a.wav " + film + " " + option,
+                          film + "' is a timeline, which has its own levels");
+    expectRefused("play a.wav --mute A1", "--only and --mute go with a timeline");
     for (const std::string sound : {"a.wav", "a.otio"})
         expectRefused("play " + sound + " --media .", "goes with a timeline");
     expectRefused("play a.wav --device piano", "'piano'; --list-devices");
     // A device that fails while it plays, of which the libraries below write four lines.
     writeBytes(in("asoundrc"), R"(pcm.!default { type file slave.pcm { type null } file "/dev/full" })");
     expectRefused("play a.wav", "the sound device has stopped", 5);
+    writeBytes(in("asoundrc"),
+               "pcm.!default { type null }\npcm.one { type null }\npcm.another { type null }");
+    expectRefused("play a.wav --device O", "several sound devices are called 'O'");
+    for (const std::string device : {"one", "ANO"})
+        EXPECT_THAT(output("play a.wav --device " + device), HasSubstr("late: "));
     writeBytes(in("asoundrc"), "pcm.unusable.word 1\n");
     expectRefused("play a.wav", "no sound device", 5);
 }
@@ -200,6 +209,26 @@ TEST_F(PlayCommand, ObeysKeysAndLeavesTheTerminalAsItWas) {
             command.kill(signal);
         EXPECT_EQ(command.end(), signal);
         EXPECT_EQ(command.modes(), before) << signal;
+    }
+}
+
+class ProgressBars : public CommandFixture {};
+
+TEST_F(ProgressBars, ShowHowMuchIsDoneAndLeaveNothing) {
+    writeSound(in("a.wav"), noise(2, 144'000));
+    writeBytes(in("film.json"),
+               R"({"audlmd": 1, "tracks": [{"strips": [{"media": "a.wav", "to": 144000}]}]})");
+    // A bar is first drawn after the first chunk.
+    for (const auto& [line, bar] : std::vector<std::pair<std::string, std::string>>{
+             {"render a.wav -o b.wav --format s16", "\r[##################                      ]  45 %  "},
+             {"render a.wav -o b.wav --normalise -1", "]  22 %  "},
+             {"plot waveform a.wav -o a.svg", "]  45 %  "},
+             {"mix film.json --picture a.svg", "]  45 %  "}}) {
+        TypedCommand command("cd " + in("").string() + "; " AUDLMD_COMMAND " " + line + "; echo ended $?");
+        command.await(bar);
+        command.await(line.find("normalise") != line.npos ? "writing, pass 2 of 2" : " times real time");
+        command.await("\r\033[K");
+        command.await("ended 0");
     }
 }
 
@@ -316,7 +345,9 @@ TEST(TransportKeys, MarkALoopAndSayWhichEndIsMissing) {
     EXPECT_EQ(press('o', 31000), "no loop ");
     EXPECT_EQ(keys.loopEnd(), RangeSample(31000));
     EXPECT_EQ(press('i', 10000), "loop 10000-31000 ");
-    EXPECT_EQ(press('x', 0), "no loop ");
+    // x forgets both ends.
+    for (const char end : {'o', 'i'})
+        EXPECT_EQ(press('x', 0) + press(end, 20000), "no loop no loop ");
 }
 
 TEST(StatusLine, ShowsWhatFits) {

@@ -68,11 +68,33 @@ TEST_F(Refusals, OfOptions) {
                  {thirteenBands, "13 bands"},
                  {"--speed nan", "--speed"},
                  {"--speed 2 --converter cubic", "'cubic' is not a converter"},
+                 {"--fade-in 40000000000000s --speed 8 --converter linear", "is longer than the range"},
+                 {"--fade-in 99999999999999999s", "--fade-in: "},
+                 {"--speed 0", "is not a finite number above 0"},
+                 {"--rate 44100.5", "'44100.5' is not a whole number of hertz"},
+                 {"--relabel 3", "--relabel: "},
+                 {"--channels 0", "'0' is not a number from 1 to 64"},
+                 {"--map 0", "'0' is not a channel of 'a.wav'"},
+                 {"--markers m.csv --no-metadata", "--markers tells of one output"},
+                 {"--json --explain", "--explain is for people, and --json for programs"},
+                 {"-o new/", "a folder is the only output"},
+                 {"--input-format f32", "need all three of"},
+                 {"--input-format f32 --input-rate 48k", "need all three of"},
                  {"--automation none.csv", "'none.csv' cannot be read"}})
         expectRefused("render a.wav -o out.wav " + options, part,
                       options.starts_with("--automation n") ? 3 : 2);
     expectRefused("modes 1 2", "'2' is one word too many (audlmd modes --help tells more)");
     expectRefused("render a.wav ./a.wav -o new/", "would both be written as 'new/a.wav'");
+    expectRefused("render a.wav ./a.wav -o new/ --mix-into a.wav", "--mix-into takes one input");
+    expectRefused("render a.wav ./a.wav -o new/ --peaks p.json", "--peaks takes one input");
+    for (const std::string given : {"-o new/ --markers m.csv", "--explain --markers m.csv"})
+        expectRefused("render a.wav " + given, "--markers tells of one output");
+    for (const std::string option : {"--peaks p.json", "--normalise -1"})
+        expectRefused("render a.wav --explain " + option, option.substr(0, option.find(' ')));
+    for (const std::string slice : {"x/2", "0/2", "3/2", "1/9999999"})
+        expectRefused("mix a.wav -o out.wav --slice " + slice, "--slice");
+    for (const std::string how : {"--watch", "--json"})
+        expectRefused("mix a.wav --list " + how, how);
     expectRefused("rendr a.wav", "'rendr' is no subcommand; did you mean render?");
     expectRefused("render a.wav out.wav",
                   "name what to write with -o: a folder, or one file as in -o out.wav");

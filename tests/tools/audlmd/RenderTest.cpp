@@ -127,6 +127,7 @@ TEST_F(Render, AppliesEveryLevelWhereItIsToBeHeard) {
         {"--fade-in 0.25 --fade-out 0.5:power", faded},
         {"--fade-in 0.25 --fade-out 0.5:power --reverse", faded},
         {"--fade-out 1:log", {{12000, mixerStyleGain(0.75)}}},
+        {"--fade-in 1smp", {{0, 0.0}, {1, 1.0}}},
         {"--fade-in 0.25 --speed 2 --converter linear", {{6000, 0.5}, {12000, 1.0}}},
         {"--automation ride.csv", {{100, 0.1}, {24100, 1.0}}},
         {"--automation ride.csv --automation-reverse", {{100, 1.0}, {47900, 0.1}}}};
@@ -214,6 +215,7 @@ TEST_F(Render, TellsProgramsAnObjectALine) {
                                       {"text", "'none.wav': No such file or directory."}}));
     EXPECT_EQ(told.front()["event"], "note");
     EXPECT_EQ(told[1]["event"], "progress");
+    EXPECT_LT(told[1]["frames"], 200'000);
     EXPECT_EQ(told[1]["of"], 200'000);
     const nlohmann::json& last = told[told.size() - 2];
     EXPECT_EQ(last["event"], "result");
@@ -345,7 +347,19 @@ TEST_F(Render, ExplainsWhatItDoesWithoutDoingIt) {
          {"without the envelope: mode code 1056\n", "envelope.lastRampStep            -6.9499",
           "subSampleStart                   0 + 1/"})
         EXPECT_NE(faded.find(part), std::string::npos) << part << "\nin\n" << faded;
-    EXPECT_EQ(files().size(), 1U);
+    writeBytes(in("ride.csv"), "0,0\n1,-6\n");
+    for (const auto& [options, parts] : std::map<std::string, std::vector<std::string>>{
+             {"--fade-in 0.1:log --reverse --eq peak:1k:3 --automation ride.csv",
+              {"equaliser.band0 ", " 4 (ramp-hold)\n", " 2 (log)\n", "dynamicLevel.nodes               2\n",
+               "dynamicLevel.samplesToNextNode   ", "dynamicLevel.stationary          0\n"}},
+             {"--fade-in 0.1:log --fade-out 0.1:power --speed 1.5 --converter filtering --reverse",
+              {"reverseFilteringStartPosition    48000\n", "envelope.holdLength              33600\n",
+               "envelope.lastRampCurve           3 (power)\n"}}}) {
+        const std::string told = output("render a.wav --explain " + options);
+        for (const std::string& part : parts)
+            EXPECT_THAT(told, HasSubstr(part)) << options;
+    }
+    EXPECT_EQ(files().size(), 2U);
 }
 
 TEST_F(Render, PicksAndFoldsDownChannelsAndSaysWhatTheyAre) {

@@ -104,6 +104,12 @@ TEST(TimelineFigure, ShowsShortDipsOfAutomation) {
     EXPECT_EQ(levels[77].lowest, 1.0F);
 }
 
+TEST(TimelineFigure, ShowsNothingBehindTheEndOfARange) {
+    TimelineStrip longer = strip(second, 2 * second);
+    longer.settings.to = second;
+    EXPECT_EQ(sketchTimeline(timeline({longer}), {}, 9).tracks[0].strips[0].sounds.to, 2 * second);
+}
+
 TEST(TimelineFigure, IsDrawnAsItsPictureShows) {
     TimelineStrip faded = strip(0, second);
     faded.settings.fade = {.fadeInSamples = 12000, .fadeOutSamples = 24000};
@@ -165,9 +171,11 @@ TEST(TimelineFigure, SurvivesAbsurdNamesAndThousandsOfStrips) {
     shown.name = std::string(1 << 20, '\xE2');
     shown.markers = {{shown.name, 0}, {shown.name, -far}, {"end", 4 * second}};
     shown.tracks.resize(800);
+    shown.timeReference = 1;
     std::vector<double> shares;
     const plot::Figure figure =
         drawTimeline(shown, {}, nullptr, &openMedium, [&](double share) { shares.push_back(share); });
+    EXPECT_TRUE(figure.subtitle.ends_with("; time 0 is 0:00.000 on the timeline's clock"));
     EXPECT_TRUE(plot::drawFigure(figure, plot::PictureKind::png).starts_with("\x89PNG"));
     EXPECT_TRUE(std::ranges::is_sorted(shares) && shares.back() == 1.0);
 }
