@@ -1,5 +1,6 @@
 #include "host/signal/StripPlayer.hpp"
 
+#include "host/signal/StraightReader.hpp"
 #include "host/signal/StripConverter.hpp"
 #include "ole/Aud/MultiBandBiquadApplyingIterator.hpp"
 #include "ole/Aud/SampleCacheIterators.hpp"
@@ -26,7 +27,7 @@ StripPlayer::StripPlayer(Aud::SampleCache& cache, StripSettings settings,
                          RenderFunctionLookUp<Unclipped> inlined)
     : plan_(std::move(settings)), cache_(cache), inlined_(inlined),
       converter_(makeStripConverter(plan_, record_.srcState)), fade_(converter_->envelopeFrom(0)),
-      reader_(cache_, plan_.settings, plan_.gearing) {}
+      reader_(std::make_unique<StraightReader>(cache_, plan_.settings, plan_.gearing)) {}
 
 StripPlayer::~StripPlayer() = default;
 
@@ -57,7 +58,7 @@ std::span<const float> StripPlayer::floatsInCache(std::span<float> room) {
                                         static_cast<std::uint64_t>(fade_.fullLevelEnd(first) - first));
     if (most < room.size() || room.empty())
         return {};
-    const std::span<const float> ready = reader_.read(plan_.inMaterial(first).number(), room);
+    const std::span<const float> ready = reader_->read(plan_.inMaterial(first).number(), room);
     position_ += std::ssize(ready);
     return ready;
 }

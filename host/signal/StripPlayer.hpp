@@ -3,7 +3,6 @@
 #include "contract/SampleCache.hpp"
 #include "host/services/RenderFunctions.hpp"
 #include "host/signal/RecordNumbers.hpp"
-#include "host/signal/StraightReader.hpp"
 #include "host/signal/StripPlan.hpp"
 #include "host/signal/Unclipped.hpp"
 #include "loop_modes/IteratorCreationParams.hpp"
@@ -16,6 +15,7 @@
 
 namespace audlmd {
 
+class StraightReader;
 class StripConverter;
 
 /// Plays one strip, as many samples at a time as asked for.
@@ -152,7 +152,7 @@ private:
     std::unique_ptr<StripConverter> converter_;
     /// Made anew after every jump, because the alignment counts from where the filtering converter starts.
     FadeEnvelope fade_;
-    StraightReader reader_;
+    std::unique_ptr<StraightReader> reader_;
     OutputSample position_;
     /// Whether the record holds the state that the call before has left.
     bool carriesOn_ = false;
