@@ -82,7 +82,7 @@ void drawSweeps(const fs::path& folder, double speed, bool reverse) {
     figure.chartWidth = 434.0;
     figure.chartHeight = 295.0;
     figure.pixelsPerPoint = 1.25;
-    for (const Converter converter : {Converter::linear, Converter::filtering})
+    for (const Converter converter : {Converter::linear, Converter::filtering, Converter::best})
         figure.charts.push_back(sweepChart({converter, speed, reverse}));
     write(folder / name, drawFigure(figure, plot::PictureKind::png));
 }

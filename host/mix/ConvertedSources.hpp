@@ -33,8 +33,8 @@ namespace audlmd {
 /// to four blocks converted at one go.
 ///
 /// Thread safe. The cache converts channels of one exclusive resource, such as a file, one after another. A
-/// NaN or an infinity in the input spoils up to a block. The last bit of a sample can differ between
-/// processors with AVX and those without.
+/// NaN or an infinity in the input spoils up to a block. libsoxr runs other code on processors without
+/// AVX; no bit was seen to differ.
 /// \snippet timeline.cpp relabel
 class RateConvertedSource final : public SampleSource {
 public:

@@ -50,6 +50,37 @@ std::size_t joinFours(const std::byte* left, const std::byte* right, std::size_t
     return joinPairs<std::uint32_t>(left, right, count, frames);
 }
 
+/// Four containers of each channel at a time. Reads four bytes more of each, which the next two have.
+std::size_t joinThrees([[maybe_unused]] const std::byte* left, [[maybe_unused]] const std::byte* right,
+                       [[maybe_unused]] std::size_t count, [[maybe_unused]] std::byte* frames) {
+    std::size_t i = 0;
+#if HWY_TARGET != HWY_SCALAR
+    constexpr std::uint8_t none = 0x80;
+    alignas(16) static constexpr std::uint8_t lowOfLeft[16]{0, 1,    2,    none, none, none, 3, 4,
+                                                            5, none, none, none, 6,    7,    8, none};
+    alignas(16) static constexpr std::uint8_t lowOfRight[16]{none, none, none, 0, 1,    2,    none, none,
+                                                             none, 3,    4,    5, none, none, none, 6};
+    alignas(16) static constexpr std::uint8_t highOfLeft[16]{none, none, 9,    10,   11,   none, none, none,
+                                                             none, none, none, none, none, none, none, none};
+    alignas(16) static constexpr std::uint8_t highOfRight[16]{7,    8,    none, none, none, 9,    10,   11,
+                                                              none, none, none, none, none, none, none, none};
+    const hn::FixedTag<std::uint8_t, 16> bytes;
+    const hn::FixedTag<std::uint8_t, 8> half;
+    for (; i + 6 <= count; i += 4) {
+        const auto ofLeft = hn::LoadU(bytes, reinterpret_cast<const std::uint8_t*>(left + 3 * i));
+        const auto ofRight = hn::LoadU(bytes, reinterpret_cast<const std::uint8_t*>(right + 3 * i));
+        auto* const out = reinterpret_cast<std::uint8_t*>(frames + 6 * i);
+        hn::StoreU(hn::Or(hn::TableLookupBytesOr0(ofLeft, hn::Load(bytes, lowOfLeft)),
+                          hn::TableLookupBytesOr0(ofRight, hn::Load(bytes, lowOfRight))),
+                   bytes, out);
+        hn::StoreU(hn::LowerHalf(hn::Or(hn::TableLookupBytesOr0(ofLeft, hn::Load(bytes, highOfLeft)),
+                                        hn::TableLookupBytesOr0(ofRight, hn::Load(bytes, highOfRight)))),
+                   half, out + 16);
+    }
+#endif
+    return i;
+}
+
 } // namespace
 } // namespace audlmd::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
@@ -61,26 +92,8 @@ namespace {
 HWY_EXPORT(splitPairs);
 HWY_EXPORT(joinBytes);
 HWY_EXPORT(joinWords);
+HWY_EXPORT(joinThrees);
 HWY_EXPORT(joinFours);
-
-/// Two containers of each channel at a time, in the registers of integers. Reads two bytes more of each,
-/// which the next two have.
-std::size_t joinThreeBytes(const std::byte* left, const std::byte* right, std::size_t count,
-                           std::byte* frames) {
-    constexpr std::uint64_t three = 0xFFFFFF;
-    std::size_t done = 0;
-    for (; done + 3 <= count; done += 2, left += 6, right += 6, frames += 12) {
-        std::uint64_t ofLeft = 0;
-        std::uint64_t ofRight = 0;
-        std::memcpy(&ofLeft, left, sizeof ofLeft);
-        std::memcpy(&ofRight, right, sizeof ofRight);
-        const std::uint64_t first = (ofLeft & three) | (ofRight & three) << 24 | (ofLeft >> 24 & three) << 48;
-        const auto last = static_cast<std::uint32_t>((ofLeft >> 40 & 0xFF) | (ofRight >> 24 & three) << 8);
-        std::memcpy(frames, &first, sizeof first);
-        std::memcpy(frames + 8, &last, sizeof last);
-    }
-    return done;
-}
 
 /// Of containers of so many bytes.
 auto joinOf(std::size_t bytes) {
@@ -90,7 +103,7 @@ auto joinOf(std::size_t bytes) {
     case 2:
         return HWY_DYNAMIC_DISPATCH(joinWords);
     case 3:
-        return &joinThreeBytes;
+        return HWY_DYNAMIC_DISPATCH(joinThrees);
     default:
         return HWY_DYNAMIC_DISPATCH(joinFours);
     }
