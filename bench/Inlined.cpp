@@ -167,7 +167,8 @@ void plays(benchmark::State& state) {
 void converts(benchmark::State& state) {
     conversions[static_cast<std::size_t>(state.range(0))][static_cast<std::size_t>(state.range(1))](state);
 }
-BENCHMARK(plays)->ArgsProduct({benchmark::CreateDenseRange(0, 6, 1), {0, 1}});
+BENCHMARK(plays)->ArgsProduct(
+    {benchmark::CreateDenseRange(0, static_cast<std::int64_t>(jobs().size()) - 1, 1), {0, 1}});
 BENCHMARK(converts)->ArgsProduct({benchmark::CreateDenseRange(0, 13, 1), {0, 1}});
 
 /// Prints the least time per sample of both halves of each pair, and the second as a part of the first.

@@ -15,22 +15,27 @@ std::int64_t GridRamp::valueOnLine(std::uint64_t offset) const {
 
 GridRamp::Piece GridRamp::pieceAt(std::uint64_t offset) const {
     // The first interval may have begun before the ramp, and the last may end behind the ramp: both are cut.
-    const std::uint64_t into = (start + offset) % interval;
+    // Both lengths are powers of two.
+    const std::uint64_t into = (start + offset) & (interval - 1);
     const std::uint64_t begin = offset - std::min(into, offset);
     const std::uint64_t end = offset + std::min(interval - into, length - offset);
 
     const std::int64_t value = valueOnLine(begin);
     const std::int64_t rise = valueOnLine(end) - value;
     const auto run = static_cast<std::int64_t>(end - begin);
-    // The run has samples, because the offset is less than `length`. rise = slope x run + steeperSamples. The
-    // remainder is made 0 or more, so that the division rounds down for falling ramps, too.
+    // The run has samples, because the offset is less than `length`. rise = slope x run + steeperSamples; the
+    // slope is rounded down, for falling ramps, too.
     // NOLINTNEXTLINE(clang-analyzer-core.DivideZero)
-    const std::int64_t steeperSamples = (rise % run + run) % run;
-    const std::int64_t slope = (rise - steeperSamples) / run;
+    std::int64_t slope = rise / run;
+    std::int64_t steeperSamples = rise % run;
+    if (steeperSamples < 0) {
+        steeperSamples += run;
+        --slope;
+    }
 
     // The steeper piece comes last, and starts at the nearest aligned offset inside the interval.
     const std::uint64_t wanted = start + end - static_cast<std::uint64_t>(steeperSamples);
-    const std::uint64_t aligned = (wanted + alignment / 2) / alignment * alignment;
+    const std::uint64_t aligned = (wanted + alignment / 2) & ~(alignment - 1);
     const std::uint64_t change = std::clamp(aligned, start + begin, start + end) - start;
 
     if (offset < change)
