@@ -23,7 +23,7 @@ void ChannelExcerpts::read(std::size_t channel, std::int64_t position, std::span
 
 void ChannelExcerpts::read(std::int64_t position, std::span<const FrameSource::Stretch> stretches) {
     const Lock lock(mutex_);
-    if (layout_ == Layout::interleaved && channels_ > 1 && stretches.size() == channels_ &&
+    if (layout_ == Layout::interleaved && channels_ > 1 && areAllChannels(stretches) &&
         kept(position, stretches.front().samples.size()) == nullptr)
         return split(position, stretches);
     for (const auto& [channel, factor, samples] : stretches) {
@@ -31,6 +31,13 @@ void ChannelExcerpts::read(std::int64_t position, std::span<const FrameSource::S
         if (factor != 1.0F)
             multiply(samples, factor);
     }
+}
+
+bool ChannelExcerpts::areAllChannels(std::span<const FrameSource::Stretch> stretches) const {
+    std::vector<bool> isThere(channels_);
+    for (const FrameSource::Stretch& stretch : stretches)
+        isThere[stretch.channel] = true;
+    return stretches.size() == channels_ && std::ranges::count(isThere, true) == std::ssize(isThere);
 }
 
 void ChannelExcerpts::split(std::int64_t position, std::span<const FrameSource::Stretch> stretches) {

@@ -41,8 +41,8 @@ public:
 
     /// Fills `samples` with one channel, counted from 0, from frame `position` on.
     void read(std::size_t channel, std::int64_t position, std::span<float> samples);
-    /// Fills stretches of different channels, all of one length. Where they are all channels of frames,
-    /// nothing is kept for later.
+    /// Fills stretches of one length, also where two are of one channel. Where they are all channels of
+    /// frames, each once, nothing is kept for later.
     void read(std::int64_t position, std::span<const FrameSource::Stretch> stretches);
 
 private:
@@ -57,6 +57,8 @@ private:
 
     void readOne(std::size_t channel, std::int64_t position, std::span<float> samples)
         AUDLMD_REQUIRES(mutex_);
+    /// Whether each channel is there, and none twice.
+    bool areAllChannels(std::span<const FrameSource::Stretch> stretches) const;
     /// Makes the frames piece by piece, and takes each apart while it lies in the processor's caches.
     void split(std::int64_t position, std::span<const FrameSource::Stretch> stretches)
         AUDLMD_REQUIRES(mutex_);

@@ -23,7 +23,7 @@ public:
 
     virtual ~FrameSource() = default;
 
-    /// Fills stretches of different channels, all of one length, from frame `position` on. Threads and errors
+    /// Fills stretches of one length, from frame `position` on. Two may be of one channel. Threads and errors
     /// as with SampleSource::read().
     virtual void read(std::int64_t position, std::span<const Stretch> stretches) = 0;
 };

@@ -73,6 +73,16 @@ TEST(ChannelExcerpts, AreTakenApartWhereAllChannelsAreWanted) {
         }
 }
 
+TEST(ChannelExcerpts, GiveOneChannelTwice) {
+    CountedExcerpts counted(Layout::interleaved, {.samples = 0, .excerpts = 1});
+    std::vector<float> left(50);
+    std::vector<float> right(50);
+    const FrameSource::Stretch stretches[] = {{1, 1.0F, left}, {1, 1.0F, right}};
+    counted.excerpts.read(7, stretches);
+    EXPECT_EQ(left, right);
+    EXPECT_EQ(right.back(), 7.0F + 49.0F + 5000.0F);
+}
+
 TEST(ChannelExcerpts, AreReusedOnlyWhereTheyHoldAllFrames) {
     // The first frame, how many, and how many excerpts are made for them beside the frames 1000 to 1099.
     const std::array<std::array<unsigned int, 3>, 6> rows{
