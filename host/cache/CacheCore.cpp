@@ -128,7 +128,7 @@ void CacheCore::serve(const std::stop_token& stop) {
         SegmentLists::List taken;
         Load load = startLoading(*next, taken);
         lock.unlock();
-        if (!load.segments.empty()) {
+        if (load.count != 0) {
             readSamples(load, taken);
             publish(std::move(load), taken);
         }
@@ -141,15 +141,17 @@ CacheCore::Load CacheCore::startLoading(CachedSegment& segment, SegmentLists::Li
     Load load;
     const auto start = [&](CachedSegment& requested) AUDLMD_REQUIRES(cacheLock) {
         if (lists_.startLoading(requested, taken))
-            load.segments.push_back({.segment = &requested, .samples = nullptr});
+            load.all[load.count++] = {.segment = &requested, .samples = nullptr};
     };
     const Material& material = *segment.material;
     // A segment without room may be deleted.
     const std::uint32_t number = segment.number;
     start(segment);
-    if (material.together == nullptr || load.segments.empty())
+    if (material.together == nullptr || load.count == 0)
         return load;
     for (const Material* const other : *material.together) {
+        if (load.count == load.all.size())
+            break;
         const auto found = other->segments.find(number);
         if (found != other->segments.end() && found->second->stage <= CachedSegment::eAhead)
             start(*found->second);
@@ -158,22 +160,25 @@ CacheCore::Load CacheCore::startLoading(CachedSegment& segment, SegmentLists::Li
 }
 
 void CacheCore::readSamples(Load& load, SegmentLists::List& taken) {
-    const CachedSegment& first = *load.segments.front().segment;
+    const std::span<Loading> segments = load.segments();
+    const CachedSegment& first = *segments.front().segment;
     // No reader holds a segment that made room, so its memory can be used again.
-    auto next = load.segments.begin();
+    auto next = segments.begin();
     for (CachedSegment* unused : taken)
-        if (unused->length == first.length && unused->storage != nullptr && next != load.segments.end())
+        if (unused->length == first.length && unused->storage != nullptr && next != segments.end())
             (next++)->samples = std::move(unused->storage);
     letGo(taken);
     const auto length = static_cast<std::size_t>(first.length);
     const std::int64_t position = first.material->start(first.number);
-    std::vector<FrameSource::Stretch> stretches;
+    std::array<FrameSource::Stretch, SegmentLists::mostTogether> all;
+    const std::span<FrameSource::Stretch> stretches = std::span(all).first(segments.size());
     try {
-        for (Loading& loading : load.segments) {
+        auto stretch = stretches.begin();
+        for (Loading& loading : segments) {
             if (loading.samples == nullptr)
                 loading.samples = std::make_unique_for_overwrite<float[]>(length);
             const SampleSource::InFrames& inFrames = loading.segment->material->inFrames;
-            stretches.push_back({inFrames.channel, inFrames.factor, {loading.samples.get(), length}});
+            *stretch++ = {inFrames.channel, inFrames.factor, {loading.samples.get(), length}};
         }
         if (FrameSource* const frames = first.material->inFrames.frames; frames != nullptr)
             frames->read(position, stretches);
@@ -185,11 +190,12 @@ void CacheCore::readSamples(Load& load, SegmentLists::List& taken) {
 }
 
 void CacheCore::publish(Load load, SegmentLists::List& taken) {
-    std::vector<EventPtr> completed;
+    std::array<EventPtr, SegmentLists::mostTogether> completed;
+    auto next = completed.begin();
     Lock lock(mutex());
-    for (auto& [segment, samples] : load.segments) {
+    for (auto& [segment, samples] : load.segments()) {
         Material& material = *segment->material;
-        completed.push_back(segment->completed);
+        *next++ = segment->completed;
         if (!load.failure) {
             segment->storage = std::move(samples);
             segment->samples = segment->storage.get();
@@ -205,7 +211,7 @@ void CacheCore::publish(Load load, SegmentLists::List& taken) {
             lists_.take(*segment, taken);
     }
     lock.unlock();
-    for (const EventPtr& event : completed)
+    for (const EventPtr& event : std::span(completed).first(load.count))
         event->signal();
 }
 

@@ -7,6 +7,7 @@
 #include "host/cache/SegmentLists.hpp"
 #include "host/services/Threads.hpp"
 
+#include <array>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
@@ -93,11 +94,15 @@ private:
         /// Null if the source failed.
         std::unique_ptr<float[]> samples;
     };
-    /// Segments that are read at one go.
+    /// Segments that are read at one go. Of a fixed size, so that a loader needs no memory beside the
+    /// samples: further channels are read by themselves.
     struct Load {
-        std::vector<Loading> segments;
+        std::array<Loading, SegmentLists::mostTogether> all{};
+        std::size_t count = 0;
         /// Set if the source failed: its reason, which may be empty.
         std::optional<std::string> failure;
+
+        std::span<Loading> segments() { return std::span(all).first(count); }
     };
 
     /// Throws UnknownMaterial.

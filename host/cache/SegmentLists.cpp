@@ -19,8 +19,8 @@ bool isHeld(const CachedSegment& segment) AUDLMD_REQUIRES(cacheLock) {
 
 SegmentLists::SegmentLists(std::size_t memoryBudget, unsigned int loaderThreads)
     : memoryBudget_(memoryBudget) {
-    busyResources_.reserve(loaderThreads);
-    blockedBy_.reserve(loaderThreads);
+    busyResources_.reserve(loaderThreads * mostTogether);
+    blockedBy_.reserve(loaderThreads * mostTogether);
 }
 
 void SegmentLists::add(CachedSegment::Stage stage, List& node) noexcept {

@@ -18,6 +18,8 @@ namespace audlmd {
 class SegmentLists {
 public:
     using List = std::list<CachedSegment*>;
+    /// As many segments may be loaded by one loader at a time.
+    static constexpr std::size_t mostTogether = 16;
 
     /// `memoryBudget` is in bytes. Room is made for `loaderThreads` segments that are loaded at the same
     /// time.
