@@ -191,7 +191,7 @@ void CacheCore::readSamples(Load& load, SegmentLists::List& taken) {
 
 void CacheCore::publish(Load load, SegmentLists::List& taken) {
     std::array<EventPtr, SegmentLists::mostTogether> completed;
-    auto next = completed.begin();
+    auto* next = completed.begin();
     Lock lock(mutex());
     for (auto& [segment, samples] : load.segments()) {
         Material& material = *segment->material;

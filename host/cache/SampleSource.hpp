@@ -16,8 +16,8 @@ class FrameSource {
 public:
     /// Samples of one channel, counted from 0, each to be multiplied by a factor.
     struct Stretch {
-        std::size_t channel;
-        float factor;
+        std::size_t channel = 0;
+        float factor = 1.0F;
         std::span<float> samples;
     };
 
